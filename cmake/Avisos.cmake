@@ -1,0 +1,12 @@
+# Warnings and sanitizers of every target of the project; a warning is an error.
+add_library(wkd_avisos INTERFACE)
+if(MSVC)
+    target_compile_options(wkd_avisos INTERFACE /W4 /WX /utf-8)
+else()
+    target_compile_options(wkd_avisos INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Werror)
+endif()
+
+if(WKD_SANITIZE)
+    add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer -O1)
+    add_link_options(-fsanitize=address,undefined)
+endif()

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <memory>
+
+#include "Connection.h"
+#include "ParametrosConexao.h"
+
+namespace wkd {
+
+/// Connection through libfbclient, embedded engine and server. Parameters read: "Database" ("file",
+/// "host:file" or "host/port:file"), "User_Name", "Password", "CharacterSet" (UTF8 when missing, or WIN1252 when the
+/// database's own default is NONE).
+std::unique_ptr<TConnection> CriaConexaoFirebird(const TParametrosConexao& parametros);
+
+/// Makes an empty database file (page size in bytes, default character set) and closes it again.
+void CriaBancoFirebird(const TParametrosConexao& parametros, int tamanhoPagina);
+
+}  // namespace wkd

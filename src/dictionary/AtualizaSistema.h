@@ -1,0 +1,18 @@
+#pragma once
+
+#include <filesystem>
+#include <vector>
+
+#include "DataModulo.h"
+#include "Pacote.h"
+
+namespace wkd {
+
+/// Empties and refills the system tables from the package's "*.wkd" files, but the two dictionary snapshots. One
+/// transaction a table: an error is reported (error list, run log) and the next file follows. Returns the files
+/// whose table, or one of whose columns, does not exist yet.
+std::vector<std::filesystem::path> AtualizaSistema(TDataModulo& dm, const TPastaDeTrabalho& pasta);
+/// Loads the files that AtualizaSistema returned, once the tables have been brought up.
+void RecarregaAdiados(TDataModulo& dm, const std::vector<std::filesystem::path>& arquivos);
+
+}  // namespace wkd

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "DataModulo.h"
+
+namespace wkd {
+
+/// Brings the dictionary tables to their current layout: drops obsolete tables, creates missing ones, adds missing
+/// columns. Issues nothing on a current database. Failing additions are ignored.
+void AtualizaTabelasDoDicionario(TDataModulo& dm);
+
+/// Dormant: returns at once. Kept with the statements that document the sizes the dictionary has reached.
+void AtualizaTabelaSistema();
+
+}  // namespace wkd

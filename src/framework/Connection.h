@@ -1,0 +1,110 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Campo.h"
+#include "Erros.h"
+#include "Metadados.h"
+#include "TipoBanco.h"
+
+namespace wkd {
+
+/// A prepared statement with named parameters (":pNome", also twice in one text; not inside quotes or comments).
+/// It runs in the connection's open transaction; without one, a cursor reads in a transaction of its own that ends
+/// with the cursor, and an executed statement is committed at once. Every operation throws TErroBanco. After the
+/// connection was renewed the statement prepares itself again at its next use.
+class TComando {
+  public:
+    virtual ~TComando() = default;
+
+    /// Parameter names in order of first appearance, without ":".
+    virtual const std::vector<std::string>& Parametros() const = 0;
+    /// Sets the parameter of that position in Parametros(). A value keeps until it is set again.
+    virtual void Atribui(std::size_t parametro, const TValor& valor) = 0;
+    /// Sets the parameter of that name, letter case ignored. Throws std::invalid_argument when there is none.
+    void Atribui(std::string_view parametro, const TValor& valor);
+    /// The content of a blob parameter, read from `fonte` in pieces while the statement runs, once.
+    virtual void AtribuiFluxo(std::size_t parametro, TLeitorBytes& fonte) = 0;
+
+    /// Runs a statement without rows; returns the number of rows it touched.
+    virtual std::int64_t Executa() = 0;
+
+    /// Opens the cursor before its first row; an open one is closed first.
+    virtual void Abre() = 0;
+    /// Moves to the next row; false past the last one, which also closes the cursor.
+    virtual bool Proximo() = 0;
+    /// Closes the cursor and ends its own transaction. The statement stays prepared.
+    virtual void Fecha() noexcept = 0;
+    virtual const std::vector<TCampo>& Campos() const = 0;
+    /// Value of the current row. A blob comes as TConteudo, which outlives the row and the command; bound as a
+    /// parameter on the same connection, it is copied by the server alone.
+    virtual TValor Valor(std::size_t campo) = 0;
+};
+
+/// Connection to one database. One thread, one transaction at a time (cursors outside it excepted).
+class TConnection {
+  public:
+    virtual ~TConnection() = default;
+
+    virtual void Open() = 0;
+    virtual void Close() noexcept = 0;
+    virtual bool Connected() const = 0;
+    virtual TTipoBanco TipoBanco() const = 0;
+    /// Such as "Firebird 3.0.11".
+    virtual std::string VersaoServidor() = 0;
+
+    virtual void StartTransaction() = 0;
+    virtual void Commit() = 0;
+    virtual void Rollback() noexcept = 0;
+    virtual bool InTransaction() const = 0;
+    /// A point inside the open transaction that VoltaAoPonto returns to; the name is an identifier.
+    virtual void MarcaPonto(std::string_view nome) = 0;
+    virtual void VoltaAoPonto(std::string_view nome) = 0;
+
+    /// Runs one statement in a transaction of its own and commits it: it has run only when this returns.
+    /// Not inside an open transaction (std::logic_error).
+    virtual void ExecuteDirect(std::string_view sql) = 0;
+    virtual std::unique_ptr<TComando> Prepara(std::string_view sql) = 0;
+
+    /// Names of the ordinary tables (no views, no system tables), as the server writes them.
+    virtual std::vector<std::string> NomesDeTabelas() = 0;
+    /// Columns of one table in their order, empty when there is no such table; letter case of the name ignored.
+    virtual std::vector<TColunaFisica> Colunas(std::string_view tabela) = 0;
+    /// Columns of every table in one sweep, by table name in capitals.
+    virtual TColunasPorTabela TodasAsColunas() = 0;
+    virtual TChavePrimaria ChavePrimaria(std::string_view tabela) = 0;
+    /// Indexes but the primary key's own.
+    virtual std::vector<TIndice> Indices(std::string_view tabela) = 0;
+
+    /// Called with the text of every statement just before it goes to the server (prepared ones at each
+    /// execution), and with "commit" before a commit. What it throws reaches the caller in the statement's place.
+    using TObservador = std::function<void(std::string_view)>;
+    virtual void Observa(TObservador observador) = 0;
+};
+
+/// Transaction of a scope: begun by the constructor, rolled back by the destructor unless Commit() was called.
+class TTransacao {
+  public:
+    explicit TTransacao(TConnection& conexao) : conexao_(conexao) { conexao_.StartTransaction(); }
+    ~TTransacao() {
+        if (aberta_) conexao_.Rollback();
+    }
+    TTransacao(const TTransacao&) = delete;
+    TTransacao& operator=(const TTransacao&) = delete;
+
+    void Commit() {
+        conexao_.Commit();
+        aberta_ = false;
+    }
+
+  private:
+    TConnection& conexao_;
+    bool aberta_ = true;
+};
+
+}  // namespace wkd

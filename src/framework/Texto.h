@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace wkd {
+
+/// a to z turned to capitals; every other character as it is.
+std::string Maiusculas(std::string_view texto);
+/// A to Z turned to small letters; every other character as it is.
+std::string Minusculas(std::string_view texto);
+/// Without blanks and control characters (all bytes up to 0x20) at both ends.
+std::string_view Apara(std::string_view texto);
+/// Without trailing blanks.
+std::string_view AparaFim(std::string_view texto);
+/// Equal when the letters a to z count as their capitals.
+bool IgualSemCaixa(std::string_view a, std::string_view b);
+/// Text as dictionary names are looked up: capitals, no trailing blanks.
+std::string ChaveDeNome(std::string_view nome);
+/// SQL string literal: in single quotes, embedded quotes doubled.
+std::string Aspas(std::string_view texto);
+/// Every occurrence of `de` replaced by `para`; `de` must not be empty.
+std::string Troca(std::string_view texto, std::string_view de, std::string_view para);
+/// Pieces between the separators; an empty text has no piece.
+std::vector<std::string> Divide(std::string_view texto, char separador);
+std::string Junta(const std::vector<std::string>& partes, std::string_view separador);
+
+bool Utf8Valido(std::string_view bytes);
+/// Windows-1252 bytes as UTF-8; the five unassigned bytes become the control characters of the same number.
+std::string De1252(std::string_view bytes);
+/// UTF-8 as Windows-1252 bytes. Throws TErroConversao when a character has no place there.
+std::string Para1252(std::string_view utf8);
+/// Bytes of unknown origin as UTF-8: as they are when they are valid UTF-8, else read as Windows-1252.
+std::string TextoDeBytes(std::string_view bytes);
+
+}  // namespace wkd
