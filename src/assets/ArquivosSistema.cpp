@@ -1,0 +1,7 @@
+#include "ArquivosSistema.h"
+
+namespace wkd {
+
+void AtualizaArquivosSistema(TDataModulo&, const TPastaDeTrabalho&) {}
+
+}  // namespace wkd

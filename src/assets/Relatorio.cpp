@@ -1,0 +1,7 @@
+#include "Relatorio.h"
+
+namespace wkd {
+
+void AtualizaRelatorio(TDataModulo&, const TPastaDeTrabalho&) {}
+
+}  // namespace wkd
