@@ -1,1 +1,163 @@
 #include "Comparacao.h"
+
+#include <algorithm>
+#include <charconv>
+#include <initializer_list>
+
+#include "Dialeto.h"
+#include "Texto.h"
+
+namespace wkd {
+
+namespace {
+
+std::int64_t Inteiro(std::string_view texto) {
+    std::int64_t numero = 0;
+    texto = Apara(texto);
+    std::from_chars(texto.data(), texto.data() + texto.size(), numero);
+    return numero;
+}
+
+bool Um(const std::string& tipo, std::initializer_list<std::string_view> tipos) {
+    return std::find(tipos.begin(), tipos.end(), tipo) != tipos.end();
+}
+
+/// Field type that a physical column stands for when its stored type is of another family; "" for other families.
+std::string_view TipoDaFamilia(const TColunaFisica& coluna) {
+    switch (coluna.tipo) {
+        case TTipoDado::Inteiro:
+            return "ftInteger";
+        case TTipoDado::Flutuante:
+            return "ftFloat";
+        case TTipoDado::Texto:
+            return "ftString";
+        case TTipoDado::Blob:
+        case TTipoDado::Memo:
+            return "ftBlob";
+        default:
+            return "";
+    }
+}
+
+std::string_view Familia(const std::string& tipo) {
+    const std::string t = Maiusculas(tipo);
+    if (Um(t, {"FTSTRING", "FTGUID", "GUID"})) return "ftString";
+    if (Um(t, {"FTFLOAT", "FTCURRENCY"})) return "ftFloat";
+    if (Um(t, {"FTBLOB", "FTMEMO", "FTGRAPHIC"})) return "ftBlob";
+    if (Um(t, {"FTINTEGER", "FTSMALLINT", "FTBOOLEAN", "FTWORD", "FTAUTOINC", "FTLARGEINT"})) return "ftInteger";
+    return "";
+}
+
+/// The stored column as the database really has it.
+TColunaComparada Corrigida(TColunaComparada velha, const TColunaFisica& fisica) {
+    const auto familia = TipoDaFamilia(fisica);
+    const auto guardada = Familia(velha.tipo);
+    if (!familia.empty() && !guardada.empty() && familia != guardada) {
+        velha.tipo = familia;
+        if (familia == "ftString") velha.tamanho = std::to_string(fisica.tamanho);
+    } else if (familia == "ftString" && fisica.tamanho < velha.Tamanho()) {
+        velha.tamanho = std::to_string(fisica.tamanho);
+    }
+    return velha;
+}
+
+TComandoPendente MudaTipo(std::string_view tabela, const TColunaComparada& nova, const TColunaFisica& fisica,
+                          TTipoBanco banco) {
+    const std::string inicio = "alter table " + std::string(tabela) + ChaveAlteraColuna(nova.nome, banco);
+    TComandoPendente comando{inicio + DefinicaoCampo(nova, banco),
+                             inicio + TipoDaColuna(nova.tipo, nova.tamanho, banco), nova.chave == 1};
+    if (banco == TTipoBanco::tbSQLServer && fisica.requerido) comando.alternativa += " not null ";
+    if (comando.alternativa == comando.texto) comando.alternativa.clear();
+    return comando;
+}
+
+/// A text becomes a blob: the temporary column comes, takes the values, and goes.
+std::vector<TComandoPendente> TextoViraBlob(std::string_view tabela, const TColunaComparada& nova, bool temporaria,
+                                            TTipoBanco banco) {
+    const std::string t(tabela);
+    const std::string& c = nova.nome;
+    TComandoPendente apaga{"alter table " + t + " drop column " + c + "_TMP", "", false};
+    if (banco == TTipoBanco::tbInterbase) apaga.alternativa = "alter table " + t + " drop " + c + "_TMP";
+    std::vector<TComandoPendente> comandos = {{"update  " + t + " set " + c + "_TMP = " + c, "", false}, apaga};
+    if (!temporaria)
+        comandos.insert(comandos.begin(),
+                        {"alter table " + t + " add " + c + "_TMP" + DefinicaoCampo(nova, banco), "", false});
+    return comandos;
+}
+
+void ComparaTipos(TDecisaoDaColuna& decisao, std::string_view tabela, const TColunaComparada& nova,
+                  const TColunaComparada& velha, const TFatosFisicos& fisica, TTipoBanco banco) {
+    const std::string n = Maiusculas(nova.tipo);
+    const std::string o = Maiusculas(velha.tipo);
+    if (Um(n, {"FTFLOAT", "FTCURRENCY"}) && Um(o, {"FTINTEGER", "FTFLOAT", "FTCURRENCY"})) {
+        decisao.comandos.push_back(MudaTipo(tabela, nova, *fisica.coluna, banco));
+    } else if (Um(n, {"FTSTRING", "GUID"}) && o != "FTBLOB") {
+        decisao.comandos.push_back(MudaTipo(tabela, nova, *fisica.coluna, banco));
+    } else if (n == "FTBLOB" && Um(o, {"FTSTRING", "FTGUID"})) {
+        decisao.comandos = TextoViraBlob(tabela, nova, fisica.temporaria, banco);
+    } else if (!Um(o, {"FTINTEGER", "FTFLOAT", "FTCURRENCY", "FTSTRING", "FTGUID"})) {
+        decisao.reconstroi = true;
+        decisao.motivo = "tipo de " + nova.nome + " muda de " + velha.tipo + " para " + nova.tipo;
+    }
+}
+
+void ComparaChave(TDecisaoDaColuna& decisao, const TColunaComparada& nova, const TColunaComparada& guardada) {
+    if (nova.chave != guardada.chave) {
+        decisao.reconstroi = true;
+        decisao.motivo = nova.nome + (nova.chave == 1 ? " entra na chave" : " sai da chave");
+    } else if (nova.chave == 1 && nova.tamanho != guardada.tamanho) {
+        decisao.reconstroi = true;
+        decisao.motivo = "coluna de chave " + nova.nome + " muda de tamanho";
+    }
+}
+
+}  // namespace
+
+std::int64_t TColunaComparada::Tamanho() const { return Inteiro(tamanho); }
+
+bool TColunaComparada::Calculada() const { return !Apara(calculo).empty(); }
+
+std::optional<TColunaComparada> ColunaDe(const TClientDataSet& satrib) {
+    if (satrib.IsEmpty()) return std::nullopt;
+    TColunaComparada coluna;
+    coluna.nome = Apara(satrib.Texto("NOME"));
+    coluna.tipo = AparaFim(satrib.Texto("TIPO"));
+    coluna.tamanho = AparaFim(satrib.Texto("TAMANHO"));
+    coluna.valorPadrao = satrib.Texto("VALOR_PADRAO");
+    coluna.calculo = satrib.Texto("CALCULO");
+    coluna.chave = static_cast<int>(Inteiro(satrib.Texto("CHAVE_DE_PESQUISA")));
+    coluna.lookup = satrib.Texto("LOOKUP_ARQUIVO");
+    return coluna;
+}
+
+TDecisaoDaColuna ComparaColuna(std::string_view tabela, const TColunaComparada& nova,
+                               const std::optional<TColunaComparada>& velha, const TFatosFisicos& fisica,
+                               TTipoBanco banco) {
+    TDecisaoDaColuna decisao;
+    if (velha && fisica.coluna) {
+        const TColunaComparada atual = Corrigida(*velha, *fisica.coluna);
+        if (atual.tipo != nova.tipo)
+            ComparaTipos(decisao, tabela, nova, atual, fisica, banco);
+        else if (Maiusculas(nova.tipo) == "FTSTRING" && nova.Tamanho() > atual.Tamanho())
+            decisao.comandos.push_back(MudaTipo(tabela, nova, *fisica.coluna, banco));
+        ComparaChave(decisao, nova, *velha);
+    } else if (!fisica.coluna) {
+        decisao.acrescenta = true;
+        decisao.comandos.push_back(
+            {"alter table " + std::string(tabela) + " ADD " + nova.nome + " " + DefinicaoCampo(nova, banco), "",
+             nova.chave == 1});
+    }
+    return decisao;
+}
+
+bool MudancaExclusiva(const TColunaComparada& nova, const TColunaComparada& velha) {
+    const std::string n = Maiusculas(nova.tipo);
+    const std::string o = Maiusculas(velha.tipo);
+    const bool deChave = velha.chave == 1 && nova.chave == 1 && velha.tamanho != nova.tamanho;
+    if (nova.tipo != velha.tipo)
+        return deChave || (Um(n, {"FTFLOAT", "FTCURRENCY"}) && !Um(o, {"FTINTEGER", "FTCURRENCY", "FTFLOAT"})) ||
+               (n == "FTSTRING" && o == "FTBLOB") || (n == "FTINTEGER" && !Um(o, {"FTSTRING", "FTGUID"}));
+    return deChave || (Um(o, {"FTSTRING", "FTGUID"}) && nova.Tamanho() < velha.Tamanho()) || velha.chave != nova.chave;
+}
+
+}  // namespace wkd

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "Valor.h"
+
+namespace wkd {
+
+/// Date and time by a pattern of dd, mm, yy, yyyy, hh and ss; "mm" behind "hh" stands for minutes; every other
+/// character stands for itself.
+std::string FormataDataHora(TDataHora quando, std::string_view padrao);
+
+/// Seconds from `inicio` to `fim` as "hh:mm:ss".
+std::string FormataDuracao(TDataHora inicio, TDataHora fim);
+
+}  // namespace wkd

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "DataModulo.h"
+#include "Opcoes.h"
+
+namespace wkd {
+
+/// What outlives a run: the flags of the wizard.
+struct TEstado {
+    bool usuariosOnline = true;   // false: the database has no table of connected users (older generation)
+    bool pulaNulos = false;       // leaves the null validation out
+    bool falhouApagar = false;    // set when a rebuild could not drop its table; cleared by the next rebuild alone
+};
+
+/// What the passes of one run share.
+struct TContexto {
+    TDataModulo& dm;
+    const TOpcoes& opcoes;
+    TEstado& estado;
+    std::string tabelaAtual;
+    std::string acaoAtual;
+
+    ITela& Tela() { return dm.Tela(); }
+    TConnection& Conexao() { return dm.SQLConnection1; }
+    TTipoBanco Banco() const { return dm.SQLConnection1.TipoBanco(); }
+    /// Run-log entry of the current table and action.
+    void Log(std::string_view mensagem) { Tela().SetLog(mensagem, tabelaAtual, acaoAtual); }
+};
+
+}  // namespace wkd

@@ -1,0 +1,42 @@
+#include "Deteccao.h"
+
+#include "Comparacao.h"
+#include "Texto.h"
+
+namespace wkd {
+
+namespace {
+
+/// Lookup and calculated columns are not examined, nor is a column that the database does not know yet.
+bool Examina(const TColunaComparada& nova) { return Apara(nova.lookup).empty() && !nova.Calculada(); }
+
+std::string Linha(const TClientDataSet& novo, const TClientDataSet& velho) {
+    return "Tabela = " + novo.Texto("arquivo") + " | Campo = " + novo.Texto("nome") + " de " + velho.Texto("Tipo") +
+           "(" + velho.Texto("TAMANHO") + ") para " + novo.Texto("Tipo") + "(" + novo.Texto("tamanho") + ")";
+}
+
+bool ColunaPodeMudar(TContexto& ctx) {
+    const auto nova = ColunaDe(ctx.dm.SatribNovo);
+    if (!nova || !Examina(*nova)) return true;
+    const auto velha = ColunaDe(ctx.dm.SatribVelho);
+    if (!velha || !MudancaExclusiva(*nova, *velha)) return true;
+    ctx.Tela().Memo1(Linha(ctx.dm.SatribNovo, ctx.dm.SatribVelho));
+    return false;
+}
+
+}  // namespace
+
+bool VerificaAtualizacao(TContexto& ctx) {
+    bool pode = true;
+    TClientDataSet& tabelas = ctx.dm.SArquivoNovo;
+    TClientDataSet& colunas = ctx.dm.SatribNovo;
+    for (tabelas.First(); !tabelas.Eof(); tabelas.Next()) {
+        for (colunas.First(); !colunas.Eof(); colunas.Next()) {
+            ctx.Tela().ProcessaMensagens();
+            if (!ColunaPodeMudar(ctx)) pode = false;
+        }
+    }
+    return pode;
+}
+
+}  // namespace wkd
