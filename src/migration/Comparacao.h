@@ -26,8 +26,8 @@ std::optional<TColunaComparada> ColunaDe(const TClientDataSet& satrib);
 /// A statement that waits to be executed on a table.
 struct TComandoPendente {
     std::string texto;
-    std::string alternativa;    // tried when the server refuses the syntax of `texto`; empty: none
-    bool mudaChave = false;     // alters a column of the primary key
+    std::string alternativa;  // tried when the server refuses the syntax of `texto`; empty: none
+    bool mudaChave = false;   // alters a column of the primary key
 
     bool operator==(const TComandoPendente&) const = default;
 };

@@ -12,8 +12,8 @@ namespace wkd {
 namespace {
 
 const TColunaFisica* ColunaDeNome(const std::vector<TColunaFisica>& colunas, std::string_view nome) {
-    const auto achada =
-        std::find_if(colunas.begin(), colunas.end(), [&](const auto& coluna) { return IgualSemCaixa(coluna.nome, nome); });
+    const auto achada = std::find_if(colunas.begin(), colunas.end(),
+                                     [&](const auto& coluna) { return IgualSemCaixa(coluna.nome, nome); });
     return achada == colunas.end() ? nullptr : &*achada;
 }
 
@@ -31,6 +31,8 @@ void TPassoDaTabela::Executa() {
     if (tabela_.empty()) return;
     if (ctx_.dm.ExisteTabela(tabela_))
         TabelaExistente();
+    else if (RestauracaoPendente())
+        Reconstroi();
     else
         TabelaNova();
     AlteraTabela();
@@ -53,7 +55,17 @@ void TPassoDaTabela::TabelaExistente() {
     ApagaIndices();
     if (FaltaColunaDeChave()) reconstroi_ = true;
     ComparaColunas();
-    if (reconstroi_) Nova(ctx_, tabela_);
+    if (reconstroi_) Reconstroi();
+}
+
+/// An interrupted rebuild dropped the table; its rows wait in the backup table.
+bool TPassoDaTabela::RestauracaoPendente() {
+    return ctx_.dm.SarquivoVelho.Inteiro("versao") == -1 && ctx_.dm.ExisteTabela("B" + tabela_);
+}
+
+void TPassoDaTabela::Reconstroi() {
+    reconstroi_ = true;
+    Nova(ctx_, tabela_);
 }
 
 void TPassoDaTabela::IncluiNoSArquivo() {
@@ -140,7 +152,8 @@ void TPassoDaTabela::TabelaNova() {
 }
 
 void TPassoDaTabela::AlteraTabela() {
-    const bool pedida = ctx_.opcoes.todas || VersaoDifere() || ctx_.opcoes.tabelasSelecionadas || marcas_.Marcada(tabela_);
+    const bool pedida =
+        ctx_.opcoes.todas || VersaoDifere() || ctx_.opcoes.tabelasSelecionadas || marcas_.Marcada(tabela_);
     if (!pedida || reconstroi_ || ctx_.dm.SatribNovo.IsEmpty()) return;
     try {
         Alterar(ctx_, tabela_, pendentes_);
@@ -154,8 +167,8 @@ void TPassoDaTabela::ExecutaPendentes() {
         ctx_.Tela().Memo1(comando.texto);
         if (const TResultado resultado = ExecutaPendente(ctx_, tabela_, comando); !resultado) {
             ctx_.Tela().Memo2(resultado.Mensagem());
-            ctx_.Tela().SetLog(
-                "Query de alteração de campo" + resultado.Mensagem() + " Query: " + comando.texto, tabela_, "");
+            ctx_.Tela().SetLog("Query de alteração de campo" + resultado.Mensagem() + " Query: " + comando.texto,
+                               tabela_, "");
         }
         ctx_.dm.Commit(comando.texto);
     }

@@ -16,6 +16,8 @@ class TPassoDaTabela {
     void Executa();
 
   private:
+    bool RestauracaoPendente();
+    void Reconstroi();
     void TabelaExistente();
     void IncluiNoSArquivo();
     bool VersaoDifere() const;

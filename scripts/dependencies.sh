@@ -1,0 +1,23 @@
+#!/usr/bin/env bash
+# Installs what the project builds, tests and runs with, from Debian 12's packages. Does nothing when all is there.
+set -euo pipefail
+
+pacotes=(
+    build-essential cmake ninja-build pkg-config
+    firebird-dev firebird3.0-server-core firebird3.0-server firebird3.0-utils
+    libzip-dev
+    libgtest-dev libbenchmark-dev
+)
+
+faltam=()
+for pacote in "${pacotes[@]}"; do
+    dpkg-query -W -f '${Status}' "$pacote" 2>/dev/null | grep -q 'install ok installed' || faltam+=("$pacote")
+done
+[ ${#faltam[@]} -gt 0 ] || exit 0
+
+como=()
+[ "$(id -u)" -eq 0 ] || como=(sudo)
+echo "Instalando: ${faltam[*]}"
+export DEBIAN_FRONTEND=noninteractive
+"${como[@]}" apt-get update -q
+"${como[@]}" apt-get install -y -q --no-install-recommends "${faltam[@]}"

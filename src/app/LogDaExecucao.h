@@ -1,0 +1,39 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+#include "Valor.h"
+
+namespace wkd {
+
+/// The run log: text with the newest entry first, mirrored to a file that accumulates across runs. Every write makes
+/// a new file and renames it over the old one, so that an interruption leaves one of the two. Lines end with CR LF;
+/// the text is UTF-8, with a byte-order mark when the loaded file had one. A file that is not UTF-8 is read as
+/// UTF-16 (by its mark) or Windows-1252 and written as UTF-8 from then on.
+class TLogDaExecucao {
+  public:
+    explicit TLogDaExecucao(std::filesystem::path caminho);
+
+    const std::filesystem::path& Caminho() const { return caminho_; }
+    /// Takes the file's text, when there is a file. Throws std::system_error.
+    void Carrega();
+    /// Adds an entry at the top and, when the file exists already, writes it. Throws std::system_error.
+    void SetLog(std::string_view mensagem, std::string_view tabela, std::string_view acao, TDataHora quando);
+    /// Writes the file. Throws std::system_error.
+    void Salva() const;
+    /// Empties the text; the file stays until the next write.
+    void LimparLog();
+    std::string Texto() const { return texto_.substr(inicio_); }
+
+  private:
+    void PoeNoTopo(std::string_view texto);
+
+    std::filesystem::path caminho_;
+    std::string texto_;  // free room in front, so that an entry at the top moves nothing
+    std::size_t inicio_ = 0;
+    bool marcaUtf8_ = false;
+};
+
+}  // namespace wkd

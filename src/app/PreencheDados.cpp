@@ -1,0 +1,37 @@
+#include "PreencheDados.h"
+
+#include "UsuariosOnline.h"
+
+namespace wkd {
+
+namespace {
+
+void Abre(TDataModulo& dm, const std::string& alias, TDadosDoAlias& dados) {
+    try {
+        dm.nomeAlias = alias;
+        dm.SQLConnection1.SetAlias(alias);
+        dm.SQLConnection1.Open();
+    } catch (const std::exception& erro) {
+        dados.erro = erro.what();
+    }
+}
+
+}  // namespace
+
+TDadosDoAlias PreencheDados(TDataModulo& dm, TEstado& estado, const std::string& alias) {
+    TDadosDoAlias dados;
+    dm.SQLConnection1.Close();
+    if (alias.empty()) return dados;
+    Abre(dm, alias, dados);
+    try {
+        dados.numUsuarios = std::to_string(ContaUsuariosOnline(dm.SQLConnection1));
+        dados.usuariosOnline = true;
+    } catch (const std::exception&) {
+        dados.numUsuarios = "-1 (Versão HBN3)";
+    }
+    estado.usuariosOnline = dados.usuariosOnline;
+    dados.caminhoBanco = dm.SQLConnection1.RetornaDadosConexao().Texto();
+    return dados;
+}
+
+}  // namespace wkd

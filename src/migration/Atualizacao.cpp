@@ -1,0 +1,254 @@
+#include "Atualizacao.h"
+
+#include <algorithm>
+#include <initializer_list>
+
+#include "ArquivosSistema.h"
+#include "AtualizaSistema.h"
+#include "CamposPersonalizados.h"
+#include "CamposTexto.h"
+#include "Correcoes.h"
+#include "DataPacket.h"
+#include "Deteccao.h"
+#include "DicionarioTabelas.h"
+#include "Duplicidade.h"
+#include "Formato.h"
+#include "IndicesPrimarios.h"
+#include "LookupFisico.h"
+#include "MarcaDeAnalise.h"
+#include "Orfaos.h"
+#include "PassoDaTabela.h"
+#include "Preambulo.h"
+#include "Relatorio.h"
+#include "Selecao.h"
+#include "Texto.h"
+#include "UsuariosOnline.h"
+#include "ValorPadrao.h"
+
+namespace wkd {
+
+namespace {
+
+/// Reads a dictionary snapshot of the package. Throws TErroPacote when it is missing, empty or lacks a column.
+TTabelaEmMemoria LeDicionario(const TPastaDeTrabalho& pasta, std::string_view nome,
+                              std::initializer_list<std::string_view> colunas) {
+    const std::filesystem::path arquivo = pasta.Arquivo(nome);
+    if (arquivo.empty())
+        throw TErroPacote("O pacote não contém o arquivo " + std::string(nome) + ". Peça um pacote completo.");
+    TTabelaEmMemoria tabela = LePacote(arquivo).Tabela();
+    for (const std::string_view coluna : colunas)
+        if (IndiceDoCampo(tabela.campos, coluna) < 0)
+            throw TErroPacote("O arquivo " + std::string(nome) + " do pacote não tem a coluna " + std::string(coluna) +
+                              ". Peça um pacote completo.");
+    if (tabela.linhas.empty())
+        throw TErroPacote("O arquivo " + std::string(nome) + " do pacote está vazio. Peça um pacote completo.");
+    return tabela;
+}
+
+}  // namespace
+
+TAtualizacao::TAtualizacao(TDataModulo& dm, const TOpcoes& opcoes, TEstado& estado)
+    : ctx_{dm, opcoes, estado, {}, {}} {}
+
+TFimDaAtualizacao TAtualizacao::Executa() {
+    try {
+        TPastaDeTrabalho pasta(ctx_.opcoes.temporaria);
+        return Corre(pasta);
+    } catch (const std::exception& erro) {
+        ctx_.Tela().Informacao(erro.what());
+        return TFimDaAtualizacao::Encerrada;
+    }
+}
+
+TFimDaAtualizacao TAtualizacao::Corre(TPastaDeTrabalho& pasta) {
+    if (!TemDicionario()) return TFimDaAtualizacao::Encerrada;
+    Passo("AjustaCamposStringMaior2000", [this] { AjustaCamposStringMaior2000(ctx_); });
+    Passo("Tabelas do dicionário", [this] { AtualizaTabelasDoDicionario(ctx_.dm); });
+    Inicia();
+    if (!Confirma()) return TFimDaAtualizacao::Encerrada;
+    AtualizaTabelaSistema();
+    if (!Desempacota(pasta) || !CarregaDicionarios(pasta)) return TFimDaAtualizacao::Encerrada;
+    if (ctx_.estado.usuariosOnline) Passo("QuerysAnteriores", [this] { QuerysAnteriores(ctx_); });
+
+    Seleciona();
+    Passo("VerificaDuplicidadeSarquivo", [this] { VerificaDuplicidadeSarquivo(ctx_); });
+    ctx_.dm.SarquivoVelho.Open();
+    ctx_.dm.SatribVelho.Open();
+    if (!LiberadaPelosUsuarios()) return TFimDaAtualizacao::Encerrada;
+    ValidaNulos();
+    Passo("AtualizaSistema", [&] { adiados_ = AtualizaSistema(ctx_.dm, pasta); });
+    ctx_.Tela().Memo1("Tabelas do sistema............OK!");
+
+    Seleciona();
+    AtualizaTabelas();
+    RelatoriosEArquivos(pasta);
+    PassosFinais();
+    Encerra();
+    return TFimDaAtualizacao::Concluida;
+}
+
+bool TAtualizacao::TemDicionario() {
+    ctx_.dm.AtualizaListaDeTabelas();
+    for (const std::string_view tabela : {"SARQUIVO", "SATRIB"}) {
+        if (ctx_.dm.ExisteTabela(tabela)) continue;
+        ctx_.Tela().Informacao("O banco de dados não tem a tabela " + std::string(tabela) +
+                               " do dicionário: não é um banco do sistema, ou está incompleto. Verifique o alias " +
+                               ctx_.opcoes.alias + ".");
+        return false;
+    }
+    return true;
+}
+
+void TAtualizacao::Inicia() {
+    ctx_.Conexao().Close();
+    ctx_.Conexao().Open();
+    ctx_.dm.AtualizaListaDeTabelas();
+    inicio_ = Agora();
+    ctx_.Tela().Memo1("----------------------------------------------------------");
+    ctx_.Tela().Memo1("");
+    ctx_.Tela().Memo1("Iniciando atualização das tabelas: " + FormataDataHora(inicio_, "dd-mm hh:mm"));
+}
+
+bool TAtualizacao::Confirma() {
+    if (Maiusculas(Apara(ctx_.opcoes.alias)) != "WKD") return true;
+    return ctx_.Tela().Confirmacao("Deseja realmente atualizar a base de dados da WKD Software? certeza mesmo?", false);
+}
+
+bool TAtualizacao::Desempacota(TPastaDeTrabalho& pasta) {
+    std::error_code semErro;
+    if (!std::filesystem::is_regular_file(ctx_.opcoes.pacote, semErro)) {
+        ctx_.Tela().Informacao("Arquivo de atualizção não existe");
+        return false;
+    }
+    pasta.Recria();
+    const auto recusadas = ExtraiPacote(ctx_.opcoes.pacote, pasta.Caminho(),
+                                        [this](int percentual) { ctx_.dm.UnzipTotalPercentDone(percentual); });
+    ctx_.dm.UnzipUnZipComplete();
+    for (const std::string& recusada : recusadas) {
+        ctx_.Tela().Memo2(recusada);
+        ctx_.Tela().SetLog(recusada, "", "Descompactar");
+    }
+    return true;
+}
+
+bool TAtualizacao::CarregaDicionarios(const TPastaDeTrabalho& pasta) {
+    TDataModulo& dm = ctx_.dm;
+    dm.SarquivoVelho.Close();
+    dm.SatribVelho.Close();
+    dm.SArquivoNovo.Close();
+    dm.SatribNovo.Close();
+    dm.SArquivoNovo.Carrega(LeDicionario(pasta, "SARQUIVO.WKD", {"COD_MODULO", "NOME_ARQUIVO", "VERSAO"}));
+    dm.SatribNovo.Carrega(
+        LeDicionario(pasta, "SAtrib.WKD", {"ARQUIVO", "NOME", "TIPO", "TAMANHO", "CHAVE_DE_PESQUISA"}));
+    return true;
+}
+
+/// The filter is in force before the first use of the package's tables, so that all steps see the selected ones.
+void TAtualizacao::Seleciona() {
+    TClientDataSet& tabelas = ctx_.dm.SArquivoNovo;
+    tabelas.SetFilter(ctx_.opcoes.tabelasSelecionadas ? FiltroDeTabelas(ctx_.opcoes.tabelas) : std::string());
+    tabelas.SetFiltered(ctx_.opcoes.tabelasSelecionadas);
+}
+
+bool TAtualizacao::LiberadaPelosUsuarios() {
+    if (VerificaAtualizacao(ctx_)) return true;
+    try {
+        if (ContaUsuariosOnline(ctx_.Conexao()) == 0) return true;
+    } catch (const TErroBanco&) {
+        return true;  // a database of the older generation has no table of connected users
+    }
+    ctx_.Tela().Informacao("Esta atualização requer que todos os usuários fechem o sistema.");
+    return false;
+}
+
+/// A hook: the null-column validation itself validates nothing.
+void TAtualizacao::ValidaNulos() {
+    if (MarcadaParaNaoCriar()) {
+        ctx_.Tela().Memo1("Verificando nulos.............Skiped!");
+    } else if (!ctx_.estado.pulaNulos) {
+        TOcupado ocupado(ctx_.Tela(), "Validando campos nulos");
+    }
+}
+
+void TAtualizacao::AtualizaTabelas() {
+    TClientDataSet& tabelas = ctx_.dm.SArquivoNovo;
+    IBarra& barra = ctx_.Tela().PbGeral();
+    barra.Define(0, static_cast<int>(tabelas.RecordCount()), 10, 0);
+    TMarcasDeAnalise marcas(ctx_);
+    for (tabelas.First(); !tabelas.Eof(); tabelas.Next()) {
+        TabelaAtual(marcas);
+        barra.Posicao(barra.Posicao() + 1);
+    }
+    Passo("AtualizaSistema", [this] { RecarregaAdiados(ctx_.dm, adiados_); });
+    ctx_.Tela().Memo1("Finalizada as atualizações das tabelas em: " + FormataDataHora(Agora(), "dd/mm hh:mm"));
+    barra.Posicao(0);
+    ctx_.Tela().LblGeral("Parado.");
+}
+
+void TAtualizacao::TabelaAtual(TMarcasDeAnalise& marcas) {
+    try {
+        TPassoDaTabela(ctx_, marcas).Executa();
+    } catch (const std::exception& erro) {
+        const std::string tabela = ctx_.dm.SArquivoNovo.Texto("nome_arquivo");
+        ctx_.Tela().Memo2("Tabela: " + tabela + " - " + erro.what());
+        ctx_.Tela().SetLog(erro.what(), tabela, "Atualizar tabela");
+    }
+}
+
+void TAtualizacao::RelatoriosEArquivos(const TPastaDeTrabalho& pasta) {
+    if (MarcadaParaNaoCriar()) {
+        ctx_.Tela().Memo1("Atualizando Relatórios........Skiped!");
+        ctx_.Tela().Memo1("Atualizando Arquivos..........Skiped!");
+        return;
+    }
+    Passo("AtualizaRelatorio", [&] { AtualizaRelatorio(ctx_.dm, pasta); });
+    Passo("AtualizaArquivosSistema", [&] { AtualizaArquivosSistema(ctx_.dm, pasta); });
+}
+
+void TAtualizacao::PassosFinais() {
+    struct TPasso {
+        std::string_view titulo, nome;
+        void (*executa)(TContexto&);
+    };
+    static constexpr TPasso kPassos[] = {
+        {"Querys : Estrutura de Tabelas", "ApagaAtributosOrfaos", ApagaAtributosOrfaos},
+        {"Querys : Valor Padrão", "AtualizaValorPadrao", AtualizaValorPadrao},
+        {"Querys : Atualiza Lookup", "AtualizaLookup", AtualizaLookup},
+        {"Querys : Atualiza Lookup Fisico", "AtualizaLookupFisico", AtualizaLookupFisico},
+        {"Querys : Atualiza Campos Personalizados", "AtualizaCamposPersonalizados", AtualizaCamposPersonalizados},
+        {"Querys : Atualiza Campo Texto", "AtualizaCamposVarCharparaNvarChar", AtualizaCamposVarCharparaNvarChar},
+        {"Querys : Verifica Indice Primario", "verificaIndicesPrimarios", verificaIndicesPrimarios},
+        {"Querys : Dicionario de Tabelas", "Dicionario_tabelas", Dicionario_tabelas},
+    };
+    Passo("QuerysPosteriores", [this] { QuerysPosteriores(ctx_); });
+    for (const TPasso& passo : kPassos) {
+        ctx_.Tela().ProcessaMensagens();
+        ctx_.Tela().Memo1(passo.titulo);
+        Passo(passo.nome, [&] { passo.executa(ctx_); });
+    }
+}
+
+void TAtualizacao::Encerra() {
+    const TDataHora fim = Agora();
+    ctx_.Tela().Memo1("Final da Atualização: " + FormataDataHora(fim, "dd-mm hh:mm"));
+    ctx_.Tela().Memo1("Tempo de Atualização: " + FormataDuracao(inicio_, fim));
+}
+
+template <class F>
+void TAtualizacao::Passo(std::string_view nome, F&& passo) {
+    try {
+        ctx_.Tela().ProcessaMensagens();
+        passo();
+    } catch (const std::exception& erro) {
+        Reporta(nome, erro);
+    }
+}
+
+void TAtualizacao::Reporta(std::string_view acao, const std::exception& erro) {
+    ctx_.Tela().Memo2(std::string(acao) + ": " + erro.what());
+    ctx_.Tela().SetLog(erro.what(), "", acao);
+}
+
+bool TAtualizacao::MarcadaParaNaoCriar() const { return std::filesystem::exists(ctx_.opcoes.marcaNaoCria); }
+
+}  // namespace wkd

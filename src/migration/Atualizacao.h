@@ -1,0 +1,52 @@
+#pragma once
+
+#include <filesystem>
+#include <string_view>
+#include <vector>
+
+#include "Contexto.h"
+#include "Pacote.h"
+
+namespace wkd {
+
+enum class TFimDaAtualizacao {
+    Concluida,  // all steps ran, whatever they reported
+    Encerrada   // ended early: package, refused confirmation, connected users, another run
+};
+
+/// The update run: brings the database of the open connection up to the dictionary of a package. Reports everything
+/// through the screen and the run log and throws nothing of the database's or the package's.
+class TAtualizacao {
+  public:
+    TAtualizacao(TDataModulo& dm, const TOpcoes& opcoes, TEstado& estado);
+
+    TFimDaAtualizacao Executa();
+
+  private:
+    TFimDaAtualizacao Corre(TPastaDeTrabalho& pasta);
+    bool TemDicionario();
+    void Inicia();
+    bool Confirma();
+    bool Desempacota(TPastaDeTrabalho& pasta);
+    bool CarregaDicionarios(const TPastaDeTrabalho& pasta);
+    void Seleciona();
+    bool LiberadaPelosUsuarios();
+    void ValidaNulos();
+    void AtualizaTabelas();
+    void TabelaAtual(class TMarcasDeAnalise& marcas);
+    void RelatoriosEArquivos(const TPastaDeTrabalho& pasta);
+    void PassosFinais();
+    void Encerra();
+
+    /// Runs one pass; what it raises is reported under its name and the run goes on.
+    template <class F>
+    void Passo(std::string_view nome, F&& passo);
+    void Reporta(std::string_view acao, const std::exception& erro);
+    bool MarcadaParaNaoCriar() const;
+
+    TContexto ctx_;
+    TDataHora inicio_;
+    std::vector<std::filesystem::path> adiados_;
+};
+
+}  // namespace wkd
