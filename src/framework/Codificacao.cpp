@@ -1,0 +1,100 @@
+// Character sets of Texto.h: UTF-8 and Windows-1252.
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <iterator>
+#include <optional>
+
+#include "Erros.h"
+#include "Texto.h"
+
+namespace wkd {
+
+namespace {
+
+// Code points of the bytes 0x80 to 0x9F; every other byte is its own code point.
+constexpr std::array<char32_t, 32> k1252 = {0x20AC, 0x81,   0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
+                                            0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x8D,   0x017D, 0x8F,
+                                            0x90,   0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
+                                            0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x9D,   0x017E, 0x0178};
+
+void AcrescentaUtf8(std::string& destino, char32_t c) {
+    if (c < 0x80) {
+        destino += static_cast<char>(c);
+    } else if (c < 0x800) {
+        destino += static_cast<char>(0xC0 | (c >> 6));
+        destino += static_cast<char>(0x80 | (c & 0x3F));
+    } else {
+        destino += static_cast<char>(0xE0 | (c >> 12));
+        destino += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+        destino += static_cast<char>(0x80 | (c & 0x3F));
+    }
+}
+
+/// Takes one character off the start of `texto`; nothing, and `texto` as it was, when it is no valid UTF-8.
+std::optional<char32_t> TiraCaractere(std::string_view& texto) {
+    const auto primeiro = static_cast<unsigned char>(texto.front());
+    const std::size_t bytes = primeiro < 0x80   ? 1
+                              : primeiro < 0xC2 ? 0
+                              : primeiro < 0xE0 ? 2
+                              : primeiro < 0xF0 ? 3
+                              : primeiro < 0xF5 ? 4
+                                                : 0;
+    if (bytes == 0 || bytes > texto.size()) return std::nullopt;
+    char32_t c = bytes == 1 ? primeiro : primeiro & (0x7Fu >> bytes);
+    for (std::size_t i = 1; i < bytes; ++i) {
+        const auto byte = static_cast<unsigned char>(texto[i]);
+        if ((byte & 0xC0) != 0x80) return std::nullopt;
+        c = (c << 6) | (byte & 0x3F);
+    }
+    const bool longoDemais = (bytes == 3 && c < 0x800) || (bytes == 4 && c < 0x10000);
+    if (longoDemais || (c >= 0xD800 && c <= 0xDFFF) || c > 0x10FFFF) return std::nullopt;
+    texto.remove_prefix(bytes);
+    return c;
+}
+
+std::optional<char> Byte1252(char32_t c) {
+    if (c < 0x80 || (c >= 0xA0 && c <= 0xFF)) return static_cast<char>(c);
+    const auto achado = std::find(k1252.begin(), k1252.end(), c);
+    if (achado == k1252.end()) return std::nullopt;
+    return static_cast<char>(0x80 + std::distance(k1252.begin(), achado));
+}
+
+}  // namespace
+
+bool Utf8Valido(std::string_view bytes) {
+    while (!bytes.empty())
+        if (!TiraCaractere(bytes)) return false;
+    return true;
+}
+
+std::string De1252(std::string_view bytes) {
+    std::string utf8;
+    utf8.reserve(bytes.size());
+    for (char byte : bytes) {
+        const auto b = static_cast<unsigned char>(byte);
+        AcrescentaUtf8(utf8, b >= 0x80 && b < 0xA0 ? k1252[b - 0x80] : b);
+    }
+    return utf8;
+}
+
+std::string Para1252(std::string_view utf8) {
+    std::string bytes;
+    bytes.reserve(utf8.size());
+    while (!utf8.empty()) {
+        const std::string_view resto = utf8;
+        const auto c = TiraCaractere(utf8);
+        if (!c) throw TErroConversao("Texto não é UTF-8 válido");
+        const auto byte = Byte1252(*c);
+        if (!byte) {
+            const auto caractere = resto.substr(0, resto.size() - utf8.size());
+            throw TErroConversao("O caractere \"" + std::string(caractere) + "\" não existe em Windows-1252");
+        }
+        bytes += *byte;
+    }
+    return bytes;
+}
+
+std::string TextoDeBytes(std::string_view bytes) { return Utf8Valido(bytes) ? std::string(bytes) : De1252(bytes); }
+
+}  // namespace wkd

@@ -1,0 +1,178 @@
+// Conversion of a TValor to the type of a field; what would lose part of the value is refused.
+#include <cmath>
+#include <optional>
+
+#include "Erros.h"
+#include "Texto.h"
+#include "TextoDeData.h"
+#include "TextoDeNumero.h"
+#include "Valor.h"
+
+namespace wkd {
+
+namespace {
+
+using TConteudoComum = std::shared_ptr<const TConteudo>;
+/// The converted value, or nothing when it does not convert.
+using TConvertido = std::optional<TValor>;
+
+const TData kDiaDasHoras = DataDe(1899, 12, 30);  // day of a time stored as date and time
+const TData kDiaDasHorasSqlServer = DataDe(1900, 1, 1);
+
+template <class T>
+TConvertido Lido(const std::optional<T>& lido) {
+    if (!lido) return std::nullopt;
+    return TValor(*lido);
+}
+
+TConvertido ParaInteiro(const TValor& v) {
+    if (v.Se<std::int64_t>()) return v;
+    if (const auto* logico = v.Se<bool>()) return TValor(std::int64_t{*logico});
+    if (const auto* numero = v.Se<double>()) {
+        if (std::trunc(*numero) != *numero) return std::nullopt;
+        return Lido(ParteInteira(*numero));
+    }
+    std::optional<TDecimal> decimal;
+    if (const auto* d = v.Se<TDecimal>())
+        decimal = *d;
+    else if (const auto* texto = v.Se<std::string>())
+        decimal = LeDecimal(*texto);
+    if (!decimal) return std::nullopt;
+    const TDecimal reduzido = SemZerosFinais(*decimal);
+    if (reduzido.escala > 0) return std::nullopt;
+    return TValor(reduzido.valor);
+}
+
+TConvertido ParaDecimal(const TValor& v) {
+    if (v.Se<TDecimal>()) return v;
+    if (const auto* inteiro = v.Se<std::int64_t>()) return TValor(TDecimal{*inteiro, 0});
+    if (const auto* logico = v.Se<bool>()) return TValor(TDecimal{*logico, 0});
+    if (v.Se<double>() || v.Se<std::string>()) return Lido(LeDecimal(v.ComoTexto()));
+    return std::nullopt;
+}
+
+/// A decimal or a text becomes the nearest double; an integer only when the double holds it exactly.
+TConvertido ParaFlutuante(const TValor& v) {
+    if (v.Se<double>()) return v;
+    if (const auto* inteiro = v.Se<std::int64_t>()) {
+        const auto numero = static_cast<double>(*inteiro);
+        if (ParteInteira(numero) != *inteiro) return std::nullopt;
+        return TValor(numero);
+    }
+    if (v.Se<bool>()) return TValor(v.ComoDouble());
+    if (v.Se<TDecimal>() || v.Se<std::string>()) return Lido(LeDouble(v.ComoTexto()));
+    return std::nullopt;
+}
+
+TConvertido LogicoDoTexto(std::string_view texto) {
+    const std::string maiusculo = Maiusculas(Apara(texto));
+    for (const auto* verdadeiro : {"T", "TRUE", "S", "SIM", "1"})
+        if (maiusculo == verdadeiro) return TValor(true);
+    for (const auto* falso : {"F", "FALSE", "N", "NAO", "0"})
+        if (maiusculo == falso) return TValor(false);
+    return std::nullopt;
+}
+
+TConvertido ParaLogico(const TValor& v) {
+    if (v.Se<bool>()) return v;
+    if (const auto* texto = v.Se<std::string>()) return LogicoDoTexto(*texto);
+    const TConvertido inteiro = ParaInteiro(v);
+    if (inteiro == TValor(0)) return TValor(false);
+    if (inteiro == TValor(1)) return TValor(true);
+    return std::nullopt;
+}
+
+TConvertido ParaDataHora(const TValor& v) {
+    if (v.Se<TDataHora>()) return v;
+    if (const auto* data = v.Se<TData>()) return TValor(TDataHora{*data, {}});
+    if (const auto* hora = v.Se<THora>()) return TValor(TDataHora{kDiaDasHoras, *hora});
+    if (const auto* texto = v.Se<std::string>()) return Lido(LeDataHora(*texto));
+    return std::nullopt;
+}
+
+TConvertido ParaData(const TValor& v) {
+    if (v.Se<TData>()) return v;
+    if (v.Se<THora>()) return std::nullopt;
+    const TConvertido dataHora = ParaDataHora(v);
+    if (!dataHora) return std::nullopt;
+    const auto quando = *dataHora->Se<TDataHora>();
+    if (quando.hora != THora{}) return std::nullopt;
+    return TValor(quando.data);
+}
+
+TConvertido ParaHora(const TValor& v) {
+    if (v.Se<THora>()) return v;
+    if (v.Se<TData>()) return std::nullopt;
+    if (const auto* texto = v.Se<std::string>())
+        if (const auto hora = LeHora(*texto)) return TValor(*hora);
+    const TConvertido dataHora = ParaDataHora(v);
+    if (!dataHora) return std::nullopt;
+    const auto quando = *dataHora->Se<TDataHora>();
+    if (quando.data != kDiaDasHoras && quando.data != kDiaDasHorasSqlServer) return std::nullopt;
+    return TValor(quando.hora);
+}
+
+TConvertido ParaBlob(const TValor& v) {
+    if (v.Se<TBytes>() || v.Se<TConteudoComum>() || v.Se<std::string>()) return v;
+    return TValor(v.ComoTexto());
+}
+
+TConvertido ParaTipo(const TValor& v, TTipoDado tipo) {
+    switch (tipo) {
+        case TTipoDado::Texto:
+            return TValor(v.ComoTexto());
+        case TTipoDado::Inteiro:
+            return ParaInteiro(v);
+        case TTipoDado::Decimal:
+            return ParaDecimal(v);
+        case TTipoDado::Flutuante:
+            return ParaFlutuante(v);
+        case TTipoDado::Logico:
+            return ParaLogico(v);
+        case TTipoDado::Data:
+            return ParaData(v);
+        case TTipoDado::Hora:
+            return ParaHora(v);
+        case TTipoDado::DataHora:
+            return ParaDataHora(v);
+        case TTipoDado::Memo:
+        case TTipoDado::Blob:
+            return ParaBlob(v);
+        case TTipoDado::Bytes:
+            return TValor(TBytes{v.ComoBytes()});
+    }
+    return std::nullopt;
+}
+
+bool AceitaVazio(TTipoDado tipo) {
+    return tipo == TTipoDado::Texto || tipo == TTipoDado::Memo || tipo == TTipoDado::Blob || tipo == TTipoDado::Bytes;
+}
+
+std::string_view NomeDoTipo(TTipoDado tipo) {
+    constexpr std::string_view kNomes[] = {"texto", "inteiro",   "decimal", "número", "lógico", "data",
+                                           "hora",  "data/hora", "blob",    "memo",   "bytes"};
+    return kNomes[static_cast<std::size_t>(tipo)];
+}
+
+/// At most some 200 bytes, cut between characters.
+std::string Inicio(std::string texto) {
+    std::size_t fim = 200;
+    if (texto.size() <= fim) return texto;
+    while ((static_cast<unsigned char>(texto[fim]) & 0xC0) == 0x80) --fim;
+    return texto.erase(fim) + "...";
+}
+
+}  // namespace
+
+TValor TValor::Converte(TTipoDado tipo) const {
+    if (Nulo()) return {};
+    if (tipo == TTipoDado::Texto && Se<std::string>()) return *this;
+    const bool blob = Se<TBytes>() || Se<TConteudoComum>();
+    if (blob && !AceitaVazio(tipo)) return TValor(ComoTexto()).Converte(tipo);
+    const auto* texto = Se<std::string>();
+    if (texto && !AceitaVazio(tipo) && Apara(*texto).empty()) return {};
+    if (auto convertido = ParaTipo(*this, tipo)) return *std::move(convertido);
+    throw TErroConversao("\"" + Inicio(ComoTexto()) + "\" não se converte em " + std::string(NomeDoTipo(tipo)));
+}
+
+}  // namespace wkd
