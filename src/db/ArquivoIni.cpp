@@ -1,0 +1,192 @@
+#include "ArquivoIni.h"
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <system_error>
+#include <utility>
+
+#include "EscritaSegura.h"
+#include "Texto.h"
+
+namespace wkd {
+
+namespace {
+
+constexpr std::string_view kBom = "\xEF\xBB\xBF";
+
+std::string LeBytes(const std::filesystem::path& caminho) {
+    std::error_code erro;
+    if (!std::filesystem::exists(caminho, erro) && !erro) return {};
+    std::ifstream arquivo(caminho, std::ios::binary);
+    std::string bytes{std::istreambuf_iterator<char>(arquivo), {}};
+    if (!arquivo || std::filesystem::is_directory(caminho, erro))
+        throw TErroConfiguracao("Não foi possível ler o arquivo \"" + caminho.string() +
+                                "\". Verifique se ele permite leitura.");
+    if (bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF"))
+        throw TErroConfiguracao("O arquivo \"" + caminho.string() + "\" está em UTF-16. Grave-o em UTF-8 ou ANSI.");
+    return bytes;
+}
+
+std::vector<std::string> DivideLinhas(std::string_view texto) {
+    std::vector<std::string> linhas;
+    while (!texto.empty()) {
+        const std::size_t fim = std::min(texto.find('\n'), texto.size() - 1) + 1;
+        linhas.emplace_back(texto.substr(0, fim));
+        texto.remove_prefix(fim);
+    }
+    return linhas;
+}
+
+std::optional<std::string_view> NomeDaSecao(std::string_view linha) {
+    linha = Apara(linha);
+    const std::size_t fim = linha.find(']');
+    if (!linha.starts_with('[') || fim == std::string_view::npos) return std::nullopt;
+    return Apara(linha.substr(1, fim - 1));
+}
+
+bool Comentario(std::string_view linha) {
+    linha = Apara(linha);
+    return linha.starts_with(';') || linha.starts_with('#');
+}
+
+/// Name and text of a "name = text" line.
+std::optional<std::pair<std::string_view, std::string_view>> Par(std::string_view linha) {
+    const std::size_t igual = linha.find('=');
+    if (igual == std::string_view::npos || Comentario(linha)) return std::nullopt;
+    return std::pair(Apara(linha.substr(0, igual)), Apara(linha.substr(igual + 1)));
+}
+
+std::string_view SemAspas(std::string_view texto) {
+    const bool entreAspas =
+        texto.size() >= 2 && texto.front() == texto.back() && (texto.front() == '"' || texto.front() == '\'');
+    return entreAspas ? texto.substr(1, texto.size() - 2) : texto;
+}
+
+/// Text that reads back as the value: in quotes where reading would take something off.
+std::string TextoDoValor(std::string_view valor) {
+    const bool inteiro = SemAspas(Apara(valor)) == valor;
+    return inteiro ? std::string(valor) : '"' + std::string(valor) + '"';
+}
+
+void TrocaValor(std::string& linha, const std::string& texto) {
+    const std::size_t inicio = std::min(linha.find_first_not_of(" \t", linha.find('=') + 1), linha.size());
+    const std::size_t fimDeLinha = std::min(linha.find_first_of("\r\n"), linha.size());
+    linha.replace(inicio, fimDeLinha - std::min(inicio, fimDeLinha), texto);
+}
+
+void Confere(std::string_view texto, bool valido) {
+    constexpr std::string_view kProibidos("\r\n\0", 3);
+    if (!valido || texto.find_first_of(kProibidos) != std::string_view::npos)
+        throw TErroConfiguracao("O texto \"" + std::string(texto) +
+                                "\" não pode ser gravado no arquivo de configuração: contém quebra de linha ou "
+                                "caractere que o formato INI não permite em um nome.");
+}
+
+}  // namespace
+
+TArquivoIni::TArquivoIni(std::filesystem::path caminho) : caminho_(std::move(caminho)) {
+    std::string bytes = LeBytes(caminho_);
+    bom_ = bytes.starts_with(kBom);
+    if (bom_) bytes.erase(0, kBom.size());
+    ansi_ = !Utf8Valido(bytes);
+    linhas_ = DivideLinhas(ansi_ ? De1252(bytes) : bytes);
+    if (!linhas_.empty() && linhas_.front().ends_with("\r\n")) fimDeLinha_ = "\r\n";
+}
+
+std::vector<std::string> TArquivoIni::Secoes() const {
+    std::vector<std::string> nomes;
+    for (const auto& linha : linhas_) {
+        const auto nome = NomeDaSecao(linha);
+        const auto igual = [&](const std::string& outro) { return IgualSemCaixa(outro, *nome); };
+        if (nome && std::ranges::none_of(nomes, igual)) nomes.emplace_back(*nome);
+    }
+    return nomes;
+}
+
+bool TArquivoIni::ExisteSecao(std::string_view secao) const { return ProcuraSecao(secao).has_value(); }
+
+std::optional<std::string> TArquivoIni::Le(std::string_view secao, std::string_view chave) const {
+    const auto linha = ProcuraChave(secao, chave);
+    if (!linha) return std::nullopt;
+    return std::string(SemAspas(Par(linhas_[*linha])->second));
+}
+
+void TArquivoIni::Grava(std::string_view secao, std::string_view chave, std::string_view valor) {
+    Confere(secao, !Apara(secao).empty() && secao.find(']') == std::string_view::npos);
+    Confere(chave, !Apara(chave).empty() && chave.find('=') == std::string_view::npos && !Comentario(chave) &&
+                       !Apara(chave).starts_with('['));
+    Confere(valor, true);
+    secao = Apara(secao);
+    chave = Apara(chave);
+
+    if (const auto linha = ProcuraChave(secao, chave)) return TrocaValor(linhas_[*linha], TextoDoValor(valor));
+    const auto existente = ProcuraSecao(secao);
+    const std::size_t cabecalho = existente ? *existente : CriaSecao(secao);
+    std::size_t posicao = FimDaSecao(cabecalho);
+    while (posicao > cabecalho + 1 && !Par(linhas_[posicao - 1])) --posicao;
+    Insere(posicao, std::string(chave) + "=" + TextoDoValor(valor));
+}
+
+bool TArquivoIni::ApagaSecao(std::string_view secao) {
+    const bool existia = ExisteSecao(secao);
+    while (const auto cabecalho = ProcuraSecao(secao)) {
+        std::size_t fim = FimDaSecao(*cabecalho);
+        if (fim < linhas_.size())
+            while (fim > *cabecalho + 1 && Comentario(linhas_[fim - 1])) --fim;
+        const auto inicio = linhas_.begin();
+        linhas_.erase(inicio + static_cast<std::ptrdiff_t>(*cabecalho), inicio + static_cast<std::ptrdiff_t>(fim));
+    }
+    return existia;
+}
+
+void TArquivoIni::Salva() const {
+    try {
+        SubstituiArquivo(caminho_, Bytes());
+    } catch (const std::exception& erro) {
+        throw TErroConfiguracao("Não foi possível gravar o arquivo \"" + caminho_.string() + "\": " + erro.what());
+    }
+}
+
+std::string TArquivoIni::Bytes() const {
+    const std::string texto = Junta(linhas_, "");
+    return (bom_ ? std::string(kBom) : "") + (ansi_ ? Para1252(texto) : texto);
+}
+
+std::optional<std::size_t> TArquivoIni::ProcuraSecao(std::string_view secao) const {
+    for (std::size_t i = 0; i < linhas_.size(); ++i) {
+        const auto nome = NomeDaSecao(linhas_[i]);
+        if (nome && IgualSemCaixa(*nome, Apara(secao))) return i;
+    }
+    return std::nullopt;
+}
+
+std::optional<std::size_t> TArquivoIni::ProcuraChave(std::string_view secao, std::string_view chave) const {
+    const auto cabecalho = ProcuraSecao(secao);
+    if (!cabecalho) return std::nullopt;
+    const std::size_t fim = FimDaSecao(*cabecalho);
+    for (std::size_t i = *cabecalho + 1; i < fim; ++i) {
+        const auto par = Par(linhas_[i]);
+        if (par && IgualSemCaixa(par->first, Apara(chave))) return i;
+    }
+    return std::nullopt;
+}
+
+std::size_t TArquivoIni::FimDaSecao(std::size_t cabecalho) const {
+    std::size_t fim = cabecalho + 1;
+    while (fim < linhas_.size() && !NomeDaSecao(linhas_[fim])) ++fim;
+    return fim;
+}
+
+std::size_t TArquivoIni::CriaSecao(std::string_view secao) {
+    if (!linhas_.empty() && !Apara(linhas_.back()).empty()) Insere(linhas_.size(), "");
+    Insere(linhas_.size(), "[" + std::string(secao) + "]");
+    return linhas_.size() - 1;
+}
+
+void TArquivoIni::Insere(std::size_t posicao, std::string texto) {
+    if (posicao > 0 && !linhas_[posicao - 1].ends_with('\n')) linhas_[posicao - 1] += fimDeLinha_;
+    linhas_.insert(linhas_.begin() + static_cast<std::ptrdiff_t>(posicao), std::move(texto) + fimDeLinha_);
+}
+
+}  // namespace wkd

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <filesystem>
+#include <string_view>
+
+namespace wkd {
+
+/// Writes a file beside `caminho`, down to the disk, and renames it over: a crash leaves the old content or the new
+/// one. A link is followed. The old file's mode and owner stay; a new file is for its owner alone. Throws
+/// std::system_error, the old file untouched.
+void SubstituiArquivo(const std::filesystem::path& caminho, std::string_view bytes);
+
+}  // namespace wkd
