@@ -1,22 +1,26 @@
 #pragma once
 
+#include <filesystem>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Aliases.h"
-#include "ClientDataSet.h"
+#include "CacheSatrib.h"
 #include "Connection.h"
+#include "CriaConexao.h"
 #include "ParametrosConexao.h"
 
 namespace wkd {
 
+class TClientDataSet;
+
 /// Connection of an alias of the settings file. Opens the driver of the alias's kind; every database operation goes
-/// on to it.
+/// on to it. Operations on a connection never opened throw TErroBanco (Conexao).
 class THBNConnection : public TConnection {
   public:
-    explicit THBNConnection(TAliases aliases);
+    explicit THBNConnection(TAliases aliases, TFabricaDeConexao fabrica = CriaConexao);
 
     // Alias
     /// Loads the alias: driver parameters and kind. An empty name loads nothing. An open connection stays as it is
@@ -29,18 +33,24 @@ class THBNConnection : public TConnection {
 
     struct TDadosConexao {
         std::string hostname, path, database;
-        /// Host, ":", path, "\" and database; no second separator when the path ends with one.
+        /// Host, ":", path, "\" and database; no ":" without host, no second separator when the path ends with one.
         std::string Texto() const;
     };
+    /// As the settings file has them now.
     TDadosConexao RetornaDadosConexao() const;
 
     // TConnection
-    /// Throws TErroConfiguracao for an unknown kind or one without driver, TErroBanco when the server refuses.
+    /// Opens the alias's database; one that is open already is closed first. Throws TErroConfiguracao for an unknown
+    /// kind or one without driver, TErroBanco when the server refuses.
     void Open() override;
     void Close() noexcept override;
     bool Connected() const override;
-    /// Kind of the alias; SQL Server for an ODBC alias.
+    /// How often it was opened: what was read under another number may come from another database.
+    int Aberturas() const { return aberturas_; }
+    /// Kind of the alias; SQL Server for an ODBC alias, Firebird for an unknown text.
     TTipoBanco TipoBanco() const override;
+    /// Kind of the alias, or that of section "HBN" of `ini` as long as no alias is loaded.
+    TTipoBanco TipoBanco(const std::filesystem::path& ini) const;
     std::string VersaoServidor() override;
     void StartTransaction() override;
     void Commit() override;
@@ -51,6 +61,7 @@ class THBNConnection : public TConnection {
     /// On Firebird a text that contains "commit" runs nothing: transactions are managed here.
     void ExecuteDirect(std::string_view sql) override;
     std::unique_ptr<TComando> Prepara(std::string_view sql) override;
+    /// On Oracle the user's tables whose names begin with "B", "C", "S" or "T".
     std::vector<std::string> NomesDeTabelas() override;
     std::vector<TColunaFisica> Colunas(std::string_view tabela) override;
     TColunasPorTabela TodasAsColunas() override;
@@ -59,18 +70,26 @@ class THBNConnection : public TConnection {
     void Observa(TObservador observador) override;
 
     // Column dictionary
-    /// Makes `alvo` a copy of the cached column-dictionary rows of one table.
+    /// Makes `alvo` a copy of the cached column-dictionary rows of one table; without SATRIB it is closed. The first
+    /// call after a connect reads the dictionary, so that a connection that never asks pays nothing.
     void SAtrbi(std::string_view tabela, TClientDataSet& alvo);
     /// Reads the column dictionary again.
     void AtualizaSAtrib();
 
   private:
+    TConnection& Driver() const;
+    std::vector<std::string> TabelasDoUsuarioOracle();
+
     TAliases aliases_;
+    TFabricaDeConexao fabrica_;
     std::string alias_;
-    std::string tipoBanco_;  // text of the kind
+    std::string tipoBanco_;  // text of the alias's kind
     TParametrosConexao parametros_;
+    bool aliasTrocado_ = true;
+    int aberturas_ = 0;
     std::unique_ptr<TConnection> driver_;
     TObservador observador_;
+    TCacheSatrib satrib_;
 };
 
 }  // namespace wkd

@@ -1,0 +1,132 @@
+#include "HBNConnection.h"
+
+#include <utility>
+
+#include "Texto.h"
+
+namespace wkd {
+
+namespace {
+
+/// Dialect of a kind text.
+TTipoBanco DialetoDe(std::string_view texto) {
+    const TTipoBanco tipo = StrToTipoBanco(texto).value_or(TTipoBanco::tbInterbase);
+    return tipo == TTipoBanco::tbODBC ? TTipoBanco::tbSQLServer : tipo;
+}
+
+}  // namespace
+
+THBNConnection::THBNConnection(TAliases aliases, TFabricaDeConexao fabrica)
+    : aliases_(std::move(aliases)), fabrica_(std::move(fabrica)) {}
+
+void THBNConnection::SetAlias(std::string_view nome) {
+    if (Apara(nome).empty()) {
+        alias_ = nome;
+        return;
+    }
+    const TAlias alias = aliases_.CarregaAlias(nome);
+    alias_ = nome;
+    tipoBanco_ = alias.tipoBanco;
+    parametros_ = ParametrosDoAlias(alias);
+    aliasTrocado_ = true;
+}
+
+std::string THBNConnection::TDadosConexao::Texto() const {
+    const bool separado = path.ends_with('\\') || path.ends_with('/');
+    return hostname + (hostname.empty() ? "" : ":") + path + (separado ? "" : "\\") + database;
+}
+
+THBNConnection::TDadosConexao THBNConnection::RetornaDadosConexao() const {
+    return {aliases_.INILeString(alias_, "Hostname"), aliases_.INILeString(alias_, "Path"),
+            aliases_.INILeString(alias_, "DataBase")};
+}
+
+void THBNConnection::Open() {
+    Close();
+    if (aliasTrocado_) {  // otherwise the same driver object goes on, and with it the commands prepared on it
+        driver_ = fabrica_(tipoBanco_, parametros_);
+        driver_->Observa(observador_);
+        aliasTrocado_ = false;
+    }
+    driver_->Open();
+    ++aberturas_;
+    if (TipoBanco() == TTipoBanco::tbSQLServer) driver_->ExecuteDirect("set dateformat mdy");
+}
+
+void THBNConnection::Close() noexcept {
+    satrib_.Esquece();
+    if (driver_) driver_->Close();
+}
+
+bool THBNConnection::Connected() const { return driver_ && driver_->Connected(); }
+
+TTipoBanco THBNConnection::TipoBanco() const { return DialetoDe(tipoBanco_); }
+
+TTipoBanco THBNConnection::TipoBanco(const std::filesystem::path& ini) const {
+    return tipoBanco_.empty() ? DialetoDe(TAliases(ini).INILeString("HBN", "TipoBanco")) : TipoBanco();
+}
+
+std::string THBNConnection::VersaoServidor() { return Driver().VersaoServidor(); }
+void THBNConnection::StartTransaction() { Driver().StartTransaction(); }
+void THBNConnection::Commit() { Driver().Commit(); }
+
+void THBNConnection::Rollback() noexcept {
+    if (driver_) driver_->Rollback();
+}
+
+bool THBNConnection::InTransaction() const { return driver_ && driver_->InTransaction(); }
+void THBNConnection::MarcaPonto(std::string_view nome) { Driver().MarcaPonto(nome); }
+void THBNConnection::VoltaAoPonto(std::string_view nome) { Driver().VoltaAoPonto(nome); }
+
+void THBNConnection::ExecuteDirect(std::string_view sql) {
+    const bool temCommit = Minusculas(sql).find("commit") != std::string::npos;
+    if (TipoBanco() == TTipoBanco::tbInterbase && temCommit) return;
+    Driver().ExecuteDirect(sql);
+}
+
+std::unique_ptr<TComando> THBNConnection::Prepara(std::string_view sql) { return Driver().Prepara(sql); }
+
+std::vector<std::string> THBNConnection::NomesDeTabelas() {
+    return TipoBanco() == TTipoBanco::tbOracle ? TabelasDoUsuarioOracle() : Driver().NomesDeTabelas();
+}
+
+std::vector<TColunaFisica> THBNConnection::Colunas(std::string_view tabela) { return Driver().Colunas(tabela); }
+TColunasPorTabela THBNConnection::TodasAsColunas() { return Driver().TodasAsColunas(); }
+TChavePrimaria THBNConnection::ChavePrimaria(std::string_view tabela) { return Driver().ChavePrimaria(tabela); }
+std::vector<TIndice> THBNConnection::Indices(std::string_view tabela) { return Driver().Indices(tabela); }
+
+void THBNConnection::Observa(TObservador observador) {
+    observador_ = std::move(observador);
+    if (driver_) driver_->Observa(observador_);
+}
+
+void THBNConnection::SAtrbi(std::string_view tabela, TClientDataSet& alvo) {
+    if (!satrib_.Carregado()) AtualizaSAtrib();
+    satrib_.Copia(tabela, alvo);
+}
+
+void THBNConnection::AtualizaSAtrib() { satrib_.Carrega(*this); }
+
+TConnection& THBNConnection::Driver() const {
+    if (driver_) return *driver_;
+    TErroBanco::TDados dados;
+    dados.mensagem = "Não há conexão aberta com o banco de dados";
+    dados.falha = TFalha::Conexao;
+    throw TErroBanco(dados);
+}
+
+std::vector<std::string> THBNConnection::TabelasDoUsuarioOracle() {
+    std::vector<std::string> nomes;
+    const auto comando = Prepara("SELECT * FROM USER_TABLES");
+    comando->Abre();
+    const auto campo = static_cast<std::size_t>(IndiceDoCampo(comando->Campos(), "TABLE_NAME"));
+    while (comando->Proximo()) {
+        const std::string nome = comando->Valor(campo).ComoTexto();
+        const std::string inicial = Maiusculas(nome.substr(0, 1));
+        if (!inicial.empty() && std::string_view("BCST").find(inicial) != std::string_view::npos) nomes.push_back(nome);
+    }
+    ExecuteDirect("commit");
+    return nomes;
+}
+
+}  // namespace wkd
