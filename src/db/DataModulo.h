@@ -29,7 +29,7 @@ class TResultado {
 /// Owner of the connection and of the working datasets; lives for the whole program.
 class TDataModulo {
   public:
-    TDataModulo(TAliases aliases, ITela& tela);
+    TDataModulo(TAliases aliases, ITela& tela, TFabricaDeConexao fabrica = CriaConexao);
     TDataModulo(const TDataModulo&) = delete;
     TDataModulo& operator=(const TDataModulo&) = delete;
 
@@ -52,8 +52,8 @@ class TDataModulo {
     void AtualizaListaDeTabelas();
     const std::vector<std::string>& ListaDeTabelas() const { return tabelas_; }
 
-    /// Whether the physical column exists, letter case ignored; false for a missing table. Answers from columns read
-    /// once for all tables.
+    /// Whether the physical column exists, letter case ignored; false for a missing table. The first use after a
+    /// connect reads the columns of all tables in one sweep; a table forgotten since is read again alone.
     bool VerificaExisteCampo(std::string_view tabela, std::string_view coluna);
     /// Physical columns of the table, from the same cache.
     const std::vector<TColunaFisica>& ColunasFisicas(std::string_view tabela);
@@ -80,6 +80,7 @@ class TDataModulo {
     std::vector<std::string> tabelas_;
     std::set<std::string> nomes_;  // in capitals
     TColunasPorTabela colunas_;
+    int aberturaDasColunas_ = 0;  // connect that colunas_ was swept under
 };
 
 }  // namespace wkd

@@ -1,0 +1,97 @@
+#include "DataModulo.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "Dialeto.h"
+#include "Texto.h"
+
+namespace wkd {
+
+TDataModulo::TDataModulo(TAliases aliases, ITela& tela, TFabricaDeConexao fabrica)
+    : SQLConnection1(std::move(aliases), std::move(fabrica)), Atualiza(SQLConnection1), tela_(tela) {
+    SArquivoNovo.SetFiltered(true);
+
+    SatribNovo.SetIndexFieldNames("ARQUIVO");
+    SatribNovo.SetMaster(&SArquivoNovo, "NOME_ARQUIVO");
+
+    SarquivoVelho.SetProvedor({.conexao = &SQLConnection1,
+                               .sql = "select * from SARQUIVO",
+                               .tabela = "SARQUIVO",
+                               .chaves = {"COD_MODULO", "NOME_ARQUIVO"}});
+    SarquivoVelho.SetIndexFieldNames("COD_MODULO;NOME_ARQUIVO");
+    SarquivoVelho.SetMaster(&SArquivoNovo, "COD_MODULO;NOME_ARQUIVO");
+
+    SatribVelho.SetProvedor(
+        {.conexao = &SQLConnection1, .sql = "select * from SATRIB", .tabela = "SATRIB", .chaves = {"ARQUIVO", "NOME"}});
+    SatribVelho.SetIndexFieldNames("ARQUIVO;NOME");
+    SatribVelho.SetMaster(&SatribNovo, "ARQUIVO;NOME");
+    SatribVelho.OnReconcileError = [this](std::string_view erro) {
+        tela_.Informacao("SAtribVelho " + std::string(erro));
+        return TAcaoReconcilia::Pula;
+    };
+}
+
+bool TDataModulo::ExisteTabela(std::string_view tabela) const { return nomes_.contains(ChaveDeNome(tabela)); }
+
+void TDataModulo::AtualizaListaDeTabelas() {
+    tabelas_ = SQLConnection1.NomesDeTabelas();
+    nomes_.clear();
+    for (const auto& nome : tabelas_) nomes_.insert(ChaveDeNome(nome));
+    colunas_.clear();
+}
+
+bool TDataModulo::VerificaExisteCampo(std::string_view tabela, std::string_view coluna) {
+    const std::string nome = ChaveDeNome(coluna);
+    return std::ranges::any_of(ColunasFisicas(tabela),
+                               [&](const TColunaFisica& fisica) { return ChaveDeNome(fisica.nome) == nome; });
+}
+
+const std::vector<TColunaFisica>& TDataModulo::ColunasFisicas(std::string_view tabela) {
+    if (aberturaDasColunas_ != SQLConnection1.Aberturas()) {
+        colunas_ = SQLConnection1.TodasAsColunas();
+        aberturaDasColunas_ = SQLConnection1.Aberturas();
+    }
+    const std::string nome = ChaveDeNome(tabela);
+    const auto achada = colunas_.find(nome);
+    if (achada != colunas_.end()) return achada->second;
+    return colunas_.emplace(nome, SQLConnection1.Colunas(nome)).first->second;
+}
+
+void TDataModulo::EsqueceColunas(std::string_view tabela) { colunas_.erase(ChaveDeNome(tabela)); }
+
+TResultado TDataModulo::Executa(std::string_view sql) {
+    try {
+        TTransacao transacao(SQLConnection1);
+        SQLConnection1.Prepara(sql)->Executa();
+        transacao.Commit();
+        return TResultado();
+    } catch (const TErroBanco& erro) {
+        return TResultado(erro);
+    }
+}
+
+void TDataModulo::Commit(std::string_view lugar) {
+    const TTipoBanco banco = SQLConnection1.TipoBanco();
+    const auto executa = [this](std::string_view comando) {
+        if (!comando.empty()) SQLConnection1.ExecuteDirect(comando);
+    };
+    try {
+        executa(ComandoCommit(banco));
+    } catch (const std::exception& erro) {
+        const std::string mensagem = "Tabela: " + std::string(lugar) + "\rErro COMMIT - " + erro.what();
+        tela_.Memo1(mensagem);
+        tela_.Memo2(mensagem);
+        tela_.SetLog(mensagem, lugar, "COMMIT");
+        try {
+            executa(ComandoRollback(banco));
+        } catch (const std::exception&) {  // the commit's error is the one that tells
+        }
+    }
+}
+
+void TDataModulo::UnzipTotalPercentDone(int percentual) { tela_.MostraOcupado("Descompactando...", percentual); }
+
+void TDataModulo::UnzipUnZipComplete() { tela_.EscondeOcupado(); }
+
+}  // namespace wkd

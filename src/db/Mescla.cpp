@@ -1,0 +1,93 @@
+#include "Mescla.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "DataModulo.h"
+#include "Texto.h"
+#include "WKDQuery.h"
+
+namespace wkd {
+
+namespace {
+
+using TNomes = std::vector<std::string>;
+
+/// Columns that identify a row of a dictionary table created without primary key.
+struct TIdentificacao {
+    std::string_view tabela, colunas;
+};
+constexpr TIdentificacao kIdentificacoes[] = {
+    {"SATRIB", "ARQUIVO;NOME"},
+    {"SARQUIVO", "COD_MODULO;NOME_ARQUIVO"},
+    {"SPESQ", "ARQUIVO;NOMEPESQUISA"},
+    {"SPESQAUX", "ARQUIVO;NOME;SEQ;CAMPOS"},
+    {"SLOOKUP", "ARQUIVO;CAMPO;CAMPOPAI;CAMPOFILHO"},
+};
+
+TNomes NomesDasColunas(TDataModulo& dm, std::string_view tabela) {
+    TNomes nomes;
+    for (const auto& coluna : dm.ColunasFisicas(tabela)) nomes.push_back(ChaveDeNome(coluna.nome));
+    return nomes;
+}
+
+bool Contem(const TNomes& nomes, std::string_view nome) {
+    return std::ranges::find(nomes, ChaveDeNome(nome)) != nomes.end();
+}
+
+TNomes Comuns(const TNomes& destino, const TNomes& origem) {
+    TNomes comuns = destino;
+    std::erase_if(comuns, [&](const std::string& nome) { return !Contem(origem, nome); });
+    return comuns;
+}
+
+/// The part of a where clause that pairs a customer row with its twin in the destination, here called EXISTENTE.
+std::string Pareamento(const TNomes& chave, std::string_view origem, bool podeSerNulo) {
+    TNomes partes;
+    for (const auto& coluna : chave) {
+        const std::string existente = "EXISTENTE." + coluna;
+        const std::string nova = std::string(origem) + "." + coluna;
+        const std::string igual = existente + " = " + nova;
+        partes.push_back(podeSerNulo ? "(" + igual + " or (" + existente + " is null and " + nova + " is null))"
+                                     : igual);
+    }
+    return Junta(partes, " and ");
+}
+
+/// Condition true for customer rows that the destination has already; empty when nothing tells.
+std::string CondicaoDePresente(TDataModulo& dm, const TMescla& mescla, std::string_view origem, const TNomes& comuns) {
+    TNomes chave = dm.SQLConnection1.ChavePrimaria(mescla.destino).colunas;
+    const bool semChave = chave.empty();
+    const auto* identificacao = std::ranges::find(kIdentificacoes, mescla.destino, &TIdentificacao::tabela);
+    if (semChave && identificacao != std::end(kIdentificacoes)) chave = Divide(identificacao->colunas, ';');
+    const bool completa = std::ranges::all_of(chave, [&](const auto& coluna) { return Contem(comuns, coluna); });
+    if (chave.empty() || !completa) return "";
+    return "exists (select 1 from " + std::string(mescla.destino) + " EXISTENTE where " +
+           Pareamento(chave, origem, semChave) + ")";
+}
+
+std::string Onde(const std::string& condicao, const std::string& outra) {
+    if (condicao.empty() && outra.empty()) return "";
+    return " where " + condicao + (condicao.empty() || outra.empty() ? "" : " and ") + outra;
+}
+
+}  // namespace
+
+std::string ComandoDeMescla(TDataModulo& dm, const TMescla& mescla) {
+    const std::string de(mescla.de);
+    const std::string origem = de.substr(de.rfind(' ') + 1);
+    const TNomes doDestino = NomesDasColunas(dm, mescla.destino);
+    const TNomes daOrigem = NomesDasColunas(dm, origem);
+    const TNomes comuns = Comuns(doDestino, daOrigem);
+
+    const std::string presente = CondicaoDePresente(dm, mescla, origem, comuns);
+    const bool repete = !presente.empty() && ContaRegistros(dm.SQLConnection1, "select count(*) " + de +
+                                                                                   Onde(mescla.condicao, presente)) > 0;
+    const bool iguais = doDestino == daOrigem || comuns.empty();
+    const std::string lista = Junta(comuns, ",");
+    return "INSERT INTO " + std::string(mescla.destino) +
+           (iguais ? " SELECT * " : " (" + lista + ") SELECT " + lista + " ") + de +
+           Onde(mescla.condicao, repete ? "not " + presente : "");
+}
+
+}  // namespace wkd
