@@ -1,0 +1,103 @@
+#include "DicionarioDaTabela.h"
+
+#include <vector>
+
+#include "Texto.h"
+
+namespace wkd {
+
+namespace {
+
+/// A field of the package's column dictionary that SATRIB has, too.
+struct TCampoComum {
+    std::size_t doPacote;
+    const TColunaFisica* destino;
+};
+
+std::vector<TCampoComum> CamposComuns(TContexto& ctx) {
+    std::vector<TCampoComum> comuns;
+    for (const TColunaFisica& coluna : ctx.dm.ColunasFisicas("SATRIB"))
+        if (const int indice = ctx.dm.SatribNovo.IndiceDoCampo(coluna.nome); indice >= 0 && coluna.expressao.empty())
+            comuns.push_back({static_cast<std::size_t>(indice), &coluna});
+    return comuns;
+}
+
+std::string ComandoInclui(const std::vector<TCampoComum>& campos) {
+    std::vector<std::string> nomes, parametros;
+    for (const TCampoComum& campo : campos) {
+        nomes.push_back(campo.destino->nome);
+        parametros.push_back(":" + campo.destino->nome);
+    }
+    return "INSERT INTO SATRIB (" + Junta(nomes, ", ") + ") VALUES (" + Junta(parametros, ", ") + ")";
+}
+
+TValor Obrigatorio(const TColunaFisica& coluna) {
+    const std::string nome = Maiusculas(coluna.nome);
+    if (nome == "DATA" || nome.starts_with("DT")) return Agora();
+    return "0";
+}
+
+/// Value of one field as the column takes it. What does not convert is logged and stays NULL.
+TValor ValorDoCampo(TContexto& ctx, const TCampoComum& campo, bool preencheObrigatorios) {
+    try {
+        TValor valor = ctx.dm.SatribNovo.Valor(campo.doPacote);
+        if (preencheObrigatorios && campo.destino->requerido && valor.Vazio()) valor = Obrigatorio(*campo.destino);
+        return valor.Converte(campo.destino->tipo);
+    } catch (const TErroConversao& erro) {
+        ctx.Log(erro.what());
+        return {};
+    }
+}
+
+/// The server takes back a refused row alone; the rows before and behind it stay.
+void IncluiLinhas(TContexto& ctx, bool preencheObrigatorios) {
+    const std::vector<TCampoComum> campos = CamposComuns(ctx);
+    const auto inclui = ctx.Conexao().Prepara(ComandoInclui(campos));
+    TClientDataSet& novo = ctx.dm.SatribNovo;
+    for (novo.First(); !novo.Eof(); novo.Next()) {
+        try {
+            for (std::size_t i = 0; i < campos.size(); ++i)
+                inclui->Atribui(i, ValorDoCampo(ctx, campos[i], preencheObrigatorios));
+            inclui->Executa();
+        } catch (const TErroBanco& erro) {
+            if (erro.ConexaoPerdida()) throw;
+            ctx.Log(erro.what());
+        }
+    }
+}
+
+void RelataCriacao(TContexto& ctx, const std::string& linha, std::string_view tabela, std::string_view acao) {
+    ctx.Tela().Memo1(linha);
+    ctx.Tela().SetLog(ctx.dm.Atualiza.Erro(), tabela, acao);
+}
+
+}  // namespace
+
+void RegravaDicionario(TContexto& ctx, std::string_view tabela, bool preencheObrigatorios) {
+    TTransacao transacao(ctx.Conexao());
+    ctx.Conexao().Prepara("delete from satrib where arquivo = " + Aspas(tabela))->Executa();
+    IncluiLinhas(ctx, preencheObrigatorios);
+    ctx.dm.MesclaCamposPersonalizados(tabela);
+    transacao.Commit();
+    ctx.dm.SatribVelho.Recarrega("ARQUIVO", tabela);
+}
+
+bool CriaTabelaComIndices(TContexto& ctx, std::string_view tabela) {
+    TTB& tb = ctx.dm.Atualiza;
+    const std::string nome(tabela);
+    const bool criada = tb.CriaTabela(nome, false);
+    if (!criada) ctx.Tela().SetLog(tb.Erro(), nome, "Criando tabela: " + nome);
+    ctx.dm.AtualizaListaDeTabelas();
+    if (!criada) return false;
+
+    if (!tb.CriaIndicePrimario(nome, false))
+        RelataCriacao(ctx, "Erro criando indice primário do arquivo :" + nome, nome, "Criando indice primário");
+    ctx.dm.Commit("Criando indice primário: " + nome);
+    if (!tb.CriaIndiceSecundarios(nome))
+        RelataCriacao(ctx, "Erro criando indices secundários do arquivo :" + nome + " " + tb.Erro(), nome,
+                      "Criando indice secundário");
+    ctx.dm.Commit("Criando indice secundário: " + nome);
+    return true;
+}
+
+}  // namespace wkd
