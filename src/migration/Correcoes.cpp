@@ -1,0 +1,58 @@
+#include "Correcoes.h"
+
+#include "CorrecaoCodReceber.h"
+#include "CorrecoesLista.h"
+#include "Dialeto.h"
+#include "Tini.h"
+
+namespace wkd {
+
+namespace {
+
+constexpr std::string_view kSecao = "AtualizaQuery";
+
+void Executa(TContexto& ctx, const TCorrecao& correcao) {
+    if (!correcao.passos.empty()) return AjustaCodReceber(ctx, correcao.passos);
+    const std::string comando(correcao.comando.Para(ctx.Banco()));
+    ctx.Conexao().ExecuteDirect(correcao.ajustada ? AjustaQuery(comando, ctx.Banco()) : comando);
+}
+
+/// Runs a correction that the database has not seen yet. One that fails is recorded as done, too: it is never tried
+/// again. True when it was its turn.
+bool ExecutaQuery(TContexto& ctx, const TCorrecao& correcao) {
+    const std::string nome(correcao.nome);
+    if (LeParametro(kSecao, nome, "NAO", &ctx.Conexao()) == "SIM") return false;
+    ctx.Tela().Memo1("Executando Query: " + nome);
+    ctx.Tela().ProcessaMensagens();
+    std::string erro;
+    try {
+        Executa(ctx, correcao);
+    } catch (const std::exception& e) {
+        erro = "Erro rodando a query: " + nome + " | Erro: " + e.what();
+    }
+    GravaParametro(kSecao, nome, "SIM", &ctx.Conexao());
+    if (!erro.empty()) ctx.Tela().Memo1(erro);
+    return true;
+}
+
+/// Corrections create and alter columns: what is cached of them is read anew.
+void Executa(TContexto& ctx, std::span<const TCorrecao> correcoes) {
+    bool executou = false;
+    for (const TCorrecao& correcao : correcoes)
+        if (correcao.ExisteNo(ctx.Banco()) && ExecutaQuery(ctx, correcao)) executou = true;
+    if (executou) ctx.dm.AtualizaListaDeTabelas();
+}
+
+}  // namespace
+
+void QuerysAnteriores(TContexto& ctx) {
+    if (ctx.opcoes.querysAnteriores) Executa(ctx, CorrecoesAnteriores());
+}
+
+void QuerysPosteriores(TContexto& ctx) {
+    if (!ctx.opcoes.querysPosteriores) return;
+    if (!ctx.estado.usuariosOnline) QuerysAnteriores(ctx);
+    Executa(ctx, CorrecoesPosteriores());
+}
+
+}  // namespace wkd
