@@ -1,0 +1,53 @@
+#include "LinhaDeComando.h"
+
+#include <gtest/gtest.h>
+
+namespace wkd {
+namespace {
+
+TEST(LinhaDeComando, separa_assistente_atualizacao_e_opcoes) {
+    EXPECT_TRUE(std::holds_alternative<TPedeJanela>(LeLinhaDeComando({})));
+    EXPECT_EQ(std::get<TPedeJanela>(LeLinhaDeComando({"LOJA;nobkp"})).argumento, "LOJA;nobkp");
+
+    const auto pedido = std::get<TPedeAtualizacao>(LeLinhaDeComando({"Loja São João;nobkp", "p.zip", "sobra"}));
+    EXPECT_EQ(pedido.alias, "Loja São João");
+    EXPECT_EQ(pedido.pacote, "p.zip");
+
+    EXPECT_TRUE(std::holds_alternative<TPedeAjuda>(LeLinhaDeComando({"--help"})));
+    EXPECT_TRUE(std::holds_alternative<TPedeVersao>(LeLinhaDeComando({"--version", "x"})));
+    EXPECT_EQ(std::get<TPedeTestaAlias>(LeLinhaDeComando({"--testa-alias", "A"})).nome, "A");
+}
+
+TEST(LinhaDeComando, diz_o_que_falta_ou_sobra) {
+    const std::pair<std::vector<std::string>, const char*> casos[] = {
+        {{"LOJA", "p.zip"}, "LOJA;"},
+        {{"--nada"}, "--nada"},
+        {{"--testa-alias"}, "--testa-alias"},
+        {{"--novo-alias"}, "nome do alias"},
+        {{"--novo-alias", "A", "--tipo", "tbInterbase", "--database", "d"}, "--usuario"},
+        {{"--novo-alias", "A", "--tipo", "firebird", "--database", "d", "--usuario", "u"}, "firebird"},
+        {{"--novo-alias", "A", "--tipo", "tbInterbase", "--database", "d", "--usuario", "u", "--senha", "s"},
+         "--senha"},
+        {{"--novo-alias", "A", "--tipo", "tbInterbase", "--database", "d", "--usuario"}, "--usuario"},
+    };
+    for (const auto& [argumentos, mencao] : casos) {
+        const TPedido pedido = LeLinhaDeComando(argumentos);
+        ASSERT_TRUE(std::holds_alternative<TUsoIncorreto>(pedido)) << argumentos.front();
+        EXPECT_NE(std::get<TUsoIncorreto>(pedido).mensagem.find(mencao), std::string::npos)
+            << std::get<TUsoIncorreto>(pedido).mensagem;
+    }
+}
+
+TEST(LinhaDeComando, le_o_novo_alias_inteiro) {
+    const auto pedido = std::get<TPedeNovoAlias>(
+        LeLinhaDeComando({"--novo-alias", "FILIAL", "--menu", "--usuario", "SYSDBA", "--tipo", "tbInterbase", "--path",
+                          "/dados/", "--hostname", "srv/3055", "--database", "loja.fdb", "--autenticacao", "1"}));
+    EXPECT_EQ(pedido.alias.nome, "FILIAL");
+    EXPECT_EQ(pedido.alias.hostname, "srv/3055");
+    EXPECT_EQ(pedido.alias.path, "/dados/");
+    EXPECT_EQ(pedido.alias.autenticacao, TTipoAutenticacao::Servidor);
+    EXPECT_TRUE(pedido.tambemPadrao);
+}
+
+}  // namespace
+}  // namespace wkd
