@@ -1,0 +1,282 @@
+#include "ComandoFirebird.h"
+
+#include <algorithm>
+#include <cstring>
+#include <span>
+#include <stdexcept>
+
+#include "ConteudoFirebird.h"
+#include "ErroFirebird.h"
+#include "Texto.h"
+#include "ValorFirebird.h"
+
+namespace wkd {
+namespace {
+
+using TModo = TTransacaoFirebird::TModo;
+
+/// Bytes in memory as a stream.
+class TLeitorDeTexto : public TLeitorBytes {
+  public:
+    explicit TLeitorDeTexto(std::string_view bytes) : resto_(bytes) {}
+    std::size_t Le(std::span<char> destino) override {
+        const auto quantos = resto_.copy(destino.data(), destino.size());
+        resto_.remove_prefix(quantos);
+        return quantos;
+    }
+
+  private:
+    std::string_view resto_;
+};
+
+/// Content of a value that a blob takes: text and bytes as they are, anything else as text.
+std::string BytesParaBlob(const TValor& valor) { return valor.Se<TBytes>() ? valor.ComoBytes() : valor.ComoTexto(); }
+
+std::string Tudo(TLeitorBytes& fonte) {
+    std::string bytes;
+    char pedaco[8192];
+    while (const auto lidos = fonte.Le(pedaco)) bytes.append(pedaco, lidos);
+    return bytes;
+}
+
+/// Numbers of an information buffer: one byte of item, two of length, the number.
+int NumeroDaInformacao(const char* p) {
+    return static_cast<int>(isc_vax_integer(p + 2, static_cast<short>(isc_vax_integer(p, 2))));
+}
+
+}  // namespace
+
+TInstrucaoFirebird::TInstrucaoFirebird(TSessaoFirebird& sessao, TTransacaoFirebird& transacao, const std::string& texto,
+                                       std::string_view comando)
+    : geracao_(sessao.Geracao()) {
+    Aloca(sessao, comando);
+    TEstadoFirebird estado;
+    isc_dsql_prepare(estado, transacao.Handle(), &handle_, 0, texto.c_str(), SQL_DIALECT_V6, colunas_.Da());
+    if (estado[1] == 0 && colunas_.Cresce()) isc_dsql_describe(estado, &handle_, SQLDA_VERSION1, colunas_.Da());
+    if (estado[1] == 0) {
+        colunas_.AlocaLinha();
+        return;
+    }
+    const auto erro = ErroFirebird(estado, comando);
+    isc_dsql_free_statement(estado, &handle_, DSQL_drop);
+    throw erro;
+}
+
+void TInstrucaoFirebird::Aloca(TSessaoFirebird& sessao, std::string_view comando) {
+    TEstadoFirebird estado;
+    isc_dsql_allocate_statement(estado, sessao.Banco(), &handle_);
+    Confere(estado, comando);
+}
+
+TInstrucaoFirebird::~TInstrucaoFirebird() {
+    TEstadoFirebird estado;
+    isc_dsql_free_statement(estado, &handle_, DSQL_drop);
+}
+
+TComandoFirebird::TComandoFirebird(std::shared_ptr<TSessaoFirebird> sessao, std::string_view sql)
+    : sessao_(std::move(sessao)), sql_(sql), analise_(AnalisaComando(sql)), valores_(analise_.parametros.size()) {
+    Prepara();
+}
+
+void TComandoFirebird::Prepara() {
+    if (instrucao_ && instrucao_->Geracao() == sessao_->Geracao()) return;
+    instrucao_.reset();
+    const auto texto = sessao_->TextoSql(analise_.texto);
+    std::optional<TTransacaoFirebird> propria;
+    if (!sessao_->transacao) propria.emplace(*sessao_, TModo::Leitura);
+    auto& transacao = propria ? *propria : *sessao_->transacao;
+    auto instrucao = std::make_unique<TInstrucaoFirebird>(*sessao_, transacao, texto, sql_);
+    std::swap(instrucao_, instrucao);
+    campos_.clear();
+    for (std::size_t i = 0; i < instrucao_->Colunas().Quantos(); ++i)
+        campos_.push_back(CampoDe(instrucao_->Colunas().Var(i)));
+    DescreveParametros();
+    especie_ = PerguntaEspecie();
+}
+
+void TComandoFirebird::DescreveParametros() {
+    TEstadoFirebird estado;
+    do {
+        isc_dsql_describe_bind(estado, instrucao_->Handle(), SQLDA_VERSION1, entrada_.Da());
+        Confere(estado, sql_);
+    } while (entrada_.Cresce());
+    if (entrada_.Quantos() != analise_.posicoes.size())
+        throw std::invalid_argument("o comando tem parâmetros sem nome: " + sql_);
+    posicoes_.resize(entrada_.Quantos());
+    for (std::size_t i = 0; i < posicoes_.size(); ++i)
+        PreparaParametro(entrada_.Var(i), posicoes_[i].memoria, posicoes_[i].nulo);
+}
+
+TComandoFirebird::TEspecie TComandoFirebird::PerguntaEspecie() {
+    TEstadoFirebird estado;
+    char item = isc_info_sql_stmt_type;
+    char resposta[16];
+    isc_dsql_sql_info(estado, instrucao_->Handle(), 1, &item, sizeof resposta, resposta);
+    Confere(estado, sql_);
+    switch (NumeroDaInformacao(resposta + 1)) {
+        case isc_info_sql_stmt_select:
+        case isc_info_sql_stmt_select_for_upd:
+            return TEspecie::Consulta;
+        case isc_info_sql_stmt_exec_procedure:
+            return TEspecie::LinhaUnica;
+        case isc_info_sql_stmt_insert: {
+            const bool deConsulta = Minusculas(sql_).find("select") != std::string::npos;
+            return deConsulta ? TEspecie::Outra : TEspecie::Insercao;
+        }
+        default:
+            return TEspecie::Outra;
+    }
+}
+
+void TComandoFirebird::Atribui(std::size_t parametro, const TValor& valor) {
+    auto& p = valores_.at(parametro);
+    p.valor = valor;
+    p.fluxo = nullptr;
+    p.fluxoLido = false;
+}
+
+void TComandoFirebird::AtribuiFluxo(std::size_t parametro, TLeitorBytes& fonte) {
+    valores_.at(parametro) = {TValor(), &fonte, false};
+}
+
+TTransacaoFirebird& TComandoFirebird::Transacao(TModo modo) {
+    if (sessao_->transacao) return *sessao_->transacao;
+    return propria_.emplace(*sessao_, modo);
+}
+
+std::int64_t TComandoFirebird::Executa() {
+    Fecha();
+    Prepara();
+    try {
+        auto& transacao = Transacao(TModo::Escrita);
+        Roda(transacao, nullptr);
+        const auto linhas = LinhasTocadas();
+        if (especie_ == TEspecie::Consulta) {
+            cursor_ = TCursor::Aberto;
+            Fecha();
+        }
+        if (propria_) propria_->Commit(sql_);
+        propria_.reset();
+        return linhas;
+    } catch (...) {
+        Fecha();
+        throw;
+    }
+}
+
+void TComandoFirebird::Abre() {
+    Fecha();
+    Prepara();
+    if (campos_.empty()) throw std::logic_error("o comando não devolve linhas: " + sql_);
+    const bool unica = especie_ == TEspecie::LinhaUnica;
+    try {
+        auto& transacao = Transacao(unica ? TModo::Escrita : TModo::Leitura);
+        Roda(transacao, unica ? instrucao_->Colunas().Da() : nullptr);
+        if (unica && propria_) propria_->Commit(sql_);
+    } catch (...) {
+        Fecha();
+        throw;
+    }
+    cursor_ = unica ? TCursor::LinhaUnica : TCursor::Aberto;
+}
+
+void TComandoFirebird::Roda(TTransacaoFirebird& transacao, XSQLDA* saida) {
+    Codifica(transacao);
+    sessao_->Observa(sql_);
+    TEstadoFirebird estado;
+    if (saida)
+        isc_dsql_execute2(estado, transacao.Handle(), instrucao_->Handle(), SQLDA_VERSION1, entrada_.Da(), saida);
+    else
+        isc_dsql_execute(estado, transacao.Handle(), instrucao_->Handle(), SQLDA_VERSION1, entrada_.Da());
+    Confere(estado, sql_);
+}
+
+bool TComandoFirebird::Proximo() {
+    if (cursor_ == TCursor::Fechado) return false;
+    if (cursor_ == TCursor::LinhaUnica) {
+        cursor_ = TCursor::Fechado;
+        return true;
+    }
+    TEstadoFirebird estado;
+    const auto codigo = isc_dsql_fetch(estado, instrucao_->Handle(), SQLDA_VERSION1, instrucao_->Colunas().Da());
+    if (codigo == 0) return true;
+    Fecha();
+    if (codigo != 100) throw ErroFirebird(estado, sql_);
+    return false;
+}
+
+void TComandoFirebird::Fecha() noexcept {
+    if (cursor_ == TCursor::Aberto && instrucao_) {
+        TEstadoFirebird estado;
+        isc_dsql_free_statement(estado, instrucao_->Handle(), DSQL_close);
+    }
+    cursor_ = TCursor::Fechado;
+    propria_.reset();
+}
+
+TValor TComandoFirebird::Valor(std::size_t campo) {
+    const auto& var = instrucao_->Colunas().Var(campo);
+    if ((var.sqltype & ~1) != SQL_BLOB) return LeValor(var);
+    if ((var.sqltype & 1) != 0 && *var.sqlind < 0) return {};
+    return ConteudoDoBlob(sessao_, var, propria_ ? *propria_ : *sessao_->transacao);
+}
+
+void TComandoFirebird::Codifica(TTransacaoFirebird& transacao) {
+    for (std::size_t i = 0; i < posicoes_.size(); ++i) {
+        try {
+            CodificaPosicao(i, transacao);
+        } catch (const TErroConversao& erro) {
+            throw TErroConversao("parâmetro " + analise_.parametros[analise_.posicoes[i]] + ": " + erro.what());
+        }
+    }
+}
+
+void TComandoFirebird::CodificaPosicao(std::size_t posicao, TTransacaoFirebird& transacao) {
+    auto& var = entrada_.Var(posicao);
+    auto& parametro = valores_[analise_.posicoes[posicao]];
+    if (parametro.fluxoLido) throw std::logic_error("o fluxo do parâmetro já foi lido: " + sql_);
+    if ((var.sqltype & ~1) == SQL_BLOB) return GravaBlob(var, parametro, transacao);
+    if (parametro.fluxo) parametro = {TBytes{Tudo(*parametro.fluxo)}};
+    GravaValor(var, posicoes_[posicao].memoria, parametro.valor);
+}
+
+void TComandoFirebird::GravaBlob(XSQLVAR& var, TParametro& parametro, TTransacaoFirebird& transacao) {
+    const auto tipo = TipoDoBlob(var);
+    const auto grava = [&](TLeitorBytes& fonte) {
+        const auto id = CriaBlob(*sessao_, transacao, fonte, tipo, sql_);
+        std::memcpy(var.sqldata, &id, sizeof id);
+    };
+    *var.sqlind = !parametro.fluxo && parametro.valor.Nulo() ? -1 : 0;
+    if (*var.sqlind < 0) return;
+    if (parametro.fluxo) {
+        parametro.fluxoLido = true;
+        return grava(*std::exchange(parametro.fluxo, nullptr));
+    }
+    if (const auto* conteudo = parametro.valor.Se<std::shared_ptr<const TConteudo>>()) {
+        if (const auto* id = IdDoConteudo(**conteudo, *sessao_, tipo)) {
+            std::memcpy(var.sqldata, id, sizeof *id);
+            return;
+        }
+        return grava(*(*conteudo)->Abre());
+    }
+    const auto bytes = BytesParaBlob(parametro.valor);
+    TLeitorDeTexto leitor(bytes);
+    grava(leitor);
+}
+
+std::int64_t TComandoFirebird::LinhasTocadas() {
+    if (especie_ == TEspecie::Insercao) return 1;  // saves a question, over the network a round trip
+    if (especie_ == TEspecie::Consulta) return 0;
+    TEstadoFirebird estado;
+    char item = isc_info_sql_records;
+    char resposta[64] = {};
+    isc_dsql_sql_info(estado, instrucao_->Handle(), 1, &item, sizeof resposta, resposta);
+    Confere(estado, sql_);
+    if (resposta[0] != isc_info_sql_records) return 0;
+    std::int64_t linhas = 0;
+    for (const char* p = resposta + 3; *p != isc_info_end; p += 3 + isc_vax_integer(p + 1, 2))
+        if (*p != isc_info_req_select_count) linhas += NumeroDaInformacao(p + 1);
+    return linhas;
+}
+
+}  // namespace wkd

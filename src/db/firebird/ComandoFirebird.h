@@ -1,0 +1,89 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ComandoSql.h"
+#include "DescritorFirebird.h"
+#include "SessaoFirebird.h"
+
+namespace wkd {
+
+/// Statement handle of one attachment, allocated and prepared by the constructor, freed by the destructor.
+class TInstrucaoFirebird {
+  public:
+    /// `texto` is in the connection's character set; `comando` is what errors name.
+    TInstrucaoFirebird(TSessaoFirebird& sessao, TTransacaoFirebird& transacao, const std::string& texto,
+                       std::string_view comando);
+    ~TInstrucaoFirebird();
+    TInstrucaoFirebird(const TInstrucaoFirebird&) = delete;
+    TInstrucaoFirebird& operator=(const TInstrucaoFirebird&) = delete;
+
+    isc_stmt_handle* Handle() { return &handle_; }
+    TDescritorFirebird& Colunas() { return colunas_; }
+    unsigned Geracao() const { return geracao_; }
+
+  private:
+    void Aloca(TSessaoFirebird& sessao, std::string_view comando);
+
+    isc_stmt_handle handle_ = 0;
+    unsigned geracao_;
+    TDescritorFirebird colunas_;
+};
+
+class TComandoFirebird : public TComando {
+  public:
+    TComandoFirebird(std::shared_ptr<TSessaoFirebird> sessao, std::string_view sql);
+    ~TComandoFirebird() override { Fecha(); }
+
+    using TComando::Atribui;
+    const std::vector<std::string>& Parametros() const override { return analise_.parametros; }
+    void Atribui(std::size_t parametro, const TValor& valor) override;
+    void AtribuiFluxo(std::size_t parametro, TLeitorBytes& fonte) override;
+    std::int64_t Executa() override;
+    void Abre() override;
+    bool Proximo() override;
+    void Fecha() noexcept override;
+    const std::vector<TCampo>& Campos() const override { return campos_; }
+    TValor Valor(std::size_t campo) override;
+
+  private:
+    struct TParametro {
+        TValor valor;
+        TLeitorBytes* fluxo = nullptr;
+        bool fluxoLido = false;
+    };
+    /// Place of a "?" in the statement.
+    struct TPosicao {
+        std::vector<char> memoria;
+        ISC_SHORT nulo = 0;
+    };
+    enum class TEspecie { Outra, Consulta, Insercao, LinhaUnica };
+    enum class TCursor { Fechado, Aberto, LinhaUnica };
+
+    void Prepara();
+    void DescreveParametros();
+    TEspecie PerguntaEspecie();
+    TTransacaoFirebird& Transacao(TTransacaoFirebird::TModo modo);
+    void Roda(TTransacaoFirebird& transacao, XSQLDA* saida);
+    void Codifica(TTransacaoFirebird& transacao);
+    void CodificaPosicao(std::size_t posicao, TTransacaoFirebird& transacao);
+    void GravaBlob(XSQLVAR& var, TParametro& parametro, TTransacaoFirebird& transacao);
+    std::int64_t LinhasTocadas();
+
+    std::shared_ptr<TSessaoFirebird> sessao_;
+    std::string sql_;
+    TComandoSql analise_;
+    std::vector<TParametro> valores_;
+    std::unique_ptr<TInstrucaoFirebird> instrucao_;
+    TEspecie especie_ = TEspecie::Outra;
+    TDescritorFirebird entrada_;
+    std::vector<TPosicao> posicoes_;
+    std::vector<TCampo> campos_;
+    std::optional<TTransacaoFirebird> propria_;
+    TCursor cursor_ = TCursor::Fechado;
+};
+
+}  // namespace wkd

@@ -1,0 +1,119 @@
+#include "ConexaoFirebird.h"
+
+#include <stdexcept>
+
+#include "ComandoFirebird.h"
+#include "ErroFirebird.h"
+#include "MetadadosFirebird.h"
+#include "Texto.h"
+
+namespace wkd {
+namespace {
+
+using TModo = TTransacaoFirebird::TModo;
+
+class TConexaoFirebird : public TConnection {
+  public:
+    explicit TConexaoFirebird(const TParametrosConexao& parametros)
+        : conjunto_(parametros.Valor("CharacterSet")),
+          sessao_(std::make_shared<TSessaoFirebird>(parametros)),
+          metadados_(sessao_) {}
+    ~TConexaoFirebird() override { Close(); }
+
+    void Open() override {
+        Close();
+        sessao_->Liga(conjunto_.empty() ? "UTF8" : conjunto_);
+        if (!conjunto_.empty() || metadados_.ConjuntoDoBanco() != "NONE") return;
+        sessao_->Desliga();
+        sessao_->Liga("WIN1252");
+    }
+
+    void Close() noexcept override { sessao_->Desliga(); }
+    bool Connected() const override { return sessao_->Ligada(); }
+    TTipoBanco TipoBanco() const override { return TTipoBanco::tbInterbase; }
+    std::string VersaoServidor() override { return metadados_.VersaoServidor(); }
+
+    void StartTransaction() override {
+        if (InTransaction()) throw std::logic_error("já há uma transação aberta");
+        sessao_->transacao = std::make_unique<TTransacaoFirebird>(*sessao_, TModo::Escrita);
+    }
+
+    void Commit() override { Aberta(std::exchange(sessao_->transacao, nullptr)).Commit(); }
+    void Rollback() noexcept override { sessao_->transacao.reset(); }
+    bool InTransaction() const override { return sessao_->transacao != nullptr; }
+    void MarcaPonto(std::string_view nome) override { Ponto("SAVEPOINT ", nome); }
+    void VoltaAoPonto(std::string_view nome) override { Ponto("ROLLBACK TO SAVEPOINT ", nome); }
+
+    void ExecuteDirect(std::string_view sql) override {
+        if (InTransaction()) throw std::logic_error("ExecuteDirect dentro de uma transação: " + std::string(sql));
+        TTransacaoFirebird transacao(*sessao_, TModo::Escrita);
+        Executa(transacao, sql);
+        transacao.Commit(sql);
+    }
+
+    std::unique_ptr<TComando> Prepara(std::string_view sql) override {
+        return std::make_unique<TComandoFirebird>(sessao_, sql);
+    }
+
+    std::vector<std::string> NomesDeTabelas() override { return metadados_.NomesDeTabelas(); }
+    std::vector<TColunaFisica> Colunas(std::string_view tabela) override { return metadados_.Colunas(tabela); }
+    TColunasPorTabela TodasAsColunas() override { return metadados_.TodasAsColunas(); }
+    TChavePrimaria ChavePrimaria(std::string_view tabela) override { return metadados_.ChavePrimaria(tabela); }
+    std::vector<TIndice> Indices(std::string_view tabela) override { return metadados_.Indices(tabela); }
+    void Observa(TObservador observador) override { sessao_->DefineObservador(std::move(observador)); }
+
+  private:
+    static TTransacaoFirebird& Aberta(const std::unique_ptr<TTransacaoFirebird>& transacao) {
+        if (!transacao) throw std::logic_error("não há transação aberta");
+        return *transacao;
+    }
+
+    void Ponto(std::string_view verbo, std::string_view nome) {
+        Executa(Aberta(sessao_->transacao), std::string(verbo) + std::string(nome));
+    }
+
+    /// Rows that a statement may have are discarded.
+    void Executa(TTransacaoFirebird& transacao, std::string_view sql) {
+        sessao_->Observa(sql);
+        TInstrucaoFirebird instrucao(*sessao_, transacao, sessao_->TextoSql(sql), sql);
+        TEstadoFirebird estado;
+        isc_dsql_execute(estado, transacao.Handle(), instrucao.Handle(), SQLDA_VERSION1, nullptr);
+        Confere(estado, sql);
+    }
+
+    std::string conjunto_;
+    std::shared_ptr<TSessaoFirebird> sessao_;
+    TMetadadosFirebird metadados_;
+};
+
+std::string BlocoDeCriacao(const TParametrosConexao& parametros, int tamanhoPagina) {
+    const auto conjunto = parametros.Valor("CharacterSet");
+    auto bloco = BlocoDeConexao(parametros, conjunto.empty() ? "UTF8" : conjunto);
+    const auto pagina = static_cast<std::uint32_t>(tamanhoPagina);
+    const char bytes[] = {static_cast<char>(pagina), static_cast<char>(pagina >> 8), static_cast<char>(pagina >> 16),
+                          static_cast<char>(pagina >> 24)};
+    AdicionaAoBloco(bloco, isc_dpb_page_size, {bytes, sizeof bytes});
+    if (!conjunto.empty()) AdicionaAoBloco(bloco, isc_dpb_set_db_charset, conjunto);
+    const bool semEscritaForcada = IgualSemCaixa(parametros.Valor("ForcedWrites"), "False");
+    AdicionaAoBloco(bloco, isc_dpb_force_write, std::string(1, semEscritaForcada ? 0 : 1));
+    return bloco;
+}
+
+}  // namespace
+
+std::unique_ptr<TConnection> CriaConexaoFirebird(const TParametrosConexao& parametros) {
+    return std::make_unique<TConexaoFirebird>(parametros);
+}
+
+void CriaBancoFirebird(const TParametrosConexao& parametros, int tamanhoPagina) {
+    const auto bloco = BlocoDeCriacao(parametros, tamanhoPagina);
+    const auto arquivo = parametros.Valor("Database");
+    isc_db_handle banco = 0;
+    TEstadoFirebird estado;
+    isc_create_database(estado, 0, arquivo.c_str(), &banco, static_cast<short>(bloco.size()), bloco.data(), 0);
+    Confere(estado, "");
+    isc_detach_database(estado, &banco);
+    Confere(estado, "");
+}
+
+}  // namespace wkd

@@ -1,0 +1,265 @@
+#include "ConteudoFirebird.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstring>
+#include <stdexcept>
+
+#include "ErroFirebird.h"
+#include "Texto.h"
+
+namespace wkd {
+namespace {
+
+/// Above 65,535 bytes the network protocol cuts a segment silently.
+constexpr std::size_t kSegmento = 32 * 1024;
+constexpr std::size_t kNaMemoria = 1024 * 1024;
+constexpr std::string_view kLeitura = "leitura de um blob";
+
+/// Open blob of a transaction; one that was being written is gone unless Fecha() was called.
+class TBlobAberto {
+  public:
+    TBlobAberto() = default;
+    ~TBlobAberto() {
+        TEstadoFirebird estado;
+        if (handle_ != 0) isc_cancel_blob(estado, &handle_);
+    }
+    TBlobAberto(const TBlobAberto&) = delete;
+    TBlobAberto& operator=(const TBlobAberto&) = delete;
+
+    void Abre(TSessaoFirebird& sessao, TTransacaoFirebird& transacao, ISC_QUAD id) {
+        TEstadoFirebird estado;
+        isc_open_blob2(estado, sessao.Banco(), transacao.Handle(), &handle_, &id, 0, nullptr);
+        Confere(estado, kLeitura);
+    }
+
+    /// Next bytes; 0 at the end.
+    std::size_t Le(std::span<char> destino) {
+        TEstadoFirebird estado;
+        unsigned short lidos = 0;
+        const auto cabem = static_cast<unsigned short>(std::min(destino.size(), kSegmento));
+        while (lidos == 0) {
+            const auto codigo = isc_get_segment(estado, &handle_, &lidos, cabem, destino.data());
+            if (codigo == isc_segstr_eof) return 0;
+            if (codigo != isc_segment) Confere(estado, kLeitura);
+        }
+        return lidos;
+    }
+
+    ISC_QUAD Cria(TSessaoFirebird& sessao, TTransacaoFirebird& transacao, std::string_view comando) {
+        TEstadoFirebird estado;
+        ISC_QUAD id{};
+        isc_create_blob2(estado, sessao.Banco(), transacao.Handle(), &handle_, &id, 0, nullptr);
+        Confere(estado, comando);
+        return id;
+    }
+
+    void Escreve(std::string_view bytes, std::string_view comando) {
+        TEstadoFirebird estado;
+        for (; !bytes.empty(); bytes.remove_prefix(std::min(bytes.size(), kSegmento))) {
+            const auto parte = static_cast<unsigned short>(std::min(bytes.size(), kSegmento));
+            isc_put_segment(estado, &handle_, parte, bytes.data());
+            Confere(estado, comando);
+        }
+    }
+
+    void Fecha(std::string_view comando) {
+        TEstadoFirebird estado;
+        isc_close_blob(estado, &handle_);
+        Confere(estado, comando);
+    }
+
+  private:
+    isc_blob_handle handle_ = 0;
+};
+
+/// Reads a blob; both its handle and the transaction made for it end with the last byte.
+class TLeitorDeBlob : public TLeitorBytes {
+  public:
+    TLeitorDeBlob(std::shared_ptr<TSessaoFirebird> sessao, TTransacaoFirebird* transacao, ISC_QUAD id, TTipoBlob tipo)
+        : sessao_(std::move(sessao)), conjunto_(tipo.texto ? ConjuntoDoNumero(tipo.conjunto) : TConjunto::Octetos) {
+        if (!transacao) propria_.emplace(*sessao_, TTransacaoFirebird::TModo::Leitura);
+        blob_.emplace();
+        blob_->Abre(*sessao_, transacao ? *transacao : *propria_, id);
+    }
+
+    std::size_t Le(std::span<char> destino) override {
+        if (conjunto_ == TConjunto::Utf8 || conjunto_ == TConjunto::Octetos) return LeDoServidor(destino);
+        if (entregue_ == convertido_.size() && !Converte()) return 0;
+        const auto quantos = std::min(destino.size(), convertido_.size() - entregue_);
+        std::memcpy(destino.data(), convertido_.data() + entregue_, quantos);
+        entregue_ += quantos;
+        return quantos;
+    }
+
+  private:
+    std::size_t LeDoServidor(std::span<char> destino) {
+        const auto lidos = blob_ ? blob_->Le(destino) : 0;
+        if (lidos == 0) {
+            blob_.reset();
+            propria_.reset();
+        }
+        return lidos;
+    }
+
+    bool Converte() {
+        std::array<char, 8192> pedaco;
+        convertido_ = ParaUtf8(conjunto_, {pedaco.data(), LeDoServidor(pedaco)});
+        entregue_ = 0;
+        return !convertido_.empty();
+    }
+
+    std::shared_ptr<TSessaoFirebird> sessao_;
+    TConjunto conjunto_;
+    std::optional<TTransacaoFirebird> propria_;
+    std::optional<TBlobAberto> blob_;  // after the transaction: closed before it ends
+    std::string convertido_;
+    std::size_t entregue_ = 0;
+};
+
+/// Blob of a table.
+class TConteudoNoServidor : public TConteudo {
+  public:
+    TConteudoNoServidor(std::shared_ptr<TSessaoFirebird> sessao, ISC_QUAD id, TTipoBlob tipo)
+        : sessao_(std::move(sessao)), id_(id), tipo_(tipo) {}
+
+    std::unique_ptr<TLeitorBytes> Abre() const override {
+        return std::make_unique<TLeitorDeBlob>(sessao_, sessao_->transacao.get(), id_, tipo_);
+    }
+
+    const ISC_QUAD* Id(const TSessaoFirebird& sessao, TTipoBlob tipo) const {
+        return &sessao == sessao_.get() && tipo == tipo_ ? &id_ : nullptr;
+    }
+
+  private:
+    std::shared_ptr<TSessaoFirebird> sessao_;
+    ISC_QUAD id_;
+    TTipoBlob tipo_;
+};
+
+/// Bytes kept in memory, or in a temporary file without a name once they are many.
+class TConteudoCopiado : public TConteudo {
+  public:
+    explicit TConteudoCopiado(TLeitorBytes& fonte) {
+        std::array<char, kSegmento> pedaco;
+        while (const auto lidos = fonte.Le(pedaco)) Guarda({pedaco.data(), lidos});
+    }
+
+    std::unique_ptr<TLeitorBytes> Abre() const override { return std::make_unique<TLeitor>(dados_); }
+
+  private:
+    struct TDados {
+        std::string memoria;
+        std::unique_ptr<std::FILE, int (*)(std::FILE*)> arquivo{nullptr, &std::fclose};
+        std::size_t tamanho = 0;
+    };
+
+    class TLeitor : public TLeitorBytes {
+      public:
+        explicit TLeitor(std::shared_ptr<const TDados> dados) : dados_(std::move(dados)) {}
+
+        std::size_t Le(std::span<char> destino) override {
+            const auto quantos = std::min(destino.size(), dados_->tamanho - posicao_);
+            if (!dados_->arquivo) {
+                std::memcpy(destino.data(), dados_->memoria.data() + posicao_, quantos);
+            } else if (std::fseek(dados_->arquivo.get(), static_cast<long>(posicao_), SEEK_SET) != 0 ||
+                       std::fread(destino.data(), 1, quantos, dados_->arquivo.get()) != quantos) {
+                throw std::runtime_error("não foi possível ler o arquivo temporário de um blob");
+            }
+            posicao_ += quantos;
+            return quantos;
+        }
+
+      private:
+        std::shared_ptr<const TDados> dados_;
+        std::size_t posicao_ = 0;
+    };
+
+    void Guarda(std::string_view bytes) {
+        dados_->tamanho += bytes.size();
+        if (!dados_->arquivo) {
+            dados_->memoria += bytes;
+            if (dados_->memoria.size() > kNaMemoria) PassaParaArquivo();
+        } else {
+            Escreve(bytes);
+        }
+    }
+
+    void PassaParaArquivo() {
+        dados_->arquivo.reset(std::tmpfile());
+        if (!dados_->arquivo) throw std::runtime_error("não foi possível criar o arquivo temporário de um blob");
+        Escreve(dados_->memoria);
+        dados_->memoria = {};
+    }
+
+    void Escreve(std::string_view bytes) {
+        if (std::fwrite(bytes.data(), 1, bytes.size(), dados_->arquivo.get()) != bytes.size())
+            throw std::runtime_error("não foi possível gravar o arquivo temporário de um blob");
+    }
+
+    std::shared_ptr<TDados> dados_ = std::make_shared<TDados>();
+};
+
+/// The relation number in a blob's id is 0 until the blob belongs to a row of a table.
+bool Temporario(const ISC_QUAD& id) { return (id.gds_quad_high & 0xFFFF) == 0; }
+
+/// Length of the start of `utf8` that does not end inside a character.
+std::size_t CaracteresInteiros(std::string_view utf8) {
+    for (std::size_t atras = 1; atras <= std::min<std::size_t>(3, utf8.size()); ++atras) {
+        const auto c = static_cast<unsigned char>(utf8[utf8.size() - atras]);
+        if ((c & 0xC0) == 0x80) continue;
+        const std::size_t precisa = c >= 0xF0 ? 4 : c >= 0xE0 ? 3 : c >= 0xC0 ? 2 : 1;
+        return precisa > atras ? utf8.size() - atras : utf8.size();
+    }
+    return utf8.size();
+}
+
+void EscreveTexto(TBlobAberto& blob, TLeitorBytes& fonte, TConjunto conjunto, std::string_view comando) {
+    std::array<char, kSegmento / 2> pedaco;
+    std::string resto;
+    while (const auto lidos = fonte.Le(pedaco)) {
+        resto.append(pedaco.data(), lidos);
+        const auto inteiros = CaracteresInteiros(resto);
+        blob.Escreve(DeUtf8(conjunto, TextoDeBytes(std::string_view(resto).substr(0, inteiros))), comando);
+        resto.erase(0, inteiros);
+    }
+    blob.Escreve(DeUtf8(conjunto, TextoDeBytes(resto)), comando);
+}
+
+}  // namespace
+
+TTipoBlob TipoDoBlob(const XSQLVAR& var) {
+    if (var.sqlsubtype != isc_blob_text) return {};
+    return {true, var.sqlscale};
+}
+
+std::shared_ptr<const TConteudo> ConteudoDoBlob(const std::shared_ptr<TSessaoFirebird>& sessao, const XSQLVAR& var,
+                                                TTransacaoFirebird& transacao) {
+    ISC_QUAD id;
+    std::memcpy(&id, var.sqldata, sizeof id);
+    if (!Temporario(id)) return std::make_shared<TConteudoNoServidor>(sessao, id, TipoDoBlob(var));
+    TLeitorDeBlob leitor(sessao, &transacao, id, TipoDoBlob(var));
+    return std::make_shared<TConteudoCopiado>(leitor);
+}
+
+const ISC_QUAD* IdDoConteudo(const TConteudo& conteudo, const TSessaoFirebird& sessao, TTipoBlob tipo) {
+    const auto* noServidor = dynamic_cast<const TConteudoNoServidor*>(&conteudo);
+    return noServidor ? noServidor->Id(sessao, tipo) : nullptr;
+}
+
+ISC_QUAD CriaBlob(TSessaoFirebird& sessao, TTransacaoFirebird& transacao, TLeitorBytes& fonte, TTipoBlob tipo,
+                  std::string_view comando) {
+    TBlobAberto blob;
+    const auto id = blob.Cria(sessao, transacao, comando);
+    if (const auto conjunto = ConjuntoDoNumero(tipo.conjunto); tipo.texto && conjunto != TConjunto::Octetos) {
+        EscreveTexto(blob, fonte, conjunto, comando);
+    } else {
+        std::array<char, kSegmento> pedaco;
+        while (const auto lidos = fonte.Le(pedaco)) blob.Escreve({pedaco.data(), lidos}, comando);
+    }
+    blob.Fecha(comando);
+    return id;
+}
+
+}  // namespace wkd

@@ -1,0 +1,134 @@
+#include "ErroFirebird.h"
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "Texto.h"
+
+namespace wkd {
+namespace {
+
+std::string TextoDoEstado(const ISC_STATUS* estado) {
+    std::string texto;
+    char linha[1024];
+    const ISC_STATUS* resto = estado;
+    while (fb_interpret(linha, sizeof linha, &resto) > 0) {
+        if (!texto.empty()) texto += '\n';
+        texto += TextoDeBytes(linha);
+    }
+    return texto;
+}
+
+std::string SqlStateDoEstado(const ISC_STATUS* estado) {
+    char sqlstate[6] = {};
+    fb_sqlstate(sqlstate, estado);
+    return sqlstate;
+}
+
+/// All codes of a status vector, the first one first.
+std::vector<ISC_STATUS> Codigos(const ISC_STATUS* estado) {
+    std::vector<ISC_STATUS> codigos;
+    for (const ISC_STATUS* p = estado; *p != isc_arg_end; p += *p == isc_arg_cstring ? 3 : 2)
+        if (*p == isc_arg_gds) codigos.push_back(p[1]);
+    return codigos;
+}
+
+struct TFalhaDeCodigo {
+    ISC_STATUS codigo;
+    TFalha falha;
+};
+
+/// "CONSTRAINT @1 does not exist." Neither of these has a name in the ibase.h of 3.0.
+constexpr ISC_STATUS kRestricaoInexistente = 336068738;
+/// "Unknown columns in index @1".
+constexpr ISC_STATUS kColunaDeIndiceInexistente = 336068728;
+
+/// What the SQLSTATE alone does not tell: several kinds share 23000, 42000 and HY000.
+constexpr TFalhaDeCodigo kPorCodigo[] = {
+    {isc_unique_key_violation, TFalha::ChaveDuplicada},
+    {isc_no_dup, TFalha::ChaveDuplicada},
+    {isc_obj_in_use, TFalha::EmUso},
+    {isc_lock_conflict, TFalha::EmUso},
+    {isc_lock_timeout, TFalha::EmUso},
+    {isc_deadlock, TFalha::EmUso},
+    {isc_dsql_relation_err, TFalha::ObjetoInexistente},
+    {isc_dsql_procedure_err, TFalha::ObjetoInexistente},
+    {isc_dsql_table_not_found, TFalha::ObjetoInexistente},
+    {isc_dsql_view_not_found, TFalha::ObjetoInexistente},
+    {isc_indexnotdefined, TFalha::ObjetoInexistente},
+    {isc_dyn_index_not_found, TFalha::ObjetoInexistente},
+    {isc_dyn_proc_not_found, TFalha::ObjetoInexistente},
+    {isc_dyn_trig_not_found, TFalha::ObjetoInexistente},
+    {isc_gennotdef, TFalha::ObjetoInexistente},
+    {kRestricaoInexistente, TFalha::ObjetoInexistente},
+    {isc_dsql_field_err, TFalha::ColunaInexistente},
+    {kColunaDeIndiceInexistente, TFalha::ColunaInexistente},
+    {isc_att_shutdown, TFalha::Conexao},
+    {isc_lost_db_connection, TFalha::Conexao},
+    {isc_net_read_err, TFalha::Conexao},
+    {isc_net_write_err, TFalha::Conexao},
+    {isc_bad_db_handle, TFalha::Conexao},
+};
+
+struct TFalhaDeEstado {
+    std::string_view prefixo;
+    TFalha falha;
+};
+
+constexpr TFalhaDeEstado kPorSqlState[] = {
+    {"28000", TFalha::Autenticacao},
+    {"08", TFalha::Conexao},
+    {"42S01", TFalha::ObjetoExistente},
+    {"42S02", TFalha::ObjetoInexistente},
+    {"42S22", TFalha::ColunaInexistente},
+    {"42S11", TFalha::ObjetoExistente},
+    {"42S21", TFalha::ObjetoExistente},
+    {"22006", TFalha::Restricao},
+    {"23", TFalha::Restricao},
+    {"22", TFalha::Conversao},
+    {"40", TFalha::EmUso},
+    {"42", TFalha::Sintaxe},
+};
+
+bool Tem(const std::vector<ISC_STATUS>& codigos, ISC_STATUS codigo) {
+    return std::find(codigos.begin(), codigos.end(), codigo) != codigos.end();
+}
+
+TFalha FalhaDe(const std::vector<ISC_STATUS>& codigos, std::string_view sqlstate) {
+    // A second column of a name is refused as a duplicate row of the catalogue.
+    if (codigos.front() == isc_no_meta_update && Tem(codigos, isc_unique_key_violation)) return TFalha::ObjetoExistente;
+    for (const auto& linha : kPorCodigo)
+        if (Tem(codigos, linha.codigo)) return linha.falha;
+    for (const auto& linha : kPorSqlState)
+        if (sqlstate.starts_with(linha.prefixo)) return linha.falha;
+    return TFalha::Outra;
+}
+
+/// What the user can do about a database that does not open; empty when the server's text says all.
+std::string_view Conselho(std::string_view texto) {
+    if (texto.find("operating system directive access failed") != std::string_view::npos)
+        return "O usuário do sistema não tem acesso à pasta de travas do Firebird. Defina a variável de ambiente "
+               "FIREBIRD_LOCK com uma pasta sua ou inclua o usuário no grupo \"firebird\".";
+    if (texto.find("already opened with engine instance") != std::string_view::npos)
+        return "O banco de dados está aberto por outro programa. Feche-o, ou informe o servidor em Hostname para que "
+               "os "
+               "dois o acessem por ele.";
+    return {};
+}
+
+}  // namespace
+
+TErroBanco ErroFirebird(const ISC_STATUS* estado, std::string_view comando) {
+    TErroBanco::TDados dados;
+    dados.mensagem = TextoDoEstado(estado);
+    if (const auto conselho = Conselho(dados.mensagem); !conselho.empty()) dados.mensagem.append("\n").append(conselho);
+    dados.codigoNativo = estado[1];
+    dados.sqlstate = SqlStateDoEstado(estado);
+    dados.comando = comando;
+    dados.falha = FalhaDe(Codigos(estado), dados.sqlstate);
+    dados.conexaoPerdida = dados.falha == TFalha::Conexao && !comando.empty();
+    return TErroBanco(std::move(dados));
+}
+
+}  // namespace wkd

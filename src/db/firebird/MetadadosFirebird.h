@@ -1,0 +1,39 @@
+#pragma once
+
+#include <memory>
+
+#include "Metadados.h"
+#include "SessaoFirebird.h"
+
+namespace wkd {
+
+/// Answers from the system tables. The questions asked table by table stay prepared.
+class TMetadadosFirebird {
+  public:
+    explicit TMetadadosFirebird(std::shared_ptr<TSessaoFirebird> sessao) : sessao_(std::move(sessao)) {}
+
+    /// Such as "Firebird 3.0.11".
+    std::string VersaoServidor();
+    /// Default character set of the database in capitals.
+    std::string ConjuntoDoBanco();
+    std::vector<std::string> NomesDeTabelas();
+    std::vector<TColunaFisica> Colunas(std::string_view tabela);
+    TColunasPorTabela TodasAsColunas();
+    TChavePrimaria ChavePrimaria(std::string_view tabela);
+    std::vector<TIndice> Indices(std::string_view tabela);
+
+  private:
+    using TGuardado = std::unique_ptr<TComando>;
+
+    TValor Unico(std::string_view sql);
+    /// The prepared question about one table, opened.
+    TComando& Abre(TGuardado& comando, std::string_view sql, std::string_view tabela);
+    /// Name of a table as the server has it.
+    std::string NomeExato(std::string_view tabela);
+    TColunaFisica Coluna(TComando& linha);
+
+    std::shared_ptr<TSessaoFirebird> sessao_;
+    TGuardado nome_, colunas_, chave_, indices_;
+};
+
+}  // namespace wkd

@@ -1,0 +1,107 @@
+#include "SessaoFirebird.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "ErroFirebird.h"
+
+namespace wkd {
+
+void AdicionaAoBloco(std::string& bloco, char item, std::string_view valor) {
+    if (valor.size() > 255) throw std::invalid_argument("parâmetro de conexão com mais de 255 bytes");
+    bloco += item;
+    bloco += static_cast<char>(valor.size());
+    bloco += valor;
+}
+
+std::string BlocoDeConexao(const TParametrosConexao& parametros, std::string_view conjunto) {
+    std::string bloco(1, isc_dpb_version1);
+    AdicionaAoBloco(bloco, isc_dpb_user_name, parametros.Valor("User_Name"));
+    AdicionaAoBloco(bloco, isc_dpb_password, parametros.Valor("Password"));
+    AdicionaAoBloco(bloco, isc_dpb_lc_ctype, conjunto);
+    AdicionaAoBloco(bloco, isc_dpb_sql_dialect, std::string_view("\x03", 1));
+    AdicionaAoBloco(bloco, isc_dpb_utf8_filename, "");
+    return bloco;
+}
+
+TSessaoFirebird::TSessaoFirebird(const TParametrosConexao& parametros) : parametros_(parametros) {}
+
+void TSessaoFirebird::Liga(std::string_view conjunto) {
+    const auto bloco = BlocoDeConexao(parametros_, conjunto);
+    const auto arquivo = parametros_.Valor("Database");
+    TEstadoFirebird estado;
+    isc_attach_database(estado, 0, arquivo.c_str(), &banco_, static_cast<short>(bloco.size()), bloco.data());
+    Confere(estado, "");
+    ++geracao_;
+    nomeDoConjunto_ = conjunto;
+    const auto conhecido = ConjuntoDoNome(conjunto);
+    if (!conhecido) {
+        Desliga();
+        throw TErroConversao("CharacterSet=" + nomeDoConjunto_ + ": use UTF8, WIN1252 ou ISO8859_1");
+    }
+    conjunto_ = *conhecido;
+}
+
+void TSessaoFirebird::Desliga() noexcept {
+    if (!Ligada()) return;
+    for (auto* aberta : std::vector(abertas_)) aberta->Rollback();
+    transacao.reset();
+    TEstadoFirebird estado;
+    isc_detach_database(estado, &banco_);
+    banco_ = 0;
+}
+
+void TSessaoFirebird::Renova() {
+    const std::string conjunto = nomeDoConjunto_;
+    Desliga();
+    Liga(conjunto);
+}
+
+TTransacaoFirebird::TTransacaoFirebird(TSessaoFirebird& sessao, TModo modo) : sessao_(sessao), modo_(modo) {
+    static constexpr char kLeitura[] = {isc_tpb_version3, isc_tpb_read, isc_tpb_read_committed, isc_tpb_rec_version,
+                                        isc_tpb_wait};
+    static constexpr char kEscrita[] = {isc_tpb_version3,
+                                        isc_tpb_write,
+                                        isc_tpb_read_committed,
+                                        isc_tpb_rec_version,
+                                        isc_tpb_wait,
+                                        isc_tpb_lock_timeout,
+                                        4,
+                                        10,
+                                        0,
+                                        0,
+                                        0};
+    TEstadoFirebird estado;
+    if (modo == TModo::Leitura)
+        isc_start_transaction(estado, &handle_, 1, sessao.Banco(), static_cast<unsigned short>(sizeof kLeitura),
+                              kLeitura);
+    else
+        isc_start_transaction(estado, &handle_, 1, sessao.Banco(), static_cast<unsigned short>(sizeof kEscrita),
+                              kEscrita);
+    Confere(estado, "start transaction");
+    sessao_.abertas_.push_back(this);
+}
+
+TTransacaoFirebird::~TTransacaoFirebird() {
+    Rollback();
+    std::erase(sessao_.abertas_, this);
+}
+
+void TTransacaoFirebird::Commit(std::string_view comando) {
+    if (modo_ == TModo::Escrita) sessao_.Observa("commit");
+    TEstadoFirebird estado;
+    if (isc_commit_transaction(estado, &handle_) == 0) return;
+    const auto erro = ErroFirebird(estado, comando);
+    Rollback();
+    if (erro.SqlState() == "22006") sessao_.Renova();
+    throw erro;
+}
+
+void TTransacaoFirebird::Rollback() noexcept {
+    if (handle_ == 0) return;
+    TEstadoFirebird estado;
+    isc_rollback_transaction(estado, &handle_);
+    handle_ = 0;
+}
+
+}  // namespace wkd

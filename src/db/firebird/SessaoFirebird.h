@@ -1,0 +1,89 @@
+#pragma once
+
+#include <ibase.h>
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ConjuntoFirebird.h"
+#include "Connection.h"
+#include "ParametrosConexao.h"
+
+namespace wkd {
+
+class TTransacaoFirebird;
+
+/// Attachment to a database and the transactions on it: what the connection shares with its commands and contents,
+/// which may outlive it.
+class TSessaoFirebird {
+  public:
+    explicit TSessaoFirebird(const TParametrosConexao& parametros);
+    ~TSessaoFirebird() { Desliga(); }
+    TSessaoFirebird(const TSessaoFirebird&) = delete;
+    TSessaoFirebird& operator=(const TSessaoFirebird&) = delete;
+
+    /// Attaches with the character set of that name.
+    void Liga(std::string_view conjunto);
+    /// Rolls back every transaction and detaches.
+    void Desliga() noexcept;
+    /// Detaches and attaches again. After a failed ADD ... NOT NULL Firebird 3.0 refuses every insert and update of
+    /// the table in this attachment.
+    void Renova();
+    bool Ligada() const { return banco_ != 0; }
+
+    isc_db_handle* Banco() { return &banco_; }
+    /// Grows with every attachment; what was prepared in an older one is gone.
+    unsigned Geracao() const { return geracao_; }
+    /// Statement text in the connection's character set.
+    std::string TextoSql(std::string_view utf8) const { return DeUtf8(conjunto_, utf8); }
+
+    void DefineObservador(TConnection::TObservador observador) { observador_ = std::move(observador); }
+    void Observa(std::string_view comando) const {
+        if (observador_) observador_(comando);
+    }
+
+    /// The transaction that the program has open; null without one.
+    std::unique_ptr<TTransacaoFirebird> transacao;
+
+  private:
+    friend class TTransacaoFirebird;
+
+    TParametrosConexao parametros_;
+    std::string nomeDoConjunto_;
+    TConjunto conjunto_ = TConjunto::Utf8;
+    isc_db_handle banco_ = 0;
+    unsigned geracao_ = 0;
+    TConnection::TObservador observador_;
+    std::vector<TTransacaoFirebird*> abertas_;
+};
+
+/// Transaction of a scope, rolled back by the destructor unless committed.
+class TTransacaoFirebird {
+  public:
+    /// Leitura: read-only, read committed; costs no page write. Escrita: read committed, waits at most 10 s for a lock.
+    enum class TModo { Leitura, Escrita };
+
+    TTransacaoFirebird(TSessaoFirebird& sessao, TModo modo);
+    ~TTransacaoFirebird();
+    TTransacaoFirebird(const TTransacaoFirebird&) = delete;
+    TTransacaoFirebird& operator=(const TTransacaoFirebird&) = delete;
+
+    isc_tr_handle* Handle() { return &handle_; }
+    /// On an error the transaction is rolled back; `comando` is the statement that the error names.
+    void Commit(std::string_view comando = "commit");
+    void Rollback() noexcept;
+
+  private:
+    TSessaoFirebird& sessao_;
+    TModo modo_;
+    isc_tr_handle handle_ = 0;
+};
+
+/// Parameter block of a connection: user, password, character set.
+std::string BlocoDeConexao(const TParametrosConexao& parametros, std::string_view conjunto);
+/// Adds a text to a parameter block. Throws std::invalid_argument above 255 bytes.
+void AdicionaAoBloco(std::string& bloco, char item, std::string_view valor);
+
+}  // namespace wkd
