@@ -1,0 +1,36 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "Connection.h"
+#include "ParametrosConexao.h"
+#include "PastaTemporaria.h"
+
+namespace wkd {
+
+/// An empty Firebird database in a temporary folder with an open connection, gone at the end.
+class TBancoTemporario {
+  public:
+    /// Default character set of the database, NONE when empty; `servidor` is "host/port", the embedded engine when
+    /// empty.
+    explicit TBancoTemporario(std::string_view conjunto = "UTF8", std::string_view servidor = "");
+
+    TConnection& Conexao() { return *conexao_; }
+    /// Another connection to the same database, open.
+    std::unique_ptr<TConnection> Outra() const;
+    /// What the connections are made of; a test may change a copy.
+    const TParametrosConexao& Parametros() const { return parametros_; }
+    std::filesystem::path Arquivo() const { return pasta_ / "banco.fdb"; }
+
+  private:
+    TPastaTemporaria pasta_;
+    TParametrosConexao parametros_;
+    std::unique_ptr<TConnection> conexao_;
+};
+
+/// Driver parameters of a database; `servidor` as above.
+TParametrosConexao ParametrosFirebird(const std::filesystem::path& arquivo, std::string_view servidor = "");
+
+}  // namespace wkd

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <filesystem>
+
+namespace wkd {
+
+/// A new folder of its own under the system's temporary one, removed with all it holds at the end.
+class TPastaTemporaria {
+  public:
+    TPastaTemporaria();
+    ~TPastaTemporaria();
+    TPastaTemporaria(const TPastaTemporaria&) = delete;
+    TPastaTemporaria& operator=(const TPastaTemporaria&) = delete;
+
+    const std::filesystem::path& Caminho() const { return caminho_; }
+    std::filesystem::path operator/(const std::filesystem::path& nome) const { return caminho_ / nome; }
+
+  private:
+    std::filesystem::path caminho_;
+};
+
+}  // namespace wkd

@@ -1,0 +1,93 @@
+#include "ServidorFirebird.h"
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+#include <thread>
+
+namespace wkd {
+namespace {
+
+constexpr const char* kPrograma = "/usr/sbin/firebird";
+
+sockaddr_in Local(int porta) {
+    sockaddr_in endereco{};
+    endereco.sin_family = AF_INET;
+    endereco.sin_port = htons(static_cast<std::uint16_t>(porta));
+    endereco.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    return endereco;
+}
+
+bool Atende(int porta) {
+    const int soquete = socket(AF_INET, SOCK_STREAM, 0);
+    const auto endereco = Local(porta);
+    const bool atende = connect(soquete, reinterpret_cast<const sockaddr*>(&endereco), sizeof endereco) == 0;
+    close(soquete);
+    return atende;
+}
+
+std::string Leia(const std::filesystem::path& arquivo) {
+    std::ostringstream texto;
+    texto << std::ifstream(arquivo).rdbuf();
+    return texto.str();
+}
+
+pid_t Inicia(const std::string& pasta, const std::string& porta) {
+    const auto roteiro = (std::filesystem::path(__FILE__).parent_path() / "servidor-firebird.sh").string();
+    const pid_t processo = fork();
+    if (processo != 0) return processo;
+    prctl(PR_SET_PDEATHSIG, SIGKILL);  // the server does not outlive a test program that is ended
+    execl("/bin/sh", "sh", roteiro.c_str(), pasta.c_str(), porta.c_str(), nullptr);
+    _exit(127);
+}
+
+}  // namespace
+
+int PortaLivre() {
+    const int soquete = socket(AF_INET, SOCK_STREAM, 0);
+    auto endereco = Local(0);
+    socklen_t tamanho = sizeof endereco;
+    const bool ligado = bind(soquete, reinterpret_cast<const sockaddr*>(&endereco), tamanho) == 0 &&
+                        getsockname(soquete, reinterpret_cast<sockaddr*>(&endereco), &tamanho) == 0;
+    close(soquete);
+    if (!ligado) throw std::runtime_error("no free port");
+    return ntohs(endereco.sin_port);
+}
+
+TServidorFirebird::TServidorFirebird()
+    : porta_(PortaLivre()), processo_(Inicia(pasta_.Caminho().string(), std::to_string(porta_))) {
+    Espera();
+}
+
+void TServidorFirebird::Espera() {
+    for (int vez = 0; vez < 600; ++vez) {
+        if (Atende(porta_)) return;
+        if (waitpid(processo_, nullptr, WNOHANG) == processo_) break;
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    throw std::runtime_error("the Firebird server did not start: " + Leia(pasta_ / "security.log") +
+                             Leia(pasta_ / "servidor.log"));
+}
+
+TServidorFirebird::~TServidorFirebird() {
+    kill(processo_, SIGTERM);
+    waitpid(processo_, nullptr, 0);
+}
+
+bool TServidorFirebird::Instalado() { return std::filesystem::exists(kPrograma); }
+
+TServidorFirebird& TServidorFirebird::DoProcesso() {
+    static TServidorFirebird servidor;
+    return servidor;
+}
+
+}  // namespace wkd
