@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "Mescla.h"
 #include "Texto.h"
 #include "WKDQuery.h"
 
@@ -18,6 +19,13 @@ struct TDono {
     /// Rows without plug-in code belong to the empty one.
     std::string DoPluginOuNenhum() const { return " and coalesce(cod_plugin, '') = " + Aspas(plugin); }
 };
+
+std::vector<TDono> Donos(TConnection& conexao) {
+    std::vector<TDono> donos;
+    TWKDQuery q(conexao, "select arquivo,cod_plugin from satrib_user group by arquivo,cod_plugin");
+    for (q.Open(); !q.Eof(); q.Next()) donos.push_back({q.Texto("arquivo"), q.Texto("cod_plugin")});
+    return donos;
+}
 
 void Executa(TContexto& ctx, const std::string& sql) { TWKDQuery(ctx.Conexao(), sql).ExecSQL(); }
 
@@ -71,14 +79,17 @@ void ApagaPesquisas(TContexto& ctx, const TDono& dono) {
     }
 }
 
-/// Deletes and inserts of the dictionary rows are one transaction: a refused insert leaves the old rows.
+/// Copies the customer rows that the destination does not have yet.
+void Copia(TContexto& ctx, std::string_view destino, std::string_view de, const std::string& condicao) {
+    Executa(ctx, ComandoDeMescla(ctx.dm, {destino, de, condicao}));
+}
+
+/// Deletes and copies of the dictionary rows are one transaction: a refused copy leaves the old rows.
 void InstalaColunas(TContexto& ctx, const TDono& dono) {
     TTransacao transacao(ctx.Conexao());
     ApagaColunas(ctx, dono);
-    Executa(ctx, "INSERT INTO SLOOKUP SELECT * FROM SLOOKUP_USER where SLOOKUP_USER.arquivo = " + dono.DaTabela() +
-                     dono.DoPluginOuNenhum());
-    Executa(ctx, "INSERT INTO SATRIB SELECT * from satrib_user where satrib_user.arquivo = " + dono.DaTabela() +
-                     dono.DoPluginOuNenhum());
+    Copia(ctx, "SLOOKUP", "FROM SLOOKUP_USER", "SLOOKUP_USER.arquivo = " + dono.DaTabela() + dono.DoPluginOuNenhum());
+    Copia(ctx, "SATRIB", "from satrib_user", "satrib_user.arquivo = " + dono.DaTabela() + dono.DoPluginOuNenhum());
     transacao.Commit();
 }
 
@@ -118,10 +129,8 @@ void InstalaPesquisasPlugin(TContexto& ctx, std::string_view tabela, std::string
     const TDono dono{std::string(tabela), std::string(plugin)};
     TTransacao transacao(ctx.Conexao());
     ApagaPesquisas(ctx, dono);
-    Executa(ctx, "INSERT INTO SPESQ SELECT * from SPESQ_user where SPESQ_user.arquivo = " + dono.DaTabela() +
-                     dono.DoPlugin());
-    Executa(ctx, "INSERT INTO SPESQAUX SELECT * from SPESQAUX_user where SPESQAUX_user.arquivo = " + dono.DaTabela() +
-                     dono.DoPlugin());
+    Copia(ctx, "SPESQ", "from SPESQ_user", "SPESQ_user.arquivo = " + dono.DaTabela() + dono.DoPlugin());
+    Copia(ctx, "SPESQAUX", "from SPESQAUX_user", "SPESQAUX_user.arquivo = " + dono.DaTabela() + dono.DoPlugin());
     transacao.Commit();
 }
 
@@ -133,10 +142,7 @@ void InstalaCamposPlugin(TContexto& ctx, std::string_view tabela, bool recria, s
 
 void AtualizaCamposPersonalizados(TContexto& ctx) {
     ctx.Tela().LblAtual("Atualizando Campos Personalizados...");
-    std::vector<TDono> donos;
-    TWKDQuery q(ctx.Conexao(), "select arquivo,cod_plugin from satrib_user group by arquivo,cod_plugin");
-    for (q.Open(); !q.Eof(); q.Next()) donos.push_back({q.Texto("arquivo"), q.Texto("cod_plugin")});
-    for (const TDono& dono : donos) InstalaCamposPlugin(ctx, dono.tabela, false, dono.plugin);
+    for (const TDono& dono : Donos(ctx.Conexao())) InstalaCamposPlugin(ctx, dono.tabela, false, dono.plugin);
 }
 
 }  // namespace wkd
