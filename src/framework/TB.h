@@ -1,9 +1,11 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "Connection.h"
@@ -12,8 +14,10 @@
 namespace wkd {
 
 /// Dictionary-driven table object: creates and alters physical tables to match their SATRIB, SINDSEC and SINDSECA
-/// rows, and edits rows of one table. Operations that return false have left the reason in Erro(); those that
-/// return nothing throw TErroBanco.
+/// rows, and edits rows of one table.
+///
+/// The operations that create (Cria..., AtualizaTabela, ReCriaTabela) answer false, also when the server refuses, and
+/// leave the reason in Erro(); a lost connection they throw. Everything else throws TErroBanco.
 class TTB {
   public:
     /// `pastaComandos`: where "erroCria.sql" is written before a table is created.
@@ -22,19 +26,26 @@ class TTB {
     // Physical tables
     bool ExisteTabela(std::string_view tabela);
     /// Creates `tabela` (backup mode: "B" + `tabela`, an older one dropped first) from its dictionary rows, without
-    /// keys and indexes. False when a business table of that name exists already.
+    /// keys and indexes. False when a business table of that name exists already, and when the backup's name is
+    /// itself that of a dictionary table.
     bool CriaTabela(std::string_view tabela, bool backup);
-    /// Adds the dictionary columns that the physical table lacks.
+    /// Adds the dictionary columns that the physical table lacks. A key column comes without NOT NULL when the table
+    /// has rows; CriaIndicePrimario asks for it later.
     bool AtualizaTabela(std::string_view tabela);
-    /// Creates the table anew from the dictionary with its rows, through the backup table.
+    /// Creates the table anew from the dictionary with its rows, through the backup table, which stays. From the
+    /// complete backup to the end its SARQUIVO row carries VERSAO -1. A call after an interrupted one goes on from
+    /// the backup (and leaves -1: the version from before is not known); a table that is gone is brought back from it.
     bool ReCriaTabela(std::string_view tabela);
 
     // Keys and indexes
-    /// True drops the primary key, false the secondary indexes.
+    /// True drops the primary key, false the secondary indexes; those of constraints stay. Each is dropped on its
+    /// own; afterwards throws naming those that could not be.
     void ApagaInidices(std::string_view tabela, bool primario);
     bool ExisteIndicePrimario(std::string_view tabela);
-    /// True at once when there is a key. Nullable key columns are made NOT NULL first where the server wants it.
+    /// True at once when there is a key. Nullable key columns are made NOT NULL first where the server wants it;
+    /// nothing is changed when rows lack a key value or repeat one.
     bool CriaIndicePrimario(std::string_view tabela, bool backup);
+    /// Creates what the table lacks of its indexes; one that fails does not stop the others.
     bool CriaIndiceSecundarios(std::string_view tabela);
 
     /// Why the last operation returned false.
@@ -42,21 +53,51 @@ class TTB {
 
     /// Physical columns of the dictionary, in SEQUENCIA order.
     std::vector<TColunaDicionario> ColunasDoDicionario(std::string_view tabela);
+    /// In backup mode with the columns that only the physical table has, and types that hold its values.
     std::string ComandoCriaTabela(std::string_view tabela, bool backup);
+    /// Why a table of these columns could not be created, dropped first if it exists: no columns, names that repeat,
+    /// types without text, or a statement that the server does not prepare.
+    std::optional<std::string> ImpedimentoParaCriar(std::string_view tabela,
+                                                    const std::vector<TColunaDicionario>& colunas);
+    std::optional<std::string> ImpedimentoParaCriar(std::string_view tabela) {
+        return ImpedimentoParaCriar(tabela, ColunasDoDicionario(tabela));
+    }
 
     // Rows of one table
     /// Finds the row by the condition and makes it current; false when there is none.
     bool PosicionaTB(std::string_view tabela, std::string_view condicao);
     void Novo(std::string_view tabela);
+    /// The current row is found again by its primary key; in a table without one, by the condition.
     void Editar();
     void SetValor(std::string_view campo, const TValor& valor);
     /// Sends the new or edited row in a transaction of its own.
     void Grava();
 
   private:
+    /// Row that PosicionaTB found, or that Novo and Editar prepare.
+    struct TLinhaAtual {
+        enum class TModo { Consulta, Inclusao, Edicao } modo = TModo::Consulta;
+        std::string tabela;
+        std::string condicao;  // empty when no row is current
+        std::vector<std::pair<std::string, TValor>> chave;
+        std::vector<std::pair<std::string, TValor>> valores;
+    };
+
+    bool Falha(std::string motivo);
+    /// Runs `operacao`; a refusal of the server becomes the answer false.
+    bool Tenta(const std::function<bool()>& operacao);
+    std::vector<std::string> ColunasDaChave(std::string_view tabela);
+    bool ExigeValores(const std::string& tabela, const std::vector<std::string>& chave);
+    bool CriaSecundario(std::string_view tabela, const std::string& nome, bool unico, std::string& falha);
+    bool GuardaNaBackup(const std::string& tabela);
+    /// Adds what was entered since an interrupted rebuild: the rows whose key the backup lacks.
+    bool CompletaBackup(const std::string& tabela);
+    bool RefazIndices(const std::string& tabela);
+
     TConnection& conexao_;
     std::filesystem::path pastaComandos_;
     std::string erro_;
+    TLinhaAtual linha_;
 };
 
 }  // namespace wkd

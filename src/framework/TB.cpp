@@ -1,0 +1,86 @@
+#include "TB.h"
+
+#include <algorithm>
+#include <fstream>
+
+#include "TBComandos.h"
+#include "Texto.h"
+#include "WKDQuery.h"
+
+namespace wkd {
+
+namespace {
+
+/// For whoever wants to see the statement that the server refused; failing to write it stops nothing.
+void GuardaComando(const std::filesystem::path& pasta, const std::string& comando) {
+    std::ofstream(pasta / "erroCria.sql", std::ios::binary) << comando;
+}
+
+bool TemLinhas(TConnection& conexao, std::string_view tabela) {
+    TWKDQuery q(conexao, "select 1 as um from " + std::string(tabela));
+    q.Open();
+    return !q.Eof();
+}
+
+}  // namespace
+
+TTB::TTB(TConnection& conexao, std::filesystem::path pastaComandos)
+    : conexao_(conexao), pastaComandos_(std::move(pastaComandos)) {}
+
+bool TTB::Falha(std::string motivo) {
+    erro_ = std::move(motivo);
+    return false;
+}
+
+bool TTB::Tenta(const std::function<bool()>& operacao) {
+    erro_.clear();
+    try {
+        return operacao();
+    } catch (const TErroBanco& erro) {
+        if (erro.ConexaoPerdida()) throw;
+        return Falha(erro.what());
+    }
+}
+
+bool TTB::ExisteTabela(std::string_view tabela) {
+    return std::ranges::any_of(conexao_.NomesDeTabelas(),
+                               [&](const std::string& nome) { return IgualSemCaixa(nome, tabela); });
+}
+
+bool TTB::CriaTabela(std::string_view tabela, bool backup) {
+    return Tenta([&] {
+        const std::string fisica = backup ? NomeDaBackup(tabela) : std::string(tabela);
+        if (backup && !ColunasDoDicionario(fisica).empty())
+            return Falha("A tabela de backup " + fisica + " teria o nome de uma tabela do dicionário");
+        const bool existe = ExisteTabela(fisica);
+        if (existe && !backup) return Falha("A tabela " + fisica + " já existe");
+
+        const std::string comando = ComandoCriaTabela(tabela, backup);
+        GuardaComando(pastaComandos_, comando);
+        if (existe) conexao_.ExecuteDirect("drop table " + fisica);
+        conexao_.ExecuteDirect(comando);
+        return true;
+    });
+}
+
+bool TTB::AtualizaTabela(std::string_view tabela) {
+    return Tenta([&] {
+        const auto fisicas = conexao_.Colunas(tabela);
+        if (fisicas.empty()) return Falha("A tabela " + std::string(tabela) + " não existe");
+        std::vector<std::string> falhas;
+        for (auto coluna : ColunasDoDicionario(tabela)) {
+            if (ColunaDeNome(fisicas, coluna.nome)) continue;
+            if (coluna.chave == 1 && TemLinhas(conexao_, tabela)) coluna.chave = 0;
+            try {
+                conexao_.ExecuteDirect("alter table " + std::string(tabela) + " ADD " + coluna.nome + " " +
+                                       DefinicaoCampo(coluna, conexao_.TipoBanco()));
+            } catch (const TErroBanco& erro) {
+                if (erro.ConexaoPerdida()) throw;
+                falhas.push_back(coluna.nome + ": " + erro.what());
+            }
+        }
+        return falhas.empty() || Falha(Junta(falhas, "\n"));
+    });
+}
+
+}  // namespace wkd

@@ -1,0 +1,33 @@
+#include "TBComandos.h"
+
+#include <algorithm>
+
+#include "Texto.h"
+
+namespace wkd {
+
+namespace {
+
+bool Regular(std::string_view nome, TTipoBanco banco) {
+    const bool minusculas = banco != TTipoBanco::tbInterbase;  // Firebird folds unquoted names to capitals
+    const auto letra = [&](char c) { return (c >= 'A' && c <= 'Z') || (minusculas && c >= 'a' && c <= 'z'); };
+    const auto resto = [&](char c) { return letra(c) || (c >= '0' && c <= '9') || c == '_' || c == '$'; };
+    return !nome.empty() && (letra(nome.front()) || (minusculas && nome.front() == '_')) &&
+           std::ranges::all_of(nome, resto);
+}
+
+}  // namespace
+
+std::string NomeDaBackup(std::string_view tabela) { return "B" + std::string(tabela); }
+
+std::string Identificador(std::string_view nome, TTipoBanco banco) {
+    return Regular(nome, banco) ? std::string(nome) : '"' + Troca(nome, "\"", "\"\"") + '"';
+}
+
+const TColunaFisica* ColunaDeNome(const std::vector<TColunaFisica>& colunas, std::string_view nome) {
+    const auto achada =
+        std::ranges::find_if(colunas, [&](const TColunaFisica& coluna) { return IgualSemCaixa(coluna.nome, nome); });
+    return achada == colunas.end() ? nullptr : &*achada;
+}
+
+}  // namespace wkd

@@ -1,0 +1,184 @@
+#include <algorithm>
+
+#include "TB.h"
+#include "TBComandos.h"
+#include "Texto.h"
+#include "WKDQuery.h"
+
+namespace wkd {
+
+namespace {
+
+/// Runs every statement, then throws one error that names those that failed.
+void ExecutaTodos(TConnection& conexao, const std::vector<std::string>& comandos) {
+    std::vector<std::string> falhas;
+    TErroBanco::TDados dados;
+    for (const auto& comando : comandos) {
+        try {
+            conexao.ExecuteDirect(comando);
+        } catch (const TErroBanco& erro) {
+            if (erro.ConexaoPerdida()) throw;
+            falhas.push_back(comando + ": " + erro.what());
+            dados = {"", erro.CodigoNativo(), erro.SqlState(), comando, erro.Falha(), false};
+        }
+    }
+    if (falhas.empty()) return;
+    dados.mensagem = Junta(falhas, "\n");
+    throw TErroBanco(dados);
+}
+
+/// How many groups of rows the query answers with.
+std::size_t ContaGrupos(TConnection& conexao, const std::string& consulta) {
+    std::size_t grupos = 0;
+    TWKDQuery q(conexao, consulta);
+    for (q.Open(); !q.Eof(); q.Next()) ++grupos;
+    return grupos;
+}
+
+std::string Repetidos(std::size_t grupos) {
+    return std::to_string(grupos) + (grupos == 1 ? " valor repetido" : " valores repetidos");
+}
+
+std::string FazNotNull(const std::string& tabela, const TColunaFisica& coluna, TTipoBanco banco) {
+    if (banco == TTipoBanco::tbSQLServer)
+        return "alter table " + tabela + " alter column " + coluna.nome + " " + coluna.tipoSql + " not null";
+    return "alter table " + tabela + " alter " + coluna.nome + " set not null";
+}
+
+/// Groups of rows that a unique index would refuse. Firebird takes any number of rows that are NULL in all its
+/// columns, so these are not counted there.
+std::size_t GruposRepetidos(TConnection& conexao, const std::string& tabela, const std::vector<std::string>& colunas) {
+    const std::string lista = Junta(colunas, ",");
+    const std::string fim = " GROUP BY " + lista + " HAVING COUNT(*) > 1";
+    const std::size_t grupos = ContaGrupos(conexao, "SELECT COUNT(*) AS TOTAL FROM " + tabela + fim);
+    if (grupos == 0 || conexao.TipoBanco() != TTipoBanco::tbInterbase) return grupos;
+    return ContaGrupos(conexao, "SELECT COUNT(*) AS TOTAL FROM " + tabela + " WHERE NOT (" +
+                                    Junta(colunas, " IS NULL AND ") + " IS NULL)" + fim);
+}
+
+struct TIndiceDicionario {
+    std::string nome;
+    bool unico = false;
+};
+
+std::vector<TIndiceDicionario> IndicesDoDicionario(TConnection& conexao, std::string_view tabela) {
+    std::vector<TIndiceDicionario> indices;
+    TWKDQuery q(conexao, "SELECT DISTINCT * FROM SINDSEC WHERE ARQUIVO = " + Aspas(tabela));
+    for (q.Open(); !q.Eof(); q.Next()) {
+        const bool temTipo = IndiceDoCampo(q.Campos(), "TIPO") >= 0;  // older dictionaries have no such column
+        indices.push_back({std::string(Apara(q.Texto("NOME"))), temTipo && Apara(q.Texto("TIPO")) == "1"});
+    }
+    return indices;
+}
+
+std::vector<std::string> ColunasDoIndice(TConnection& conexao, std::string_view tabela, std::string_view indice) {
+    std::vector<std::string> colunas;
+    TWKDQuery q(conexao, "SELECT DISTINCT * FROM SINDSECA WHERE ARQUIVO = " + Aspas(tabela) +
+                             " AND NOME  = " + Aspas(indice) + " ORDER BY SEQUENCIA");
+    for (q.Open(); !q.Eof(); q.Next()) colunas.emplace_back(Apara(q.Texto("CAMPO")));
+    return colunas;
+}
+
+}  // namespace
+
+void TTB::ApagaInidices(std::string_view tabela, bool primario) {
+    const TTipoBanco banco = conexao_.TipoBanco();
+    const std::string nome(tabela);
+    std::vector<std::string> comandos;
+    if (primario) {
+        const auto chave = conexao_.ChavePrimaria(tabela);
+        if (!chave.nome.empty())
+            comandos.push_back("alter table " + nome + " drop constraint " + Identificador(chave.nome, banco));
+    } else {
+        const std::string fim = banco == TTipoBanco::tbSQLServer ? " on " + nome : "";
+        for (const auto& indice : conexao_.Indices(tabela))
+            if (indice.restricao.empty()) comandos.push_back("drop index " + Identificador(indice.nome, banco) + fim);
+    }
+    ExecutaTodos(conexao_, comandos);
+}
+
+bool TTB::ExisteIndicePrimario(std::string_view tabela) { return !conexao_.ChavePrimaria(tabela).nome.empty(); }
+
+std::vector<std::string> TTB::ColunasDaChave(std::string_view tabela) {
+    std::vector<std::string> chave;
+    TWKDQuery q(conexao_,
+                " select DISTINCT nome,sequencia from satrib where chave_de_pesquisa = :chave and Upper(arquivo) = "
+                ":arquivo order by sequencia");
+    q.Param("chave", 1).Param("arquivo", Maiusculas(tabela));
+    for (q.Open(); !q.Eof(); q.Next()) chave.emplace_back(Apara(q.Texto("nome")));
+    return chave;
+}
+
+bool TTB::ExigeValores(const std::string& tabela, const std::vector<std::string>& chave) {
+    std::vector<std::string> comandos;
+    const auto fisicas = conexao_.Colunas(tabela);
+    for (const auto& nome : chave) {
+        const TColunaFisica* coluna = ColunaDeNome(fisicas, nome);
+        if (!coluna) return Falha("A tabela " + tabela + " não tem a coluna " + nome + " da chave");
+        if (coluna->requerido) continue;
+        const auto vazias =
+            ContaRegistros(conexao_, "select count(*) as total from " + tabela + " where " + nome + " is null");
+        if (vazias > 0)
+            return Falha("A coluna " + nome + " da chave de " + tabela + " está sem valor em " +
+                         std::to_string(vazias) + " registro(s)");
+        comandos.push_back(FazNotNull(tabela, *coluna, conexao_.TipoBanco()));
+    }
+    const TTipoBanco banco = conexao_.TipoBanco();
+    if (banco == TTipoBanco::tbInterbase || banco == TTipoBanco::tbSQLServer) ExecutaTodos(conexao_, comandos);
+    return true;
+}
+
+bool TTB::CriaIndicePrimario(std::string_view tabela, bool backup) {
+    return Tenta([&] {
+        const std::string fisica = backup ? NomeDaBackup(tabela) : std::string(tabela);
+        if (ExisteIndicePrimario(fisica)) return true;
+        const auto chave = ColunasDaChave(tabela);
+        if (chave.empty()) return Falha("O dicionário não tem chave da tabela " + std::string(tabela));
+
+        const std::string chaves = Junta(chave, ",");
+        const auto grupos = ContaGrupos(
+            conexao_, " select count(*) as total from " + fisica + " group by " + chaves + " having count(*) > 1");
+        if (grupos > 0) return Falha("A chave " + chaves + " de " + fisica + " tem " + Repetidos(grupos));
+        if (!ExigeValores(fisica, chave)) return false;
+        conexao_.ExecuteDirect("alter table " + fisica + "  add constraint PK_" + fisica + " primary key(" + chaves +
+                               ")");
+        return true;
+    });
+}
+
+bool TTB::CriaSecundario(std::string_view tabela, const std::string& nome, bool unico, std::string& falha) {
+    const std::string fisica(tabela);
+    try {
+        const auto colunas = ColunasDoIndice(conexao_, tabela, nome);
+        const auto grupos = unico && !colunas.empty() ? GruposRepetidos(conexao_, fisica, colunas) : 0;
+        if (colunas.empty())
+            falha = "sem colunas no dicionário";
+        else if (grupos > 0)
+            falha = Repetidos(grupos);
+        else
+            conexao_.ExecuteDirect("CREATE " + std::string(unico ? "UNIQUE " : "") + "INDEX " + nome + " ON " + fisica +
+                                   "(" + Junta(colunas, ",") + ")");
+    } catch (const TErroBanco& erro) {
+        if (erro.ConexaoPerdida()) throw;
+        falha = erro.what();
+    }
+    return falha.empty();
+}
+
+bool TTB::CriaIndiceSecundarios(std::string_view tabela) {
+    return Tenta([&] {
+        std::vector<std::string> falhas;
+        const auto fisicos = conexao_.Indices(tabela);
+        for (const auto& [nome, unico] : IndicesDoDicionario(conexao_, tabela)) {
+            if (std::ranges::any_of(fisicos, [&](const auto& fisico) { return IgualSemCaixa(fisico.nome, nome); }))
+                continue;
+            std::string falha;
+            if (!CriaSecundario(tabela, nome, unico, falha))
+                falhas.push_back("Erro criando indice secundario " + std::string(unico ? "UNIQUE " : "") + nome +
+                                 " do arquivo:" + std::string(tabela) + " " + falha);
+        }
+        return falhas.empty() || Falha(Junta(falhas, "\n"));
+    });
+}
+
+}  // namespace wkd
