@@ -1,0 +1,31 @@
+#include "AmbienteDeBanco.h"
+
+#include "BancoTemporario.h"
+#include "ServidorFirebird.h"
+
+namespace wkd {
+namespace {
+
+class TBancoFirebird : public TBancoDeTeste {
+  public:
+    explicit TBancoFirebird(std::string_view servidor) : banco_("UTF8", servidor) {}
+    TConnection& Conexao() override { return banco_.Conexao(); }
+    std::unique_ptr<TConnection> Outra() override { return banco_.Outra(); }
+    std::string Tipo(std::string_view firebird) const override { return std::string(firebird); }
+
+  private:
+    TBancoTemporario banco_;
+};
+
+std::unique_ptr<TBancoDeTeste> NoServidor() {
+    return std::make_unique<TBancoFirebird>(TServidorFirebird::DoProcesso().Endereco());
+}
+
+}  // namespace
+
+std::vector<TAmbienteDeBanco> AmbientesDeBanco() {
+    return {{"FirebirdEmbutido", [] { return true; }, [] { return std::make_unique<TBancoFirebird>(""); }},
+            {"FirebirdServidor", &TServidorFirebird::Instalado, &NoServidor}};
+}
+
+}  // namespace wkd

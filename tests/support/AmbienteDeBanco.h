@@ -1,0 +1,34 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Connection.h"
+
+namespace wkd {
+
+/// A database of one driver for one test.
+class TBancoDeTeste {
+  public:
+    virtual ~TBancoDeTeste() = default;
+    virtual TConnection& Conexao() = 0;
+    /// Another connection to the same database, open.
+    virtual std::unique_ptr<TConnection> Outra() = 0;
+    /// The server's own words for a column type that is written as Firebird has it.
+    virtual std::string Tipo(std::string_view firebird) const = 0;
+};
+
+/// A driver and a way to reach its server.
+struct TAmbienteDeBanco {
+    std::string nome;
+    std::function<bool()> instalado;
+    std::function<std::unique_ptr<TBancoDeTeste>()> cria;
+};
+
+/// Every environment that the contract of TConnection is tested in.
+std::vector<TAmbienteDeBanco> AmbientesDeBanco();
+
+}  // namespace wkd
