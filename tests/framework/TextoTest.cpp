@@ -1,0 +1,53 @@
+#include "Texto.h"
+
+#include <gtest/gtest.h>
+
+#include "Erros.h"
+
+namespace wkd {
+namespace {
+
+TEST(Texto, TrocaDivideEJuntaTratamAsPontas) {
+    EXPECT_EQ(Troca("aXbXX", "X", "XY"), "aXYbXYXY");
+    EXPECT_EQ(Troca("", "X", "Y"), "");
+    EXPECT_EQ(Aspas("d'água"), "'d''água'");
+    EXPECT_TRUE(Divide("", ';').empty());
+    EXPECT_EQ(Divide("A;;B;", ';'), (std::vector<std::string>{"A", "", "B", ""}));
+    EXPECT_EQ(Junta(Divide("A;B", ';'), " and "), "A and B");
+    EXPECT_EQ(Apara(" \t a b\r\n"), "a b");
+    EXPECT_EQ(AparaFim(" a\t  "), " a\t");
+}
+
+TEST(Texto, NomesSeComparamSemCaixaNemBrancosFinais) {
+    EXPECT_EQ(ChaveDeNome("tcli_con  "), ChaveDeNome("TCLI_CON"));
+    EXPECT_NE(ChaveDeNome(" A"), ChaveDeNome("A"));
+    EXPECT_EQ(Maiusculas("ação"), "AçãO");
+    EXPECT_TRUE(IgualSemCaixa("Nome", "nOME"));
+    EXPECT_FALSE(IgualSemCaixa("Nome", "Nome "));
+}
+
+TEST(Codificacao, TodoByte1252VaiEVolta) {
+    for (int b = 0; b < 256; ++b) {
+        const std::string byte(1, static_cast<char>(b));
+        const std::string utf8 = De1252(byte);
+        EXPECT_TRUE(Utf8Valido(utf8)) << b;
+        EXPECT_EQ(Para1252(utf8), byte) << b;
+    }
+    EXPECT_EQ(De1252("\x80 \x8E \x93\x94 \x96 \xE7"), "€ Ž “” – ç");
+}
+
+TEST(Codificacao, CaractereSemLugarEm1252EhErroENuncaInterrogacao) {
+    for (const char* texto : {"Ω", "日本", "😀", "a\xCC\x81"}) EXPECT_THROW(Para1252(texto), TErroConversao) << texto;
+    EXPECT_THROW(Para1252("\xE7"), TErroConversao);
+}
+
+TEST(Codificacao, ReconheceUtf8Invalido) {
+    for (const char* bytes : {"\xC3", "\xC0\xAF", "\xE0\x80\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\xFF", "a\x80"})
+        EXPECT_FALSE(Utf8Valido(bytes));
+    EXPECT_TRUE(Utf8Valido("ação € 😀"));
+    EXPECT_EQ(TextoDeBytes("a\xE7\xE3o"), "ação");
+    EXPECT_EQ(TextoDeBytes("ação"), "ação");
+}
+
+}  // namespace
+}  // namespace wkd
