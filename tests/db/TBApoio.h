@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "BancoTemporario.h"
+#include "Linhas.h"
 #include "TB.h"
 #include "Texto.h"
 #include "WKDQuery.h"
@@ -53,19 +54,7 @@ class TBTest : public ::testing::Test {
                     std::to_string(i + 1) + ")");
     }
 
-    /// Rows as "1|A;2|<null>".
-    std::string Linhas(std::string_view sql) {
-        std::string texto;
-        TWKDQuery q(conexao_, sql);
-        for (q.Open(); !q.Eof(); q.Next()) {
-            texto += texto.empty() ? "" : ";";
-            for (std::size_t i = 0; i < q.Campos().size(); ++i) {
-                const TValor valor = q.Comando().Valor(i);
-                texto += (i ? "|" : "") + (valor.Nulo() ? "<null>" : valor.ComoTexto());
-            }
-        }
-        return texto;
-    }
+    std::string Linhas(std::string_view sql) { return wkd::Linhas(conexao_, sql); }
 
     /// Columns as "CODIGO integer!" with "!" for NOT NULL, default behind "=".
     std::string Estrutura(std::string_view tabela) {

@@ -1,0 +1,147 @@
+#include "AtualizaSistema.h"
+
+#include <algorithm>
+
+#include "DataPacket.h"
+#include "Texto.h"
+
+namespace wkd {
+
+namespace {
+
+using TArquivos = std::vector<std::filesystem::path>;
+
+std::string NomeUtf8(const std::filesystem::path& arquivo) {
+    const auto nome = arquivo.filename().u8string();
+    return TextoDeBytes(std::string(nome.begin(), nome.end()));
+}
+
+bool DoDicionario(const std::filesystem::path& arquivo) {
+    const std::string nome = NomeUtf8(arquivo);
+    return IgualSemCaixa(nome, "SATRIB.WKD") || IgualSemCaixa(nome, "SARQUIVO.WKD");
+}
+
+/// The file's name up to its first ".". Throws TErroPacote when that cannot be a table's name.
+std::string TabelaDoArquivo(const std::filesystem::path& arquivo) {
+    const std::string nome = NomeUtf8(arquivo);
+    const std::string tabela = nome.substr(0, nome.find('.'));
+    const auto serve = [](char c) {
+        return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_' || c == '$';
+    };
+    if (tabela.empty() || !std::ranges::all_of(tabela, serve))
+        throw TErroPacote(nome + ": o nome do arquivo não é nome de tabela");
+    return tabela;
+}
+
+/// A column of the table with the field of the file that fills it; no field where the time of the update does.
+struct TDestino {
+    TColunaFisica coluna;
+    int campo = -1;
+};
+
+constexpr std::string_view kUltimaAtualizacao = "UTL_ATUALIZACAO";  // column of SISTEMA
+
+/// The stored columns that receive values from the file.
+std::vector<TDestino> Destinos(const std::vector<TColunaFisica>& fisicas, const std::vector<TCampo>& campos,
+                               std::string_view tabela) {
+    std::vector<TDestino> destinos;
+    for (const auto& coluna : fisicas) {
+        if (!coluna.expressao.empty()) continue;
+        const bool hora = IgualSemCaixa(tabela, "SISTEMA") && IgualSemCaixa(coluna.nome, kUltimaAtualizacao);
+        const int campo = hora ? -1 : IndiceDoCampo(campos, coluna.nome);
+        if (hora || campo >= 0) destinos.push_back({coluna, campo});
+    }
+    return destinos;
+}
+
+std::string ComandoInsere(std::string_view tabela, const std::vector<TDestino>& destinos) {
+    std::vector<std::string> colunas, marcas;
+    for (const auto& destino : destinos) {
+        marcas.push_back(":p" + std::to_string(colunas.size()));
+        colunas.push_back(destino.coluna.nome);
+    }
+    return "insert into " + std::string(tabela) + " (" + Junta(colunas, ",") + ") values (" + Junta(marcas, ",") + ")";
+}
+
+/// Blobs go as they are: converting would bring their whole content into memory.
+TValor ParaColuna(const TValor& valor, TTipoDado tipo) {
+    const bool blob = tipo == TTipoDado::Blob || tipo == TTipoDado::Memo || tipo == TTipoDado::Bytes;
+    return blob ? valor : valor.Converte(tipo);
+}
+
+void InsereLinhas(TConnection& conexao, std::string_view tabela, const std::vector<TDestino>& destinos,
+                  const std::vector<TLinha>& linhas) {
+    if (linhas.empty()) return;
+    if (destinos.empty()) throw TErroPacote("nenhum campo do arquivo existe na tabela");
+    const auto comando = conexao.Prepara(ComandoInsere(tabela, destinos));
+    const TValor agora = Agora();
+    for (std::size_t n = 0; n < linhas.size(); ++n) {
+        try {
+            for (std::size_t i = 0; i < destinos.size(); ++i) {
+                const auto& [coluna, campo] = destinos[i];
+                comando->Atribui(
+                    i, ParaColuna(campo < 0 ? agora : linhas[n][static_cast<std::size_t>(campo)], coluna.tipo));
+            }
+            comando->Executa();
+        } catch (const std::exception& erro) {
+            throw TErroPacote("Registro " + std::to_string(n + 1) + ": " + erro.what());
+        }
+    }
+}
+
+/// Empties and refills the table in one transaction. True when every field of the file has its column.
+bool RecarregaTabela(TDataModulo& dm, const std::string& tabela, const std::filesystem::path& arquivo) {
+    const TTabelaEmMemoria dados = LePacote(arquivo).Tabela();
+    const auto& fisicas = dm.ColunasFisicas(tabela);
+    const auto destinos = Destinos(fisicas, dados.campos, tabela);
+    TConnection& conexao = dm.SQLConnection1;
+    {
+        const auto apaga = conexao.Prepara("DELETE FROM " + tabela);
+        TTransacao transacao(conexao);
+        apaga->Executa();
+        InsereLinhas(conexao, tabela, destinos, dados.linhas);
+        transacao.Commit();
+    }
+    return std::ranges::all_of(dados.campos, [&](const TCampo& campo) {
+        return std::ranges::any_of(fisicas, [&](const auto& fisica) { return IgualSemCaixa(fisica.nome, campo.nome); });
+    });
+}
+
+/// Reloads the files in turn, then merges what the customer added. Returns those that lacked table or columns; with
+/// `primeiraVez` false a missing table is an error.
+TArquivos Recarrega(TDataModulo& dm, const TArquivos& arquivos, bool primeiraVez) {
+    TArquivos adiados;
+    ITela& tela = dm.Tela();
+    tela.PbAtual().Define(0, static_cast<int>(arquivos.size()), 10, 0);
+    for (const auto& arquivo : arquivos) {
+        tela.ProcessaMensagens();
+        tela.PbAtual().Posicao(tela.PbAtual().Posicao() + 1);
+        if (DoDicionario(arquivo)) continue;
+        tela.LblAtual("Atualizando tabelas de sistema..." + NomeUtf8(arquivo));
+        try {
+            const std::string tabela = TabelaDoArquivo(arquivo);
+            const bool espera = primeiraVez && !dm.ExisteTabela(tabela);
+            if (espera || !RecarregaTabela(dm, tabela, arquivo)) adiados.push_back(arquivo);
+        } catch (const std::exception& erro) {
+            const std::string nome = NomeUtf8(arquivo);
+            tela.Memo2("Erro atualizando tabela de sistema " + nome + ": " + erro.what());
+            tela.SetLog(erro.what(), nome, "Atualizando tabelas de sistema");
+        }
+    }
+    dm.MesclaPesquisasELookups();
+    tela.PbAtual().Posicao(0);
+    tela.LblAtual("Parado.");
+    return adiados;
+}
+
+}  // namespace
+
+TArquivos AtualizaSistema(TDataModulo& dm, const TPastaDeTrabalho& pasta) {
+    return Recarrega(dm, pasta.Arquivos(".wkd"), true);
+}
+
+void RecarregaAdiados(TDataModulo& dm, const TArquivos& arquivos) {
+    if (!arquivos.empty()) Recarrega(dm, arquivos, false);
+}
+
+}  // namespace wkd
