@@ -10,21 +10,37 @@
 
 namespace wkd {
 
-void TClientDataSet::Open() {
-    if (provedor_.conexao) {
-        const auto consulta = provedor_.conexao->Prepara(provedor_.sql);
-        TTabelaEmMemoria tabela;
-        consulta->Abre();
-        tabela.campos = consulta->Campos();
-        while (consulta->Proximo()) {
-            TLinha& linha = tabela.linhas.emplace_back();
-            linha.reserve(tabela.campos.size());
-            for (std::size_t i = 0; i < tabela.campos.size(); ++i) linha.push_back(consulta->Valor(i));
-        }
-        Carrega(std::move(tabela));
+namespace {
+
+TTabelaEmMemoria LeTudo(TComando& consulta) {
+    TTabelaEmMemoria tabela;
+    consulta.Abre();
+    tabela.campos = consulta.Campos();
+    while (consulta.Proximo()) {
+        TLinha& linha = tabela.linhas.emplace_back();
+        linha.reserve(tabela.campos.size());
+        for (std::size_t i = 0; i < tabela.campos.size(); ++i) linha.push_back(consulta.Valor(i));
     }
+    return tabela;
+}
+
+}  // namespace
+
+void TClientDataSet::Open() {
+    if (provedor_.conexao) Carrega(LeTudo(*provedor_.conexao->Prepara(provedor_.sql)));
     ativo_ = true;
     First();
+}
+
+void TClientDataSet::Recarrega(std::string_view campo, const TValor& valor) {
+    if (!ativo_ || !provedor_.conexao) return;
+    Cancel();
+    const auto consulta = provedor_.conexao->Prepara(provedor_.sql + " where " + std::string(campo) + " = :pVALOR");
+    consulta->Atribui("pVALOR", valor);
+    TTabelaEmMemoria tabela = LeTudo(*consulta);
+    for (const TIdLinha id : std::vector(Indice(campo).Procura(ChaveDeValores({valor})))) linhas_.Esquece(id);
+    for (TLinha& linha : tabela.linhas) linhas_.Acrescenta(std::move(linha));
+    Invalida();
 }
 
 void TClientDataSet::Close() {

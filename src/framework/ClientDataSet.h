@@ -50,6 +50,9 @@ class TClientDataSet {
     /// Forgets rows and pending changes; definitions stay.
     void Close();
     bool Active() const { return ativo_; }
+    /// Reads again the rows whose field has this value, for what statements changed behind the dataset's back.
+    /// Pending changes of these rows are given up. Throws TErroBanco.
+    void Recarrega(std::string_view campo, const TValor& valor);
     /// Takes rows that came from a data packet; the dataset is then open.
     void Carrega(TTabelaEmMemoria tabela);
 

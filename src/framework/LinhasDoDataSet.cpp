@@ -24,11 +24,21 @@ const TIndiceDeLinhas& TLinhas::Indice(const std::vector<std::size_t>& campos) {
     return indice;
 }
 
-TIdLinha TLinhas::Inclui(TLinha linha) {
+TIdLinha TLinhas::Acrescenta(TLinha linha) {
     const auto id = static_cast<TIdLinha>(registros_.size());
     registros_.push_back({std::move(linha), nullptr, TSituacao::Intacta, 0});
-    Marca(id, TSituacao::Inserida);
     IncluiNosIndices(id);
+    return id;
+}
+
+void TLinhas::Esquece(TIdLinha id) {
+    ExcluiDosIndices(id);
+    Marca(id, TSituacao::Removida);
+}
+
+TIdLinha TLinhas::Inclui(TLinha linha) {
+    const TIdLinha id = Acrescenta(std::move(linha));
+    Marca(id, TSituacao::Inserida);
     return id;
 }
 

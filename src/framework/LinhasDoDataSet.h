@@ -35,6 +35,11 @@ class TLinhas {
     /// Index over these fields, built at its first use and kept up to date from then on.
     const TIndiceDeLinhas& Indice(const std::vector<std::size_t>& campos);
 
+    /// A row that is stored already.
+    TIdLinha Acrescenta(TLinha linha);
+    /// Takes a row out that is stored no more.
+    void Esquece(TIdLinha id);
+
     TIdLinha Inclui(TLinha linha);
     /// A row that becomes equal to what is stored is pending no more.
     void Altera(TIdLinha id, TLinha linha);
