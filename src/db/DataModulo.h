@@ -66,7 +66,8 @@ class TDataModulo {
     /// raises; `lugar` names the place in the report.
     void Commit(std::string_view lugar);
 
-    /// Replaces the table's "U_" columns in SATRIB by those of SATRIB_USER and copies its SARQUIVO_USER row.
+    /// Replaces the table's "U_" columns in SATRIB by those of SATRIB_USER and copies its SARQUIVO_USER row, in the
+    /// open transaction when there is one.
     void MesclaCamposPersonalizados(std::string_view tabela);
     /// Copies SPESQ_USER, SPESQAUX_USER and SLOOKUP_USER into their tables.
     void MesclaPesquisasELookups();

@@ -18,13 +18,29 @@ std::string ApagaCamposPersonalizados(TTipoBanco banco, const std::string& tabel
     }
 }
 
-/// Deletes and copies in one transaction. A failure is ignored: it leaves the rows as they were.
-void Mescla(TDataModulo& dm, const std::string& apaga, const TMescla& mescla) {
-    TConnection& conexao = dm.SQLConnection1;
+void ApagaECopia(TDataModulo& dm, const std::string& apaga, const TMescla& mescla) {
+    if (!apaga.empty()) dm.SQLConnection1.Prepara(apaga)->Executa();
+    dm.SQLConnection1.Prepara(ComandoDeMescla(dm, mescla))->Executa();
+}
+
+/// In the caller's transaction, back to where it was when the merge fails.
+void MesclaNaTransacao(TDataModulo& dm, const std::string& apaga, const TMescla& mescla) {
+    constexpr std::string_view kPonto = "MESCLA";
+    dm.SQLConnection1.MarcaPonto(kPonto);
     try {
-        TTransacao transacao(conexao);
-        if (!apaga.empty()) conexao.Prepara(apaga)->Executa();
-        conexao.Prepara(ComandoDeMescla(dm, mescla))->Executa();
+        ApagaECopia(dm, apaga, mescla);
+    } catch (const TErroBanco&) {
+        dm.SQLConnection1.VoltaAoPonto(kPonto);
+    }
+}
+
+/// Deletes and copies as one: in the caller's open transaction, else in one of its own. A failure is ignored: it
+/// leaves the rows as they were.
+void Mescla(TDataModulo& dm, const std::string& apaga, const TMescla& mescla) {
+    if (dm.SQLConnection1.InTransaction()) return MesclaNaTransacao(dm, apaga, mescla);
+    try {
+        TTransacao transacao(dm.SQLConnection1);
+        ApagaECopia(dm, apaga, mescla);
         transacao.Commit();
     } catch (const TErroBanco&) {
     }
