@@ -18,11 +18,12 @@ constexpr std::string_view kBom = "\xEF\xBB\xBF";
 std::string LeBytes(const std::filesystem::path& caminho) {
     std::error_code erro;
     if (!std::filesystem::exists(caminho, erro) && !erro) return {};
-    std::ifstream arquivo(caminho, std::ios::binary);
-    std::string bytes{std::istreambuf_iterator<char>(arquivo), {}};
-    if (!arquivo || std::filesystem::is_directory(caminho, erro))
+    std::ifstream arquivo;
+    if (!std::filesystem::is_directory(caminho, erro)) arquivo.open(caminho, std::ios::binary);
+    if (!arquivo.is_open())
         throw TErroConfiguracao("Não foi possível ler o arquivo \"" + caminho.string() +
                                 "\". Verifique se ele permite leitura.");
+    const std::string bytes{std::istreambuf_iterator<char>(arquivo), {}};
     if (bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF"))
         throw TErroConfiguracao("O arquivo \"" + caminho.string() + "\" está em UTF-16. Grave-o em UTF-8 ou ANSI.");
     return bytes;

@@ -54,4 +54,9 @@ std::string AjustaCriaTabela(std::string_view comando, TTipoBanco banco) {
     return Troca(Troca(comando, "BLOB", "IMAGE"), "TIMESTAMP", "datetime");
 }
 
+bool TabelaListadaNoOracle(std::string_view tabela) {
+    const std::string inicial = Maiusculas(tabela.substr(0, 1));
+    return !inicial.empty() && std::string_view("BCST").find(inicial) != std::string_view::npos;
+}
+
 }  // namespace wkd

@@ -20,4 +20,7 @@ std::string ChaveAlteraColuna(std::string_view coluna, TTipoBanco banco);
 /// On SQL Server every "BLOB" becomes "IMAGE" and every "TIMESTAMP" "datetime".
 std::string AjustaCriaTabela(std::string_view comando, TTipoBanco banco);
 
+/// Whether the table list of an Oracle user shows the table: its name begins with "B", "C", "S" or "T".
+bool TabelaListadaNoOracle(std::string_view tabela);
+
 }  // namespace wkd

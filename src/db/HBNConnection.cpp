@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "Dialeto.h"
 #include "Texto.h"
 
 namespace wkd {
@@ -121,9 +122,8 @@ std::vector<std::string> THBNConnection::TabelasDoUsuarioOracle() {
     comando->Abre();
     const auto campo = static_cast<std::size_t>(IndiceDoCampo(comando->Campos(), "TABLE_NAME"));
     while (comando->Proximo()) {
-        const std::string nome = comando->Valor(campo).ComoTexto();
-        const std::string inicial = Maiusculas(nome.substr(0, 1));
-        if (!inicial.empty() && std::string_view("BCST").find(inicial) != std::string_view::npos) nomes.push_back(nome);
+        std::string nome = comando->Valor(campo).ComoTexto();
+        if (TabelaListadaNoOracle(nome)) nomes.push_back(std::move(nome));
     }
     ExecuteDirect("commit");
     return nomes;
