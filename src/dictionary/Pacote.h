@@ -1,7 +1,10 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -9,23 +12,27 @@
 
 namespace wkd {
 
+class TTrava;
+
 /// A package or packet that cannot be used: message with file, place (offset or line) and cause.
 class TErroPacote : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// Working directory "AtualWkd" below the temporary directory, for the current user alone. Holds the lock file that
-/// keeps a second run out; both go with the object.
+/// Working directory "AtualWkd" below the temporary directory, for the current user alone. The lock file beside it,
+/// "AtualWkd.lock", keeps a second run out; both go with the object, the lock also with the process.
 class TPastaDeTrabalho {
   public:
-    /// Takes the lock. Throws TErroPacote when another run holds it, or when the name is a link or somebody else's.
+    /// Takes the lock and makes the directory, empty. Throws TErroPacote when another run holds the lock, or when
+    /// the name of either is a link or somebody else's.
     explicit TPastaDeTrabalho(const std::filesystem::path& temporaria = std::filesystem::temp_directory_path());
     ~TPastaDeTrabalho();
     TPastaDeTrabalho(const TPastaDeTrabalho&) = delete;
     TPastaDeTrabalho& operator=(const TPastaDeTrabalho&) = delete;
 
     const std::filesystem::path& Caminho() const { return caminho_; }
-    /// Removes the directory with its contents (errors ignored) and creates it anew.
+    /// Removes the directory with its contents (errors ignored) and creates it anew. Links inside are removed, not
+    /// followed. Throws TErroPacote when an empty directory cannot be had.
     void Recria();
 
     /// Files of that extension (".wkd", any letter case), by name in capitals.
@@ -35,20 +42,20 @@ class TPastaDeTrabalho {
 
   private:
     std::filesystem::path caminho_;
-    std::filesystem::path trava_;
-    int travaAberta_ = -1;
+    std::unique_ptr<TTrava> trava_;
 };
 
 struct TLimitesDoPacote {
     std::size_t entradas = 100'000;
-    std::uint64_t bytes = 4ULL << 30;        // extracted, all entries together
-    std::uint64_t razao = 200;               // extracted to packed, once more than `bytesLivres` are extracted
+    std::uint64_t bytes = 4ULL << 30;  // extracted, all entries together
+    std::uint64_t razao = 200;         // extracted to packed, once more than `bytesLivres` are extracted
     std::uint64_t bytesLivres = 256ULL << 20;
 };
 
-/// Extracts all entries into `destino`. Entries that would leave it (absolute, "..", links) are not extracted; their
-/// reports are returned. `progresso` gets 0 to 100. Throws TErroPacote when the file is no zip archive, is damaged
-/// or exceeds a limit.
+/// Extracts all entries into `destino`, sub-folders included. Entries that would leave it (absolute, "..", drive,
+/// link) are not extracted; their reports are returned. Of entries whose names differ in letter case alone the last
+/// one stays, reported too. `progresso` gets 0 to 100, by bytes. Throws TErroPacote when the file is no zip archive,
+/// is damaged or exceeds a limit, and when a file cannot be written.
 std::vector<std::string> ExtraiPacote(const std::filesystem::path& pacote, const std::filesystem::path& destino,
                                       const std::function<void(int)>& progresso, const TLimitesDoPacote& limites = {});
 

@@ -1,0 +1,162 @@
+#include <zip.h>
+
+#include <algorithm>
+#include <array>
+
+#include "ArquivoNovo.h"
+#include "Caminho.h"
+#include "DestinoDoPacote.h"
+#include "Pacote.h"
+
+namespace wkd {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::string_view kBaixeDeNovo = " Baixe o pacote de novo.";
+
+struct TDescartaZip {
+    void operator()(zip_t* zip) const { zip_discard(zip); }
+    void operator()(zip_file_t* arquivo) const { zip_fclose(arquivo); }
+};
+using TZip = std::unique_ptr<zip_t, TDescartaZip>;
+using TArquivoZip = std::unique_ptr<zip_file_t, TDescartaZip>;
+
+std::string CausaDaAbertura(int codigo) {
+    switch (codigo) {
+        case ZIP_ER_NOENT:
+            return "não existe. Informe o caminho do pacote de atualização.";
+        case ZIP_ER_OPEN:
+        case ZIP_ER_READ:
+        case ZIP_ER_SEEK:
+            return "não pôde ser lido. Verifique as permissões do arquivo.";
+        case ZIP_ER_NOZIP:
+            return "não é um arquivo zip, ou está incompleto." + std::string(kBaixeDeNovo);
+        default:
+            return "está danificado." + std::string(kBaixeDeNovo);
+    }
+}
+
+TZip AbreZip(const fs::path& pacote) {
+    const auto nome = "O pacote '" + TextoDoCaminho(pacote) + "' ";
+    std::error_code erro;
+    if (fs::is_directory(pacote, erro)) throw TErroPacote(nome + "é uma pasta. Informe o arquivo zip da atualização.");
+    int codigo = 0;
+    TZip zip(zip_open(TextoDoCaminho(pacote).c_str(), ZIP_RDONLY, &codigo));
+    if (!zip) throw TErroPacote(nome + CausaDaAbertura(codigo));
+    return zip;
+}
+
+/// One extraction: counts what comes out against the limits and tells the percentage.
+class TExtracao {
+  public:
+    TExtracao(const fs::path& pacote, const fs::path& destino, const std::function<void(int)>& progresso,
+              const TLimitesDoPacote& limites)
+        : pacote_(pacote),
+          progresso_(progresso),
+          limites_(limites),
+          zip_(AbreZip(pacote)),
+          empacotado_(std::max<std::uint64_t>(1, fs::file_size(pacote))),
+          destino_(destino, [this](std::string relato) { relatos_.push_back(std::move(relato)); }) {}
+
+    std::vector<std::string> Executa() {
+        Avisa(0);
+        const auto entradas = static_cast<zip_uint64_t>(zip_get_num_entries(zip_.get(), 0));
+        if (entradas > limites_.entradas)
+            Excede("tem " + std::to_string(entradas) + " arquivos; o limite é " + std::to_string(limites_.entradas));
+        for (zip_uint64_t i = 0; i < entradas; ++i) total_ = Soma(total_, Estado(i).size);
+        Confere(total_);
+        for (zip_uint64_t i = 0; i < entradas; ++i) Extrai(i);
+        Avisa(100);
+        return std::move(relatos_);
+    }
+
+  private:
+    static std::uint64_t Soma(std::uint64_t a, std::uint64_t b) { return a + b < a ? UINT64_MAX : a + b; }
+
+    [[noreturn]] void Excede(const std::string& causa) const {
+        throw TErroPacote("O pacote '" + TextoDoCaminho(pacote_) + "' " + causa +
+                          ". Confirme que é um pacote de atualização e baixe-o de novo.");
+    }
+
+    [[noreturn]] void Danificada(const std::string& nome, const char* causa) const {
+        throw TErroPacote("O pacote '" + TextoDoCaminho(pacote_) + "' está danificado na entrada '" + nome +
+                          "': " + causa + "." + std::string(kBaixeDeNovo));
+    }
+
+    zip_stat_t Estado(zip_uint64_t indice) const {
+        zip_stat_t estado;
+        zip_stat_init(&estado);
+        if (zip_stat_index(zip_.get(), indice, 0, &estado) != 0)
+            Danificada("nº " + std::to_string(indice + 1), zip_strerror(zip_.get()));
+        return estado;
+    }
+
+    void Confere(std::uint64_t bytes) const {
+        if (bytes > limites_.bytes)
+            Excede("descompactado passa do limite de " + std::to_string(limites_.bytes) + " bytes");
+        if (bytes > limites_.bytesLivres && bytes / limites_.razao > empacotado_)
+            Excede("descompactado passa de " + std::to_string(limites_.razao) + " vezes o seu tamanho");
+    }
+
+    void Extrai(zip_uint64_t indice) {
+        const auto estado = Estado(indice);
+        auto entrada = AnalisaNomeDeEntrada(estado.name);
+        zip_uint8_t sistema = 0;
+        zip_uint32_t atributos = 0;
+        if (zip_file_get_external_attributes(zip_.get(), indice, 0, &sistema, &atributos) == 0 &&
+            entrada.recusa.empty())
+            entrada.recusa = RecusaDoTipo(atributos);
+        if (!entrada.recusa.empty()) {
+            relatos_.push_back("Entrada do pacote recusada: '" + std::string(estado.name) + "' (" + entrada.recusa +
+                               ")");
+            return;
+        }
+        const auto lugar = destino_.Lugar(entrada, estado.name);
+        if (!lugar.empty() && !entrada.pasta) Copia(indice, estado.name, lugar);
+    }
+
+    void Copia(zip_uint64_t indice, const std::string& nome, const fs::path& lugar) {
+        TArquivoZip origem(zip_fopen_index(zip_.get(), indice, 0));
+        if (!origem) Danificada(nome, zip_strerror(zip_.get()));
+        TArquivoNovo arquivo(lugar);
+        for (;;) {
+            const auto lidos = zip_fread(origem.get(), bloco_.data(), bloco_.size());
+            if (lidos < 0) Danificada(nome, zip_file_strerror(origem.get()));
+            if (lidos == 0) break;
+            extraido_ += static_cast<std::uint64_t>(lidos);
+            Confere(extraido_);
+            arquivo.Grava({bloco_.data(), static_cast<std::size_t>(lidos)});
+            Avisa(static_cast<int>(std::min<std::uint64_t>(99, extraido_ * 100 / std::max<std::uint64_t>(1, total_))));
+        }
+        arquivo.Fecha();
+    }
+
+    void Avisa(int percentual) {
+        if (percentual <= avisado_) return;
+        avisado_ = percentual;
+        if (progresso_) progresso_(percentual);
+    }
+
+    const fs::path& pacote_;
+    const std::function<void(int)>& progresso_;
+    const TLimitesDoPacote& limites_;
+    TZip zip_;
+    std::uint64_t empacotado_;
+    TDestinoDoPacote destino_;
+    std::vector<std::string> relatos_;
+    std::array<char, 65536> bloco_;
+    std::uint64_t total_ = 0;
+    std::uint64_t extraido_ = 0;
+    int avisado_ = -1;
+};
+
+}  // namespace
+
+std::vector<std::string> ExtraiPacote(const fs::path& pacote, const fs::path& destino,
+                                      const std::function<void(int)>& progresso, const TLimitesDoPacote& limites) {
+    return TExtracao(pacote, destino, progresso, limites).Executa();
+}
+
+}  // namespace wkd
