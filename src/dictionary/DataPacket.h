@@ -1,7 +1,9 @@
 #pragma once
 
 #include <filesystem>
+#include <initializer_list>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Campo.h"
@@ -11,12 +13,15 @@ namespace wkd {
 
 /// Column of a data packet: the neutral field plus what its file form needs to be written again.
 struct TCampoPacote : TCampo {
-    std::string tipoXml;     // "i4", "string.uni", "bin.hex", ...
-    std::string subtipo;     // "Autoinc", "Money", "FixedChar", "Guid", "Text", "Binary", ...
+    std::string tipoXml;  // "i4", "string.uni", "bin.hex", ...
+    std::string subtipo;  // "Autoinc", "Money", "FixedChar", "Guid", "Text", "Binary", ...
     bool somenteLeitura = false;
     bool oculto = false;
     bool ligacao = false;
 };
+
+/// Packet column that holds every value of the neutral field: texts and memos as Unicode, integers of 64 bits.
+TCampoPacote CampoDePacote(const TCampo& campo);
 
 /// Client-dataset data packet: columns and visible rows.
 struct TDataPacket {
@@ -29,10 +34,18 @@ struct TDataPacket {
 enum class TFormaPacote { Xml, Binario };
 
 /// Reads a packet of either form, told apart by its first bytes. Every read is bounds-checked and memory stays in
-/// proportion to the file. Blobs longer than a few KB stay in the file (TConteudo) until they are read.
+/// proportion to the file. Blobs longer than 4 KB stay in the file (TConteudo) until they are read; reading them then
+/// throws TErroPacote when they are damaged. Texts of no declared character set are UTF-8 when valid, else
+/// Windows-1252. A decimal that does not fit TDecimal is its exact text.
 /// Throws TErroPacote naming file, offset or line, field and cause.
 TDataPacket LePacote(const std::filesystem::path& arquivo);
-/// Writes all rows as visible, unchanged rows. Throws TErroPacote.
+/// Writes all rows as visible, unchanged rows, into a new file that then takes the name. Times are kept to the
+/// millisecond; the XML form does not tell an empty blob from NULL. A field without `tipoXml` is written as
+/// CampoDePacote has it. Throws TErroPacote.
 void GravaPacote(const TDataPacket& pacote, const std::filesystem::path& arquivo, TFormaPacote forma);
+
+/// Throws TErroPacote naming the columns that the packet lacks, letter case ignored.
+void ExigeCampos(const TDataPacket& pacote, const std::filesystem::path& arquivo,
+                 std::initializer_list<std::string_view> campos);
 
 }  // namespace wkd

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ArquivoNovo.h"
+#include "DataPacket.h"
+#include "TiposPacote.h"
+
+namespace wkd {
+
+/// Packet file being written, under another name until it is complete: the old file may be the source of blobs.
+class TSaidaPacote {
+  public:
+    explicit TSaidaPacote(const std::filesystem::path& arquivo);
+    /// Removes what was not concluded.
+    ~TSaidaPacote();
+    TSaidaPacote(const TSaidaPacote&) = delete;
+    TSaidaPacote& operator=(const TSaidaPacote&) = delete;
+
+    TSaidaPacote& operator<<(std::string_view bytes);
+    void Conclui();
+
+    /// Throws TErroPacote with file, row (from 1) and field.
+    [[noreturn]] void Recusa(std::size_t linha, const TCampoPacote& campo, const std::string& causa) const;
+
+  private:
+    std::filesystem::path arquivo_;
+    std::filesystem::path novo_;
+    TArquivoNovo aberto_;
+    std::string bloco_;
+    bool concluido_ = false;
+};
+
+/// Writers of the two forms; every field has its `tipoXml`.
+void GravaXml(const std::vector<TCampoPacote>& campos, const std::vector<TLinha>& linhas, TSaidaPacote& saida);
+void GravaBinario(const std::vector<TCampoPacote>& campos, const std::vector<TLinha>& linhas, TSaidaPacote& saida);
+
+/// File type of a field. Throws TErroPacote when there is none of that name.
+const TTipoPacote& TipoParaGravar(const TCampoPacote& campo, const TSaidaPacote& saida);
+/// Signed or unsigned 64 bits of an integer value, checked against the field's size; std::range_error when it does
+/// not fit.
+std::uint64_t InteiroParaGravar(const TValor& valor, const TTipoPacote& tipo);
+
+}  // namespace wkd

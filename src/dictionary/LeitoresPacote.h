@@ -1,0 +1,14 @@
+#pragma once
+
+#include <memory>
+
+#include "DataPacket.h"
+#include "FontePacote.h"
+
+namespace wkd {
+
+/// Readers of the two forms. They leave the field names in the source and throw TErroPacote.
+TDataPacket LeBinario(const std::shared_ptr<TFontePacote>& fonte);
+TDataPacket LeXml(const std::shared_ptr<TFontePacote>& fonte);
+
+}  // namespace wkd
