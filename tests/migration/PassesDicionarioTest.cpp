@@ -1,0 +1,73 @@
+#include "DicionarioTabelas.h"
+#include "PassesApoio.h"
+
+namespace wkd {
+namespace {
+
+class PassesDicionarioTest : public TPassesTest {
+  protected:
+    PassesDicionarioTest() {
+        ExecutaTudo(
+            {"insert into SARQUIVO values ('1', 'TCLI', 1, 'Cadastro de clientes: ação')",
+             "insert into SARQUIVO values ('1', 'TPED', 1, null)",
+             "insert into SARQUIVO values ('2', 'TPED', 1, 'de outro módulo')",
+             "insert into SARQUIVO values ('1', 'D''AGUA', 1, 'fora do pacote')",
+             "insert into SARQUIVO values ('1', 'U_MEU', 1, '')", "insert into SARQUIVO values ('1', 'u_meu', 1, '')",
+             "insert into SATRIB (ARQUIVO, NOME, TIPO, DISCRIMINACAO) values ('TCLI', 'NOME', 'ftString', 'Nome')",
+             "insert into SATRIB (ARQUIVO, NOME, LOOKUP_ARQUIVO) values ('TCLI', 'COD', '')",
+             "insert into SATRIB (ARQUIVO, NOME, LOOKUP_ARQUIVO) values ('TCLI', 'CIDADE', 'TCID')",
+             "insert into TRBTABLE (TABLENAME, TABLEALIAS) values ('VELHA', 'Velha')",
+             "insert into TRBFIELD (TABLENAME, FIELDNAME) values ('VELHA', 'VELHO')"});
+        Pacote({"TCLI", "TPED"});
+    }
+
+    std::string Tabelas() { return Linhas("select * from TRBTABLE order by 1, 2"); }
+    std::string Campos() { return Linhas("select * from TRBFIELD order by 1, 2"); }
+};
+
+TEST_F(PassesDicionarioTest, TheReportDictionaryFollowsThePackage) {
+    dm_.SArquivoNovo.SetFilter("nome_arquivo = 'TCLI'");
+    Dicionario_tabelas(ctx_);
+    EXPECT_EQ(Linhas("select COD_MODULO, NOME_ARQUIVO from SARQUIVO order by 2"), "1|TCLI;1|TPED;1|U_MEU")
+        << "the filter hides tables, it does not take them out of the package";
+    EXPECT_EQ(Tabelas(), "TCLI|Cadastro de clientes: ação|<null>;TPED|TPED|<null>;U_MEU|U_MEU|<null>");
+    EXPECT_EQ(Campos(), "TCLI|COD|<null>|d|T|T|T|F|F;TCLI|NOME|Nome|dtString|T|T|T|F|F");
+    EXPECT_TRUE(tela_.log.empty());
+    EXPECT_EQ(tela_.atuais,
+              (std::vector<std::string>{"Dicionário de dados: Tabela...", "Dicionário de dados: Campos...", ""}));
+    EXPECT_EQ(tela_.geral.Maximo() + tela_.geral.Posicao(), 0);
+}
+
+TEST_F(PassesDicionarioTest, WithoutTheTextColumnTheNameStandsForIt) {
+    Executa("alter table SARQUIVO drop OBS");
+    Dicionario_tabelas(ctx_);
+    EXPECT_EQ(Linhas("select TABLENAME from TRBTABLE where TABLEALIAS = TABLENAME order by 1"), "TCLI;TPED;U_MEU");
+}
+
+TEST_F(PassesDicionarioTest, AnErrorIsOneReportAndTheTableKeepsItsRows) {
+    struct TCaso {
+        std::string comando, tabelas, campos;
+    };
+    const std::string feitas = "TCLI|Cadastro de clientes: ação|<null>;TPED|TPED|<null>;U_MEU|U_MEU|<null>";
+    const TCaso casos[] = {
+        {"alter table TRBFIELD add NAO_NULO integer default 1 not null check (NAO_NULO > 1)", feitas, "VELHA|VELHO"},
+        {"update SARQUIVO set OBS = 'Um texto que não cabe na coluna de cem caracteres da tabela do dicionário de "
+         "relatórios, nem de longe' where NOME_ARQUIVO = 'TPED'",
+         feitas, "VELHA|VELHO"},
+        {"drop table TRBTABLE", "", "VELHA|VELHO"},
+    };
+    for (const TCaso& caso : casos) {
+        tela_ = TTelaDeTeste();
+        Executa(caso.comando);
+        Dicionario_tabelas(ctx_);
+        ASSERT_EQ(tela_.log.size(), 1U) << caso.comando;
+        EXPECT_EQ(tela_.log[0].tabela + tela_.log[0].acao, "Inserindo dicionário de dados");
+        EXPECT_FALSE(tela_.log[0].mensagem.empty());
+        EXPECT_EQ(tela_.atuais.back(), "");
+        EXPECT_EQ(dm_.SQLConnection1.Colunas("TRBTABLE").empty() ? "" : Tabelas(), caso.tabelas) << caso.comando;
+        EXPECT_EQ(Linhas("select TABLENAME, FIELDNAME from TRBFIELD"), caso.campos) << caso.comando;
+    }
+}
+
+}  // namespace
+}  // namespace wkd
