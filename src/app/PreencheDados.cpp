@@ -1,7 +1,5 @@
 #include "PreencheDados.h"
 
-#include "UsuariosOnline.h"
-
 namespace wkd {
 
 namespace {
@@ -25,6 +23,7 @@ TDadosDoAlias PreencheDados(TDataModulo& dm, TEstado& estado, const std::string&
     Abre(dm, alias, dados);
     try {
         dados.numUsuarios = std::to_string(ContaUsuariosOnline(dm.SQLConnection1));
+        dados.usuarios = ListaUsuariosOnline(dm.SQLConnection1);
         dados.usuariosOnline = true;
     } catch (const std::exception&) {
         dados.numUsuarios = "-1 (Versão HBN3)";

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QString>
+
+#include "Tela.h"
+
+namespace wkd {
+
+/// What the window asks of the person in front of it and of the desktop. Paths are empty when cancelled.
+class IDialogos {
+  public:
+    virtual ~IDialogos() = default;
+
+    virtual void Informacao(const QString& texto) = 0;
+    /// True for Yes.
+    virtual bool Confirmacao(const QString& texto) = 0;
+    virtual TAcaoReconcilia Reconcilia(const QString& erro) = 0;
+
+    virtual QString ArquivoParaAbrir() = 0;
+    virtual QString ArquivoParaGravar(const QString& proposto) = 0;
+    /// A folder, which may be made in the dialog.
+    virtual QString Pasta(const QString& atual) = 0;
+    /// Opens the file with the desktop's own program.
+    virtual void Abre(const QString& arquivo) = 0;
+};
+
+}  // namespace wkd

@@ -1,0 +1,121 @@
+#include "EstiloAmetista.h"
+
+#include <QPainter>
+#include <QStyleOption>
+
+namespace wkd {
+
+namespace {
+
+constexpr QColor kFundo{0xF7, 0xF4, 0xFB};
+constexpr QColor kCampo{0xFF, 0xFF, 0xFF};
+constexpr QColor kTexto{0x2A, 0x1B, 0x3D};
+constexpr QColor kTextoApagado{0x6C, 0x61, 0x7C};
+constexpr QColor kBorda{0x8B, 0x72, 0xAB};
+constexpr QColor kBordaApagada{0xC9, 0xBC, 0xDB};
+constexpr QColor kSobre{0xEF, 0xE6, 0xF9};
+constexpr QColor kPressionado{0xDB, 0xCB, 0xEE};
+constexpr QColor kAmetistaClara{0x6E, 0x43, 0xA3};
+constexpr QColor kAmetistaEscura{0x47, 0x26, 0x70};
+
+bool Padrao(const QStyleOption* opcao) {
+    const auto* botao = qstyleoption_cast<const QStyleOptionButton*>(opcao);
+    return botao && botao->features.testFlag(QStyleOptionButton::DefaultButton) &&
+           botao->state.testFlag(QStyle::State_Enabled);
+}
+
+QColor FundoDoBotao(const QStyleOption* opcao) {
+    const QStyle::State estado = opcao->state;
+    const bool baixo = estado.testFlag(QStyle::State_Sunken) || estado.testFlag(QStyle::State_On);
+    const bool sobre = estado.testFlag(QStyle::State_MouseOver);
+    if (!estado.testFlag(QStyle::State_Enabled)) return kFundo;
+    if (Padrao(opcao)) return baixo ? kAmetistaEscura : sobre ? kAmetistaClara : kAmetista;
+    return baixo ? kPressionado : sobre ? kSobre : kCampo;
+}
+
+/// Rectangle with round corners; the border lies on whole pixels of the screen.
+void Caixa(QPainter* pintor, const QRect& area, const QColor& fundo, const QColor& borda, double espessura = 1) {
+    pintor->save();
+    pintor->setRenderHint(QPainter::Antialiasing);
+    pintor->setBrush(fundo);
+    pintor->setPen(QPen(borda, espessura));
+    const double meia = espessura / 2;
+    pintor->drawRoundedRect(QRectF(area).adjusted(meia, meia, -meia, -meia), 4, 4);
+    pintor->restore();
+}
+
+QColor Borda(const QStyleOption* opcao) {
+    if (!opcao->state.testFlag(QStyle::State_Enabled)) return kBordaApagada;
+    return opcao->state.testFlag(QStyle::State_HasFocus) ? kAmetista : kBorda;
+}
+
+double Espessura(const QStyleOption* opcao) {
+    return opcao->state.testFlag(QStyle::State_HasFocus) && opcao->state.testFlag(QStyle::State_Enabled) ? 2 : 1;
+}
+
+}  // namespace
+
+TEstiloAmetista::TEstiloAmetista() : QProxyStyle("Fusion") { setObjectName("Amethyst Kamri"); }
+
+QPalette TEstiloAmetista::standardPalette() const {
+    QPalette paleta(kTexto, kFundo);
+    paleta.setColor(QPalette::Base, kCampo);
+    paleta.setColor(QPalette::AlternateBase, kFundo);
+    paleta.setColor(QPalette::Text, kTexto);
+    paleta.setColor(QPalette::Button, kSobre);
+    paleta.setColor(QPalette::ButtonText, kTexto);
+    paleta.setColor(QPalette::PlaceholderText, kTextoApagado);
+    paleta.setColor(QPalette::ToolTipBase, kCampo);
+    paleta.setColor(QPalette::ToolTipText, kTexto);
+    paleta.setColor(QPalette::Link, kAmetista);
+    paleta.setColor(QPalette::Highlight, kAmetista);
+    paleta.setColor(QPalette::HighlightedText, kTextoSobreAmetista);
+    for (const auto papel : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        paleta.setColor(QPalette::Disabled, papel, kTextoApagado);
+    paleta.setColor(QPalette::Disabled, QPalette::Base, kFundo);
+    return paleta;
+}
+
+void TEstiloAmetista::drawPrimitive(PrimitiveElement elemento, const QStyleOption* opcao, QPainter* pintor,
+                                    const QWidget* controle) const {
+    switch (elemento) {
+        case PE_PanelButtonCommand:
+            Caixa(pintor, opcao->rect, FundoDoBotao(opcao), Padrao(opcao) ? kAmetistaEscura : Borda(opcao));
+            return;
+        case PE_FrameFocusRect:
+            if (qstyleoption_cast<const QStyleOptionFocusRect*>(opcao))
+                Caixa(pintor, opcao->rect, Qt::transparent, opcao->state.testFlag(State_Sunken) ? kCampo : kAmetista);
+            return;
+        case PE_PanelLineEdit:
+            if (const auto* quadro = qstyleoption_cast<const QStyleOptionFrame*>(opcao);
+                quadro && quadro->lineWidth > 0)
+                Caixa(pintor, opcao->rect, opcao->palette.color(QPalette::Base), Borda(opcao), Espessura(opcao));
+            return;
+        case PE_Frame:
+            Caixa(pintor, opcao->rect, Qt::transparent, Borda(opcao), Espessura(opcao));
+            return;
+        case PE_FrameGroupBox:
+            Caixa(pintor, opcao->rect, Qt::transparent, kBordaApagada);
+            return;
+        default:
+            QProxyStyle::drawPrimitive(elemento, opcao, pintor, controle);
+    }
+}
+
+void TEstiloAmetista::drawControl(ControlElement elemento, const QStyleOption* opcao, QPainter* pintor,
+                                  const QWidget* controle) const {
+    if (elemento == CE_PushButtonLabel && Padrao(opcao)) {
+        QStyleOptionButton claro = *qstyleoption_cast<const QStyleOptionButton*>(opcao);
+        claro.palette.setColor(QPalette::ButtonText, kTextoSobreAmetista);
+        QProxyStyle::drawControl(elemento, &claro, pintor, controle);
+        return;
+    }
+    QProxyStyle::drawControl(elemento, opcao, pintor, controle);
+}
+
+int TEstiloAmetista::pixelMetric(PixelMetric medida, const QStyleOption* opcao, const QWidget* controle) const {
+    if (medida == PM_DefaultFrameWidth) return 2;
+    return QProxyStyle::pixelMetric(medida, opcao, controle);
+}
+
+}  // namespace wkd

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QColor>
+#include <QProxyStyle>
+
+namespace wkd {
+
+inline constexpr QColor kVermelho{0xB0, 0x00, 0x20};
+inline constexpr QColor kAmetista{0x5E, 0x35, 0x8F};
+inline constexpr QColor kTextoSobreAmetista{0xFF, 0xFF, 0xFF};
+inline constexpr QColor kFaixaDosBotoes{0xE8, 0xDF, 0xF3};
+
+/// The program's look, "Amethyst Kamri": amethyst tones, flat buttons with round corners, a clear focus mark. Drawn
+/// with vectors, so it is as crisp as the screen is.
+class TEstiloAmetista : public QProxyStyle {
+  public:
+    TEstiloAmetista();
+
+    QPalette standardPalette() const override;
+    void drawPrimitive(PrimitiveElement elemento, const QStyleOption* opcao, QPainter* pintor,
+                       const QWidget* controle) const override;
+    void drawControl(ControlElement elemento, const QStyleOption* opcao, QPainter* pintor,
+                     const QWidget* controle) const override;
+    int pixelMetric(PixelMetric medida, const QStyleOption* opcao, const QWidget* controle) const override;
+};
+
+}  // namespace wkd

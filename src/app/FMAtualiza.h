@@ -1,0 +1,119 @@
+#pragma once
+
+#include <QDialog>
+#include <memory>
+#include <optional>
+
+#include "Ambiente.h"
+#include "CodigoDeSaida.h"
+#include "Contexto.h"
+#include "Navegacao.h"
+#include "Preferencias.h"
+#include "TelaDaJanela.h"
+
+class QLabel;
+class QPushButton;
+class QStackedWidget;
+
+namespace wkd {
+
+class TClienteHttp;
+class TPaginaAlias;
+class TPaginaAtualizacao;
+class TPaginaBackup;
+class TPaginaOpcoes;
+struct TDadosDoAlias;
+
+/// What the program was started with.
+struct TInicio {
+    std::string primeiro;                         // first argument; empty: none
+    std::optional<std::filesystem::path> pacote;  // second argument: run at once and close
+};
+
+/// What the window works with; all of it outlives the window.
+struct TMeios {
+    TAmbiente ambiente;
+    TLogDaExecucao& log;
+    TTelaDaJanela& tela;
+    IDialogos& dialogos;
+    TPreferencias& preferencias;
+};
+
+/// The wizard window: its pages, the way through them, and the start of the update run.
+class TFMAtualiza : public QDialog {
+    Q_OBJECT
+  public:
+    /// Makes the data module that it works with; the entry's stays alive beside it.
+    TFMAtualiza(TDataModulo& daEntrada, const TMeios& meios, TInicio inicio);
+    ~TFMAtualiza() override;
+
+    TCodigoDeSaida Codigo() const { return codigo_; }
+    TClienteHttp& Http() { return *http_; }
+
+  protected:
+    void showEvent(QShowEvent* evento) override;
+    void closeEvent(QCloseEvent* evento) override;
+    /// Escape.
+    void reject() override;
+
+  private:
+    // Making of the window
+    QWidget* Faixa();
+    QStackedWidget* Paginas();
+    QWidget* Botoes();
+    void Liga();
+
+    void FormShow();
+    void FormClose();
+    void LeArgumentos();
+    void RestauraPreferencias();
+    void GravaPreferencias();
+
+    // Alias
+    void PreencheDados();
+    TDadosDoAlias Preenche(const std::string& alias);
+    void AbreAliasPedido(const std::string& nome);
+
+    // Pages
+    void btProximoClick();
+    void btVoltarClick();
+    void MostraPagina(const TPasso& passo);
+    bool PacoteExiste();
+    void ReabreConexao();
+
+    // Run
+    void btAtualizarClick();
+    TCodigoDeSaida Executa();
+    void Conclui();
+    TOpcoes Opcoes() const;
+    void Button1Click();
+
+    void btSairClick();
+    void btLogClick();
+
+    TMeios meios_;
+    TInicio inicio_;
+    TClienteHttp* http_;
+    std::unique_ptr<TDataModulo> dm_;
+    TEstado estado_;
+    TNavegacao navegacao_;
+    std::string aliasAtual_;
+    bool mostrada_ = false;
+    bool executando_ = false;
+    TCodigoDeSaida codigo_ = TCodigoDeSaida::Sucesso;
+
+    QLabel* lblTitulo_;
+    QLabel* lblNovaVersao_;
+    QStackedWidget* ntAtualiza_;
+    TPaginaAlias* alias_;
+    TPaginaBackup* backup_;
+    TPaginaAtualizacao* atualizacao_;
+    TPaginaOpcoes* opcoes_;
+    TPaginaStatus* status_;
+    QPushButton* btSair_;
+    QPushButton* btProximo_;
+    QPushButton* btVoltar_;
+    QPushButton* btLog_;
+};
+
+}  // namespace wkd

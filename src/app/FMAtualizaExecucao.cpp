@@ -1,0 +1,79 @@
+// The update run as the window sees it.
+
+#include <QPushButton>
+#include <fstream>
+
+#include "Atualizacao.h"
+#include "FMAtualiza.h"
+#include "IndicesPrimarios.h"
+#include "PaginaAlias.h"
+#include "PaginaAtualizacao.h"
+#include "PaginaOpcoes.h"
+#include "TextoQt.h"
+
+namespace wkd {
+
+namespace {
+
+/// Log and rejected rows are kept in the program's folder: without it nothing is begun.
+bool PastaGravavel(const std::filesystem::path& pasta) {
+    const std::filesystem::path prova = pasta / "AtualizaWKD.prova";
+    const bool gravou = static_cast<bool>(std::ofstream(prova) << "prova" << std::flush);
+    std::error_code semErro;
+    std::filesystem::remove(prova, semErro);
+    return gravou;
+}
+
+}  // namespace
+
+void TFMAtualiza::btAtualizarClick() {
+    if (executando_) return;
+    for (QPushButton* botao : {btVoltar_, btProximo_, btSair_}) botao->setEnabled(false);
+    executando_ = true;
+    codigo_ = Executa();
+    executando_ = false;
+    meios_.tela.Descarrega();
+    if (codigo_ != TCodigoDeSaida::Encerrada) Conclui();
+}
+
+TCodigoDeSaida TFMAtualiza::Executa() {
+    if (!PastaGravavel(meios_.ambiente.pastaPrograma)) {
+        meios_.tela.Informacao("Sem permissão de gravação na pasta do programa, " +
+                               meios_.ambiente.pastaPrograma.string() +
+                               ", onde ficam o log e as linhas rejeitadas. Dê a permissão e rode de novo.");
+        return TCodigoDeSaida::Encerrada;
+    }
+    const TOpcoes opcoes = Opcoes();
+    const TFimDaAtualizacao fim = TAtualizacao(*dm_, opcoes, estado_).Executa();
+    if (fim == TFimDaAtualizacao::Encerrada) return TCodigoDeSaida::Encerrada;
+    return meios_.tela.HouveErro() ? TCodigoDeSaida::ComErros : TCodigoDeSaida::Sucesso;
+}
+
+void TFMAtualiza::Conclui() {
+    const bool assistida = !meios_.tela.Desassistida();
+    if (assistida) meios_.dialogos.Informacao("Atualização concluída com sucesso");
+    btSair_->setEnabled(true);
+    if (assistida && meios_.dialogos.Confirmacao("Deseja visualizar arquivo de log?")) btLogClick();
+    dm_->SQLConnection1.Close();
+}
+
+TOpcoes TFMAtualiza::Opcoes() const {
+    TOpcoes opcoes;
+    opcoes.alias = aliasAtual_;
+    opcoes.pacote = atualizacao_->Pacote();
+    opcoes_->Le(opcoes);
+    opcoes.usuariosOnline = estado_.usuariosOnline;
+    opcoes.desassistido = meios_.tela.Desassistida();
+    opcoes.marcaNaoCria = meios_.ambiente.marcaNaoCria;
+    opcoes.temporaria = meios_.ambiente.temporaria;
+    opcoes.pastaPrograma = meios_.ambiente.pastaPrograma;
+    return opcoes;
+}
+
+void TFMAtualiza::Button1Click() {
+    const TOpcoes opcoes = Opcoes();
+    TContexto ctx{*dm_, opcoes, estado_, {}, {}};
+    verificaIndicesPrimarios(ctx);
+}
+
+}  // namespace wkd

@@ -1,0 +1,110 @@
+// The way through the pages, and what the window does on arrival.
+
+#include <QApplication>
+#include <QLabel>
+#include <QPushButton>
+#include <QStackedWidget>
+
+#include "FMAtualiza.h"
+#include "PaginaAlias.h"
+#include "PaginaAtualizacao.h"
+#include "PaginaBackup.h"
+#include "PaginaOpcoes.h"
+#include "PreencheDados.h"
+#include "Texto.h"
+#include "TextoQt.h"
+
+namespace wkd {
+
+namespace {
+
+constexpr std::string_view kSemConexao =
+    "Não foi possível convetar ao banco, favor informar um alias válido ou verifique as configurações do mesmo";
+
+/// The pointer that tells of waiting, while a server is asked.
+class TEspera {
+  public:
+    TEspera() { QApplication::setOverrideCursor(Qt::WaitCursor); }
+    ~TEspera() { QApplication::restoreOverrideCursor(); }
+    TEspera(const TEspera&) = delete;
+    TEspera& operator=(const TEspera&) = delete;
+};
+
+}  // namespace
+
+void TFMAtualiza::PreencheDados() {
+    alias_->EscondeUsuarios();
+    const std::string escolhido = S(alias_->Alias());
+    if (!IgualSemCaixa(aliasAtual_, escolhido)) aliasAtual_ = escolhido;
+    Preenche(aliasAtual_);
+}
+
+TDadosDoAlias TFMAtualiza::Preenche(const std::string& alias) {
+    const TEspera espera;
+    TDadosDoAlias dados = wkd::PreencheDados(*dm_, estado_, alias);
+    if (!alias.empty()) alias_->Mostra(dados);
+    return dados;
+}
+
+void TFMAtualiza::AbreAliasPedido(const std::string& nome) {
+    aliasAtual_ = nome;
+    alias_->Escolhe(Q(nome));
+    const TDadosDoAlias dados = Preenche(nome);
+    if (dm_->SQLConnection1.Connected()) return;
+    codigo_ = TCodigoDeSaida::SemConexao;
+    meios_.tela.Informacao(kSemConexao);
+    if (meios_.tela.Desassistida() && !dados.erro.empty()) meios_.tela.Informacao(dados.erro);
+}
+
+void TFMAtualiza::btProximoClick() {
+    if (navegacao_.Pagina() == TPagina::Status) return btAtualizarClick();
+    if (navegacao_.Pagina() == TPagina::Atualizacao && !PacoteExiste()) return;
+    if (navegacao_.Pagina() == TPagina::Alias && !IgualSemCaixa(aliasAtual_, S(alias_->Alias()))) PreencheDados();
+    MostraPagina(navegacao_.Proximo());
+    btVoltar_->setEnabled(true);
+    if (navegacao_.Pagina() == TPagina::Backup) {
+        dm_->nomeAlias = S(alias_->Alias());
+        backup_->SetAlias(alias_->Alias());
+    } else if (navegacao_.Pagina() == TPagina::Opcoes) {
+        ReabreConexao();
+    } else if (navegacao_.Pagina() == TPagina::Status) {
+        btProximo_->setText("Atualizar");
+    }
+}
+
+void TFMAtualiza::btVoltarClick() {
+    btProximo_->setEnabled(true);
+    btProximo_->setText("&Próximo");
+    MostraPagina(navegacao_.Volta());
+    btVoltar_->setEnabled(navegacao_.Pagina() != TPagina::Alias);
+}
+
+void TFMAtualiza::MostraPagina(const TPasso& passo) {
+    ntAtualiza_->setCurrentIndex(static_cast<int>(passo.pagina));
+    if (passo.titulo) lblTitulo_->setText(Q(*passo.titulo));
+    QWidget* primeiro = ntAtualiza_->currentWidget()->focusProxy();
+    (primeiro ? primeiro : btProximo_)->setFocus();
+}
+
+bool TFMAtualiza::PacoteExiste() {
+    std::error_code semErro;
+    if (std::filesystem::is_regular_file(atualizacao_->Pacote(), semErro)) return true;
+    meios_.tela.Informacao("Arquivo de atualização não foi encontrado");
+    atualizacao_->Corrige();
+    return false;
+}
+
+/// The options page offers the tables as they are now.
+void TFMAtualiza::ReabreConexao() {
+    try {
+        const TEspera espera;
+        dm_->SQLConnection1.Close();
+        dm_->SQLConnection1.Open();
+        dm_->AtualizaListaDeTabelas();
+    } catch (const std::exception& erro) {
+        meios_.tela.Informacao(erro.what());
+    }
+    opcoes_->Oferece(dm_->ListaDeTabelas());
+}
+
+}  // namespace wkd

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QWidget>
+#include <string>
+#include <vector>
+
+class QLabel;
+class QLineEdit;
+class QTableWidget;
+
+namespace wkd {
+
+class TListaDeAlias;
+struct TDadosDoAlias;
+
+/// Page "alias": which database, and who is connected to it.
+class TPaginaAlias : public QWidget {
+    Q_OBJECT
+  public:
+    TPaginaAlias();
+
+    void Lista(const std::vector<std::string>& aliases, const QString& arquivoIni);
+    void Escolhe(const QString& alias);
+    /// Empty as long as none is chosen.
+    QString Alias() const;
+    void EscondeUsuarios();
+    void Mostra(const TDadosDoAlias& dados);
+
+  signals:
+    /// The list of aliases was closed or left.
+    void Escolhido();
+
+  private:
+    TListaDeAlias* edAlias_;
+    QLineEdit* edCaminhoBanco_;
+    QLabel* lblNumUsuarios_;
+    QTableWidget* gridUsuariosOnline_;
+};
+
+}  // namespace wkd

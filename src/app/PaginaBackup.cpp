@@ -1,0 +1,107 @@
+#include "PaginaBackup.h"
+
+#include <QCheckBox>
+#include <QGridLayout>
+#include <QHBoxLayout>
+
+#include "Controles.h"
+#include "Dialogos.h"
+#include "Restauracao.h"
+#include "TextoQt.h"
+
+namespace wkd {
+
+TPaginaBackup::TPaginaBackup(const TAliases& aliases, std::filesystem::path pastaPrograma, IDialogos& dialogos)
+    : aliases_(aliases),
+      pastaPrograma_(std::move(pastaPrograma)),
+      dialogos_(dialogos),
+      edCaminhoBackup_(Edicao("edCaminhoBackup", "Pasta de backup")),
+      edServerRest_(Edicao("edServerRest", "Servidor", "LocalHost")),
+      edBancoRest_(Edicao("edBancoRest", "Caminho do Banco de Dados", "c:\\hbn\\dados\\rst\\hbn.fdb")),
+      edRelatoriosBkp_(Edicao("edRelatoriosBkp", "Salvar Relatórios em")),
+      cbRestaurar_(Nomeia(new QCheckBox("Restaurar na base original"), "cbRestaurar")),
+      btExecutaBackup_(Botao("btExecutaBackup", "Fazer Backup")),
+      btRestauraBackup_(Botao("btRestauraBackup", "Restaurar Backup")) {
+    btExecutaBackup_->setEnabled(false);
+    btRestauraBackup_->setEnabled(false);
+    setFocusProxy(edCaminhoBackup_);
+
+    auto* linhas = new QVBoxLayout(this);
+    linhas->setSpacing(4);
+    linhas->addWidget(
+        Cabecalho("É obrigatório que faça  o backup e depois restaure para certificar de que o banco esteja "
+                  "sem problema algum antes que seja atualizado."));
+    linhas->addWidget(Destino());
+    linhas->addWidget(Restaurar());
+    linhas->addWidget(Relatorios());
+    auto* botoes = new QHBoxLayout;
+    auto* button2 = Botao("Button2", "Restaurar Padrões");
+    for (QPushButton* botao : {btExecutaBackup_, btRestauraBackup_, button2}) botoes->addWidget(botao);
+    botoes->addStretch();
+    linhas->addLayout(botoes);
+
+    connect(cbRestaurar_, &QCheckBox::toggled, this, &TPaginaBackup::cbRestaurarClick);
+    connect(button2, &QPushButton::clicked, this, &TPaginaBackup::Button2Click);
+    connect(btRestauraBackup_, &QPushButton::clicked, this, [] { RestauraBackup({}); });
+}
+
+QWidget* TPaginaBackup::Destino() {
+    auto* grupo = new QGroupBox("Destino do Backup");
+    auto* linha = new QHBoxLayout(grupo);
+    auto* escolhe = Reticencias("SpeedButton4", "Escolher a pasta de backup");
+    linha->addWidget(new QLabel("Pasta de backup"));
+    linha->addWidget(edCaminhoBackup_);
+    linha->addWidget(escolhe);
+    connect(escolhe, &QPushButton::clicked, this, &TPaginaBackup::SpeedButton4Click);
+    return grupo;
+}
+
+QWidget* TPaginaBackup::Restaurar() {
+    auto* grupo = new QGroupBox("Restaurar em:");
+    auto* linhas = new QGridLayout(grupo);
+    linhas->addWidget(new QLabel("Servidor"), 0, 0);
+    linhas->addWidget(edServerRest_, 0, 1);
+    linhas->addWidget(cbRestaurar_, 0, 2);
+    linhas->addWidget(new QLabel("Caminho do Banco de Dados"), 1, 0);
+    linhas->addWidget(edBancoRest_, 1, 1, 1, 2);
+    return grupo;
+}
+
+QWidget* TPaginaBackup::Relatorios() {
+    auto* grupo = new QGroupBox("Salvar Relatórios em:");
+    auto* linha = new QHBoxLayout(grupo);
+    auto* escolhe = Reticencias("SpeedButton5", "Escolher o arquivo do backup dos relatórios");
+    linha->addWidget(edRelatoriosBkp_);
+    linha->addWidget(escolhe);
+    connect(escolhe, &QPushButton::clicked, this, &TPaginaBackup::SpeedButton5Click);
+    return grupo;
+}
+
+void TPaginaBackup::MostraDestino(bool naBaseOriginal) {
+    const TDestinoDaRestauracao destino = DestinoDaRestauracao(aliases_, S(alias_), naBaseOriginal);
+    edBancoRest_->setText(Q(destino.banco));
+    edServerRest_->setText(Q(destino.servidor));
+}
+
+void TPaginaBackup::cbRestaurarClick(bool marcado) {
+    MostraDestino(marcado);
+    btRestauraBackup_->setEnabled(marcado);
+    btExecutaBackup_->setEnabled(!marcado);
+}
+
+void TPaginaBackup::Button2Click() {
+    MostraDestino(false);
+    edRelatoriosBkp_->setText(QCaminho(ArquivoPadraoDosRelatorios(pastaPrograma_, Agora())));
+}
+
+void TPaginaBackup::SpeedButton4Click() {
+    const QString pasta = dialogos_.Pasta(edCaminhoBackup_->text());
+    if (!pasta.isEmpty()) edCaminhoBackup_->setText(pasta);
+}
+
+void TPaginaBackup::SpeedButton5Click() {
+    const QString arquivo = dialogos_.ArquivoParaGravar(Q(NomePropostoDosRelatorios(Agora())));
+    if (!arquivo.isEmpty()) edRelatoriosBkp_->setText(arquivo);
+}
+
+}  // namespace wkd

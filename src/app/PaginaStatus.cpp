@@ -1,0 +1,114 @@
+#include "PaginaStatus.h"
+
+#include <QGridLayout>
+#include <QProgressBar>
+#include <QSaveFile>
+#include <QTextBlock>
+
+#include "Controles.h"
+#include "Dialogos.h"
+#include "EstiloAmetista.h"
+
+namespace wkd {
+
+namespace {
+
+QLabel* RotuloDeAndamento(const char* nome, const QString& texto) {
+    auto* rotulo = Nomeia(new QLabel(texto), nome);
+    rotulo->setTextFormat(Qt::PlainText);
+    rotulo->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);  // a long name does not widen the window
+    return rotulo;
+}
+
+QProgressBar* Barra(const char* nome, const QString& lida) {
+    auto* barra = Nomeia(new QProgressBar, nome, lida);
+    barra->setValue(0);
+    return barra;
+}
+
+}  // namespace
+
+TPaginaStatus::TPaginaStatus(IDialogos& dialogos)
+    : dialogos_(dialogos),
+      memo1_(Nomeia(new TMemoDeLinhas, "Memo1", "Status da Atualização")),
+      memo2_(Nomeia(new TMemoDeLinhas, "Memo2", "Erros")),
+      memoLog_(Nomeia(new QPlainTextEdit(this), "MemoLog", "Log")),
+      lblAtual_(RotuloDeAndamento("lblAtual", "Atual")),
+      lblGeral_(RotuloDeAndamento("lblGeral", "Geral.")),
+      pbAtual_(Barra("pbAtual", "Andamento da etapa atual")),
+      pbGeral_(Barra("pbGeral", "Andamento geral")) {
+    auto* btAtualizar = Botao("btAtualizar", "Atualizar ");
+    auto* button1 = Botao("Button1", "Verificar índice primário");
+    for (QWidget* escondido : std::initializer_list<QWidget*>{memoLog_, btAtualizar, button1}) escondido->hide();
+    memoLog_->setUndoRedoEnabled(false);
+
+    auto* linhas = new QVBoxLayout(this);
+    linhas->setSpacing(4);
+    linhas->addWidget(Cabecalho("Status da Atualização"));
+    linhas->addWidget(memo1_, 3);
+    linhas->addWidget(Erros(), 2);
+    linhas->addWidget(Andamento());
+    linhas->addWidget(btAtualizar);
+    linhas->addWidget(button1);
+
+    connect(btAtualizar, &QPushButton::clicked, this, &TPaginaStatus::Atualizar);
+    connect(button1, &QPushButton::clicked, this, &TPaginaStatus::VerificarIndices);
+}
+
+QWidget* TPaginaStatus::Erros() {
+    QFont negrito = memo2_->font();
+    negrito.setBold(true);
+    memo2_->setFont(negrito);
+    QPalette vermelha = memo2_->palette();
+    vermelha.setColor(QPalette::Text, kVermelho);
+    memo2_->setPalette(vermelha);
+
+    auto* salva = Botao("SpeedButton2", "Salvar", "Salvar a lista de erros em um arquivo");
+    connect(salva, &QPushButton::clicked, this, &TPaginaStatus::SpeedButton2Click);
+
+    auto* parte = new QWidget;
+    auto* linhas = new QGridLayout(parte);
+    linhas->setContentsMargins(0, 0, 0, 0);
+    linhas->setVerticalSpacing(4);
+    linhas->addWidget(Cabecalho("Erros"), 0, 0);
+    linhas->addWidget(salva, 0, 1);
+    linhas->addWidget(memo2_, 1, 0, 1, 2);
+    linhas->setColumnStretch(0, 1);
+    return parte;
+}
+
+QWidget* TPaginaStatus::Andamento() {
+    auto* parte = new QWidget;
+    auto* linhas = new QGridLayout(parte);
+    linhas->setContentsMargins(0, 0, 0, 0);
+    linhas->setVerticalSpacing(4);
+    linhas->addWidget(lblAtual_, 0, 0);
+    linhas->addWidget(pbAtual_, 0, 1);
+    linhas->addWidget(lblGeral_, 1, 0);
+    linhas->addWidget(pbGeral_, 1, 1);
+    linhas->setColumnStretch(0, 1);
+    linhas->setColumnStretch(1, 1);
+    return parte;
+}
+
+void TPaginaStatus::MostraLog(const QString& texto) {
+    const QString mostrado = memoLog_->toPlainText();
+    if (texto.endsWith(mostrado))
+        QTextCursor(memoLog_->document()).insertText(texto.left(texto.size() - mostrado.size()));
+    else
+        memoLog_->setPlainText(texto);
+}
+
+void TPaginaStatus::SpeedButton2Click() {
+    const QString nome = dialogos_.ArquivoParaGravar("AtualizaQueryErro.log");
+    if (nome.isEmpty()) return;
+    memo2_->Descarrega();
+    QString texto = memo2_->toPlainText().replace("\n", "\r\n");
+    if (!texto.isEmpty()) texto += "\r\n";
+    QSaveFile arquivo(nome);
+    const QByteArray bytes = texto.toUtf8();
+    if (!arquivo.open(QIODevice::WriteOnly) || arquivo.write(bytes) != bytes.size() || !arquivo.commit())
+        dialogos_.Informacao("Não foi possível gravar " + nome + ": " + arquivo.errorString());
+}
+
+}  // namespace wkd

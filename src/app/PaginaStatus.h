@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QWidget>
+
+#include "MemoDeLinhas.h"
+
+class QGroupBox;
+class QLabel;
+class QProgressBar;
+
+namespace wkd {
+
+class IDialogos;
+
+/// Page "status": what the run does, its errors, its progress, and out of sight the run log.
+class TPaginaStatus : public QWidget {
+    Q_OBJECT
+  public:
+    explicit TPaginaStatus(IDialogos& dialogos);
+
+    TMemoDeLinhas& Memo1() { return *memo1_; }
+    TMemoDeLinhas& Memo2() { return *memo2_; }
+    QLabel& LblAtual() { return *lblAtual_; }
+    QLabel& LblGeral() { return *lblGeral_; }
+    QProgressBar& PbAtual() { return *pbAtual_; }
+    QProgressBar& PbGeral() { return *pbGeral_; }
+    /// Shows the text of the run log; one that only grew at its top is completed there.
+    void MostraLog(const QString& texto);
+
+  signals:
+    void Atualizar();
+    void VerificarIndices();
+
+  private:
+    QWidget* Erros();
+    QWidget* Andamento();
+    void SpeedButton2Click();
+
+    IDialogos& dialogos_;
+    TMemoDeLinhas* memo1_;
+    TMemoDeLinhas* memo2_;
+    QPlainTextEdit* memoLog_;
+    QLabel* lblAtual_;
+    QLabel* lblGeral_;
+    QProgressBar* pbAtual_;
+    QProgressBar* pbGeral_;
+};
+
+}  // namespace wkd
