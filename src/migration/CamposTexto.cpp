@@ -1,0 +1,132 @@
+#include "CamposTexto.h"
+
+#include <algorithm>
+#include <array>
+#include <stdexcept>
+#include <vector>
+
+#include "Rejeitados.h"
+#include "TBComandos.h"
+#include "Texto.h"
+#include "Tini.h"
+#include "WKDQuery.h"
+
+namespace wkd {
+
+namespace {
+
+constexpr int kLargura = 1998;
+constexpr std::string_view kTemporaria = "CAMPO_MIGRA_WKD";
+
+struct TColunaLonga {
+    std::string tabela, nome;
+};
+
+std::vector<TColunaLonga> ColunasLongas(TContexto& ctx) {
+    std::vector<TColunaLonga> colunas;
+    TWKDQuery q(ctx.Conexao(), "select arquivo,nome,tamanho from satrib where tipo = 'ftString' and tamanho >= 2000");
+    for (q.Open(); !q.Eof(); q.Next())
+        colunas.push_back({std::string(AparaFim(q.Texto("arquivo"))), std::string(AparaFim(q.Texto("nome")))});
+    return colunas;
+}
+
+/// The statements that move a column through the temporary one, the dictionary's last.
+std::array<std::string, 7> Comandos(const TColunaLonga& coluna, TTipoBanco banco) {
+    const std::string &a = coluna.tabela, &n = coluna.nome;
+    const std::string dicionario =
+        "update satrib set tamanho = 1988 where arquivo = " + Aspas(a) + " and nome = " + Aspas(n);
+    if (banco == TTipoBanco::tbSQLServer)
+        return {"alter table " + a + " add  CAMPO_MIGRA_WKD NVARCHAR(1998)",
+                "update " + a + " set CAMPO_MIGRA_WKD = substring(" + n + ",1,1998)",
+                "alter table " + a + " drop column " + n,
+                "alter table " + a + " add  " + n + " NVARCHAR(1998)",
+                "update  " + a + " set  " + n + " = CAMPO_MIGRA_WKD",
+                "alter table  " + a + " drop column  CAMPO_MIGRA_WKD",
+                dicionario};
+    return {"alter table " + a + " add CAMPO_MIGRA_WKD VARCHAR(1998);",
+            "update " + a + " set CAMPO_MIGRA_WKD = substring(" + n + " from 1 for 1998);",
+            "alter table " + a + " drop " + n + ";",
+            "alter table " + a + " add  " + n + " VARCHAR(1998);",
+            "update  " + a + " set  " + n + " = CAMPO_MIGRA_WKD;",
+            "alter table  " + a + " drop CAMPO_MIGRA_WKD;",
+            dicionario + ";"};
+}
+
+bool EmConversao(TContexto& ctx, const TColunaLonga& coluna) {
+    return ctx.dm.VerificaExisteCampo(coluna.tabela, kTemporaria);
+}
+
+/// Number of the first statement to run, from 1; 0 for a column that is not physical. Goes by what an interrupted
+/// conversion has left.
+int PrimeiroComando(TContexto& ctx, const TColunaLonga& coluna) {
+    const TColunaFisica* fisica = ColunaDeNome(ctx.dm.ColunasFisicas(coluna.tabela), coluna.nome);
+    if (!EmConversao(ctx, coluna)) return fisica ? 1 : 0;
+    if (!fisica) return 4;
+    if (fisica->tamanho != kLargura) return 2;
+    // A column of that width from before the conversion still holds what the temporary one does not.
+    const auto soNela = ContaRegistros(ctx.Conexao(), "select count(*) as total from " + coluna.tabela + " where " +
+                                                          coluna.nome + " is not null and CAMPO_MIGRA_WKD is null");
+    return soNela > 0 ? 2 : 5;
+}
+
+/// Keeps the texts that the conversion is about to cut.
+void GuardaCortados(TContexto& ctx, const TColunaLonga& coluna) {
+    const bool sqlServer = ctx.Banco() == TTipoBanco::tbSQLServer;
+    const std::vector<std::string> chave = ctx.Conexao().ChavePrimaria(coluna.tabela).colunas;
+    std::vector<std::string> lidas = chave;
+    lidas.push_back(coluna.nome);
+    const std::string longos = sqlServer ? "len(" + coluna.nome + " + 'x') > 1999"
+                                         : "char_length(" + coluna.nome + ") > " + std::to_string(kLargura);
+    TWKDQuery q(ctx.Conexao(), "select " + Junta(lidas, ",") + " from " + coluna.tabela + " where " + longos);
+    TRejeitados rejeitados(ctx, coluna.tabela, "AjustaCamposStringMaior2000");
+    for (q.Open(); !q.Eof(); q.Next()) {
+        TPares valores;
+        for (const auto& nome : chave) valores.emplace_back(nome, q.Campo(nome));
+        const std::string erro = "texto cortado em " + std::to_string(kLargura) + " caracteres";
+        if (!rejeitados.Valor(valores, erro, coluna.nome, q.Campo(coluna.nome)))
+            throw std::runtime_error("A coluna " + coluna.nome + " da tabela " + coluna.tabela +
+                                     " não foi ajustada: os textos cortados não puderam ser guardados");
+    }
+}
+
+void Ajusta(TContexto& ctx, const TColunaLonga& coluna) {
+    const int primeiro = PrimeiroComando(ctx, coluna);
+    if (primeiro == 0) return;
+    if (primeiro <= 2) GuardaCortados(ctx, coluna);
+    const auto comandos = Comandos(coluna, ctx.Banco());
+    for (std::size_t i = static_cast<std::size_t>(primeiro) - 1; i < comandos.size(); ++i) {
+        ctx.dm.EsqueceColunas(coluna.tabela);
+        ctx.Conexao().ExecuteDirect(comandos[i]);
+    }
+    ctx.dm.EsqueceColunas(coluna.tabela);
+}
+
+}  // namespace
+
+void AjustaCamposStringMaior2000(TContexto& ctx) {
+    auto colunas = ColunasLongas(ctx);
+    // A column that an interrupted conversion has dropped owns what is in the temporary one: it goes first.
+    std::ranges::stable_partition(colunas, [&](const TColunaLonga& coluna) {
+        return EmConversao(ctx, coluna) && !ctx.dm.VerificaExisteCampo(coluna.tabela, coluna.nome);
+    });
+    for (const auto& coluna : colunas) Ajusta(ctx, coluna);
+}
+
+void AtualizaCamposVarCharparaNvarChar(TContexto& ctx) {
+    constexpr std::string_view kSecao = "HBN4", kChave = "VARCHAR_NVARCAR";
+    if (ctx.Banco() != TTipoBanco::tbSQLServer || LeParametro(kSecao, kChave, "NAO", &ctx.Conexao()) == "SIM") return;
+
+    const std::array<std::string, 3> tabelas = {"TSAIDA_FATURADO", "TSAIDA_FATURADO_INDU", "TSAIDA_FATURADO_INDU_PA"};
+    TTB& tb = ctx.dm.Atualiza;
+    for (const auto& tabela : tabelas) {
+        tb.ApagaInidices(tabela, true);
+        tb.ApagaInidices(tabela, false);
+        ctx.Conexao().ExecuteDirect("ALTER TABLE " + tabela + " ALTER COLUMN COD_INTERNO nvarchar(25) not null");
+        ctx.dm.EsqueceColunas(tabela);
+    }
+    for (const auto& tabela : tabelas)
+        if (!tb.CriaIndicePrimario(tabela, false)) throw std::runtime_error(tb.Erro());
+    GravaParametro(kSecao, kChave, "SIM", &ctx.Conexao());
+}
+
+}  // namespace wkd
