@@ -105,7 +105,7 @@ class TClientDataSet {
     /// are pending no more when all went well; after an error all stay pending (the caller rolls back), but for those
     /// undone by the answer Cancela.
     int ApplyUpdates(int maximoErros);
-    /// Undoes pending changes.
+    /// Undoes pending changes; the cursor stays on its row when that is still there.
     void CancelUpdates();
 
     /// Called with the server's text for each change that failed.
@@ -137,6 +137,7 @@ class TClientDataSet {
     TIdLinha ExigeLinha() const;
     void ExigeRequeridos() const;
     void GravaEdicao();
+    void Desfaz(const std::vector<TIdLinha>& ids);
     int Envia(int maximoErros);
     TAcaoReconcilia Reconcilia(std::string_view erro) const;
 

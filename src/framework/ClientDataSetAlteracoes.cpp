@@ -1,4 +1,5 @@
 // Editing of TClientDataSet, and sending of its pending changes.
+#include <algorithm>
 #include <stdexcept>
 
 #include "ClientDataSet.h"
@@ -55,8 +56,19 @@ int TClientDataSet::ApplyUpdates(int maximoErros) {
 
 void TClientDataSet::CancelUpdates() {
     Cancel();
-    linhas_.DesfazTudo();
+    Desfaz(linhas_.Pendentes());
+}
+
+/// The cursor stays on its row, or where an inserted one was, so a loop over the rows goes on behind one that failed.
+void TClientDataSet::Desfaz(const std::vector<TIdLinha>& ids) {
+    const auto atual = LinhaAtual();
+    const std::size_t posicao = posicao_;
+    for (TIdLinha id : ids) linhas_.Desfaz(id);
     Invalida();
+    Sincroniza();
+    if (!atual || visao_.Total() == 0) return;
+    const auto lugar = linhas_.Existe(*atual) ? visao_.Posicao(linhas_, *atual) : std::nullopt;
+    posicao_ = lugar.value_or(std::min(posicao, visao_.Total() - 1));
 }
 
 TIdLinha TClientDataSet::ExigeLinha() const {
@@ -110,10 +122,7 @@ int TClientDataSet::Envia(int maximoErros) {
         }
         ++erros;
         const TAcaoReconcilia acao = Reconcilia(erro);
-        if (acao == TAcaoReconcilia::Cancela) {
-            linhas_.Desfaz(id);
-            Invalida();
-        }
+        if (acao == TAcaoReconcilia::Cancela) Desfaz({id});
         if (acao == TAcaoReconcilia::Aborta || (maximoErros >= 0 && erros > maximoErros)) break;
     }
     return erros;

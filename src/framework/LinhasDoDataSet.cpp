@@ -75,10 +75,6 @@ void TLinhas::Desfaz(TIdLinha id) {
     IncluiNosIndices(id);
 }
 
-void TLinhas::DesfazTudo() {
-    for (TIdLinha id : Pendentes()) Desfaz(id);
-}
-
 void TLinhas::Confirma() {
     for (TIdLinha id : Pendentes()) {
         registros_[id].original.reset();

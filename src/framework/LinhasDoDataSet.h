@@ -50,7 +50,6 @@ class TLinhas {
     std::vector<TIdLinha> Pendentes() const;
     /// The row as it is stored; an inserted one is removed.
     void Desfaz(TIdLinha id);
-    void DesfazTudo();
     /// What was pending is stored now.
     void Confirma();
 

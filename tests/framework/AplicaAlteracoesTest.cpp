@@ -156,6 +156,22 @@ TEST_F(AplicaAlteracoes, EmTransacaoGravaTudoOuNada) {
     }
 }
 
+TEST_F(AplicaAlteracoes, LacoQueGravaLinhaALinhaPassaPelaQueFalha) {
+    conexao.aoExecutar = [](const std::string& sql) -> std::int64_t {
+        if (sql.find("|b]") != std::string::npos) throw TConexaoGravada::Erro("recusado");
+        return 1;
+    };
+    std::string gravadas;
+    int voltas = 0;
+    for (dados.First(); !dados.Eof() && voltas < 9; dados.Next(), ++voltas) {
+        dados.Edit();
+        dados.SetValor("V", "nova");
+        dados.Post();
+        gravadas += AplicaEmTransacao(dados) ? dados.Texto("K1") : "-";
+    }
+    EXPECT_EQ(gravadas, "a-c");
+}
+
 TEST_F(AplicaAlteracoes, ErroQueNaoEhDoBancoDesfazATransacaoEPassaAdiante) {
     conexao.aoExecutar = [](const std::string&) -> std::int64_t { throw std::runtime_error("fim do processo"); };
     Muda("a", "V", "1");

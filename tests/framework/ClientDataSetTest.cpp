@@ -70,6 +70,8 @@ TEST_F(ClientDataSet, MudancaNoMestreMudaODetalhe) {
     tabelas.Delete();
     EXPECT_EQ(tabelas.Texto("NOME_ARQUIVO"), "TPED");
     tabelas.CancelUpdates();
+    EXPECT_EQ(tabelas.Texto("NOME_ARQUIVO"), "TPED") << "o cursor fica na sua linha";
+    tabelas.First();
     EXPECT_EQ(Lista(novas, "NOME"), "COD NOME");
 }
 
