@@ -15,6 +15,9 @@ namespace {
 
 using TModo = TTransacaoFirebird::TModo;
 
+/// A blob of at most so many bytes goes along with its row; all parameters together have 64 KB.
+constexpr std::size_t kBlobCurto = 1024;
+
 /// Bytes in memory as a stream.
 class TLeitorDeTexto : public TLeitorBytes {
   public:
@@ -103,8 +106,10 @@ void TComandoFirebird::DescreveParametros() {
     if (entrada_.Quantos() != analise_.posicoes.size())
         throw std::invalid_argument("o comando tem parâmetros sem nome: " + sql_);
     posicoes_.resize(entrada_.Quantos());
-    for (std::size_t i = 0; i < posicoes_.size(); ++i)
+    for (std::size_t i = 0; i < posicoes_.size(); ++i) {
         PreparaParametro(entrada_.Var(i), posicoes_[i].memoria, posicoes_[i].nulo);
+        posicoes_[i].descrita = entrada_.Var(i);
+    }
 }
 
 TComandoFirebird::TEspecie TComandoFirebird::PerguntaEspecie() {
@@ -235,33 +240,37 @@ void TComandoFirebird::CodificaPosicao(std::size_t posicao, TTransacaoFirebird& 
     auto& var = entrada_.Var(posicao);
     auto& parametro = valores_[analise_.posicoes[posicao]];
     if (parametro.fluxoLido) throw std::logic_error("o fluxo do parâmetro já foi lido: " + sql_);
-    if ((var.sqltype & ~1) == SQL_BLOB) return GravaBlob(var, parametro, transacao);
+    if ((posicoes_[posicao].descrita.sqltype & ~1) == SQL_BLOB) return GravaBlob(posicao, transacao);
     if (parametro.fluxo) parametro = {TBytes{Tudo(*parametro.fluxo)}};
     GravaValor(var, posicoes_[posicao].memoria, parametro.valor);
 }
 
-void TComandoFirebird::GravaBlob(XSQLVAR& var, TParametro& parametro, TTransacaoFirebird& transacao) {
-    const auto tipo = TipoDoBlob(var);
-    const auto grava = [&](TLeitorBytes& fonte) {
-        const auto id = CriaBlob(*sessao_, transacao, fonte, tipo, sql_);
-        std::memcpy(var.sqldata, &id, sizeof id);
-    };
-    *var.sqlind = !parametro.fluxo && parametro.valor.Nulo() ? -1 : 0;
-    if (*var.sqlind < 0) return;
-    if (parametro.fluxo) {
-        parametro.fluxoLido = true;
-        return grava(*std::exchange(parametro.fluxo, nullptr));
+void TComandoFirebird::GravaBlob(std::size_t posicao, TTransacaoFirebird& transacao) {
+    auto& [descrita, memoria, nulo] = posicoes_[posicao];
+    auto& [valor, fluxo, fluxoLido] = valores_[analise_.posicoes[posicao]];
+    const auto tipo = TipoDoBlob(descrita);
+    nulo = !fluxo && valor.Nulo() ? -1 : 0;
+    if (nulo < 0) return;
+    if (fluxo) {
+        fluxoLido = true;
+        return GravaIdDeBlob(posicao, CriaBlob(*sessao_, transacao, *std::exchange(fluxo, nullptr), tipo, sql_));
     }
-    if (const auto* conteudo = parametro.valor.Se<std::shared_ptr<const TConteudo>>()) {
-        if (const auto* id = IdDoConteudo(**conteudo, *sessao_, tipo)) {
-            std::memcpy(var.sqldata, id, sizeof *id);
-            return;
-        }
-        return grava(*(*conteudo)->Abre());
+    if (const auto* conteudo = valor.Se<std::shared_ptr<const TConteudo>>()) {
+        const auto* id = IdDoConteudo(**conteudo, *sessao_, tipo);
+        return GravaIdDeBlob(posicao, id ? *id : CriaBlob(*sessao_, transacao, *(*conteudo)->Abre(), tipo, sql_));
     }
-    const auto bytes = BytesParaBlob(parametro.valor);
+    const auto bytes = BytesParaBlob(valor);
+    if (bytes.size() <= kBlobCurto)
+        return GravaBlobCurto(entrada_.Var(posicao), memoria, tipo.conjunto, BytesDoBlob(tipo, bytes));
     TLeitorDeTexto leitor(bytes);
-    grava(leitor);
+    GravaIdDeBlob(posicao, CriaBlob(*sessao_, transacao, leitor, tipo, sql_));
+}
+
+void TComandoFirebird::GravaIdDeBlob(std::size_t posicao, const ISC_QUAD& id) {
+    auto& var = entrada_.Var(posicao);
+    var = posicoes_[posicao].descrita;
+    var.sqldata = posicoes_[posicao].memoria.data();
+    std::memcpy(var.sqldata, &id, sizeof id);
 }
 
 std::int64_t TComandoFirebird::LinhasTocadas() {

@@ -57,6 +57,7 @@ class TComandoFirebird : public TComando {
     };
     /// Place of a "?" in the statement.
     struct TPosicao {
+        XSQLVAR descrita;
         std::vector<char> memoria;
         ISC_SHORT nulo = 0;
     };
@@ -70,7 +71,8 @@ class TComandoFirebird : public TComando {
     void Roda(TTransacaoFirebird& transacao, XSQLDA* saida);
     void Codifica(TTransacaoFirebird& transacao);
     void CodificaPosicao(std::size_t posicao, TTransacaoFirebird& transacao);
-    void GravaBlob(XSQLVAR& var, TParametro& parametro, TTransacaoFirebird& transacao);
+    void GravaBlob(std::size_t posicao, TTransacaoFirebird& transacao);
+    void GravaIdDeBlob(std::size_t posicao, const ISC_QUAD& id);
     std::int64_t LinhasTocadas();
 
     std::shared_ptr<TSessaoFirebird> sessao_;

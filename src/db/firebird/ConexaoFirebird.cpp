@@ -12,6 +12,16 @@ namespace {
 
 using TModo = TTransacaoFirebird::TModo;
 
+class TReservaFirebird : public TReserva {
+  public:
+    TReservaFirebird(std::shared_ptr<TSessaoFirebird> sessao, std::string_view tabela)
+        : sessao_(std::move(sessao)), transacao_(*sessao_, TModo::Leitura, tabela) {}
+
+  private:
+    std::shared_ptr<TSessaoFirebird> sessao_;
+    TTransacaoFirebird transacao_;
+};
+
 class TConexaoFirebird : public TConnection {
   public:
     explicit TConexaoFirebird(const TParametrosConexao& parametros)
@@ -43,6 +53,10 @@ class TConexaoFirebird : public TConnection {
     bool InTransaction() const override { return sessao_->transacao != nullptr; }
     void MarcaPonto(std::string_view nome) override { Ponto("SAVEPOINT ", nome); }
     void VoltaAoPonto(std::string_view nome) override { Ponto("ROLLBACK TO SAVEPOINT ", nome); }
+
+    std::unique_ptr<TReserva> Reserva(std::string_view tabela) override {
+        return std::make_unique<TReservaFirebird>(sessao_, metadados_.NomeExato(tabela));
+    }
 
     void ExecuteDirect(std::string_view sql) override {
         if (InTransaction()) throw std::logic_error("ExecuteDirect dentro de uma transação: " + std::string(sql));

@@ -78,7 +78,7 @@ class TBlobAberto {
 class TLeitorDeBlob : public TLeitorBytes {
   public:
     TLeitorDeBlob(std::shared_ptr<TSessaoFirebird> sessao, TTransacaoFirebird* transacao, ISC_QUAD id, TTipoBlob tipo)
-        : sessao_(std::move(sessao)), conjunto_(tipo.texto ? ConjuntoDoNumero(tipo.conjunto) : TConjunto::Octetos) {
+        : sessao_(std::move(sessao)), conjunto_(ConjuntoDoNumero(tipo.conjunto)) {
         if (!transacao) propria_.emplace(*sessao_, TTransacaoFirebird::TModo::Leitura);
         blob_.emplace();
         blob_->Abre(*sessao_, transacao ? *transacao : *propria_, id);
@@ -215,16 +215,16 @@ std::size_t CaracteresInteiros(std::string_view utf8) {
     return utf8.size();
 }
 
-void EscreveTexto(TBlobAberto& blob, TLeitorBytes& fonte, TConjunto conjunto, std::string_view comando) {
+void EscreveTexto(TBlobAberto& blob, TLeitorBytes& fonte, TTipoBlob tipo, std::string_view comando) {
     std::array<char, kSegmento / 2> pedaco;
     std::string resto;
     while (const auto lidos = fonte.Le(pedaco)) {
         resto.append(pedaco.data(), lidos);
         const auto inteiros = CaracteresInteiros(resto);
-        blob.Escreve(DeUtf8(conjunto, TextoDeBytes(std::string_view(resto).substr(0, inteiros))), comando);
+        blob.Escreve(BytesDoBlob(tipo, std::string_view(resto).substr(0, inteiros)), comando);
         resto.erase(0, inteiros);
     }
-    blob.Escreve(DeUtf8(conjunto, TextoDeBytes(resto)), comando);
+    blob.Escreve(BytesDoBlob(tipo, resto), comando);
 }
 
 }  // namespace
@@ -248,12 +248,17 @@ const ISC_QUAD* IdDoConteudo(const TConteudo& conteudo, const TSessaoFirebird& s
     return noServidor ? noServidor->Id(sessao, tipo) : nullptr;
 }
 
+std::string BytesDoBlob(TTipoBlob tipo, std::string_view bytes) {
+    const auto conjunto = ConjuntoDoNumero(tipo.conjunto);
+    return conjunto == TConjunto::Octetos ? std::string(bytes) : DeUtf8(conjunto, TextoDeBytes(bytes));
+}
+
 ISC_QUAD CriaBlob(TSessaoFirebird& sessao, TTransacaoFirebird& transacao, TLeitorBytes& fonte, TTipoBlob tipo,
                   std::string_view comando) {
     TBlobAberto blob;
     const auto id = blob.Cria(sessao, transacao, comando);
-    if (const auto conjunto = ConjuntoDoNumero(tipo.conjunto); tipo.texto && conjunto != TConjunto::Octetos) {
-        EscreveTexto(blob, fonte, conjunto, comando);
+    if (ConjuntoDoNumero(tipo.conjunto) != TConjunto::Octetos) {
+        EscreveTexto(blob, fonte, tipo, comando);
     } else {
         std::array<char, kSegmento> pedaco;
         while (const auto lidos = fonte.Le(pedaco)) blob.Escreve({pedaco.data(), lidos}, comando);

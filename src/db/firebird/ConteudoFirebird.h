@@ -12,7 +12,7 @@ namespace wkd {
 /// What a blob column holds: a text in some character set, or bytes that pass unchanged.
 struct TTipoBlob {
     bool texto = false;
-    int conjunto = 0;  // number of the server's set
+    int conjunto = 1;  // number of the server's set; OCTETS for bytes
     bool operator==(const TTipoBlob&) const = default;
 };
 TTipoBlob TipoDoBlob(const XSQLVAR& var);
@@ -25,6 +25,9 @@ std::shared_ptr<const TConteudo> ConteudoDoBlob(const std::shared_ptr<TSessaoFir
 
 /// Id of a content that is a blob of the same database and kind, which the server copies by itself; null otherwise.
 const ISC_QUAD* IdDoConteudo(const TConteudo& conteudo, const TSessaoFirebird& sessao, TTipoBlob tipo);
+
+/// Content as the bytes of such a blob: `bytes` is UTF-8, or Windows-1252 when it is not that, for a text.
+std::string BytesDoBlob(TTipoBlob tipo, std::string_view bytes);
 
 /// Makes a new blob from a stream. For a text blob the stream is UTF-8 (pieces that are not, Windows-1252), turned into
 /// the character set of the blob. Throws TErroConversao for a character without a place there.

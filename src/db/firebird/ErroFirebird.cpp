@@ -69,6 +69,7 @@ constexpr TFalhaDeCodigo kPorCodigo[] = {
     {isc_net_read_err, TFalha::Conexao},
     {isc_net_write_err, TFalha::Conexao},
     {isc_bad_db_handle, TFalha::Conexao},
+    {isc_bad_db_format, TFalha::Conexao},
 };
 
 struct TFalhaDeEstado {

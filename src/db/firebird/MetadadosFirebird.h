@@ -17,6 +17,8 @@ class TMetadadosFirebird {
     /// Default character set of the database in capitals.
     std::string ConjuntoDoBanco();
     std::vector<std::string> NomesDeTabelas();
+    /// Name of a table as the server has it.
+    std::string NomeExato(std::string_view tabela);
     std::vector<TColunaFisica> Colunas(std::string_view tabela);
     TColunasPorTabela TodasAsColunas();
     TChavePrimaria ChavePrimaria(std::string_view tabela);
@@ -28,8 +30,6 @@ class TMetadadosFirebird {
     TValor Unico(std::string_view sql);
     /// The prepared question about one table, opened.
     TComando& Abre(TGuardado& comando, std::string_view sql, std::string_view tabela);
-    /// Name of a table as the server has it.
-    std::string NomeExato(std::string_view tabela);
     TColunaFisica Coluna(TComando& linha);
 
     std::shared_ptr<TSessaoFirebird> sessao_;

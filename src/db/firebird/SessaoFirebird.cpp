@@ -6,6 +6,21 @@
 #include "ErroFirebird.h"
 
 namespace wkd {
+namespace {
+
+std::string BlocoDeTransacao(TTransacaoFirebird::TModo modo, std::string_view protegida) {
+    const bool escrita = modo == TTransacaoFirebird::TModo::Escrita;
+    std::string bloco{isc_tpb_version3, static_cast<char>(escrita ? isc_tpb_write : isc_tpb_read),
+                      isc_tpb_read_committed, isc_tpb_rec_version, isc_tpb_wait};
+    if (escrita || !protegida.empty()) AdicionaAoBloco(bloco, isc_tpb_lock_timeout, std::string_view("\x0A\0\0\0", 4));
+    if (!protegida.empty()) {
+        AdicionaAoBloco(bloco, isc_tpb_lock_read, protegida);
+        bloco += isc_tpb_protected;
+    }
+    return bloco;
+}
+
+}  // namespace
 
 void AdicionaAoBloco(std::string& bloco, char item, std::string_view valor) {
     if (valor.size() > 255) throw std::invalid_argument("parâmetro de conexão com mais de 255 bytes");
@@ -57,27 +72,11 @@ void TSessaoFirebird::Renova() {
     Liga(conjunto);
 }
 
-TTransacaoFirebird::TTransacaoFirebird(TSessaoFirebird& sessao, TModo modo) : sessao_(sessao), modo_(modo) {
-    static constexpr char kLeitura[] = {isc_tpb_version3, isc_tpb_read, isc_tpb_read_committed, isc_tpb_rec_version,
-                                        isc_tpb_wait};
-    static constexpr char kEscrita[] = {isc_tpb_version3,
-                                        isc_tpb_write,
-                                        isc_tpb_read_committed,
-                                        isc_tpb_rec_version,
-                                        isc_tpb_wait,
-                                        isc_tpb_lock_timeout,
-                                        4,
-                                        10,
-                                        0,
-                                        0,
-                                        0};
+TTransacaoFirebird::TTransacaoFirebird(TSessaoFirebird& sessao, TModo modo, std::string_view protegida)
+    : sessao_(sessao), modo_(modo) {
+    const auto bloco = BlocoDeTransacao(modo, protegida);
     TEstadoFirebird estado;
-    if (modo == TModo::Leitura)
-        isc_start_transaction(estado, &handle_, 1, sessao.Banco(), static_cast<unsigned short>(sizeof kLeitura),
-                              kLeitura);
-    else
-        isc_start_transaction(estado, &handle_, 1, sessao.Banco(), static_cast<unsigned short>(sizeof kEscrita),
-                              kEscrita);
+    isc_start_transaction(estado, &handle_, 1, sessao.Banco(), static_cast<unsigned short>(bloco.size()), bloco.data());
     Confere(estado, "start transaction");
     sessao_.abertas_.push_back(this);
 }

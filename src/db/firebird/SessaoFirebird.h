@@ -65,7 +65,8 @@ class TTransacaoFirebird {
     /// Leitura: read-only, read committed; costs no page write. Escrita: read committed, waits at most 10 s for a lock.
     enum class TModo { Leitura, Escrita };
 
-    TTransacaoFirebird(TSessaoFirebird& sessao, TModo modo);
+    /// With `protegida` nobody writes into the table of that name until the end.
+    TTransacaoFirebird(TSessaoFirebird& sessao, TModo modo, std::string_view protegida = {});
     ~TTransacaoFirebird();
     TTransacaoFirebird(const TTransacaoFirebird&) = delete;
     TTransacaoFirebird& operator=(const TTransacaoFirebird&) = delete;

@@ -281,4 +281,12 @@ void GravaValor(XSQLVAR& var, std::vector<char>& memoria, const TValor& valor) {
     }
 }
 
+void GravaBlobCurto(XSQLVAR& var, std::vector<char>& memoria, int conjunto, std::string_view bytes) {
+    var.sqltype = SQL_VARYING | 1;
+    var.sqlsubtype = static_cast<ISC_SHORT>(conjunto);
+    var.sqlscale = 0;
+    var.sqllen = static_cast<ISC_SHORT>(memoria.size() - sizeof(ISC_USHORT));
+    GravaBytes(var, memoria, bytes);
+}
+
 }  // namespace wkd

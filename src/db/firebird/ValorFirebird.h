@@ -2,6 +2,7 @@
 
 #include <ibase.h>
 
+#include <string_view>
 #include <vector>
 
 #include "Campo.h"
@@ -16,6 +17,10 @@ TValor LeValor(const XSQLVAR& var);
 
 /// Makes a described parameter one that takes values and NULL, its value lying in `memoria`.
 void PreparaParametro(XSQLVAR& var, std::vector<char>& memoria, ISC_SHORT& nulo);
+
+/// Writes a short content into a blob parameter as a text of that character set, which the server makes a blob of:
+/// over the network this saves three round trips.
+void GravaBlobCurto(XSQLVAR& var, std::vector<char>& memoria, int conjunto, std::string_view bytes);
 
 /// Writes a value, blobs apart, into a parameter. What the parameter's type cannot hold whole throws TErroConversao,
 /// only that a double is rounded to the decimal places of a fixed-point number when that changes nothing in its first

@@ -1,0 +1,176 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "BancoTemporario.h"
+#include "ContratoDriver.h"
+#include "ServidorFirebird.h"
+#include "firebird/ConexaoFirebird.h"
+
+namespace wkd {
+namespace {
+
+TErroBanco ErroAoAbrir(const TParametrosConexao& parametros) {
+    const auto erro = ErroDe([&] { CriaConexaoFirebird(parametros)->Open(); });
+    return erro.value_or(TErroBanco({}));
+}
+
+TEST(FirebirdConexao, AnOpeningThatFailsTellsWhy) {
+    TPastaTemporaria pasta;
+    std::ofstream(pasta / "texto.fdb") << std::string(9000, 'x');
+    const struct {
+        const char* caso;
+        TParametrosConexao parametros;
+        TFalha falha;
+        const char* sqlstate;
+    } casos[] = {
+        {"missing file", ParametrosFirebird(pasta / "nada.fdb"), TFalha::Conexao, "08001"},
+        {"refused port", ParametrosFirebird(pasta / "nada.fdb", "127.0.0.1/" + std::to_string(PortaLivre())),
+         TFalha::Conexao, "08006"},
+        {"no database", ParametrosFirebird(pasta / "texto.fdb"), TFalha::Conexao, "HY000"},
+    };
+    for (const auto& caso : casos) {
+        const auto erro = ErroAoAbrir(caso.parametros);
+        EXPECT_EQ(erro.SqlState(), caso.sqlstate) << caso.caso << ": " << erro.what();
+        EXPECT_EQ(erro.Falha(), caso.falha) << caso.caso << ": " << erro.what();
+        EXPECT_FALSE(erro.ConexaoPerdida()) << caso.caso;
+    }
+    TBancoTemporario banco;
+    auto parametros = banco.Parametros();
+    parametros.Adiciona("CharacterSet", "NADA");
+    EXPECT_EQ(ErroAoAbrir(parametros).SqlState(), "2C000");
+}
+
+TEST(FirebirdConexao, AWrongPasswordIsToldFromAMissingDatabase) {
+    if (!TServidorFirebird::Instalado()) GTEST_SKIP() << "no Firebird server installed";
+    TBancoTemporario banco("UTF8", TServidorFirebird::DoProcesso().Endereco());
+    TParametrosConexao parametros;
+    parametros.Adiciona("User_Name", "SYSDBA");
+    parametros.Adiciona("Password", "errada");
+    parametros.Adiciona("Database", banco.Parametros().Valor("Database"));
+    const auto erro = ErroAoAbrir(parametros);
+    EXPECT_EQ(erro.Falha(), TFalha::Autenticacao) << erro.what();
+    EXPECT_EQ(erro.SqlState(), "28000");
+}
+
+TEST(FirebirdConexao, ALostServerIsToldAsALostConnection) {
+    if (!TServidorFirebird::Instalado()) GTEST_SKIP() << "no Firebird server installed";
+    auto servidor = std::make_unique<TServidorFirebird>();
+    TBancoTemporario banco("UTF8", servidor->Endereco());
+    banco.Conexao().ExecuteDirect("create table T (A integer)");
+    auto insere = banco.Conexao().Prepara("insert into T values (1)");
+    servidor.reset();
+    const auto erro = ErroDe([&] { insere->Executa(); });
+    ASSERT_TRUE(erro);
+    EXPECT_TRUE(erro->ConexaoPerdida()) << erro->SqlState() << erro->what();
+    EXPECT_EQ(erro->Falha(), TFalha::Conexao);
+}
+
+TEST(FirebirdConexao, AFailedNotNullColumnLeavesTheConnectionAbleToWrite) {
+    TBancoTemporario banco;
+    auto& conexao = banco.Conexao();
+    conexao.ExecuteDirect("create table T (A integer)");
+    auto insere = conexao.Prepara("insert into T values (:pA)");
+    auto le = conexao.Prepara("select A from T order by A");
+    insere->Atribui("pA", 1);
+    insere->Executa();
+    le->Abre();
+    const auto erro = ErroDe([&] { conexao.ExecuteDirect("alter table T add B integer not null"); });
+    ASSERT_TRUE(erro);
+    EXPECT_EQ(erro->SqlState(), "22006");
+    EXPECT_EQ(erro->Comando(), "alter table T add B integer not null");
+    insere->Executa();
+    insere->Atribui("pA", 2);
+    insere->Executa();
+    le->Abre();
+    int linhas = 0;
+    while (le->Proximo()) ++linhas;
+    EXPECT_EQ(linhas, 3);
+}
+
+TEST(FirebirdConexao, ATimeFinerThanTheServersIsRefused) {
+    TBancoTemporario banco;
+    banco.Conexao().ExecuteDirect("create table T (A timestamp)");
+    auto insere = banco.Conexao().Prepara("insert into T values (:pA)");
+    insere->Atribui("pA", TDataHora{DataDe(2024, 1, 1), {1}});
+    try {
+        insere->Executa();
+        FAIL() << "a tick of 100 ns was taken";
+    } catch (const TErroConversao& erro) {
+        EXPECT_NE(std::string(erro.what()).find("pA"), std::string::npos);
+    }
+}
+
+TEST(FirebirdConexao, BlocksAndReturningStatementsTakeParametersAndGiveRows) {
+    TBancoTemporario banco;
+    auto& conexao = banco.Conexao();
+    conexao.ExecuteDirect("create table T (A integer not null primary key, B integer)");
+    auto bloco = conexao.Prepara(
+        "execute block (k integer = :pK) as declare variable v integer; begin"
+        " select coalesce(max(A), 0) from T into :v; insert into T values (:v + 1, :k); end");
+    EXPECT_EQ(bloco->Parametros(), std::vector<std::string>{"pK"});
+    for (int i = 10; i <= 20; i += 10) {
+        bloco->Atribui("pK", i);
+        bloco->Executa();
+    }
+    auto devolve = conexao.Prepara("insert into T select max(A) + 1, :pB from T returning A");
+    devolve->Atribui("pB", 30);
+    devolve->Abre();
+    ASSERT_TRUE(devolve->Proximo());
+    EXPECT_EQ(devolve->Valor(0).ComoInteiro(), 3);
+    EXPECT_FALSE(devolve->Proximo());
+    auto outra = banco.Outra();
+    auto le = outra->Prepara("select list(A || ':' || B) from T");
+    le->Abre();
+    ASSERT_TRUE(le->Proximo());
+    EXPECT_EQ(le->Valor(0).ComoTexto(), "1:10,2:20,3:30");
+}
+
+TEST(FirebirdConexao, AReservedTableTakesNoRowUntilItsRelease) {
+    TBancoTemporario banco;
+    auto& conexao = banco.Conexao();
+    conexao.ExecuteDirect("create table T (A integer)");
+    conexao.ExecuteDirect("create table U (A integer)");
+    auto outra = banco.Outra();
+    auto reserva = conexao.Reserva("t");
+    outra->ExecuteDirect("insert into U values (1)");
+    const auto erro = ErroDe([&] { outra->ExecuteDirect("insert into T values (1)"); });
+    ASSERT_TRUE(erro);
+    EXPECT_EQ(erro->Falha(), TFalha::EmUso) << erro->what();
+    auto le = conexao.Prepara("select count(*) from T");
+    le->Abre();
+    ASSERT_TRUE(le->Proximo());
+    EXPECT_EQ(le->Valor(0).ComoInteiro(), 0);
+    le.reset();
+    reserva.reset();
+    outra->ExecuteDirect("insert into T values (1)");
+    outra.reset();
+    conexao.ExecuteDirect("drop table T");
+}
+
+TEST(FirebirdConexao, TheCatalogueKeepsWhatACopyOfATableNeeds) {
+    TBancoTemporario banco("WIN1252");
+    auto& conexao = banco.Conexao();
+    conexao.ExecuteDirect("create domain D as numeric(9,3) default 2.5 not null");
+    conexao.ExecuteDirect(
+        "create table T (A D, B decimal(18,0), C varchar(10) character set UTF8, E char(4) character set octets,"
+        " F blob sub_type 1 character set NONE, G computed by (A * 2), H varchar(9) default 'ação')");
+    conexao.ExecuteDirect("create index IX on T computed by (upper(C))");
+    conexao.ExecuteDirect("create view V as select A from T");
+    conexao.ExecuteDirect("create table \"mista\" (A integer)");
+    std::string texto;
+    for (const auto& c : conexao.Colunas("T"))
+        texto += c.nome + "=" + c.tipoSql + "/" + c.padrao + "/" + c.expressao + (c.requerido ? "! " : " ");
+    EXPECT_EQ(texto,
+              "A=numeric(9,3)/2.5/! B=decimal(18,0)// C=varchar(10) character set UTF8// "
+              "E=char(4) character set OCTETS// F=blob sub_type 1 character set NONE// G=numeric(18,3)//(A * 2) "
+              "H=varchar(9)/'ação'/ ");
+    ASSERT_EQ(conexao.Indices("T").size(), 1u);
+    EXPECT_EQ(conexao.Indices("T")[0].expressao, "(upper(C))");
+    EXPECT_EQ(conexao.NomesDeTabelas(), (std::vector<std::string>{"T", "mista"}));
+    EXPECT_EQ(conexao.Colunas("MISTA").size(), 1u);
+    EXPECT_EQ(conexao.VersaoServidor().rfind("Firebird ", 0), 0u);
+}
+
+}  // namespace
+}  // namespace wkd
