@@ -14,8 +14,6 @@ struct TAmbiente {
     TLocaisDoIni locais;                  // settings file
 };
 
-/// Folder of the running program file.
-std::filesystem::path PastaDoPrograma();
 TAmbiente AmbientePadrao();
 
 }  // namespace wkd
