@@ -67,6 +67,16 @@ TEST_F(MesclaTest, AFailingInsertLeavesTheOldColumns) {
     EXPECT_EQ(Satrib(), antes) << "without the customer's table";
 }
 
+TEST_F(MesclaTest, InAnOpenTransactionOnlyTheFailingMergeIsUndone) {
+    Executa("drop table SATRIB_USER");
+    TTransacao transacao(dm_.SQLConnection1);
+    dm_.SQLConnection1.Prepara("insert into SATRIB values ('TCLI', 'OUTRA', 'c')")->Executa();
+    dm_.MesclaCamposPersonalizados("TCLI");
+    transacao.Commit();
+    EXPECT_EQ(Satrib(), "TCLI|CODIGO|a;TCLI|OUTRA|c;TCLI|U_VELHO|a;TPED|U_VELHO|a");
+    EXPECT_EQ(Linhas("select * from SARQUIVO"), "Z|TCLI|7");
+}
+
 TEST_F(MesclaTest, EveryKindHasItsOwnDelete) {
     Fala("tbOracle");
     dm_.MesclaCamposPersonalizados("T'X");
