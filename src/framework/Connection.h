@@ -46,6 +46,12 @@ class TComando {
     virtual TValor Valor(std::size_t campo) = 0;
 };
 
+/// Keeps a table as it is: while it lives, nobody writes into the table. It must go before the table is dropped.
+class TReserva {
+  public:
+    virtual ~TReserva() = default;
+};
+
 /// Connection to one database. One thread, one transaction at a time (cursors outside it excepted).
 class TConnection {
   public:
@@ -65,6 +71,10 @@ class TConnection {
     /// A point inside the open transaction that VoltaAoPonto returns to; the name is an identifier.
     virtual void MarcaPonto(std::string_view nome) = 0;
     virtual void VoltaAoPonto(std::string_view nome) = 0;
+
+    /// Keeps every writer, this connection too, out of a table. TErroBanco (EmUso) when one is at work for longer than
+    /// 10 s. Null where the driver has no such means.
+    virtual std::unique_ptr<TReserva> Reserva(std::string_view /*tabela*/) { return nullptr; }
 
     /// Runs one statement in a transaction of its own and commits it: it has run only when this returns.
     /// Not inside an open transaction (std::logic_error).
