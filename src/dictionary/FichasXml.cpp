@@ -35,8 +35,7 @@ std::string_view TFichasXml::LeNome() {
 }
 
 bool TFichasXml::Proxima() {
-    std::string_view nome, valor;
-    while (dentro_) Atributo(nome, valor);
+    Termina();
     for (;;) {
         posicao_ = texto_.find('<', posicao_);
         if (posicao_ == std::string_view::npos) {
@@ -86,6 +85,11 @@ bool TFichasXml::Atributo(std::string_view& nome, std::string_view& valor) {
     PulaAte(std::string_view(&aspas, 1), "atributo sem fim");
     valor = texto_.substr(inicio, posicao_ - 1 - inicio);
     return true;
+}
+
+void TFichasXml::Termina() {
+    std::string_view nome, valor;
+    while (Atributo(nome, valor)) continue;
 }
 
 std::string_view CodificacaoDeclarada(std::string_view texto) {

@@ -17,6 +17,8 @@ class TFichasXml {
     bool Fecha() const { return fecha_; }
     /// Next attribute of the current tag; false after the last one.
     bool Atributo(std::string_view& nome, std::string_view& valor);
+    /// Passes over what is left of the current tag.
+    void Termina();
 
     const char* Onde() const { return texto_.data() + posicao_; }
 

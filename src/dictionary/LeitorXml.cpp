@@ -43,6 +43,7 @@ class TLeitorXml {
                 throw TErroTrecho{fonte_->Bytes().data(), "não é um pacote de dados"};
             while (!acabou_ && Proxima()) Ficha();
             if (!acabou_) throw TErroTrecho{fichas_.Onde(), "o arquivo termina antes de </DATAPACKET>"};
+            fichas_.Termina();
             if (pacote_.campos.empty()) throw TErroTrecho{fichas_.Onde(), "o pacote não tem campos"};
             return std::move(pacote_);
         } catch (const TErroTrecho& erro) {
