@@ -79,6 +79,8 @@ bool THBNConnection::InTransaction() const { return driver_ && driver_->InTransa
 void THBNConnection::MarcaPonto(std::string_view nome) { Driver().MarcaPonto(nome); }
 void THBNConnection::VoltaAoPonto(std::string_view nome) { Driver().VoltaAoPonto(nome); }
 
+std::unique_ptr<TReserva> THBNConnection::Reserva(std::string_view tabela) { return Driver().Reserva(tabela); }
+
 void THBNConnection::ExecuteDirect(std::string_view sql) {
     const bool temCommit = Minusculas(sql).find("commit") != std::string::npos;
     if (TipoBanco() == TTipoBanco::tbInterbase && temCommit) return;

@@ -58,6 +58,7 @@ class THBNConnection : public TConnection {
     bool InTransaction() const override;
     void MarcaPonto(std::string_view nome) override;
     void VoltaAoPonto(std::string_view nome) override;
+    std::unique_ptr<TReserva> Reserva(std::string_view tabela) override;
     /// On Firebird a text that contains "commit" runs nothing: transactions are managed here.
     void ExecuteDirect(std::string_view sql) override;
     std::unique_ptr<TComando> Prepara(std::string_view sql) override;
