@@ -1,22 +1,222 @@
 #include "Nova.h"
 
+#include <algorithm>
+#include <set>
+#include <stdexcept>
+#include <vector>
+
+#include "Conferencia.h"
+#include "CriaBackup.h"
 #include "DicionarioDaTabela.h"
+#include "EstadoDaReconstrucao.h"
+#include "FimDaReconstrucao.h"
+#include "Impedimento.h"
+#include "ObjetosDaTabela.h"
+#include "Rejeitados.h"
+#include "TBComandos.h"
 #include "Texto.h"
+#include "VoltaBackup.h"
+#include "WKDQuery.h"
 
 namespace wkd {
 
+namespace {
+
+/// One rebuild. Up to the drop every error leaves the table as it is; behind it the rows are in the backup table, and
+/// VERSAO -1 stays until they are back.
+class TReconstrucao {
+  public:
+    TReconstrucao(TContexto& ctx, std::string tabela)
+        : ctx_(ctx), tabela_(std::move(tabela)), backup_(NomeDaBackup(tabela_)) {}
+
+    void Executa() {
+        if (!Tenta([this] { Guarda(); }, [this] { RefazIndices(); }) || !Apaga()) return;
+        Tenta([this] { Ergue(); }, [] {});
+    }
+
+  private:
+    /// False when `passo` failed, which is reported and counts as a table that could not be dropped. A lost connection
+    /// is thrown on.
+    template <class TPasso, class TDesfaz>
+    bool Tenta(TPasso&& passo, TDesfaz&& desfaz);
+    void Falhou(const std::string& causa);
+    void RefazIndices();
+
+    void Guarda();
+    void GuardaObjetos();
+    bool Apaga();
+    void RelataPerdas();
+
+    void Ergue();
+    void RegravaDicionarioNovo();
+    bool Restaura();
+    bool Confere();
+    void DevolveObjetos();
+    void RelataColunasQueFicaram();
+
+    TContexto& ctx_;
+    std::string tabela_, backup_;
+    std::vector<std::string> chave_, gatilhos_, restricoes_;
+    std::set<std::string> alteradas_;
+    bool existe_ = false;
+    std::int64_t antes_ = 0;
+};
+
+template <class TPasso, class TDesfaz>
+bool TReconstrucao::Tenta(TPasso&& passo, TDesfaz&& desfaz) {
+    try {
+        passo();
+        return true;
+    } catch (const TErroBanco& erro) {
+        Falhou(erro.what());
+        if (erro.ConexaoPerdida()) throw;
+    } catch (const std::exception& erro) {
+        Falhou(erro.what());
+    }
+    desfaz();
+    return false;
+}
+
+void TReconstrucao::Falhou(const std::string& causa) {
+    ctx_.estado.falhouApagar = true;
+    ctx_.Tela().Memo2("Tabela " + tabela_ + " não reconstruída: " + causa);
+    ctx_.Tela().SetLog(causa, tabela_, ctx_.acaoAtual);
+}
+
+/// The run has dropped them before the rebuild.
+void TReconstrucao::RefazIndices() {
+    if (!existe_) return;
+    if (!ctx_.dm.Atualiza.CriaIndiceSecundarios(tabela_)) ctx_.Log(ctx_.dm.Atualiza.Erro());
+}
+
+void TReconstrucao::Guarda() {
+    existe_ = ctx_.dm.ExisteTabela(tabela_);
+    if (const auto impedimento = ImpedimentoDaReconstrucao(ctx_, tabela_)) throw std::runtime_error(*impedimento);
+    const auto reserva = existe_ ? ctx_.Conexao().Reserva(tabela_) : nullptr;
+    chave_ = ChaveGuardada(ctx_, tabela_);
+    antes_ = CriaBackup(ctx_, tabela_, chave_);
+    ctx_.acaoAtual = "Criar Tabela";
+    if (existe_) GuardaObjetos();
+}
+
+void TReconstrucao::GuardaObjetos() {
+    auto devolucoes = DevolucoesGuardadas(ctx_, backup_);
+    for (auto& comando : ComandosDeDevolucao(ctx_, tabela_))
+        if (std::ranges::find(devolucoes, comando) == devolucoes.end()) devolucoes.push_back(std::move(comando));
+    GuardaDevolucoes(ctx_, backup_, devolucoes);
+
+    TRejeitados rejeitados(ctx_, tabela_, "Gatilho");
+    for (const auto& [nome, fonte] : GatilhosDaTabela(ctx_, tabela_)) {
+        if (!rejeitados.Valor({}, "o gatilho é apagado com a tabela", nome, fonte))
+            throw std::runtime_error("o gatilho " + nome + " não pôde ser guardado");
+        gatilhos_.push_back(nome);
+    }
+    restricoes_ = RestricoesDaTabela(ctx_, tabela_);
+}
+
+bool TReconstrucao::Apaga() {
+    if (!existe_) return true;
+    if (const TResultado apagada = ctx_.dm.Executa("drop table " + tabela_); !apagada) {
+        return Tenta(
+            [&] {
+                if (apagada.Erro().ConexaoPerdida()) throw apagada.Erro();
+                const auto dependentes = DependentesDaTabela(ctx_, tabela_);
+                throw std::runtime_error(apagada.Mensagem() +
+                                         (dependentes.empty() ? "" : " Dependem dela: " + Junta(dependentes, ", ")));
+            },
+            [this] { RefazIndices(); });
+    }
+    ctx_.dm.Commit("Erro apagando a tabela: " + tabela_);
+    RelataPerdas();
+    return true;
+}
+
+void TReconstrucao::RelataPerdas() {
+    if (!gatilhos_.empty())
+        ctx_.Tela().Memo2("Tabela " + tabela_ +
+                          ": gatilhos não recriados, fonte no arquivo de rejeitados: " + Junta(gatilhos_, ", "));
+    if (!restricoes_.empty())
+        ctx_.Tela().Memo2("Tabela " + tabela_ + ": restrições não recriadas: " + Junta(restricoes_, ", "));
+}
+
+void TReconstrucao::Ergue() {
+    ctx_.dm.AtualizaListaDeTabelas();
+    GravaEtapa(ctx_, tabela_, TEtapaDaReconstrucao::Restaurando);
+    RegravaDicionarioNovo();
+    if (!CriaTabelaComIndices(ctx_, tabela_)) throw std::runtime_error(ctx_.dm.Atualiza.Erro());
+    const bool restaurada = Restaura();
+    const bool confere = Confere();
+    if (!restaurada) return;
+    DevolveObjetos();
+    RelataColunasQueFicaram();
+    if (!ctx_.estado.falhouApagar) MoveMarcadores(ctx_, tabela_);
+    const bool gravada = !ctx_.estado.falhouApagar && GravaVersaoNova(ctx_, tabela_);
+    // Whole again but still with -1: the next run saves it anew, with what is entered until then.
+    if (gravada)
+        GravaEtapa(ctx_, tabela_, TEtapaDaReconstrucao::Desconhecida);
+    else if (confere)
+        GravaEtapa(ctx_, tabela_, TEtapaDaReconstrucao::Guardada);
+}
+
+/// When the server refuses the new rows, the table comes back as the stored ones have it.
+void TReconstrucao::RegravaDicionarioNovo() {
+    Tenta([this] { RegravaDicionario(ctx_, tabela_, true); }, [] {});
+}
+
+bool TReconstrucao::Restaura() {
+    const bool restaurada = Tenta([this] { alteradas_ = VoltaBackup(ctx_, tabela_, chave_); }, [] {});
+    if (restaurada) return true;
+    ctx_.Tela().Informacao("Problema voltando backup da tabela : " + tabela_);
+    ctx_.Tela().PbAtual().Posicao(0);
+    return false;
+}
+
+bool TReconstrucao::Confere() {
+    const TConferencia c = ConfereComBackup(ctx_.Conexao(), backup_, tabela_, alteradas_);
+    const std::string contagem =
+        " Nº de registros antes: " + std::to_string(antes_) + " Nº de registros depois: " + std::to_string(c.naTabela);
+    if (c.naTabela != antes_) {
+        ctx_.Tela().Memo2("***** ATENÇÃO *******");
+        ctx_.Tela().Memo2("***** TABELA " + tabela_ + contagem);
+    }
+    if (c.Igual()) return true;
+    ctx_.Tela().Memo2("***** TABELA " + tabela_ + " Conteúdo diferente de " + backup_ + ": " +
+                      (c.colunas.empty() ? std::to_string(c.diferentes) + " registros" : Junta(c.colunas, ", ")) +
+                      contagem);
+    return false;
+}
+
+void TReconstrucao::DevolveObjetos() {
+    const auto indices = ctx_.Conexao().Indices(tabela_);
+    for (const auto& comando : DevolucoesGuardadas(ctx_, backup_)) {
+        const bool existe = std::ranges::any_of(indices, [&](const TIndice& indice) {
+            return comando.find("index " + Identificador(indice.nome, ctx_.Banco()) + " on ") != std::string::npos;
+        });
+        if (existe) continue;
+        if (const TResultado devolvido = ctx_.dm.Executa(comando); !devolvido) {
+            ctx_.Tela().Memo2("Tabela " + tabela_ + ": " + comando + ": " + devolvido.Mensagem());
+            ctx_.Tela().SetLog(devolvido.Mensagem(), tabela_, comando);
+        }
+    }
+    GuardaDevolucoes(ctx_, backup_, {});
+}
+
+void TReconstrucao::RelataColunasQueFicaram() {
+    const auto daTabela = ctx_.Conexao().Colunas(tabela_);
+    std::vector<std::string> ficaram;
+    for (const auto& coluna : ctx_.Conexao().Colunas(backup_))
+        if (!ColunaDeNome(daTabela, coluna.nome)) ficaram.push_back(coluna.nome);
+    if (!ficaram.empty())
+        ctx_.Tela().Memo2("Tabela " + tabela_ + ": colunas que ficaram só em " + backup_ + ": " + Junta(ficaram, ", "));
+}
+
+}  // namespace
+
 void Nova(TContexto& ctx, std::string_view tabela) {
-    const std::string nome = Maiusculas(tabela);
-    ctx.tabelaAtual = nome;
+    ctx.tabelaAtual = Maiusculas(tabela);
     ctx.acaoAtual = "Criar Tabela";
     ctx.estado.falhouApagar = false;
-    RegravaDicionario(ctx, nome, true);
-    if (!ctx.dm.Atualiza.ReCriaTabela(nome)) {
-        ctx.estado.falhouApagar = true;
-        ctx.Tela().Memo2("A tabela " + nome + " não foi reconstruída: " + ctx.dm.Atualiza.Erro());
-        ctx.Log(ctx.dm.Atualiza.Erro());
-    }
-    ctx.dm.AtualizaListaDeTabelas();
+    TReconstrucao(ctx, ctx.tabelaAtual).Executa();
 }
 
 }  // namespace wkd

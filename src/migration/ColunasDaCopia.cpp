@@ -1,0 +1,129 @@
+#include "ColunasDaCopia.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "TBComandos.h"
+#include "Texto.h"
+#include "ValorObrigatorio.h"
+
+namespace wkd {
+
+namespace {
+
+/// Value of a default that is a literal; nothing for one that the server computes.
+std::optional<TValor> Literal(const std::string& padrao) {
+    if (padrao.size() >= 2 && padrao.front() == '\'' && padrao.back() == '\'')
+        return TValor(Troca(padrao.substr(1, padrao.size() - 2), "''", "'"));
+    return std::nullopt;
+}
+
+/// Whether rows stored without the column get a value of its default.
+bool PadraoServe(const TColunaFisica& coluna) {
+    const auto literal = Literal(coluna.padrao);
+    if (!literal) return !coluna.padrao.empty();
+    try {
+        ConverteParaColuna(*literal, coluna);
+        return true;
+    } catch (const TErroConversao&) {
+        return false;
+    }
+}
+
+TValor ValorFixo(const TColunaFisica& coluna) {
+    if (!coluna.requerido) return {};
+    try {
+        return ValorObrigatorio(coluna.nome).Converte(coluna.tipo);
+    } catch (const TErroConversao&) {
+        return Agora();  // "0" is no date
+    }
+}
+
+std::size_t Caracteres(std::string_view utf8) {
+    return static_cast<std::size_t>(
+        std::ranges::count_if(utf8, [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
+}
+
+std::int64_t MaiorInteiro(const TColunaFisica& coluna) {
+    const std::string tipo = Minusculas(coluna.tipoSql);
+    if (tipo == "smallint") return std::numeric_limits<std::int16_t>::max();
+    if (tipo == "integer" || tipo == "int") return std::numeric_limits<std::int32_t>::max();
+    return std::numeric_limits<std::int64_t>::max();
+}
+
+[[noreturn]] void NaoCabe(const TColunaFisica& coluna) {
+    throw TErroConversao("o valor não cabe na coluna " + coluna.nome + " " + coluna.tipoSql);
+}
+
+/// Whether the bytes of the column's texts are Windows-1252, or a part of it.
+bool Em1252(const TColunaFisica& coluna) {
+    return coluna.conjunto == "WIN1252" || coluna.conjunto == "ISO8859_1" || coluna.conjunto == "NONE";
+}
+
+void ConfereTexto(const std::string& texto, const TColunaFisica& coluna) {
+    if (coluna.tamanho > 0 && Caracteres(texto) > static_cast<std::size_t>(coluna.tamanho)) NaoCabe(coluna);
+    if (Em1252(coluna)) Para1252(texto);
+}
+
+}  // namespace
+
+TValor ConverteParaColuna(const TValor& valor, const TColunaFisica& coluna) {
+    if (valor.Nulo() || coluna.tipo == TTipoDado::Blob || coluna.tipo == TTipoDado::Memo) return valor;
+    if (coluna.tipo == TTipoDado::Bytes) {
+        if (valor.ComoBytes().size() > static_cast<std::size_t>(coluna.tamanho)) NaoCabe(coluna);
+        return valor;
+    }
+    const auto* real = valor.Se<double>();
+    TValor convertido = valor.Converte(coluna.tipo);
+    if (const auto* texto = convertido.Se<std::string>()) ConfereTexto(*texto, coluna);
+    if (const auto* inteiro = convertido.Se<std::int64_t>()) {
+        const auto maior = MaiorInteiro(coluna);
+        if (*inteiro > maior || *inteiro < -maior - 1) NaoCabe(coluna);
+        if (real && static_cast<double>(*inteiro) != *real) NaoCabe(coluna);
+    }
+    return convertido;
+}
+
+std::vector<TColunaDaCopia> ColunasDaCopia(TConnection& conexao, const std::string& origem,
+                                           const std::string& destino) {
+    const auto daOrigem = conexao.Colunas(origem);
+    std::vector<TColunaDaCopia> colunas;
+    std::size_t lugar = 0;
+    for (const TColunaFisica& coluna : conexao.Colunas(destino)) {
+        if (!coluna.expressao.empty()) continue;
+        if (const TColunaFisica* igual = ColunaDeNome(daOrigem, coluna.nome))
+            colunas.push_back({coluna, *igual, lugar++, {}});
+        else if (!PadraoServe(coluna) && (coluna.requerido || !coluna.padrao.empty()))
+            colunas.push_back({coluna, std::nullopt, 0, ValorFixo(coluna)});
+    }
+    return colunas;
+}
+
+std::string ListaDaOrigem(const std::vector<TColunaDaCopia>& colunas, TTipoBanco banco) {
+    std::vector<std::string> nomes;
+    for (const auto& coluna : colunas)
+        if (coluna.origem) nomes.push_back(Identificador(coluna.origem->nome, banco));
+    return Junta(nomes, ",");
+}
+
+std::string ComandoInsere(const std::string& destino, const std::vector<TColunaDaCopia>& colunas, TTipoBanco banco) {
+    std::vector<std::string> nomes, parametros;
+    for (std::size_t i = 0; i < colunas.size(); ++i) {
+        nomes.push_back(Identificador(colunas[i].destino.nome, banco));
+        parametros.push_back(":P" + std::to_string(i));
+    }
+    return "insert into " + destino + " (" + Junta(nomes, ",") + ") values (" + Junta(parametros, ",") + ")";
+}
+
+bool TextoViraBytes(const TColunaDaCopia& coluna) {
+    const bool bytes = coluna.destino.tipo == TTipoDado::Blob || coluna.destino.tipo == TTipoDado::Bytes;
+    return bytes && coluna.origem && coluna.origem->tipo == TTipoDado::Texto;
+}
+
+TValor BytesDoTexto(const TValor& valor, const TColunaFisica& origem) {
+    if (valor.Nulo()) return valor;
+    const std::string texto = valor.ComoTexto();
+    return TBytes{Em1252(origem) ? Para1252(texto) : texto};
+}
+
+}  // namespace wkd

@@ -1,0 +1,188 @@
+#include "Conferencia.h"
+
+#include <algorithm>
+#include <span>
+
+#include "TBComandos.h"
+#include "Texto.h"
+#include "WKDQuery.h"
+
+namespace wkd {
+
+namespace {
+
+constexpr std::size_t kColunasPorConsulta = 200;  // a compiled statement has 64 KB
+
+/// A common column: backup "b" and table "t" as expressions that compare.
+struct TPar {
+    std::string nome, b, t;
+    bool texto = false;       // blanks at the end count
+    bool converte = false;    // a value of another form can make the server refuse the comparison
+    bool soPresenca = false;  // only whether there is a value
+};
+
+bool Longo(const TColunaFisica& coluna) { return coluna.tipo == TTipoDado::Blob || coluna.tipo == TTipoDado::Memo; }
+bool EhTexto(const TColunaFisica& coluna) { return coluna.tipo == TTipoDado::Texto; }
+
+bool Numerica(const TColunaFisica& coluna) {
+    return coluna.tipo == TTipoDado::Inteiro || coluna.tipo == TTipoDado::Decimal ||
+           coluna.tipo == TTipoDado::Flutuante;
+}
+
+/// A text in UTF-8; bytes of a column without character set are Windows-1252.
+std::string EmUtf8(const std::string& expressao, const TColunaFisica& coluna) {
+    const std::string largura = " as varchar(" + std::to_string(coluna.tamanho) + ") character set ";
+    const std::string lida = coluna.conjunto == "NONE" ? "cast(" + expressao + largura + "WIN1252)" : expressao;
+    return "cast(" + lida + largura + "UTF8)";
+}
+
+std::string SemBrancos(const std::string& expressao, const TColunaFisica& coluna) {
+    const bool fixa = IgualSemCaixa(coluna.tipoSql.substr(0, 5), "char(");
+    return fixa ? "trim(trailing from " + expressao + ")" : expressao;
+}
+
+TPar ParDeTextos(TPar par, const TColunaFisica& b, const TColunaFisica& t) {
+    par.texto = true;
+    par.b = SemBrancos(par.b, b);
+    par.t = SemBrancos(par.t, t);
+    if (b.conjunto == t.conjunto) return par;
+    par.b = EmUtf8(par.b, b);
+    par.t = EmUtf8(par.t, t);
+    return par;
+}
+
+std::string Lido(const std::string& texto, const TColunaFisica& como) {
+    return "cast(nullif(trim(" + texto + "), '') as " + como.tipoSql + ")";
+}
+
+TPar Par(const TColunaFisica& b, const TColunaFisica& t, TTipoBanco banco) {
+    TPar par{t.nome, "b." + Identificador(b.nome, banco), "t." + Identificador(t.nome, banco)};
+    if (EhTexto(b) && EhTexto(t)) return ParDeTextos(std::move(par), b, t);
+    const bool datas = (b.tipo == TTipoDado::Data && t.tipo == TTipoDado::DataHora) ||
+                       (b.tipo == TTipoDado::DataHora && t.tipo == TTipoDado::Data);
+    if (Numerica(b) && Numerica(t) && b.tipo != t.tipo) {
+        par.b = "cast(" + par.b + " as double precision)";
+        par.t = "cast(" + par.t + " as double precision)";
+    } else if (datas) {
+        par.b = "cast(" + par.b + " as timestamp)";
+        par.t = "cast(" + par.t + " as timestamp)";
+    } else if (EhTexto(b) != EhTexto(t) && !Longo(b) && !Longo(t)) {
+        par.converte = true;
+        (EhTexto(b) ? par.b : par.t) = EhTexto(b) ? Lido(par.b, t) : Lido(par.t, b);
+    } else if (b.tipo != t.tipo) {
+        par.soPresenca = true;
+    }
+    return par;
+}
+
+std::vector<TPar> Pares(const std::vector<TColunaFisica>& daBackup, const std::vector<TColunaFisica>& daTabela,
+                        const std::set<std::string>& ignoradas, TTipoBanco banco) {
+    std::vector<TPar> pares;
+    for (const TColunaFisica& t : daTabela) {
+        const TColunaFisica* b = ColunaDeNome(daBackup, t.nome);
+        if (b && !ignoradas.contains(ChaveDeNome(t.nome))) pares.push_back(Par(*b, t, banco));
+    }
+    return pares;
+}
+
+std::string Difere(const TPar& par) {
+    if (par.soPresenca)
+        return "(" + par.b + " is null and " + par.t + " is not null or " + par.b + " is not null and " + par.t +
+               " is null)";
+    const std::string difere = par.b + " is distinct from " + par.t;
+    if (!par.texto) return difere;
+    return difere + " or char_length(" + par.b + ") is distinct from char_length(" + par.t + ")";
+}
+
+/// How rows are paired through the table's primary key.
+struct TPareamento {
+    std::string condicao;  // empty: it cannot be used
+    std::string coluna;    // of the table's key
+};
+
+TPareamento Pareamento(TConnection& conexao, const std::vector<TColunaFisica>& daBackup,
+                       const std::vector<TColunaFisica>& daTabela, const std::string& tabela,
+                       const std::set<std::string>& ignoradas) {
+    TPareamento pareamento;
+    std::vector<std::string> partes;
+    for (const auto& coluna : conexao.ChavePrimaria(tabela).colunas) {
+        const TColunaFisica* b = ColunaDeNome(daBackup, coluna);
+        const TColunaFisica* t = ColunaDeNome(daTabela, coluna);
+        // Of another type, the key's index would not serve.
+        const bool serve = b && t && b->tipo == t->tipo && b->conjunto == t->conjunto;
+        if (!serve || ignoradas.contains(ChaveDeNome(coluna))) return {};
+        pareamento.coluna = "t." + Identificador(t->nome, conexao.TipoBanco());
+        partes.push_back("b." + Identificador(b->nome, conexao.TipoBanco()) + " = " + pareamento.coluna);
+    }
+    pareamento.condicao = Junta(partes, " and ");
+    return pareamento;
+}
+
+std::int64_t LinhasDiferentes(TConnection& conexao, const std::string& backup, const std::string& tabela,
+                              const TPareamento& pareamento, std::span<const TPar> pares) {
+    std::vector<std::string> condicoes = {pareamento.coluna + " is null"};
+    for (const auto& par : pares) condicoes.push_back(Difere(par));
+    return ContaRegistros(conexao, "select count(*) as total from " + backup + " b left join " + tabela + " t on " +
+                                       pareamento.condicao + " where " + Junta(condicoes, " or "));
+}
+
+/// Count of values and check sum of every column, one after the other. Sixteen digits of a double take part.
+std::vector<TValor> Somas(TConnection& conexao, const std::string& origem, std::span<const TPar> pares,
+                          std::string TPar::*lado) {
+    std::vector<std::string> campos;
+    for (const auto& par : pares) {
+        campos.push_back("count(" + par.*lado + ")");
+        campos.push_back(par.soPresenca ? "0" : "sum(mod(hash(" + par.*lado + "), 2147483647))");
+    }
+    const auto comando = conexao.Prepara("select " + Junta(campos, ", ") + " from " + origem);
+    std::vector<TValor> somas;
+    comando->Abre();
+    if (comando->Proximo())
+        for (std::size_t i = 0; i < campos.size(); ++i) somas.push_back(comando->Valor(i));
+    return somas;
+}
+
+void ComparaSomas(TConnection& conexao, const std::string& backup, const std::string& tabela,
+                  std::span<const TPar> pares, TConferencia& conferencia) {
+    const auto b = Somas(conexao, backup + " b", pares, &TPar::b);
+    const auto t = Somas(conexao, tabela + " t", pares, &TPar::t);
+    for (std::size_t i = 0; i < pares.size(); ++i)
+        if (!(b[2 * i] == t[2 * i]) || !(b[2 * i + 1] == t[2 * i + 1])) conferencia.colunas.push_back(pares[i].nome);
+}
+
+}  // namespace
+
+TConferencia ConfereComBackup(TConnection& conexao, const std::string& backup, const std::string& tabela,
+                              const std::set<std::string>& ignoradas) {
+    TConferencia conferencia;
+    conferencia.naBackup = ContaRegistros(conexao, "select count(*) as total from " + backup);
+    conferencia.naTabela = ContaRegistros(conexao, "select count(*) as total from " + tabela);
+    if (conexao.TipoBanco() != TTipoBanco::tbInterbase) return conferencia;
+
+    const auto daBackup = conexao.Colunas(backup);
+    const auto daTabela = conexao.Colunas(tabela);
+    auto pares = Pares(daBackup, daTabela, ignoradas, conexao.TipoBanco());
+    const TPareamento pareamento = Pareamento(conexao, daBackup, daTabela, tabela, ignoradas);
+    const auto compara = [&] {
+        conferencia.diferentes = 0;
+        conferencia.colunas.clear();
+        for (std::size_t i = 0; i < pares.size(); i += kColunasPorConsulta) {
+            const auto parte = std::span(pares).subspan(i, std::min(kColunasPorConsulta, pares.size() - i));
+            if (pareamento.condicao.empty())
+                ComparaSomas(conexao, backup, tabela, parte, conferencia);
+            else
+                conferencia.diferentes =
+                    std::max(conferencia.diferentes, LinhasDiferentes(conexao, backup, tabela, pareamento, parte));
+        }
+    };
+    try {
+        compara();
+    } catch (const TErroBanco& erro) {
+        if (erro.ConexaoPerdida() || std::ranges::none_of(pares, &TPar::converte)) throw;
+        for (auto& par : pares) par.soPresenca = par.soPresenca || par.converte;
+        compara();
+    }
+    return conferencia;
+}
+
+}  // namespace wkd

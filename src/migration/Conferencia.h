@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "Connection.h"
+
+namespace wkd {
+
+/// What the comparison of a table with its backup table found.
+struct TConferencia {
+    std::int64_t naBackup = 0, naTabela = 0;  // rows
+    std::int64_t diferentes = 0;              // rows of the backup without an equal one in the table
+    std::vector<std::string> colunas;         // that differ; only where no key pairs the rows
+
+    bool Igual() const { return naBackup == naTabela && diferentes == 0 && colunas.empty(); }
+};
+
+/// Compares both tables by value on the server over their common columns, types made equal first. Rows are paired by
+/// the table's primary key where the backup has its columns; otherwise each column is compared by counts and check
+/// sums. `ignoradas` (in capitals) were changed on purpose by the copy. Throws TErroBanco.
+TConferencia ConfereComBackup(TConnection& conexao, const std::string& backup, const std::string& tabela,
+                              const std::set<std::string>& ignoradas);
+
+}  // namespace wkd

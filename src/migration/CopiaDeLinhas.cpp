@@ -1,0 +1,185 @@
+#include "CopiaDeLinhas.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+#include "Texto.h"
+#include "ValorObrigatorio.h"
+
+namespace wkd {
+
+namespace {
+
+constexpr int kTentativas = 2;  // a failure may pass, such as a lock
+
+}  // namespace
+
+TCopiaDeLinhas::TCopiaDeLinhas(TContexto& ctx, TCopia copia, TRenumeracao& renumeracao)
+    : ctx_(ctx),
+      copia_(std::move(copia)),
+      renumeracao_(renumeracao),
+      colunas_(ColunasDaCopia(ctx.Conexao(), copia_.origem, copia_.destino)),
+      rejeitados_(ctx, copia_.tabela, copia_.etapa) {
+    for (const auto& coluna : colunas_) numeradas_.push_back(coluna.origem && renumeracao.Tem(coluna.destino.nome));
+}
+
+TResultadoDaCopia TCopiaDeLinhas::Executa(std::int64_t linhas) {
+    IBarra& barra = ctx_.Tela().PbAtual();
+    barra.Define(0, static_cast<int>(std::min<std::int64_t>(linhas, std::numeric_limits<int>::max())), 10, 0);
+    const std::string lista = ListaDaOrigem(colunas_, ctx_.Banco());
+    if (lista.empty()) throw std::runtime_error(copia_.origem + " e " + copia_.destino + " não têm colunas em comum");
+    insere_ = ctx_.Conexao().Prepara(ComandoInsere(copia_.destino, colunas_, ctx_.Banco()));
+    cursor_ = ctx_.Conexao().Prepara("select " + lista + " from " + copia_.origem);
+    for (cursor_->Abre(); cursor_->Proximo();) {
+        Linha();
+        barra.Posicao(barra.Posicao() + 1);
+    }
+    FechaLote();
+    cursor_.reset();
+    insere_.reset();
+    return std::move(resultado_);
+}
+
+void TCopiaDeLinhas::Linha() {
+    ctx_.Tela().ProcessaMensagens();
+    if (!copia_.rotulo.empty()) ctx_.Tela().LblAtual(copia_.rotulo);
+    ++resultado_.lidas;
+    TLinha linha = Le();
+    if (!transacao_) transacao_.emplace(ctx_.Conexao());
+    if (Posta(linha)) lote_.push_back(std::move(linha));
+    if (lote_.size() >= copia_.linhasPorLote) FechaLote();
+}
+
+TLinha TCopiaDeLinhas::Le() {
+    TLinha linha;
+    linha.reserve(colunas_.size());
+    for (const auto& coluna : colunas_) linha.push_back(coluna.origem ? LeCampo(coluna) : coluna.fixo);
+    return linha;
+}
+
+TValor TCopiaDeLinhas::LeCampo(const TColunaDaCopia& coluna) {
+    TValor valor = cursor_->Valor(coluna.lugar);
+    return TextoViraBytes(coluna) ? BytesDoTexto(valor, *coluna.origem) : valor;
+}
+
+/// Required columns without value get one, and auto-increment columns their number.
+void TCopiaDeLinhas::AplicaRegras(TLinha& linha) {
+    for (std::size_t i = 0; i < colunas_.size(); ++i) {
+        const TColunaFisica& destino = colunas_[i].destino;
+        const bool falta = colunas_[i].origem && destino.requerido && linha[i].Nulo();
+        if (!falta && !numeradas_[i]) continue;
+        const TValor antes = linha[i];
+        if (falta) linha[i] = ValorObrigatorio(destino.nome).Converte(destino.tipo);
+        if (numeradas_[i]) linha[i] = renumeracao_.Numera(destino.nome, linha[i]);
+        if (!(antes == linha[i])) resultado_.alteradas.insert(ChaveDeNome(destino.nome));
+    }
+}
+
+/// True when the row is stored in the open transaction. A failed statement is undone by the server alone, so it is
+/// tried a second time, without the values that the target cannot hold.
+bool TCopiaDeLinhas::Posta(TLinha& linha) {
+    std::string erro;
+    try {
+        AplicaRegras(linha);
+    } catch (const TErroConversao& falha) {
+        RejeitaLinha(linha, falha.what());
+        return false;
+    }
+    for (int tentativa = 1; tentativa <= kTentativas; ++tentativa) {
+        try {
+            Envia(linha);
+            return true;
+        } catch (const TErroBanco& falha) {
+            if (falha.ConexaoPerdida()) throw;
+            erro = falha.what();
+        } catch (const TErroConversao& falha) {
+            erro = falha.what();
+        }
+        if (tentativa == 1) IsolaCampos(linha);
+    }
+    RejeitaLinha(linha, erro);
+    return false;
+}
+
+void TCopiaDeLinhas::Envia(const TLinha& linha) {
+    for (std::size_t i = 0; i < linha.size(); ++i) insere_->Atribui(i, linha[i]);
+    insere_->Executa();
+}
+
+/// Takes the values that do not fit their columns out of the row.
+void TCopiaDeLinhas::IsolaCampos(TLinha& linha) {
+    for (std::size_t i = 0; i < linha.size(); ++i) {
+        try {
+            ConverteParaColuna(linha[i], colunas_[i].destino);
+        } catch (const TErroConversao& falha) {
+            RejeitaCampo(linha, falha.what(), i);
+            linha[i] = {};
+        }
+    }
+}
+
+void TCopiaDeLinhas::FechaLote() {
+    if (!transacao_) return;
+    try {
+        transacao_->Commit();
+        transacao_.reset();
+    } catch (const TErroBanco& falha) {
+        transacao_.reset();
+        if (falha.ConexaoPerdida()) throw;
+        RefazLote();
+    }
+    resultado_.gravadas += static_cast<std::int64_t>(lote_.size());
+    lote_.clear();
+}
+
+/// Row by row, so that only an unfit one is missing.
+void TCopiaDeLinhas::RefazLote() {
+    std::erase_if(lote_, [this](const TLinha& linha) { return !GravaSozinha(linha); });
+}
+
+bool TCopiaDeLinhas::GravaSozinha(const TLinha& linha) {
+    std::string erro;
+    for (int tentativa = 1; tentativa <= kTentativas; ++tentativa) {
+        try {
+            TTransacao transacao(ctx_.Conexao());
+            Envia(linha);
+            transacao.Commit();
+            return true;
+        } catch (const TErroBanco& falha) {
+            if (falha.ConexaoPerdida()) throw;
+            erro = falha.what();
+        }
+    }
+    RejeitaLinha(linha, erro);
+    return false;
+}
+
+void TCopiaDeLinhas::RejeitaLinha(const TLinha& linha, const std::string& erro) {
+    ++resultado_.rejeitados;
+    ctx_.Tela().Informacao(copia_.inicioDoErro + erro);
+    TPares valores;
+    for (std::size_t i = 0; i < linha.size(); ++i) valores.emplace_back(colunas_[i].destino.nome, linha[i]);
+    if (!rejeitados_.Linha(Chave(linha), erro, valores)) resultado_.rejeitosGuardados = false;
+    if (copia_.oferecePular && ctx_.Tela().Reconcilia(erro, TAcaoReconcilia::Pula) == TAcaoReconcilia::Aborta)
+        throw std::runtime_error("Cópia de " + copia_.origem + " interrompida: " + erro);
+}
+
+void TCopiaDeLinhas::RejeitaCampo(const TLinha& linha, const std::string& erro, std::size_t coluna) {
+    ++resultado_.rejeitados;
+    if (copia_.mostraErroDeCampo) ctx_.Tela().Informacao(erro);
+    if (!rejeitados_.Valor(Chave(linha), erro, colunas_[coluna].destino.nome, linha[coluna]))
+        resultado_.rejeitosGuardados = false;
+}
+
+TPares TCopiaDeLinhas::Chave(const TLinha& linha) const {
+    TPares chave;
+    for (std::size_t i = 0; i < linha.size(); ++i) {
+        const std::string& nome = colunas_[i].destino.nome;
+        if (std::ranges::any_of(copia_.chave, [&](const std::string& coluna) { return IgualSemCaixa(coluna, nome); }))
+            chave.emplace_back(nome, linha[i]);
+    }
+    return chave;
+}
+
+}  // namespace wkd

@@ -1,0 +1,119 @@
+#include "CriaBackup.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "Complemento.h"
+#include "Conferencia.h"
+#include "CopiaDeLinhas.h"
+#include "EstadoDaReconstrucao.h"
+#include "TBComandos.h"
+#include "Texto.h"
+#include "WKDQuery.h"
+
+namespace wkd {
+
+namespace {
+
+constexpr std::size_t kLinhasPorLote = 100;
+
+std::int64_t Conta(TContexto& ctx, const std::string& tabela) {
+    return ContaRegistros(ctx.Conexao(), "select count(*) as total from " + tabela);
+}
+
+bool TemTodas(const std::vector<TColunaFisica>& colunas, const std::vector<TColunaFisica>& outras) {
+    return std::ranges::all_of(colunas, [&](const TColunaFisica& coluna) {
+        return !coluna.expressao.empty() || ColunaDeNome(outras, coluna.nome) != nullptr;
+    });
+}
+
+/// Without a key to tell the rows apart: whether the table is the old one, which holds all that its backup holds.
+bool TabelaInteira(TContexto& ctx, const std::string& tabela, const std::string& backup) {
+    const auto daTabela = ctx.Conexao().Colunas(tabela);
+    const auto daBackup = ctx.Conexao().Colunas(backup);
+    return TemTodas(daTabela, daBackup) && TemTodas(daBackup, daTabela) && Conta(ctx, tabela) >= Conta(ctx, backup);
+}
+
+/// An interrupted rebuild left its backup: true when that serves, with what was entered since added to it.
+bool Aproveita(TContexto& ctx, const std::string& tabela, const std::vector<std::string>& chave) {
+    const std::string backup = NomeDaBackup(tabela);
+    if (!ctx.dm.ExisteTabela(backup) || !ReconstrucaoPendente(ctx, tabela)) return false;
+    if (!ctx.dm.ExisteTabela(tabela)) return true;
+
+    const auto etapa = EtapaDaReconstrucao(ctx, tabela);
+    if (etapa == TEtapaDaReconstrucao::Guardada) return false;
+    const auto daBackup = ctx.Conexao().Colunas(backup);
+    const auto daTabela = ctx.Conexao().Colunas(tabela);
+    std::vector<std::string> comuns;
+    std::ranges::copy_if(chave, std::back_inserter(comuns), [&](const std::string& coluna) {
+        return ColunaDeNome(daBackup, coluna) && ColunaDeNome(daTabela, coluna);
+    });
+    if (!comuns.empty())
+        CompletaBackup(ctx, tabela, comuns);
+    else if (etapa == TEtapaDaReconstrucao::Desconhecida && TabelaInteira(ctx, tabela, backup))
+        return false;
+    return true;
+}
+
+/// The table is dropped only when its backup is proven, or what it lacks is in the rejects file.
+void ExigeCopiaFiel(TContexto& ctx, const std::string& tabela, const TResultadoDaCopia& copia) {
+    const std::string backup = NomeDaBackup(tabela);
+    if (!copia.rejeitosGuardados)
+        throw std::runtime_error("há registros que não puderam ser gravados nem em " + backup +
+                                 " nem no arquivo de rejeitados");
+    const TConferencia conferencia = ConfereComBackup(ctx.Conexao(), backup, tabela, copia.alteradas);
+    if (conferencia.naTabela != copia.lidas)
+        throw std::runtime_error("os registros mudaram durante a cópia para " + backup);
+    if (conferencia.Igual() || copia.rejeitados > 0) return;
+    throw std::runtime_error("a cópia em " + backup + " não confere: " + std::to_string(conferencia.naTabela) +
+                             " registros, " + std::to_string(conferencia.naBackup) + " copiados, " +
+                             std::to_string(conferencia.diferentes) + " diferentes " + Junta(conferencia.colunas, ","));
+}
+
+void Copia(TContexto& ctx, const std::string& tabela, const std::vector<std::string>& chave) {
+    ctx.Tela().LblAtual("Obtendo quantidade de registros..." + tabela);
+    GravaEtapa(ctx, tabela, TEtapaDaReconstrucao::Desconhecida);
+    if (!ctx.dm.Atualiza.CriaTabela(tabela, true)) throw std::runtime_error(ctx.dm.Atualiza.Erro());
+    ctx.dm.AtualizaListaDeTabelas();
+
+    ctx.Tela().LblAtual("Criando tabela de backup: " + tabela);
+    TRenumeracao renumeracao(ctx.dm.SatribNovo);
+    TCopiaDeLinhas copia(ctx,
+                         {.tabela = tabela,
+                          .origem = tabela,
+                          .destino = NomeDaBackup(tabela),
+                          .chave = chave,
+                          .etapa = ctx.acaoAtual,
+                          .rotulo = "Transferindo dados para tabela de backup: " + tabela,
+                          .mostraErroDeCampo = true,
+                          .oferecePular = true,
+                          .linhasPorLote = kLinhasPorLote},
+                         renumeracao);
+    ExigeCopiaFiel(ctx, tabela, copia.Executa(Conta(ctx, tabela)));
+    GravaEtapa(ctx, tabela, TEtapaDaReconstrucao::Guardada);
+    MarcaReconstrucao(ctx, tabela);
+    ctx.Tela().PbAtual().Posicao(0);
+}
+
+}  // namespace
+
+std::vector<std::string> ChaveGuardada(TContexto& ctx, const std::string& tabela) {
+    std::vector<std::string> chave;
+    TWKDQuery q(ctx.Conexao(),
+                " select DISTINCT nome,sequencia from satrib where chave_de_pesquisa = :chave and Upper(arquivo) = "
+                ":arquivo order by sequencia");
+    q.Param("chave", 1).Param("arquivo", tabela).Open();
+    for (; !q.Eof(); q.Next()) chave.emplace_back(Apara(q.Texto("nome")));
+    return chave.empty() ? ctx.Conexao().ChavePrimaria(tabela).colunas : chave;
+}
+
+std::int64_t CriaBackup(TContexto& ctx, const std::string& tabela, const std::vector<std::string>& chave) {
+    ctx.tabelaAtual = tabela;
+    ctx.acaoAtual = "Criar Backup";
+    const bool aproveitada = Aproveita(ctx, tabela, chave);
+    if (!aproveitada) Copia(ctx, tabela, chave);
+    ctx.Tela().LblAtual("Parado.");
+    return Conta(ctx, aproveitada ? NomeDaBackup(tabela) : tabela);
+}
+
+}  // namespace wkd

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Contexto.h"
+
+namespace wkd {
+
+/// The key columns by which the rows of a table are told apart: those of the stored dictionary, else of the physical
+/// primary key.
+std::vector<std::string> ChaveGuardada(TContexto& ctx, const std::string& tabela);
+
+/// Saves the rows of a table, its name in capitals, into "B" + table and gives it VERSAO -1. With -1 and a backup table
+/// from an interrupted rebuild, only the rows that the backup lacks are added; it is made again while the old table is
+/// known to be whole. Expects SarquivoVelho and SatribNovo on the table. Returns the number of rows that the table is
+/// to have in the end. Throws std::runtime_error and what it derives: the table must not be dropped then.
+std::int64_t CriaBackup(TContexto& ctx, const std::string& tabela, const std::vector<std::string>& chave);
+
+}  // namespace wkd

@@ -1,0 +1,55 @@
+#include "EstadoDaReconstrucao.h"
+
+#include <stdexcept>
+
+#include "Texto.h"
+#include "Tini.h"
+#include "WKDQuery.h"
+
+namespace wkd {
+
+namespace {
+
+constexpr std::string_view kSecao = "ReconstroiTabela";
+constexpr std::string_view kGuardada = "GUARDADA";
+constexpr std::string_view kRestaurando = "RESTAURANDO";
+
+}  // namespace
+
+bool ReconstrucaoPendente(TContexto& ctx, std::string_view tabela) {
+    return ContaRegistros(ctx.Conexao(),
+                          "select count(*) as total from SARQUIVO where VERSAO = " + std::to_string(kVersaoPendente) +
+                              " and Upper(NOME_ARQUIVO) = " + Aspas(Maiusculas(tabela))) > 0;
+}
+
+void MarcaReconstrucao(TContexto& ctx, std::string_view tabela) {
+    TClientDataSet& velho = ctx.dm.SarquivoVelho;
+    if (velho.IsEmpty()) throw std::runtime_error("A tabela " + std::string(tabela) + " não está em SARQUIVO");
+    velho.Edit();
+    velho.SetValor("versao", kVersaoPendente);
+    if (velho.Texto("nome_arquivo").empty()) ctx.Tela().Informacao("6");
+    velho.Post();
+    if (!AplicaEmTransacao(velho))
+        throw std::runtime_error("Não foi possível marcar a tabela " + std::string(tabela) + " em SARQUIVO");
+}
+
+TEtapaDaReconstrucao EtapaDaReconstrucao(TContexto& ctx, std::string_view tabela) {
+    if (!ctx.dm.ExisteTabela("TINI")) return TEtapaDaReconstrucao::Desconhecida;
+    const std::string etapa = LeParametro(kSecao, Maiusculas(tabela), "", &ctx.Conexao());
+    if (etapa == kGuardada) return TEtapaDaReconstrucao::Guardada;
+    return etapa == kRestaurando ? TEtapaDaReconstrucao::Restaurando : TEtapaDaReconstrucao::Desconhecida;
+}
+
+void GravaEtapa(TContexto& ctx, std::string_view tabela, TEtapaDaReconstrucao etapa) {
+    if (!ctx.dm.ExisteTabela("TINI")) return;
+    const std::string chave = Maiusculas(tabela);
+    if (etapa == TEtapaDaReconstrucao::Desconhecida) {
+        TWKDQuery q(ctx.Conexao(), "delete from tini where sessao = :pSESSAO and chave = :pCHAVE");
+        q.Param("pSESSAO", kSecao).Param("pCHAVE", chave).ExecSQL();
+        return;
+    }
+    const bool guardada = etapa == TEtapaDaReconstrucao::Guardada;
+    GravaParametro(kSecao, chave, guardada ? kGuardada : kRestaurando, &ctx.Conexao());
+}
+
+}  // namespace wkd

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+
+#include "Contexto.h"
+
+namespace wkd {
+
+/// In the current folder table + ".ok" becomes table + ".old", and table + ".atu" becomes table + ".ok". What fails
+/// stops nothing.
+void MoveMarcadores(TContexto& ctx, const std::string& tabela);
+
+/// Records the package's version and description of the current table in its stored row, which ends the rebuild. False
+/// when that could not be committed.
+bool GravaVersaoNova(TContexto& ctx, const std::string& tabela);
+
+}  // namespace wkd

@@ -1,0 +1,56 @@
+#include "Impedimento.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "Comparacao.h"
+#include "TBComandos.h"
+#include "Texto.h"
+#include "WKDQuery.h"
+
+namespace wkd {
+
+namespace {
+
+bool DoUsuario(std::string_view coluna) { return Maiusculas(coluna).starts_with("U_"); }
+
+/// The customer's columns that the merge takes from SATRIB_USER.
+void AcrescentaPersonalizadas(TContexto& ctx, const std::string& tabela, std::vector<TColunaDicionario>& colunas) {
+    TWKDQuery q(ctx.Conexao(), "select * from satrib_user where satrib_user.arquivo = " + Aspas(tabela));
+    for (q.Open(); !q.Eof(); q.Next()) {
+        const std::string nome(Apara(q.Texto("NOME")));
+        const bool tem = std::any_of(colunas.begin(), colunas.end(),
+                                     [&](const auto& coluna) { return IgualSemCaixa(coluna.nome, nome); });
+        if (tem) continue;
+        colunas.push_back({nome, std::string(Apara(q.Texto("TIPO"))), q.Texto("TAMANHO"), q.Texto("VALOR_PADRAO"),
+                           q.Texto("CALCULO"), static_cast<int>(q.Inteiro("CHAVE_DE_PESQUISA"))});
+    }
+}
+
+/// As the dictionary will have them: the package's without "U_" columns, then the customer's.
+std::vector<TColunaDicionario> ColunasNovas(TContexto& ctx, const std::string& tabela) {
+    const bool mescla = ctx.dm.ExisteTabela("SATRIB_USER");
+    std::vector<TColunaDicionario> colunas;
+    TClientDataSet& novo = ctx.dm.SatribNovo;
+    for (novo.First(); !novo.Eof(); novo.Next())
+        if (auto coluna = ColunaDe(novo); coluna && !(mescla && DoUsuario(coluna->nome))) colunas.push_back(*coluna);
+    if (mescla && !colunas.empty()) AcrescentaPersonalizadas(ctx, tabela, colunas);
+    return colunas;
+}
+
+bool EhTabelaDoDicionario(TContexto& ctx, const std::string& nome) {
+    return ctx.dm.SArquivoNovo.Existe("NOME_ARQUIVO", {nome}) || !ctx.dm.Atualiza.ColunasDoDicionario(nome).empty() ||
+           ContaRegistros(ctx.Conexao(),
+                          "select count(*) as total from SARQUIVO where Upper(NOME_ARQUIVO) = " + Aspas(nome)) > 0;
+}
+
+}  // namespace
+
+std::optional<std::string> ImpedimentoDaReconstrucao(TContexto& ctx, const std::string& tabela) {
+    if (ctx.dm.SatribNovo.IsEmpty()) return "O pacote não tem colunas da tabela " + tabela;
+    if (const std::string backup = NomeDaBackup(tabela); EhTabelaDoDicionario(ctx, backup))
+        return "A tabela de backup " + backup + " teria o nome de uma tabela do dicionário";
+    return ctx.dm.Atualiza.ImpedimentoParaCriar(tabela, ColunasNovas(ctx, tabela));
+}
+
+}  // namespace wkd

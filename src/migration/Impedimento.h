@@ -1,0 +1,14 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "Contexto.h"
+
+namespace wkd {
+
+/// Why a table, its name in capitals, must not be rebuilt: the package's columns of it cannot make a table, or its
+/// backup table would have the name of a business table. Expects SatribNovo on the table.
+std::optional<std::string> ImpedimentoDaReconstrucao(TContexto& ctx, const std::string& tabela);
+
+}  // namespace wkd
