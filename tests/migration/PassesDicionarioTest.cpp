@@ -36,6 +36,10 @@ TEST_F(PassesDicionarioTest, TheReportDictionaryFollowsThePackage) {
     EXPECT_EQ(tela_.atuais,
               (std::vector<std::string>{"Dicionário de dados: Tabela...", "Dicionário de dados: Campos...", ""}));
     EXPECT_EQ(tela_.geral.Maximo() + tela_.geral.Posicao(), 0);
+
+    const std::string depois = Retrato();
+    Dicionario_tabelas(ctx_);
+    EXPECT_EQ(Retrato(), depois);
 }
 
 TEST_F(PassesDicionarioTest, WithoutTheTextColumnTheNameStandsForIt) {
