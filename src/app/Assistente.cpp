@@ -9,6 +9,7 @@
 #include "DialogosQt.h"
 #include "Eco.h"
 #include "EstiloAmetista.h"
+#include "TextoQt.h"
 
 namespace wkd {
 
@@ -26,6 +27,13 @@ bool EscolheTela([[maybe_unused]] bool desassistida) {
     return true;
 }
 
+/// An unattended run's error stream holds what the run reports, not what Qt misses on a machine without desktop.
+void CalaAvisosDoQt() {
+    qInstallMessageHandler([](QtMsgType tipo, const QMessageLogContext&, const QString& texto) {
+        if (tipo == QtCriticalMsg || tipo == QtFatalMsg) EscreveNosErros(S(texto));
+    });
+}
+
 void Prepara(QApplication& aplicacao) {
     // Qt takes the user's locale over; numbers and path names of the engine go by "C", in UTF-8.
     std::setlocale(LC_ALL, "C");
@@ -33,11 +41,19 @@ void Prepara(QApplication& aplicacao) {
     QApplication::setStyle(new TEstiloAmetista);
     QApplication::setApplicationName("AtualizaWKD");
     QApplication::setDesktopFileName("atualizawkd");
-    QApplication::setWindowIcon(QIcon(":/AtualizaWKD.png"));
+    QApplication::setWindowIcon(QIcon(":/atualizawkd.png"));
     QLocale::setDefault(QLocale(QLocale::Portuguese, QLocale::Brazil));
     auto* textos = new QTranslator(&aplicacao);  // of the file dialogs
     if (textos->load("qtbase_pt_BR", QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
         QApplication::installTranslator(textos);
+}
+
+void GravaLog(const TLogDaExecucao& log) {
+    try {
+        log.Salva();
+    } catch (const std::exception& erro) {
+        EscreveNosErros(erro.what());
+    }
 }
 
 }  // namespace
@@ -48,6 +64,7 @@ TCodigoDeSaida AbreAssistente(int& argc, char** argv, const TAmbiente& ambiente,
         EscreveNosErros("Não há tela para o assistente. Para atualizar sem ela: AtualizaWKD \"ALIAS;\" PACOTE.zip");
         return TCodigoDeSaida::UsoIncorreto;
     }
+    if (desassistida) CalaAvisosDoQt();
     QApplication aplicacao(argc, argv);
     Prepara(aplicacao);
 
@@ -64,7 +81,7 @@ TCodigoDeSaida AbreAssistente(int& argc, char** argv, const TAmbiente& ambiente,
         return janela.Codigo();
     } catch (const std::exception& erro) {
         tela.Informacao(erro.what());
-        if (desassistida) log.Salva();
+        if (desassistida) GravaLog(log);
         return TCodigoDeSaida::SemConexao;
     }
 }

@@ -87,7 +87,7 @@ QStackedWidget* TFMAtualiza::Paginas() {
     const TAliases& aliases = dm_->SQLConnection1.Aliases();
     ntAtualiza_ = Nomeia(new QStackedWidget, "ntAtualiza");
     alias_ = new TPaginaAlias;
-    backup_ = new TPaginaBackup(aliases, meios_.ambiente.pastaPrograma, meios_.dialogos);
+    backup_ = new TPaginaBackup(aliases, meios_.ambiente.pastaPrograma, meios_.dialogos, meios_.tela);
     atualizacao_ = new TPaginaAtualizacao(meios_.dialogos);
     opcoes_ = new TPaginaOpcoes([this](std::string_view tabela) { return dm_->ExisteTabela(tabela); }, meios_.dialogos);
     status_ = new TPaginaStatus(meios_.dialogos);

@@ -6,15 +6,18 @@
 
 #include "Controles.h"
 #include "Dialogos.h"
+#include "Relatorio.h"
 #include "Restauracao.h"
 #include "TextoQt.h"
 
 namespace wkd {
 
-TPaginaBackup::TPaginaBackup(const TAliases& aliases, std::filesystem::path pastaPrograma, IDialogos& dialogos)
+TPaginaBackup::TPaginaBackup(const TAliases& aliases, std::filesystem::path pastaPrograma, IDialogos& dialogos,
+                             ITela& tela)
     : aliases_(aliases),
       pastaPrograma_(std::move(pastaPrograma)),
       dialogos_(dialogos),
+      tela_(tela),
       edCaminhoBackup_(Edicao("edCaminhoBackup", "Pasta de backup")),
       edServerRest_(Edicao("edServerRest", "Servidor", "LocalHost")),
       edBancoRest_(Edicao("edBancoRest", "Caminho do Banco de Dados", "c:\\hbn\\dados\\rst\\hbn.fdb")),
@@ -35,13 +38,16 @@ TPaginaBackup::TPaginaBackup(const TAliases& aliases, std::filesystem::path past
     linhas->addWidget(Restaurar());
     linhas->addWidget(Relatorios());
     auto* botoes = new QHBoxLayout;
+    auto* relatorios = Botao("btRelatoriosBkp", "Fazer Backup dos relatórios");
+    relatorios->hide();
     auto* button2 = Botao("Button2", "Restaurar Padrões");
-    for (QPushButton* botao : {btExecutaBackup_, btRestauraBackup_, button2}) botoes->addWidget(botao);
+    for (QPushButton* botao : {btExecutaBackup_, btRestauraBackup_, relatorios, button2}) botoes->addWidget(botao);
     botoes->addStretch();
     linhas->addLayout(botoes);
 
     connect(cbRestaurar_, &QCheckBox::toggled, this, &TPaginaBackup::cbRestaurarClick);
     connect(button2, &QPushButton::clicked, this, &TPaginaBackup::Button2Click);
+    connect(relatorios, &QPushButton::clicked, this, &TPaginaBackup::btRelatoriosBkpClick);
     connect(btRestauraBackup_, &QPushButton::clicked, this, [] { RestauraBackup({}); });
 }
 
@@ -102,6 +108,17 @@ void TPaginaBackup::SpeedButton4Click() {
 void TPaginaBackup::SpeedButton5Click() {
     const QString arquivo = dialogos_.ArquivoParaGravar(Q(NomePropostoDosRelatorios(Agora())));
     if (!arquivo.isEmpty()) edRelatoriosBkp_->setText(arquivo);
+}
+
+/// The layouts of the alias's reports folder, else of the current one.
+void TPaginaBackup::btRelatoriosBkpClick() {
+    const std::string pasta = aliases_.INILeString(S(alias_), "RELATORIO", ".");
+    try {
+        const TOcupado ocupado(tela_, "Fazendo backup dos relatórios...");
+        FazBackupDosRelatorios(pasta, Caminho(edRelatoriosBkp_->text()));
+    } catch (const std::exception& erro) {
+        dialogos_.Informacao(Q(erro.what()));
+    }
 }
 
 }  // namespace wkd

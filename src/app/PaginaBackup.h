@@ -12,12 +12,13 @@ class QPushButton;
 namespace wkd {
 
 class IDialogos;
+class ITela;
 
 /// Page "backup": where the backup goes and where it is restored for a test.
 class TPaginaBackup : public QWidget {
     Q_OBJECT
   public:
-    TPaginaBackup(const TAliases& aliases, std::filesystem::path pastaPrograma, IDialogos& dialogos);
+    TPaginaBackup(const TAliases& aliases, std::filesystem::path pastaPrograma, IDialogos& dialogos, ITela& tela);
 
     /// Alias whose settings the defaults come from.
     void SetAlias(const QString& alias) { alias_ = alias; }
@@ -31,10 +32,12 @@ class TPaginaBackup : public QWidget {
     void Button2Click();
     void SpeedButton4Click();
     void SpeedButton5Click();
+    void btRelatoriosBkpClick();
 
     TAliases aliases_;
     std::filesystem::path pastaPrograma_;
     IDialogos& dialogos_;
+    ITela& tela_;
     QString alias_;
     QLineEdit* edCaminhoBackup_;
     QLineEdit* edServerRest_;

@@ -1,11 +1,12 @@
 #include <clocale>
 #include <csignal>
 #include <iostream>
+#include <variant>
 
 #include "Ambiente.h"
+#include "Assistente.h"
 #include "CodigoDeSaida.h"
 #include "ComandosDeAlias.h"
-#include "Desassistida.h"
 #include "LinhaDeComando.h"
 #include "Versao.h"
 
@@ -13,31 +14,32 @@ namespace {
 
 using namespace wkd;
 
-TCodigoDeSaida Atende(const TPedeAjuda&) {
-    std::cout << TextoDeAjuda();
-    return TCodigoDeSaida::Sucesso;
-}
+struct TPrograma {
+    int argc;
+    char** argv;
 
-TCodigoDeSaida Atende(const TPedeVersao&) {
-    std::cout << "AtualizaWKD " << kVersao << '\n';
-    return TCodigoDeSaida::Sucesso;
-}
+    TCodigoDeSaida operator()(const TPedeAjuda&) const {
+        std::cout << TextoDeAjuda();
+        return TCodigoDeSaida::Sucesso;
+    }
+    TCodigoDeSaida operator()(const TPedeVersao&) const {
+        std::cout << "AtualizaWKD " << kVersao << '\n';
+        return TCodigoDeSaida::Sucesso;
+    }
+    TCodigoDeSaida operator()(const TPedeListaAlias&) const { return ListaAliases(AmbientePadrao()); }
+    TCodigoDeSaida operator()(const TPedeNovoAlias& pedido) const { return NovoAlias(AmbientePadrao(), pedido); }
+    TCodigoDeSaida operator()(const TPedeRemoveAlias& pedido) const { return RemoveAlias(AmbientePadrao(), pedido); }
+    TCodigoDeSaida operator()(const TPedeTestaAlias& pedido) const { return TestaAlias(AmbientePadrao(), pedido); }
+    TCodigoDeSaida operator()(const TPedeJanela& pedido) { return Abre({pedido.argumento, {}}); }
+    TCodigoDeSaida operator()(const TPedeAtualizacao& pedido) { return Abre({pedido.alias + ";", pedido.pacote}); }
+    TCodigoDeSaida operator()(const TUsoIncorreto& pedido) const {
+        std::cerr << pedido.mensagem << "\nVeja AtualizaWKD --help." << std::endl;
+        return TCodigoDeSaida::UsoIncorreto;
+    }
 
-TCodigoDeSaida Atende(const TPedeListaAlias&) { return ListaAliases(AmbientePadrao()); }
-TCodigoDeSaida Atende(const TPedeNovoAlias& pedido) { return NovoAlias(AmbientePadrao(), pedido); }
-TCodigoDeSaida Atende(const TPedeRemoveAlias& pedido) { return RemoveAlias(AmbientePadrao(), pedido); }
-TCodigoDeSaida Atende(const TPedeTestaAlias& pedido) { return TestaAlias(AmbientePadrao(), pedido); }
-TCodigoDeSaida Atende(const TPedeAtualizacao& pedido) { return AtualizaDesassistida(AmbientePadrao(), pedido); }
-
-TCodigoDeSaida Atende(const TUsoIncorreto& pedido) {
-    std::cerr << pedido.mensagem << "\nVeja AtualizaWKD --help." << std::endl;
-    return TCodigoDeSaida::UsoIncorreto;
-}
-
-TCodigoDeSaida Atende(const TPedeJanela&) {
-    std::cerr << "Informe alias e pacote: AtualizaWKD \"ALIAS;\" PACOTE.zip\nVeja AtualizaWKD --help." << std::endl;
-    return TCodigoDeSaida::UsoIncorreto;
-}
+  private:
+    TCodigoDeSaida Abre(const TInicio& inicio) { return AbreAssistente(argc, argv, AmbientePadrao(), inicio); }
+};
 
 }  // namespace
 
@@ -48,6 +50,5 @@ int main(int argc, char** argv) {
     std::signal(SIGHUP, SIG_IGN);
 #endif
     const std::vector<std::string> argumentos(argv + 1, argv + argc);
-    return static_cast<int>(
-        std::visit([](const auto& pedido) { return Atende(pedido); }, LeLinhaDeComando(argumentos)));
+    return static_cast<int>(std::visit(TPrograma{argc, argv}, LeLinhaDeComando(argumentos)));
 }

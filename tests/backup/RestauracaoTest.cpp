@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "Arquivos.h"
 #include "PastaTemporaria.h"
 
 namespace wkd {
@@ -23,8 +24,8 @@ TEST(RestauracaoTest, TheTargetFollowsTheSettingsOfTheAlias) {
     };
     for (const TCaso& caso : casos) {
         TPastaTemporaria pasta;
-        pasta.Escreve("WKD.ini", std::string("[EMPRESA1]\n") + caso.secao + "\n");
-        const TAliases aliases(pasta.Caminho() / "WKD.ini");
+        EscreveArquivo(pasta / "WKD.ini", std::string("[EMPRESA1]\n") + caso.secao + "\n");
+        const TAliases aliases(pasta / "WKD.ini");
         EXPECT_EQ(DestinoDaRestauracao(aliases, "EMPRESA1", true).banco, caso.naBase) << caso.nome;
         EXPECT_EQ(DestinoDaRestauracao(aliases, "EMPRESA1", false).banco, caso.copia) << caso.nome;
         EXPECT_EQ(DestinoDaRestauracao(aliases, "EMPRESA1", true).servidor, caso.servidor) << caso.nome;

@@ -1,0 +1,256 @@
+#include <QAccessible>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QStackedWidget>
+#include <QTableWidget>
+
+#include "JanelaApoio.h"
+
+namespace wkd {
+namespace {
+
+class JanelaTest : public ::testing::Test {
+  protected:
+    JanelaTest() { Abre({}); }
+
+    void Abre(TInicio inicio) {
+        janela_.reset();
+        janela_ = std::make_unique<TJanelaDeTeste>(instalacao_, std::move(inicio));
+        janela_->Mostra();
+    }
+    template <class T>
+    T& C(const char* nome) {
+        return janela_->C<T>(nome);
+    }
+    void Clica(const char* nome) {
+        C<QPushButton>(nome).click();
+        janela_->Serve();
+    }
+    void EscolheAlias(const char* nome) {
+        auto& edAlias = C<QComboBox>("edAlias");
+        edAlias.setCurrentIndex(edAlias.findText(nome));
+        edAlias.showPopup();
+        edAlias.hidePopup();
+        janela_->Serve();
+    }
+    void EscolhePacote() { C<QLineEdit>("edAtualizacao").setText(QCaminho(instalacao_.Pacote())); }
+    void VaiAsOpcoes() {
+        EscolheAlias("LOJA");
+        EscolhePacote();
+        Clica("btProximo");
+        Clica("btProximo");
+        ASSERT_EQ(Onde(), "opcoes: Opções de Atualização");
+    }
+    /// "page: title", and the buttons that can be pressed behind it when asked for.
+    std::string Onde() {
+        return S(C<QStackedWidget>("ntAtualiza").currentWidget()->objectName() + ": " + C<QLabel>("lblTitulo").text());
+    }
+    std::string Botoes() {
+        std::string texto;
+        for (const char* nome : {"btVoltar", "btProximo", "btSair"})
+            if (C<QPushButton>(nome).isEnabled()) texto += S(C<QPushButton>(nome).text()) + " ";
+        return texto;
+    }
+    std::vector<std::string>& Informacoes() { return janela_->dialogos.informacoes; }
+
+    TInstalacao instalacao_;
+    std::unique_ptr<TJanelaDeTeste> janela_;
+};
+
+TEST_F(JanelaTest, StartsAsDesigned) {
+    EXPECT_EQ(janela_->Janela().windowTitle(), "AtualizaWKD v7.17");
+    EXPECT_EQ(janela_->Janela().size(), QSize(683, 428));
+    EXPECT_EQ(Onde(), "alias: Definir Alias que será atualizado");
+    EXPECT_EQ(Botoes(), "&Próximo &Sair ");
+    EXPECT_EQ(C<QComboBox>("edAlias").count(), 2);  // MENU is not offered
+    EXPECT_EQ(C<QComboBox>("edAlias").currentIndex(), -1);
+    EXPECT_EQ(C<QComboBox>("edAlias").toolTip(), QCaminho(instalacao_.Pasta() / "WKD.ini"));
+    EXPECT_TRUE(C<QTableWidget>("gridUsuariosOnline").isHidden());
+    EXPECT_EQ(C<QLabel>("lblAtual").text(), "Parado.");
+    for (const char* escondido : {"btAtualizar", "Button1", "btRelatoriosBkp"})
+        EXPECT_TRUE(C<QPushButton>(escondido).isHidden()) << escondido;
+    EXPECT_TRUE(C<QLineEdit>("url").isHidden());
+    EXPECT_TRUE(C<QPlainTextEdit>("MemoLog").isHidden());
+}
+
+TEST_F(JanelaTest, EveryControlIsReachedByKeyboardAndHasANameToRead) {
+    int lidos = 0;
+    for (QWidget* controle : janela_->Janela().findChildren<QWidget*>()) {
+        const bool interno = controle->objectName().isEmpty() || controle->objectName().startsWith("qt_");
+        if (interno || controle->focusPolicy() == Qt::NoFocus) continue;
+        const auto* lido = QAccessible::queryAccessibleInterface(controle);
+        ASSERT_NE(lido, nullptr);
+        EXPECT_FALSE(lido->text(QAccessible::Name).isEmpty()) << S(controle->objectName());
+        ++lidos;
+    }
+    EXPECT_GT(lidos, 25);
+}
+
+TEST_F(JanelaTest, WalksForthAndBackWithoutTheBackupPage) {
+    EscolheAlias("LOJA");
+    Clica("btProximo");
+    EXPECT_EQ(Onde(), "atualizacao: Definir Alias que será atualizado");
+    EXPECT_EQ(Botoes(), "&Voltar &Próximo &Sair ");
+    EscolhePacote();
+    Clica("btProximo");
+    EXPECT_EQ(Onde(), "opcoes: Opções de Atualização");
+    Clica("btProximo");
+    EXPECT_EQ(Onde(), "status: Status");
+    EXPECT_EQ(Botoes(), "&Voltar Atualizar &Sair ");
+    Clica("btVoltar");
+    EXPECT_EQ(Onde(), "opcoes: Opções");
+    EXPECT_EQ(Botoes(), "&Voltar &Próximo &Sair ");
+    Clica("btVoltar");
+    EXPECT_EQ(Onde(), "atualizacao: Atualização");
+    Clica("btVoltar");
+    EXPECT_EQ(Onde(), "alias: Definir Alias que será atualizado");
+    EXPECT_EQ(Botoes(), "&Próximo &Sair ");
+}
+
+TEST_F(JanelaTest, TheCommandLineChoosesTheAliasAndTheBackupPage) {
+    Abre({"loja;NoBkp", {}});
+    EXPECT_EQ(C<QComboBox>("edAlias").currentText(), "LOJA");
+    EXPECT_EQ(C<QLabel>("lblNumUsuarios").text(), "0");
+    Clica("btProximo");
+    EXPECT_EQ(Onde(), "backup: Backup/Restauração");
+    const QString pasta = QCaminho(instalacao_.Pasta()) + "/";
+    auto& restaurar = C<QCheckBox>("cbRestaurar");
+    EXPECT_EQ(C<QLineEdit>("edBancoRest").text(), "c:\\hbn\\dados\\rst\\hbn.fdb");
+    restaurar.click();
+    EXPECT_EQ(C<QLineEdit>("edBancoRest").text(), pasta + "loja.fdb");
+    EXPECT_TRUE(C<QPushButton>("btRestauraBackup").isEnabled());
+    restaurar.click();
+    EXPECT_EQ(C<QLineEdit>("edBancoRest").text(), pasta + "LOJA_res.fdb");
+    EXPECT_TRUE(C<QPushButton>("btExecutaBackup").isEnabled());
+    EXPECT_FALSE(C<QPushButton>("btRestauraBackup").isEnabled());
+
+    std::filesystem::copy(std::string(WKD_EXEMPLOS) + "/pacote/Clientes.rtm", instalacao_.Pasta());
+    janela_->dialogos.arquivo = pasta + "rel.zip";
+    Clica("SpeedButton5");
+    Clica("btRelatoriosBkp");
+    EXPECT_TRUE(std::filesystem::exists(instalacao_.Pasta() / "rel.zip"));
+    Clica("btProximo");
+    Clica("btVoltar");
+    EXPECT_EQ(Onde(), "alias: Definir Alias que será atualizado");
+
+    Abre({"LOJA", {}});  // without ";" no alias
+    EXPECT_EQ(C<QComboBox>("edAlias").currentIndex(), -1);
+    Abre({"NENHUM;", {}});
+    EXPECT_EQ(Informacoes(), std::vector<std::string>{"Não foi possível convetar ao banco, favor informar um alias "
+                                                      "válido ou verifique as configurações do mesmo"});
+    EXPECT_FALSE(janela_->Janela().isVisible());
+}
+
+TEST_F(JanelaTest, ShowsTheConnectedUsersOfAnAlias) {
+    instalacao_.Conexao()->ExecuteDirect("update csenha set flag1 = 1 where codigo = 2");
+    EscolheAlias("LOJA");
+    auto& grade = C<QTableWidget>("gridUsuariosOnline");
+    EXPECT_EQ(C<QLabel>("lblNumUsuarios").text(), "1");
+    ASSERT_EQ(grade.rowCount(), 1);
+    EXPECT_TRUE(grade.isVisible());
+    EXPECT_EQ(grade.item(0, 0)->text() + grade.item(0, 1)->text(), "João ConceiçãoVendas");
+    EXPECT_TRUE(C<QLineEdit>("edCaminhoBanco").text().endsWith("loja.fdb"));
+
+    EscolheAlias("QUEBRADO");
+    EXPECT_EQ(C<QLabel>("lblNumUsuarios").text(), "-1 (Versão HBN3)");
+    EXPECT_TRUE(grade.isHidden());
+    EXPECT_TRUE(C<QLineEdit>("edCaminhoBanco").text().endsWith("nenhum.fdb"));
+    EXPECT_TRUE(Informacoes().empty());
+    Clica("btProximo");
+    EXPECT_EQ(Onde(), "atualizacao: Definir Alias que será atualizado");
+}
+
+TEST_F(JanelaTest, APackageThatDoesNotExistIsRefused) {
+    Clica("btProximo");
+    auto& pacote = C<QLineEdit>("edAtualizacao");
+    pacote.setText("/nao/existe.zip");
+    Clica("btProximo");
+    EXPECT_EQ(Informacoes(), std::vector<std::string>{"Arquivo de atualização não foi encontrado"});
+    EXPECT_EQ(Onde(), "atualizacao: Definir Alias que será atualizado");
+    EXPECT_EQ(janela_->Janela().focusWidget(), &pacote);
+    EXPECT_EQ(pacote.selectedText(), "/nao/existe.zip");
+    janela_->dialogos.arquivo = QCaminho(instalacao_.Pacote());
+    Clica("SpeedButton3");
+    EXPECT_EQ(pacote.text(), QCaminho(instalacao_.Pacote()));
+}
+
+TEST_F(JanelaTest, TablesAreSelectedByName) {
+    VaiAsOpcoes();
+    auto& tabela = C<QComboBox>("edTabela");
+    auto& lista = C<QPlainTextEdit>("mListaTabelas");
+    EXPECT_GT(tabela.findText("TCLI_CON"), -1);
+    EXPECT_EQ(tabela.findText("SATRIB"), -1);
+    EXPECT_FALSE(tabela.isEnabled());
+    C<QCheckBox>("cbTabela").click();
+    EXPECT_TRUE(tabela.isEnabled() && lista.isEnabled());
+    for (const char* nome : {"tcli_con", "TCLI_CON", "tnada"}) {
+        tabela.setEditText(nome);
+        Clica("BitBtn1");
+    }
+    lista.appendPlainText("tproduto");
+    tabela.setEditText("TPRODUTO");
+    Clica("BitBtn1");
+    EXPECT_EQ(lista.toPlainText(), "TCLI_CON\ntproduto");
+    EXPECT_EQ(Informacoes(), (std::vector<std::string>{"A tabela TCLI_CON já foi adicionada a lista de atualização.",
+                                                       "A tabela TNADA não existe.",
+                                                       "A tabela TPRODUTO já foi adicionada a lista de atualização."}));
+
+    C<QRadioButton>("rgModoAtualizacao1").click();
+    for (const char* todas : {"cbAtualizaTodas", "cbCompleto"}) {
+        C<QCheckBox>(todas).click();
+        EXPECT_FALSE(C<QCheckBox>("cbTabela").isChecked());
+        EXPECT_FALSE(C<QCheckBox>("cbTabela").isEnabled());
+        EXPECT_FALSE(C<QGroupBox>("rgModoAtualizacao").isEnabled());
+        EXPECT_EQ(tabela.currentText(), "");
+        EXPECT_TRUE(C<QRadioButton>("rgModoAtualizacao0").isChecked());
+        EXPECT_EQ(lista.toPlainText(), "TCLI_CON\ntproduto");
+        C<QCheckBox>(todas).click();
+        EXPECT_TRUE(C<QCheckBox>("cbTabela").isEnabled());
+        C<QCheckBox>("cbTabela").click();
+        C<QRadioButton>("rgModoAtualizacao1").click();
+    }
+}
+
+TEST_F(JanelaTest, EditBoxesAreRememberedButThePackageIsNot) {
+    C<QLineEdit>("edServerRest").setText("  ");
+    C<QLineEdit>("edBancoRest").setText(" D:\\ação.fdb ");
+    C<QLineEdit>("url").setText("http://x");
+    EscolhePacote();
+    janela_->Janela().close();
+    Abre({});
+    EXPECT_EQ(C<QLineEdit>("edServerRest").text(), "LocalHost");
+    EXPECT_EQ(C<QLineEdit>("edBancoRest").text(), " D:\\ação.fdb ");
+    EXPECT_EQ(C<QLineEdit>("url").text(), "http://x");
+    EXPECT_EQ(C<QLineEdit>("edAtualizacao").text(), "");
+    const TPreferencias gravadas(QCaminho(instalacao_.Pasta() / "preferencias.ini"));
+    EXPECT_EQ(gravadas.Le("edAtualizacao"), QCaminho(instalacao_.Pacote()));
+    EXPECT_EQ(gravadas.Le("edServerRest"), "  ");
+}
+
+TEST_F(JanelaTest, LeavingIsAskedFirst) {
+    const auto escape = [&] {
+        QKeyEvent tecla(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+        QApplication::sendEvent(&janela_->Janela(), &tecla);
+    };
+    Clica("btSair");
+    escape();
+    EXPECT_TRUE(janela_->Janela().isVisible());
+    EXPECT_EQ(janela_->dialogos.perguntas, std::vector<std::string>(2, "Deseja sair do programa de atualização?"));
+    EXPECT_FALSE(std::filesystem::exists(instalacao_.Pasta() / "AtualizaWKD.log"));
+    janela_->dialogos.respostas = {true};
+    escape();
+    EXPECT_FALSE(janela_->Janela().isVisible());
+    EXPECT_TRUE(std::filesystem::exists(instalacao_.Pasta() / "AtualizaWKD.log"));
+    Abre({});
+    Clica("btLog");
+    EXPECT_EQ(janela_->dialogos.abertos, std::vector{QCaminho(instalacao_.Pasta() / "AtualizaWKD.log")});
+}
+
+}  // namespace
+}  // namespace wkd
