@@ -8,6 +8,13 @@
 
 namespace wkd {
 
+namespace {
+
+/// Tables whose columns are read one by one before those of all are read at once.
+constexpr int kUmaAUma = 8;
+
+}  // namespace
+
 TDataModulo::TDataModulo(TAliases aliases, ITela& tela, TFabricaDeConexao fabrica)
     : SQLConnection1(std::move(aliases), std::move(fabrica)), Atualiza(SQLConnection1), tela_(tela) {
     SArquivoNovo.SetFiltered(true);
@@ -38,7 +45,7 @@ void TDataModulo::AtualizaListaDeTabelas() {
     tabelas_ = SQLConnection1.NomesDeTabelas();
     nomes_.clear();
     for (const auto& nome : tabelas_) nomes_.insert(ChaveDeNome(nome));
-    colunas_.clear();
+    EsqueceTodasAsColunas();
 }
 
 bool TDataModulo::VerificaExisteCampo(std::string_view tabela, std::string_view coluna) {
@@ -48,14 +55,18 @@ bool TDataModulo::VerificaExisteCampo(std::string_view tabela, std::string_view 
 }
 
 const std::vector<TColunaFisica>& TDataModulo::ColunasFisicas(std::string_view tabela) {
-    if (aberturaDasColunas_ != SQLConnection1.Aberturas()) {
-        colunas_ = SQLConnection1.TodasAsColunas();
-        aberturaDasColunas_ = SQLConnection1.Aberturas();
-    }
+    if (aberturaDasColunas_ != SQLConnection1.Aberturas()) EsqueceTodasAsColunas();
     const std::string nome = ChaveDeNome(tabela);
+    if (!colunas_.contains(nome) && ++lidasUmaAUma_ == kUmaAUma) colunas_.merge(SQLConnection1.TodasAsColunas());
     const auto achada = colunas_.find(nome);
     if (achada != colunas_.end()) return achada->second;
     return colunas_.emplace(nome, SQLConnection1.Colunas(nome)).first->second;
+}
+
+void TDataModulo::EsqueceTodasAsColunas() {
+    colunas_.clear();
+    lidasUmaAUma_ = 0;
+    aberturaDasColunas_ = SQLConnection1.Aberturas();
 }
 
 void TDataModulo::EsqueceColunas(std::string_view tabela) { colunas_.erase(ChaveDeNome(tabela)); }

@@ -52,8 +52,8 @@ class TDataModulo {
     void AtualizaListaDeTabelas();
     const std::vector<std::string>& ListaDeTabelas() const { return tabelas_; }
 
-    /// Whether the physical column exists, letter case ignored; false for a missing table. The first use after a
-    /// connect reads the columns of all tables in one sweep; a table forgotten since is read again alone.
+    /// Whether the physical column exists, letter case ignored; false for a missing table. Columns are read once a
+    /// table: one by one for the first few tables asked for, then those of all tables in one sweep.
     bool VerificaExisteCampo(std::string_view tabela, std::string_view coluna);
     /// Physical columns of the table, from the same cache.
     const std::vector<TColunaFisica>& ColunasFisicas(std::string_view tabela);
@@ -77,11 +77,14 @@ class TDataModulo {
     void UnzipUnZipComplete();
 
   private:
+    void EsqueceTodasAsColunas();
+
     ITela& tela_;
     std::vector<std::string> tabelas_;
     std::set<std::string> nomes_;  // in capitals
     TColunasPorTabela colunas_;
-    int aberturaDasColunas_ = 0;  // connect that colunas_ was swept under
+    int aberturaDasColunas_ = 0;  // connect that colunas_ was read under
+    int lidasUmaAUma_ = 0;
 };
 
 }  // namespace wkd
