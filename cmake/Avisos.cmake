@@ -4,6 +4,9 @@ if(MSVC)
     target_compile_options(wkd_avisos INTERFACE /W4 /WX /utf-8)
 else()
     target_compile_options(wkd_avisos INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Werror)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+        target_compile_options(wkd_avisos INTERFACE -Wno-restrict)  # GCC 12 sees overlaps in std::string's operator+
+    endif()
 endif()
 
 if(WKD_SANITIZE)

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Connection.h"
+#include "PastaTemporaria.h"
+
+namespace wkd {
+
+/// The installed program in a folder of its own, with an example database of an older release (alias "LOJA") and the
+/// example package of a newer one, run from outside.
+class TInstalacao {
+  public:
+    TInstalacao();
+
+    struct TSaida {
+        int codigo = -1;
+        std::string saida, erros;
+        bool Diz(std::string_view texto) const { return (saida + erros).find(texto) != std::string::npos; }
+    };
+    /// Runs the program with these arguments; standard input is `entrada`.
+    TSaida Roda(const std::vector<std::string>& argumentos, const std::string& entrada = "") const;
+    /// The unattended update of the alias "LOJA".
+    TSaida Atualiza(const std::string& pacote = "pacote.zip") const { return Roda({"LOJA;", pacote}); }
+
+    std::filesystem::path operator/(const std::filesystem::path& nome) const { return pasta_ / nome; }
+    std::string Arquivo(const std::filesystem::path& nome) const;
+    void Escreve(const std::filesystem::path& nome, std::string_view bytes) const;
+    /// Folder of the package's files; Empacota makes the package of what it holds.
+    std::filesystem::path PastaDoPacote() const { return pasta_ / "fontes"; }
+    void Empacota() const;
+
+    /// The database, open; nobody else may have it open meanwhile.
+    std::unique_ptr<TConnection> Banco() const;
+    /// Tables, columns, keys, indexes and the rows of every table but the log-like TINI, as text.
+    std::string Retrato() const;
+
+  private:
+    TPastaTemporaria pasta_;
+};
+
+}  // namespace wkd

@@ -1,0 +1,194 @@
+// The program from outside: command line, settings file, package, database, log, exit code.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include "Linhas.h"
+#include "ProgramaApoio.h"
+
+namespace wkd {
+namespace {
+
+namespace fs = std::filesystem;
+
+TEST(Programa, atualiza_um_banco_de_uma_versao_antiga) {
+    const TInstalacao loja;
+    const auto saida = loja.Atualiza();
+    EXPECT_EQ(saida.codigo, 0) << saida.saida << saida.erros;
+    EXPECT_TRUE(saida.Diz("Criou a tabela: TNOTA_FISCAL"));
+    EXPECT_TRUE(saida.Diz("Tempo de Atualização: 00:"));
+    EXPECT_TRUE(fs::exists(loja / "AtualizaWKD.log"));
+    EXPECT_FALSE(fs::exists(loja / "tmp/AtualWkd"));
+    {
+        const auto banco = loja.Banco();
+        EXPECT_EQ(Linhas(*banco, "select count(*), sum(limite_credito), max(email) from tcli_con"), "5|99500|<null>");
+        EXPECT_EQ(Linhas(*banco,
+                         "select versao from sarquivo where nome_arquivo in ('TCLI_CON', 'TNOTA_FISCAL') "
+                         "order by nome_arquivo"),
+                  "4|1");
+        EXPECT_EQ(Linhas(*banco, "select codigo, versao, iif(utl_atualizacao > '2026-01-01', 1, 0) from sistema"),
+                  "1|7.17|1");
+        EXPECT_EQ(banco->ChavePrimaria("TNOTA_FISCAL").colunas, (std::vector<std::string>{"SERIE", "NUMERO"}));
+        EXPECT_EQ(banco->Indices("TNOTA_FISCAL").size(), 2u);
+        EXPECT_EQ(Linhas(*banco, "select count(*) from satrib where arquivo = 'TTRANSPORTADORA'"), "4");
+    }
+    const std::string depois = loja.Retrato();
+    const auto segunda = loja.Atualiza();
+    EXPECT_EQ(segunda.codigo, 0) << segunda.erros;
+    EXPECT_FALSE(segunda.Diz("Atualizou o arquivo"));
+    EXPECT_FALSE(segunda.Diz("Executando Query"));
+    EXPECT_EQ(loja.Retrato(), depois);
+}
+
+TEST(Programa, ajuda_versao_e_argumentos_errados) {
+    const TInstalacao loja;
+    EXPECT_EQ(loja.Roda({"--help"}).codigo, 0);
+    EXPECT_TRUE(loja.Roda({"--version"}).Diz("7.17"));
+    EXPECT_EQ(loja.Roda({"LOJA", "pacote.zip"}).codigo, 64);
+    EXPECT_EQ(loja.Roda({"--nada"}).codigo, 64);
+}
+
+TEST(Programa, mantem_os_aliases) {
+    const TInstalacao loja;
+    const std::vector<std::string> novo = {
+        "--novo-alias",       "FILIAL",     "--tipo",   "tbInterbase", "--hostname", "",      "--path",
+        (loja / "").string(), "--database", "loja.fdb", "--usuario",   "SYSDBA",     "--menu"};
+    EXPECT_EQ(loja.Roda(novo, "segredo da filial\n").codigo, 0);
+    EXPECT_EQ(loja.Arquivo("WKD.ini").find("segredo"), std::string::npos);
+    EXPECT_EQ(loja.Roda({"--lista-alias"}).saida, "LOJA\nFILIAL\n");
+    const auto teste = loja.Roda({"--testa-alias", "FILIAL"});
+    EXPECT_EQ(teste.codigo, 0) << teste.erros;
+    EXPECT_TRUE(teste.Diz("tbInterbase") && teste.Diz("loja.fdb") && teste.Diz("Firebird 3")) << teste.saida;
+    EXPECT_EQ(loja.Roda({"--remove-alias", "FILIAL"}).codigo, 0);
+    EXPECT_EQ(loja.Roda({"--testa-alias", "FILIAL"}).codigo, 3);
+}
+
+/// What is wrong, the exit code it ends in, and what the message must name.
+struct TCaso {
+    const char* nome;
+    std::function<void(const TInstalacao&)> estraga;
+    int codigo;
+    std::vector<const char*> mencoes;
+};
+
+void TrocaNoIni(const TInstalacao& loja, const std::string& de, const std::string& para) {
+    std::string ini = loja.Arquivo("WKD.ini");
+    ini.replace(ini.find(de), de.size(), para);
+    loja.Escreve("WKD.ini", ini);
+}
+
+void TrocaNoPacote(const TInstalacao& loja, const fs::path& arquivo, std::string_view bytes) {
+    loja.Escreve("fontes" / arquivo, bytes);
+    loja.Empacota();
+}
+
+TEST(Programa, diz_o_que_esta_errado_e_deixa_o_banco_como_estava) {
+    const TCaso casos[] = {
+        {"no settings file", [](auto& loja) { fs::remove(loja / "WKD.ini"); }, 3, {"WKD.Ini"}},
+        {"unknown alias", [](auto& loja) { TrocaNoIni(loja, "[LOJA]", "[OUTRA]"); }, 3, {"LOJA", "WKD.ini"}},
+        {"unknown kind", [](auto& loja) { TrocaNoIni(loja, "tbInterbase", "tbDbase"); }, 3, {"tbDbase"}},
+        {"kind without driver", [](auto& loja) { TrocaNoIni(loja, "tbInterbase", "tbOracle"); }, 3, {"tbOracle"}},
+        {"server down", [](auto& loja) { TrocaNoIni(loja, "Hostname=", "Hostname=127.0.0.1/1"); }, 3, {"127.0.0.1"}},
+        {"database missing", [](auto& loja) { fs::rename(loja / "loja.fdb", loja / "x.fdb"); }, 3, {"loja.fdb"}},
+        {"not a database", [](auto& loja) { loja.Escreve("loja.fdb", std::string(9000, 'x')); }, 3, {"loja.fdb"}},
+        {"package missing",
+         [](auto& loja) { fs::remove(loja / "pacote.zip"); },
+         2,
+         {"Arquivo de atualizção não existe"}},
+        {"package not a zip",
+         [](auto& loja) { loja.Escreve("pacote.zip", "isto não é um zip"); },
+         2,
+         {"pacote.zip", "zip"}},
+        {"package truncated",
+         [](auto& loja) { fs::resize_file(loja / "pacote.zip", fs::file_size(loja / "pacote.zip") / 2); },
+         2,
+         {"pacote.zip"}},
+        {"no table snapshot",
+         [](auto& loja) {
+             fs::remove(loja / "fontes/SARQUIVO.WKD");
+             loja.Empacota();
+         },
+         2,
+         {"SARQUIVO.WKD"}},
+        {"snapshot truncated",
+         [](auto& loja) { TrocaNoPacote(loja, "SAtrib.WKD", loja.Arquivo("fontes/SAtrib.WKD").substr(0, 3000)); },
+         2,
+         {"SAtrib.WKD"}},
+        {"snapshot of another format",
+         [](auto& loja) { TrocaNoPacote(loja, "SAtrib.WKD", "%PDF-1.4"); },
+         2,
+         {"SAtrib.WKD"}},
+        {"snapshot without a column",
+         [](auto& loja) {
+             std::string texto = loja.Arquivo("fontes/SARQUIVO.WKD");
+             for (std::size_t p = 0; (p = texto.find("NOME_ARQUIVO", p)) != std::string::npos;)
+                 texto.replace(p, 12, "NOME");
+             TrocaNoPacote(loja, "SARQUIVO.WKD", texto);
+         },
+         2,
+         {"SARQUIVO.WKD", "NOME_ARQUIVO"}},
+        {"the maker's own alias", [](auto& loja) { TrocaNoIni(loja, "[LOJA]", "[wkd]"); }, 2, {"WKD Software"}},
+    };
+    for (const TCaso& caso : casos) {
+        SCOPED_TRACE(caso.nome);
+        const TInstalacao loja;
+        caso.estraga(loja);
+        const bool doFabricante = loja.Arquivo("WKD.ini").find("[wkd]") != std::string::npos;
+        const auto saida = doFabricante ? loja.Roda({" wkd;", "pacote.zip"}) : loja.Atualiza();
+        EXPECT_EQ(saida.codigo, caso.codigo) << saida.saida << saida.erros;
+        for (const char* mencao : caso.mencoes) EXPECT_TRUE(saida.Diz(mencao)) << mencao << "\n" << saida.erros;
+        EXPECT_FALSE(saida.Diz("Atualizou o arquivo"));
+        if (caso.codigo != 2) continue;
+        const auto banco = loja.Banco();
+        EXPECT_EQ(Linhas(*banco, "select count(*), sum(versao) from sarquivo"), "12|20");
+        EXPECT_EQ(Linhas(*banco, "select count(*) from tini"), "0");
+    }
+}
+
+TEST(Programa, recusa_um_banco_sem_dicionario) {
+    const TInstalacao loja;
+    loja.Banco()->ExecuteDirect("drop table SATRIB");
+    const std::string antes = loja.Retrato();
+    const auto saida = loja.Atualiza();
+    EXPECT_EQ(saida.codigo, 2) << saida.erros;
+    EXPECT_TRUE(saida.Diz("SATRIB"));
+    EXPECT_EQ(loja.Retrato(), antes);
+}
+
+TEST(Programa, nao_roda_duas_vezes_ao_mesmo_tempo) {
+    const TInstalacao loja;
+    const int trava = open((loja / "tmp/AtualWkd.lock").c_str(), O_CREAT | O_RDWR, 0600);
+    ASSERT_EQ(flock(trava, LOCK_EX), 0);
+    const auto saida = loja.Atualiza();
+    close(trava);
+    EXPECT_EQ(saida.codigo, 2) << saida.saida << saida.erros;
+    EXPECT_FALSE(saida.Diz("Iniciando atualização"));
+}
+
+TEST(Programa, para_diante_de_usuarios_conectados_quando_a_mudanca_e_exclusiva) {
+    const TInstalacao loja;
+    loja.Banco()->ExecuteDirect("update csenha set flag1 = 1");
+    const auto saida = loja.Atualiza();
+    EXPECT_EQ(saida.codigo, 2) << saida.erros;
+    EXPECT_TRUE(saida.Diz("Tabela = TCONTAS_REC | Campo = DOCUMENTO de ftString(20) para ftString(30)"));
+    EXPECT_TRUE(saida.Diz("Esta atualização requer que todos os usuários fechem o sistema."));
+    EXPECT_EQ(Linhas(*loja.Banco(), "select count(*), sum(versao) from sarquivo"), "12|20");
+}
+
+TEST(Programa, relata_o_que_falha_numa_tabela_e_segue) {
+    const TInstalacao loja;
+    TrocaNoPacote(loja, "SPESQ.WKD",
+                  "<?xml version=\"1.0\"?><DATAPACKET Version=\"2.0\"><METADATA><FIELDS>"
+                  "<FIELD attrname=\"ARQUIVO\" fieldtype=\"string\" WIDTH=\"200\"/></FIELDS></METADATA>"
+                  "<ROWDATA><ROW ARQUIVO=\"" +
+                      std::string(120, 'A') + "\"/></ROWDATA></DATAPACKET>");
+    const auto saida = loja.Atualiza();
+    EXPECT_EQ(saida.codigo, 1) << saida.erros;
+    EXPECT_TRUE(saida.erros.find("SPESQ") != std::string::npos) << saida.erros;
+    EXPECT_NE(loja.Arquivo("AtualizaWKD.log").find("SPESQ"), std::string::npos);
+    EXPECT_TRUE(saida.Diz("Criou a tabela: TNOTA_FISCAL"));
+}
+
+}  // namespace
+}  // namespace wkd
