@@ -25,7 +25,7 @@ unsigned Meio(std::string_view bytes, std::size_t posicao) {
 }  // namespace
 
 std::string TDigitos::Texto() const {
-    std::string texto(digitos);
+    std::string texto(SemZeros(digitos));
     const auto casas = static_cast<std::size_t>(escala);
     if (texto.size() <= casas) texto.insert(0, casas + 1 - texto.size(), '0');
     if (casas > 0) texto.insert(texto.size() - casas, ".");

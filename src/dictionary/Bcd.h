@@ -15,7 +15,7 @@ struct TDigitos {
     std::string digitos;
     int escala = 0;
 
-    /// Such as "-123.45".
+    /// Such as "-123.45": no zero at the left but the one before the point.
     std::string Texto() const;
     /// TDecimal, or the text when it does not fit.
     TValor Valor() const;

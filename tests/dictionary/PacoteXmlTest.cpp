@@ -32,7 +32,7 @@ TEST(PacoteXml, DecodificaCadaTipoDeValor) {
         {"r4", "0.1", static_cast<double>(0.1f)},
         {"r10", "3", 3.0},
         {"fixed", "-123.45", TDecimal{-12345, 2}},
-        {"fixedFMT", "12345678901234567890.5", "12345678901234567890.5"},
+        {"fixedFMT", "0012345678901234567890.50", "12345678901234567890.50"},
         {"boolean", "True", true},
         {"boolean", "FALSE", false},
         {"date", "20240229", DataDe(2024, 2, 29)},
