@@ -9,10 +9,12 @@ namespace wkd {
 
 /// Connection through libfbclient, embedded engine and server. Parameters read: "Database" ("file",
 /// "host:file" or "host/port:file"), "User_Name", "Password", "CharacterSet" (UTF8 when missing, or WIN1252 when the
-/// database's own default is NONE).
+/// database's own default is NONE). A path with accents needs setlocale(LC_CTYPE, "") in a
+/// UTF-8 locale before the first connection of the process.
 std::unique_ptr<TConnection> CriaConexaoFirebird(const TParametrosConexao& parametros);
 
-/// Makes an empty database file (page size in bytes, default character set) and closes it again.
+/// Makes an empty database file (page size in bytes, default character set from "CharacterSet", NONE without it) and
+/// closes it again. "ForcedWrites=False" leaves the order of its page writes to the system.
 void CriaBancoFirebird(const TParametrosConexao& parametros, int tamanhoPagina);
 
 }  // namespace wkd

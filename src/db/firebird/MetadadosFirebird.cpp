@@ -218,9 +218,10 @@ TColunasPorTabela TMetadadosFirebird::TodasAsColunas() {
 }
 
 TChavePrimaria TMetadadosFirebird::ChavePrimaria(std::string_view tabela) {
+    // The outer join keeps the server from starting at the segments of all indexes.
     auto& linha = Abre(chave_,
                        "select c.rdb$constraint_name, s.rdb$field_name from rdb$relation_constraints c"
-                       " join rdb$index_segments s on s.rdb$index_name = c.rdb$index_name"
+                       " left join rdb$index_segments s on s.rdb$index_name = c.rdb$index_name"
                        " where c.rdb$relation_name = :pTabela and c.rdb$constraint_type = 'PRIMARY KEY'"
                        " order by s.rdb$field_position",
                        tabela);
