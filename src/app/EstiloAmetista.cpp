@@ -1,5 +1,6 @@
 #include "EstiloAmetista.h"
 
+#include <QIcon>
 #include <QPainter>
 #include <QStyleOption>
 
@@ -33,6 +34,10 @@ QColor FundoDoBotao(const QStyleOption* opcao) {
     return baixo ? kPressionado : sobre ? kSobre : kCampo;
 }
 
+QColor FundoDoCampo(const QStyleOption* opcao) {
+    return opcao->state.testFlag(QStyle::State_ReadOnly) ? kFundo : opcao->palette.color(QPalette::Base);
+}
+
 /// Rectangle with round corners; the border lies on whole pixels of the screen.
 void Caixa(QPainter* pintor, const QRect& area, const QColor& fundo, const QColor& borda, double espessura = 1) {
     pintor->save();
@@ -51,6 +56,59 @@ QColor Borda(const QStyleOption* opcao) {
 
 double Espessura(const QStyleOption* opcao) {
     return opcao->state.testFlag(QStyle::State_HasFocus) && opcao->state.testFlag(QStyle::State_Enabled) ? 2 : 1;
+}
+
+void Marca(QPainter* pintor, const QStyleOption* opcao) {
+    const bool marcada = opcao->state.testFlag(QStyle::State_On);
+    const bool livre = opcao->state.testFlag(QStyle::State_Enabled);
+    const QColor cor = livre ? kAmetista : kBordaApagada;
+    const QRect area = opcao->rect.adjusted(0, 0, -1, -1);
+    Caixa(pintor, area, marcada ? cor : kCampo, livre ? kBorda : kBordaApagada);
+    if (!marcada) return;
+    const auto ponto = [&](double x, double y) {
+        return QPointF(area.x() + x * area.width(), area.y() + y * area.height());
+    };
+    pintor->save();
+    pintor->setRenderHint(QPainter::Antialiasing);
+    pintor->setPen(QPen(kTextoSobreAmetista, 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    pintor->drawPolyline(QPolygonF{ponto(0.27, 0.55), ponto(0.45, 0.73), ponto(0.76, 0.32)});
+    pintor->restore();
+}
+
+void Escolha(QPainter* pintor, const QStyleOption* opcao) {
+    const bool livre = opcao->state.testFlag(QStyle::State_Enabled);
+    const QRectF area = QRectF(opcao->rect).adjusted(0.5, 0.5, -1.5, -1.5);
+    pintor->save();
+    pintor->setRenderHint(QPainter::Antialiasing);
+    pintor->setPen(livre ? kBorda : kBordaApagada);
+    pintor->setBrush(kCampo);
+    pintor->drawEllipse(area);
+    if (opcao->state.testFlag(QStyle::State_On)) {
+        const double folga = area.width() / 4;
+        pintor->setPen(Qt::NoPen);
+        pintor->setBrush(livre ? kAmetista : kBordaApagada);
+        pintor->drawEllipse(area.adjusted(folga, folga, -folga, -folga));
+    }
+    pintor->restore();
+}
+
+/// Round sign of a message box: a letter on amethyst.
+QIcon Sinal(const QString& letra, const QColor& fundo) {
+    constexpr int kLado = 96;  // three times what is shown, for screens of high resolution
+    QPixmap desenho(kLado, kLado);
+    desenho.fill(Qt::transparent);
+    QPainter pintor(&desenho);
+    pintor.setRenderHint(QPainter::Antialiasing);
+    pintor.setPen(Qt::NoPen);
+    pintor.setBrush(fundo);
+    pintor.drawEllipse(desenho.rect().adjusted(3, 3, -3, -3));
+    QFont fonte = pintor.font();
+    fonte.setPixelSize(kLado * 2 / 3);
+    fonte.setBold(true);
+    pintor.setFont(fonte);
+    pintor.setPen(kTextoSobreAmetista);
+    pintor.drawText(desenho.rect(), Qt::AlignCenter, letra);
+    return desenho;
 }
 
 }  // namespace
@@ -76,6 +134,27 @@ QPalette TEstiloAmetista::standardPalette() const {
     return paleta;
 }
 
+QIcon TEstiloAmetista::standardIcon(StandardPixmap qual, const QStyleOption* opcao, const QWidget* controle) const {
+    switch (qual) {
+        case SP_MessageBoxInformation:
+            return Sinal("i", kAmetista);
+        case SP_MessageBoxQuestion:
+            return Sinal("?", kAmetista);
+        case SP_MessageBoxWarning:
+        case SP_MessageBoxCritical:
+            return Sinal("!", kVermelho);
+        default:
+            return QProxyStyle::standardIcon(qual, opcao, controle);
+    }
+}
+
+/// The title of a group stands clear of the group's corner.
+QRect TEstiloAmetista::subControlRect(ComplexControl controle, const QStyleOptionComplex* opcao, SubControl parte,
+                                      const QWidget* dono) const {
+    const QRect area = QProxyStyle::subControlRect(controle, opcao, parte, dono);
+    return controle == CC_GroupBox && parte == SC_GroupBoxLabel ? area.translated(10, 3) : area;
+}
+
 void TEstiloAmetista::drawPrimitive(PrimitiveElement elemento, const QStyleOption* opcao, QPainter* pintor,
                                     const QWidget* controle) const {
     switch (elemento) {
@@ -89,10 +168,16 @@ void TEstiloAmetista::drawPrimitive(PrimitiveElement elemento, const QStyleOptio
         case PE_PanelLineEdit:
             if (const auto* quadro = qstyleoption_cast<const QStyleOptionFrame*>(opcao);
                 quadro && quadro->lineWidth > 0)
-                Caixa(pintor, opcao->rect, opcao->palette.color(QPalette::Base), Borda(opcao), Espessura(opcao));
+                Caixa(pintor, opcao->rect, FundoDoCampo(opcao), Borda(opcao), Espessura(opcao));
             return;
         case PE_Frame:
             Caixa(pintor, opcao->rect, Qt::transparent, Borda(opcao), Espessura(opcao));
+            return;
+        case PE_IndicatorCheckBox:
+            Marca(pintor, opcao);
+            return;
+        case PE_IndicatorRadioButton:
+            Escolha(pintor, opcao);
             return;
         case PE_FrameGroupBox:
             Caixa(pintor, opcao->rect, Qt::transparent, kBordaApagada);

@@ -17,6 +17,11 @@ class TEstiloAmetista : public QProxyStyle {
     TEstiloAmetista();
 
     QPalette standardPalette() const override;
+    void polish(QPalette& paleta) override { paleta = standardPalette(); }
+    using QProxyStyle::polish;
+    QIcon standardIcon(StandardPixmap qual, const QStyleOption* opcao, const QWidget* controle) const override;
+    QRect subControlRect(ComplexControl controle, const QStyleOptionComplex* opcao, SubControl parte,
+                         const QWidget* dono) const override;
     void drawPrimitive(PrimitiveElement elemento, const QStyleOption* opcao, QPainter* pintor,
                        const QWidget* controle) const override;
     void drawControl(ControlElement elemento, const QStyleOption* opcao, QPainter* pintor,

@@ -56,6 +56,7 @@ TFMAtualiza::TFMAtualiza(TDataModulo& daEntrada, const TMeios& meios, TInicio in
     partes->addWidget(Faixa());
     partes->addWidget(Paginas(), 1);
     partes->addWidget(Botoes());
+    btProximo_->setDefault(true);
     Liga();
     meios_.tela.Liga(*status_, *new TPainelOcupado(this));
 
@@ -107,7 +108,6 @@ QWidget* TFMAtualiza::Botoes() {
     btProximo_ = Botao("btProximo", "&Próximo");
     btSair_ = Botao("btSair", "&Sair");
     btVoltar_->setEnabled(false);
-    btProximo_->setDefault(true);
     auto* linha = new QHBoxLayout(faixa);
     linha->setContentsMargins(14, 0, 14, 0);
     linha->addStretch();

@@ -6,6 +6,7 @@ namespace wkd {
 
 TMemoDeLinhas::TMemoDeLinhas(QWidget* pai) : QPlainTextEdit(pai) {
     setReadOnly(true);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored);
     setUndoRedoEnabled(false);
     setTabChangesFocus(true);
     setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);

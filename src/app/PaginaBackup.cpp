@@ -54,6 +54,7 @@ TPaginaBackup::TPaginaBackup(const TAliases& aliases, std::filesystem::path past
 QWidget* TPaginaBackup::Destino() {
     auto* grupo = new QGroupBox("Destino do Backup");
     auto* linha = new QHBoxLayout(grupo);
+    linha->setContentsMargins(10, 4, 10, 8);
     auto* escolhe = Reticencias("SpeedButton4", "Escolher a pasta de backup");
     linha->addWidget(new QLabel("Pasta de backup"));
     linha->addWidget(edCaminhoBackup_);
@@ -65,6 +66,7 @@ QWidget* TPaginaBackup::Destino() {
 QWidget* TPaginaBackup::Restaurar() {
     auto* grupo = new QGroupBox("Restaurar em:");
     auto* linhas = new QGridLayout(grupo);
+    linhas->setContentsMargins(10, 4, 10, 8);
     linhas->addWidget(new QLabel("Servidor"), 0, 0);
     linhas->addWidget(edServerRest_, 0, 1);
     linhas->addWidget(cbRestaurar_, 0, 2);
@@ -76,6 +78,7 @@ QWidget* TPaginaBackup::Restaurar() {
 QWidget* TPaginaBackup::Relatorios() {
     auto* grupo = new QGroupBox("Salvar Relatórios em:");
     auto* linha = new QHBoxLayout(grupo);
+    linha->setContentsMargins(10, 4, 10, 8);
     auto* escolhe = Reticencias("SpeedButton5", "Escolher o arquivo do backup dos relatórios");
     linha->addWidget(edRelatoriosBkp_);
     linha->addWidget(escolhe);

@@ -67,6 +67,7 @@ QWidget* TPaginaStatus::Erros() {
     connect(salva, &QPushButton::clicked, this, &TPaginaStatus::SpeedButton2Click);
 
     auto* parte = new QWidget;
+    parte->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored);
     auto* linhas = new QGridLayout(parte);
     linhas->setContentsMargins(0, 0, 0, 0);
     linhas->setVerticalSpacing(4);

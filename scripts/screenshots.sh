@@ -1,0 +1,9 @@
+#!/usr/bin/env bash
+# Pictures of every page of the window into docs/imagens, taken on a virtual screen: scripts/screenshots.sh [scale]
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+scripts/dependencies.sh
+scripts/build.sh release capturas
+QT_QPA_PLATFORM=xcb QT_SCALE_FACTOR=${1:-1} xvfb-run -a -s '-screen 0 1920x1200x24' \
+    build/release/bin/capturas docs/imagens

@@ -1,0 +1,150 @@
+#include <QElapsedTimer>
+#include <QFile>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QTimer>
+
+#include "JanelaApoio.h"
+#include "Linhas.h"
+
+namespace wkd {
+namespace {
+
+/// Serves the window until it is closed or half a minute has passed.
+void EsperaFechar(TJanelaDeTeste& janela) {
+    QElapsedTimer relogio;
+    for (relogio.start(); janela.Janela().isVisible() && relogio.elapsed() < 30'000;) QApplication::processEvents();
+}
+
+TEST(ExecucaoTest, UpdatesFromClickToEndAndStaysAlive) {
+    TInstalacao instalacao;
+    TJanelaDeTeste janela(instalacao, {"LOJA;", {}});
+    janela.Mostra();
+    janela.C<QLineEdit>("edAtualizacao").setText(QCaminho(instalacao.Pacote()));
+    for (int i = 0; i < 3; ++i) janela.C<QPushButton>("btProximo").click();
+    ASSERT_EQ(janela.C<QPushButton>("btProximo").text(), "Atualizar");
+
+    int servidas = 0;
+    QElapsedTimer desdeUltima;
+    QTimer relogio;
+    QObject::connect(&relogio, &QTimer::timeout, [&] {
+        ++servidas;
+        EXPECT_FALSE(janela.Janela().close()) << "closed during the run";
+        for (const char* nome : {"btVoltar", "btProximo", "btSair"})
+            EXPECT_FALSE(janela.C<QPushButton>(nome).isEnabled()) << nome;
+    });
+    relogio.start(10);
+    janela.dialogos.aoInformar = [&] { relogio.stop(); };
+    janela.dialogos.respostas = {true};
+    janela.C<QPushButton>("btProximo").click();
+
+    EXPECT_GT(servidas, 3);
+    EXPECT_EQ(janela.dialogos.informacoes, std::vector<std::string>{"Atualização concluída com sucesso"});
+    EXPECT_EQ(janela.dialogos.perguntas, std::vector<std::string>{"Deseja visualizar arquivo de log?"});
+    EXPECT_EQ(janela.dialogos.abertos.size(), 1u);
+    EXPECT_TRUE(janela.C<QPushButton>("btSair").isEnabled());
+    EXPECT_FALSE(janela.C<QPushButton>("btVoltar").isEnabled());
+    EXPECT_FALSE(janela.C<QPushButton>("btProximo").isEnabled());
+    const QString memo1 = janela.C<QPlainTextEdit>("Memo1").toPlainText();
+    EXPECT_TRUE(memo1.contains("Atualizou o arquivo: TCLI_CON"));
+    EXPECT_TRUE(memo1.section('\n', -1).startsWith("Tempo de Atualização: ")) << S(memo1.right(200));
+    EXPECT_EQ(Linhas(*instalacao.Conexao(), "select versao from sarquivo where nome_arquivo = 'TCLI_CON'"), "4");
+    EXPECT_TRUE(janela.Janela().close());
+}
+
+TEST(ExecucaoTest, AnEarlyEndFreesTheWindowForClosing) {
+    TInstalacao instalacao;
+    TJanelaDeTeste janela(instalacao, {"LOJA;", {}});
+    janela.Mostra();
+    janela.C<QLineEdit>("edAtualizacao").setText("/nao/existe.zip");
+    janela.C<QPushButton>("btAtualizar").click();
+    EXPECT_EQ(janela.dialogos.informacoes, std::vector<std::string>{"Arquivo de atualizção não existe"});
+    EXPECT_FALSE(janela.C<QPushButton>("btSair").isEnabled());
+    EXPECT_TRUE(janela.Janela().close());
+}
+
+TEST(ExecucaoTest, UnattendedEndsWithItsCodeAndAsksNobody) {
+    TInstalacao instalacao;
+    struct TCaso {
+        const char* alias;
+        std::filesystem::path pacote;
+        TCodigoDeSaida codigo;
+        const char* noLog;
+    };
+    const TCaso casos[] = {
+        {"NENHUM;", instalacao.Pacote(), TCodigoDeSaida::SemConexao, "Não foi possível convetar ao banco"},
+        {"LOJA;", "/nao/existe.zip", TCodigoDeSaida::Encerrada, "Arquivo de atualizção não existe"},
+        {"loja;nobkp", instalacao.Pacote(), TCodigoDeSaida::Sucesso, ""},
+    };
+    for (const TCaso& caso : casos) {
+        TJanelaDeTeste janela(instalacao, {caso.alias, caso.pacote});
+        janela.Mostra();
+        EsperaFechar(janela);
+        EXPECT_FALSE(janela.Janela().isVisible()) << caso.alias;
+        // The example's update may report a row; that it finished is what counts here.
+        const bool terminou = janela.Janela().Codigo() == TCodigoDeSaida::ComErros;
+        EXPECT_TRUE(janela.Janela().Codigo() == caso.codigo || (terminou && !*caso.noLog)) << caso.alias;
+        EXPECT_TRUE(janela.dialogos.informacoes.empty() && janela.dialogos.perguntas.empty());
+        QFile log(QCaminho(instalacao.Pasta() / "AtualizaWKD.log"));
+        ASSERT_TRUE(log.open(QIODevice::ReadOnly));
+        EXPECT_TRUE(log.readAll().contains(caso.noLog)) << caso.noLog;
+    }
+    EXPECT_EQ(Linhas(*instalacao.Conexao(), "select versao from sarquivo where nome_arquivo = 'TCLI_CON'"), "4");
+}
+
+TEST(ExecucaoTest, AHundredThousandLinesAndAMillionRowsCostTheRunLittle) {
+    TInstalacao instalacao;
+    TJanelaDeTeste janela(instalacao);
+    janela.Mostra();
+    ITela& tela = janela.Tela();
+    QElapsedTimer relogio;
+    relogio.start();
+    for (int i = 1; i <= 100'000; ++i) {
+        tela.Memo1("Linha " + std::to_string(i));
+        tela.ProcessaMensagens();
+    }
+    const auto& memo1 = janela.C<QPlainTextEdit>("Memo1");
+    janela.Tela().Descarrega();
+    EXPECT_LT(relogio.elapsed(), 4'000);
+    EXPECT_EQ(memo1.blockCount(), 100'000);
+    EXPECT_EQ(memo1.verticalScrollBar()->value(), memo1.verticalScrollBar()->maximum());
+
+    relogio.restart();
+    tela.PbAtual().Define(0, 1'000'000, 1, 0);
+    for (int i = 1; i <= 1'000'000; ++i) {
+        tela.PbAtual().Posicao(i);
+        tela.LblAtual("Copiando registros da tabela TVENDA_ITENS");
+        tela.ProcessaMensagens();
+    }
+    janela.Tela().Descarrega();
+    EXPECT_LT(relogio.elapsed(), 1'000);  // a row of the copy itself takes tens of microseconds
+    EXPECT_EQ(janela.C<QProgressBar>("pbAtual").value(), 1'000'000);
+}
+
+TEST(ExecucaoTest, ErrorsCanBeSavedAndTheLogIsKeptNewestFirst) {
+    TInstalacao instalacao;
+    TJanelaDeTeste janela(instalacao);
+    janela.Mostra();
+    janela.Tela().Memo2("Erro na ação");
+    janela.Tela().Memo2("Outro");
+    janela.Tela().SetLog("primeira", "T1", "");
+    janela.Tela().SetLog("segunda", "", "Ação");
+    janela.dialogos.arquivo = QCaminho(instalacao.Pasta() / "erros.log");
+    janela.C<QPushButton>("SpeedButton2").click();
+    EXPECT_EQ(janela.dialogos.proposto, "AtualizaQueryErro.log");
+    QFile erros(janela.dialogos.arquivo);
+    ASSERT_TRUE(erros.open(QIODevice::ReadOnly));
+    EXPECT_EQ(erros.readAll(), "Erro na ação\r\nOutro\r\n");
+
+    janela.Tela().Descarrega();
+    const QString log = janela.C<QPlainTextEdit>("MemoLog").toPlainText();
+    EXPECT_TRUE(log.startsWith("\nAção: Ação\nTabela: \n[")) << S(log);
+    EXPECT_LT(log.indexOf("segunda"), log.indexOf("primeira"));
+}
+
+}  // namespace
+}  // namespace wkd
