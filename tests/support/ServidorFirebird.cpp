@@ -92,5 +92,5 @@ TServidorFirebird& TServidorFirebird::DoProcesso() {
 
 }  // namespace wkd
 
-/// The client library keeps what it allocated for its first log-in to a server until the process ends.
-extern "C" const char* __lsan_default_suppressions() { return "leak:libfbclient"; }
+/// The client library and its ICU keep some of what they allocate once until the process ends.
+extern "C" const char* __lsan_default_suppressions() { return "leak:libfbclient\nleak:libicuuc"; }
