@@ -66,7 +66,7 @@ const fs::path& BancoDeExemplo() {
 
 }  // namespace
 
-TInstalacao::TInstalacao() {
+TProgramaInstalado::TProgramaInstalado() {
     fs::copy_file(WKD_PROGRAMA, pasta_ / "AtualizaWKD");
     fs::copy_file(BancoDeExemplo(), pasta_ / "loja.fdb");
     fs::copy(fs::path(WKD_EXEMPLOS) / "pacote", PastaDoPacote());
@@ -76,7 +76,8 @@ TInstalacao::TInstalacao() {
     Empacota();
 }
 
-TInstalacao::TSaida TInstalacao::Roda(const std::vector<std::string>& argumentos, const std::string& entrada) const {
+TProgramaInstalado::TSaida TProgramaInstalado::Roda(const std::vector<std::string>& argumentos,
+                                                    const std::string& entrada) const {
     Escreve("entrada.txt", entrada);
     std::string comando = "cd " + Aspas(pasta_.Caminho().string()) + " && TMPDIR=tmp ./AtualizaWKD";
     for (const std::string& argumento : argumentos) comando += " " + Aspas(argumento);
@@ -84,23 +85,25 @@ TInstalacao::TSaida TInstalacao::Roda(const std::vector<std::string>& argumentos
     return {WIFEXITED(estado) ? WEXITSTATUS(estado) : -1, Arquivo("saida.txt"), Arquivo("erros.txt")};
 }
 
-std::string TInstalacao::Arquivo(const fs::path& nome) const { return LeArquivo(pasta_ / nome); }
+std::string TProgramaInstalado::Arquivo(const fs::path& nome) const { return LeArquivo(pasta_ / nome); }
 
-void TInstalacao::Escreve(const fs::path& nome, std::string_view bytes) const { EscreveArquivo(pasta_ / nome, bytes); }
+void TProgramaInstalado::Escreve(const fs::path& nome, std::string_view bytes) const {
+    EscreveArquivo(pasta_ / nome, bytes);
+}
 
-void TInstalacao::Empacota() const {
+void TProgramaInstalado::Empacota() const {
     std::vector<fs::path> arquivos;
     for (const auto& entrada : fs::directory_iterator(PastaDoPacote())) arquivos.push_back(entrada.path());
     CompactaZip(arquivos, pasta_ / "pacote.zip");
 }
 
-std::unique_ptr<TConnection> TInstalacao::Banco() const {
+std::unique_ptr<TConnection> TProgramaInstalado::Banco() const {
     auto conexao = CriaConexaoFirebird(ParametrosFirebird(pasta_ / "loja.fdb"));
     conexao->Open();
     return conexao;
 }
 
-std::string TInstalacao::Retrato() const {
+std::string TProgramaInstalado::Retrato() const {
     const auto conexao = Banco();
     std::ostringstream retrato;
     for (const std::string& tabela : conexao->NomesDeTabelas()) {
@@ -112,6 +115,17 @@ std::string TInstalacao::Retrato() const {
         if (tabela != "SISTEMA") retrato << "  " << Linhas(*conexao, "select * from " + tabela) << "\n";
     }
     return retrato.str();
+}
+
+std::string PrimeiraDiferenca(const std::string& um, const std::string& outro) {
+    std::istringstream a(um), b(outro);
+    std::string linhaA, linhaB;
+    while (true) {
+        const bool temA = static_cast<bool>(std::getline(a, linhaA));
+        const bool temB = static_cast<bool>(std::getline(b, linhaB));
+        if (!temA && !temB) return "";
+        if (temA != temB || linhaA != linhaB) return (temA ? linhaA : "") + " | " + (temB ? linhaB : "");
+    }
 }
 
 }  // namespace wkd

@@ -11,9 +11,9 @@ namespace wkd {
 
 /// The installed program in a folder of its own, with an example database of an older release (alias "LOJA") and the
 /// example package of a newer one, run from outside.
-class TInstalacao {
+class TProgramaInstalado {
   public:
-    TInstalacao();
+    TProgramaInstalado();
 
     struct TSaida {
         int codigo = -1;
@@ -34,11 +34,14 @@ class TInstalacao {
 
     /// The database, open; nobody else may have it open meanwhile.
     std::unique_ptr<TConnection> Banco() const;
-    /// Tables, columns, keys, indexes and the rows of every table but the log-like TINI, as text.
+    /// Tables, columns, keys, indexes and the rows of every table, as text; SISTEMA's, which hold the time, left out.
     std::string Retrato() const;
 
   private:
     TPastaTemporaria pasta_;
 };
+
+/// First line in which two texts differ, as "one | other"; empty when they are equal.
+std::string PrimeiraDiferenca(const std::string& um, const std::string& outro);
 
 }  // namespace wkd

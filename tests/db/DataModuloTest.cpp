@@ -21,13 +21,14 @@ TEST_F(DataModuloTest, ColumnsComeFromTheCacheUntilTheTableIsForgotten) {
     Executa("create table TCLI (NOME varchar(10))");
     Executa("create table TPED (A integer)");
     EXPECT_TRUE(dm_.VerificaExisteCampo("tcli", "nome"));
+    EXPECT_TRUE(dm_.VerificaExisteCampo("TPED", "A"));
     EXPECT_FALSE(dm_.VerificaExisteCampo("TNADA", "NOME"));
 
     Executa("alter table TCLI add B integer");
     Executa("alter table TPED add B integer");
     dm_.EsqueceColunas("tcli");
     EXPECT_TRUE(dm_.VerificaExisteCampo("TCLI", "B"));
-    EXPECT_FALSE(dm_.VerificaExisteCampo("TPED", "B")) << "read with the sweep, not forgotten";
+    EXPECT_FALSE(dm_.VerificaExisteCampo("TPED", "B")) << "read before, not forgotten";
 
     Executa("create table TNADA (NOME integer)");
     dm_.AtualizaListaDeTabelas();
@@ -36,6 +37,15 @@ TEST_F(DataModuloTest, ColumnsComeFromTheCacheUntilTheTableIsForgotten) {
     Executa("alter table TPED add C integer");
     dm_.SQLConnection1.Open();
     EXPECT_TRUE(dm_.VerificaExisteCampo("TPED", "C")) << "a new connect reads anew";
+}
+
+TEST_F(DataModuloTest, ManyTablesAreReadInOneSweep) {
+    for (int i = 0; i < 12; ++i) Executa("create table T" + std::to_string(i) + " (A integer)");
+    for (int i = 0; i < 9; ++i) EXPECT_TRUE(dm_.VerificaExisteCampo("T" + std::to_string(i), "A"));
+    Executa("alter table T11 add B integer");
+    EXPECT_FALSE(dm_.VerificaExisteCampo("T11", "B")) << "read with all others, before it was altered";
+    dm_.EsqueceColunas("T11");
+    EXPECT_TRUE(dm_.VerificaExisteCampo("T11", "B"));
 }
 
 TEST_F(DataModuloTest, AStatementHasRunOnlyWhenItsCommitSucceeded) {
