@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QIcon>
 #include <QLibraryInfo>
+#include <QTimer>
 #include <QTranslator>
 #include <clocale>
 
@@ -41,7 +42,8 @@ void Prepara(QApplication& aplicacao) {
     QApplication::setStyle(new TEstiloAmetista);
     QApplication::setApplicationName("AtualizaWKD");
     QApplication::setDesktopFileName("atualizawkd");
-    QApplication::setWindowIcon(QIcon(":/atualizawkd.png"));
+    // Reading a picture loads all image plugins: not before the window is there.
+    QTimer::singleShot(100, &aplicacao, [] { QApplication::setWindowIcon(QIcon(":/atualizawkd.png")); });
     QLocale::setDefault(QLocale(QLocale::Portuguese, QLocale::Brazil));
     auto* textos = new QTranslator(&aplicacao);  // of the file dialogs
     if (textos->load("qtbase_pt_BR", QLibraryInfo::path(QLibraryInfo::TranslationsPath)))

@@ -1,5 +1,6 @@
 #include "ClienteHttp.h"
 
+#include <QNetworkAccessManager>
 #include <QNetworkReply>
 
 namespace wkd {
@@ -19,7 +20,8 @@ QNetworkRequest Pedido(const QUrl& url) {
 }  // namespace
 
 void TClienteHttp::Busca(const QUrl& url, TRecebido recebido) {
-    QNetworkReply* resposta = rede_.get(Pedido(url));
+    if (!rede_) rede_ = new QNetworkAccessManager(this);
+    QNetworkReply* resposta = rede_->get(Pedido(url));
     connect(resposta, &QNetworkReply::metaDataChanged, this,
             [this, resposta] { tamanhoEsperado_ = resposta->header(QNetworkRequest::ContentLengthHeader).toDouble(); });
     connect(resposta, &QNetworkReply::finished, this, [this, resposta, recebido = std::move(recebido)] {

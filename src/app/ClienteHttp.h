@@ -1,8 +1,10 @@
 #pragma once
 
-#include <QNetworkAccessManager>
 #include <QObject>
 #include <functional>
+
+class QNetworkAccessManager;
+class QUrl;
 
 namespace wkd {
 
@@ -19,7 +21,7 @@ class TClienteHttp : public QObject {
     double TamanhoEsperado() const { return tamanhoEsperado_; }
 
   private:
-    QNetworkAccessManager rede_;
+    QNetworkAccessManager* rede_ = nullptr;  // made at the first use
     double tamanhoEsperado_ = 0;
 };
 
