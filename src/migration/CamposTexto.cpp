@@ -52,8 +52,33 @@ std::array<std::string, 7> Comandos(const TColunaLonga& coluna, TTipoBanco banco
             dicionario + ";"};
 }
 
+// Which column of a table is under conversion, kept in TINI; without TINI the columns themselves must tell.
+constexpr std::string_view kSecaoDaMarca = "CampoMigraWKD";
+
+std::string ColunaMarcada(TContexto& ctx, const std::string& tabela) {
+    return ctx.dm.ExisteTabela("TINI") ? LeParametro(kSecaoDaMarca, tabela, "", &ctx.Conexao()) : "";
+}
+
+void Marca(TContexto& ctx, const TColunaLonga& coluna) {
+    if (ctx.dm.ExisteTabela("TINI")) GravaParametro(kSecaoDaMarca, coluna.tabela, coluna.nome, &ctx.Conexao());
+}
+
+void Desmarca(TContexto& ctx, const TColunaLonga& coluna) {
+    if (!ctx.dm.ExisteTabela("TINI")) return;
+    TWKDQuery q(ctx.Conexao(), "delete from tini where sessao = :pSESSAO and chave = :pCHAVE");
+    q.Param("pSESSAO", kSecaoDaMarca).Param("pCHAVE", coluna.tabela).ExecSQL();
+}
+
 bool EmConversao(TContexto& ctx, const TColunaLonga& coluna) {
     return ctx.dm.VerificaExisteCampo(coluna.tabela, kTemporaria);
+}
+
+/// Whether what is in the temporary column is, or may be, all that is left of this one.
+bool Interrompida(TContexto& ctx, const TColunaLonga& coluna) {
+    if (!EmConversao(ctx, coluna)) return false;
+    const std::string marcada = ColunaMarcada(ctx, coluna.tabela);
+    if (!marcada.empty()) return marcada == coluna.nome;
+    return !ctx.dm.VerificaExisteCampo(coluna.tabela, coluna.nome);
 }
 
 /// Number of the first statement to run, from 1; 0 for a column that is not physical. Goes by what an interrupted
@@ -93,22 +118,21 @@ void Ajusta(TContexto& ctx, const TColunaLonga& coluna) {
     const int primeiro = PrimeiroComando(ctx, coluna);
     if (primeiro == 0) return;
     if (primeiro <= 2) GuardaCortados(ctx, coluna);
+    Marca(ctx, coluna);
     const auto comandos = Comandos(coluna, ctx.Banco());
     for (std::size_t i = static_cast<std::size_t>(primeiro) - 1; i < comandos.size(); ++i) {
         ctx.dm.EsqueceColunas(coluna.tabela);
         ctx.Conexao().ExecuteDirect(comandos[i]);
     }
     ctx.dm.EsqueceColunas(coluna.tabela);
+    Desmarca(ctx, coluna);
 }
 
 }  // namespace
 
 void AjustaCamposStringMaior2000(TContexto& ctx) {
     auto colunas = ColunasLongas(ctx);
-    // A column that an interrupted conversion has dropped owns what is in the temporary one: it goes first.
-    std::ranges::stable_partition(colunas, [&](const TColunaLonga& coluna) {
-        return EmConversao(ctx, coluna) && !ctx.dm.VerificaExisteCampo(coluna.tabela, coluna.nome);
-    });
+    std::ranges::stable_partition(colunas, [&](const TColunaLonga& coluna) { return Interrompida(ctx, coluna); });
     for (const auto& coluna : colunas) Ajusta(ctx, coluna);
 }
 

@@ -9,26 +9,12 @@ namespace wkd {
 
 namespace {
 
-/// Index over the backup's key for the time of the look-up: without it every row would read the whole backup.
-class TIndiceProvisorio {
-  public:
-    TIndiceProvisorio(TContexto& ctx, const std::string& backup, const std::string& chaves) : ctx_(ctx) {
-        apaga_ = "drop index " + std::string(kNome) + (ctx.Banco() == TTipoBanco::tbSQLServer ? " on " + backup : "");
-        Apaga();  // left behind by a killed run
-        ctx.dm.Executa("create index " + std::string(kNome) + " on " + backup + " (" + chaves + ")");
-    }
-    ~TIndiceProvisorio() { Apaga(); }
-    TIndiceProvisorio(const TIndiceProvisorio&) = delete;
-    TIndiceProvisorio& operator=(const TIndiceProvisorio&) = delete;
+constexpr std::string_view kIndice = "WKD_COMPLETA_BACKUP";
 
-  private:
-    static constexpr std::string_view kNome = "WKD_COMPLETA_BACKUP";
-
-    void Apaga() { ctx_.dm.Executa(apaga_); }
-
-    TContexto& ctx_;
-    std::string apaga_;
-};
+void ApagaIndice(TContexto& ctx, const std::string& backup) {
+    const bool sqlServer = ctx.Banco() == TTipoBanco::tbSQLServer;
+    ctx.dm.Executa("drop index " + std::string(kIndice) + (sqlServer ? " on " + backup : ""));
+}
 
 }  // namespace
 
@@ -40,13 +26,18 @@ void CompletaBackup(TContexto& ctx, const std::string& tabela, const std::vector
     std::vector<std::string> iguais;
     for (const auto& coluna : chave) iguais.push_back("b." + coluna + " = t." + coluna);
     const std::string lista = ListaDaOrigem(ColunasDaCopia(conexao, tabela, backup), ctx.Banco());
-    const TIndiceProvisorio indice(ctx, backup, Junta(chave, ","));
-    const auto comando =
-        conexao.Prepara("insert into " + backup + " (" + lista + ") select " + lista + " from " + tabela +
-                        " t where not exists (select 1 from " + backup + " b where " + Junta(iguais, " and ") + ")");
-    TTransacao transacao(conexao);
-    comando->Executa();
-    transacao.Commit();
+    // Without an index over the backup's key every row would read the whole backup. A killed run may have left one.
+    ApagaIndice(ctx, backup);
+    ctx.dm.Executa("create index " + std::string(kIndice) + " on " + backup + " (" + Junta(chave, ",") + ")");
+    {
+        const auto comando = conexao.Prepara("insert into " + backup + " (" + lista + ") select " + lista + " from " +
+                                             tabela + " t where not exists (select 1 from " + backup + " b where " +
+                                             Junta(iguais, " and ") + ")");
+        TTransacao transacao(conexao);
+        comando->Executa();
+        transacao.Commit();
+    }
+    ApagaIndice(ctx, backup);
 }
 
 }  // namespace wkd

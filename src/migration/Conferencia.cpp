@@ -19,6 +19,7 @@ struct TPar {
     bool texto = false;       // blanks at the end count
     bool converte = false;    // a value of another form can make the server refuse the comparison
     bool soPresenca = false;  // only whether there is a value
+    std::string bCrua = b, tCrua = t;
 };
 
 bool Longo(const TColunaFisica& coluna) { return coluna.tipo == TTipoDado::Blob || coluna.tipo == TTipoDado::Memo; }
@@ -179,7 +180,9 @@ TConferencia ConfereComBackup(TConnection& conexao, const std::string& backup, c
         compara();
     } catch (const TErroBanco& erro) {
         if (erro.ConexaoPerdida() || std::ranges::none_of(pares, &TPar::converte)) throw;
-        for (auto& par : pares) par.soPresenca = par.soPresenca || par.converte;
+        for (auto& par : pares) {
+            if (par.converte) par = {par.nome, par.bCrua, par.tCrua, false, false, true};
+        }
         compara();
     }
     return conferencia;

@@ -1,6 +1,7 @@
 #include "FimDaReconstrucao.h"
 
 #include <filesystem>
+#include <stdexcept>
 
 #include "EstadoDaReconstrucao.h"
 #include "Texto.h"
@@ -12,8 +13,10 @@ namespace {
 /// Another module's row of the same table may carry the mark of the rebuild, too.
 void GravaNasOutrasLinhas(TContexto& ctx, const std::string& tabela, std::int64_t versao) {
     if (versao == kVersaoPendente || !ReconstrucaoPendente(ctx, tabela)) return;
-    ctx.Conexao().ExecuteDirect("update SARQUIVO set VERSAO = " + std::to_string(versao) + " where VERSAO = " +
-                                std::to_string(kVersaoPendente) + " and Upper(NOME_ARQUIVO) = " + Aspas(tabela));
+    ctx.Conexao()
+        .Prepara("update SARQUIVO set VERSAO = " + std::to_string(versao) +
+                 " where VERSAO = " + std::to_string(kVersaoPendente) + " and Upper(NOME_ARQUIVO) = " + Aspas(tabela))
+        ->Executa();
 }
 
 void CopiaCampos(const TClientDataSet& novo, TClientDataSet& velho) {
@@ -38,19 +41,30 @@ void MoveMarcadores(TContexto& ctx, const std::string& tabela) {
     std::filesystem::rename(arquivo(".atu"), arquivo(".ok"), ignorado);
 }
 
-bool GravaVersaoNova(TContexto& ctx, const std::string& tabela) {
+bool EncerraReconstrucao(TContexto& ctx, const std::string& tabela) {
     const TClientDataSet& novo = ctx.dm.SArquivoNovo;
     TClientDataSet& velho = ctx.dm.SarquivoVelho;
     if (velho.IsEmpty() || ctx.dm.SatribNovo.IsEmpty()) return false;
-    if (novo.Inteiro("versao") != velho.Inteiro("versao")) {
+    const std::int64_t versao = novo.Inteiro("versao");
+    if (versao == velho.Inteiro("versao")) return false;
+    try {
         velho.Edit();
         CopiaCampos(novo, velho);
         if (velho.Texto("nome_arquivo").empty()) ctx.Tela().Informacao("1");
         velho.Post();
-        if (!AplicaEmTransacao(velho)) return false;
+        TTransacao transacao(ctx.Conexao());
+        if (velho.ApplyUpdates(0) > 0) throw std::runtime_error("A versão não foi gravada em SARQUIVO");
+        GravaNasOutrasLinhas(ctx, tabela, versao);
+        GravaEtapa(ctx, tabela, TEtapaDaReconstrucao::Desconhecida);
+        transacao.Commit();
+        return true;
+    } catch (const std::exception& erro) {
+        ctx.Tela().Memo2("Tabela " + tabela + ": " + erro.what());
+        ctx.Log(erro.what());
+        velho.CancelUpdates();
+        velho.Recarrega("NOME_ARQUIVO", tabela);
+        return false;
     }
-    GravaNasOutrasLinhas(ctx, tabela, novo.Inteiro("versao"));
-    return true;
 }
 
 }  // namespace wkd

@@ -10,8 +10,8 @@ namespace wkd {
 /// stops nothing.
 void MoveMarcadores(TContexto& ctx, const std::string& tabela);
 
-/// Records the package's version and description of the current table in its stored row, which ends the rebuild. False
-/// when that could not be committed.
-bool GravaVersaoNova(TContexto& ctx, const std::string& tabela);
+/// Records the package's version and description of the current table in its stored row and takes the rebuild's mark
+/// away, in one transaction. False when that was not to be done or could not be committed.
+bool EncerraReconstrucao(TContexto& ctx, const std::string& tabela);
 
 }  // namespace wkd

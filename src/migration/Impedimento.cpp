@@ -27,7 +27,14 @@ void AcrescentaPersonalizadas(TContexto& ctx, const std::string& tabela, std::ve
     }
 }
 
-/// As the dictionary will have them: the package's without "U_" columns, then the customer's.
+bool EhTabelaDoDicionario(TContexto& ctx, const std::string& nome) {
+    return ctx.dm.SArquivoNovo.Existe("NOME_ARQUIVO", {nome}) || !ctx.dm.Atualiza.ColunasDoDicionario(nome).empty() ||
+           ContaRegistros(ctx.Conexao(),
+                          "select count(*) as total from SARQUIVO where Upper(NOME_ARQUIVO) = " + Aspas(nome)) > 0;
+}
+
+}  // namespace
+
 std::vector<TColunaDicionario> ColunasNovas(TContexto& ctx, const std::string& tabela) {
     const bool mescla = ctx.dm.ExisteTabela("SATRIB_USER");
     std::vector<TColunaDicionario> colunas;
@@ -37,14 +44,6 @@ std::vector<TColunaDicionario> ColunasNovas(TContexto& ctx, const std::string& t
     if (mescla && !colunas.empty()) AcrescentaPersonalizadas(ctx, tabela, colunas);
     return colunas;
 }
-
-bool EhTabelaDoDicionario(TContexto& ctx, const std::string& nome) {
-    return ctx.dm.SArquivoNovo.Existe("NOME_ARQUIVO", {nome}) || !ctx.dm.Atualiza.ColunasDoDicionario(nome).empty() ||
-           ContaRegistros(ctx.Conexao(),
-                          "select count(*) as total from SARQUIVO where Upper(NOME_ARQUIVO) = " + Aspas(nome)) > 0;
-}
-
-}  // namespace
 
 std::optional<std::string> ImpedimentoDaReconstrucao(TContexto& ctx, const std::string& tabela) {
     if (ctx.dm.SatribNovo.IsEmpty()) return "O pacote não tem colunas da tabela " + tabela;

@@ -22,6 +22,8 @@ namespace wkd {
 
 namespace {
 
+constexpr int kTentativas = 2;  // a failure may pass, such as a lock
+
 /// One rebuild. Up to the drop every error leaves the table as it is; behind it the rows are in the backup table, and
 /// VERSAO -1 stays until they are back.
 class TReconstrucao {
@@ -49,16 +51,18 @@ class TReconstrucao {
 
     void Ergue();
     void RegravaDicionarioNovo();
+    std::vector<std::string> ColunasForaDoDicionario();
     bool Restaura();
     bool Confere();
+    void CompletaIndices();
     void DevolveObjetos();
-    void RelataColunasQueFicaram();
+    std::vector<std::string> ColunasQueFicaram();
 
     TContexto& ctx_;
     std::string tabela_, backup_;
     std::vector<std::string> chave_, gatilhos_, restricoes_;
     std::set<std::string> alteradas_;
-    bool existe_ = false;
+    bool existe_ = false, apagada_ = false;
     std::int64_t antes_ = 0;
 };
 
@@ -69,7 +73,10 @@ bool TReconstrucao::Tenta(TPasso&& passo, TDesfaz&& desfaz) {
         return true;
     } catch (const TErroBanco& erro) {
         Falhou(erro.what());
-        if (erro.ConexaoPerdida()) throw;
+        if (erro.ConexaoPerdida()) {
+            desfaz();
+            throw;
+        }
     } catch (const std::exception& erro) {
         Falhou(erro.what());
     }
@@ -79,7 +86,9 @@ bool TReconstrucao::Tenta(TPasso&& passo, TDesfaz&& desfaz) {
 
 void TReconstrucao::Falhou(const std::string& causa) {
     ctx_.estado.falhouApagar = true;
-    ctx_.Tela().Memo2("Tabela " + tabela_ + " não reconstruída: " + causa);
+    ctx_.Tela().Memo2(
+        "Tabela " + tabela_ +
+        (apagada_ ? ": reconstrução não concluída, registros em " + backup_ + ": " : " não reconstruída: ") + causa);
     ctx_.Tela().SetLog(causa, tabela_, ctx_.acaoAtual);
 }
 
@@ -140,6 +149,7 @@ void TReconstrucao::RelataPerdas() {
 }
 
 void TReconstrucao::Ergue() {
+    apagada_ = true;
     ctx_.dm.AtualizaListaDeTabelas();
     GravaEtapa(ctx_, tabela_, TEtapaDaReconstrucao::Restaurando);
     RegravaDicionarioNovo();
@@ -147,28 +157,50 @@ void TReconstrucao::Ergue() {
     const bool restaurada = Restaura();
     const bool confere = Confere();
     if (!restaurada) return;
+    CompletaIndices();
     DevolveObjetos();
-    RelataColunasQueFicaram();
+    const auto ficaram = ColunasQueFicaram();
+    if (!ficaram.empty())
+        ctx_.Tela().Memo2("Tabela " + tabela_ + ": colunas que ficaram só em " + backup_ + ": " + Junta(ficaram, ", "));
     if (!ctx_.estado.falhouApagar) MoveMarcadores(ctx_, tabela_);
-    const bool gravada = !ctx_.estado.falhouApagar && GravaVersaoNova(ctx_, tabela_);
+    const bool encerrada = !ctx_.estado.falhouApagar && EncerraReconstrucao(ctx_, tabela_);
     // Whole again but still with -1: the next run saves it anew, with what is entered until then.
-    if (gravada)
-        GravaEtapa(ctx_, tabela_, TEtapaDaReconstrucao::Desconhecida);
-    else if (confere)
-        GravaEtapa(ctx_, tabela_, TEtapaDaReconstrucao::Guardada);
+    if (!encerrada && confere && ficaram.empty()) GravaEtapa(ctx_, tabela_, TEtapaDaReconstrucao::Guardada);
 }
 
-/// When the server refuses the new rows, the table comes back as the stored ones have it.
+/// When the server refuses the new rows, the table comes back as the stored ones have it. A column that is missing
+/// among them would leave its values behind in the backup table, so a refused row gets a second try.
 void TReconstrucao::RegravaDicionarioNovo() {
-    Tenta([this] { RegravaDicionario(ctx_, tabela_, true); }, [] {});
+    std::string causa;
+    for (int tentativa = 1; tentativa <= kTentativas; ++tentativa) {
+        try {
+            RegravaDicionario(ctx_, tabela_, true);
+            const auto faltam = ColunasForaDoDicionario();
+            if (faltam.empty()) return;
+            causa = "colunas fora do dicionário: " + Junta(faltam, ", ");
+        } catch (const TErroBanco& erro) {
+            if (erro.ConexaoPerdida()) throw;
+            causa = erro.what();
+        }
+    }
+    Falhou(causa);
+}
+
+std::vector<std::string> TReconstrucao::ColunasForaDoDicionario() {
+    std::set<std::string> guardadas;
+    for (const auto& coluna : ctx_.dm.Atualiza.ColunasDoDicionario(tabela_)) guardadas.insert(ChaveDeNome(coluna.nome));
+    std::vector<std::string> faltam;
+    for (const auto& coluna : ColunasNovas(ctx_, tabela_))
+        if (ColunaFisica(coluna) && !guardadas.contains(ChaveDeNome(coluna.nome))) faltam.push_back(coluna.nome);
+    return faltam;
 }
 
 bool TReconstrucao::Restaura() {
-    const bool restaurada = Tenta([this] { alteradas_ = VoltaBackup(ctx_, tabela_, chave_); }, [] {});
-    if (restaurada) return true;
-    ctx_.Tela().Informacao("Problema voltando backup da tabela : " + tabela_);
-    ctx_.Tela().PbAtual().Posicao(0);
-    return false;
+    return Tenta([this] { alteradas_ = VoltaBackup(ctx_, tabela_, chave_); },
+                 [this] {
+                     ctx_.Tela().Informacao("Problema voltando backup da tabela : " + tabela_);
+                     ctx_.Tela().PbAtual().Posicao(0);
+                 });
 }
 
 bool TReconstrucao::Confere() {
@@ -186,6 +218,12 @@ bool TReconstrucao::Confere() {
     return false;
 }
 
+/// A second try for what could not be created on the empty table; its failure has been reported.
+void TReconstrucao::CompletaIndices() {
+    ctx_.dm.Atualiza.CriaIndicePrimario(tabela_, false);
+    ctx_.dm.Atualiza.CriaIndiceSecundarios(tabela_);
+}
+
 void TReconstrucao::DevolveObjetos() {
     const auto indices = ctx_.Conexao().Indices(tabela_);
     for (const auto& comando : DevolucoesGuardadas(ctx_, backup_)) {
@@ -193,7 +231,9 @@ void TReconstrucao::DevolveObjetos() {
             return comando.find("index " + Identificador(indice.nome, ctx_.Banco()) + " on ") != std::string::npos;
         });
         if (existe) continue;
-        if (const TResultado devolvido = ctx_.dm.Executa(comando); !devolvido) {
+        TResultado devolvido = ctx_.dm.Executa(comando);
+        if (!devolvido) devolvido = ctx_.dm.Executa(comando);
+        if (!devolvido) {
             ctx_.Tela().Memo2("Tabela " + tabela_ + ": " + comando + ": " + devolvido.Mensagem());
             ctx_.Tela().SetLog(devolvido.Mensagem(), tabela_, comando);
         }
@@ -201,13 +241,12 @@ void TReconstrucao::DevolveObjetos() {
     GuardaDevolucoes(ctx_, backup_, {});
 }
 
-void TReconstrucao::RelataColunasQueFicaram() {
+std::vector<std::string> TReconstrucao::ColunasQueFicaram() {
     const auto daTabela = ctx_.Conexao().Colunas(tabela_);
     std::vector<std::string> ficaram;
     for (const auto& coluna : ctx_.Conexao().Colunas(backup_))
         if (!ColunaDeNome(daTabela, coluna.nome)) ficaram.push_back(coluna.nome);
-    if (!ficaram.empty())
-        ctx_.Tela().Memo2("Tabela " + tabela_ + ": colunas que ficaram só em " + backup_ + ": " + Junta(ficaram, ", "));
+    return ficaram;
 }
 
 }  // namespace
