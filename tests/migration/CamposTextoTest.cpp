@@ -1,0 +1,78 @@
+#include "CamposTexto.h"
+
+#include "NovaApoio.h"
+
+namespace wkd {
+namespace {
+
+struct TMorte {};
+
+struct TBancoDeTextos : TBancoDaNova {
+    TBancoDeTextos() {
+        Guardada("TTXT", {{"CODIGO", "ftInteger", 0, 1},
+                          {"LONGO", "ftString", 3000},
+                          {"OUTRO", "ftString", 2000},
+                          {"CURTO", "ftString", 1999},
+                          {"FANTASMA", "ftString", 2500}});
+        Executa(
+            "create table TTXT (CODIGO integer not null primary key, LONGO varchar(3000), OUTRO varchar(2000), CURTO "
+            "varchar(1999))");
+        Executa("insert into TTXT values (1, 'ç' || rpad('', 2499, 'ab'), 'outro', 'curto')");
+        Executa("insert into TTXT values (2, null, rpad('', 1998, 'y'), null)");
+    }
+    std::string Tudo() {
+        std::string texto = Le("select NOME, TAMANHO from SATRIB order by SEQUENCIA") + "\n";
+        for (const auto& coluna : Conexao().Colunas("TTXT")) texto += coluna.nome + " " + coluna.tipoSql + "\n";
+        return texto + Le("select CODIGO, LONGO, OUTRO, CURTO from TTXT order by CODIGO");
+    }
+    void Ajusta() {
+        dm_.AtualizaListaDeTabelas();
+        AjustaCamposStringMaior2000(ctx_);
+    }
+};
+
+TEST(CamposTextoTest, LongTextsAreCutOnceAndKept) {
+    TBancoDeTextos banco;
+    banco.Ajusta();
+    std::string longo = "ç";
+    for (int i = 0; i < 1997; ++i) longo += i % 2 ? 'b' : 'a';
+    const std::string esperado =
+        "CODIGO|0;LONGO|1988;OUTRO|1988;CURTO|1999;FANTASMA|2500\nCODIGO integer\nCURTO varchar(1999)\nLONGO "
+        "varchar(1998)\nOUTRO varchar(1998)\n1|" +
+        longo + "|outro|curto;2|<null>|" + std::string(1998, 'y') + "|<null>";
+    EXPECT_EQ(banco.Tudo(), esperado);
+    const std::string rejeitados = banco.Rejeitados();
+    EXPECT_EQ(std::ranges::count(rejeitados, '\n'), 1);
+    EXPECT_NE(rejeitados.find("\"chave\": {\"CODIGO\": 1}"), std::string::npos);
+    EXPECT_NE(rejeitados.find(longo + "ba"), std::string::npos);
+
+    int alteracoes = 0;
+    banco.Conexao().Observa([&](std::string_view sql) { alteracoes += sql.starts_with("alter"); });
+    banco.Ajusta();
+    EXPECT_EQ(alteracoes, 0);
+}
+
+TEST(CamposTextoTest, AnInterruptedConversionIsFinishedByTheNextRun) {
+    TBancoDeTextos inteiro;
+    inteiro.Ajusta();
+    int n = 1;
+    for (bool chegou = true; chegou; ++n) {
+        TBancoDeTextos banco;
+        int executados = 0;
+        banco.Conexao().Observa([&](std::string_view) {
+            if (++executados >= n) throw TMorte();
+        });
+        try {
+            banco.Ajusta();
+        } catch (const TMorte&) {
+        }
+        banco.Conexao().Observa({});
+        chegou = executados >= n;
+        banco.Ajusta();
+        ASSERT_TRUE(banco.Tudo() == inteiro.Tudo()) << "statement " << n << "\n" << banco.Tudo().substr(0, 200);
+    }
+    EXPECT_GT(n, 28);
+}
+
+}  // namespace
+}  // namespace wkd

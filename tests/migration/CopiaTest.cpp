@@ -1,0 +1,124 @@
+#include <unistd.h>
+
+#include <fstream>
+#include <utility>
+
+#include "NovaApoio.h"
+
+namespace wkd {
+namespace {
+
+const TAtributos kColunas = {{"CODIGO", "ftInteger", 0, 1}, {"NOME", "ftString", 20}};
+
+struct TBancoDaCopia : TBancoDaNova {
+    explicit TBancoDaCopia(int linhas) {
+        Guardada("TCLI", kColunas);
+        Executa(
+            "create table TCLI (CODIGO integer not null, NOME varchar(20), constraint PK_TCLI primary key (CODIGO))");
+        std::vector<std::string> comandos;
+        for (int i = 1; i <= linhas; ++i)
+            comandos.push_back("insert into TCLI values (" + std::to_string(i) + ", 'nome')");
+        ExecutaTudo(comandos);
+        Pacote("TCLI", kColunas);
+    }
+};
+
+TErroBanco Recusa() { return TErroBanco({"recusado", 0, "HY000", "", TFalha::Outra, false}); }
+
+TEST(CopiaTest, BackupCommitsEvery100RowsAndRestoreEvery11) {
+    TBancoDaCopia banco(250);
+    std::vector<int> lotes;
+    int inseridas = 0;
+    banco.Conexao().Observa([&](std::string_view sql) {
+        const bool copia = sql.starts_with("insert into BTCLI") || sql.starts_with("insert into TCLI");
+        if (sql == "commit" && inseridas > 0) lotes.push_back(std::exchange(inseridas, 0));
+        inseridas += copia;
+    });
+    banco.Reconstroi();
+    std::vector<int> esperado = {100, 100, 50};
+    esperado.insert(esperado.end(), 22, 11);
+    esperado.push_back(8);
+    EXPECT_EQ(lotes, esperado);
+    EXPECT_GE(banco.tela_.mensagensServidas, 500);
+}
+
+TEST(CopiaTest, ABatchWhoseCommitFailsIsStoredRowByRow) {
+    TBancoDaCopia banco(150);
+    int commits = 0;
+    bool copiando = false;
+    banco.Conexao().Observa([&](std::string_view sql) {
+        copiando = copiando || sql.starts_with("insert into BTCLI");
+        if (copiando && sql == "commit" && ++commits == 1) throw Recusa();
+    });
+    banco.Reconstroi();
+    EXPECT_GT(commits, 100);
+    EXPECT_EQ(banco.Le("select count(*), count(distinct CODIGO) from TCLI"), "150|150");
+    EXPECT_TRUE(banco.tela_.memo2.empty()) << Junta(banco.tela_.memo2, "\n");
+}
+
+TEST(CopiaTest, ARowRefusedTwiceIsMissingAloneAndKept) {
+    for (const bool gravavel : {true, false}) {
+        TBancoDaCopia banco(30);
+        if (!gravavel) banco.opcoes_.pastaPrograma = banco.Pasta() / "não existe";
+        int insercoes = 0;
+        banco.Conexao().Observa([&](std::string_view sql) {
+            if (!sql.starts_with("insert into BTCLI")) return;
+            ++insercoes;
+            if (insercoes == 7 || insercoes == 8) throw Recusa();
+        });
+        banco.Reconstroi();
+        EXPECT_EQ(banco.tela_.infos, std::vector<std::string>{"recusado"});
+        EXPECT_EQ(banco.tela_.reconciliacoes.size(), 1U);
+        EXPECT_EQ(banco.Le("select count(*) from BTCLI where CODIGO <> 7"), "29");
+        EXPECT_EQ(banco.Le("select count(*) from TCLI"), gravavel ? "29" : "30");
+        EXPECT_EQ(banco.estado_.falhouApagar, !gravavel) << "without the rejects file the row would be lost";
+        if (gravavel) {
+            EXPECT_NE(banco.Rejeitados().find("\"valores\": {\"CODIGO\": 7, \"NOME\": \"nome\"}"), std::string::npos);
+        }
+    }
+}
+
+TEST(CopiaTest, ARestoreThatBreaksOffIsDoneAgainByTheNextRun) {
+    TBancoDaCopia banco(40);
+    int insercoes = 0;
+    banco.Conexao().Observa([&](std::string_view sql) {
+        if (sql.starts_with("insert into TCLI") && ++insercoes > 15)
+            throw TErroBanco({"caiu", 0, "08006", "", TFalha::Conexao, true});
+    });
+    EXPECT_THROW(banco.Reconstroi(), TErroBanco);
+    banco.Conexao().Observa({});
+    EXPECT_TRUE(banco.estado_.falhouApagar);
+    EXPECT_EQ(banco.Le("select VERSAO from SARQUIVO"), "-1");
+    EXPECT_TRUE(TTelaDeTeste::Contem(banco.tela_.infos, "Problema voltando backup da tabela : TCLI"));
+    banco.Reconstroi();
+    EXPECT_EQ(banco.Le("select count(*), count(distinct CODIGO) from TCLI"), "40|40");
+    EXPECT_EQ(banco.Le("select VERSAO from SARQUIVO"), "2");
+}
+
+long KiloBytesResidentes() {
+    long total = 0, residentes = 0;
+    std::ifstream("/proc/self/statm") >> total >> residentes;
+    return residentes * (sysconf(_SC_PAGESIZE) / 1024);
+}
+
+TEST(CopiaTest, MemoryDoesNotGrowWithTheRows) {
+    const auto depoisDe = [](int linhas) {
+        TBancoDaCopia banco(0);
+        banco.Executa("alter table TCLI add TEXTO varchar(3000) character set WIN1252");
+        banco.Executa("alter table TCLI add FOTO blob");
+        banco.Executa("execute block as declare i integer = 0; begin while (i < " + std::to_string(linhas) +
+                      ") do begin i = i + 1; insert into TCLI values (:i, 'x', rpad('', 3000, 'abc'), rpad('', 2000, "
+                      "'z')); end end");
+        banco.tela_.guardaRotulos = false;
+        banco.Reconstroi();
+        EXPECT_EQ(banco.Le("select count(*) from TCLI"), std::to_string(linhas));
+        EXPECT_TRUE(banco.tela_.memo2.size() == 1) << Junta(banco.tela_.memo2, "\n");
+        return KiloBytesResidentes();
+    };
+    depoisDe(4000);  // fills the engine's page cache
+    const long antes = depoisDe(4000);
+    EXPECT_LT(depoisDe(20000) - antes, 12 * 1024) << "80 MB went through";
+}
+
+}  // namespace
+}  // namespace wkd

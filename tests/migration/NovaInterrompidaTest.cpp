@@ -1,0 +1,102 @@
+#include <filesystem>
+
+#include "NovaApoio.h"
+
+namespace wkd {
+namespace {
+
+const TAtributos kVelhos = {{"CODIGO", "ftInteger", 0, 1}, {"NOME", "ftString", 20}, {"ANTIGO", "ftString", 5}};
+const TAtributos kNovos = {
+    {"CODIGO", "ftInteger", 0, 1, "", 1, 1}, {"NOME", "ftString", 30}, {"TIPO", "ftString", 1, 0, "n"}};
+struct TMorte {};  // no std::exception: nothing on the way may swallow the end of a process
+
+/// A table with everything that a rebuild has to bring back; `chave` 0 leaves it without key.
+struct TBancoInterrompido : TBancoDaNova {
+    explicit TBancoInterrompido(int chave, bool comTini) : TBancoDaNova("UTF8", comTini) {
+        TAtributos velhos = kVelhos, novos = kNovos;
+        velhos[0].chave = novos[0].chave = chave;
+        Guardada("TCLI", velhos);
+        Executa("create table TCLI (CODIGO integer not null, NOME varchar(20), ANTIGO varchar(5)" +
+                std::string(chave == 1 ? ", constraint PK_TCLI primary key (CODIGO))" : ")"));
+        std::vector<std::string> comandos = {"insert into SINDSEC values ('TCLI', 'ICLI_NOME', 0)",
+                                             "insert into SINDSECA values ('TCLI', 'ICLI_NOME', 'NOME', 1)"};
+        for (int i = 1; i <= 25; ++i)
+            comandos.push_back("insert into TCLI values (" + std::to_string(i) + ", 'José', 'v')");
+        ExecutaTudo(comandos);
+        Executa("create index ICLI_A_MAO on TCLI (CODIGO, NOME)");
+        Executa("grant select on TCLI to MARIA");
+        Pacote("TCLI", novos);
+    }
+
+    std::string Tudo() {
+        return Retrato("TCLI") + Le("select * from BTCLI") +
+               Le("select rdb$privilege from rdb$user_privileges where rdb$relation_name = 'TCLI' and rdb$user = "
+                  "'MARIA'") +
+               Le("select count(*) from rdb$relations where rdb$relation_name = 'BTCLI' and rdb$description is null");
+    }
+
+    /// Statements from the n-th on are not executed any more, or only the n-th fails.
+    template <class TErro>
+    void Interrompe(int n, const TErro& erro, bool sempre) {
+        int executados = 0;
+        Conexao().Observa([&, n, sempre](std::string_view) {
+            ++executados;
+            if (executados == n || (sempre && executados > n)) throw erro;
+        });
+        chegou_ = false;
+        try {
+            Reconstroi();
+        } catch (const TErro&) {
+        }
+        chegou_ = executados >= n;
+        Conexao().Observa({});
+    }
+
+    /// Keeps the database as it is now, for Descongela to come back to.
+    void Congela() {
+        banco_.Conexao().Close();
+        Conexao().Close();
+        std::filesystem::copy_file(banco_.Arquivo(), Congelado());
+    }
+    void Descongela() {
+        Conexao().Close();
+        std::filesystem::copy_file(Congelado(), banco_.Arquivo(), std::filesystem::copy_options::overwrite_existing);
+        Conexao().Open();
+        tela_.memo2.clear();
+    }
+    std::filesystem::path Congelado() const { return Pasta() / "congelado.fdb"; }
+
+    bool chegou_ = false;
+};
+
+/// Breaks off a rebuild at each of its statements in turn, runs it again, and compares with one that went through.
+template <class TErro>
+void Varre(int chave, bool comTini, const TErro& erro, bool sempre) {
+    TBancoInterrompido banco(chave, comTini);
+    banco.Congela();
+    banco.Descongela();
+    banco.Reconstroi();
+    ASSERT_TRUE(banco.tela_.infos.empty()) << Junta(banco.tela_.infos, "\n");
+    const std::string esperado = banco.Tudo();
+    ASSERT_NE(esperado.find("1|TCLI|2\n"), std::string::npos) << esperado;
+    int n = 1;
+    for (bool chegou = true; chegou; ++n) {
+        banco.Descongela();
+        banco.Interrompe(n, erro, sempre);
+        chegou = banco.chegou_;
+        banco.Reconstroi();
+        const std::string tudo = banco.Tudo();
+        ASSERT_TRUE(tudo == esperado) << "statement " << n << "\n" << tudo << "\n" << Junta(banco.tela_.memo2, "\n");
+    }
+    EXPECT_GT(n, 60);
+}
+
+TErroBanco Recusa() { return TErroBanco({"recusado", 0, "HY000", "", TFalha::Outra, false}); }
+
+TEST(NovaInterrompidaTest, KilledAtAnyStatementTheNextRunEndsInTheSameState) { Varre(1, true, TMorte(), true); }
+TEST(NovaInterrompidaTest, KilledAtAnyStatementWithoutAKey) { Varre(0, true, TMorte(), true); }
+TEST(NovaInterrompidaTest, KilledAtAnyStatementWithoutKeyAndMarks) { Varre(0, false, TMorte(), true); }
+TEST(NovaInterrompidaTest, AnErrorAtAnyStatementIsRepairedByTheNextRun) { Varre(1, true, Recusa(), false); }
+
+}  // namespace
+}  // namespace wkd

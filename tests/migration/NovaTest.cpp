@@ -1,0 +1,300 @@
+#include "Nova.h"
+
+#include "NovaApoio.h"
+
+namespace wkd {
+namespace {
+
+const TAtributos kVelhos = {{"CODIGO", "ftInteger", 0, 1}, {"NOME", "ftString", 20}, {"VALOR", "ftInteger"}};
+const TAtributos kNovos = {
+    {"CODIGO", "ftInteger", 0, 1}, {"NOME", "ftString", 30}, {"VALOR", "ftFloat"}, {"TIPO", "ftString", 1, 0, "n"}};
+
+/// A table TCLI of the stored dictionary with key, secondary index and `linhas` rows; the package widens it.
+struct TCliente : TBancoDaNova {
+    explicit TCliente(int linhas = 5, const TAtributos& novos = kNovos) {
+        Guardada("TCLI", kVelhos);
+        Executa("insert into SINDSEC values ('TCLI', 'ICLI_NOME', 0)");
+        Executa("insert into SINDSECA values ('TCLI', 'ICLI_NOME', 'NOME', 1)");
+        Executa(
+            "create table TCLI (CODIGO integer not null, NOME varchar(20), VALOR integer,"
+            " constraint PK_TCLI primary key (CODIGO))");
+        std::vector<std::string> comandos;
+        for (int i = 1; i <= linhas; ++i)
+            comandos.push_back("insert into TCLI values (" + std::to_string(i) + ", 'José " + std::to_string(i) +
+                               "', " + std::to_string(i * 10) + ")");
+        ExecutaTudo(comandos);
+        Pacote("TCLI", novos);
+    }
+    std::string Clientes() { return Le("select CODIGO, NOME, VALOR from TCLI order by CODIGO"); }
+};
+
+TEST(NovaTest, TheTableIsRebuiltWithRowsKeyIndexesDictionaryAndVersion) {
+    TCliente banco;
+    EscreveArquivo(banco.Pasta() / "TCLI.ok", "velho");
+    EscreveArquivo(banco.Pasta() / "TCLI.atu", "novo");
+    banco.Reconstroi();
+    EXPECT_EQ(banco.Retrato("TCLI"),
+              "CODIGO integer! , NOME varchar(30) , VALOR double precision , TIPO varchar(1) 'N', \n"
+              "PK_TCLI CODIGO\nICLI_NOME NOME\n"
+              "1|José 1|10|N;2|José 2|20|N;3|José 3|30|N;4|José 4|40|N;5|José 5|50|N\n"
+              "1|TCLI|2\n"
+              "CODIGO|ftInteger|0|1;NOME|ftString|30|0;VALOR|ftFloat|0|0;TIPO|ftString|1|0\n\n");
+    EXPECT_EQ(banco.Le("select count(*) from BTCLI"), "5");
+    EXPECT_TRUE(banco.tela_.memo2.empty()) << Junta(banco.tela_.memo2, "\n");
+    EXPECT_TRUE(banco.tela_.infos.empty()) << Junta(banco.tela_.infos, "\n");
+    EXPECT_EQ(LeArquivo(banco.Pasta() / "TCLI.ok"), "novo");
+    EXPECT_EQ(LeArquivo(banco.Pasta() / "TCLI.old"), "velho");
+    EXPECT_EQ(banco.tela_.atuais.back(), "Parado.");
+}
+
+class NovaConjuntosTest : public ::testing::TestWithParam<const char*> {};
+
+TEST_P(NovaConjuntosTest, EveryValueSurvives) {
+    TBancoDaNova banco(GetParam());
+    banco.Guardada("TVAL", {{"CODIGO", "ftInteger", 0, 1},
+                            {"TEXTO", "ftString", 40},
+                            {"FRACAO", "ftFloat"},
+                            {"QUANDO", "ftDateTime"},
+                            {"DIA", "ftDate"},
+                            {"HORA", "ftTime"},
+                            {"FOTO", "ftBlob"}});
+    banco.Executa(
+        "create table TVAL (CODIGO integer not null primary key, TEXTO varchar(60), FRACAO double precision, QUANDO"
+        " timestamp, DIA date, HORA time, FOTO blob sub_type 0, GRANDE bigint, FIXO numeric(18,4), CURTO smallint,"
+        " LETRAS char(5), CRUS varchar(4) character set octets, NOTA blob sub_type 1)");
+    auto insere =
+        banco.Conexao().Prepara("insert into TVAL values (:a, :b, :c, :d, :e, :f, :g, :h, :i, :j, :k, :l, :m)");
+    std::string foto;
+    for (int i = 0; i < 300'000; ++i) foto += static_cast<char>(i * 7 % 256);
+    const TDataHora agora{DataDe(2024, 2, 29), {123456789 * 1000LL}};
+    const std::vector<TLinha> linhas = {
+        {1, "ação É ñ", 0.1, agora, DataDe(1899, 12, 30), THora{5'000'000}, TBytes{foto}, INT64_MAX,
+         TDecimal{-12345, 4}, -32768, "ab", TBytes{std::string("\0\xff", 2)}, "nota com acento ç"},
+        {2, "brancos no fim  ", 1e-300, TValor(), TValor(), TValor(), TBytes{""}, INT64_MIN, TDecimal{1, 4}, 32767, "",
+         TValor(), TValor()},
+        {3, "", -1.7976931348623157e308, TDataHora{DataDe(1, 1, 1), {}}, DataDe(9999, 12, 31), THora{}, TValor(),
+         TValor(), TValor(), TValor(), TValor(), TBytes{""}, ""},
+        {4, std::string(60, 'x'), 4.9406564584124654e-324, TValor(), TValor(), TValor(), TValor(), 9007199254740993,
+         TValor(), TValor(), TValor(), TValor(), TValor()}};
+    for (const auto& linha : linhas) {
+        for (std::size_t i = 0; i < linha.size(); ++i) insere->Atribui(i, linha[i]);
+        insere->Executa();
+    }
+    insere.reset();
+    const auto todas = [&](const std::string& tabela) {
+        std::vector<TLinha> lidas;
+        const auto cursor = banco.Conexao().Prepara(
+            "select CODIGO, TEXTO, FRACAO, QUANDO, DIA, HORA, FOTO, GRANDE, FIXO, CURTO, LETRAS, CRUS, NOTA from " +
+            tabela + " order by CODIGO");
+        for (cursor->Abre(); cursor->Proximo();) {
+            lidas.emplace_back();
+            for (std::size_t i = 0; i < 13; ++i) {
+                const TValor valor = cursor->Valor(i);
+                const bool longo = valor.Se<std::shared_ptr<const TConteudo>>() != nullptr;
+                lidas.back().push_back(longo ? TValor(TBytes{valor.ComoBytes()}) : valor);
+            }
+        }
+        return lidas;
+    };
+    const auto antes = todas("TVAL");
+    banco.Pacote("TVAL", {{"CODIGO", "ftInteger", 0, 1},
+                          {"TEXTO", "ftString", 80},
+                          {"FRACAO", "ftFloat"},
+                          {"QUANDO", "ftDateTime"},
+                          {"DIA", "ftDate"},
+                          {"HORA", "ftTime"},
+                          {"FOTO", "ftBlob"},
+                          {"GRANDE", "ftString", 30},
+                          {"FIXO", "ftFloat"},
+                          {"NOVA", "ftInteger"}});
+    banco.Reconstroi();
+
+    const auto guardadas = todas("BTVAL");
+    ASSERT_EQ(guardadas.size(), linhas.size());
+    for (std::size_t i = 0; i < linhas.size(); ++i)
+        for (std::size_t c = 0; c < linhas[i].size(); ++c)
+            EXPECT_TRUE(guardadas[i][c] == antes[i][c]) << i << " " << c << ": " << guardadas[i][c].ComoTexto();
+    for (const auto& [coluna, esperado] : std::map<std::string, std::string>{
+             {"TEXTO", "ação É ñ;brancos no fim  ;;" + std::string(60, 'x')},
+             {"GRANDE", "9223372036854775807;-9223372036854775808;<null>;9007199254740993"},
+             {"FIXO", "-1.2345;1e-04;<null>;<null>"},
+             {"FRACAO", "0.1;1e-300;-1.7976931348623157e+308;5e-324"}})
+        EXPECT_EQ(banco.Le("select " + coluna + " from TVAL order by CODIGO"), esperado);
+    EXPECT_EQ(banco.Le("select count(*) from TVAL t join BTVAL b on b.CODIGO = t.CODIGO and b.FOTO is not distinct from"
+                       " t.FOTO and b.QUANDO is not distinct from t.QUANDO and b.DIA is not distinct from t.DIA and"
+                       " b.HORA is not distinct from t.HORA"),
+              "4");
+    EXPECT_EQ(banco.tela_.memo2, std::vector<std::string>{"Tabela TVAL: colunas que ficaram só em BTVAL: CURTO, "
+                                                          "LETRAS, CRUS, NOTA"});
+    EXPECT_TRUE(banco.tela_.infos.empty()) << Junta(banco.tela_.infos, "\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(Conjuntos, NovaConjuntosTest, ::testing::Values("NONE", "WIN1252", "ISO8859_1", "UTF8"));
+
+TEST(NovaTest, NoRowIsLostWhateverTheKey) {
+    struct TCaso {
+        const char *tabela, *linhas, *depois, *avisos;
+        int chave;
+    };
+    const TCaso casos[] = {
+        {"CODIGO integer, NOME varchar(20)", "1,'a';1,'b';2,'c'", "1|a;2|c", "Nº de registros antes: 3", 1},
+        {"CODIGO integer, NOME varchar(20)", "null,'a';2,'c'", "0|a;2|c", "", 1},
+        {"CODIGO integer, NOME varchar(20)", "1,'a';1,'a';null,'b'", "1|a;1|a;<null>|b", "", 0},
+        {"CODIGO integer, NOME varchar(20), A_MAO integer", "1,'a',7;2,null,8", "1|a;2|<null>", "A_MAO", 1},
+    };
+    for (const TCaso& caso : casos) {
+        SCOPED_TRACE(caso.linhas);
+        TBancoDaNova banco;
+        const TAtributos colunas = {{"CODIGO", "ftInteger", 0, caso.chave}, {"NOME", "ftString", 20}};
+        banco.Guardada("TCLI", colunas);
+        banco.Executa("create table TCLI (" + std::string(caso.tabela) + ")");
+        for (const auto& linha : Divide(caso.linhas, ';')) banco.Executa("insert into TCLI values (" + linha + ")");
+        banco.Pacote("TCLI", colunas);
+        banco.Reconstroi();
+        EXPECT_EQ(banco.Le("select CODIGO, NOME from TCLI"), caso.depois);
+        EXPECT_EQ(banco.Le("select count(*) from BTCLI"), std::to_string(Divide(caso.linhas, ';').size()));
+        const std::string memo2 = Junta(banco.tela_.memo2, "\n");
+        if (*caso.avisos) {
+            EXPECT_NE(memo2.find(caso.avisos), std::string::npos) << memo2;
+        } else {
+            EXPECT_EQ(memo2, "");
+        }
+        EXPECT_FALSE(banco.estado_.falhouApagar);
+    }
+}
+
+TEST(NovaTest, RequiredColumnsAndAutoIncrementsGetTheirValues) {
+    TBancoDaNova banco;
+    banco.Guardada("TPED", {{"CODIGO", "ftInteger", 0, 1}, {"DTPEDIDO", "ftDateTime", 0, 1}, {"NOME"}});
+    banco.Executa("create table TPED (CODIGO integer, DTPEDIDO timestamp, NOME varchar(150))");
+    for (const char* linha : {"0, null, 'a'", "0, null, 'b'", "7, null, 'c'", "null, null, 'd'"})
+        banco.Executa("insert into TPED values (" + std::string(linha) + ")");
+    banco.Pacote("TPED", {{"CODIGO", "ftInteger", 0, 1, "", 0, 1},
+                          {"DTPEDIDO", "ftDateTime", 0, 1},
+                          {"NOME"},
+                          {"LOJA", "ftInteger", 0, 1, "5"},
+                          {"SERIE", "ftString", 3, 1}});
+    banco.Reconstroi();
+    EXPECT_EQ(banco.Le("select CODIGO, NOME, LOJA, SERIE from TPED"), "1|a|5|0;2|b|5|0;7|c|5|0;3|d|5|0");
+    EXPECT_EQ(banco.Le("select count(*) from TPED where DTPEDIDO > dateadd(-1 hour to current_timestamp)"), "4");
+    EXPECT_TRUE(banco.tela_.memo2.empty()) << Junta(banco.tela_.memo2, "\n");
+}
+
+TEST(NovaTest, WhatDoesNotFitIsRejectedAloneAndKept) {
+    TBancoDaNova banco;
+    banco.Guardada("TCLI", {{"CODIGO", "ftString", 5, 1}, {"IDADE", "ftString", 10}, {"NOME", "ftString", 20}});
+    banco.Executa("create table TCLI (CODIGO varchar(5) not null primary key, IDADE varchar(10), NOME varchar(20))");
+    for (const char* linha : {"'01', '30', 'longo demais'", "'1', '31', 'b'", "'2', 'moço', 'c'", "'3', '', 'd'"})
+        banco.Executa("insert into TCLI values (" + std::string(linha) + ")");
+    banco.Pacote("TCLI", {{"CODIGO", "ftInteger", 0, 1}, {"IDADE", "ftInteger"}, {"NOME", "ftString", 5}});
+    banco.Reconstroi();
+    EXPECT_EQ(banco.Le("select * from TCLI order by CODIGO"), "1|30|<null>;2|<null>|c;3|<null>|d");
+    const std::string rejeitados = banco.Rejeitados();
+    EXPECT_NE(rejeitados.find("\"campo\": \"NOME\", \"valor\": \"longo demais\"}"), std::string::npos) << rejeitados;
+    EXPECT_NE(rejeitados.find("\"chave\": {\"CODIGO\": \"2\"}"), std::string::npos);
+    EXPECT_NE(rejeitados.find("\"valor\": \"moço\""), std::string::npos);
+    EXPECT_NE(rejeitados.find("\"valores\": {\"CODIGO\": \"1\", \"IDADE\": \"31\", \"NOME\": \"b\"}"),
+              std::string::npos);
+    EXPECT_EQ(std::ranges::count(rejeitados, '\n'), 3);
+    EXPECT_EQ(banco.tela_.infos.size(), 1U);
+    EXPECT_TRUE(banco.tela_.infos.front().starts_with("Erro ao Voltar backup: "));
+    EXPECT_TRUE(TTelaDeTeste::Contem(banco.tela_.memo2, "Nº de registros antes: 4 Nº de registros depois: 3"))
+        << Junta(banco.tela_.memo2, "\n");
+    EXPECT_EQ(banco.Le("select VERSAO from SARQUIVO"), "2");
+}
+
+TEST(NovaTest, AnUnfitPackageOrDictionaryLeavesTheTableAsItWas) {
+    struct TCaso {
+        const char* nome;
+        TAtributos novos;
+        const char *preparo, *motivo;
+    };
+    const TCaso casos[] = {
+        {"no columns", {}, "", "não tem colunas"},
+        {"unknown type", {{"CODIGO", "ftInteger", 0, 1}, {"X", "ftCoisa"}}, "", "ftCoisa"},
+        {"name twice", {{"CODIGO", "ftInteger", 0, 1}, {"codigo", "ftInteger"}}, "", "codigo"},
+        {"reserved word", {{"CODIGO", "ftInteger", 0, 1}, {"ORDER", "ftInteger"}}, "", "ORDER"},
+        {"backup is a table", kNovos, "insert into SARQUIVO values ('1', 'BTCLI', 1)", "BTCLI"},
+        {"view", kNovos, "create view VCLI as select NOME from TCLI", "visão VCLI"},
+        {"foreign key", kNovos, "create table TFILHO (CLI integer references TCLI)", "TFILHO"},
+    };
+    for (const TCaso& caso : casos) {
+        SCOPED_TRACE(caso.nome);
+        TCliente banco(5, caso.novos);
+        if (*caso.preparo) banco.Executa(caso.preparo);
+        const std::string antes = banco.Clientes();
+        banco.Reconstroi();
+        EXPECT_TRUE(banco.estado_.falhouApagar);
+        EXPECT_EQ(banco.Clientes(), antes);
+        EXPECT_EQ(banco.Conexao().Indices("TCLI").size(), 1U);
+        EXPECT_NE(banco.Le("select VERSAO from SARQUIVO where NOME_ARQUIVO = 'TCLI'"), "2");
+        ASSERT_FALSE(banco.tela_.memo2.empty());
+        EXPECT_NE(banco.tela_.memo2.front().find("TCLI"), std::string::npos);
+        EXPECT_NE(banco.tela_.memo2.front().find(caso.motivo), std::string::npos) << banco.tela_.memo2.front();
+        EXPECT_FALSE(banco.tela_.log.empty());
+    }
+}
+
+TEST(NovaTest, ATableThatAnotherConnectionWritesIsReportedAndKept) {
+    TCliente banco;
+    banco.Executa("create index ICLI_NOME on TCLI (NOME)");
+    const auto outra = banco.banco_.Outra();
+    outra->StartTransaction();
+    outra->Prepara("update TCLI set VALOR = 99 where CODIGO = 1")->Executa();
+    banco.Reconstroi();
+    EXPECT_TRUE(banco.estado_.falhouApagar);
+    EXPECT_TRUE(TTelaDeTeste::Contem(banco.tela_.memo2, "TCLI"));
+    outra->Commit();
+    banco.Reconstroi();
+    EXPECT_FALSE(banco.estado_.falhouApagar);
+    EXPECT_EQ(banco.Le("select VALOR from TCLI where CODIGO = 1"), "99");
+}
+
+TEST(NovaTest, WhatTheDropTakesAlongComesBackOrIsKept) {
+    TCliente banco;
+    banco.Executa("create descending index MEU_INDICE on TCLI (VALOR, NOME)");
+    banco.Executa("grant select, update (NOME) on TCLI to MARIA with grant option");
+    banco.Executa("alter table TCLI add constraint UNICO unique (NOME)");
+    banco.Executa("create trigger GCLI for TCLI before insert as begin new.VALOR = 'ç' || 1; end");
+    banco.Reconstroi();
+    const std::string permissoes =
+        "select trim(rdb$privilege), rdb$grant_option, trim(rdb$field_name) from rdb$user_privileges where"
+        " rdb$relation_name = 'TCLI' and rdb$user = 'MARIA' order by 1";
+    EXPECT_EQ(banco.Le(permissoes), "S|1|<null>;U|1|NOME");
+    std::vector<std::string> indices;
+    for (const auto& indice : banco.Conexao().Indices("TCLI"))
+        indices.push_back(indice.nome + (indice.descendente ? "-" : "+"));
+    EXPECT_EQ(Junta(indices, " "), "ICLI_NOME+ MEU_INDICE-");
+    EXPECT_TRUE(TTelaDeTeste::Contem(banco.tela_.memo2, "GCLI"));
+    EXPECT_TRUE(TTelaDeTeste::Contem(banco.tela_.memo2, "UNICO"));
+    EXPECT_NE(banco.Rejeitados().find("new.VALOR = 'ç' || 1"), std::string::npos);
+}
+
+TEST(NovaTest, AnOlderInterruptedRebuildGoesOnFromItsBackup) {
+    TCliente banco;
+    banco.Executa("create table BTCLI (CODIGO integer not null, NOME varchar(20), VALOR integer, SUMIU integer)");
+    banco.Executa("insert into BTCLI (CODIGO, NOME, VALOR) select * from TCLI");
+    banco.Executa("delete from TCLI where CODIGO > 2");
+    banco.Executa("insert into TCLI values (6, 'entrou depois', 60)");
+    banco.Executa("update SARQUIVO set VERSAO = -1");
+    banco.Reconstroi();
+    EXPECT_EQ(banco.Clientes(), "1|José 1|10;2|José 2|20;3|José 3|30;4|José 4|40;5|José 5|50;6|entrou depois|60");
+    EXPECT_EQ(banco.Le("select VERSAO from SARQUIVO"), "2");
+    EXPECT_TRUE(TTelaDeTeste::Contem(banco.tela_.memo2, "SUMIU"));
+    EXPECT_FALSE(TTelaDeTeste::Contem(banco.tela_.memo2, "ATENÇÃO"));
+}
+
+TEST(NovaTest, WorkDoneAfterAFailedDropIsInTheNextBackup) {
+    TCliente banco;
+    banco.Executa("create view VCLI as select NOME from TCLI");
+    banco.Reconstroi();
+    EXPECT_EQ(banco.Le("select VERSAO from SARQUIVO"), "-1");
+    banco.Executa("drop view VCLI");
+    banco.Executa("update TCLI set NOME = 'mudou' where CODIGO = 1");
+    banco.Executa("delete from TCLI where CODIGO > 2");
+    banco.Reconstroi();
+    EXPECT_EQ(banco.Clientes(), "1|mudou|10;2|José 2|20");
+}
+
+}  // namespace
+}  // namespace wkd
