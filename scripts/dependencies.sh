@@ -7,7 +7,7 @@ pacotes=(
     firebird-dev firebird3.0-server-core firebird3.0-server firebird3.0-utils
     libzip-dev
     qt6-base-dev qt6-translations-l10n xvfb
-    libgtest-dev libbenchmark-dev
+    libgtest-dev
 )
 
 faltam=()

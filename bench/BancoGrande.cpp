@@ -1,0 +1,165 @@
+#include "BancoGrande.h"
+
+#include <cstdlib>
+
+#include "CompactaZip.h"
+#include "DefinicaoCampo.h"
+#include "Texto.h"
+#include "firebird/ConexaoFirebird.h"
+
+namespace wkd {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kTipos[] = {"ftString", "ftInteger", "ftFloat", "ftDateTime", "ftString"};
+
+std::string NomeDaTabela(int tabela) { return "TAB" + std::to_string(1000 + tabela); }
+
+TColunaDicionario Coluna(int coluna) {
+    TColunaDicionario c;
+    c.nome = coluna == 0 ? "CODIGO" : "CAMPO" + std::to_string(coluna);
+    c.tipo = coluna == 0 ? "ftInteger" : kTipos[coluna % std::size(kTipos)];
+    c.tamanho = c.tipo == "ftString" ? "40" : "0";
+    c.chave = coluna == 0 ? 1 : 0;
+    return c;
+}
+
+TCampoPacote Campo(const char* nome, TTipoDado tipo, int tamanho = 0) {
+    TCampo campo;
+    campo.nome = nome;
+    campo.tipo = tipo;
+    campo.tamanho = tamanho;
+    return CampoDePacote(campo);
+}
+
+TDataPacket DicionarioDeTabelas() {
+    TDataPacket pacote;
+    pacote.campos = {Campo("COD_MODULO", TTipoDado::Texto, 3), Campo("NOME_ARQUIVO", TTipoDado::Texto, 50),
+                     Campo("VERSAO", TTipoDado::Inteiro)};
+    for (int t = 0; t < kTabelas; ++t) pacote.linhas.push_back({"001", NomeDaTabela(t), 1});
+    return pacote;
+}
+
+/// Fills a dictionary table with the rows of a packet.
+void Enche(TConnection& banco, const std::string& tabela, const TDataPacket& pacote) {
+    std::vector<std::string> nomes;
+    for (const auto& campo : pacote.campos) nomes.push_back(campo.nome);
+    TTransacao transacao(banco);
+    const auto inclui =
+        banco.Prepara("insert into " + tabela + " (" + Junta(nomes, ", ") + ") values (:" + Junta(nomes, ", :") + ")");
+    for (const TLinha& linha : pacote.linhas) {
+        for (std::size_t i = 0; i < linha.size(); ++i) inclui->Atribui(i, linha[i]);
+        inclui->Executa();
+    }
+    transacao.Commit();
+}
+
+constexpr const char* kDicionario[] = {
+    "create table SARQUIVO (COD_MODULO varchar(3) not null, NOME_ARQUIVO varchar(50) not null, ULT_MODIFICACAO "
+    "timestamp,"
+    " OBS blob sub_type 0, NOME_TABLE varchar(40), VERSAO integer, primary key (COD_MODULO, NOME_ARQUIVO))",
+    "create table SATRIB (ARQUIVO varchar(50) not null, SEQUENCIA integer, NOME varchar(25) not null, TIPO varchar(25),"
+    " TAMANHO integer, CHAVE_DE_PESQUISA integer, MASCARA varchar(40), COMENTARIO blob sub_type 0,"
+    " DISCRIMINACAO varchar(40), VALOR_PADRAO varchar(20), SOMENTE_LEITURA integer, VISIVEL integer,"
+    " PREENCHIMENTO_OBRIGATORIO integer, INCREMENTO integer, LOOKUP_ARQUIVO varchar(50),"
+    " LOOKUP_CP_PESQUISA varchar(25), LOOKUP_INDICE varchar(100), LOOKUP_CP_CHAVE varchar(25),"
+    " LOOKUP_CP_RETORNO varchar(25), LOG integer, CALCULO varchar(250), primary key (ARQUIVO, NOME))",
+    "create table SINDSEC (ARQUIVO varchar(50), NOME varchar(100), TIPO integer)",
+    "create table SINDSECA (ARQUIVO varchar(50), NOME varchar(100), SEQUENCIA integer, CAMPO varchar(25))",
+    "create table SLOOKUP (ARQUIVO varchar(50), CAMPO varchar(25), AUT_ integer, CAMPOPAI varchar(25), CAMPOFILHO "
+    "varchar(25))",
+    "create table SPESQ (ARQUIVO varchar(50), SEQ integer, NOMEPESQUISA varchar(50))",
+    "create table SPESQAUX (ARQUIVO varchar(50), NOME varchar(50), SEQ integer, CAMPOS varchar(25), AUT_ integer)",
+    "create table SADMMOD (COD_MODULO varchar(3))",
+    "create table TINI (SESSAO varchar(50), CHAVE varchar(100), VALOR varchar(250))",
+    "create table TRBTABLE (TABLENAME varchar(60), TABLEALIAS varchar(100))",
+    "create table TRBFIELD (TABLENAME varchar(60), FIELDNAME varchar(60), FIELDALIAS varchar(60), DATATYPE "
+    "varchar(100),"
+    " SELECTABLE char(1), SEARCHABLE char(1), SORTABLE char(1), AUTOSEARCH char(1), MANDATORY char(1))",
+    "create table TRELATORIOS (NOME varchar(100), ARQUIVO blob sub_type 0)",
+    "create table TARQ_VER (ARQUIVO varchar(100))",
+    "create table CSENHA (CODIGO integer, FLAG1 integer)"};
+
+TParametrosConexao Parametros(const fs::path& pasta) {
+    TParametrosConexao parametros;
+    parametros.Adiciona("Database", (pasta / "grande.fdb").string());
+    parametros.Adiciona("User_Name", "SYSDBA");
+    parametros.Adiciona("CharacterSet", "WIN1252");
+    return parametros;
+}
+
+}  // namespace
+
+TDataPacket DicionarioDeColunas(int tabelas) {
+    TDataPacket pacote;
+    pacote.campos = {Campo("ARQUIVO", TTipoDado::Texto, 50),       Campo("SEQUENCIA", TTipoDado::Inteiro),
+                     Campo("NOME", TTipoDado::Texto, 25),          Campo("TIPO", TTipoDado::Texto, 25),
+                     Campo("TAMANHO", TTipoDado::Inteiro),         Campo("CHAVE_DE_PESQUISA", TTipoDado::Inteiro),
+                     Campo("DISCRIMINACAO", TTipoDado::Texto, 40), Campo("VISIVEL", TTipoDado::Inteiro),
+                     Campo("INCREMENTO", TTipoDado::Inteiro),      Campo("LOOKUP_ARQUIVO", TTipoDado::Texto, 50),
+                     Campo("CALCULO", TTipoDado::Texto, 250)};
+    for (int t = 0; t < tabelas; ++t)
+        for (int i = 0; i < kColunas; ++i) {
+            const TColunaDicionario c = Coluna(i);
+            pacote.linhas.push_back({NomeDaTabela(t), i + 1, c.nome, c.tipo, std::stoi(c.tamanho), c.chave,
+                                     "Descrição da coluna " + c.nome, 1, 0, TValor(), TValor()});
+        }
+    return pacote;
+}
+
+TBancoGrande::TBancoGrande() {
+    std::string molde = (fs::temp_directory_path() / "wkd-bench-XXXXXX").string();
+    if (!mkdtemp(molde.data())) throw std::runtime_error("Não foi possível criar " + molde);
+    pasta_ = molde;
+    CriaBancoFirebird(Parametros(pasta_), 8192);
+    CriaTabelas(*Conexao());
+    EnchePacote();
+    Aliases().AdicionaAlias({.nome = "GRANDE",
+                             .tipoBanco = "tbInterbase",
+                             .hostname = "",
+                             .path = pasta_.string() + "/",
+                             .database = "grande.fdb",
+                             .usuario = "SYSDBA",
+                             .senha = "",
+                             .characterSet = "WIN1252",
+                             .driver = ""},
+                            false);
+}
+
+TBancoGrande::~TBancoGrande() {
+    std::error_code semErro;
+    fs::remove_all(pasta_, semErro);
+}
+
+std::unique_ptr<TConnection> TBancoGrande::Conexao() const {
+    auto conexao = CriaConexaoFirebird(Parametros(pasta_));
+    conexao->Open();
+    return conexao;
+}
+
+void TBancoGrande::CriaTabelas(TConnection& banco) {
+    for (const char* comando : kDicionario) banco.ExecuteDirect(comando);
+    for (int t = 0; t < kTabelas; ++t) {
+        std::string comando = "create table " + NomeDaTabela(t) + " (";
+        for (int i = 0; i < kColunas; ++i) {
+            const TColunaDicionario c = Coluna(i);
+            comando += c.nome + " " + DefinicaoCampo(c, TTipoBanco::tbInterbase) + ", ";
+        }
+        banco.ExecuteDirect(comando + "constraint PK_" + NomeDaTabela(t) + " primary key (CODIGO))");
+    }
+    Enche(banco, "SARQUIVO", DicionarioDeTabelas());
+    Enche(banco, "SATRIB", DicionarioDeColunas(kTabelas));
+}
+
+void TBancoGrande::EnchePacote() {
+    GravaPacote(DicionarioDeTabelas(), pasta_ / "SARQUIVO.WKD", TFormaPacote::Binario);
+    GravaPacote(DicionarioDeColunas(kTabelas), pasta_ / "SATRIB.WKD", TFormaPacote::Binario);
+    TDataPacket arquivos;
+    arquivos.campos = {Campo("ARQUIVO", TTipoDado::Texto, 100)};
+    GravaPacote(arquivos, pasta_ / "ARQUIVOS", TFormaPacote::Binario);
+    CompactaZip({pasta_ / "SARQUIVO.WKD", pasta_ / "SATRIB.WKD", pasta_ / "ARQUIVOS"}, Pacote());
+}
+
+}  // namespace wkd
