@@ -60,7 +60,8 @@ fs::path LocalizaIni(const TLocaisDoIni& locais) {
         if (const auto achado = ArquivoSemCaixa(pasta, relativo)) return SemBarrasDobradas(achado->string());
         if (pasta.is_absolute()) ultimo = pasta / relativo;
     }
-    throw TErroConfiguracao("Nao encontrou o arquivo" + ultimo.string());
+    throw TErroConfiguracao("Nao encontrou o arquivo" + ultimo.string() +
+                            "\nCopie o WKD.ini da instalação para a pasta do programa, ou crie um alias com --novo-alias.");
 }
 
 std::string SemBarrasDobradas(std::string_view caminho) {

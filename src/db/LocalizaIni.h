@@ -18,7 +18,8 @@ struct TLocaisDoIni {
 TLocaisDoIni LocaisPadraoDoIni();
 
 /// Finds "WKD.ini" (letter case ignored): program folder, its parent, "WKD Software" and "WKD Software/HBN" below
-/// the program-files folder, development path. Throws TErroConfiguracao "Nao encontrou o arquivo" + last path tried.
+/// the program-files folder, development path. Throws TErroConfiguracao "Nao encontrou o arquivo" + last path tried,
+/// and on a second line what to do.
 std::filesystem::path LocalizaIni(const TLocaisDoIni& locais);
 /// Doubled separators, "\" or "/", collapsed, but for the leading two of a network path.
 std::string SemBarrasDobradas(std::string_view caminho);
