@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <stdexcept>
 #include <utility>
 
 #include "Texto.h"
@@ -160,16 +161,21 @@ void TCopiaDeLinhas::RejeitaLinha(const TLinha& linha, const std::string& erro) 
     ctx_.Tela().Informacao(copia_.inicioDoErro + erro);
     TPares valores;
     for (std::size_t i = 0; i < linha.size(); ++i) valores.emplace_back(colunas_[i].destino.nome, linha[i]);
-    if (!rejeitados_.Linha(Chave(linha), erro, valores)) resultado_.rejeitosGuardados = false;
-    if (copia_.oferecePular && ctx_.Tela().Reconcilia(erro, TAcaoReconcilia::Pula) == TAcaoReconcilia::Aborta)
-        throw std::runtime_error("Cópia de " + copia_.origem + " interrompida: " + erro);
+    ConfereGuardado(rejeitados_.Linha(Chave(linha), erro, valores));
+    if (copia_.exigente && ctx_.Tela().Reconcilia(erro, TAcaoReconcilia::Pula) == TAcaoReconcilia::Aborta)
+        throw std::runtime_error("cópia de " + copia_.origem + " interrompida: " + erro);
 }
 
 void TCopiaDeLinhas::RejeitaCampo(const TLinha& linha, const std::string& erro, std::size_t coluna) {
     ++resultado_.rejeitados;
-    if (copia_.mostraErroDeCampo) ctx_.Tela().Informacao(erro);
-    if (!rejeitados_.Valor(Chave(linha), erro, colunas_[coluna].destino.nome, linha[coluna]))
-        resultado_.rejeitosGuardados = false;
+    if (copia_.exigente) ctx_.Tela().Informacao(erro);
+    ConfereGuardado(rejeitados_.Valor(Chave(linha), erro, colunas_[coluna].destino.nome, linha[coluna]));
+}
+
+void TCopiaDeLinhas::ConfereGuardado(bool guardado) {
+    if (!guardado && copia_.exigente)
+        throw std::runtime_error("há dados que não puderam ser gravados nem em " + copia_.destino +
+                                 " nem no arquivo de rejeitados");
 }
 
 TPares TCopiaDeLinhas::Chave(const TLinha& linha) const {

@@ -22,15 +22,15 @@ struct TCopia {
     std::string etapa;               // of the rejects
     std::string rotulo = {};         // of every row; empty leaves the label alone
     std::string inicioDoErro = {};   // before the text of a row that failed
-    bool mostraErroDeCampo = false;
-    bool oferecePular = false;  // a refused row asks whether to go on without it
+    // Shows also what fails of a single field, asks whether to go on without a refused row, and ends when what is
+    // missing cannot be written into the rejects file.
+    bool exigente = false;
     std::size_t linhasPorLote = 100;
 };
 
 struct TResultadoDaCopia {
     std::int64_t lidas = 0, gravadas = 0;
     std::int64_t rejeitados = 0;      // rows and values not stored
-    bool rejeitosGuardados = true;    // every row and value that was not stored is in the rejects file
     std::set<std::string> alteradas;  // columns in capitals that got other values on purpose: numbers, required ones
 };
 
@@ -44,7 +44,7 @@ class TCopiaDeLinhas {
     /// `renumeracao` must outlive the copy.
     TCopiaDeLinhas(TContexto& ctx, TCopia copia, TRenumeracao& renumeracao);
 
-    /// Throws what the reading says, and a lost connection.
+    /// Throws what the reading says, a lost connection, and std::runtime_error for a copy that was given up.
     TResultadoDaCopia Executa(std::int64_t linhas);
 
   private:
@@ -59,6 +59,7 @@ class TCopiaDeLinhas {
     void RefazLote();
     bool GravaSozinha(const TLinha& linha);
     void RejeitaLinha(const TLinha& linha, const std::string& erro);
+    void ConfereGuardado(bool guardado);
     void RejeitaCampo(const TLinha& linha, const std::string& erro, std::size_t coluna);
     TPares Chave(const TLinha& linha) const;
 

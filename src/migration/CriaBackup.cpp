@@ -58,9 +58,6 @@ bool Aproveita(TContexto& ctx, const std::string& tabela, const std::vector<std:
 /// The table is dropped only when its backup is proven, or what it lacks is in the rejects file.
 void ExigeCopiaFiel(TContexto& ctx, const std::string& tabela, const TResultadoDaCopia& copia) {
     const std::string backup = NomeDaBackup(tabela);
-    if (!copia.rejeitosGuardados)
-        throw std::runtime_error("há registros que não puderam ser gravados nem em " + backup +
-                                 " nem no arquivo de rejeitados");
     const TConferencia conferencia = ConfereComBackup(ctx.Conexao(), backup, tabela, copia.alteradas);
     if (conferencia.naTabela != copia.lidas)
         throw std::runtime_error("os registros mudaram durante a cópia para " + backup);
@@ -72,9 +69,13 @@ void ExigeCopiaFiel(TContexto& ctx, const std::string& tabela, const TResultadoD
 
 void Copia(TContexto& ctx, const std::string& tabela, const std::vector<std::string>& chave) {
     ctx.Tela().LblAtual("Obtendo quantidade de registros..." + tabela);
-    GravaEtapa(ctx, tabela, TEtapaDaReconstrucao::Desconhecida);
-    if (!ctx.dm.Atualiza.CriaTabela(tabela, true)) throw std::runtime_error(ctx.dm.Atualiza.Erro());
+    // A mark that was left behind must not speak for this copy; "Guardada" says of a broken-off one what is true.
+    if (EtapaDaReconstrucao(ctx, tabela) == TEtapaDaReconstrucao::Restaurando)
+        GravaEtapa(ctx, tabela, TEtapaDaReconstrucao::Desconhecida);
+    const bool criada = ctx.dm.Atualiza.CriaTabela(tabela, true);
+    const std::string erro = ctx.dm.Atualiza.Erro();
     ctx.dm.AtualizaListaDeTabelas();
+    if (!criada) throw std::runtime_error(erro);
 
     ctx.Tela().LblAtual("Criando tabela de backup: " + tabela);
     TRenumeracao renumeracao(ctx.dm.SatribNovo);
@@ -85,8 +86,7 @@ void Copia(TContexto& ctx, const std::string& tabela, const std::vector<std::str
                           .chave = chave,
                           .etapa = ctx.acaoAtual,
                           .rotulo = "Transferindo dados para tabela de backup: " + tabela,
-                          .mostraErroDeCampo = true,
-                          .oferecePular = true,
+                          .exigente = true,
                           .linhasPorLote = kLinhasPorLote},
                          renumeracao);
     ExigeCopiaFiel(ctx, tabela, copia.Executa(Conta(ctx, tabela)));

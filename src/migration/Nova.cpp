@@ -24,6 +24,10 @@ namespace {
 
 constexpr int kTentativas = 2;  // a failure may pass, such as a lock
 
+std::string Causa(const TErroBanco& erro) {
+    return (erro.Falha() == TFalha::EmUso ? "em uso por outra conexão: " : "") + std::string(erro.what());
+}
+
 /// One rebuild. Up to the drop every error leaves the table as it is; behind it the rows are in the backup table, and
 /// VERSAO -1 stays until they are back.
 class TReconstrucao {
@@ -72,7 +76,7 @@ bool TReconstrucao::Tenta(TPasso&& passo, TDesfaz&& desfaz) {
         passo();
         return true;
     } catch (const TErroBanco& erro) {
-        Falhou(erro.what());
+        Falhou(Causa(erro));
         if (erro.ConexaoPerdida()) {
             desfaz();
             throw;
@@ -130,7 +134,7 @@ bool TReconstrucao::Apaga() {
             [&] {
                 if (apagada.Erro().ConexaoPerdida()) throw apagada.Erro();
                 const auto dependentes = DependentesDaTabela(ctx_, tabela_);
-                throw std::runtime_error(apagada.Mensagem() +
+                throw std::runtime_error(Causa(apagada.Erro()) +
                                          (dependentes.empty() ? "" : " Dependem dela: " + Junta(dependentes, ", ")));
             },
             [this] { RefazIndices(); });

@@ -68,11 +68,11 @@ TEST(CopiaTest, ARowRefusedTwiceIsMissingAloneAndKept) {
         });
         banco.Reconstroi();
         EXPECT_EQ(banco.tela_.infos, std::vector<std::string>{"recusado"});
-        EXPECT_EQ(banco.tela_.reconciliacoes.size(), 1U);
-        EXPECT_EQ(banco.Le("select count(*) from BTCLI where CODIGO <> 7"), "29");
+        EXPECT_EQ(banco.tela_.reconciliacoes.size(), gravavel ? 1U : 0U);
         EXPECT_EQ(banco.Le("select count(*) from TCLI"), gravavel ? "29" : "30");
         EXPECT_EQ(banco.estado_.falhouApagar, !gravavel) << "without the rejects file the row would be lost";
         if (gravavel) {
+            EXPECT_EQ(banco.Le("select count(*) from BTCLI where CODIGO <> 7"), "29");
             EXPECT_NE(banco.Rejeitados().find("\"valores\": {\"CODIGO\": 7, \"NOME\": \"nome\"}"), std::string::npos);
         }
     }

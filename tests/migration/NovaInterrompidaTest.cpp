@@ -20,7 +20,7 @@ struct TBancoInterrompido : TBancoDaNova {
                 std::string(chave == 1 ? ", constraint PK_TCLI primary key (CODIGO))" : ")"));
         std::vector<std::string> comandos = {"insert into SINDSEC values ('TCLI', 'ICLI_NOME', 0)",
                                              "insert into SINDSECA values ('TCLI', 'ICLI_NOME', 'NOME', 1)"};
-        for (int i = 1; i <= 25; ++i)
+        for (int i = 1; i <= 13; ++i)
             comandos.push_back("insert into TCLI values (" + std::to_string(i) + ", 'José', 'v')");
         ExecutaTudo(comandos);
         Executa("create index ICLI_A_MAO on TCLI (CODIGO, NOME)");
