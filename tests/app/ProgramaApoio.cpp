@@ -5,13 +5,11 @@
 
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
-#include <sstream>
 
 #include "Arquivos.h"
 #include "BancoTemporario.h"
 #include "CompactaZip.h"
-#include "Linhas.h"
+#include "Retrato.h"
 #include "firebird/ConexaoFirebird.h"
 
 namespace wkd {
@@ -103,29 +101,6 @@ std::unique_ptr<TConnection> TProgramaInstalado::Banco() const {
     return conexao;
 }
 
-std::string TProgramaInstalado::Retrato() const {
-    const auto conexao = Banco();
-    std::ostringstream retrato;
-    for (const std::string& tabela : conexao->NomesDeTabelas()) {
-        retrato << tabela << "\n  chave " << conexao->ChavePrimaria(tabela).nome << "\n";
-        for (const auto& coluna : conexao->Colunas(tabela))
-            retrato << "  " << coluna.nome << " " << coluna.tipoSql << " " << coluna.requerido << " " << coluna.padrao
-                    << "\n";
-        for (const auto& indice : conexao->Indices(tabela)) retrato << "  indice " << indice.nome << "\n";
-        if (tabela != "SISTEMA") retrato << "  " << Linhas(*conexao, "select * from " + tabela) << "\n";
-    }
-    return retrato.str();
-}
-
-std::string PrimeiraDiferenca(const std::string& um, const std::string& outro) {
-    std::istringstream a(um), b(outro);
-    std::string linhaA, linhaB;
-    while (true) {
-        const bool temA = static_cast<bool>(std::getline(a, linhaA));
-        const bool temB = static_cast<bool>(std::getline(b, linhaB));
-        if (!temA && !temB) return "";
-        if (temA != temB || linhaA != linhaB) return (temA ? linhaA : "") + " | " + (temB ? linhaB : "");
-    }
-}
+std::string TProgramaInstalado::Retrato() const { return wkd::Retrato(*Banco()); }
 
 }  // namespace wkd

@@ -34,14 +34,10 @@ class TProgramaInstalado {
 
     /// The database, open; nobody else may have it open meanwhile.
     std::unique_ptr<TConnection> Banco() const;
-    /// Tables, columns, keys, indexes and the rows of every table, as text; SISTEMA's, which hold the time, left out.
     std::string Retrato() const;
 
   private:
     TPastaTemporaria pasta_;
 };
-
-/// First line in which two texts differ, as "one | other"; empty when they are equal.
-std::string PrimeiraDiferenca(const std::string& um, const std::string& outro);
 
 }  // namespace wkd

@@ -6,6 +6,7 @@
 
 #include "Linhas.h"
 #include "ProgramaApoio.h"
+#include "Retrato.h"
 
 namespace wkd {
 namespace {
@@ -38,7 +39,7 @@ TEST(Programa, atualiza_um_banco_de_uma_versao_antiga) {
     EXPECT_EQ(segunda.codigo, 0) << segunda.erros;
     EXPECT_FALSE(segunda.Diz("Atualizou o arquivo"));
     EXPECT_FALSE(segunda.Diz("Executando Query"));
-    EXPECT_EQ(PrimeiraDiferenca(depois, loja.Retrato()), "");
+    EXPECT_EQ(Diferencas(depois, loja.Retrato()), "");
 }
 
 TEST(Programa, ajuda_versao_e_argumentos_errados) {
@@ -153,7 +154,7 @@ TEST(Programa, recusa_um_banco_sem_dicionario) {
     const auto saida = loja.Atualiza();
     EXPECT_EQ(saida.codigo, 2) << saida.erros;
     EXPECT_TRUE(saida.Diz("SATRIB"));
-    EXPECT_EQ(PrimeiraDiferenca(antes, loja.Retrato()), "");
+    EXPECT_EQ(Diferencas(antes, loja.Retrato()), "");
 }
 
 TEST(Programa, nao_roda_duas_vezes_ao_mesmo_tempo) {

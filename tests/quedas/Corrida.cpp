@@ -1,0 +1,59 @@
+// Runs the update of the alias "LOJA" of a folder and ends the process at statement n, as a power cut would: without
+// closing, committing or rolling anything back. Arguments: folder, n. Exit code 9 when it was cut, 0 or 1 when the run
+// ended first (1: something was reported, which goes to standard error). "erro" as third argument makes the server's
+// answer to statement n an error instead.
+#include <unistd.h>
+
+#include <cstdlib>
+#include <iostream>
+
+#include "Atualizacao.h"
+#include "TelaDeTeste.h"
+
+namespace {
+
+using namespace wkd;
+
+constexpr int kCortado = 9;
+
+TErroBanco ErroDoServidor(std::string_view comando) {
+    return TErroBanco({.mensagem = "erro provocado",
+                       .codigoNativo = 1,
+                       .sqlstate = "HY000",
+                       .comando = std::string(comando),
+                       .falha = TFalha::EmUso,
+                       .conexaoPerdida = false});
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc < 3) return 64;
+    const std::filesystem::path pasta = argv[1];
+    const int ultimo = std::atoi(argv[2]);
+    const bool comErro = argc > 3;
+
+    TTelaDeTeste tela;
+    TDataModulo dm(TAliases(pasta / "WKD.ini"), tela);
+    dm.SQLConnection1.SetAlias("LOJA");
+    dm.SQLConnection1.Open();
+    int comandos = 0;
+    dm.SQLConnection1.Observa([&](std::string_view comando) {
+        if (++comandos != ultimo) return;
+        if (!comErro) _exit(kCortado);
+        throw ErroDoServidor(comando);
+    });
+
+    TOpcoes opcoes;
+    opcoes.alias = "LOJA";
+    opcoes.pacote = pasta / "pacote.zip";
+    opcoes.desassistido = true;
+    opcoes.marcaNaoCria = pasta / "naocria.wkd";
+    opcoes.temporaria = opcoes.pastaPrograma = opcoes.pastaCorrente = pasta;
+    TEstado estado;
+    TAtualizacao(dm, opcoes, estado).Executa();
+    for (const auto* linhas : {&tela.memo2, &tela.infos})
+        for (const std::string& linha : *linhas) std::cerr << linha << '\n';
+    std::cout << comandos << '\n';
+    return tela.memo2.empty() && tela.infos.empty() && tela.log.empty() ? 0 : 1;
+}
