@@ -217,6 +217,28 @@ TEST_F(JanelaTest, TablesAreSelectedByName) {
     }
 }
 
+TEST_F(JanelaTest, EnterGoesOnButInTheTableBoxItAdds) {
+    const auto enter = [&](QWidget& controle) {
+        QKeyEvent tecla(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);
+        QApplication::sendEvent(&controle, &tecla);
+        janela_->Serve();
+    };
+    EscolheAlias("LOJA");
+    enter(C<QComboBox>("edAlias"));
+    EscolhePacote();
+    enter(C<QLineEdit>("edAtualizacao"));
+    EXPECT_EQ(Onde(), "opcoes: Opções de Atualização");
+    C<QCheckBox>("cbTabela").click();
+    C<QComboBox>("edTabela").setEditText("TVENDA");
+    enter(*C<QComboBox>("edTabela").lineEdit());
+    EXPECT_EQ(Onde(), "opcoes: Opções de Atualização");
+    EXPECT_EQ(C<QPlainTextEdit>("mListaTabelas").toPlainText(), "TVENDA");
+    C<QPushButton>("BitBtn1").setFocus();
+    enter(C<QPushButton>("BitBtn1"));
+    EXPECT_EQ(Informacoes().size(), 1u);  // already listed
+    EXPECT_EQ(Onde(), "opcoes: Opções de Atualização");
+}
+
 TEST_F(JanelaTest, EditBoxesAreRememberedButThePackageIsNot) {
     C<QLineEdit>("edServerRest").setText("  ");
     C<QLineEdit>("edBancoRest").setText(" D:\\ação.fdb ");
