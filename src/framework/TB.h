@@ -41,6 +41,8 @@ class TTB {
     /// True drops the primary key, false the secondary indexes; those of constraints stay. Each is dropped on its
     /// own; afterwards throws naming those that could not be.
     void ApagaInidices(std::string_view tabela, bool primario);
+    /// Drops the secondary indexes that CriaIndiceSecundarios makes again, and no others.
+    void ApagaIndicesDoDicionario(std::string_view tabela);
     bool ExisteIndicePrimario(std::string_view tabela);
     /// True at once when there is a key. Nullable key columns are made NOT NULL first where the server wants it;
     /// nothing is changed when rows lack a key value or repeat one.
@@ -74,6 +76,7 @@ class TTB {
     void Grava();
 
   private:
+    void ApagaSecundarios(std::string_view tabela, const std::function<bool(const TIndice&)>& apaga);
     /// Row that PosicionaTB found, or that Novo and Editar prepare.
     struct TLinhaAtual {
         enum class TModo { Consulta, Inclusao, Edicao } modo = TModo::Consulta;

@@ -82,18 +82,27 @@ std::vector<std::string> ColunasDoIndice(TConnection& conexao, std::string_view 
 }  // namespace
 
 void TTB::ApagaInidices(std::string_view tabela, bool primario) {
+    if (!primario) return ApagaSecundarios(tabela, [](const TIndice&) { return true; });
+    const auto chave = conexao_.ChavePrimaria(tabela);
+    if (chave.nome.empty()) return;
+    ExecutaTodos(conexao_, {"alter table " + std::string(tabela) + " drop constraint " +
+                            Identificador(chave.nome, conexao_.TipoBanco())});
+}
+
+void TTB::ApagaIndicesDoDicionario(std::string_view tabela) {
+    const auto conhecidos = IndicesDoDicionario(conexao_, tabela);
+    ApagaSecundarios(tabela, [&](const TIndice& indice) {
+        return std::ranges::any_of(conhecidos, [&](const auto& c) { return IgualSemCaixa(c.nome, indice.nome); });
+    });
+}
+
+void TTB::ApagaSecundarios(std::string_view tabela, const std::function<bool(const TIndice&)>& apaga) {
     const TTipoBanco banco = conexao_.TipoBanco();
-    const std::string nome(tabela);
+    const std::string fim = banco == TTipoBanco::tbSQLServer ? " on " + std::string(tabela) : "";
     std::vector<std::string> comandos;
-    if (primario) {
-        const auto chave = conexao_.ChavePrimaria(tabela);
-        if (!chave.nome.empty())
-            comandos.push_back("alter table " + nome + " drop constraint " + Identificador(chave.nome, banco));
-    } else {
-        const std::string fim = banco == TTipoBanco::tbSQLServer ? " on " + nome : "";
-        for (const auto& indice : conexao_.Indices(tabela))
-            if (indice.restricao.empty()) comandos.push_back("drop index " + Identificador(indice.nome, banco) + fim);
-    }
+    for (const auto& indice : conexao_.Indices(tabela))
+        if (indice.restricao.empty() && apaga(indice))
+            comandos.push_back("drop index " + Identificador(indice.nome, banco) + fim);
     ExecutaTodos(conexao_, comandos);
 }
 

@@ -119,14 +119,18 @@ bool TColunaComparada::Calculada() const { return !Apara(calculo).empty(); }
 
 std::optional<TColunaComparada> ColunaDe(const TClientDataSet& satrib) {
     if (satrib.IsEmpty()) return std::nullopt;
+    const auto texto = [&satrib](std::string_view campo) {  // older dictionaries lack some of the columns
+        const int indice = satrib.IndiceDoCampo(campo);
+        return indice < 0 ? std::string() : satrib.Valor(static_cast<std::size_t>(indice)).ComoTexto();
+    };
     TColunaComparada coluna;
-    coluna.nome = Apara(satrib.Texto("NOME"));
-    coluna.tipo = AparaFim(satrib.Texto("TIPO"));
-    coluna.tamanho = AparaFim(satrib.Texto("TAMANHO"));
-    coluna.valorPadrao = satrib.Texto("VALOR_PADRAO");
-    coluna.calculo = satrib.Texto("CALCULO");
-    coluna.chave = static_cast<int>(Inteiro(satrib.Texto("CHAVE_DE_PESQUISA")));
-    coluna.lookup = satrib.Texto("LOOKUP_ARQUIVO");
+    coluna.nome = Apara(texto("NOME"));
+    coluna.tipo = AparaFim(texto("TIPO"));
+    coluna.tamanho = AparaFim(texto("TAMANHO"));
+    coluna.valorPadrao = texto("VALOR_PADRAO");
+    coluna.calculo = texto("CALCULO");
+    coluna.chave = static_cast<int>(Inteiro(texto("CHAVE_DE_PESQUISA")));
+    coluna.lookup = texto("LOOKUP_ARQUIVO");
     return coluna;
 }
 

@@ -14,6 +14,12 @@ namespace {
 
 constexpr int kTentativas = 2;  // a failure may pass, such as a lock
 
+/// What a column holds of a value that it cannot hold whole: the day of a time stamp, else nothing.
+TValor ParteQueCabe(const TValor& valor, const TColunaFisica& coluna) {
+    const auto* quando = valor.Se<TDataHora>();
+    return quando && coluna.tipo == TTipoDado::Data ? TValor(quando->data) : TValor();
+}
+
 }  // namespace
 
 TCopiaDeLinhas::TCopiaDeLinhas(TContexto& ctx, TCopia copia, TRenumeracao& renumeracao)
@@ -115,7 +121,7 @@ void TCopiaDeLinhas::IsolaCampos(TLinha& linha) {
             ConverteParaColuna(linha[i], colunas_[i].destino);
         } catch (const TErroConversao& falha) {
             RejeitaCampo(linha, falha.what(), i);
-            linha[i] = {};
+            linha[i] = ParteQueCabe(linha[i], colunas_[i].destino);
         }
     }
 }

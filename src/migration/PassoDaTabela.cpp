@@ -4,6 +4,7 @@
 
 #include "Alteracao.h"
 #include "DicionarioDaTabela.h"
+#include "EstadoDaReconstrucao.h"
 #include "Nova.h"
 #include "Texto.h"
 
@@ -47,7 +48,7 @@ void TPassoDaTabela::TabelaExistente() {
     ctx_.dm.Commit(tabela_);
     reconstroi_ = ctx_.opcoes.completo || ctx_.opcoes.modoCompleto;
     if (ctx_.dm.SarquivoVelho.IsEmpty()) IncluiNoSArquivo();
-    if (ctx_.dm.SarquivoVelho.Inteiro("versao") == -1) reconstroi_ = true;
+    if (ctx_.dm.SarquivoVelho.Inteiro("versao") == kVersaoPendente) reconstroi_ = true;
     if (!Analisa()) return;
 
     ctx_.Tela().Memo1("Atualizou o arquivo: " + tabela_);
@@ -60,7 +61,7 @@ void TPassoDaTabela::TabelaExistente() {
 
 /// An interrupted rebuild dropped the table; its rows wait in the backup table.
 bool TPassoDaTabela::RestauracaoPendente() {
-    return ctx_.dm.SarquivoVelho.Inteiro("versao") == -1 && ctx_.dm.ExisteTabela("B" + tabela_);
+    return ctx_.dm.ExisteTabela("B" + tabela_) && ReconstrucaoPendente(ctx_, tabela_);
 }
 
 void TPassoDaTabela::Reconstroi() {
@@ -90,10 +91,11 @@ bool TPassoDaTabela::Analisa() const {
            (opcoes.tabelasSelecionadas && !opcoes.tabelas.empty()) || marcas_.Marcada(tabela_);
 }
 
+/// Those of the dictionary, which come back with the new one; indexes that somebody else made stay.
 void TPassoDaTabela::ApagaIndices() {
     if (ctx_.dm.SatribNovo.IsEmpty()) return;
     try {
-        ctx_.dm.Atualiza.ApagaInidices(tabela_, false);
+        ctx_.dm.Atualiza.ApagaIndicesDoDicionario(tabela_);
     } catch (const TErroBanco& erro) {
         ctx_.Tela().SetLog("Apagar Índices", tabela_, erro.what());
     }
