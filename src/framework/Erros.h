@@ -45,6 +45,8 @@ class TErroBanco : public std::runtime_error {
     const std::string& Comando() const { return dados_.comando; }
     TFalha Falha() const { return dados_.falha; }
     bool ConexaoPerdida() const { return dados_.conexaoPerdida; }
+    /// Whether the same statement may succeed later as it is: a lock, a broken connection.
+    bool Passageiro() const { return ConexaoPerdida() || Falha() == TFalha::EmUso || Falha() == TFalha::Conexao; }
 
   private:
     TDados dados_;

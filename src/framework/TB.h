@@ -52,6 +52,8 @@ class TTB {
 
     /// Why the last operation returned false.
     const std::string& Erro() const { return erro_; }
+    /// Whether one of its reasons may pass by itself, such as a lock.
+    bool ErroPassageiro() const { return passageiro_; }
 
     /// Physical columns of the dictionary, in SEQUENCIA order.
     std::vector<TColunaDicionario> ColunasDoDicionario(std::string_view tabela);
@@ -100,6 +102,7 @@ class TTB {
     TConnection& conexao_;
     std::filesystem::path pastaComandos_;
     std::string erro_;
+    bool passageiro_ = false;
     TLinhaAtual linha_;
 };
 

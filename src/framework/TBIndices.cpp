@@ -169,6 +169,7 @@ bool TTB::CriaSecundario(std::string_view tabela, const std::string& nome, bool 
                                    "(" + Junta(colunas, ",") + ")");
     } catch (const TErroBanco& erro) {
         if (erro.ConexaoPerdida()) throw;
+        passageiro_ = passageiro_ || erro.Passageiro();
         falha = erro.what();
     }
     return falha.empty();

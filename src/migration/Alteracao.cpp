@@ -11,6 +11,7 @@ namespace {
 void ExecutaComando(TContexto& ctx, std::string_view tabela, const TComandoPendente& comando) {
     ctx.Tela().Memo1(comando.texto);
     if (const TResultado resultado = ExecutaPendente(ctx, tabela, comando); !resultado) {
+        ctx.Falhou(resultado.Erro());
         ctx.Tela().Memo2(resultado.Mensagem());
         ctx.Tela().SetLog(resultado.Mensagem() + " Query: " + comando.texto, ctx.dm.SArquivoNovo.Texto("nome_arquivo"),
                           "Query de alteração de campo");
@@ -32,22 +33,28 @@ void ExecutaTodos(TContexto& ctx, std::string_view tabela, TPendentes& pendentes
             pendentes.erase(pendentes.begin());
             ExecutaComando(ctx, tabela, comando);
         }
-    } catch (const std::exception& erro) {
+    } catch (const TErroBanco& erro) {
+        ctx.Falhou(erro);
         ctx.Tela().Memo1("Erro atualizando o arquivo :" + std::string(tabela));
         ctx.Tela().SetLog(erro.what(), tabela, "Erro atualizando o arquivo");
     }
 }
 
+void RelataIndice(TContexto& ctx, const std::string& linha, std::string_view tabela, std::string_view acao) {
+    ctx.repeteTabela = ctx.repeteTabela || ctx.dm.Atualiza.ErroPassageiro();
+    ctx.Tela().Memo1(linha);
+    ctx.Tela().SetLog(ctx.dm.Atualiza.Erro(), tabela, acao);
+}
+
 void CriaIndices(TContexto& ctx, std::string_view tabela) {
     TTB& tb = ctx.dm.Atualiza;
-    if (!tb.CriaIndicePrimario(tabela, false)) {
-        ctx.Tela().Memo1("Erro criando indice primario do arquivo :" + std::string(tabela));
-        ctx.Tela().SetLog(tb.Erro(), tabela, "Erro criando indice primario do arquivo");
-    }
-    if (!tb.CriaIndiceSecundarios(tabela)) {
-        ctx.Tela().Memo1("Erro criando indice secundario do arquivo:" + std::string(tabela) + " " + tb.Erro());
-        ctx.Tela().SetLog(tb.Erro(), tabela, "Erro criando indice secundario do arquivo:");
-    }
+    const std::string nome(tabela);
+    if (!tb.CriaIndicePrimario(nome, false))
+        RelataIndice(ctx, "Erro criando indice primario do arquivo :" + nome, nome,
+                     "Erro criando indice primario do arquivo");
+    if (!tb.CriaIndiceSecundarios(nome))
+        RelataIndice(ctx, "Erro criando indice secundario do arquivo:" + nome + " " + tb.Erro(), nome,
+                     "Erro criando indice secundario do arquivo:");
 }
 
 }  // namespace

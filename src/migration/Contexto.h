@@ -10,9 +10,9 @@ namespace wkd {
 
 /// What outlives a run: the flags of the wizard.
 struct TEstado {
-    bool usuariosOnline = true;   // false: the database has no table of connected users (older generation)
-    bool pulaNulos = false;       // leaves the null validation out
-    bool falhouApagar = false;    // set when a rebuild could not drop its table; cleared by the next rebuild alone
+    bool usuariosOnline = true;  // false: the database has no table of connected users (older generation)
+    bool pulaNulos = false;      // leaves the null validation out
+    bool falhouApagar = false;   // set when a rebuild could not drop its table; cleared by the next rebuild alone
 };
 
 /// What the passes of one run share.
@@ -22,10 +22,13 @@ struct TContexto {
     TEstado& estado;
     std::string tabelaAtual;
     std::string acaoAtual;
+    bool repeteTabela = false;  // the table met a failure that may pass: the next run analyses it again
 
     ITela& Tela() { return dm.Tela(); }
     TConnection& Conexao() { return dm.SQLConnection1; }
     TTipoBanco Banco() const { return dm.SQLConnection1.TipoBanco(); }
+    /// Takes note of a failure of the table under analysis.
+    void Falhou(const TErroBanco& erro) { repeteTabela = repeteTabela || erro.Passageiro(); }
     /// Run-log entry of the current table and action.
     void Log(std::string_view mensagem) { Tela().SetLog(mensagem, tabelaAtual, acaoAtual); }
 };

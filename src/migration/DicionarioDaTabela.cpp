@@ -61,12 +61,14 @@ void IncluiLinhas(TContexto& ctx, bool preencheObrigatorios) {
             inclui->Executa();
         } catch (const TErroBanco& erro) {
             if (erro.ConexaoPerdida()) throw;
+            ctx.Falhou(erro);
             ctx.Log(erro.what());
         }
     }
 }
 
 void RelataCriacao(TContexto& ctx, const std::string& linha, std::string_view tabela, std::string_view acao) {
+    ctx.repeteTabela = ctx.repeteTabela || ctx.dm.Atualiza.ErroPassageiro();
     ctx.Tela().Memo1(linha);
     ctx.Tela().SetLog(ctx.dm.Atualiza.Erro(), tabela, acao);
 }

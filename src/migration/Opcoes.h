@@ -8,21 +8,21 @@ namespace wkd {
 
 /// What the wizard's pages say about one update run.
 struct TOpcoes {
-    std::string alias;                // as typed
+    std::string alias;  // as typed
     std::filesystem::path pacote;
-    bool tabelasSelecionadas = false;         // cbTabela
-    std::vector<std::string> tabelas;         // mListaTabelas
-    bool modoCompleto = false;                // rgModoAtualizacao on "Completo"
-    bool completo = false;                    // cbCompleto
-    bool todas = false;                       // cbAtualizaTodas
-    bool querysAnteriores = true;             // chkQuerysAnteriores
-    bool querysPosteriores = true;            // chkQuerysPosteriores
-    bool usuariosOnline = true;               // false for a database without table of connected users
-    bool desassistido = false;                // started with two or more arguments
+    bool tabelasSelecionadas = false;  // cbTabela
+    std::vector<std::string> tabelas;  // mListaTabelas
+    bool modoCompleto = false;         // rgModoAtualizacao on "Completo"
+    bool completo = false;             // cbCompleto
+    bool todas = false;                // cbAtualizaTodas
+    bool querysAnteriores = true;      // chkQuerysAnteriores
+    bool querysPosteriores = true;     // chkQuerysPosteriores
+    bool usuariosOnline = true;        // false for a database without table of connected users
+    bool desassistido = false;         // started with two or more arguments
 
-    std::filesystem::path marcaNaoCria;       // its presence turns null validation, layouts and system files off
-    std::filesystem::path temporaria;         // below it the working directory is made
-    std::filesystem::path pastaPrograma;      // log, rejects file
+    std::filesystem::path marcaNaoCria;         // its presence turns null validation, layouts and system files off
+    std::filesystem::path temporaria;           // below it the working directory is made
+    std::filesystem::path pastaPrograma;        // log, rejects file
     std::filesystem::path pastaCorrente = ".";  // "erroCria.sql", marker files of the tables
 };
 

@@ -25,6 +25,7 @@ TPassoDaTabela::TPassoDaTabela(TContexto& ctx, TMarcasDeAnalise& marcas) : ctx_(
 void TPassoDaTabela::Executa() {
     tabela_ = Apara(ctx_.dm.SArquivoNovo.Texto("nome_arquivo"));
     reconstroi_ = false;
+    ctx_.repeteTabela = false;
     ctx_.dm.SatribNovo.SetFiltered(false);
     ctx_.Tela().ProcessaMensagens();
     ctx_.Tela().LblGeral("Analisando Tabela: " + tabela_);
@@ -41,7 +42,10 @@ void TPassoDaTabela::Executa() {
     if (!reconstroi_) ExecutaPendentes();
     pendentes_.clear();
     GravaVersao();
-    marcas_.Desmarca(tabela_);
+    if (ctx_.repeteTabela)
+        marcas_.Marca(tabela_);
+    else
+        marcas_.Desmarca(tabela_);
 }
 
 void TPassoDaTabela::TabelaExistente() {
@@ -97,6 +101,7 @@ void TPassoDaTabela::ApagaIndices() {
     try {
         ctx_.dm.Atualiza.ApagaIndicesDoDicionario(tabela_);
     } catch (const TErroBanco& erro) {
+        ctx_.Falhou(erro);
         ctx_.Tela().SetLog("Apagar Índices", tabela_, erro.what());
     }
     ctx_.dm.Commit("Apagando indices: " + tabela_);
@@ -159,7 +164,8 @@ void TPassoDaTabela::AlteraTabela() {
     if (!pedida || reconstroi_ || ctx_.dm.SatribNovo.IsEmpty()) return;
     try {
         Alterar(ctx_, tabela_, pendentes_);
-    } catch (const std::exception& erro) {
+    } catch (const TErroBanco& erro) {
+        ctx_.Falhou(erro);
         ctx_.Tela().SetLog("Verificar Campos", tabela_, erro.what());
     }
 }
@@ -168,6 +174,7 @@ void TPassoDaTabela::ExecutaPendentes() {
     for (const TComandoPendente& comando : pendentes_) {
         ctx_.Tela().Memo1(comando.texto);
         if (const TResultado resultado = ExecutaPendente(ctx_, tabela_, comando); !resultado) {
+            ctx_.Falhou(resultado.Erro());
             ctx_.Tela().Memo2(resultado.Mensagem());
             ctx_.Tela().SetLog("Query de alteração de campo" + resultado.Mensagem() + " Query: " + comando.texto,
                                tabela_, "");
