@@ -49,21 +49,28 @@ TValor ValorDoCampo(TContexto& ctx, const TCampoComum& campo, bool preencheObrig
     }
 }
 
-/// The server takes back a refused row alone; the rows before and behind it stay.
+/// False, and an entry of the run log, when the row was refused by something that may have passed already. The server
+/// takes back a refused row alone; the rows before and behind it stay.
+bool Executa(TContexto& ctx, TComando& inclui) {
+    try {
+        inclui.Executa();
+        return true;
+    } catch (const TErroBanco& erro) {
+        if (erro.ConexaoPerdida()) throw;
+        ctx.Falhou(erro);
+        ctx.Log(erro.what());
+        return !erro.Passageiro();
+    }
+}
+
 void IncluiLinhas(TContexto& ctx, bool preencheObrigatorios) {
     const std::vector<TCampoComum> campos = CamposComuns(ctx);
     const auto inclui = ctx.Conexao().Prepara(ComandoInclui(campos));
     TClientDataSet& novo = ctx.dm.SatribNovo;
     for (novo.First(); !novo.Eof(); novo.Next()) {
-        try {
-            for (std::size_t i = 0; i < campos.size(); ++i)
-                inclui->Atribui(i, ValorDoCampo(ctx, campos[i], preencheObrigatorios));
-            inclui->Executa();
-        } catch (const TErroBanco& erro) {
-            if (erro.ConexaoPerdida()) throw;
-            ctx.Falhou(erro);
-            ctx.Log(erro.what());
-        }
+        for (std::size_t i = 0; i < campos.size(); ++i)
+            inclui->Atribui(i, ValorDoCampo(ctx, campos[i], preencheObrigatorios));
+        if (!Executa(ctx, *inclui)) Executa(ctx, *inclui);
     }
 }
 
