@@ -12,6 +12,7 @@
 #include "CompactaZip.h"
 #include "DataPacket.h"
 #include "Retrato.h"
+#include "Texto.h"
 #include "firebird/ConexaoFirebird.h"
 
 namespace wkd {
