@@ -63,5 +63,5 @@ cmp depois.txt de_novo.txt && echo 'Tabelas, colunas e índices iguais aos de an
 echo "Código de saída: $codigo2"
 
 titulo 'AtualizaWKD.log'
-head -n 20 AtualizaWKD.log
+if grep -q '[^[:space:]]' AtualizaWKD.log; then head -n 20 AtualizaWKD.log; else echo 'Nenhuma entrada: nada falhou.'; fi
 [ "$codigo" -eq 0 ] && [ "$codigo2" -eq 0 ]
