@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "Texto.h"
+#include "ValorObrigatorio.h"
 
 namespace wkd {
 
@@ -31,17 +32,12 @@ std::string ComandoInclui(const std::vector<TCampoComum>& campos) {
     return "INSERT INTO SATRIB (" + Junta(nomes, ", ") + ") VALUES (" + Junta(parametros, ", ") + ")";
 }
 
-TValor Obrigatorio(const TColunaFisica& coluna) {
-    const std::string nome = Maiusculas(coluna.nome);
-    if (nome == "DATA" || nome.starts_with("DT")) return Agora();
-    return "0";
-}
-
 /// Value of one field as the column takes it. What does not convert is logged and stays NULL.
 TValor ValorDoCampo(TContexto& ctx, const TCampoComum& campo, bool preencheObrigatorios) {
     try {
         TValor valor = ctx.dm.SatribNovo.Valor(campo.doPacote);
-        if (preencheObrigatorios && campo.destino->requerido && valor.Vazio()) valor = Obrigatorio(*campo.destino);
+        if (preencheObrigatorios && campo.destino->requerido && valor.Vazio())
+            valor = ValorObrigatorio(campo.destino->nome);
         return valor.Converte(campo.destino->tipo);
     } catch (const TErroConversao& erro) {
         ctx.Log(erro.what());
