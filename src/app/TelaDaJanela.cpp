@@ -5,37 +5,42 @@
 #include <QProgressBar>
 #include <algorithm>
 
+#include "Andamento.h"
 #include "Eco.h"
 #include "TextoQt.h"
 
 namespace wkd {
 
-namespace {
-
-void Mostra(QLabel& rotulo, std::optional<std::string>& texto) {
-    if (!texto) return;
-    rotulo.setText(Q(*texto));
-    rotulo.setToolTip(rotulo.text());
-    texto.reset();
-}
-
-}  // namespace
-
 void TBarraDaTela::Define(int minimo, int maximo, int, int posicao) {
     minimo_ = minimo;
     maximo_ = maximo;
+    estimativa_.Comeca(maximo - minimo);
     Posicao(posicao);
 }
 
 void TBarraDaTela::Posicao(int posicao) {
     posicao_ = posicao;
     mudou_ = true;
+    estimativa_.Feito(posicao - minimo_);
 }
 
 void TBarraDaTela::Mostra(QProgressBar& barra) {
     if (!mudou_) return;
     barra.setRange(minimo_, std::max(maximo_, minimo_ + 1));  // an empty range would mean "unknown"
     barra.setValue(std::clamp(posicao_, barra.minimum(), barra.maximum()));
+    mudou_ = false;
+}
+
+void TRotuloDaTela::Texto(std::string_view texto) {
+    if (texto == texto_) return;
+    texto_ = texto;
+    mudou_ = true;
+}
+
+void TRotuloDaTela::Mostra(QLabel& rotulo) {
+    if (!mudou_) return;
+    rotulo.setText(Q(texto_));
+    rotulo.setToolTip(rotulo.text());
     mudou_ = false;
 }
 
@@ -49,8 +54,8 @@ void TTelaDaJanela::Descarrega() {
     if (!status_) return;
     status_->Memo1().Descarrega();
     status_->Memo2().Descarrega();
-    Mostra(status_->LblAtual(), lblAtual_);
-    Mostra(status_->LblGeral(), lblGeral_);
+    lblAtual_.Mostra(status_->LblAtual());
+    lblGeral_.Mostra(status_->LblGeral());
     pbAtual_.Mostra(status_->PbAtual());
     pbGeral_.Mostra(status_->PbGeral());
     if (logMudou_) status_->MostraLog(Q(log_.Texto()).remove('\r'));
@@ -58,12 +63,14 @@ void TTelaDaJanela::Descarrega() {
 }
 
 void TTelaDaJanela::Memo1(std::string_view linha) {
+    linha_.Apaga();
     if (desassistida_) EscreveNaSaida(linha);
     if (status_) status_->Memo1().Acrescenta(Q(linha));
 }
 
 void TTelaDaJanela::Memo2(std::string_view linha) {
     houveErro_ = true;
+    linha_.Apaga();
     if (desassistida_) EscreveNosErros(linha);
     if (status_) status_->Memo2().Acrescenta(Q(linha));
 }
@@ -82,8 +89,17 @@ void TTelaDaJanela::EscondeOcupado() {
 void TTelaDaJanela::ProcessaMensagens() {
     if (std::chrono::steady_clock::now() < proxima_) return;
     Descarrega();
+    MostraAndamento();
     QCoreApplication::processEvents();
     proxima_ = std::chrono::steady_clock::now() + kIntervalo;
+}
+
+void TTelaDaJanela::MostraAndamento() {
+    const auto agora = std::chrono::steady_clock::now();
+    if (!desassistida_ || !linha_.Existe() || agora < proximaLinha_) return;
+    proximaLinha_ = agora + kIntervaloNoTerminal;
+    linha_.Mostra(LinhaDeAndamento(
+        {pbGeral_.Posicao(), pbGeral_.Maximo(), lblGeral_.Texto(), lblAtual_.Texto(), pbAtual_.Estimativa().Texto()}));
 }
 
 void TTelaDaJanela::Informacao(std::string_view texto) {

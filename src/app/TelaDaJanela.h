@@ -2,10 +2,11 @@
 
 #include <QPointer>
 #include <chrono>
-#include <optional>
 #include <string>
 
 #include "Dialogos.h"
+#include "Estimativa.h"
+#include "LinhaDoTerminal.h"
 #include "LogDaExecucao.h"
 #include "PaginaStatus.h"
 #include "PainelOcupado.h"
@@ -19,20 +20,36 @@ class TBarraDaTela : public IBarra {
     void Define(int minimo, int maximo, int passo, int posicao) override;
     void Posicao(int posicao) override;
     int Posicao() const override { return posicao_; }
+    int Maximo() const { return maximo_; }
     void Mostra(QProgressBar& barra);
+    const TEstimativa& Estimativa() const { return estimativa_; }
 
   private:
     int minimo_ = 0, maximo_ = 100, posicao_ = 0;
+    bool mudou_ = false;
+    TEstimativa estimativa_;
+};
+
+/// Text of a label, shown when the screen is drawn.
+class TRotuloDaTela {
+  public:
+    void Texto(std::string_view texto);
+    const std::string& Texto() const { return texto_; }
+    void Mostra(QLabel& rotulo);
+
+  private:
+    std::string texto_;
     bool mudou_ = false;
 };
 
 /// The engine's screen: the status page of the window, its dialogs, and the run log. What a run writes row by row is
 /// kept and drawn at most every `kIntervalo`.
 /// Unattended nothing waits for a person: lines go to the console too, an information becomes a line of the error
-/// list and a log entry, a question takes its unattended answer.
+/// list and a log entry, a question takes its unattended answer. On a terminal one more line shows the progress.
 class TTelaDaJanela : public ITela {
   public:
     static constexpr std::chrono::milliseconds kIntervalo{40};
+    static constexpr std::chrono::milliseconds kIntervaloNoTerminal{250};
 
     TTelaDaJanela(TLogDaExecucao& log, IDialogos& dialogos, bool desassistida)
         : log_(log), dialogos_(dialogos), desassistida_(desassistida) {}
@@ -47,8 +64,8 @@ class TTelaDaJanela : public ITela {
 
     void Memo1(std::string_view linha) override;
     void Memo2(std::string_view linha) override;
-    void LblAtual(std::string_view texto) override { lblAtual_ = texto; }
-    void LblGeral(std::string_view texto) override { lblGeral_ = texto; }
+    void LblAtual(std::string_view texto) override { lblAtual_.Texto(texto); }
+    void LblGeral(std::string_view texto) override { lblGeral_.Texto(texto); }
     IBarra& PbAtual() override { return pbAtual_; }
     IBarra& PbGeral() override { return pbGeral_; }
     void MostraOcupado(std::string_view texto, int percentual) override;
@@ -61,17 +78,20 @@ class TTelaDaJanela : public ITela {
     void SetLog(std::string_view mensagem, std::string_view tabela, std::string_view acao) override;
 
   private:
+    void MostraAndamento();
+
     TLogDaExecucao& log_;
     IDialogos& dialogos_;
     bool desassistida_;
     QPointer<TPaginaStatus> status_;
     QPointer<TPainelOcupado> ocupado_;
     TBarraDaTela pbAtual_, pbGeral_;
-    std::optional<std::string> lblAtual_, lblGeral_;
+    TRotuloDaTela lblAtual_, lblGeral_;
+    TLinhaDoTerminal linha_;
     bool logMudou_ = false;
     bool logFalhou_ = false;
     bool houveErro_ = false;
-    std::chrono::steady_clock::time_point proxima_{};
+    std::chrono::steady_clock::time_point proxima_{}, proximaLinha_{};
 };
 
 }  // namespace wkd

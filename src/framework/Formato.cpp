@@ -48,8 +48,20 @@ std::string FormataDataHora(TDataHora quando, std::string_view padrao) {
 
 std::string FormataDuracao(TDataHora inicio, TDataHora fim) {
     const std::int64_t dias = fim.data.dias - inicio.data.dias;
-    const std::int64_t segundos = dias * 86'400 + (fim.hora.tiques - inicio.hora.tiques) / kTiquesPorSegundo;
+    return FormataDuracao(
+        std::chrono::seconds(dias * 86'400 + (fim.hora.tiques - inicio.hora.tiques) / kTiquesPorSegundo));
+}
+
+std::string FormataDuracao(std::chrono::seconds duracao) {
+    const std::int64_t segundos = duracao.count();
     return Digitos(2, segundos / 3600) + ":" + Digitos(2, segundos / 60 % 60) + ":" + Digitos(2, segundos % 60);
+}
+
+std::string ComMilhares(std::int64_t numero) {
+    std::string texto = std::to_string(numero);
+    const std::size_t primeiro = numero < 0 ? 1 : 0;
+    for (std::size_t fim = texto.size(); fim > primeiro + 3; fim -= 3) texto.insert(fim - 3, 1, '.');
+    return texto;
 }
 
 }  // namespace wkd

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -13,5 +15,9 @@ std::string FormataDataHora(TDataHora quando, std::string_view padrao);
 
 /// Seconds from `inicio` to `fim` as "hh:mm:ss".
 std::string FormataDuracao(TDataHora inicio, TDataHora fim);
+std::string FormataDuracao(std::chrono::seconds duracao);
+
+/// A number with a point between thousands.
+std::string ComMilhares(std::int64_t numero);
 
 }  // namespace wkd

@@ -1,0 +1,91 @@
+// The progress line of an unattended run, seen through a pseudo-terminal.
+#include <gtest/gtest.h>
+#include <pty.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <regex>
+
+#include "ProgramaApoio.h"
+#include "WKDQuery.h"
+
+namespace wkd {
+namespace {
+
+constexpr unsigned short kColunas = 70;
+
+/// Runs the update of "LOJA" on a terminal and returns all that reached it.
+std::string AtualizaNoTerminal(const TProgramaInstalado& loja, int& codigo) {
+    const winsize tamanho{24, kColunas, 0, 0};
+    int terminal = -1;
+    const pid_t filho = forkpty(&terminal, nullptr, nullptr, &tamanho);
+    if (filho == 0) {
+        if (chdir((loja / "").c_str()) != 0) _exit(126);
+        setenv("TMPDIR", "tmp", 1);
+        setenv("TERM", "xterm", 1);
+        execl("./AtualizaWKD", "AtualizaWKD", "LOJA;", "pacote.zip", nullptr);
+        _exit(127);
+    }
+    std::string saida;
+    char bytes[4096];
+    for (ssize_t lidos; (lidos = read(terminal, bytes, sizeof bytes)) > 0;)
+        saida.append(bytes, static_cast<std::size_t>(lidos));
+    close(terminal);
+    int estado = -1;
+    waitpid(filho, &estado, 0);
+    codigo = WIFEXITED(estado) ? WEXITSTATUS(estado) : -1;
+    return saida;
+}
+
+/// The lines that are left on the screen once everything has been written.
+std::vector<std::string> Tela(const std::string& saida) {
+    std::vector<std::string> linhas(1);
+    for (std::size_t i = 0; i < saida.size(); ++i) {
+        if (saida.compare(i, 4, "\r\x1b[K") == 0) {
+            linhas.back().clear();
+            i += 3;
+        } else if (saida[i] == '\n') {
+            linhas.emplace_back();
+        } else if (saida[i] != '\r') {
+            linhas.back() += saida[i];
+        }
+    }
+    return linhas;
+}
+
+TEST(Terminal, mostra_uma_linha_de_andamento_e_a_tira_no_fim) {
+    const TProgramaInstalado loja;
+    {
+        const auto banco = loja.Banco();
+        TTransacao transacao(*banco);
+        TWKDQuery insere(*banco, "insert into TCONTAS_REC (DOCUMENTO, PARCELA) values ('X', :parcela)");
+        for (int i = 0; i < 60'000; ++i) insere.Param("parcela", i).ExecSQL();
+        transacao.Commit();
+    }
+    int codigo = -1;
+    const std::string saida = AtualizaNoTerminal(loja, codigo);
+    EXPECT_EQ(codigo, 0) << saida;
+
+    std::smatch achada;
+    ASSERT_TRUE(std::regex_search(
+        saida, achada, std::regex("\r\x1b\\[K(Tabela 12 de 14 \\| [0-9.]+ de 60\\.[0-9]+ \\([0-9]+%\\)[^\r]*)")))
+        << saida;
+    EXPECT_LE(achada[1].length(), kColunas + 1);  // "…" has three bytes
+
+    const auto tela = Tela(saida);
+    for (const auto& linha : tela) EXPECT_FALSE(linha.starts_with("Tabela 12 de")) << linha;
+    EXPECT_NE(std::ranges::find(tela, "Atualizou o arquivo: TCONTAS_REC"), tela.end());
+    EXPECT_TRUE(tela[tela.size() - 2].starts_with("Tempo de Atualização: ")) << saida;
+    EXPECT_EQ(tela.back(), "");
+}
+
+TEST(Terminal, sem_terminal_nada_disso_aparece) {
+    const TProgramaInstalado loja;
+    const auto saida = loja.Atualiza();
+    EXPECT_EQ(saida.saida.find_first_of("\r\x1b"), std::string::npos) << saida.saida;
+    EXPECT_FALSE(saida.Diz("Tabela 12 de 14"));
+}
+
+}  // namespace
+}  // namespace wkd
