@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs what the project builds, tests and runs with, from Debian 12's packages. Does nothing when all is there.
+# Installs what the project builds, tests and runs with, from Debian 12's packages. Does nothing when all is
+# there. Further packages may be named: scripts/dependencies.sh [package...]
 set -euo pipefail
 
 pacotes=(
@@ -8,6 +9,7 @@ pacotes=(
     libzip-dev
     qt6-base-dev qt6-translations-l10n xvfb
     libgtest-dev
+    "$@"
 )
 
 faltam=()

@@ -4,6 +4,7 @@
 #include <fstream>
 #include <iterator>
 #include <system_error>
+#include <unordered_set>
 #include <utility>
 
 #include "EscritaSegura.h"
@@ -97,10 +98,10 @@ TArquivoIni::TArquivoIni(std::filesystem::path caminho) : caminho_(std::move(cam
 
 std::vector<std::string> TArquivoIni::Secoes() const {
     std::vector<std::string> nomes;
+    std::unordered_set<std::string> vistos;
     for (const auto& linha : linhas_) {
         const auto nome = NomeDaSecao(linha);
-        const auto igual = [&](const std::string& outro) { return IgualSemCaixa(outro, *nome); };
-        if (nome && std::ranges::none_of(nomes, igual)) nomes.emplace_back(*nome);
+        if (nome && vistos.insert(Maiusculas(*nome)).second) nomes.emplace_back(*nome);
     }
     return nomes;
 }

@@ -180,7 +180,9 @@ bool TTB::CriaIndiceSecundarios(std::string_view tabela) {
         std::vector<std::string> falhas;
         const auto fisicos = conexao_.Indices(tabela);
         for (const auto& [nome, unico] : IndicesDoDicionario(conexao_, tabela)) {
-            if (std::ranges::any_of(fisicos, [&](const auto& fisico) { return IgualSemCaixa(fisico.nome, nome); }))
+            if (std::ranges::any_of(fisicos, [&, &procurado = nome](const auto& fisico) {
+                    return IgualSemCaixa(fisico.nome, procurado);
+                }))
                 continue;
             std::string falha;
             if (!CriaSecundario(tabela, nome, unico, falha))

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <chrono>
 #include <functional>
 
 #include "Arquivos.h"
@@ -111,6 +112,15 @@ TEST_F(ArquivoIniTest, AFileThatCannotBeWrittenStaysAndLeavesNoOtherBehind) {
         EXPECT_TRUE(entrada.path().filename() == "WKD.ini" || entrada.path().filename() == "pasta" ||
                     entrada.path().filename() == "utf16.ini")
             << entrada.path();
+}
+
+TEST_F(ArquivoIniTest, ManySectionsDoNotHoldTheReaderUp) {
+    std::string texto;
+    for (int i = 0; i < 200'000; ++i) texto += "[s" + std::to_string(i) + "]\n";
+    EscreveArquivo(caminho_, texto);
+    const auto inicio = std::chrono::steady_clock::now();
+    EXPECT_EQ(TArquivoIni(caminho_).Secoes().size(), 200'000u);
+    EXPECT_LT(std::chrono::steady_clock::now() - inicio, std::chrono::seconds(20));
 }
 
 }  // namespace
