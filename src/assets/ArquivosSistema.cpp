@@ -15,20 +15,23 @@ class TCargaDeArquivos {
   public:
     TCargaDeArquivos(TDataModulo& dm, const TDataPacket& pacote)
         : dm_(dm), pacote_(pacote), campoNome_(static_cast<std::size_t>(IndiceDoCampo(pacote.campos))) {
-        TWKDQuery q(dm_.SQLConnection1, "select arquivo from TARQ_VER");
+        TWKDQuery q(dm_.SQLConnection1, "select * from TARQ_VER");
         for (q.Open(); !q.Eof(); q.Next()) Lembra(q.Texto("arquivo"));
     }
 
     void Carrega(const TLinha& linha) {
         const std::string nome = linha[campoNome_].ComoTexto();
         dm_.Tela().Memo1(nome);
-        ApagaAnterior(nome);
+        ApagaPeloServidor(nome);
         try {
+            ApagaPeloNome(nome);
             Inclui(linha);
             Lembra(nome);
+        } catch (const TErroBanco& erro) {
+            if (erro.ConexaoPerdida()) throw;
+            Relata(nome, erro);
         } catch (const std::exception& erro) {
-            dm_.Tela().Memo2(nome + ": " + erro.what());
-            dm_.Tela().SetLog(erro.what(), "TARQ_VER", "Extraindo arquivos: " + nome);
+            Relata(nome, erro);
         }
     }
 
@@ -39,13 +42,21 @@ class TCargaDeArquivos {
 
     void Lembra(const std::string& nome) { guardados_.emplace(ChaveDeNome(nome), nome); }
 
-    /// The statement is issued twice. The names that the server capitalises in another way, or that hold a quote, are
-    /// deleted by their value behind it.
-    void ApagaAnterior(const std::string& nome) {
+    void Relata(const std::string& nome, const std::exception& erro) {
+        dm_.Tela().Memo2(nome + ": " + erro.what());
+        dm_.Tela().SetLog(erro.what(), "TARQ_VER", "Extraindo arquivos: " + nome);
+    }
+
+    /// The statement is issued twice.
+    void ApagaPeloServidor(const std::string& nome) {
         const std::string comando = "delete from tarq_ver where upper(arquivo) = '" + Maiusculas(nome) + "'";
         dm_.Executa(comando);
         dm_.Executa(comando);
         dm_.Commit(comando);
+    }
+
+    /// What the server left: names that it capitalises in another way, or that hold a quote.
+    void ApagaPeloNome(const std::string& nome) {
         const auto [primeiro, ultimo] = guardados_.equal_range(ChaveDeNome(nome));
         for (auto guardado = primeiro; guardado != ultimo; ++guardado)
             TWKDQuery(dm_.SQLConnection1, "delete from tarq_ver where arquivo = :pARQUIVO")

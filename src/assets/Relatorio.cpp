@@ -1,9 +1,14 @@
 #include "Relatorio.h"
 
+#include <map>
+#include <optional>
 #include <vector>
 
+#include "ArquivoNovo.h"
+#include "Caminho.h"
 #include "CompactaZip.h"
 #include "ConteudoDeArquivo.h"
+#include "EscritaSegura.h"
 #include "Texto.h"
 
 namespace wkd {
@@ -13,48 +18,83 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::string_view kTabela = "TRELATORIOS";
+constexpr std::string_view kLayout = ".rtm";
+constexpr std::string_view kEmCopia = ".novo";  // what a killed copy leaves behind
 
-std::string NomeUtf8(const fs::path& arquivo) {
-    const auto nome = arquivo.filename().u8string();
-    return {nome.begin(), nome.end()};
+[[noreturn]] void NaoCopia(const fs::path& para, std::error_code erro) {
+    throw TErroPacote("Não foi possível copiar o relatório para '" + TextoDoCaminho(para) + "': " + erro.message() +
+                      ". Verifique a pasta de relatórios (chave RELATORIO do alias).");
 }
 
-fs::path CaminhoUtf8(const std::string& texto) { return fs::path(std::u8string(texto.begin(), texto.end())); }
-
-/// The file of that name in the folder, letter case ignored; the name itself when there is none.
-fs::path Destino(const fs::path& pasta, const std::string& nome) {
+/// Files of a folder with that end of their names, letter case ignored.
+std::vector<fs::path> ArquivosTerminadosEm(const fs::path& pasta, std::string_view fim) {
+    const std::string final = Maiusculas(fim);
+    std::vector<fs::path> arquivos;
     for (const auto& entrada : fs::directory_iterator(pasta))
-        if (IgualSemCaixa(NomeUtf8(entrada.path()), nome)) return entrada.path();
-    return pasta / CaminhoUtf8(nome);
+        if (entrada.is_regular_file() && Maiusculas(NomeDoArquivo(entrada.path())).ends_with(final))
+            arquivos.push_back(entrada.path());
+    return arquivos;
 }
 
-void CopiaInteiro(const fs::path& origem, const fs::path& destino) {
-    fs::path novo = destino;
-    novo += ".novo";
-    try {
-        fs::copy_file(origem, novo, fs::copy_options::overwrite_existing);
-        fs::rename(novo, destino);
-    } catch (const fs::filesystem_error&) {
-        std::error_code semErro;
-        fs::remove(novo, semErro);
-        throw;
-    }
-}
-
-/// The layouts of the package on their way into the table and the folder.
-class TCargaDeRelatorios {
+/// The folder that the business system takes its layouts from. Letter case of their names does not count.
+class TPastaDeRelatorios {
   public:
-    TCargaDeRelatorios(TDataModulo& dm, fs::path pastaRelatorios)
-        : dm_(dm), pastaRelatorios_(std::move(pastaRelatorios)) {}
+    explicit TPastaDeRelatorios(fs::path pasta) : pasta_(std::move(pasta)) {}
 
-    void Carrega(const fs::path& arquivo) {
-        Guarda(arquivo);
-        if (!pastaRelatorios_.empty()) CopiaInteiro(arquivo, Destino(pastaRelatorios_, NomeUtf8(arquivo)));
+    void Copia(const fs::path& arquivo) {
+        fs::path destino = pasta_ / arquivo.filename();
+        try {
+            if (!nomes_) Lista();
+            destino = nomes_->try_emplace(ChaveDeNome(NomeDoArquivo(arquivo)), destino).first->second;
+            Substitui(destino, arquivo);
+        } catch (const std::system_error& erro) {
+            NaoCopia(destino, erro.code());
+        }
     }
 
   private:
+    static void Escreve(const fs::path& novo, const fs::path& arquivo) {
+        TArquivoNovo saida(novo);
+        const auto leitor = ConteudoDeArquivo(arquivo)->Abre();
+        std::vector<char> bloco(1 << 16);
+        while (const std::size_t lidos = leitor->Le(bloco)) saida.Grava({bloco.data(), lidos});
+        saida.Fecha();
+    }
+
+    static void Substitui(const fs::path& destino, const fs::path& arquivo) {
+        fs::path novo = destino;
+        novo += kEmCopia;
+        fs::remove(novo);
+        try {
+            Escreve(novo, arquivo);
+            SubstituiPor(novo, destino);
+        } catch (...) {
+            std::error_code ignorado;
+            fs::remove(novo, ignorado);
+            throw;
+        }
+    }
+
+    void Lista() {
+        std::map<std::string, fs::path> nomes;
+        for (const auto& arquivo : ArquivosTerminadosEm(pasta_, kLayout))
+            nomes.emplace(ChaveDeNome(NomeDoArquivo(arquivo)), arquivo);
+        for (const auto& resto : ArquivosTerminadosEm(pasta_, std::string(kLayout) + std::string(kEmCopia)))
+            fs::remove(resto);
+        nomes_ = std::move(nomes);
+    }
+
+    fs::path pasta_;
+    std::optional<std::map<std::string, fs::path>> nomes_;  // layouts there by their look-up form
+};
+
+/// The layouts of the package on their way into the table.
+class TCargaDeRelatorios {
+  public:
+    explicit TCargaDeRelatorios(TDataModulo& dm) : tb_(dm.SQLConnection1) {}
+
     void Guarda(const fs::path& arquivo) {
-        const std::string nome = Maiusculas(NomeUtf8(arquivo));
+        const std::string nome = Maiusculas(NomeDoArquivo(arquivo));
         if (Posiciona(nome))
             tb_.Editar();
         else
@@ -64,15 +104,14 @@ class TCargaDeRelatorios {
         tb_.Grava();
     }
 
+  private:
     /// The server turns accented letters to capitals, too: a name that has some is compared with the server's own form.
     bool Posiciona(const std::string& nome) {
         return tb_.PosicionaTB(kTabela, "Upper(nome) = " + Aspas(nome)) ||
                tb_.PosicionaTB(kTabela, "Upper(nome) = Upper(" + Aspas(nome) + ")");
     }
 
-    TDataModulo& dm_;
-    fs::path pastaRelatorios_;
-    TTB tb_{dm_.SQLConnection1};
+    TTB tb_;
 };
 
 /// The maker's central share is never written to: setting "RELATORIO_CENTRAL" of the section "MENU". The comparison is
@@ -96,19 +135,29 @@ void AtualizaRelatorio(TDataModulo& dm, const TPastaDeTrabalho& pasta) {
     const std::string relatorios = aliases.INILeString(Apara(dm.nomeAlias), "RELATORIO");
     if (PastaCentral(aliases, relatorios)) return;
     ApagaTerminadosEmZero(dm);
-    const std::vector<fs::path> arquivos = pasta.Arquivos(".rtm");
+    const std::vector<fs::path> arquivos = pasta.Arquivos(kLayout);
     if (relatorios.empty() && !arquivos.empty())
         dm.Tela().Memo1("Cópia dos relatórios para a pasta não feita: falta a chave RELATORIO no alias " +
                         dm.nomeAlias);
-    TCargaDeRelatorios carga(dm, CaminhoUtf8(relatorios));
-    for (const fs::path& arquivo : arquivos) carga.Carrega(arquivo);
+    TCargaDeRelatorios carga(dm);
+    TPastaDeRelatorios destino(CaminhoDoTexto(relatorios));
+    for (const fs::path& arquivo : arquivos) {
+        carga.Guarda(arquivo);
+        if (!relatorios.empty()) destino.Copia(arquivo);
+    }
 }
 
 void FazBackupDosRelatorios(const fs::path& pasta, const fs::path& arquivoZip) {
     std::vector<fs::path> arquivos;
-    for (const auto& entrada : fs::directory_iterator(pasta))
-        if (entrada.is_regular_file() && IgualSemCaixa(entrada.path().extension().string(), ".rtm"))
-            arquivos.push_back(entrada.path());
+    try {
+        arquivos = ArquivosTerminadosEm(pasta, kLayout);
+    } catch (const fs::filesystem_error& erro) {
+        throw TErroPacote("Não foi possível ler a pasta de relatórios '" + TextoDoCaminho(pasta) +
+                          "': " + erro.code().message() + ". Verifique a chave RELATORIO do alias.");
+    }
+    if (arquivos.empty())
+        throw TErroPacote("Não há relatórios (*.rtm) na pasta '" + TextoDoCaminho(pasta) +
+                          "'. Verifique a chave RELATORIO do alias.");
     CompactaZip(arquivos, arquivoZip);
 }
 

@@ -37,7 +37,8 @@ TArquivo CriaTemporario(fs::path& caminho) {
     return TArquivo(_wfopen(caminho.c_str(), L"wb"));
 }
 bool NoDisco(std::FILE* arquivo) { return _commit(_fileno(arquivo)) == 0; }
-void CopiaPermissoes(const fs::path&, std::FILE*) {}
+std::FILE* AbreEscrito(const fs::path& caminho) { return _wfopen(caminho.c_str(), L"r+b"); }
+bool CopiaPermissoes(const fs::path&, std::FILE*) { return true; }
 void PastaNoDisco(const fs::path&) {}
 #else
 /// Mode 0600 from the start: the content holds passwords.
@@ -49,13 +50,15 @@ TArquivo CriaTemporario(fs::path& caminho) {
 }
 
 bool NoDisco(std::FILE* arquivo) { return fsync(fileno(arquivo)) == 0; }
+std::FILE* AbreEscrito(const fs::path& caminho) { return std::fopen(caminho.c_str(), "rb"); }
 
-void CopiaPermissoes(const fs::path& de, std::FILE* para) {
+/// False when the mode of a file that is there could not be given to the other.
+bool CopiaPermissoes(const fs::path& de, std::FILE* para) {
     struct stat estado {};
-    if (stat(de.c_str(), &estado) != 0) return;
+    if (stat(de.c_str(), &estado) != 0) return true;
     // Only root may give a file away; without the owner the mode alone is kept.
     const bool dono = fchown(fileno(para), estado.st_uid, estado.st_gid) == 0;
-    if (fchmod(fileno(para), estado.st_mode & (dono ? 07777 : 0777)) != 0) Falha(de);
+    return fchmod(fileno(para), estado.st_mode & (dono ? 07777 : 0777)) == 0;
 }
 
 /// Makes the rename itself survive a power cut.
@@ -68,28 +71,46 @@ void PastaNoDisco(const fs::path& pasta) {
 #endif
 
 void Escreve(const fs::path& destino, const fs::path& temporario, TArquivo arquivo, std::string_view bytes) {
-    CopiaPermissoes(destino, arquivo.get());
+    if (!CopiaPermissoes(destino, arquivo.get())) Falha(destino);
     const bool escrito = std::fwrite(bytes.data(), 1, bytes.size(), arquivo.get()) == bytes.size() &&
                          std::fflush(arquivo.get()) == 0 && NoDisco(arquivo.get());
     if (!escrito) Falha(temporario);
 }
 
-}  // namespace
-
-void SubstituiArquivo(const fs::path& caminho, std::string_view bytes) {
-    const fs::path destino = fs::weakly_canonical(fs::absolute(caminho));
-    fs::path temporario = destino;
-    TArquivo arquivo = CriaTemporario(temporario);
-    if (!arquivo) Falha(temporario);
+/// Runs `escreve`, which makes the new file, and renames it over the old one; a failure takes the new file away.
+template <class TEscreve>
+void Substitui(const fs::path& novo, const fs::path& destino, TEscreve escreve) {
     try {
-        Escreve(destino, temporario, std::move(arquivo), bytes);
-        fs::rename(temporario, destino);
+        escreve();
+        fs::rename(novo, destino);
     } catch (...) {
         std::error_code ignorado;
-        fs::remove(temporario, ignorado);
+        fs::remove(novo, ignorado);
         throw;
     }
     PastaNoDisco(destino.parent_path());
+}
+
+fs::path SemLinks(const fs::path& caminho) { return fs::weakly_canonical(fs::absolute(caminho)); }
+
+}  // namespace
+
+void SubstituiArquivo(const fs::path& caminho, std::string_view bytes) {
+    const fs::path destino = SemLinks(caminho);
+    fs::path temporario = destino;
+    TArquivo arquivo = CriaTemporario(temporario);
+    if (!arquivo) Falha(temporario);
+    Substitui(temporario, destino, [&] { Escreve(destino, temporario, std::move(arquivo), bytes); });
+}
+
+void SubstituiPor(const fs::path& novo, const fs::path& caminho) {
+    const fs::path destino = SemLinks(caminho);
+    Substitui(novo, destino, [&] {
+        const TArquivo arquivo(AbreEscrito(novo));
+        if (!arquivo) Falha(novo);
+        CopiaPermissoes(destino, arquivo.get());  // a file system without them refuses no copy
+        if (!NoDisco(arquivo.get())) Falha(novo);
+    });
 }
 
 }  // namespace wkd

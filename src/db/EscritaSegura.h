@@ -10,4 +10,8 @@ namespace wkd {
 /// std::system_error, the old file untouched.
 void SubstituiArquivo(const std::filesystem::path& caminho, std::string_view bytes);
 
+/// The same with a whole file that stands beside `caminho` already and is gone afterwards, also after a failure. A file
+/// system without modes and owners is no failure here.
+void SubstituiPor(const std::filesystem::path& novo, const std::filesystem::path& caminho);
+
 }  // namespace wkd
