@@ -41,20 +41,15 @@ void MoveMarcadores(TContexto& ctx, const std::string& tabela) {
     std::filesystem::rename(arquivo(".atu"), arquivo(".ok"), ignorado);
 }
 
-bool EncerraReconstrucao(TContexto& ctx, const std::string& tabela) {
-    const TClientDataSet& novo = ctx.dm.SArquivoNovo;
+bool GravaFim(TContexto& ctx, const std::string& tabela, const std::function<void(TClientDataSet&)>& preenche) {
     TClientDataSet& velho = ctx.dm.SarquivoVelho;
-    if (velho.IsEmpty() || ctx.dm.SatribNovo.IsEmpty()) return false;
-    const std::int64_t versao = novo.Inteiro("versao");
-    if (versao == velho.Inteiro("versao")) return false;
     try {
         velho.Edit();
-        CopiaCampos(novo, velho);
-        if (velho.Texto("nome_arquivo").empty()) ctx.Tela().Informacao("1");
+        preenche(velho);
         velho.Post();
         TTransacao transacao(ctx.Conexao());
         if (velho.ApplyUpdates(0) > 0) throw std::runtime_error("A versão não foi gravada em SARQUIVO");
-        GravaNasOutrasLinhas(ctx, tabela, versao);
+        GravaNasOutrasLinhas(ctx, tabela, velho.Inteiro("versao"));
         GravaEtapa(ctx, tabela, TEtapaDaReconstrucao::Desconhecida);
         transacao.Commit();
         return true;
@@ -65,6 +60,17 @@ bool EncerraReconstrucao(TContexto& ctx, const std::string& tabela) {
         velho.Recarrega("NOME_ARQUIVO", tabela);
         return false;
     }
+}
+
+bool EncerraReconstrucao(TContexto& ctx, const std::string& tabela) {
+    const TClientDataSet& novo = ctx.dm.SArquivoNovo;
+    TClientDataSet& velho = ctx.dm.SarquivoVelho;
+    if (velho.IsEmpty() || ctx.dm.SatribNovo.IsEmpty()) return false;
+    if (novo.Inteiro("versao") == velho.Inteiro("versao")) return false;
+    return GravaFim(ctx, tabela, [&](TClientDataSet& linha) {
+        CopiaCampos(novo, linha);
+        if (linha.Texto("nome_arquivo").empty()) ctx.Tela().Informacao("1");
+    });
 }
 
 }  // namespace wkd

@@ -5,6 +5,7 @@
 #include "Alteracao.h"
 #include "DicionarioDaTabela.h"
 #include "EstadoDaReconstrucao.h"
+#include "FimDaReconstrucao.h"
 #include "Nova.h"
 #include "Texto.h"
 
@@ -42,7 +43,8 @@ void TPassoDaTabela::Executa() {
     if (!reconstroi_) ExecutaPendentes();
     pendentes_.clear();
     GravaVersao();
-    if (ctx_.repeteTabela)
+    const bool inacabada = reconstroi_ && ctx_.estado.falhouApagar;
+    if (ctx_.repeteTabela || inacabada)
         marcas_.Marca(tabela_);
     else
         marcas_.Desmarca(tabela_);
@@ -151,8 +153,10 @@ void TPassoDaTabela::CopiaColunaParaODicionario() {
     AplicaEmTransacao(velho);
 }
 
+/// The table's SARQUIVO row comes first: column rows without one are orphans, and go at the end of the run.
 void TPassoDaTabela::TabelaNova() {
     if (ctx_.dm.SatribNovo.IsEmpty()) return;
+    if (ctx_.dm.SarquivoVelho.IsEmpty()) IncluiNoSArquivo();
     ctx_.Tela().Memo1("Criou a tabela: " + tabela_);
     RegravaDicionario(ctx_, tabela_, false);
     CriaTabelaComIndices(ctx_, tabela_);
@@ -190,12 +194,19 @@ void TPassoDaTabela::GravaVersao() {
     if (velho.IsEmpty()) IncluiNoSArquivo();
     if (ctx_.estado.falhouApagar) return;
 
+    const auto preenche = [&novo](TClientDataSet& linha) {
+        linha.SetValor("Versao", novo.Inteiro("versao"));
+        for (const std::string_view campo : {"arquivo_pai", "descricao_tabela"})
+            if (novo.IndiceDoCampo(campo) >= 0) linha.SetValor(campo, novo.Valor(campo));
+        if (novo.IndiceDoCampo("pesquisa_avancada") >= 0)
+            linha.SetValor("pesquisa_avancada", novo.Inteiro("pesquisa_avancada"));
+    };
+    if (reconstroi_ && velho.Inteiro("versao") == kVersaoPendente) {
+        GravaFim(ctx_, Maiusculas(tabela_), preenche);
+        return;
+    }
     velho.Edit();
-    velho.SetValor("Versao", novo.Inteiro("versao"));
-    for (const std::string_view campo : {"arquivo_pai", "descricao_tabela"})
-        if (novo.IndiceDoCampo(campo) >= 0) velho.SetValor(campo, novo.Valor(campo));
-    if (novo.IndiceDoCampo("pesquisa_avancada") >= 0)
-        velho.SetValor("pesquisa_avancada", novo.Inteiro("pesquisa_avancada"));
+    preenche(velho);
     velho.Post();
     AplicaEmTransacao(velho);
 }

@@ -158,15 +158,6 @@ constexpr int kPasso = 13;  // the sanitizers make every run several times slowe
 constexpr int kPasso = 1;
 #endif
 
-/// Leaves out what a rebuild may leave behind after an error: a backup table and its mark.
-std::string SemSobras(const std::string& diferencas) {
-    std::string resto;
-    for (const std::string& linha : Divide(diferencas, '\n'))
-        if (!linha.empty() && !linha.starts_with("+ BT") && !linha.starts_with("+ TINI: ReconstroiTabela"))
-            resto += linha + "\n";
-    return resto;
-}
-
 /// Cuts the run at every statement, two at a time; `falha` gets the statement and what is wrong.
 void CortaEmTodos(const TMolde& molde, const fs::path& raiz, const char* comErro, const std::string& esperado,
                   int total, const std::function<void(int, const std::string&)>& falha) {
@@ -178,7 +169,6 @@ void CortaEmTodos(const TMolde& molde, const fs::path& raiz, const char* comErro
             const int cortada = Corre(pasta, n, comErro);
             const int segunda = Corre(pasta, 0);
             std::string erro = Diferencas(esperado, RetratoDe(pasta));
-            if (*comErro != '\0') erro = SemSobras(erro);
             if (*comErro == '\0' && cortada != 9)
                 erro += "a primeira corrida não foi cortada: " + std::to_string(cortada);
             if (segunda != 0) erro += "a segunda corrida relatou: " + LeArquivo(pasta / "erros.txt");
