@@ -1,7 +1,5 @@
 #include "PassoDaTabela.h"
 
-#include <algorithm>
-
 #include "Alteracao.h"
 #include "DicionarioDaTabela.h"
 #include "EstadoDaReconstrucao.h"
@@ -11,39 +9,25 @@
 
 namespace wkd {
 
-namespace {
-
-const TColunaFisica* ColunaDeNome(const std::vector<TColunaFisica>& colunas, std::string_view nome) {
-    const auto achada = std::find_if(colunas.begin(), colunas.end(),
-                                     [&](const auto& coluna) { return IgualSemCaixa(coluna.nome, nome); });
-    return achada == colunas.end() ? nullptr : &*achada;
-}
-
-}  // namespace
-
 TPassoDaTabela::TPassoDaTabela(TContexto& ctx, TMarcasDeAnalise& marcas) : ctx_(ctx), marcas_(marcas) {}
 
 void TPassoDaTabela::Executa() {
-    tabela_ = Apara(ctx_.dm.SArquivoNovo.Texto("nome_arquivo"));
-    reconstroi_ = false;
+    tabela_ = TabelaAtual(ctx_);
     ctx_.repeteTabela = false;
     ctx_.dm.SatribNovo.SetFiltered(false);
     ctx_.Tela().ProcessaMensagens();
     ctx_.Tela().LblGeral("Analisando Tabela: " + tabela_);
 
     if (tabela_.empty()) return;
-    if (ctx_.dm.ExisteTabela(tabela_))
-        TabelaExistente();
-    else if (RestauracaoPendente())
-        Reconstroi();
-    else
-        TabelaNova();
-    AlteraTabela();
+    decisao_ = DecideTabela(ctx_, marcas_);
+    if (ctx_.dm.ExisteTabela(tabela_)) TabelaExistente();
+    if (decisao_.acao == TAcaoDaTabela::Cria) TabelaNova();
+    if (Reconstroi()) Nova(ctx_, tabela_);
+    if (decisao_.alteraDicionario) AlteraTabela();
     ctx_.dm.Commit("Preparando para executar query");
-    if (!reconstroi_) ExecutaPendentes();
-    pendentes_.clear();
+    ExecutaPendentes();
     GravaVersao();
-    const bool inacabada = reconstroi_ && ctx_.estado.falhouApagar;
+    const bool inacabada = Reconstroi() && ctx_.estado.falhouApagar;
     if (ctx_.repeteTabela || inacabada)
         marcas_.Marca(tabela_);
     else
@@ -52,27 +36,13 @@ void TPassoDaTabela::Executa() {
 
 void TPassoDaTabela::TabelaExistente() {
     ctx_.dm.Commit(tabela_);
-    reconstroi_ = ctx_.opcoes.completo || ctx_.opcoes.modoCompleto;
     if (ctx_.dm.SarquivoVelho.IsEmpty()) IncluiNoSArquivo();
-    if (ctx_.dm.SarquivoVelho.Inteiro("versao") == kVersaoPendente) reconstroi_ = true;
-    if (!Analisa()) return;
+    if (!decisao_.analisada) return;
 
     ctx_.Tela().Memo1("Atualizou o arquivo: " + tabela_);
     marcas_.Marca(tabela_);
     ApagaIndices();
-    if (FaltaColunaDeChave()) reconstroi_ = true;
-    ComparaColunas();
-    if (reconstroi_) Reconstroi();
-}
-
-/// An interrupted rebuild dropped the table; its rows wait in the backup table.
-bool TPassoDaTabela::RestauracaoPendente() {
-    return ctx_.dm.ExisteTabela("B" + tabela_) && ReconstrucaoPendente(ctx_, tabela_);
-}
-
-void TPassoDaTabela::Reconstroi() {
-    reconstroi_ = true;
-    Nova(ctx_, tabela_);
+    CopiaColunasParaODicionario();
 }
 
 void TPassoDaTabela::IncluiNoSArquivo() {
@@ -83,18 +53,6 @@ void TPassoDaTabela::IncluiNoSArquivo() {
     if (velho.Texto("nome_arquivo").empty()) ctx_.Tela().Informacao("2");
     velho.Post();
     AplicaEmTransacao(velho);
-}
-
-bool TPassoDaTabela::VersaoDifere() const {
-    const TValor& nova = ctx_.dm.SArquivoNovo.Valor("versao");
-    const TValor& velha = ctx_.dm.SarquivoVelho.Valor("versao");
-    return nova.Nulo() != velha.Nulo() || nova.ComoInteiro() != velha.ComoInteiro();
-}
-
-bool TPassoDaTabela::Analisa() const {
-    const TOpcoes& opcoes = ctx_.opcoes;
-    return VersaoDifere() || opcoes.completo || opcoes.todas ||
-           (opcoes.tabelasSelecionadas && !opcoes.tabelas.empty()) || marcas_.Marcada(tabela_);
 }
 
 /// Those of the dictionary, which come back with the new one; indexes that somebody else made stay.
@@ -109,35 +67,10 @@ void TPassoDaTabela::ApagaIndices() {
     ctx_.dm.Commit("Apagando indices: " + tabela_);
 }
 
-bool TPassoDaTabela::FaltaColunaDeChave() {
+void TPassoDaTabela::CopiaColunasParaODicionario() {
     TClientDataSet& novo = ctx_.dm.SatribNovo;
-    novo.SetFilter("chave_de_pesquisa = 1");
-    novo.SetFiltered(true);
-    bool falta = false;
-    for (novo.First(); !novo.Eof() && !falta; novo.Next()) falta = ctx_.dm.SatribVelho.IsEmpty();
-    novo.SetFilter("");
-    novo.SetFiltered(false);
-    return falta;
-}
-
-void TPassoDaTabela::ComparaColunas() {
-    TClientDataSet& novo = ctx_.dm.SatribNovo;
-    for (novo.First(); !novo.Eof(); novo.Next()) {
-        ctx_.Tela().ProcessaMensagens();
-        if (!reconstroi_) ComparaColunaAtual();
-    }
-}
-
-void TPassoDaTabela::ComparaColunaAtual() {
-    const auto nova = ColunaDe(ctx_.dm.SatribNovo);
-    if (!nova || nova->Calculada()) return;
-    const auto& fisicas = ctx_.dm.ColunasFisicas(tabela_);
-    const TFatosFisicos fatos{ColunaDeNome(fisicas, nova->nome), ColunaDeNome(fisicas, nova->nome + "_TMP") != nullptr};
-
-    TDecisaoDaColuna decisao = ComparaColuna(tabela_, *nova, ColunaDe(ctx_.dm.SatribVelho), fatos, ctx_.Banco());
-    reconstroi_ = decisao.reconstroi;
-    std::move(decisao.comandos.begin(), decisao.comandos.end(), std::back_inserter(pendentes_));
-    if (decisao.acrescenta) CopiaColunaParaODicionario();
+    for (const std::string& coluna : decisao_.novas)
+        if (novo.Locate("nome", {coluna})) CopiaColunaParaODicionario();
 }
 
 void TPassoDaTabela::CopiaColunaParaODicionario() {
@@ -155,7 +88,6 @@ void TPassoDaTabela::CopiaColunaParaODicionario() {
 
 /// The table's SARQUIVO row comes first: column rows without one are orphans, and go at the end of the run.
 void TPassoDaTabela::TabelaNova() {
-    if (ctx_.dm.SatribNovo.IsEmpty()) return;
     if (ctx_.dm.SarquivoVelho.IsEmpty()) IncluiNoSArquivo();
     ctx_.Tela().Memo1("Criou a tabela: " + tabela_);
     RegravaDicionario(ctx_, tabela_, false);
@@ -163,11 +95,8 @@ void TPassoDaTabela::TabelaNova() {
 }
 
 void TPassoDaTabela::AlteraTabela() {
-    const bool pedida =
-        ctx_.opcoes.todas || VersaoDifere() || ctx_.opcoes.tabelasSelecionadas || marcas_.Marcada(tabela_);
-    if (!pedida || reconstroi_ || ctx_.dm.SatribNovo.IsEmpty()) return;
     try {
-        Alterar(ctx_, tabela_, pendentes_);
+        Alterar(ctx_, tabela_, decisao_.comandos);
     } catch (const TErroBanco& erro) {
         ctx_.Falhou(erro);
         ctx_.Tela().SetLog("Verificar Campos", tabela_, erro.what());
@@ -175,7 +104,7 @@ void TPassoDaTabela::AlteraTabela() {
 }
 
 void TPassoDaTabela::ExecutaPendentes() {
-    for (const TComandoPendente& comando : pendentes_) {
+    for (const TComandoPendente& comando : decisao_.comandos) {
         ctx_.Tela().Memo1(comando.texto);
         if (const TResultado resultado = ExecutaPendente(ctx_, tabela_, comando); !resultado) {
             ctx_.Falhou(resultado.Erro());
@@ -201,7 +130,7 @@ void TPassoDaTabela::GravaVersao() {
         if (novo.IndiceDoCampo("pesquisa_avancada") >= 0)
             linha.SetValor("pesquisa_avancada", novo.Inteiro("pesquisa_avancada"));
     };
-    if (reconstroi_ && velho.Inteiro("versao") == kVersaoPendente) {
+    if (Reconstroi() && velho.Inteiro("versao") == kVersaoPendente) {
         GravaFim(ctx_, Maiusculas(tabela_), preenche);
         return;
     }

@@ -2,13 +2,13 @@
 
 #include <string>
 
-#include "MarcaDeAnalise.h"
+#include "DecisaoDaTabela.h"
 #include "Pendentes.h"
 
 namespace wkd {
 
-/// The step of the run for one table: the current row of SArquivoNovo is classified, and the table created, altered in
-/// place, rebuilt or left alone; then its version is recorded.
+/// The step of the run for one table, the current one of SArquivoNovo: what is decided about it is done, then its
+/// version is recorded.
 class TPassoDaTabela {
   public:
     TPassoDaTabela(TContexto& ctx, TMarcasDeAnalise& marcas);
@@ -16,16 +16,11 @@ class TPassoDaTabela {
     void Executa();
 
   private:
-    bool RestauracaoPendente();
-    void Reconstroi();
+    bool Reconstroi() const { return decisao_.acao == TAcaoDaTabela::Reconstroi; }
     void TabelaExistente();
     void IncluiNoSArquivo();
-    bool VersaoDifere() const;
-    bool Analisa() const;
     void ApagaIndices();
-    bool FaltaColunaDeChave();
-    void ComparaColunas();
-    void ComparaColunaAtual();
+    void CopiaColunasParaODicionario();
     void CopiaColunaParaODicionario();
     void TabelaNova();
     void AlteraTabela();
@@ -35,8 +30,7 @@ class TPassoDaTabela {
     TContexto& ctx_;
     TMarcasDeAnalise& marcas_;
     std::string tabela_;
-    TPendentes pendentes_;
-    bool reconstroi_ = false;
+    TDecisaoDaTabela decisao_;
 };
 
 }  // namespace wkd

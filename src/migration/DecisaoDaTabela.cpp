@@ -1,0 +1,125 @@
+#include "DecisaoDaTabela.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "EstadoDaReconstrucao.h"
+#include "TBComandos.h"
+#include "Texto.h"
+
+namespace wkd {
+
+namespace {
+
+/// The decision about one table, made step by step as the run takes its steps.
+class TDecide {
+  public:
+    TDecide(TContexto& ctx, const TMarcasDeAnalise& marcas) : ctx_(ctx), marcas_(marcas), tabela_(TabelaAtual(ctx)) {}
+
+    TDecisaoDaTabela Decide() {
+        if (tabela_.empty()) return decisao_;
+        if (ctx_.dm.ExisteTabela(tabela_))
+            Existente();
+        else if (RestauracaoPendente())
+            Reconstroi("reconstrução interrompida: os registros estão em " + NomeDaBackup(tabela_));
+        else
+            Nova();
+        decisao_.alteraDicionario = decisao_.acao != TAcaoDaTabela::Reconstroi && Pedida() && TemColunas();
+        if (decisao_.acao == TAcaoDaTabela::Nada && (decisao_.analisada || decisao_.alteraDicionario))
+            decisao_.acao = TAcaoDaTabela::Altera;
+        return std::move(decisao_);
+    }
+
+  private:
+    bool TemColunas() const { return !ctx_.dm.SatribNovo.IsEmpty(); }
+    bool RestauracaoPendente() {
+        return ctx_.dm.ExisteTabela(NomeDaBackup(tabela_)) && ReconstrucaoPendente(ctx_, tabela_);
+    }
+    void Reconstroi(std::string motivo) {
+        if (decisao_.acao != TAcaoDaTabela::Reconstroi) decisao_.motivo = std::move(motivo);
+        decisao_.acao = TAcaoDaTabela::Reconstroi;
+    }
+
+    void Nova() {
+        if (TemColunas()) decisao_.acao = TAcaoDaTabela::Cria;
+        decisao_.motivo = TemColunas() ? "a tabela não existe" : "o pacote não tem colunas da tabela";
+    }
+
+    void Existente() {
+        decisao_.analisada = Analisa();
+        decisao_.motivo = Motivo();
+        if (!decisao_.analisada) return;
+        if (ctx_.opcoes.completo || ctx_.opcoes.modoCompleto) Reconstroi("atualização completa pedida nas opções");
+        if (ctx_.dm.SarquivoVelho.Inteiro("versao") == kVersaoPendente) Reconstroi("reconstrução pendente (versão -1)");
+        ExigeColunasDeChave();
+        ComparaColunas();
+        if (decisao_.acao == TAcaoDaTabela::Reconstroi) decisao_.comandos.clear();
+    }
+
+    bool VersaoDifere() const {
+        const TValor& nova = ctx_.dm.SArquivoNovo.Valor("versao");
+        const TValor& velha = ctx_.dm.SarquivoVelho.Valor("versao");
+        return nova.Nulo() != velha.Nulo() || nova.ComoInteiro() != velha.ComoInteiro();
+    }
+    bool Analisa() const {
+        const TOpcoes& opcoes = ctx_.opcoes;
+        return VersaoDifere() || opcoes.completo || opcoes.todas ||
+               (opcoes.tabelasSelecionadas && !opcoes.tabelas.empty()) || marcas_.Marcada(tabela_);
+    }
+    bool Pedida() const {
+        const TOpcoes& opcoes = ctx_.opcoes;
+        return VersaoDifere() || opcoes.todas || opcoes.tabelasSelecionadas || marcas_.Marcada(tabela_);
+    }
+    std::string Motivo() const {
+        const TValor& velha = ctx_.dm.SarquivoVelho.Valor("versao");
+        const std::string nova = ctx_.dm.SArquivoNovo.Texto("versao");
+        if (VersaoDifere()) return "versão " + (velha.Nulo() ? "não registrada" : velha.ComoTexto()) + " para " + nova;
+        if (marcas_.Marcada(tabela_)) return "a última atualização dela não chegou ao fim";
+        return decisao_.analisada ? "pedida nas opções" : "na versão do pacote, " + nova;
+    }
+
+    /// A key column of the package that the stored dictionary lacks.
+    void ExigeColunasDeChave() {
+        TClientDataSet& novo = ctx_.dm.SatribNovo;
+        novo.SetFilter("chave_de_pesquisa = 1");
+        novo.SetFiltered(true);
+        for (novo.First(); !novo.Eof(); novo.Next())
+            if (ctx_.dm.SatribVelho.IsEmpty())
+                Reconstroi("coluna de chave nova: " + std::string(Apara(novo.Texto("nome"))));
+        novo.SetFilter("");
+        novo.SetFiltered(false);
+    }
+
+    void ComparaColunas() {
+        TClientDataSet& novo = ctx_.dm.SatribNovo;
+        for (novo.First(); !novo.Eof(); novo.Next()) {
+            ctx_.Tela().ProcessaMensagens();
+            if (decisao_.acao != TAcaoDaTabela::Reconstroi) ComparaColunaAtual();
+        }
+    }
+
+    void ComparaColunaAtual() {
+        const auto nova = ColunaDe(ctx_.dm.SatribNovo);
+        if (!nova || nova->Calculada()) return;
+        const auto& fisicas = ctx_.dm.ColunasFisicas(tabela_);
+        const TFatosFisicos fatos{ColunaDeNome(fisicas, nova->nome),
+                                  ColunaDeNome(fisicas, nova->nome + "_TMP") != nullptr};
+        TDecisaoDaColuna coluna = ComparaColuna(tabela_, *nova, ColunaDe(ctx_.dm.SatribVelho), fatos, ctx_.Banco());
+        if (coluna.reconstroi) Reconstroi(coluna.motivo);
+        std::ranges::move(coluna.comandos, std::back_inserter(decisao_.comandos));
+        if (coluna.acrescenta) decisao_.novas.push_back(nova->nome);
+    }
+
+    TContexto& ctx_;
+    const TMarcasDeAnalise& marcas_;
+    const std::string tabela_;
+    TDecisaoDaTabela decisao_;
+};
+
+}  // namespace
+
+TDecisaoDaTabela DecideTabela(TContexto& ctx, const TMarcasDeAnalise& marcas) { return TDecide(ctx, marcas).Decide(); }
+
+std::string TabelaAtual(TContexto& ctx) { return std::string(Apara(ctx.dm.SArquivoNovo.Texto("nome_arquivo"))); }
+
+}  // namespace wkd
