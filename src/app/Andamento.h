@@ -12,7 +12,10 @@ struct TAndamento {
     std::string_view estimativa;    // of the current step
 };
 
-/// One line of it, what matters most in front: "Tabela 3 de 12 | 5.000 de 27.000 (18%), ... | Restaurando ...".
+/// "Tabela 3 de 12 | 5.000 de 27.000 (18%), faltam 00:00:02, 8.211/s", as far as it is known.
+std::string TextoDoAndamento(const TAndamento& andamento);
+/// One line of it with what is done, what matters most in front: "Tabela 3 de 12 | 5.000 de 27.000 (18%), ... |
+/// Restaurando ...".
 std::string LinhaDeAndamento(const TAndamento& andamento);
 
 }  // namespace wkd

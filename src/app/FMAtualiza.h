@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDialog>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -84,6 +85,7 @@ class TFMAtualiza : public QDialog {
     // Run
     void btAtualizarClick();
     TCodigoDeSaida Executa();
+    void NoBanco(const std::function<void()>& trabalho);
     void Conclui();
     TOpcoes Opcoes() const;
     void Button1Click();

@@ -8,7 +8,9 @@
 #include "IndicesPrimarios.h"
 #include "PaginaAlias.h"
 #include "PaginaAtualizacao.h"
+#include "PaginaBackup.h"
 #include "PaginaOpcoes.h"
+#include "SegundoPlano.h"
 #include "TextoQt.h"
 
 namespace wkd {
@@ -29,10 +31,7 @@ bool PastaGravavel(const std::filesystem::path& pasta) {
 void TFMAtualiza::btAtualizarClick() {
     if (executando_) return;
     for (QPushButton* botao : {btVoltar_, btProximo_, btSair_}) botao->setEnabled(false);
-    executando_ = true;
     codigo_ = Executa();
-    executando_ = false;
-    meios_.tela.Descarrega();
     if (codigo_ != TCodigoDeSaida::Encerrada) Conclui();
 }
 
@@ -43,10 +42,24 @@ TCodigoDeSaida TFMAtualiza::Executa() {
                                ", onde ficam o log e as linhas rejeitadas. Dê a permissão e rode de novo.");
         return TCodigoDeSaida::Encerrada;
     }
-    const TOpcoes opcoes = Opcoes();
-    const TFimDaAtualizacao fim = TAtualizacao(*dm_, opcoes, estado_).Executa();
+    TFimDaAtualizacao fim{};
+    NoBanco([&, opcoes = Opcoes()] { fim = TAtualizacao(*dm_, opcoes, estado_).Executa(); });
     if (fim == TFimDaAtualizacao::Encerrada) return TCodigoDeSaida::Encerrada;
     return meios_.tela.HouveErro() ? TCodigoDeSaida::ComErros : TCodigoDeSaida::Sucesso;
+}
+
+/// The work has the connection for itself: the pages that use it rest, and the window stays open.
+void TFMAtualiza::NoBanco(const std::function<void()>& trabalho) {
+    const auto ocupa = [this](bool ocupada) {
+        executando_ = ocupada;
+        meios_.tela.EmAndamento(ocupada);
+        for (QWidget* pagina : std::initializer_list<QWidget*>{alias_, backup_, atualizacao_, opcoes_})
+            pagina->setEnabled(!ocupada);
+    };
+    ocupa(true);
+    const auto libera = qScopeGuard([&] { ocupa(false); });
+    EmSegundoPlano(trabalho);
+    meios_.tela.Descarrega();
 }
 
 void TFMAtualiza::Conclui() {
@@ -71,9 +84,11 @@ TOpcoes TFMAtualiza::Opcoes() const {
 }
 
 void TFMAtualiza::Button1Click() {
-    const TOpcoes opcoes = Opcoes();
-    TContexto ctx{*dm_, opcoes, estado_, {}, {}};
-    verificaIndicesPrimarios(ctx);
+    if (executando_) return;
+    NoBanco([this, opcoes = Opcoes()] {
+        TContexto ctx{*dm_, opcoes, estado_, {}, {}};
+        verificaIndicesPrimarios(ctx);
+    });
 }
 
 }  // namespace wkd

@@ -11,6 +11,7 @@
 #include "PaginaBackup.h"
 #include "PaginaOpcoes.h"
 #include "PreencheDados.h"
+#include "SegundoPlano.h"
 #include "Texto.h"
 #include "TextoQt.h"
 
@@ -21,18 +22,17 @@ namespace {
 constexpr std::string_view kSemConexao =
     "Não foi possível convetar ao banco, favor informar um alias válido ou verifique as configurações do mesmo";
 
-/// The pointer that tells of waiting, while a server is asked.
-class TEspera {
-  public:
-    TEspera() { QApplication::setOverrideCursor(Qt::WaitCursor); }
-    ~TEspera() { QApplication::restoreOverrideCursor(); }
-    TEspera(const TEspera&) = delete;
-    TEspera& operator=(const TEspera&) = delete;
-};
+/// Asks a server: the pointer tells of waiting, the window is drawn, and what is typed meanwhile is served afterwards.
+void Espera(const std::function<void()>& pedido) {
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    const auto restaura = qScopeGuard([] { QApplication::restoreOverrideCursor(); });
+    EmSegundoPlano(pedido, QEventLoop::ExcludeUserInputEvents);
+}
 
 }  // namespace
 
 void TFMAtualiza::PreencheDados() {
+    if (executando_) return;
     alias_->EscondeUsuarios();
     const std::string escolhido = S(alias_->Alias());
     if (!IgualSemCaixa(aliasAtual_, escolhido)) aliasAtual_ = escolhido;
@@ -40,8 +40,8 @@ void TFMAtualiza::PreencheDados() {
 }
 
 TDadosDoAlias TFMAtualiza::Preenche(const std::string& alias) {
-    const TEspera espera;
-    TDadosDoAlias dados = wkd::PreencheDados(*dm_, estado_, alias);
+    TDadosDoAlias dados;
+    Espera([&] { dados = wkd::PreencheDados(*dm_, estado_, alias); });
     if (!alias.empty()) alias_->Mostra(dados);
     return dados;
 }
@@ -97,10 +97,11 @@ bool TFMAtualiza::PacoteExiste() {
 /// The options page offers the tables as they are now.
 void TFMAtualiza::ReabreConexao() {
     try {
-        const TEspera espera;
-        dm_->SQLConnection1.Close();
-        dm_->SQLConnection1.Open();
-        dm_->AtualizaListaDeTabelas();
+        Espera([this] {
+            dm_->SQLConnection1.Close();
+            dm_->SQLConnection1.Open();
+            dm_->AtualizaListaDeTabelas();
+        });
     } catch (const std::exception& erro) {
         meios_.tela.Informacao(erro.what());
     }

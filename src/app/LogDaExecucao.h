@@ -26,6 +26,10 @@ class TLogDaExecucao {
     /// Empties the text; the file stays until the next write.
     void LimparLog();
     std::string Texto() const { return texto_.substr(inicio_); }
+    /// In bytes.
+    std::size_t Tamanho() const { return texto_.size() - inicio_; }
+    /// So many bytes of the newest text.
+    std::string_view Topo(std::size_t bytes) const { return std::string_view(texto_).substr(inicio_, bytes); }
 
   private:
     void PoeNoTopo(std::string_view texto);

@@ -12,17 +12,9 @@ TMemoDeLinhas::TMemoDeLinhas(QWidget* pai) : QPlainTextEdit(pai) {
     setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
 }
 
-void TMemoDeLinhas::Acrescenta(const QString& linha) {
-    if (pendentes_.isEmpty())
-        QMetaObject::invokeMethod(
-            this, [this] { Descarrega(); }, Qt::QueuedConnection);
-    pendentes_ += linha;
-}
-
-void TMemoDeLinhas::Descarrega() {
-    if (pendentes_.isEmpty()) return;
-    appendPlainText(pendentes_.join('\n'));
-    pendentes_.clear();
+void TMemoDeLinhas::Acrescenta(const QStringList& linhas) {
+    if (linhas.isEmpty()) return;
+    appendPlainText(linhas.join('\n'));
     verticalScrollBar()->setValue(verticalScrollBar()->maximum());
 }
 

@@ -8,6 +8,7 @@
 #include "Dialogos.h"
 #include "Relatorio.h"
 #include "Restauracao.h"
+#include "SegundoPlano.h"
 #include "TextoQt.h"
 
 namespace wkd {
@@ -117,8 +118,12 @@ void TPaginaBackup::SpeedButton5Click() {
 void TPaginaBackup::btRelatoriosBkpClick() {
     const std::string pasta = aliases_.INILeString(S(alias_), "RELATORIO", ".");
     try {
-        const TOcupado ocupado(tela_, "Fazendo backup dos relatórios...");
-        FazBackupDosRelatorios(pasta, Caminho(edRelatoriosBkp_->text()));
+        EmSegundoPlano(
+            [&, arquivo = Caminho(edRelatoriosBkp_->text())] {
+                const TOcupado ocupado(tela_, "Fazendo backup dos relatórios...");
+                FazBackupDosRelatorios(pasta, arquivo);
+            },
+            QEventLoop::ExcludeUserInputEvents);
     } catch (const std::exception& erro) {
         dialogos_.Informacao(Q(erro.what()));
     }

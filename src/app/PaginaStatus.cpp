@@ -35,6 +35,7 @@ TPaginaStatus::TPaginaStatus(IDialogos& dialogos)
       memoLog_(Nomeia(new QPlainTextEdit(this), "MemoLog", "Log")),
       lblAtual_(RotuloDeAndamento("lblAtual", "Atual")),
       lblGeral_(RotuloDeAndamento("lblGeral", "Geral.")),
+      lblEstimativa_(RotuloDeAndamento("lblEstimativa", "")),
       pbAtual_(Barra("pbAtual", "Andamento da etapa atual")),
       pbGeral_(Barra("pbGeral", "Andamento geral")) {
     auto* btAtualizar = Botao("btAtualizar", "Atualizar ");
@@ -87,23 +88,25 @@ QWidget* TPaginaStatus::Andamento() {
     linhas->addWidget(pbAtual_, 0, 1);
     linhas->addWidget(lblGeral_, 1, 0);
     linhas->addWidget(pbGeral_, 1, 1);
+    linhas->addWidget(lblEstimativa_, 2, 0, 1, 2);
     linhas->setColumnStretch(0, 1);
     linhas->setColumnStretch(1, 1);
     return parte;
 }
 
-void TPaginaStatus::MostraLog(const QString& texto) {
-    const QString mostrado = memoLog_->toPlainText();
-    if (texto.endsWith(mostrado))
-        QTextCursor(memoLog_->document()).insertText(texto.left(texto.size() - mostrado.size()));
-    else
-        memoLog_->setPlainText(texto);
+void TPaginaStatus::Estimativa(const QString& texto) {
+    if (texto != lblEstimativa_->text()) lblEstimativa_->setText(texto);
+}
+
+void TPaginaStatus::MostraLog(const QString& texto) { memoLog_->setPlainText(texto); }
+
+void TPaginaStatus::AcrescentaAoLog(const QString& topo) {
+    if (!topo.isEmpty()) QTextCursor(memoLog_->document()).insertText(topo);
 }
 
 void TPaginaStatus::SpeedButton2Click() {
     const QString nome = dialogos_.ArquivoParaGravar("AtualizaQueryErro.log");
     if (nome.isEmpty()) return;
-    memo2_->Descarrega();
     QString texto = memo2_->toPlainText().replace("\n", "\r\n");
     if (!texto.isEmpty()) texto += "\r\n";
     QSaveFile arquivo(nome);

@@ -24,8 +24,11 @@ class TPaginaStatus : public QWidget {
     QLabel& LblGeral() { return *lblGeral_; }
     QProgressBar& PbAtual() { return *pbAtual_; }
     QProgressBar& PbGeral() { return *pbGeral_; }
-    /// Shows the text of the run log; one that only grew at its top is completed there.
+    /// How far the run is, beside the bars.
+    void Estimativa(const QString& texto);
+    /// The text of the run log, and more of it at its top.
     void MostraLog(const QString& texto);
+    void AcrescentaAoLog(const QString& topo);
 
   signals:
     void Atualizar();
@@ -42,6 +45,7 @@ class TPaginaStatus : public QWidget {
     QPlainTextEdit* memoLog_;
     QLabel* lblAtual_;
     QLabel* lblGeral_;
+    QLabel* lblEstimativa_;
     QProgressBar* pbAtual_;
     QProgressBar* pbGeral_;
 };

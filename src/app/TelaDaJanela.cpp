@@ -1,137 +1,181 @@
 #include "TelaDaJanela.h"
 
-#include <QCoreApplication>
-#include <QLabel>
-#include <QProgressBar>
-#include <algorithm>
+#include <QTimer>
 
 #include "Andamento.h"
 #include "Eco.h"
+#include "SegundoPlano.h"
 #include "TextoQt.h"
 
 namespace wkd {
 
-void TBarraDaTela::Define(int minimo, int maximo, int, int posicao) {
-    minimo_ = minimo;
-    maximo_ = maximo;
-    estimativa_.Comeca(maximo - minimo);
-    Posicao(posicao);
+namespace {
+
+/// More lines at once would keep the window from answering.
+constexpr qsizetype kLinhasPorVez = 1000;
+constexpr qsizetype kTodas = -1;
+
+QStringList Primeiras(QStringList& linhas, qsizetype quantas) {
+    if (quantas < 0 || quantas >= linhas.size()) return std::exchange(linhas, {});
+    QStringList primeiras = linhas.first(quantas);
+    linhas.remove(0, quantas);
+    return primeiras;
 }
 
-void TBarraDaTela::Posicao(int posicao) {
-    posicao_ = posicao;
-    mudou_ = true;
-    estimativa_.Feito(posicao - minimo_);
-}
-
-void TBarraDaTela::Mostra(QProgressBar& barra) {
-    if (!mudou_) return;
-    barra.setRange(minimo_, std::max(maximo_, minimo_ + 1));  // an empty range would mean "unknown"
-    barra.setValue(std::clamp(posicao_, barra.minimum(), barra.maximum()));
-    mudou_ = false;
-}
-
-void TRotuloDaTela::Texto(std::string_view texto) {
-    if (texto == texto_) return;
-    texto_ = texto;
-    mudou_ = true;
-}
-
-void TRotuloDaTela::Mostra(QLabel& rotulo) {
-    if (!mudou_) return;
-    rotulo.setText(Q(texto_));
-    rotulo.setToolTip(rotulo.text());
-    mudou_ = false;
-}
+}  // namespace
 
 void TTelaDaJanela::Liga(TPaginaStatus& status, TPainelOcupado& ocupado) {
     status_ = &status;
     ocupado_ = &ocupado;
-    logMudou_ = true;
+    status_->MostraLog(Q(log_.Texto()).remove('\r'));
+    PedeDesenho();
 }
 
-void TTelaDaJanela::Descarrega() {
-    if (!status_) return;
-    status_->Memo1().Descarrega();
-    status_->Memo2().Descarrega();
+template <class F>
+void TTelaDaJanela::Anota(F&& anota) {
+    {
+        const std::lock_guard trava(guarda_);
+        anota(novidades_);
+    }
+    PedeDesenho();
+}
+
+void TTelaDaJanela::PedeDesenho() {
+    if (!status_ || desenhoPedido_.exchange(true)) return;
+    const auto depois = [this] { QTimer::singleShot(kIntervalo, status_, [this] { Desenha(kLinhasPorVez); }); };
+    QMetaObject::invokeMethod(status_, depois, Qt::QueuedConnection);
+}
+
+TTelaDaJanela::TNovidades TTelaDaJanela::Retira(qsizetype linhasPorVez) {
+    const std::lock_guard trava(guarda_);
+    TNovidades agora = std::exchange(novidades_, {});
+    novidades_.memo1 = std::move(agora.memo1);
+    novidades_.memo2 = std::move(agora.memo2);
+    agora.memo1 = Primeiras(novidades_.memo1, linhasPorVez);
+    agora.memo2 = Primeiras(novidades_.memo2, linhasPorVez);
+    if (!novidades_.memo1.isEmpty() || !novidades_.memo2.isEmpty()) PedeDesenho();
+    return agora;
+}
+
+void TTelaDaJanela::Desenha(qsizetype linhasPorVez) {
+    desenhoPedido_ = false;
+    const TNovidades novidades = Retira(linhasPorVez);
+    status_->Memo1().Acrescenta(novidades.memo1);
+    status_->Memo2().Acrescenta(novidades.memo2);
     lblAtual_.Mostra(status_->LblAtual());
     lblGeral_.Mostra(status_->LblGeral());
     pbAtual_.Mostra(status_->PbAtual());
     pbGeral_.Mostra(status_->PbGeral());
-    if (logMudou_) status_->MostraLog(Q(log_.Texto()).remove('\r'));
-    logMudou_ = false;
+    status_->AcrescentaAoLog(novidades.log);
+    if (andando_) MostraAndamento();
+    if (!novidades.ocupado) return;
+    if (novidades.ocupado->texto.isEmpty())
+        ocupado_->hide();
+    else
+        ocupado_->Mostra(novidades.ocupado->texto, novidades.ocupado->percentual);
+}
+
+void TTelaDaJanela::MostraAndamento() {
+    const std::string geral = lblGeral_.Texto(), atual = lblAtual_.Texto(), estimativa = pbAtual_.Estimativa();
+    const TAndamento andamento{pbGeral_.Posicao(), pbGeral_.Maximo(), geral, atual, estimativa};
+    status_->Estimativa(Q(TextoDoAndamento(andamento)));
+    const auto agora = std::chrono::steady_clock::now();
+    if (!desassistida_ || agora < proximaLinha_) return;
+    proximaLinha_ = agora + kIntervaloNoTerminal;
+    const std::lock_guard trava(console_);
+    linha_.Mostra(LinhaDeAndamento(andamento));
+}
+
+void TTelaDaJanela::EmAndamento(bool andando) {
+    andando_ = andando;
+    if (status_) status_->Estimativa({});
+    const std::lock_guard trava(console_);
+    linha_.Apaga();
+}
+
+void TTelaDaJanela::Ecoa(void (*escreve)(std::string_view), std::string_view linha) {
+    if (!desassistida_) return;
+    const std::lock_guard trava(console_);
+    linha_.Apaga();
+    escreve(linha);
+}
+
+void TTelaDaJanela::Descarrega() {
+    if (status_) Desenha(kTodas);
+}
+
+void TTelaDaJanela::LimparLog() {
+    Descarrega();
+    log_.LimparLog();
+    if (status_) status_->MostraLog({});
 }
 
 void TTelaDaJanela::Memo1(std::string_view linha) {
-    linha_.Apaga();
-    if (desassistida_) EscreveNaSaida(linha);
-    if (status_) status_->Memo1().Acrescenta(Q(linha));
+    Ecoa(EscreveNaSaida, linha);
+    Anota([&](TNovidades& novidades) { novidades.memo1 += Q(linha); });
 }
 
 void TTelaDaJanela::Memo2(std::string_view linha) {
     houveErro_ = true;
-    linha_.Apaga();
-    if (desassistida_) EscreveNosErros(linha);
-    if (status_) status_->Memo2().Acrescenta(Q(linha));
+    Ecoa(EscreveNosErros, linha);
+    Anota([&](TNovidades& novidades) { novidades.memo2 += Q(linha); });
 }
 
 void TTelaDaJanela::MostraOcupado(std::string_view texto, int percentual) {
-    if (!ocupado_) return;
-    if (ocupado_->isHidden()) proxima_ = {};  // what follows may take long
-    ocupado_->Mostra(Q(texto), percentual);
-    ProcessaMensagens();
+    Anota([&](TNovidades& novidades) { novidades.ocupado = {Q(texto), percentual}; });
 }
 
 void TTelaDaJanela::EscondeOcupado() {
-    if (ocupado_) ocupado_->hide();
-}
-
-void TTelaDaJanela::ProcessaMensagens() {
-    if (std::chrono::steady_clock::now() < proxima_) return;
-    Descarrega();
-    MostraAndamento();
-    QCoreApplication::processEvents();
-    proxima_ = std::chrono::steady_clock::now() + kIntervalo;
-}
-
-void TTelaDaJanela::MostraAndamento() {
-    const auto agora = std::chrono::steady_clock::now();
-    if (!desassistida_ || !linha_.Existe() || agora < proximaLinha_) return;
-    proximaLinha_ = agora + kIntervaloNoTerminal;
-    linha_.Mostra(LinhaDeAndamento(
-        {pbGeral_.Posicao(), pbGeral_.Maximo(), lblGeral_.Texto(), lblAtual_.Texto(), pbAtual_.Estimativa().Texto()}));
+    Anota([](TNovidades& novidades) { novidades.ocupado = TOcupadoDaTela{}; });
 }
 
 void TTelaDaJanela::Informacao(std::string_view texto) {
-    Descarrega();
-    if (!desassistida_) return dialogos_.Informacao(Q(texto));
-    Memo2(texto);
-    SetLog(texto, "", "");
+    if (desassistida_) {
+        Memo2(texto);
+        return SetLog(texto, "", "");
+    }
+    NaThreadDaJanela([&] {
+        Descarrega();
+        dialogos_.Informacao(Q(texto));
+    });
 }
 
 bool TTelaDaJanela::Confirmacao(std::string_view texto, bool semPessoa) {
-    Descarrega();
-    if (!desassistida_) return dialogos_.Confirmacao(Q(texto));
-    Informacao(std::string(texto) + (semPessoa ? " Sim" : " Não") + " (sem ninguém à frente)");
-    return semPessoa;
+    if (desassistida_) {
+        Informacao(std::string(texto) + (semPessoa ? " Sim" : " Não") + " (sem ninguém à frente)");
+        return semPessoa;
+    }
+    bool sim = false;
+    NaThreadDaJanela([&] {
+        Descarrega();
+        sim = dialogos_.Confirmacao(Q(texto));
+    });
+    return sim;
 }
 
 TAcaoReconcilia TTelaDaJanela::Reconcilia(std::string_view erro, TAcaoReconcilia semPessoa) {
-    Descarrega();
-    if (!desassistida_) return dialogos_.Reconcilia(Q(erro));
-    Informacao(erro);
-    return semPessoa;
+    if (desassistida_) {
+        Informacao(erro);
+        return semPessoa;
+    }
+    TAcaoReconcilia acao = semPessoa;
+    NaThreadDaJanela([&] {
+        Descarrega();
+        acao = dialogos_.Reconcilia(Q(erro));
+    });
+    return acao;
 }
 
 void TTelaDaJanela::SetLog(std::string_view mensagem, std::string_view tabela, std::string_view acao) {
     houveErro_ = true;
-    logMudou_ = true;
+    const std::size_t antes = log_.Tamanho();
     try {
         log_.SetLog(mensagem, tabela, acao, Agora());
     } catch (const std::exception& erro) {
-        if (!logFalhou_) Memo2(erro.what());
-        logFalhou_ = true;
+        if (!std::exchange(logFalhou_, true)) Memo2(erro.what());
     }
+    const QString entrada = Q(log_.Topo(log_.Tamanho() - antes)).remove('\r');
+    Anota([&](TNovidades& novidades) { novidades.log.prepend(entrada); });
 }
 
 }  // namespace wkd

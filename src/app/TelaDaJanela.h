@@ -1,11 +1,15 @@
 #pragma once
 
 #include <QPointer>
+#include <QStringList>
+#include <atomic>
 #include <chrono>
+#include <mutex>
+#include <optional>
 #include <string>
 
 #include "Dialogos.h"
-#include "Estimativa.h"
+#include "IndicadoresDaTela.h"
 #include "LinhaDoTerminal.h"
 #include "LogDaExecucao.h"
 #include "PaginaStatus.h"
@@ -14,36 +18,9 @@
 
 namespace wkd {
 
-/// Progress of a run, shown on a bar when the screen is drawn.
-class TBarraDaTela : public IBarra {
-  public:
-    void Define(int minimo, int maximo, int passo, int posicao) override;
-    void Posicao(int posicao) override;
-    int Posicao() const override { return posicao_; }
-    int Maximo() const { return maximo_; }
-    void Mostra(QProgressBar& barra);
-    const TEstimativa& Estimativa() const { return estimativa_; }
-
-  private:
-    int minimo_ = 0, maximo_ = 100, posicao_ = 0;
-    bool mudou_ = false;
-    TEstimativa estimativa_;
-};
-
-/// Text of a label, shown when the screen is drawn.
-class TRotuloDaTela {
-  public:
-    void Texto(std::string_view texto);
-    const std::string& Texto() const { return texto_; }
-    void Mostra(QLabel& rotulo);
-
-  private:
-    std::string texto_;
-    bool mudou_ = false;
-};
-
-/// The engine's screen: the status page of the window, its dialogs, and the run log. What a run writes row by row is
-/// kept and drawn at most every `kIntervalo`.
+/// The engine's screen: the status page of the window, its dialogs, and the run log. The engine may call it from a
+/// thread of its own: what it shows is kept and drawn by the window's thread `kIntervalo` later, so that a row costs
+/// no drawing; its questions wait for the answer.
 /// Unattended nothing waits for a person: lines go to the console too, an information becomes a line of the error
 /// list and a log entry, a question takes its unattended answer. On a terminal one more line shows the progress.
 class TTelaDaJanela : public ITela {
@@ -54,13 +31,18 @@ class TTelaDaJanela : public ITela {
     TTelaDaJanela(TLogDaExecucao& log, IDialogos& dialogos, bool desassistida)
         : log_(log), dialogos_(dialogos), desassistida_(desassistida) {}
 
+    // Of the window's thread
     /// From now on lines are shown here.
     void Liga(TPaginaStatus& status, TPainelOcupado& ocupado);
     bool Desassistida() const { return desassistida_; }
     /// Whether the error list or the log got anything.
     bool HouveErro() const { return houveErro_; }
+    /// Whether a run is under way, whose progress is to be shown.
+    void EmAndamento(bool andando);
     /// Shows all that is kept.
     void Descarrega();
+    /// Empties the run log; its file stays until the next write.
+    void LimparLog();
 
     void Memo1(std::string_view linha) override;
     void Memo2(std::string_view linha) override;
@@ -70,7 +52,8 @@ class TTelaDaJanela : public ITela {
     IBarra& PbGeral() override { return pbGeral_; }
     void MostraOcupado(std::string_view texto, int percentual) override;
     void EscondeOcupado() override;
-    void ProcessaMensagens() override;
+    /// The window serves its messages by itself.
+    void ProcessaMensagens() override { PedeDesenho(); }
     void Informacao(std::string_view texto) override;
     bool Confirmacao(std::string_view texto, bool semPessoa) override;
     TAcaoReconcilia Reconcilia(std::string_view erro, TAcaoReconcilia semPessoa) override;
@@ -78,7 +61,25 @@ class TTelaDaJanela : public ITela {
     void SetLog(std::string_view mensagem, std::string_view tabela, std::string_view acao) override;
 
   private:
+    struct TOcupadoDaTela {
+        QString texto;  // empty: nothing is waited for
+        int percentual = -1;
+    };
+    /// What was told since it was last shown.
+    struct TNovidades {
+        QStringList memo1, memo2;
+        std::optional<TOcupadoDaTela> ocupado;
+        QString log;  // newest entry first
+    };
+
+    template <class F>
+    void Anota(F&& anota);
+    void PedeDesenho();
+    void Desenha(qsizetype linhasPorVez);
+    TNovidades Retira(qsizetype linhasPorVez);
     void MostraAndamento();
+    /// Writes a line to the console of an unattended run, clear of the progress line.
+    void Ecoa(void (*escreve)(std::string_view), std::string_view linha);
 
     TLogDaExecucao& log_;
     IDialogos& dialogos_;
@@ -87,11 +88,15 @@ class TTelaDaJanela : public ITela {
     QPointer<TPainelOcupado> ocupado_;
     TBarraDaTela pbAtual_, pbGeral_;
     TRotuloDaTela lblAtual_, lblGeral_;
-    TLinhaDoTerminal linha_;
-    bool logMudou_ = false;
+    std::mutex console_;
+    TLinhaDoTerminal linha_;  // behind console_
+    std::chrono::steady_clock::time_point proximaLinha_{};
+    std::mutex guarda_;
+    TNovidades novidades_;  // behind guarda_
+    std::atomic<bool> desenhoPedido_ = false;
+    std::atomic<bool> houveErro_ = false;
     bool logFalhou_ = false;
-    bool houveErro_ = false;
-    std::chrono::steady_clock::time_point proxima_{}, proximaLinha_{};
+    bool andando_ = false;  // of the window's thread
 };
 
 }  // namespace wkd

@@ -59,6 +59,7 @@ void Fotografa(const QString& pasta) {
     janela.dialogos.aoInformar = [&] { capturas.Guarda("status"); };
     capturas.Proximo();
     janela.Tela().MostraOcupado("Descompactando...", 40);
+    janela.Tela().Descarrega();
     capturas.Guarda("ocupado");
     janela.Tela().EscondeOcupado();
     QTimer::singleShot(300, [&] {
