@@ -53,6 +53,13 @@ TEST(FirebirdConexao, AWrongPasswordIsToldFromAMissingDatabase) {
     EXPECT_EQ(erro.SqlState(), "28000");
 }
 
+TEST(FirebirdConexao, AServerThatNeverAnswersIsGivenUp) {
+    TPortaMuda porta;
+    auto parametros = ParametrosFirebird("/nada.fdb", "127.0.0.1/" + std::to_string(porta.Numero()));
+    parametros.Adiciona("ConnectTimeout", "1");
+    EXPECT_EQ(ErroAoAbrir(parametros).Falha(), TFalha::Conexao);
+}
+
 TEST(FirebirdConexao, ALostServerIsToldAsALostConnection) {
     if (!TServidorFirebird::Instalado()) GTEST_SKIP() << "no Firebird server installed";
     auto servidor = std::make_unique<TServidorFirebird>();

@@ -42,26 +42,28 @@ std::string Leia(const std::filesystem::path& arquivo) {
 }
 
 pid_t Inicia(const std::string& pasta, const std::string& porta) {
-    const auto roteiro = (std::filesystem::path(__FILE__).parent_path() / "servidor-firebird.sh").string();
     const pid_t processo = fork();
     if (processo != 0) return processo;
     prctl(PR_SET_PDEATHSIG, SIGKILL);  // the server does not outlive a test program that is ended
-    execl("/bin/sh", "sh", roteiro.c_str(), pasta.c_str(), porta.c_str(), nullptr);
+    execl("/bin/sh", "sh", WKD_ROTEIRO_DO_SERVIDOR, pasta.c_str(), porta.c_str(), nullptr);
     _exit(127);
 }
 
 }  // namespace
 
-int PortaLivre() {
-    const int soquete = socket(AF_INET, SOCK_STREAM, 0);
+TPortaMuda::TPortaMuda() : soquete_(socket(AF_INET, SOCK_STREAM, 0)) {
     auto endereco = Local(0);
     socklen_t tamanho = sizeof endereco;
-    const bool ligado = bind(soquete, reinterpret_cast<const sockaddr*>(&endereco), tamanho) == 0 &&
-                        getsockname(soquete, reinterpret_cast<sockaddr*>(&endereco), &tamanho) == 0;
-    close(soquete);
+    const bool ligado = bind(soquete_, reinterpret_cast<const sockaddr*>(&endereco), tamanho) == 0 &&
+                        listen(soquete_, 1) == 0 &&
+                        getsockname(soquete_, reinterpret_cast<sockaddr*>(&endereco), &tamanho) == 0;
     if (!ligado) throw std::runtime_error("no free port");
-    return ntohs(endereco.sin_port);
+    numero_ = ntohs(endereco.sin_port);
 }
+
+TPortaMuda::~TPortaMuda() { close(soquete_); }
+
+int PortaLivre() { return TPortaMuda().Numero(); }
 
 TServidorFirebird::TServidorFirebird()
     : porta_(PortaLivre()), processo_(Inicia(pasta_.Caminho().string(), std::to_string(porta_))) {

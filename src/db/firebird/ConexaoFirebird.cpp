@@ -103,10 +103,7 @@ class TConexaoFirebird : public TConnection {
 std::string BlocoDeCriacao(const TParametrosConexao& parametros, int tamanhoPagina) {
     const auto conjunto = parametros.Valor("CharacterSet");
     auto bloco = BlocoDeConexao(parametros, conjunto.empty() ? "UTF8" : conjunto);
-    const auto pagina = static_cast<std::uint32_t>(tamanhoPagina);
-    const char bytes[] = {static_cast<char>(pagina), static_cast<char>(pagina >> 8), static_cast<char>(pagina >> 16),
-                          static_cast<char>(pagina >> 24)};
-    AdicionaAoBloco(bloco, isc_dpb_page_size, {bytes, sizeof bytes});
+    AdicionaAoBloco(bloco, isc_dpb_page_size, static_cast<std::uint32_t>(tamanhoPagina));
     if (!conjunto.empty()) AdicionaAoBloco(bloco, isc_dpb_set_db_charset, conjunto);
     const bool semEscritaForcada = IgualSemCaixa(parametros.Valor("ForcedWrites"), "False");
     AdicionaAoBloco(bloco, isc_dpb_force_write, std::string(1, semEscritaForcada ? 0 : 1));

@@ -20,6 +20,12 @@ std::string BlocoDeTransacao(TTransacaoFirebird::TModo modo, std::string_view pr
     return bloco;
 }
 
+/// Seconds until a server that does not answer is given up.
+std::uint32_t LimiteDeConexao(const TParametrosConexao& parametros) {
+    const auto limite = parametros.Valor("ConnectTimeout");
+    return limite.empty() ? 20 : static_cast<std::uint32_t>(std::stoul(limite));
+}
+
 }  // namespace
 
 void AdicionaAoBloco(std::string& bloco, char item, std::string_view valor) {
@@ -29,6 +35,12 @@ void AdicionaAoBloco(std::string& bloco, char item, std::string_view valor) {
     bloco += valor;
 }
 
+void AdicionaAoBloco(std::string& bloco, char item, std::uint32_t valor) {
+    const char bytes[] = {static_cast<char>(valor), static_cast<char>(valor >> 8), static_cast<char>(valor >> 16),
+                          static_cast<char>(valor >> 24)};
+    AdicionaAoBloco(bloco, item, std::string_view(bytes, sizeof bytes));
+}
+
 std::string BlocoDeConexao(const TParametrosConexao& parametros, std::string_view conjunto) {
     std::string bloco(1, isc_dpb_version1);
     AdicionaAoBloco(bloco, isc_dpb_user_name, parametros.Valor("User_Name"));
@@ -36,6 +48,7 @@ std::string BlocoDeConexao(const TParametrosConexao& parametros, std::string_vie
     AdicionaAoBloco(bloco, isc_dpb_lc_ctype, conjunto);
     AdicionaAoBloco(bloco, isc_dpb_sql_dialect, std::string_view("\x03", 1));
     AdicionaAoBloco(bloco, isc_dpb_utf8_filename, "");
+    AdicionaAoBloco(bloco, isc_dpb_connect_timeout, LimiteDeConexao(parametros));
     return bloco;
 }
 

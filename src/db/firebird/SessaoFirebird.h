@@ -2,6 +2,7 @@
 
 #include <ibase.h>
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -84,7 +85,8 @@ class TTransacaoFirebird {
 
 /// Parameter block of a connection: user, password, character set.
 std::string BlocoDeConexao(const TParametrosConexao& parametros, std::string_view conjunto);
-/// Adds a text to a parameter block. Throws std::invalid_argument above 255 bytes.
+/// Adds a text or a number to a parameter block. Throws std::invalid_argument for a text above 255 bytes.
 void AdicionaAoBloco(std::string& bloco, char item, std::string_view valor);
+void AdicionaAoBloco(std::string& bloco, char item, std::uint32_t valor);
 
 }  // namespace wkd
