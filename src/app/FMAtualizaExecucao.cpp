@@ -80,6 +80,7 @@ TOpcoes TFMAtualiza::Opcoes() const {
     opcoes.marcaNaoCria = meios_.ambiente.marcaNaoCria;
     opcoes.temporaria = meios_.ambiente.temporaria;
     opcoes.pastaPrograma = meios_.ambiente.pastaPrograma;
+    opcoes.pastaCorrente = meios_.ambiente.corrente;
     return opcoes;
 }
 

@@ -22,6 +22,7 @@ class TTB {
   public:
     /// `pastaComandos`: where "erroCria.sql" is written before a table is created.
     explicit TTB(TConnection& conexao, std::filesystem::path pastaComandos = ".");
+    void SetPastaComandos(std::filesystem::path pasta) { pastaComandos_ = std::move(pasta); }
 
     // Physical tables
     bool ExisteTabela(std::string_view tabela);

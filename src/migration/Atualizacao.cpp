@@ -47,8 +47,9 @@ TTabelaEmMemoria LeDicionario(const TPastaDeTrabalho& pasta, std::string_view no
 
 }  // namespace
 
-TAtualizacao::TAtualizacao(TDataModulo& dm, const TOpcoes& opcoes, TEstado& estado)
-    : ctx_{dm, opcoes, estado, {}, {}} {}
+TAtualizacao::TAtualizacao(TDataModulo& dm, const TOpcoes& opcoes, TEstado& estado) : ctx_{dm, opcoes, estado, {}, {}} {
+    dm.Atualiza.SetPastaComandos(opcoes.pastaCorrente);
+}
 
 TFimDaAtualizacao TAtualizacao::Executa() {
     try {

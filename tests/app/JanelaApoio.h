@@ -96,7 +96,7 @@ class TInstalacao {
     std::filesystem::path Pasta() const { return pasta_.Caminho(); }
     TAliases Aliases() const { return TAliases(pasta_ / "WKD.ini"); }
     TAmbiente Ambiente() const {
-        return {Pasta(), Pasta(), pasta_ / "naocria.wkd", {Pasta(), pasta_ / "opt", pasta_ / "nenhum.ini"}};
+        return {Pasta(), Pasta(), pasta_ / "naocria.wkd", {Pasta(), pasta_ / "opt", pasta_ / "nenhum.ini"}, Pasta()};
     }
     /// A connection of its own to the alias's database.
     std::unique_ptr<THBNConnection> Conexao() const {

@@ -34,6 +34,7 @@ class TBancoDaNova {
     explicit TBancoDaNova(std::string_view conjunto = "UTF8", bool comTini = true) : banco_(conjunto) {
         ini_.INIGravaString("tbInterbase", "TipoBanco", "tbInterbase");
         opcoes_.pastaPrograma = opcoes_.pastaCorrente = Pasta();
+        dm_.Atualiza.SetPastaComandos(Pasta());
         dm_.SQLConnection1.SetAlias("tbInterbase");
         dm_.SQLConnection1.Open();
         Executa("create table SARQUIVO (COD_MODULO varchar(3), NOME_ARQUIVO varchar(50), VERSAO integer)");

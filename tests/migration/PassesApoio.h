@@ -21,6 +21,7 @@ namespace wkd {
 class TPassesTest : public ::testing::Test {
   protected:
     TPassesTest() {
+        dm_.Atualiza.SetPastaComandos(banco_.Arquivo().parent_path());
         for (const std::string tipo : {"tbInterbase", "tbMySQL", "tbOracle", "tbSQLServer", "tbODBC"})
             ini_.INIGravaString(tipo, "TipoBanco", tipo);
         dm_.SQLConnection1.Observa([this](std::string_view sql) { comandos_.emplace_back(sql); });
