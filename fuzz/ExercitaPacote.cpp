@@ -1,4 +1,5 @@
 #include <cmath>
+#include <optional>
 #include <stdexcept>
 
 #include "DataPacket.h"
@@ -9,8 +10,6 @@ namespace wkd {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr TFormaPacote kFormas[] = {TFormaPacote::Xml, TFormaPacote::Binario};
 
 /// Brings contents that stay in the file to memory, where they are compared later; a damaged one throws TErroPacote.
 void LeConteudos(TDataPacket& pacote) {
@@ -34,6 +33,7 @@ bool Iguais(const TValor& a, const TValor& b, TTipoDado tipo) {
 void ExigeIguais(const TDataPacket& lido, const TDataPacket& original) {
     if (lido.campos.size() != original.campos.size() || lido.linhas.size() != original.linhas.size())
         throw std::logic_error("a packet of another size came back");
+    if (lido.estados != original.estados) throw std::logic_error("other row states came back");
     for (std::size_t c = 0; c < lido.campos.size(); ++c) {
         const auto &a = lido.campos[c], &b = original.campos[c];
         if (a.nome != b.nome || a.tipoXml != b.tipoXml || a.requerido != b.requerido || a.oculto != b.oculto)
@@ -44,27 +44,35 @@ void ExigeIguais(const TDataPacket& lido, const TDataPacket& original) {
     }
 }
 
+/// The packet with its contents; nothing when it is refused.
+std::optional<TDataPacket> Le(const fs::path& arquivo, TLinhasDoPacote linhas) {
+    try {
+        auto pacote = LePacote(arquivo, linhas);
+        LeConteudos(pacote);
+        return pacote;
+    } catch (const TErroPacote&) {
+        return std::nullopt;
+    }
+}
+
+void VaiEVolta(const TDataPacket& pacote, const fs::path& copia, TFormaPacote forma, TLinhasDoPacote linhas) {
+    try {
+        GravaPacote(pacote, copia, forma);
+    } catch (const TErroPacote&) {
+        return;  // the other form holds more in a text or in a decimal
+    }
+    const auto lido = Le(copia, linhas);
+    if (!lido) throw std::logic_error("what was written is refused");
+    ExigeIguais(*lido, pacote);
+}
+
 }  // namespace
 
 void ExercitaPacote(const fs::path& arquivo) {
-    TDataPacket pacote;
-    try {
-        pacote = LePacote(arquivo);
-        LeConteudos(pacote);
-    } catch (const TErroPacote&) {
-        return;
-    }
-    const auto copia = arquivo.parent_path() / "copia.wkd";
-    for (const auto forma : kFormas) {
-        try {
-            GravaPacote(pacote, copia, forma);
-        } catch (const TErroPacote&) {
-            continue;  // the other form holds more in a text or in a decimal
-        }
-        auto lido = LePacote(copia);
-        LeConteudos(lido);
-        ExigeIguais(lido, pacote);
-    }
+    for (const auto linhas : {TLinhasDoPacote::Visiveis, TLinhasDoPacote::Todas})
+        if (const auto pacote = Le(arquivo, linhas))
+            for (const auto forma : {TFormaPacote::Xml, TFormaPacote::Binario})
+                VaiEVolta(*pacote, arquivo.parent_path() / "copia.wkd", forma, linhas);
 }
 
 }  // namespace wkd

@@ -50,9 +50,9 @@ TTabelaEmMemoria TDataPacket::Tabela() && {
     return {std::vector<TCampo>(campos.begin(), campos.end()), std::move(linhas)};
 }
 
-TDataPacket LePacote(const std::filesystem::path& arquivo) {
+TDataPacket LePacote(const std::filesystem::path& arquivo, TLinhasDoPacote linhas) {
     const auto fonte = std::make_shared<TFontePacote>(arquivo);
-    return fonte->Forma() == TFormaPacote::Binario ? LeBinario(fonte) : LeXml(fonte);
+    return fonte->Forma() == TFormaPacote::Binario ? LeBinario(fonte, linhas) : LeXml(fonte, linhas);
 }
 
 void GravaPacote(const TDataPacket& pacote, const std::filesystem::path& arquivo, TFormaPacote forma) {
@@ -60,9 +60,9 @@ void GravaPacote(const TDataPacket& pacote, const std::filesystem::path& arquivo
     for (const auto& campo : pacote.campos) campos.push_back(campo.tipoXml.empty() ? CampoDePacote(campo) : campo);
     TSaidaPacote saida(arquivo);
     if (forma == TFormaPacote::Binario)
-        GravaBinario(campos, pacote.linhas, saida);
+        GravaBinario(campos, pacote, saida);
     else
-        GravaXml(campos, pacote.linhas, saida);
+        GravaXml(campos, pacote, saida);
     saida.Conclui();
 }
 

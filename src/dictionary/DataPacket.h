@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <initializer_list>
 #include <string>
@@ -23,23 +24,40 @@ struct TCampoPacote : TCampo {
 /// Packet column that holds every value of the neutral field: texts and memos as Unicode, integers of 64 bits.
 TCampoPacote CampoDePacote(const TCampo& campo);
 
-/// Client-dataset data packet: columns and visible rows.
+/// Parameter of a packet that is one number or a list of them: CHANGE_LOG (triples of row, predecessor and kind, rows
+/// from 1), DEFAULT_ORDER and PRIMARY_KEY (fields from 1), LCID, AUTOINCVALUE.
+struct TParametroPacote {
+    std::string nome;
+    std::vector<std::int64_t> numeros;
+    bool operator==(const TParametroPacote&) const = default;
+};
+
+/// Client-dataset data packet: columns and rows.
 struct TDataPacket {
     std::vector<TCampoPacote> campos;
     std::vector<TLinha> linhas;
+
+    // With TLinhasDoPacote::Todas alone
+    std::vector<std::uint8_t> estados = {};  // status byte of each row
+    std::vector<TParametroPacote> parametros = {};
 
     TTabelaEmMemoria Tabela() &&;
 };
 
 enum class TFormaPacote { Xml, Binario };
 
+/// Rows that are read: the table as it is, or every row of the file, superseded and deleted ones too, with its status
+/// and the packet's parameters. A row that says of a field that it did not change has its predecessor's value.
+enum class TLinhasDoPacote { Visiveis, Todas };
+
 /// Reads a packet of either form, told apart by its first bytes. Every read is bounds-checked and memory stays in
 /// proportion to the file. Blobs longer than 4 KB stay in the file (TConteudo) until they are read; reading them then
 /// throws TErroPacote when they are damaged. Texts of no declared character set are UTF-8 when valid, else
 /// Windows-1252. A decimal that does not fit TDecimal is its exact text.
 /// Throws TErroPacote naming file, offset or line, field and cause.
-TDataPacket LePacote(const std::filesystem::path& arquivo);
-/// Writes all rows as visible, unchanged rows, into a new file that then takes the name. Times are kept to the
+TDataPacket LePacote(const std::filesystem::path& arquivo, TLinhasDoPacote linhas = TLinhasDoPacote::Visiveis);
+/// Writes all rows, each with its status (visible and unchanged where there is none), and the parameters, into a new
+/// file that then takes the name. Times are kept to the
 /// millisecond; the XML form does not tell an empty blob from NULL. A field without `tipoXml` is written as
 /// CampoDePacote has it. Throws TErroPacote.
 void GravaPacote(const TDataPacket& pacote, const std::filesystem::path& arquivo, TFormaPacote forma);

@@ -125,10 +125,22 @@ std::string Propriedade(std::string_view nome, std::size_t numero) {
     return ComPrefixo(nome, 1) + Numero(2, 2) + Numero(2, 2) + Numero(std::min<std::size_t>(numero, 0xFFFF), 2);
 }
 
+/// Property of the packet, in numbers of four bytes.
+std::string Parametro(const TParametroPacote& parametro) {
+    constexpr std::uint16_t kSemSinal = 2, kInteiro = 1;
+    const bool lista = ParametroDeLista(parametro.nome);
+    std::string bytes = ComPrefixo(parametro.nome, 1) + Numero(4, 2);
+    bytes += lista ? Numero(kMatriz | kSemSinal, 2) + Numero(parametro.numeros.size(), 4) : Numero(kInteiro, 2);
+    if (!lista && parametro.numeros.empty()) return bytes + Numero(0, 4);
+    for (std::size_t i = 0; i < (lista ? parametro.numeros.size() : 1); ++i)
+        bytes += Numero(static_cast<std::uint64_t>(parametro.numeros[i]), 4);
+    return bytes;
+}
+
 class TEscritorBinario {
   public:
-    TEscritorBinario(const std::vector<TCampoPacote>& campos, const std::vector<TLinha>& linhas, TSaidaPacote& saida)
-        : campos_(campos), linhas_(linhas), saida_(saida) {
+    TEscritorBinario(const std::vector<TCampoPacote>& campos, const TDataPacket& pacote, TSaidaPacote& saida)
+        : campos_(campos), pacote_(pacote), linhas_(pacote.linhas), saida_(saida) {
         for (std::size_t i = 0; i < campos.size(); ++i) colunas_.push_back(Coluna(i));
     }
 
@@ -137,12 +149,13 @@ class TEscritorBinario {
             throw TErroPacote("São linhas ou campos demais para um pacote de dados binário.");
         std::string campos;
         for (std::size_t i = 0; i < campos_.size(); ++i) campos += Descricao(i);
-        campos += Numero(0, 2);  // no properties of the packet
+        campos += Numero(pacote_.parametros.size(), 2);
+        for (const auto& parametro : pacote_.parametros) campos += Parametro(parametro);
         constexpr std::size_t kCabecalho = 24;
         saida_ << std::string_view("\x96\x19\xE0\xBD", 4) << Numero(Versao(), 2) << Numero(0, 2)
                << Numero(kCabecalho, 4) << Numero(campos_.size(), 2) << Numero(linhas_.size(), 4) << Numero(3, 4)
                << Numero(kCabecalho + campos.size(), 2) << campos;
-        for (const auto& linha : linhas_) GravaLinha(linha);
+        for (const auto& linha : linhas_) GravaLinha(linha, EstadoDaLinha(pacote_, linha_));
     }
 
   private:
@@ -208,12 +221,12 @@ class TEscritorBinario {
                Numero(atributos, 2) + Numero(quantas, 2) + propriedades;
     }
 
-    void GravaLinha(const TLinha& linha) {
+    void GravaLinha(const TLinha& linha, std::uint8_t estado) {
         ++linha_;
         std::string estados((campos_.size() + 3) / 4, '\0');
         for (std::size_t i = 0; i < campos_.size(); ++i)
             if (linha.at(i).Nulo()) estados[i / 4] = static_cast<char>(estados[i / 4] | 1 << (2 * (i % 4)));
-        saida_ << std::string_view("\0", 1) << estados;
+        saida_ << Numero(estado, 1) << estados;
         for (std::size_t i = 0; i < campos_.size(); ++i)
             if (!linha[i].Nulo()) GravaValor(linha[i], i);
     }
@@ -245,6 +258,7 @@ class TEscritorBinario {
     }
 
     const std::vector<TCampoPacote>& campos_;
+    const TDataPacket& pacote_;
     const std::vector<TLinha>& linhas_;
     TSaidaPacote& saida_;
     std::vector<TColuna> colunas_;
@@ -253,8 +267,8 @@ class TEscritorBinario {
 
 }  // namespace
 
-void GravaBinario(const std::vector<TCampoPacote>& campos, const std::vector<TLinha>& linhas, TSaidaPacote& saida) {
-    TEscritorBinario(campos, linhas, saida).Grava();
+void GravaBinario(const std::vector<TCampoPacote>& campos, const TDataPacket& pacote, TSaidaPacote& saida) {
+    TEscritorBinario(campos, pacote, saida).Grava();
 }
 
 }  // namespace wkd

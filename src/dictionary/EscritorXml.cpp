@@ -104,12 +104,14 @@ class TEscritorXml {
         for (const auto& campo : campos) tipos_.push_back(&TipoParaGravar(campo, saida));
     }
 
-    void Grava(const std::vector<TLinha>& linhas) {
+    void Grava(const TDataPacket& pacote) {
         saida_ << R"(<?xml version="1.0" encoding="UTF-8" standalone="yes"?>  <DATAPACKET Version="2.0">)"
                << "<METADATA><FIELDS>";
         for (std::size_t i = 0; i < campos_.size(); ++i) GravaCampo(i);
-        saida_ << "</FIELDS><PARAMS/></METADATA><ROWDATA>";
-        for (const auto& linha : linhas) GravaLinha(linha);
+        saida_ << "</FIELDS><PARAMS";
+        for (const auto& parametro : pacote.parametros) GravaParametro(parametro);
+        saida_ << "/></METADATA><ROWDATA>";
+        for (const auto& linha : pacote.linhas) GravaLinha(linha, EstadoDaLinha(pacote, linha_));
         saida_ << "</ROWDATA></DATAPACKET>";
     }
 
@@ -134,9 +136,16 @@ class TEscritorXml {
         saida_ << "/>";
     }
 
-    void GravaLinha(const TLinha& linha) {
+    void GravaParametro(const TParametroPacote& parametro) {
+        std::vector<std::string> numeros;
+        for (const auto numero : parametro.numeros) numeros.push_back(std::to_string(numero));
+        Atributo(parametro.nome, Junta(numeros, " "));
+    }
+
+    void GravaLinha(const TLinha& linha, std::uint8_t estado) {
         ++linha_;
         saida_ << "<ROW";
+        if (estado != 0) Atributo("RowState", std::to_string(estado));
         for (std::size_t i = 0; i < campos_.size(); ++i)
             if (!linha.at(i).Nulo()) GravaValor(linha[i], i);
         saida_ << "/>";
@@ -186,8 +195,8 @@ class TEscritorXml {
 
 }  // namespace
 
-void GravaXml(const std::vector<TCampoPacote>& campos, const std::vector<TLinha>& linhas, TSaidaPacote& saida) {
-    TEscritorXml(campos, saida).Grava(linhas);
+void GravaXml(const std::vector<TCampoPacote>& campos, const TDataPacket& pacote, TSaidaPacote& saida) {
+    TEscritorXml(campos, saida).Grava(pacote);
 }
 
 }  // namespace wkd

@@ -35,9 +35,14 @@ class TSaidaPacote {
     bool concluido_ = false;
 };
 
-/// Writers of the two forms; every field has its `tipoXml`.
-void GravaXml(const std::vector<TCampoPacote>& campos, const std::vector<TLinha>& linhas, TSaidaPacote& saida);
-void GravaBinario(const std::vector<TCampoPacote>& campos, const std::vector<TLinha>& linhas, TSaidaPacote& saida);
+/// Writers of the two forms. `campos` are those of the packet, each with its `tipoXml`.
+void GravaXml(const std::vector<TCampoPacote>& campos, const TDataPacket& pacote, TSaidaPacote& saida);
+void GravaBinario(const std::vector<TCampoPacote>& campos, const TDataPacket& pacote, TSaidaPacote& saida);
+
+/// Status byte of a row.
+inline std::uint8_t EstadoDaLinha(const TDataPacket& pacote, std::size_t linha) {
+    return linha < pacote.estados.size() ? pacote.estados[linha] : 0;
+}
 
 /// File type of a field. Throws TErroPacote when there is none of that name.
 const TTipoPacote& TipoParaGravar(const TCampoPacote& campo, const TSaidaPacote& saida);

@@ -105,8 +105,12 @@ TValor ValorDeBytes(const TTipoPacote& tipo, std::string_view bytes) {
 
 class TLeitorBinario {
   public:
-    explicit TLeitorBinario(const std::shared_ptr<TFontePacote>& fonte)
-        : fonte_(fonte), nomes_(fonte->nomesDosCampos), cursor_(fonte->Bytes()), orcamento_(fonte->Bytes().size()) {}
+    TLeitorBinario(const std::shared_ptr<TFontePacote>& fonte, TLinhasDoPacote linhas)
+        : fonte_(fonte),
+          nomes_(fonte->nomesDosCampos),
+          cursor_(fonte->Bytes()),
+          orcamento_(fonte->Bytes().size()),
+          todas_(linhas == TLinhasDoPacote::Todas) {}
 
     TDataPacket Le() {
         try {
@@ -148,6 +152,7 @@ class TLeitorBinario {
         campoAtual_ = nomes_.size();
         nomes_.push_back(campo.nome);
         const char* onde = cursor_.Onde();
+        if (campo.nome.empty()) throw TErroTrecho{onde, "campo sem nome"};
         coluna.tamanho = cursor_.U16();
         const std::uint16_t codigo = cursor_.U16();
         const std::uint16_t atributos = cursor_.U16();
@@ -190,9 +195,18 @@ class TLeitorBinario {
             if (IgualSemCaixa(propriedade.nome, "DATASET_DELTA"))
                 throw TErroTrecho{onde, "é uma lista de alterações (DATASET_DELTA), não uma tabela"};
             if (IgualSemCaixa(propriedade.nome, "CHANGE_LOG")) historico_.Carrega(propriedade);
+            if (todas_ && ParametroConhecido(propriedade.nome)) GuardaParametro(propriedade);
         }
         if ((cursor_.Posicao() & 0xFFFF) != inicioDasLinhas_)
             throw TErroTrecho{cursor_.Onde(), "as linhas não começam onde o cabeçalho diz"};
+    }
+
+    void GuardaParametro(const TPropriedade& propriedade) {
+        TParametroPacote parametro{Maiusculas(propriedade.nome), {}};
+        for (std::size_t i = 0; i < propriedade.Elementos(); ++i)
+            parametro.numeros.push_back(static_cast<std::int64_t>(propriedade.Numero(i)));
+        orcamento_.Gasta(parametro.numeros.size() * sizeof(std::int64_t), cursor_.Onde());
+        pacote_.parametros.push_back(std::move(parametro));
     }
 
     void LeLinhas() {
@@ -200,23 +214,27 @@ class TLeitorBinario {
         if (numLinhas_ > cursor_.Resta() / menorLinha)
             throw TErroTrecho{cursor_.Onde(),
                               "o cabeçalho diz " + std::to_string(numLinhas_) + " linhas, o arquivo não as contém"};
-        std::vector<bool> visiveis;
-        for (std::uint32_t i = 0; i < numLinhas_; ++i) visiveis.push_back(LeLinha(i));
+        for (std::uint32_t i = 0; i < numLinhas_; ++i) LeLinha(i);
         campoAtual_ = kNenhum;
         if (cursor_.Resta() != 0)
             throw TErroTrecho{cursor_.Onde(),
                               "há " + std::to_string(cursor_.Resta()) + " bytes depois da última linha"};
         historico_.Completa(pacote_.linhas, orcamento_, cursor_.Onde());
-        std::size_t ficam = 0;
-        for (std::size_t i = 0; i < visiveis.size(); ++i)
-            if (visiveis[i] && ficam++ != i) pacote_.linhas[ficam - 1] = std::move(pacote_.linhas[i]);
-        pacote_.linhas.resize(ficam);
+        if (!todas_) DeixaAsVisiveis();
     }
 
-    /// Whether the row is visible.
-    bool LeLinha(std::uint32_t numero) {
+    void DeixaAsVisiveis() {
+        std::size_t ficam = 0;
+        for (std::size_t i = 0; i < pacote_.linhas.size(); ++i)
+            if (LinhaVisivel(pacote_.estados[i]) && ficam++ != i)
+                pacote_.linhas[ficam - 1] = std::move(pacote_.linhas[i]);
+        pacote_.linhas.resize(ficam);
+        pacote_.estados = {};
+    }
+
+    void LeLinha(std::uint32_t numero) {
         orcamento_.Gasta(sizeof(TLinha) + numCampos_ * sizeof(TValor), cursor_.Onde());
-        const unsigned status = cursor_.U8();
+        pacote_.estados.push_back(cursor_.U8());
         const auto estados = cursor_.Bytes((std::size_t{numCampos_} + 3) / 4);
         const bool temAnterior = historico_.TemAnterior(numero);
         TLinha linha(numCampos_);
@@ -227,7 +245,6 @@ class TLeitorBinario {
             if (estado == 2 && temAnterior) historico_.Pendente(numero, i);
         }
         pacote_.linhas.push_back(std::move(linha));
-        return LinhaVisivel(status);
     }
 
     TValor LeValor(std::uint16_t campo) {
@@ -241,6 +258,7 @@ class TLeitorBinario {
     std::vector<std::string>& nomes_;  // of the source
     TCursorBinario cursor_;
     TOrcamento orcamento_;
+    const bool todas_;
     THistoricoBinario historico_;
     std::uint16_t numCampos_ = 0;
     std::uint32_t numLinhas_ = 0;
@@ -252,6 +270,8 @@ class TLeitorBinario {
 
 }  // namespace
 
-TDataPacket LeBinario(const std::shared_ptr<TFontePacote>& fonte) { return TLeitorBinario(fonte).Le(); }
+TDataPacket LeBinario(const std::shared_ptr<TFontePacote>& fonte, TLinhasDoPacote linhas) {
+    return TLeitorBinario(fonte, linhas).Le();
+}
 
 }  // namespace wkd

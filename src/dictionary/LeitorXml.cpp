@@ -33,8 +33,12 @@ int NumeroDe(std::string_view texto) {
 
 class TLeitorXml {
   public:
-    explicit TLeitorXml(const std::shared_ptr<TFontePacote>& fonte)
-        : fonte_(fonte), nomes_(fonte->nomesDosCampos), fichas_(fonte->Bytes()), orcamento_(fonte->Bytes().size()) {}
+    TLeitorXml(const std::shared_ptr<TFontePacote>& fonte, TLinhasDoPacote linhas)
+        : fonte_(fonte),
+          nomes_(fonte->nomesDosCampos),
+          fichas_(fonte->Bytes()),
+          orcamento_(fonte->Bytes().size()),
+          todas_(linhas == TLinhasDoPacote::Todas) {}
 
     TDataPacket Le() {
         try {
@@ -120,9 +124,24 @@ class TLeitorXml {
 
     void LeParametros() {
         std::string_view nome, valor;
-        while (fichas_.Atributo(nome, valor))
+        while (fichas_.Atributo(nome, valor)) {
             if (IgualSemCaixa(nome, "DATASET_DELTA") || IgualSemCaixa(valor, "DATASET_DELTA"))
                 throw TErroTrecho{valor.data(), "é uma lista de alterações (DATASET_DELTA), não uma tabela"};
+            if (todas_ && ParametroConhecido(nome)) GuardaParametro(nome, valor);
+        }
+    }
+
+    /// One that is not all numbers is passed over.
+    void GuardaParametro(std::string_view nome, std::string_view valor) {
+        TParametroPacote parametro{Maiusculas(nome), {}};
+        while (!(valor = Apara(valor)).empty()) {
+            std::int64_t numero = 0;
+            const auto lido = std::from_chars(valor.data(), valor.data() + valor.size(), numero);
+            if (lido.ec != std::errc()) return;
+            parametro.numeros.push_back(numero);
+            valor.remove_prefix(static_cast<std::size_t>(lido.ptr - valor.data()));
+        }
+        pacote_.parametros.push_back(std::move(parametro));
     }
 
     /// Position of the field with that name in rows; the number of fields when there is none. Attributes mostly
@@ -147,7 +166,9 @@ class TLeitorXml {
                 status = StatusDe(valor);
             }
         }
-        if (LinhaVisivel(status)) MontaLinha(onde);
+        if (!todas_ && !LinhaVisivel(status)) return;
+        MontaLinha(onde);
+        if (todas_) pacote_.estados.push_back(static_cast<std::uint8_t>(status));
     }
 
     unsigned StatusDe(std::string_view texto) const {
@@ -173,6 +194,7 @@ class TLeitorXml {
     std::vector<std::string>& nomes_;  // of the source
     TFichasXml fichas_;
     TOrcamento orcamento_;
+    const bool todas_;
     TCodigo codigo_ = TCodigo::XmlUtf8;
     std::vector<TColunaXml> colunas_;
     std::vector<std::string_view> nomesNaLinha_;
@@ -187,6 +209,8 @@ class TLeitorXml {
 
 }  // namespace
 
-TDataPacket LeXml(const std::shared_ptr<TFontePacote>& fonte) { return TLeitorXml(fonte).Le(); }
+TDataPacket LeXml(const std::shared_ptr<TFontePacote>& fonte, TLinhasDoPacote linhas) {
+    return TLeitorXml(fonte, linhas).Le();
+}
 
 }  // namespace wkd

@@ -8,7 +8,7 @@
 namespace wkd {
 
 /// Readers of the two forms. They leave the field names in the source and throw TErroPacote.
-TDataPacket LeBinario(const std::shared_ptr<TFontePacote>& fonte);
-TDataPacket LeXml(const std::shared_ptr<TFontePacote>& fonte);
+TDataPacket LeBinario(const std::shared_ptr<TFontePacote>& fonte, TLinhasDoPacote linhas);
+TDataPacket LeXml(const std::shared_ptr<TFontePacote>& fonte, TLinhasDoPacote linhas);
 
 }  // namespace wkd

@@ -71,6 +71,15 @@ std::string NomeDoTipo(std::uint16_t codigo, std::uint16_t tamanho) {
            ")";
 }
 
+bool ParametroDeLista(std::string_view nome) {
+    return IgualSemCaixa(nome, "CHANGE_LOG") || IgualSemCaixa(nome, "DEFAULT_ORDER") ||
+           IgualSemCaixa(nome, "PRIMARY_KEY");
+}
+
+bool ParametroConhecido(std::string_view nome) {
+    return ParametroDeLista(nome) || IgualSemCaixa(nome, "LCID") || IgualSemCaixa(nome, "AUTOINCVALUE");
+}
+
 bool MemoAnsi(std::string_view subtipo) { return IgualSemCaixa(subtipo, "Text"); }
 
 bool MemoUnicode(std::string_view subtipo) { return IgualSemCaixa(subtipo, "WideText"); }

@@ -43,6 +43,11 @@ const TTipoPacote* TipoPorCodigo(std::uint16_t codigo, std::uint16_t tamanho);
 /// Such as "12 (tabela aninhada)", for the message that refuses it.
 std::string NomeDoTipo(std::uint16_t codigo, std::uint16_t tamanho);
 
+/// Parameters of a packet that are kept; letter case ignored.
+bool ParametroConhecido(std::string_view nome);
+/// Those that are lists.
+bool ParametroDeLista(std::string_view nome);
+
 /// Subtypes whose blobs are text.
 bool MemoAnsi(std::string_view subtipo);
 bool MemoUnicode(std::string_view subtipo);

@@ -111,6 +111,37 @@ TEST(PacoteIdaEVolta, TodosOsTiposVoltamIguaisDeCadaForma) {
         }
 }
 
+TEST(PacoteIdaEVolta, TodasAsLinhasVoltamComEstadoEHistorico) {
+    // Original, modified (its text did not change), deleted, unused hole, inserted and detail changed; key and log in
+    // both widths.
+    const auto descricoes = CampoX(4, 1) + "\x01Y" + U16(1) + U16(0x49) + U16(0) + U16(0);
+    const auto linhas = DeHexa("01 00 01000000 02 6F6B  08 08 02000000  02 05  20 05  44 00 03000000 00");
+    const std::vector<std::uint8_t> estados = {1, 8, 2, 32, 0x44};
+    const std::vector<TLinha> todas = {{1, "ok"}, {2, "ok"}, {TValor(), TValor()}, {TValor(), TValor()}, {3, ""}};
+    const std::vector<TParametroPacote> parametros = {
+        {"CHANGE_LOG", {2, 1, 8, 5, 0, 4}}, {"PRIMARY_KEY", {2, 1}}, {"DEFAULT_ORDER", {}}, {"LCID", {1033}}};
+    for (const std::size_t largura : {2u, 4u}) {
+        const auto numero = [&](std::size_t n) { return largura == 2 ? U16(n) : U32(n); };
+        std::string propriedades = U16(5) + DeHexa("06") + "SORTED" + U16(2) + U16(3) + U16(1);
+        for (const auto& parametro : parametros) {
+            const bool lista = parametro.nome != "LCID";
+            propriedades += static_cast<char>(parametro.nome.size()) + parametro.nome + U16(largura) +
+                            U16(lista ? 0x82 : 1) + (lista ? U32(parametro.numeros.size()) : "");
+            for (const auto n : parametro.numeros) propriedades += numero(static_cast<std::size_t>(n));
+        }
+        const TPastaTemporaria pasta;
+        EscreveArquivo(pasta / "T.WKD", Binario(2, 5, descricoes, linhas, propriedades));
+        for (const auto forma : {TFormaPacote::Xml, TFormaPacote::Xml, TFormaPacote::Binario, TFormaPacote::Binario}) {
+            const auto lido = LePacote(pasta / "T.WKD", TLinhasDoPacote::Todas);
+            EXPECT_EQ(lido.linhas, todas);
+            EXPECT_EQ(lido.estados, estados);
+            EXPECT_EQ(lido.parametros, parametros);
+            EXPECT_EQ(LePacote(pasta / "T.WKD").linhas, (std::vector<TLinha>{{2, "ok"}, {3, ""}}));
+            GravaPacote(lido, pasta / "T.WKD", forma);
+        }
+    }
+}
+
 TEST(PacoteIdaEVolta, GravaSobreOArquivoDeOndeVemOsBlobs) {
     const TPastaTemporaria pasta;
     const auto original = DeTodosOsTipos();
