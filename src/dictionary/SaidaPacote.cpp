@@ -2,6 +2,7 @@
 #include <stdexcept>
 
 #include "Caminho.h"
+#include "EscritaSegura.h"
 #include "EscritoresPacote.h"
 
 namespace wkd {
@@ -42,9 +43,11 @@ TSaidaPacote& TSaidaPacote::operator<<(std::string_view bytes) {
 void TSaidaPacote::Conclui() {
     aberto_.Grava(bloco_);
     aberto_.Fecha();
-    std::error_code erro;
-    fs::rename(novo_, arquivo_, erro);
-    if (erro) NaoGrava(arquivo_, erro);
+    try {
+        SubstituiPor(novo_, arquivo_);
+    } catch (const std::system_error& erro) {
+        NaoGrava(arquivo_, erro.code());
+    }
     concluido_ = true;
 }
 

@@ -2,7 +2,7 @@
 
 namespace wkd {
 
-/// Exit codes of the program.
+/// Exit codes of the programs.
 enum class TCodigoDeSaida {
     Sucesso = 0,
     ComErros = 1,      // finished, and an error was reported
