@@ -1,7 +1,6 @@
 #include "BancoGrande.h"
 
-#include <cstdlib>
-
+#include "BancoTemporario.h"
 #include "CompactaZip.h"
 #include "DefinicaoCampo.h"
 #include "Texto.h"
@@ -10,8 +9,6 @@
 namespace wkd {
 
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr const char* kTipos[] = {"ftString", "ftInteger", "ftFloat", "ftDateTime", "ftString"};
 
@@ -82,14 +79,6 @@ constexpr const char* kDicionario[] = {
     "create table TARQ_VER (ARQUIVO varchar(100))",
     "create table CSENHA (CODIGO integer, FLAG1 integer)"};
 
-TParametrosConexao Parametros(const fs::path& pasta) {
-    TParametrosConexao parametros;
-    parametros.Adiciona("Database", (pasta / "grande.fdb").string());
-    parametros.Adiciona("User_Name", "SYSDBA");
-    parametros.Adiciona("CharacterSet", "WIN1252");
-    return parametros;
-}
-
 }  // namespace
 
 TDataPacket DicionarioDeColunas(int tabelas) {
@@ -109,34 +98,39 @@ TDataPacket DicionarioDeColunas(int tabelas) {
     return pacote;
 }
 
-TBancoGrande::TBancoGrande() {
-    std::string molde = (fs::temp_directory_path() / "wkd-bench-XXXXXX").string();
-    if (!mkdtemp(molde.data())) throw std::runtime_error("Não foi possível criar " + molde);
-    pasta_ = molde;
-    CriaBancoFirebird(Parametros(pasta_), 8192);
+TBancoGrande::TBancoGrande(const std::string& servidor)
+    : parametros_(ParametrosFirebird(pasta_ / "grande.fdb", servidor)) {
+    parametros_.Adiciona("CharacterSet", "WIN1252");
+    CriaBancoFirebird(parametros_, 8192);
     CriaTabelas(*Conexao());
     EnchePacote();
     Aliases().AdicionaAlias({.nome = "GRANDE",
                              .tipoBanco = "tbInterbase",
-                             .hostname = "",
-                             .path = pasta_.string() + "/",
+                             .hostname = servidor,
+                             .path = Pasta().string() + "/",
                              .database = "grande.fdb",
                              .usuario = "SYSDBA",
-                             .senha = "",
+                             .senha = parametros_.Valor("Password"),
                              .characterSet = "WIN1252",
                              .driver = ""},
                             false);
 }
 
-TBancoGrande::~TBancoGrande() {
-    std::error_code semErro;
-    fs::remove_all(pasta_, semErro);
-}
-
 std::unique_ptr<TConnection> TBancoGrande::Conexao() const {
-    auto conexao = CriaConexaoFirebird(Parametros(pasta_));
+    auto conexao = CriaConexaoFirebird(parametros_);
     conexao->Open();
     return conexao;
+}
+
+TOpcoes TBancoGrande::Opcoes() const {
+    TOpcoes opcoes;
+    opcoes.alias = "GRANDE";
+    opcoes.pacote = Pacote();
+    opcoes.desassistido = true;
+    opcoes.querysAnteriores = opcoes.querysPosteriores = false;
+    opcoes.marcaNaoCria = Pasta() / "naocria.wkd";
+    opcoes.temporaria = opcoes.pastaPrograma = Pasta();
+    return opcoes;
 }
 
 void TBancoGrande::CriaTabelas(TConnection& banco) {

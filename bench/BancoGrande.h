@@ -6,6 +6,9 @@
 #include "Aliases.h"
 #include "Connection.h"
 #include "DataPacket.h"
+#include "Opcoes.h"
+#include "ParametrosConexao.h"
+#include "PastaTemporaria.h"
 
 namespace wkd {
 
@@ -16,21 +19,22 @@ inline constexpr int kColunas = 25;  // of each table
 /// settings file, and a package with the same dictionary. Gone at the end.
 class TBancoGrande {
   public:
-    TBancoGrande();
-    ~TBancoGrande();
-    TBancoGrande(const TBancoGrande&) = delete;
-    TBancoGrande& operator=(const TBancoGrande&) = delete;
+    /// `servidor` is "host/port", the embedded engine when empty.
+    explicit TBancoGrande(const std::string& servidor);
 
-    const std::filesystem::path& Pasta() const { return pasta_; }
+    const std::filesystem::path& Pasta() const { return pasta_.Caminho(); }
     std::filesystem::path Pacote() const { return pasta_ / "pacote.zip"; }
     TAliases Aliases() const { return TAliases(pasta_ / "WKD.ini"); }
+    /// An unattended run of the package on the alias.
+    TOpcoes Opcoes() const;
     std::unique_ptr<TConnection> Conexao() const;
 
   private:
     void CriaTabelas(TConnection& banco);
     void EnchePacote();
 
-    std::filesystem::path pasta_;
+    TPastaTemporaria pasta_;
+    TParametrosConexao parametros_;
 };
 
 /// The column dictionary of that many tables, as a packet.

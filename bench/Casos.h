@@ -1,24 +1,28 @@
 #pragma once
 
-#include <string>
+#include <string_view>
 #include <vector>
+
+#include "Bancada.h"
+#include "Medida.h"
 
 namespace wkd {
 
-/// One line of the benchmark's table: our time beside that of the least that must be done, measured in the same run.
-struct TMedida {
-    std::string trabalho;
-    double nosso = 0;  // seconds
-    double piso = 0;
-    int comandos = -1;  // statements sent; -1 where there are none to count
+// One subject a file; each gives its lines of the table.
+
+/// Reads the column dictionary of 20,000 rows in both forms.
+std::vector<TMedida> MedePacotes(TBancada& bancada);
+/// The update with nothing to change, up to the end of the tables.
+std::vector<TMedida> MedeNadaMudou(TBancada& bancada);
+
+struct TCaso {
+    std::string_view nome;  // by which the command line selects it
+    std::vector<TMedida> (*mede)(TBancada& bancada);
 };
 
-class TBancoGrande;
-
-/// Reads the column dictionary of 20,000 rows in both forms. Floor: every byte touched once, the rows copied.
-std::vector<TMedida> MedePacotes();
-/// The update with nothing to change, up to the end of the tables. Floor: SARQUIVO, SATRIB and the columns of all
-/// tables read once.
-std::vector<TMedida> MedeNadaMudou(const TBancoGrande& banco);
+inline constexpr TCaso kCasos[] = {
+    {"pacotes", MedePacotes},
+    {"nada-mudou", MedeNadaMudou},
+};
 
 }  // namespace wkd

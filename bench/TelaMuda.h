@@ -1,6 +1,5 @@
 #pragma once
 
-#include <chrono>
 #include <functional>
 #include <string>
 #include <vector>
@@ -8,12 +7,6 @@
 #include "Tela.h"
 
 namespace wkd {
-
-using TRelogio = std::chrono::steady_clock;
-
-inline double Segundos(TRelogio::time_point inicio) {
-    return std::chrono::duration<double>(TRelogio::now() - inicio).count();
-}
 
 /// Screen that shows nothing, tells of every status line, and keeps what went wrong.
 class TTelaMuda : public ITela {

@@ -1,29 +1,27 @@
 // Prints our times beside the least that must be done, both measured in this run: read the ratio, not the seconds.
+// Arguments select the cases whose name contains one of them; none selects all.
+#include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <string_view>
 
-#include "BancoGrande.h"
 #include "Casos.h"
 
-namespace {
-
-void Mostra(const std::vector<wkd::TMedida>& medidas) {
-    for (const auto& medida : medidas) {
-        const std::string comandos = medida.comandos < 0 ? "" : std::to_string(medida.comandos);
-        std::printf("| %s | %.1f ms | %.1f ms | %.2f | %s |\n", medida.trabalho.c_str(), medida.nosso * 1e3,
-                    medida.piso * 1e3, medida.nosso / medida.piso, comandos.c_str());
-        std::fflush(stdout);
-    }
-}
-
-}  // namespace
-
-int main() {
+int main(int quantos, char** argumentos) {
+    const std::vector<std::string_view> pedidos(argumentos + 1, argumentos + quantos);
+    const auto pedido = [&](const wkd::TCaso& caso) {
+        return pedidos.empty() || std::ranges::any_of(pedidos, [&](std::string_view parte) {
+                   return caso.nome.find(parte) != std::string_view::npos;
+               });
+    };
     try {
-        std::puts("| trabalho | nosso | piso | razão | comandos |\n|---|---|---|---|---|");
-        Mostra(wkd::MedePacotes());
-        const wkd::TBancoGrande banco;
-        Mostra(wkd::MedeNadaMudou(banco));
+        wkd::TBancada bancada;
+        std::puts(wkd::CabecalhoDaTabela().c_str());
+        for (const wkd::TCaso& caso : wkd::kCasos) {
+            if (!pedido(caso)) continue;
+            for (const auto& medida : caso.mede(bancada)) std::puts(wkd::LinhaDaTabela(medida).c_str());
+            std::fflush(stdout);
+        }
         return 0;
     } catch (const std::exception& erro) {
         std::fprintf(stderr, "%s\n", erro.what());
