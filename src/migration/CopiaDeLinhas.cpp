@@ -37,8 +37,10 @@ TResultadoDaCopia TCopiaDeLinhas::Executa(std::int64_t linhas) {
     const std::string lista = ListaDaOrigem(colunas_, ctx_.Banco());
     if (lista.empty()) throw std::runtime_error(copia_.origem + " e " + copia_.destino + " não têm colunas em comum");
     insere_ = ctx_.Conexao().Prepara(ComandoInsere(copia_.destino, colunas_, ctx_.Banco()));
-    cursor_ = ctx_.Conexao().Prepara("select " + lista + " from " + copia_.origem);
-    for (cursor_->Abre(); cursor_->Proximo();) {
+    cursor_ = ctx_.Conexao().Prepara("select " + lista + " from " + copia_.origem + copia_.condicao);
+    cursor_->Abre();
+    for (std::int64_t feita = 0; feita < copia_.pula && cursor_->Proximo();) ++feita;
+    while (cursor_->Proximo()) {
         Linha();
         barra.Posicao(barra.Posicao() + 1);
     }
@@ -54,7 +56,7 @@ void TCopiaDeLinhas::Linha() {
     ++resultado_.lidas;
     TLinha linha = Le();
     if (!transacao_) transacao_.emplace(ctx_.Conexao());
-    if (Posta(linha)) lote_.push_back(std::move(linha));
+    if (Posta(linha)) lote_.push_back({std::move(linha), copia_.pula + resultado_.lidas});
     if (lote_.size() >= copia_.linhasPorLote) FechaLote();
 }
 
@@ -129,6 +131,7 @@ void TCopiaDeLinhas::IsolaCampos(TLinha& linha) {
 void TCopiaDeLinhas::FechaLote() {
     if (!transacao_) return;
     try {
+        Conta(copia_.pula + resultado_.lidas);
         transacao_->Commit();
         transacao_.reset();
     } catch (const TErroBanco& falha) {
@@ -142,15 +145,16 @@ void TCopiaDeLinhas::FechaLote() {
 
 /// Row by row, so that only an unfit one is missing.
 void TCopiaDeLinhas::RefazLote() {
-    std::erase_if(lote_, [this](const TLinha& linha) { return !GravaSozinha(linha); });
+    std::erase_if(lote_, [this](const TLinhaDoLote& linha) { return !GravaSozinha(linha); });
 }
 
-bool TCopiaDeLinhas::GravaSozinha(const TLinha& linha) {
+bool TCopiaDeLinhas::GravaSozinha(const TLinhaDoLote& linha) {
     std::string erro;
     for (int tentativa = 1; tentativa <= kTentativas; ++tentativa) {
         try {
             TTransacao transacao(ctx_.Conexao());
-            Envia(linha);
+            Envia(linha.linha);
+            Conta(linha.numero);
             transacao.Commit();
             return true;
         } catch (const TErroBanco& falha) {
@@ -158,8 +162,12 @@ bool TCopiaDeLinhas::GravaSozinha(const TLinha& linha) {
             erro = falha.what();
         }
     }
-    RejeitaLinha(linha, erro);
+    RejeitaLinha(linha.linha, erro);
     return false;
+}
+
+void TCopiaDeLinhas::Conta(std::int64_t ate) {
+    if (copia_.aoGravar) copia_.aoGravar(ate);
 }
 
 void TCopiaDeLinhas::RejeitaLinha(const TLinha& linha, const std::string& erro) {

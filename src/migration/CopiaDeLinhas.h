@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <set>
@@ -26,6 +27,9 @@ struct TCopia {
     // missing cannot be written into the rejects file.
     bool exigente = false;
     std::size_t linhasPorLote = 100;
+    std::string condicao = {};                             // behind the source's name: alias and where clause
+    std::int64_t pula = 0;                                 // rows of the source that an earlier copy has done
+    std::function<void(std::int64_t)> aoGravar = nullptr;  // in each transaction: rows of the source done by then
 };
 
 struct TResultadoDaCopia {
@@ -48,6 +52,11 @@ class TCopiaDeLinhas {
     TResultadoDaCopia Executa(std::int64_t linhas);
 
   private:
+    struct TLinhaDoLote {
+        TLinha linha;
+        std::int64_t numero;  // in the source, from 1
+    };
+
     void Linha();
     TLinha Le();
     TValor LeCampo(const TColunaDaCopia& coluna);
@@ -57,7 +66,8 @@ class TCopiaDeLinhas {
     void IsolaCampos(TLinha& linha);
     void FechaLote();
     void RefazLote();
-    bool GravaSozinha(const TLinha& linha);
+    bool GravaSozinha(const TLinhaDoLote& linha);
+    void Conta(std::int64_t ate);
     void RejeitaLinha(const TLinha& linha, const std::string& erro);
     void ConfereGuardado(bool guardado);
     void RejeitaCampo(const TLinha& linha, const std::string& erro, std::size_t coluna);
@@ -72,7 +82,7 @@ class TCopiaDeLinhas {
     TResultadoDaCopia resultado_;
     std::unique_ptr<TComando> cursor_, insere_;
     std::optional<TTransacao> transacao_;
-    std::vector<TLinha> lote_;  // stored and not yet committed
+    std::vector<TLinhaDoLote> lote_;  // stored and not yet committed
 };
 
 }  // namespace wkd

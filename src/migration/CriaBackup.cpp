@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "Complemento.h"
 #include "Conferencia.h"
 #include "CopiaDeLinhas.h"
 #include "EstadoDaReconstrucao.h"
@@ -27,32 +26,22 @@ bool TemTodas(const std::vector<TColunaFisica>& colunas, const std::vector<TColu
     });
 }
 
-/// Without a key to tell the rows apart: whether the table is the old one, which holds all that its backup holds.
+/// Without a mark: whether the table is the old one, which holds all that its backup holds.
 bool TabelaInteira(TContexto& ctx, const std::string& tabela, const std::string& backup) {
     const auto daTabela = ctx.Conexao().Colunas(tabela);
     const auto daBackup = ctx.Conexao().Colunas(backup);
     return TemTodas(daTabela, daBackup) && TemTodas(daBackup, daTabela) && Conta(ctx, tabela) >= Conta(ctx, backup);
 }
 
-/// An interrupted rebuild left its backup: true when that serves, with what was entered since added to it.
-bool Aproveita(TContexto& ctx, const std::string& tabela, const std::vector<std::string>& chave) {
+/// Whether the backup of an interrupted rebuild serves: the table is gone, or there is nothing in it to be saved.
+bool Aproveita(TContexto& ctx, const std::string& tabela) {
     const std::string backup = NomeDaBackup(tabela);
     if (!ctx.dm.ExisteTabela(backup) || !ReconstrucaoPendente(ctx, tabela)) return false;
     if (!ctx.dm.ExisteTabela(tabela)) return true;
 
     const auto etapa = EtapaDaReconstrucao(ctx, tabela);
-    if (etapa == TEtapaDaReconstrucao::Guardada) return false;
-    const auto daBackup = ctx.Conexao().Colunas(backup);
-    const auto daTabela = ctx.Conexao().Colunas(tabela);
-    std::vector<std::string> comuns;
-    std::ranges::copy_if(chave, std::back_inserter(comuns), [&](const std::string& coluna) {
-        return ColunaDeNome(daBackup, coluna) && ColunaDeNome(daTabela, coluna);
-    });
-    if (!comuns.empty())
-        CompletaBackup(ctx, tabela, comuns);
-    else if (etapa == TEtapaDaReconstrucao::Desconhecida && TabelaInteira(ctx, tabela, backup))
-        return false;
-    return true;
+    return etapa == TEtapaDaReconstrucao::Restaurando ||
+           (etapa == TEtapaDaReconstrucao::Desconhecida && !TabelaInteira(ctx, tabela, backup));
 }
 
 /// The table is dropped only when its backup is proven, or what it lacks is in the rejects file.
@@ -107,10 +96,10 @@ std::vector<std::string> ChaveGuardada(TContexto& ctx, const std::string& tabela
     return chave.empty() ? ctx.Conexao().ChavePrimaria(tabela).colunas : chave;
 }
 
-std::int64_t CriaBackup(TContexto& ctx, const std::string& tabela, const std::vector<std::string>& chave) {
+std::int64_t CriaBackup(TContexto& ctx, const std::string& tabela, const std::vector<std::string>& chave, bool sempre) {
     ctx.tabelaAtual = tabela;
     ctx.acaoAtual = "Criar Backup";
-    const bool aproveitada = Aproveita(ctx, tabela, chave);
+    const bool aproveitada = !sempre && Aproveita(ctx, tabela);
     if (!aproveitada) Copia(ctx, tabela, chave);
     ctx.Tela().LblAtual("Parado.");
     return Conta(ctx, aproveitada ? NomeDaBackup(tabela) : tabela);

@@ -11,10 +11,10 @@ namespace wkd {
 /// primary key.
 std::vector<std::string> ChaveGuardada(TContexto& ctx, const std::string& tabela);
 
-/// Saves the rows of a table, its name in capitals, into "B" + table and gives it VERSAO -1. With -1 and a backup table
-/// from an interrupted rebuild, only the rows that the backup lacks are added; it is made again while the old table is
-/// known to be whole. Expects SarquivoVelho and SatribNovo on the table. Returns the number of rows that the table is
-/// to have in the end. Throws std::runtime_error and what it derives: the table must not be dropped then.
-std::int64_t CriaBackup(TContexto& ctx, const std::string& tabela, const std::vector<std::string>& chave);
+/// Saves the rows of a table, its name in capitals, into "B" + table and gives it VERSAO -1. The backup of an
+/// interrupted rebuild serves as it is, unless the old table is known to be whole or `sempre` asks for a new one.
+/// Expects SarquivoVelho and SatribNovo on the table. Returns the number of rows that the table is to have in the end.
+/// Throws std::runtime_error and what it derives: the table must not be dropped then.
+std::int64_t CriaBackup(TContexto& ctx, const std::string& tabela, const std::vector<std::string>& chave, bool sempre);
 
 }  // namespace wkd

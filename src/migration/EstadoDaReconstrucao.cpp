@@ -1,5 +1,6 @@
 #include "EstadoDaReconstrucao.h"
 
+#include <charconv>
 #include <stdexcept>
 
 #include "Texto.h"
@@ -12,7 +13,12 @@ namespace {
 
 constexpr std::string_view kSecao = "ReconstroiTabela";
 constexpr std::string_view kGuardada = "GUARDADA";
-constexpr std::string_view kRestaurando = "RESTAURANDO";
+constexpr std::string_view kRestaurando = "RESTAURANDO";  // a count may follow
+
+std::string Marca(TContexto& ctx, std::string_view tabela) {
+    if (!ctx.dm.ExisteTabela("TINI")) return "";
+    return LeParametro(kSecao, Maiusculas(tabela), "", &ctx.Conexao());
+}
 
 }  // namespace
 
@@ -34,10 +40,9 @@ void MarcaReconstrucao(TContexto& ctx, std::string_view tabela) {
 }
 
 TEtapaDaReconstrucao EtapaDaReconstrucao(TContexto& ctx, std::string_view tabela) {
-    if (!ctx.dm.ExisteTabela("TINI")) return TEtapaDaReconstrucao::Desconhecida;
-    const std::string etapa = LeParametro(kSecao, Maiusculas(tabela), "", &ctx.Conexao());
-    if (etapa == kGuardada) return TEtapaDaReconstrucao::Guardada;
-    return etapa == kRestaurando ? TEtapaDaReconstrucao::Restaurando : TEtapaDaReconstrucao::Desconhecida;
+    const std::string marca = Marca(ctx, tabela);
+    if (marca == kGuardada) return TEtapaDaReconstrucao::Guardada;
+    return marca.starts_with(kRestaurando) ? TEtapaDaReconstrucao::Restaurando : TEtapaDaReconstrucao::Desconhecida;
 }
 
 void GravaEtapa(TContexto& ctx, std::string_view tabela, TEtapaDaReconstrucao etapa) {
@@ -50,6 +55,28 @@ void GravaEtapa(TContexto& ctx, std::string_view tabela, TEtapaDaReconstrucao et
     }
     const bool guardada = etapa == TEtapaDaReconstrucao::Guardada;
     GravaParametro(kSecao, chave, guardada ? kGuardada : kRestaurando, &ctx.Conexao());
+}
+
+std::optional<std::int64_t> LinhasRestauradas(TContexto& ctx, std::string_view tabela) {
+    const std::string marca = Marca(ctx, tabela);
+    if (!marca.starts_with(kRestaurando)) return std::nullopt;
+    const std::string_view numero = Apara(std::string_view(marca).substr(kRestaurando.size()));
+    std::int64_t linhas = 0;
+    const auto lido = std::from_chars(numero.data(), numero.data() + numero.size(), linhas);
+    return lido.ec == std::errc() ? std::optional(linhas) : std::nullopt;
+}
+
+TContagemDaRestauracao::TContagemDaRestauracao(TContexto& ctx, std::string_view tabela) {
+    if (!ctx.dm.ExisteTabela("TINI")) return;
+    grava_ = ctx.Conexao().Prepara("update tini set valor = :pVALOR where sessao = :pSESSAO and chave = :pCHAVE");
+    grava_->Atribui("pSESSAO", kSecao);
+    grava_->Atribui("pCHAVE", Maiusculas(tabela));
+}
+
+void TContagemDaRestauracao::Grava(std::int64_t linhas) {
+    if (!grava_) return;
+    grava_->Atribui("pVALOR", std::string(kRestaurando) + " " + std::to_string(linhas));
+    grava_->Executa();
 }
 
 }  // namespace wkd

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -19,11 +21,24 @@ void MarcaReconstrucao(TContexto& ctx, std::string_view tabela);
 enum class TEtapaDaReconstrucao {
     Desconhecida,  // no TINI, or a rebuild that left no mark
     Guardada,      // the backup is complete and the old table still there, whole
-    Restaurando    // the old table is gone: one of that name may be half filled
+    Restaurando    // the old table is gone: one of that name may be half filled, and in use
 };
 
 TEtapaDaReconstrucao EtapaDaReconstrucao(TContexto& ctx, std::string_view tabela);
 /// Desconhecida takes the mark away. Does nothing in a database without TINI.
 void GravaEtapa(TContexto& ctx, std::string_view tabela, TEtapaDaReconstrucao etapa);
+
+/// How many rows of the backup table, from its first on, a restore that keeps count has brought back; nothing when
+/// none does.
+std::optional<std::int64_t> LinhasRestauradas(TContexto& ctx, std::string_view tabela);
+/// Keeps the count of a restore, in the open transaction when there is one, for a table that is marked Restaurando.
+class TContagemDaRestauracao {
+  public:
+    TContagemDaRestauracao(TContexto& ctx, std::string_view tabela);
+    void Grava(std::int64_t linhas);
+
+  private:
+    std::unique_ptr<TComando> grava_;
+};
 
 }  // namespace wkd

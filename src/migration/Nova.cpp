@@ -7,12 +7,14 @@
 
 #include "Conferencia.h"
 #include "CriaBackup.h"
+#include "DefinicaoCampo.h"
 #include "DicionarioDaTabela.h"
 #include "EstadoDaReconstrucao.h"
 #include "FimDaReconstrucao.h"
 #include "Impedimento.h"
 #include "ObjetosDaTabela.h"
 #include "Rejeitados.h"
+#include "Restante.h"
 #include "TBComandos.h"
 #include "Texto.h"
 #include "VoltaBackup.h"
@@ -36,6 +38,9 @@ class TReconstrucao {
         : ctx_(ctx), tabela_(std::move(tabela)), backup_(NomeDaBackup(tabela_)) {}
 
     void Executa() {
+        if (RestauracaoInterrompida(ctx_, tabela_)) {
+            if (!Tenta([this] { Retoma(); }, [] {}) || terminada_) return;
+        }
         if (!Tenta([this] { Guarda(); }, [this] { RefazIndices(); }) || !Apaga()) return;
         Tenta([this] { Ergue(); }, [] {});
     }
@@ -54,19 +59,24 @@ class TReconstrucao {
     void RelataPerdas();
 
     void Ergue();
+    void Retoma();
+    bool ColunasDoPacote();
+    void DispensaBackup();
     void RegravaDicionarioNovo();
     std::vector<std::string> ColunasForaDoDicionario();
-    bool Restaura();
+    bool Restaura(const TRestante& restante);
     bool Confere();
     void CompletaIndices();
     void DevolveObjetos();
-    std::vector<std::string> ColunasQueFicaram();
+    void Termina(bool confere);
+    std::vector<std::string> ColunasSoDe(const std::string& uma, const std::string& outra);
+    void RelataColunas(const std::vector<std::string>& ficaram);
 
     TContexto& ctx_;
     std::string tabela_, backup_;
     std::vector<std::string> chave_, gatilhos_, restricoes_;
     std::set<std::string> alteradas_;
-    bool existe_ = false, apagada_ = false;
+    bool existe_ = false, apagada_ = false, terminada_ = false, dispensada_ = false;
     std::int64_t antes_ = 0;
 };
 
@@ -107,7 +117,7 @@ void TReconstrucao::Guarda() {
     if (const auto impedimento = ImpedimentoDaReconstrucao(ctx_, tabela_)) throw std::runtime_error(*impedimento);
     const auto reserva = existe_ ? ctx_.Conexao().Reserva(tabela_) : nullptr;
     chave_ = ChaveGuardada(ctx_, tabela_);
-    antes_ = CriaBackup(ctx_, tabela_, chave_);
+    antes_ = CriaBackup(ctx_, tabela_, chave_, dispensada_);
     ctx_.acaoAtual = "Criar Tabela";
     if (existe_) GuardaObjetos();
 }
@@ -158,18 +168,54 @@ void TReconstrucao::Ergue() {
     GravaEtapa(ctx_, tabela_, TEtapaDaReconstrucao::Restaurando);
     RegravaDicionarioNovo();
     if (!CriaTabelaComIndices(ctx_, tabela_)) throw std::runtime_error(ctx_.dm.Atualiza.Erro());
-    const bool restaurada = Restaura();
+    const bool restaurada = Restaura(RestauracaoInteira(ctx_, tabela_));
     const bool confere = Confere();
-    if (!restaurada) return;
-    CompletaIndices();
-    DevolveObjetos();
-    const auto ficaram = ColunasQueFicaram();
+    if (restaurada) Termina(confere);
+}
+
+/// Goes on with the restore that an earlier run broke off. The table has been in use since, and what is in it stays.
+/// One that the package wants otherwise is whole then, and is rebuilt anew.
+void TReconstrucao::Retoma() {
+    apagada_ = true;
+    const bool doPacote = ColunasDoPacote();
+    const TRestante restante = RestauracaoQueFalta(ctx_, tabela_);
+    chave_ = ChaveGuardada(ctx_, tabela_);
+    antes_ = ContaRegistros(ctx_.Conexao(), "select count(*) as total from " + tabela_) + restante.linhas;
+    if (doPacote) RegravaDicionarioNovo();
+    const bool restaurada = Restaura(restante);
+    const bool confere = Confere();
+    if (restaurada && doPacote) Termina(confere);
+    terminada_ = !restaurada || doPacote;
+    if (terminada_) return;
+    if (!confere || !ColunasSoDe(tabela_, backup_).empty()) DispensaBackup();
+    apagada_ = false;
+}
+
+/// The table holds more than its backup: the next one takes its place, unless that has values that nobody else has.
+void TReconstrucao::DispensaBackup() {
+    std::vector<std::string> ficaram = ColunasSoDe(backup_, tabela_);
+    RelataColunas(ficaram);
+    const auto doPacote = ColunasNovas(ctx_, tabela_);
+    std::erase_if(ficaram, [&](const std::string& nome) {
+        return std::ranges::none_of(doPacote, [&](const auto& coluna) { return IgualSemCaixa(coluna.nome, nome); });
+    });
     if (!ficaram.empty())
-        ctx_.Tela().Memo2("Tabela " + tabela_ + ": colunas que ficaram só em " + backup_ + ": " + Junta(ficaram, ", "));
-    if (!ctx_.estado.falhouApagar) MoveMarcadores(ctx_, tabela_);
-    const bool encerrada = !ctx_.estado.falhouApagar && EncerraReconstrucao(ctx_, tabela_);
-    // Whole again but still with -1: the next run saves it anew, with what is entered until then.
-    if (!encerrada && confere && ficaram.empty()) GravaEtapa(ctx_, tabela_, TEtapaDaReconstrucao::Guardada);
+        throw std::runtime_error("a tabela mudou desde a reconstrução interrompida, e só " + backup_ +
+                                 " tem os valores de " + Junta(ficaram, ", "));
+    GravaEtapa(ctx_, tabela_, TEtapaDaReconstrucao::Guardada);
+    dispensada_ = true;
+}
+
+/// Whether the table was created from the package's columns.
+bool TReconstrucao::ColunasDoPacote() {
+    if (EtapaDaReconstrucao(ctx_, tabela_) != TEtapaDaReconstrucao::Restaurando) return false;
+    const auto definicoes = [this](const std::vector<TColunaDicionario>& colunas) {
+        std::set<std::string> textos;
+        for (const auto& coluna : colunas)
+            if (ColunaFisica(coluna)) textos.insert(Maiusculas(coluna.nome + DefinicaoCampo(coluna, ctx_.Banco())));
+        return textos;
+    };
+    return definicoes(ctx_.dm.Atualiza.ColunasDoDicionario(tabela_)) == definicoes(ColunasNovas(ctx_, tabela_));
 }
 
 /// When the server refuses the new rows, the table comes back as the stored ones have it. A column that is missing
@@ -199,8 +245,8 @@ std::vector<std::string> TReconstrucao::ColunasForaDoDicionario() {
     return faltam;
 }
 
-bool TReconstrucao::Restaura() {
-    return Tenta([this] { alteradas_ = VoltaBackup(ctx_, tabela_, chave_); },
+bool TReconstrucao::Restaura(const TRestante& restante) {
+    return Tenta([&] { alteradas_ = VoltaBackup(ctx_, tabela_, chave_, restante); },
                  [this] {
                      ctx_.Tela().Informacao("Problema voltando backup da tabela : " + tabela_);
                      ctx_.Tela().PbAtual().Posicao(0);
@@ -245,12 +291,28 @@ void TReconstrucao::DevolveObjetos() {
     GuardaDevolucoes(ctx_, backup_, {});
 }
 
-std::vector<std::string> TReconstrucao::ColunasQueFicaram() {
-    const auto daTabela = ctx_.Conexao().Colunas(tabela_);
-    std::vector<std::string> ficaram;
-    for (const auto& coluna : ctx_.Conexao().Colunas(backup_))
-        if (!ColunaDeNome(daTabela, coluna.nome)) ficaram.push_back(coluna.nome);
-    return ficaram;
+std::vector<std::string> TReconstrucao::ColunasSoDe(const std::string& uma, const std::string& outra) {
+    const auto daOutra = ctx_.Conexao().Colunas(outra);
+    std::vector<std::string> nomes;
+    for (const auto& coluna : ctx_.Conexao().Colunas(uma))
+        if (!ColunaDeNome(daOutra, coluna.nome)) nomes.push_back(coluna.nome);
+    return nomes;
+}
+
+void TReconstrucao::RelataColunas(const std::vector<std::string>& ficaram) {
+    if (ficaram.empty()) return;
+    ctx_.Tela().Memo2("Tabela " + tabela_ + ": colunas que ficaram só em " + backup_ + ": " + Junta(ficaram, ", "));
+}
+
+void TReconstrucao::Termina(bool confere) {
+    CompletaIndices();
+    DevolveObjetos();
+    const auto ficaram = ColunasSoDe(backup_, tabela_);
+    RelataColunas(ficaram);
+    if (!ctx_.estado.falhouApagar) MoveMarcadores(ctx_, tabela_);
+    const bool encerrada = !ctx_.estado.falhouApagar && EncerraReconstrucao(ctx_, tabela_);
+    // Whole again but still with -1: the next run saves it anew, with what is entered until then.
+    if (!encerrada && confere && ficaram.empty()) GravaEtapa(ctx_, tabela_, TEtapaDaReconstrucao::Guardada);
 }
 
 }  // namespace

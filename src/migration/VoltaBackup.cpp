@@ -1,8 +1,11 @@
 #include "VoltaBackup.h"
 
+#include <optional>
+
 #include "CopiaDeLinhas.h"
+#include "EstadoDaReconstrucao.h"
 #include "TBComandos.h"
-#include "WKDQuery.h"
+#include "Texto.h"
 
 namespace wkd {
 
@@ -10,9 +13,20 @@ namespace {
 
 constexpr std::size_t kLinhasPorLote = 11;
 
+/// Columns, in capitals, in which an earlier part of the restore may have changed values on purpose.
+std::set<std::string> TalvezAlteradas(TContexto& ctx, const std::string& tabela, const TRenumeracao& renumeracao) {
+    std::set<std::string> colunas;
+    for (const auto& coluna : ColunasDaCopia(ctx.Conexao(), NomeDaBackup(tabela), tabela)) {
+        const bool preenchida = coluna.origem && coluna.destino.requerido && !coluna.origem->requerido;
+        if (preenchida || renumeracao.Tem(coluna.destino.nome)) colunas.insert(ChaveDeNome(coluna.destino.nome));
+    }
+    return colunas;
+}
+
 }  // namespace
 
-std::set<std::string> VoltaBackup(TContexto& ctx, const std::string& tabela, const std::vector<std::string>& chave) {
+std::set<std::string> VoltaBackup(TContexto& ctx, const std::string& tabela, const std::vector<std::string>& chave,
+                                  const TRestante& restante) {
     const std::string backup = NomeDaBackup(tabela);
     if (!ctx.dm.ExisteTabela(backup)) {
         ctx.Tela().SetLog("Não existe tabela de backup", tabela, "VOLTAR BACKUP");
@@ -23,19 +37,25 @@ std::set<std::string> VoltaBackup(TContexto& ctx, const std::string& tabela, con
     ctx.Tela().LblAtual("Restaurando backup da tabela: " + tabela);
 
     TRenumeracao renumeracao(ctx.dm.SatribNovo);
-    TCopiaDeLinhas copia(ctx,
-                         {.tabela = tabela,
-                          .origem = backup,
-                          .destino = tabela,
-                          .chave = chave,
-                          .etapa = ctx.acaoAtual,
-                          .inicioDoErro = "Erro ao Voltar backup: ",
-                          .linhasPorLote = kLinhasPorLote},
-                         renumeracao);
-    auto resultado = copia.Executa(ContaRegistros(ctx.Conexao(), "select count(*) as total from " + backup));
+    TCopia copia{.tabela = tabela,
+                 .origem = backup,
+                 .destino = tabela,
+                 .chave = chave,
+                 .etapa = ctx.acaoAtual,
+                 .inicioDoErro = "Erro ao Voltar backup: ",
+                 .linhasPorLote = kLinhasPorLote,
+                 .condicao = restante.condicao,
+                 .pula = restante.pula};
+    std::optional<TContagemDaRestauracao> contagem;
+    if (restante.conta) {
+        contagem.emplace(ctx, tabela);
+        copia.aoGravar = [&](std::int64_t linhas) { contagem->Grava(linhas); };
+    }
+    auto alteradas = TCopiaDeLinhas(ctx, std::move(copia), renumeracao).Executa(restante.linhas).alteradas;
+    if (restante.retomada) alteradas.merge(TalvezAlteradas(ctx, tabela, renumeracao));
     ctx.Tela().PbAtual().Posicao(0);
     ctx.Tela().LblAtual("Parado.");
-    return std::move(resultado.alteradas);
+    return alteradas;
 }
 
 }  // namespace wkd

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "Contexto.h"
+
+namespace wkd {
+
+/// The rows of "B" + table that a restore has to bring back.
+struct TRestante {
+    std::string condicao = {};  // alias and where clause of those that the table lacks by its key; empty: all
+    std::int64_t pula = 0;      // rows at the beginning of the backup that are back
+    bool conta = false;         // nothing else tells where a restore was broken off: it keeps count
+    bool retomada = false;      // an earlier restore was broken off
+    std::int64_t linhas = 0;    // how many
+};
+
+/// Of a table just created.
+TRestante RestauracaoInteira(TContexto& ctx, const std::string& tabela);
+
+/// Whether an earlier run broke off while it brought the rows of a table back. The table has been in use since: what
+/// is in it stays, and the restore goes on where it stood.
+bool RestauracaoInterrompida(TContexto& ctx, const std::string& tabela);
+TRestante RestauracaoQueFalta(TContexto& ctx, const std::string& tabela);
+
+}  // namespace wkd
