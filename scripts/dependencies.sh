@@ -6,6 +6,7 @@ set -euo pipefail
 pacotes=(
     build-essential cmake ninja-build pkg-config
     firebird-dev firebird3.0-server-core firebird3.0-server firebird3.0-utils
+    unixodbc-dev tdsodbc libsqliteodbc
     libzip-dev unzip
     qt6-base-dev qt6-translations-l10n xvfb
     libgtest-dev

@@ -4,6 +4,7 @@
 
 #include "ArquivoIni.h"
 #include "firebird/ConexaoFirebird.h"
+#include "odbc/ConexaoOdbc.h"
 
 namespace wkd {
 
@@ -23,7 +24,7 @@ std::unique_ptr<TConnection> CriaConexao(std::string_view tipoBanco, const TPara
             return CriaConexaoFirebird(parametros);
         case TTipoBanco::tbSQLServer:
         case TTipoBanco::tbODBC:
-            Recusa(tipoBanco, "precisa do driver ODBC, que não faz parte deste executável.");
+            return CriaConexaoOdbc(parametros);
         default:
             Recusa(tipoBanco, "não tem driver. Use um alias de tipo tbInterbase ou tbSQLServer.");
     }

@@ -25,7 +25,8 @@ void AcrescentaUtf8(std::string& destino, char32_t c) {
         destino += static_cast<char>(0xC0 | (c >> 6));
         destino += static_cast<char>(0x80 | (c & 0x3F));
     } else {
-        destino += static_cast<char>(0xE0 | (c >> 12));
+        if (c >= 0x10000) destino += static_cast<char>(0xF0 | (c >> 18));
+        destino += static_cast<char>(c < 0x10000 ? 0xE0 | (c >> 12) : 0x80 | ((c >> 12) & 0x3F));
         destino += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
         destino += static_cast<char>(0x80 | (c & 0x3F));
     }
@@ -96,5 +97,49 @@ std::string Para1252(std::string_view utf8) {
 }
 
 std::string TextoDeBytes(std::string_view bytes) { return Utf8Valido(bytes) ? std::string(bytes) : De1252(bytes); }
+
+std::size_t CaracteresInteiros(std::string_view utf8) {
+    for (std::size_t atras = 1; atras <= std::min<std::size_t>(3, utf8.size()); ++atras) {
+        const auto c = static_cast<unsigned char>(utf8[utf8.size() - atras]);
+        if ((c & 0xC0) == 0x80) continue;
+        const std::size_t precisa = c >= 0xF0 ? 4 : c >= 0xE0 ? 3 : c >= 0xC0 ? 2 : 1;
+        return precisa > atras ? utf8.size() - atras : utf8.size();
+    }
+    return utf8.size();
+}
+
+std::u16string TextoLargo(std::string_view utf8) {
+    if (!Utf8Valido(utf8)) return TextoLargo(De1252(utf8));
+    std::u16string utf16;
+    utf16.reserve(utf8.size());
+    while (!utf8.empty()) {
+        const char32_t c = *TiraCaractere(utf8);
+        if (c < 0x10000) {
+            utf16 += static_cast<char16_t>(c);
+        } else {
+            utf16 += static_cast<char16_t>(0xD7C0 + (c >> 10));
+            utf16 += static_cast<char16_t>(0xDC00 + (c & 0x3FF));
+        }
+    }
+    return utf16;
+}
+
+std::string TextoEstreito(std::u16string_view utf16) {
+    std::string utf8;
+    utf8.reserve(utf16.size());
+    for (std::size_t i = 0; i < utf16.size(); ++i) {
+        const char16_t c = utf16[i];
+        const char16_t seguinte = i + 1 < utf16.size() ? utf16[i + 1] : u'\0';
+        if (c < 0xD800 || c > 0xDFFF) {
+            AcrescentaUtf8(utf8, c);
+        } else if (c < 0xDC00 && seguinte >= 0xDC00 && seguinte <= 0xDFFF) {
+            AcrescentaUtf8(utf8, 0x10000u + ((c - 0xD800u) << 10) + (seguinte - 0xDC00u));
+            ++i;
+        } else {
+            AcrescentaUtf8(utf8, 0xFFFD);
+        }
+    }
+    return utf8;
+}
 
 }  // namespace wkd

@@ -33,5 +33,11 @@ std::string De1252(std::string_view bytes);
 std::string Para1252(std::string_view utf8);
 /// Bytes of unknown origin as UTF-8: as they are when they are valid UTF-8, else read as Windows-1252.
 std::string TextoDeBytes(std::string_view bytes);
+/// Length of the start of `utf8` that does not end inside a character.
+std::size_t CaracteresInteiros(std::string_view utf8);
+/// UTF-8 as UTF-16; bytes that are not UTF-8 are read as Windows-1252.
+std::u16string TextoLargo(std::string_view utf8);
+/// UTF-16 as UTF-8; half a pair becomes U+FFFD.
+std::string TextoEstreito(std::u16string_view utf16);
 
 }  // namespace wkd

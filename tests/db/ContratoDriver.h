@@ -18,6 +18,7 @@ class ContratoDriver : public testing::TestWithParam<TAmbienteDeBanco> {
 
     TConnection& Conexao() { return banco_->Conexao(); }
     std::string Tipo(std::string_view firebird) const { return banco_->Tipo(firebird); }
+    bool Completo() const { return GetParam().completo; }
     void Executa(std::string_view sql) { Conexao().ExecuteDirect(sql); }
 
     /// First column of the first row.

@@ -4,6 +4,7 @@ namespace wkd {
 namespace {
 
 TEST_P(ContratoDriver, AnErrorTellsItsKindStateCodeTextAndStatement) {
+    if (!Completo()) GTEST_SKIP() << "not of every server";
     Executa("create table T (A integer not null primary key, B varchar(3))");
     Executa("create index T_B on T (B)");
     Executa("insert into T values (1, 'a')");
@@ -40,6 +41,7 @@ TEST_P(ContratoDriver, AnErrorTellsItsKindStateCodeTextAndStatement) {
 }
 
 TEST_P(ContratoDriver, AFaultFoundAtTheCommitBelongsToTheStatement) {
+    if (!Completo()) GTEST_SKIP() << "not of every server";
     Executa("create table T (A integer)");
     Executa("insert into T values (1)");
     Executa("insert into T values (1)");

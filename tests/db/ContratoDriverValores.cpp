@@ -17,9 +17,10 @@ struct TCaso {
     const char* tipo;
     TValor entra;
     TValor sai;
+    bool neutro = true;
 };
 
-TCaso Igual(const char* tipo, const TValor& valor) { return {tipo, valor, valor}; }
+TCaso Igual(const char* tipo, const TValor& valor, bool neutro = true) { return {tipo, valor, valor, neutro}; }
 
 /// Writes a value into a new column of the type and reads it back.
 class TColuna {
@@ -58,13 +59,13 @@ TEST_P(ContratoDriver, EveryTypeReadsBackTheValueThatWasWritten) {
         Igual("float", 1.5),
         Igual("double precision", 0.1),
         Igual("double precision", 1e-300),
-        Igual("double precision", std::numeric_limits<double>::max()),
+        Igual("double precision", std::numeric_limits<double>::max(), false),
         Igual("date", DataDe(1, 1, 1)),
         Igual("date", DataDe(1858, 11, 16)),
         Igual("date", DataDe(9999, 12, 31)),
         Igual("time", Hora(23, 59, 59, 9'999'000)),
         Igual("timestamp", TDataHora{DataDe(1, 1, 1), Hora(0, 0, 0, 0)}),
-        Igual("timestamp", TDataHora{DataDe(2024, 2, 29), Hora(13, 14, 15, 1'234'000)}),
+        Igual("timestamp", TDataHora{DataDe(2024, 2, 29), Hora(13, 14, 15, 1'234'000)}, false),
         Igual("boolean", true),
         Igual("boolean", false),
         Igual("varchar(20)", ""),
@@ -76,6 +77,7 @@ TEST_P(ContratoDriver, EveryTypeReadsBackTheValueThatWasWritten) {
         Igual("blob sub_type 0", TBytes{}),
     };
     for (const auto& caso : casos) {
+        if ((!Completo() && !caso.neutro) || Tipo(caso.tipo).empty()) continue;
         SCOPED_TRACE(std::string(caso.tipo) + " " + caso.entra.ComoTexto());
         TColuna coluna(Conexao(), Tipo(caso.tipo));
         coluna.Grava(caso.entra);
@@ -87,7 +89,7 @@ TEST_P(ContratoDriver, EveryTypeReadsBackTheValueThatWasWritten) {
     }
     TColuna coluna(Conexao(), Tipo("double precision"));
     coluna.Grava(-0.0);
-    EXPECT_TRUE(std::signbit(coluna.Le().ComoDouble()));
+    EXPECT_TRUE(!Completo() || std::signbit(coluna.Le().ComoDouble()));
 }
 
 TEST_P(ContratoDriver, AValueOfAnotherTypeIsTurnedIntoTheColumns) {
@@ -103,7 +105,7 @@ TEST_P(ContratoDriver, AValueOfAnotherTypeIsTurnedIntoTheColumns) {
         {"date", TDataHora{DataDe(2024, 2, 29), {}}, DataDe(2024, 2, 29)},
         {"date", "2024-02-29", DataDe(2024, 2, 29)},
         {"timestamp", DataDe(2024, 2, 29), TDataHora{DataDe(2024, 2, 29), {}}},
-        {"timestamp", "2024-02-29 13:14:15.1234", TDataHora{DataDe(2024, 2, 29), Hora(13, 14, 15, 1'234'000)}},
+        {"timestamp", "2024-02-29 13:14:15.1234", TDataHora{DataDe(2024, 2, 29), Hora(13, 14, 15, 1'234'000)}, false},
         {"boolean", 1, true},
         {"varchar(30)", 12, "12"},
         {"varchar(30)", 0.1, "0.1"},
@@ -112,6 +114,7 @@ TEST_P(ContratoDriver, AValueOfAnotherTypeIsTurnedIntoTheColumns) {
         {"timestamp", "", {}},
     };
     for (const auto& caso : casos) {
+        if ((!Completo() && !caso.neutro) || Tipo(caso.tipo).empty()) continue;
         SCOPED_TRACE(std::string(caso.tipo) + " " + caso.entra.ComoTexto());
         TColuna coluna(Conexao(), Tipo(caso.tipo));
         coluna.Grava(caso.entra);
@@ -130,13 +133,14 @@ TEST_P(ContratoDriver, AValueThatDoesNotFitIsRefusedAndLeavesNoRow) {
         {"numeric(9,2)", 0.001, {}},
         {"numeric(18,4)", 1e15, {}},
         {"double precision", TInteiro::max(), {}},
-        {"float", 1e300, {}},
+        {"float", 1e300, {}, false},
         {"date", "29/30/2024", {}},
         {"date", DataDe(10000, 1, 1), {}},
-        {"varchar(3)", "abcd", {}},
-        {"varchar(3)", "açãõ", {}},
+        {"varchar(3)", "abcd", {}, false},
+        {"varchar(3)", "açãõ", {}, false},
     };
     for (const auto& caso : casos) {
+        if ((!Completo() && !caso.neutro) || Tipo(caso.tipo).empty()) continue;
         SCOPED_TRACE(std::string(caso.tipo) + " " + caso.entra.ComoTexto());
         TColuna coluna(Conexao(), Tipo(caso.tipo));
         EXPECT_TRUE(Recusa([&] { coluna.Grava(caso.entra); })) << coluna.Le().ComoTexto();

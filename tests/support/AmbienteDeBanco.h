@@ -17,7 +17,7 @@ class TBancoDeTeste {
     virtual TConnection& Conexao() = 0;
     /// Another connection to the same database, open.
     virtual std::unique_ptr<TConnection> Outra() = 0;
-    /// The server's own words for a column type that is written as Firebird has it.
+    /// The server's own words for a column type that is written as Firebird has it; empty for one that it lacks.
     virtual std::string Tipo(std::string_view firebird) const = 0;
 };
 
@@ -26,6 +26,8 @@ struct TAmbienteDeBanco {
     std::string nome;
     std::function<bool()> instalado;
     std::function<std::unique_ptr<TBancoDeTeste>()> cria;
+    bool completo = true;     // else only the neutral part of the contract can be asked of the server
+    long memoriaPorBlob = 0;  // how often the driver's own library holds a value in memory
 };
 
 /// Every environment that the contract of TConnection is tested in.

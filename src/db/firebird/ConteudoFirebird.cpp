@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <cstring>
 #include <stdexcept>
 
+#include "ConteudoCopiado.h"
 #include "ErroFirebird.h"
 #include "Texto.h"
 
@@ -14,7 +14,6 @@ namespace {
 
 /// Above 65,535 bytes the network protocol cuts a segment silently.
 constexpr std::size_t kSegmento = 32 * 1024;
-constexpr std::size_t kNaMemoria = 1024 * 1024;
 constexpr std::string_view kLeitura = "leitura de um blob";
 
 /// Open blob of a transaction; one that was being written is gone unless Fecha() was called.
@@ -138,82 +137,8 @@ class TConteudoNoServidor : public TConteudo {
     TTipoBlob tipo_;
 };
 
-/// Bytes kept in memory, or in a temporary file without a name once they are many.
-class TConteudoCopiado : public TConteudo {
-  public:
-    explicit TConteudoCopiado(TLeitorBytes& fonte) {
-        std::array<char, kSegmento> pedaco;
-        while (const auto lidos = fonte.Le(pedaco)) Guarda({pedaco.data(), lidos});
-    }
-
-    std::unique_ptr<TLeitorBytes> Abre() const override { return std::make_unique<TLeitor>(dados_); }
-
-  private:
-    struct TDados {
-        std::string memoria;
-        std::unique_ptr<std::FILE, int (*)(std::FILE*)> arquivo{nullptr, &std::fclose};
-        std::size_t tamanho = 0;
-    };
-
-    class TLeitor : public TLeitorBytes {
-      public:
-        explicit TLeitor(std::shared_ptr<const TDados> dados) : dados_(std::move(dados)) {}
-
-        std::size_t Le(std::span<char> destino) override {
-            const auto quantos = std::min(destino.size(), dados_->tamanho - posicao_);
-            if (!dados_->arquivo) {
-                std::memcpy(destino.data(), dados_->memoria.data() + posicao_, quantos);
-            } else if (std::fseek(dados_->arquivo.get(), static_cast<long>(posicao_), SEEK_SET) != 0 ||
-                       std::fread(destino.data(), 1, quantos, dados_->arquivo.get()) != quantos) {
-                throw std::runtime_error("não foi possível ler o arquivo temporário de um blob");
-            }
-            posicao_ += quantos;
-            return quantos;
-        }
-
-      private:
-        std::shared_ptr<const TDados> dados_;
-        std::size_t posicao_ = 0;
-    };
-
-    void Guarda(std::string_view bytes) {
-        dados_->tamanho += bytes.size();
-        if (!dados_->arquivo) {
-            dados_->memoria += bytes;
-            if (dados_->memoria.size() > kNaMemoria) PassaParaArquivo();
-        } else {
-            Escreve(bytes);
-        }
-    }
-
-    void PassaParaArquivo() {
-        dados_->arquivo.reset(std::tmpfile());
-        if (!dados_->arquivo) throw std::runtime_error("não foi possível criar o arquivo temporário de um blob");
-        Escreve(dados_->memoria);
-        dados_->memoria = {};
-    }
-
-    void Escreve(std::string_view bytes) {
-        if (std::fwrite(bytes.data(), 1, bytes.size(), dados_->arquivo.get()) != bytes.size())
-            throw std::runtime_error("não foi possível gravar o arquivo temporário de um blob");
-    }
-
-    std::shared_ptr<TDados> dados_ = std::make_shared<TDados>();
-};
-
 /// The relation number in a blob's id is 0 until the blob belongs to a row of a table.
 bool Temporario(const ISC_QUAD& id) { return (id.gds_quad_high & 0xFFFF) == 0; }
-
-/// Length of the start of `utf8` that does not end inside a character.
-std::size_t CaracteresInteiros(std::string_view utf8) {
-    for (std::size_t atras = 1; atras <= std::min<std::size_t>(3, utf8.size()); ++atras) {
-        const auto c = static_cast<unsigned char>(utf8[utf8.size() - atras]);
-        if ((c & 0xC0) == 0x80) continue;
-        const std::size_t precisa = c >= 0xF0 ? 4 : c >= 0xE0 ? 3 : c >= 0xC0 ? 2 : 1;
-        return precisa > atras ? utf8.size() - atras : utf8.size();
-    }
-    return utf8.size();
-}
 
 void EscreveTexto(TBlobAberto& blob, TLeitorBytes& fonte, TTipoBlob tipo, std::string_view comando) {
     std::array<char, kSegmento / 2> pedaco;

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ParametrosConexao.h"
+
+namespace wkd {
+
+/// Connection string of a SQL Server. Parameters read: "Server" ("host", "host,port" or "host\instance"), or
+/// "DataSource" (a data source of the ODBC configuration), "Database", "User_Name", "Password", and "Driver"; without
+/// it, the first of the known drivers among `instalados`. A "Driver" that is a file stands for itself.
+/// Throws TErroConfiguracao when there is no driver.
+std::string CadeiaDeConexao(const TParametrosConexao& parametros, const std::vector<std::string>& instalados);
+
+/// A value as a connection string takes it: in braces where it holds anything else than letters, digits and some
+/// harmless characters.
+std::string ValorDaCadeia(std::string_view valor);
+
+}  // namespace wkd

@@ -1,0 +1,143 @@
+#include "ConexaoOdbc.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "ComandoOdbc.h"
+#include "LexicoSql.h"
+#include "MetadadosOdbc.h"
+#include "SessaoOdbc.h"
+#include "TBComandos.h"
+#include "Texto.h"
+
+namespace wkd {
+namespace {
+
+/// A shared lock on the whole table, held by a connection of its own.
+class TReservaOdbc : public TReserva {
+  public:
+    TReservaOdbc(std::shared_ptr<TLigacaoOdbc> ligacao, std::string_view tabela) : ligacao_(std::move(ligacao)) {
+        ligacao_->CommitAutomatico(false);
+        const auto sql =
+            "select top 1 1 as um from " + Identificador(tabela, TTipoBanco::tbSQLServer) + " with (tablock, holdlock)";
+        TInstrucaoOdbc(ligacao_).Executa(sql, sql);
+    }
+    ~TReservaOdbc() override { ligacao_->Desliga(); }
+
+  private:
+    std::shared_ptr<TLigacaoOdbc> ligacao_;
+};
+
+/// The first two words of a statement, in small letters.
+std::string Inicio(std::string_view sql) {
+    std::string inicio;
+    int palavras = 0;
+    for (const auto& lexema : Lexemas(sql)) {
+        if (lexema.classe == TLexema::TClasse::Branco) continue;
+        inicio += Minusculas(lexema.texto) + " ";
+        if (++palavras == 2) break;
+    }
+    return inicio;
+}
+
+/// Statements that the server takes outside a transaction only.
+bool SemTransacao(std::string_view inicio) {
+    return std::ranges::any_of(
+        std::initializer_list<std::string_view>{"create database ", "alter database ", "drop database ",
+                                                "backup database ", "backup log ", "restore database "},
+        [&](auto texto) { return inicio.starts_with(texto); });
+}
+
+class TConexaoOdbc : public TConnection {
+  public:
+    explicit TConexaoOdbc(const TParametrosConexao& parametros)
+        : sessao_(std::make_shared<TSessaoOdbc>(parametros)), metadados_(sessao_) {}
+    ~TConexaoOdbc() override { Close(); }
+
+    void Open() override {
+        Close();
+        sessao_->Liga();
+    }
+
+    void Close() noexcept override { sessao_->Desliga(); }
+    bool Connected() const override { return sessao_->Ligada(); }
+    TTipoBanco TipoBanco() const override { return TTipoBanco::tbSQLServer; }
+    std::string VersaoServidor() override { return metadados_.VersaoServidor(); }
+
+    void StartTransaction() override { sessao_->StartTransaction(); }
+    void Commit() override { sessao_->Commit(); }
+    void Rollback() noexcept override { sessao_->Rollback(); }
+    bool InTransaction() const override { return sessao_->InTransaction(); }
+
+    void MarcaPonto(std::string_view nome) override {
+        Ponto(sessao_->SqlServer() ? "SAVE TRANSACTION " : "SAVEPOINT ", nome);
+    }
+    void VoltaAoPonto(std::string_view nome) override {
+        Ponto(sessao_->SqlServer() ? "ROLLBACK TRANSACTION " : "ROLLBACK TO SAVEPOINT ", nome);
+    }
+
+    std::unique_ptr<TReserva> Reserva(std::string_view tabela) override {
+        if (!sessao_->SqlServer()) return nullptr;
+        return std::make_unique<TReservaOdbc>(sessao_->Nova(), tabela);
+    }
+
+    void ExecuteDirect(std::string_view sql) override {
+        if (sessao_->Comecada()) throw std::logic_error("ExecuteDirect dentro de uma transação: " + std::string(sql));
+        const auto inicio = Inicio(sql);
+        if (inicio.starts_with("set ")) sessao_->Lembra(sql);
+        if (SemTransacao(inicio)) return ExecutaSozinho(sql);
+        Executa(sql);
+    }
+
+    std::unique_ptr<TComando> Prepara(std::string_view sql) override {
+        return std::make_unique<TComandoOdbc>(sessao_, sql);
+    }
+
+    std::vector<std::string> NomesDeTabelas() override { return metadados_.NomesDeTabelas(); }
+    std::vector<TColunaFisica> Colunas(std::string_view tabela) override { return metadados_.Colunas(tabela); }
+    TColunasPorTabela TodasAsColunas() override { return metadados_.TodasAsColunas(); }
+    TChavePrimaria ChavePrimaria(std::string_view tabela) override { return metadados_.ChavePrimaria(tabela); }
+    std::vector<TIndice> Indices(std::string_view tabela) override { return metadados_.Indices(tabela); }
+    void Observa(TObservador observador) override { sessao_->DefineObservador(std::move(observador)); }
+
+  private:
+    void Ponto(std::string_view verbo, std::string_view nome) {
+        if (!sessao_->Comecada()) throw std::logic_error("não há transação aberta");
+        Executa(std::string(verbo) + std::string(nome));
+    }
+
+    /// A ":" in the text is no parameter here.
+    void Executa(std::string_view sql) {
+        const auto ligacao = sessao_->Principal();
+        try {
+            sessao_->Observa(sql);
+            TInstrucaoOdbc(ligacao).Executa(SemSequenciasOdbc(sql), sql);
+            if (sessao_->Comecada()) return;
+            sessao_->Observa("commit");
+            ligacao->Termina(SQL_COMMIT, sql);
+        } catch (const TErroBanco& erro) {
+            sessao_->DepoisDoErro(erro);
+            throw;
+        } catch (const std::exception& erro) {
+            sessao_->DepoisDoErro(TErroBanco({erro.what(), 0, "", std::string(sql), TFalha::Outra, false}));
+            throw;
+        }
+    }
+
+    void ExecutaSozinho(std::string_view sql) {
+        sessao_->Observa(sql);
+        const auto ligacao = sessao_->Nova();
+        TInstrucaoOdbc(ligacao).Executa(sql, sql);
+    }
+
+    std::shared_ptr<TSessaoOdbc> sessao_;
+    TMetadadosOdbc metadados_;
+};
+
+}  // namespace
+
+std::unique_ptr<TConnection> CriaConexaoOdbc(const TParametrosConexao& parametros) {
+    return std::make_unique<TConexaoOdbc>(parametros);
+}
+
+}  // namespace wkd

@@ -1,0 +1,145 @@
+#include "ErroOdbc.h"
+
+#include <algorithm>
+#include <optional>
+#include <vector>
+
+#include "TextoOdbc.h"
+
+namespace wkd {
+namespace {
+
+struct TRegistro {
+    std::string sqlstate, texto;
+    SQLINTEGER codigo = 0;
+};
+
+std::vector<TRegistro> Registros(SQLSMALLINT tipo, SQLHANDLE handle) {
+    std::vector<TRegistro> registros;
+    for (SQLSMALLINT i = 1; i < 100; ++i) {
+        SQLWCHAR estado[6] = {}, texto[4096] = {};
+        SQLINTEGER codigo = 0;
+        SQLSMALLINT tamanho = 0;
+        if (!SQL_SUCCEEDED(SQLGetDiagRecW(tipo, handle, i, estado, &codigo, texto, 4096, &tamanho))) break;
+        registros.push_back({TextoLido(estado, 5), TextoLido(texto, std::min<SQLLEN>(tamanho, 4095)), codigo});
+    }
+    return registros;
+}
+
+struct TFalhaDeCodigo {
+    SQLINTEGER codigo;
+    TFalha falha;
+};
+
+/// Message numbers of SQL Server, where the SQLSTATE alone does not tell.
+constexpr TFalhaDeCodigo kPorCodigo[] = {
+    {2627, TFalha::ChaveDuplicada},
+    {2601, TFalha::ChaveDuplicada},
+    {1505, TFalha::ChaveDuplicada},
+    {547, TFalha::Restricao},
+    {515, TFalha::Restricao},
+    {8111, TFalha::Restricao},
+    {208, TFalha::ObjetoInexistente},
+    {3701, TFalha::ObjetoInexistente},
+    {3727, TFalha::ObjetoInexistente},
+    {3728, TFalha::ObjetoInexistente},
+    {4902, TFalha::ObjetoInexistente},
+    {1088, TFalha::ObjetoInexistente},
+    {207, TFalha::ColunaInexistente},
+    {1911, TFalha::ColunaInexistente},
+    {4924, TFalha::ColunaInexistente},
+    {2714, TFalha::ObjetoExistente},
+    {2705, TFalha::ObjetoExistente},
+    {1913, TFalha::ObjetoExistente},
+    {1779, TFalha::ObjetoExistente},
+    {8152, TFalha::Conversao},
+    {2628, TFalha::Conversao},
+    {245, TFalha::Conversao},
+    {8114, TFalha::Conversao},
+    {8115, TFalha::Conversao},
+    {220, TFalha::Conversao},
+    {241, TFalha::Conversao},
+    {242, TFalha::Conversao},
+    {206, TFalha::Conversao},
+    {257, TFalha::Conversao},
+    {529, TFalha::Conversao},
+    {1205, TFalha::EmUso},
+    {1222, TFalha::EmUso},
+    {3702, TFalha::EmUso},
+    {18456, TFalha::Autenticacao},
+    {18452, TFalha::Autenticacao},
+    {4060, TFalha::Conexao},
+    {102, TFalha::Sintaxe},
+    {156, TFalha::Sintaxe},
+};
+
+struct TFalhaDeEstado {
+    std::string_view prefixo;
+    TFalha falha;
+};
+
+constexpr TFalhaDeEstado kPorSqlState[] = {
+    {"28000", TFalha::Autenticacao},
+    {"08", TFalha::Conexao},
+    {"IM00", TFalha::Conexao},
+    {"42S01", TFalha::ObjetoExistente},
+    {"42S11", TFalha::ObjetoExistente},
+    {"42S21", TFalha::ObjetoExistente},
+    {"42S02", TFalha::ObjetoInexistente},
+    {"42S12", TFalha::ObjetoInexistente},
+    {"42S22", TFalha::ColunaInexistente},
+    {"23", TFalha::Restricao},
+    {"22", TFalha::Conversao},
+    {"40001", TFalha::EmUso},
+    {"HYT00", TFalha::EmUso},
+    {"42", TFalha::Sintaxe},
+    {"37", TFalha::Sintaxe},
+};
+
+/// Codes of the FreeTDS library itself for a connection that is gone.
+constexpr SQLINTEGER kDesligada[] = {20003, 20004, 20006, 20009, 20017, 20047};
+
+std::optional<TFalha> PorCodigo(SQLINTEGER codigo) {
+    if (std::ranges::find(kDesligada, codigo) != std::end(kDesligada)) return TFalha::Conexao;
+    const auto* achada = std::ranges::find(kPorCodigo, codigo, &TFalhaDeCodigo::codigo);
+    if (achada == std::end(kPorCodigo)) return std::nullopt;
+    return achada->falha;
+}
+
+TFalha PorSqlState(std::string_view sqlstate) {
+    for (const auto& linha : kPorSqlState)
+        if (sqlstate.starts_with(linha.prefixo)) return linha.falha;
+    return TFalha::Outra;
+}
+
+/// The record that tells what happened; others say only that the statement has been ended.
+const TRegistro& Principal(const std::vector<TRegistro>& registros) {
+    const auto conhecido =
+        std::ranges::find_if(registros, [](const TRegistro& r) { return PorCodigo(r.codigo).has_value(); });
+    return conhecido == registros.end() ? registros.front() : *conhecido;
+}
+
+std::string Textos(const std::vector<TRegistro>& registros) {
+    std::vector<std::string> textos;
+    for (const auto& registro : registros)
+        if (std::ranges::find(textos, registro.texto) == textos.end()) textos.push_back(registro.texto);
+    return Junta(textos, "\n");
+}
+
+}  // namespace
+
+TErroBanco ErroOdbc(SQLSMALLINT tipo, SQLHANDLE handle, std::string_view comando) {
+    TErroBanco::TDados dados;
+    auto registros = Registros(tipo, handle);
+    if (registros.empty()) registros.push_back({"HY000", "o driver ODBC não disse o motivo da falha", 0});
+    const auto& principal = Principal(registros);
+    dados.mensagem = Textos(registros);
+    dados.codigoNativo = principal.codigo;
+    dados.sqlstate = principal.sqlstate;
+    dados.comando = comando;
+    dados.falha = PorCodigo(principal.codigo).value_or(PorSqlState(principal.sqlstate));
+    dados.conexaoPerdida = dados.falha == TFalha::Conexao && !comando.empty();
+    return TErroBanco(std::move(dados));
+}
+
+}  // namespace wkd

@@ -1,0 +1,266 @@
+#include "ParametroOdbc.h"
+
+#include <array>
+#include <cmath>
+#include <limits>
+
+#include "ConteudoCopiado.h"
+#include "Erros.h"
+#include "NumeroParaColuna.h"
+#include "Texto.h"
+
+namespace wkd {
+namespace {
+
+constexpr std::size_t kPedaco = 64 * 1024;
+constexpr std::size_t kMaiorTexto = 4000;  // characters of nvarchar
+constexpr std::size_t kMaiorBinario = 8000;
+
+bool Longo(const TColunaFisica& coluna) { return coluna.tipo == TTipoDado::Blob || coluna.tipo == TTipoDado::Memo; }
+
+std::int64_t InteiroQueCabe(const TValor& valor, const TColunaFisica& coluna) {
+    const auto v = NumeroFixo(valor, 0);
+    const auto tipo = Minusculas(coluna.tipoSql);
+    const auto cabe = [&](std::int64_t menor, std::int64_t maior) {
+        if (v < menor || v > maior) NaoCabe(valor, tipo);
+    };
+    if (tipo.starts_with("tinyint")) cabe(0, 255);
+    if (tipo.starts_with("smallint")) cabe(INT16_MIN, INT16_MAX);
+    if (tipo == "int" || tipo == "integer") cabe(INT32_MIN, INT32_MAX);
+    return v;
+}
+
+/// Rounded to the decimal places of a second that the column has: a driver refuses more.
+TDataHora Arredonda(TDataHora momento, int escala) {
+    std::int64_t passo = 1;
+    for (int casa = escala; casa < 7; ++casa) passo *= 10;
+    momento.hora.tiques = (momento.hora.tiques + passo / 2) / passo * passo;
+    if (momento.hora.tiques < 86400 * kTiquesPorSegundo) return momento;
+    return {{momento.data.dias + 1}, {0}};
+}
+
+/// Length that a driver may tell the server in advance; the content's own is not known.
+constexpr SQLULEN kTamanhoDoConteudo = 0x7FFFFFFF;
+
+}  // namespace
+
+void TParametroOdbc::Define(const TValor& valor, const TColunaFisica* coluna) {
+    conteudo_.reset();
+    leitor_.reset();
+    fluxo_ = nullptr;
+    const bool texto = !coluna || coluna->tipo == TTipoDado::Texto || Longo(*coluna);
+    if (valor.Nulo() || (!texto && coluna->tipo != TTipoDado::Bytes && valor.Vazio())) return Nulo(coluna);
+    if (coluna)
+        DefineDaColuna(valor, *coluna);
+    else
+        DefineDoValor(valor);
+}
+
+void TParametroOdbc::DefineFluxo(TLeitorBytes& fonte, const TColunaFisica* coluna) {
+    conteudo_.reset();
+    Fluxo(fonte, coluna && (coluna->tipo == TTipoDado::Memo || coluna->tipo == TTipoDado::Texto));
+}
+
+/// Some servers turn no NULL of one type into another, such as one of a text into an image.
+void TParametroOdbc::Nulo(const TColunaFisica* coluna) {
+    const auto tipo = coluna ? coluna->tipo : TTipoDado::Texto;
+    Texto("", tipo == TTipoDado::Memo);
+    if (tipo == TTipoDado::Blob || tipo == TTipoDado::Bytes) Bytes("", tipo == TTipoDado::Blob);
+    indicador_ = SQL_NULL_DATA;
+}
+
+void TParametroOdbc::DefineDaColuna(const TValor& valor, const TColunaFisica& coluna) {
+    switch (coluna.tipo) {
+        case TTipoDado::Inteiro:
+            return Inteiro(InteiroQueCabe(valor, coluna));
+        case TTipoDado::Decimal:
+            return Decimal({NumeroFixo(valor, coluna.escala), coluna.escala});
+        case TTipoDado::Flutuante:
+            return Real(Flutuante(valor), IgualSemCaixa(coluna.tipoSql, "real"));
+        case TTipoDado::Logico:
+            return Logico(*valor.Converte(TTipoDado::Logico).Se<bool>());
+        case TTipoDado::Data:
+            if (const auto* momento = valor.Se<TDataHora>(); momento && momento->hora.tiques == 0)
+                return Data(momento->data);
+            return Data(*valor.Converte(TTipoDado::Data).Se<TData>());
+        case TTipoDado::Hora:
+            return Texto(valor.Converte(TTipoDado::Hora).ComoTexto(), false);
+        case TTipoDado::DataHora:
+            if (valor.Se<THora>()) return Texto(valor.ComoTexto(), false);
+            return Momento(*valor.Converte(TTipoDado::DataHora).Se<TDataHora>(), coluna.escala);
+        case TTipoDado::Blob:
+        case TTipoDado::Memo:
+            if (const auto* conteudo = valor.Se<std::shared_ptr<const TConteudo>>())
+                return Conteudo(*conteudo, coluna.tipo == TTipoDado::Memo);
+            if (coluna.tipo == TTipoDado::Memo) return Texto(valor.ComoTexto(), true);
+            return Bytes(valor.Se<TBytes>() ? valor.ComoBytes() : valor.ComoTexto(), true);
+        case TTipoDado::Bytes:
+            return Bytes(valor.ComoBytes(), false);
+        default:
+            return Texto(valor.ComoTexto(), false);
+    }
+}
+
+void TParametroOdbc::DefineDoValor(const TValor& valor) {
+    if (const auto* inteiro = valor.Se<std::int64_t>()) return Inteiro(*inteiro);
+    if (const auto* logico = valor.Se<bool>()) return Logico(*logico);
+    if (const auto* decimal = valor.Se<TDecimal>()) return Decimal(*decimal);
+    if (const auto* real = valor.Se<double>()) return Real(*real, false);
+    if (const auto* bytes = valor.Se<TBytes>()) return Bytes(bytes->bytes, bytes->bytes.size() > kMaiorBinario);
+    if (const auto* data = valor.Se<TData>()) return Data(*data);
+    if (const auto* momento = valor.Se<TDataHora>()) return Momento(*momento, 3);
+    if (const auto* conteudo = valor.Se<std::shared_ptr<const TConteudo>>()) return Conteudo(*conteudo, false);
+    Texto(valor.ComoTexto(), false);
+}
+
+void TParametroOdbc::Inteiro(std::int64_t v) {
+    inteiro_ = v;
+    onde_ = &inteiro_;
+    tipoC_ = SQL_C_SBIGINT;
+    tipoSql_ = SQL_BIGINT;
+    tamanho_ = 19;
+    escala_ = 0;
+    indicador_ = sizeof inteiro_;
+}
+
+void TParametroOdbc::Decimal(TDecimal v) {
+    bytes_ = TValor(v).ComoTexto();
+    onde_ = bytes_.data();
+    tipoC_ = SQL_C_CHAR;
+    tipoSql_ = SQL_DECIMAL;
+    tamanho_ = 38;
+    escala_ = static_cast<SQLSMALLINT>(v.escala);
+    indicador_ = static_cast<SQLLEN>(bytes_.size());
+}
+
+void TParametroOdbc::Real(double v, bool simples) {
+    if (simples && std::isfinite(v) && std::abs(v) > std::numeric_limits<float>::max()) NaoCabe(v, "real");
+    real_ = v;
+    onde_ = &real_;
+    tipoC_ = SQL_C_DOUBLE;
+    tipoSql_ = SQL_DOUBLE;
+    tamanho_ = 53;
+    escala_ = 0;
+    indicador_ = sizeof real_;
+}
+
+void TParametroOdbc::Logico(bool v) {
+    logico_ = v ? 1 : 0;
+    onde_ = &logico_;
+    tipoC_ = SQL_C_BIT;
+    tipoSql_ = SQL_BIT;
+    tamanho_ = 1;
+    escala_ = 0;
+    indicador_ = 1;
+}
+
+void TParametroOdbc::Texto(std::string_view utf8, bool longo) {
+    texto_ = TextoLargo(utf8);
+    onde_ = texto_.data();
+    tipoC_ = SQL_C_WCHAR;
+    tipoSql_ = longo || texto_.size() > kMaiorTexto ? SQL_WLONGVARCHAR : SQL_WVARCHAR;
+    tamanho_ = tipoSql_ == SQL_WVARCHAR ? kMaiorTexto : texto_.size() + 1;  // one size: the statement stays prepared
+    escala_ = 0;
+    indicador_ = static_cast<SQLLEN>(texto_.size() * sizeof(char16_t));
+}
+
+void TParametroOdbc::Bytes(std::string bytes, bool longo) {
+    bytes_ = std::move(bytes);
+    onde_ = bytes_.data();
+    tipoC_ = SQL_C_BINARY;
+    tipoSql_ = longo ? SQL_LONGVARBINARY : SQL_VARBINARY;
+    tamanho_ = longo ? bytes_.size() + 1 : kMaiorBinario;
+    escala_ = 0;
+    indicador_ = static_cast<SQLLEN>(bytes_.size());
+}
+
+void TParametroOdbc::Data(TData data) {
+    const auto c = CalendarioDe(data);
+    if (c.ano < 1 || c.ano > 9999) NaoCabe(data, "uma data (anos 1 a 9999)");
+    data_ = {static_cast<SQLSMALLINT>(c.ano), static_cast<SQLUSMALLINT>(c.mes), static_cast<SQLUSMALLINT>(c.dia)};
+    onde_ = &data_;
+    tipoC_ = SQL_C_TYPE_DATE;
+    tipoSql_ = SQL_TYPE_DATE;
+    tamanho_ = 10;
+    escala_ = 0;
+    indicador_ = sizeof data_;
+}
+
+void TParametroOdbc::Momento(const TDataHora& exato, int escala) {
+    const auto momento = Arredonda(exato, escala);
+    const auto c = CalendarioDe(momento.data);
+    if (c.ano < 1 || c.ano > 9999) NaoCabe(momento, "uma data (anos 1 a 9999)");
+    const auto segundos = momento.hora.tiques / kTiquesPorSegundo;
+    momento_ = {static_cast<SQLSMALLINT>(c.ano),
+                static_cast<SQLUSMALLINT>(c.mes),
+                static_cast<SQLUSMALLINT>(c.dia),
+                static_cast<SQLUSMALLINT>(segundos / 3600),
+                static_cast<SQLUSMALLINT>(segundos / 60 % 60),
+                static_cast<SQLUSMALLINT>(segundos % 60),
+                static_cast<SQLUINTEGER>(momento.hora.tiques % kTiquesPorSegundo * 100)};
+    onde_ = &momento_;
+    tipoC_ = SQL_C_TYPE_TIMESTAMP;
+    tipoSql_ = SQL_TYPE_TIMESTAMP;
+    escala_ = static_cast<SQLSMALLINT>(escala);
+    tamanho_ = static_cast<SQLULEN>(escala == 0 ? 19 : 20 + escala);
+    indicador_ = sizeof momento_;
+}
+
+void TParametroOdbc::Conteudo(std::shared_ptr<const TConteudo> conteudo, bool texto) {
+    conteudo_ = std::move(conteudo);
+    leitor_ = conteudo_->Abre();
+    Fluxo(*leitor_, texto);
+}
+
+void TParametroOdbc::Fluxo(TLeitorBytes& fonte, bool texto) {
+    fluxo_ = &fonte;
+    conteudoTexto_ = texto;
+    onde_ = this;  // the token that SQLParamData hands back
+    tipoC_ = texto ? SQL_C_WCHAR : SQL_C_BINARY;
+    tipoSql_ = texto ? SQL_WLONGVARCHAR : SQL_LONGVARBINARY;
+    tamanho_ = kTamanhoDoConteudo;
+    escala_ = 0;
+    indicador_ = SQL_DATA_AT_EXEC;
+}
+
+/// The length of a stream is known once it has been read.
+void TParametroOdbc::MedeFluxo() {
+    const auto copia = std::make_shared<TConteudoCopiado>(*fluxo_);
+    if (conteudoTexto_) return Texto(copia->Tudo(), true);
+    Conteudo(copia, false);
+    indicador_ = SQL_LEN_DATA_AT_EXEC(static_cast<SQLLEN>(copia->Tamanho()));
+}
+
+void TParametroOdbc::Liga(TInstrucaoOdbc& instrucao, SQLUSMALLINT numero, std::string_view comando) {
+    if (indicador_ == SQL_DATA_AT_EXEC && instrucao.Ligacao().QuerTamanhoAntes()) MedeFluxo();
+    const auto retorno = SQLBindParameter(instrucao.Handle(), numero, SQL_PARAM_INPUT, tipoC_, tipoSql_, tamanho_,
+                                          escala_, onde_, indicador_ > 0 ? indicador_ : 0, &indicador_);
+    instrucao.Confere(retorno, comando);
+}
+
+void TParametroOdbc::EnviaConteudo(TInstrucaoOdbc& instrucao, std::string_view comando) {
+    const auto envia = [&](void* dados, std::size_t bytes) {
+        instrucao.Confere(SQLPutData(instrucao.Handle(), dados, static_cast<SQLLEN>(bytes)), comando);
+    };
+    const auto texto = [&](std::string_view utf8) {
+        auto largo = TextoLargo(utf8);
+        envia(largo.data(), largo.size() * sizeof(char16_t));
+    };
+    std::string pedaco(kPedaco, '\0'), resto;
+    bool enviou = false;
+    while (const auto lidos = fluxo_->Le(pedaco)) {
+        enviou = true;
+        if (!conteudoTexto_) {
+            envia(pedaco.data(), lidos);
+            continue;
+        }
+        resto.append(pedaco, 0, lidos);
+        const auto inteiros = CaracteresInteiros(resto);
+        texto(std::string_view(resto).substr(0, inteiros));
+        resto.erase(0, inteiros);
+    }
+    if (!resto.empty()) texto(resto);
+    if (!enviou) envia(pedaco.data(), 0);
+}
+
+}  // namespace wkd

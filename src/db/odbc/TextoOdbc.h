@@ -1,0 +1,35 @@
+#pragma once
+
+#include <sql.h>
+#include <sqlext.h>
+
+#include <string>
+#include <string_view>
+
+#include "Texto.h"
+
+namespace wkd {
+
+/// A text on its way to the driver, which takes UTF-16 whatever the locale is.
+class TTextoOdbc {
+  public:
+    explicit TTextoOdbc(std::string_view utf8) : texto_(TextoLargo(utf8)) {}
+    SQLWCHAR* Dados() { return reinterpret_cast<SQLWCHAR*>(texto_.data()); }
+    template <class TTamanho = SQLSMALLINT>
+    TTamanho Tamanho() const {
+        return static_cast<TTamanho>(texto_.size());
+    }
+    std::size_t Bytes() const { return texto_.size() * sizeof(SQLWCHAR); }
+
+  private:
+    std::u16string texto_;
+};
+
+static_assert(sizeof(SQLWCHAR) == sizeof(char16_t));
+
+/// A text of so many characters from the driver.
+inline std::string TextoLido(const SQLWCHAR* texto, SQLLEN tamanho) {
+    return TextoEstreito({reinterpret_cast<const char16_t*>(texto), static_cast<std::size_t>(tamanho)});
+}
+
+}  // namespace wkd
