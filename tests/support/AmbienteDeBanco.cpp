@@ -25,11 +25,11 @@ std::unique_ptr<TBancoDeTeste> NoServidor() {
 }  // namespace
 
 std::vector<TAmbienteDeBanco> AmbientesDeBanco() {
-    return {
-        {"FirebirdEmbutido", [] { return true; }, [] { return std::make_unique<TBancoFirebird>(""); }},
-        {"FirebirdServidor", &TServidorFirebird::Instalado, &NoServidor},
-        {"OdbcSqlite", &TBancoSqlite::Instalado, [] { return std::make_unique<TBancoSqlite>(); }, false, 3},
-        {"OdbcSqlServer", &TBancoSqlServer::Instalado, [] { return std::make_unique<TBancoSqlServer>(); }, true, 3}};
+    return {{"FirebirdEmbutido", [] { return true; }, [] { return std::make_unique<TBancoFirebird>(""); }},
+            {"FirebirdServidor", &TServidorFirebird::Instalado, &NoServidor},
+            {"OdbcSqlite", &TBancoSqlite::Instalado, [] { return std::make_unique<TBancoSqlite>(); }, false, 3},
+            {"OdbcSqlServer", &TBancoSqlServer::Instalado, [] { return std::make_unique<TBancoSqlServer>(); }, true, 3,
+             33557097}};
 }
 
 }  // namespace wkd

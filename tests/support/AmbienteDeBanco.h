@@ -26,8 +26,9 @@ struct TAmbienteDeBanco {
     std::string nome;
     std::function<bool()> instalado;
     std::function<std::unique_ptr<TBancoDeTeste>()> cria;
-    bool completo = true;     // else only the neutral part of the contract can be asked of the server
-    long memoriaPorBlob = 0;  // how often the driver's own library holds a value in memory
+    bool completo = true;              // else only the neutral part of the contract can be asked of the server
+    long memoriaPorBlob = 0;           // how often the driver's own library holds a value in memory
+    std::int64_t codigoSemNumero = 0;  // native code of errors that the server does not number
 };
 
 /// Every environment that the contract of TConnection is tested in.

@@ -34,12 +34,25 @@ std::string Traduz(const std::map<std::string_view, std::string_view>& tipos, st
     return std::string(achado == tipos.end() ? firebird : achado->second);
 }
 
-TParametrosConexao ParametrosDe(const std::string& banco) {
+/// Keys in capitals and values of a connection string; a value may stand in braces.
+std::map<std::string, std::string> Chaves(std::string_view cadeia) {
     std::map<std::string, std::string> chaves;
-    for (const auto& parte : Divide(std::getenv("WKD_SQLSERVER"), ';')) {
-        const auto igual = parte.find('=');
-        if (igual != std::string::npos) chaves[Maiusculas(parte.substr(0, igual))] = parte.substr(igual + 1);
+    while (!cadeia.empty()) {
+        const auto igual = cadeia.find('=');
+        if (igual == std::string_view::npos) break;
+        const auto chave = Maiusculas(Apara(cadeia.substr(0, igual)));
+        cadeia.remove_prefix(igual + 1);
+        const bool chavetas = cadeia.starts_with('{');
+        const auto fim = chavetas ? cadeia.find("};") : cadeia.find(';');
+        const auto valor = cadeia.substr(0, fim);
+        chaves[chave] = chavetas ? Troca(valor.substr(1), "}}", "}") : std::string(valor);
+        cadeia.remove_prefix(fim == std::string_view::npos ? cadeia.size() : fim + (chavetas ? 2 : 1));
     }
+    return chaves;
+}
+
+TParametrosConexao ParametrosDe(const std::string& banco) {
+    auto chaves = Chaves(std::getenv("WKD_SQLSERVER"));
     TParametrosConexao parametros;
     const auto servidor = chaves["SERVER"] + (chaves.contains("PORT") ? "," + chaves["PORT"] : "");
     parametros.Adiciona("Server", servidor);

@@ -13,15 +13,26 @@ namespace {
 constexpr std::array<std::string_view, 3> kDrivers = {"ODBC Driver 18 for SQL Server", "ODBC Driver 17 for SQL Server",
                                                       "FreeTDS"};
 
+/// A value in braces where it holds anything else than letters, digits and some harmless characters. A brace inside
+/// is doubled, but for FreeTDS, which takes it as it is and ends the value at "};" only.
+std::string Valor(std::string_view valor, bool dobra) {
+    const bool simples = std::ranges::all_of(valor, [](char c) {
+        return std::isalnum(static_cast<unsigned char>(c)) || std::string_view("._-/\\:,").find(c) != std::string::npos;
+    });
+    return simples ? std::string(valor) : "{" + (dobra ? Troca(valor, "}", "}}") : std::string(valor)) + "}";
+}
+
 class TCadeia {
   public:
+    explicit TCadeia(bool dobra) : dobra_(dobra) {}
     TCadeia& Adiciona(std::string_view chave, std::string_view valor) {
-        if (!valor.empty()) texto_ += std::string(chave) + "=" + ValorDaCadeia(valor) + ";";
+        if (!valor.empty()) texto_ += std::string(chave) + "=" + Valor(valor, dobra_) + ";";
         return *this;
     }
     std::string Texto() && { return std::move(texto_); }
 
   private:
+    bool dobra_;
     std::string texto_;
 };
 
@@ -54,30 +65,24 @@ void AdicionaFreeTds(TCadeia& cadeia, const std::string& servidor) {
     cadeia.Adiciona("TDS_Version", "7.4").Adiciona("ClientCharset", "UTF-8");
 }
 
-}  // namespace
-
-std::string ValorDaCadeia(std::string_view valor) {
-    const bool simples = std::ranges::all_of(valor, [](char c) {
-        return std::isalnum(static_cast<unsigned char>(c)) || std::string_view("._-/\\:,").find(c) != std::string::npos;
-    });
-    return simples ? std::string(valor) : "{" + Troca(valor, "}", "}}") + "}";
+void AdicionaServidor(TCadeia& cadeia, const std::string& driver, const std::string& servidor) {
+    if (DoFreeTds(driver))
+        AdicionaFreeTds(cadeia, servidor);
+    else
+        cadeia.Adiciona("SERVER", servidor);
+    // That version asks for encryption by itself and refuses the certificate that a server makes for itself.
+    if (IgualSemCaixa(driver, kDrivers[0])) cadeia.Adiciona("TrustServerCertificate", "yes");
+    cadeia.Adiciona("APP", "AtualizaWKD");
 }
 
+}  // namespace
+
 std::string CadeiaDeConexao(const TParametrosConexao& parametros, const std::vector<std::string>& instalados) {
-    TCadeia cadeia;
-    if (const auto fonte = parametros.Valor("DataSource"); !fonte.empty()) {
-        cadeia.Adiciona("DSN", fonte);
-    } else {
-        const auto driver = EscolheDriver(parametros, instalados);
-        cadeia.Adiciona("DRIVER", driver);
-        if (DoFreeTds(driver)) {
-            AdicionaFreeTds(cadeia, parametros.Valor("Server"));
-        } else {
-            cadeia.Adiciona("SERVER", parametros.Valor("Server"));
-            if (IgualSemCaixa(driver, kDrivers[0])) cadeia.Adiciona("TrustServerCertificate", "yes");
-        }
-        cadeia.Adiciona("APP", "AtualizaWKD");
-    }
+    const auto fonte = parametros.Valor("DataSource");
+    const auto driver = fonte.empty() ? EscolheDriver(parametros, instalados) : "";
+    TCadeia cadeia(!DoFreeTds(driver));
+    cadeia.Adiciona("DSN", fonte).Adiciona("DRIVER", driver);
+    if (fonte.empty()) AdicionaServidor(cadeia, driver, parametros.Valor("Server"));
     cadeia.Adiciona("DATABASE", parametros.Valor("Database"));
     cadeia.Adiciona("UID", parametros.Valor("User_Name")).Adiciona("PWD", parametros.Valor("Password"));
     return std::move(cadeia).Texto();

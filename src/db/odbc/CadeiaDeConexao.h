@@ -15,8 +15,4 @@ namespace wkd {
 /// Throws TErroConfiguracao when there is no driver.
 std::string CadeiaDeConexao(const TParametrosConexao& parametros, const std::vector<std::string>& instalados);
 
-/// A value as a connection string takes it: in braces where it holds anything else than letters, digits and some
-/// harmless characters.
-std::string ValorDaCadeia(std::string_view valor);
-
 }  // namespace wkd

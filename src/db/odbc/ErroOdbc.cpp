@@ -138,6 +138,7 @@ TErroBanco ErroOdbc(SQLSMALLINT tipo, SQLHANDLE handle, std::string_view comando
     dados.sqlstate = principal.sqlstate;
     dados.comando = comando;
     dados.falha = PorCodigo(principal.codigo).value_or(PorSqlState(principal.sqlstate));
+    if (comando.empty() && dados.falha == TFalha::Outra) dados.falha = TFalha::Conexao;
     dados.conexaoPerdida = dados.falha == TFalha::Conexao && !comando.empty();
     return TErroBanco(std::move(dados));
 }

@@ -13,7 +13,7 @@ struct TLexema {
     TClasse classe;
     std::string_view texto;
 
-    bool Sinal(char c) const { return classe == TClasse::Sinal && texto.front() == c; }
+    bool Sinal(char c) const { return classe == TClasse::Sinal && texto.starts_with(c); }
     bool Palavra(std::string_view palavra) const;
 };
 

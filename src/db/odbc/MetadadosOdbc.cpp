@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <set>
 
-#include "ComandoOdbc.h"
 #include "TextoOdbc.h"
 #include "ValorOdbc.h"
 
@@ -119,12 +118,16 @@ std::string TMetadadosOdbc::VersaoServidor() {
     return ligacao->Informacao(SQL_DBMS_NAME) + " " + ligacao->Informacao(SQL_DBMS_VER);
 }
 
+TMetadadosOdbc::TLinhas TMetadadosOdbc::Consulta(const std::string& sql) {
+    TTextoOdbc texto(sql);
+    return Pergunta([&](SQLHSTMT stmt) { return SQLExecDirectW(stmt, texto.Dados(), texto.Tamanho<SQLINTEGER>()); });
+}
+
 /// Schema of the user's own tables; empty where tables have none.
 std::string TMetadadosOdbc::Esquema() {
-    if (!sessao_->SqlServer()) return {};
-    TComandoOdbc comando(sessao_, "select schema_name() as esquema");
-    comando.Abre();
-    return comando.Proximo() ? comando.Valor(0).ComoTexto() : "";
+    if (!esquema_)
+        esquema_ = sessao_->SqlServer() ? Consulta("select schema_name()").at(0).at(0).ComoTexto() : std::string();
+    return *esquema_;
 }
 
 std::vector<std::string> TMetadadosOdbc::NomesDeTabelas() {
@@ -141,10 +144,10 @@ std::vector<std::string> TMetadadosOdbc::NomesDeTabelas() {
 /// Of one table, or of all with an empty name.
 TMetadadosOdbc::TLinhas TMetadadosOdbc::LinhasDeColunas(std::string_view tabela) {
     const auto escape = sessao_->ParaLer()->Informacao(SQL_SEARCH_PATTERN_ESCAPE);
-    TTextoOdbc esquema(Esquema()), padrao(SemCoringas(tabela, escape));
+    TTextoOdbc esquema(Esquema()), padrao(tabela.empty() ? "%" : SemCoringas(tabela, escape));
     auto linhas = Pergunta([&](SQLHSTMT stmt) {
         return SQLColumnsW(stmt, nullptr, 0, esquema.Tamanho() > 0 ? esquema.Dados() : nullptr, esquema.Tamanho(),
-                           tabela.empty() ? nullptr : padrao.Dados(), padrao.Tamanho(), nullptr, 0);
+                           padrao.Dados(), padrao.Tamanho(), nullptr, 0);
     });
     if (!tabela.empty())
         std::erase_if(linhas,
@@ -153,25 +156,35 @@ TMetadadosOdbc::TLinhas TMetadadosOdbc::LinhasDeColunas(std::string_view tabela)
 }
 
 std::vector<TColunaFisica> TMetadadosOdbc::Colunas(std::string_view tabela) {
-    std::vector<TColunaFisica> colunas;
-    for (const auto& linha : LinhasDeColunas(tabela)) colunas.push_back(Coluna(linha));
-    if (colunas.empty()) return colunas;
-    const auto computadas = Computadas(tabela);
-    for (auto& coluna : colunas)
-        if (const auto achada = computadas.find(Maiusculas(coluna.nome)); achada != computadas.end())
-            coluna.expressao = achada->second;
-    return colunas;
+    auto colunas = ColunasDe(tabela);
+    return colunas.empty() ? std::vector<TColunaFisica>() : std::move(colunas.begin()->second);
 }
 
 TColunasPorTabela TMetadadosOdbc::TodasAsColunas() {
     std::set<std::string> tabelas;
     for (const auto& nome : NomesDeTabelas()) tabelas.insert(Maiusculas(nome));
-    TColunasPorTabela todas;
-    for (const auto& linha : LinhasDeColunas("")) {
-        const auto tabela = Maiusculas(AparaFim(linha[cTabela].ComoTexto()));
-        if (tabelas.contains(tabela)) todas[tabela].push_back(Coluna(linha));
-    }
+    auto todas = ColunasDe("");
+    std::erase_if(todas, [&](const auto& par) { return !tabelas.contains(par.first); });
     return todas;
+}
+
+TColunasPorTabela TMetadadosOdbc::ColunasDe(std::string_view tabela) {
+    TColunasPorTabela tabelas;
+    const auto linhas = LinhasDeColunas(tabela);
+    if (linhas.empty()) return tabelas;
+    const auto padroes = Padroes(tabela), computadas = Computadas(tabela);
+    const auto texto = [](const TTextos& textos, const std::string& daTabela, const std::string& coluna) {
+        const auto achado = textos.find({daTabela, Maiusculas(coluna)});
+        return achado == textos.end() ? std::string() : achado->second;
+    };
+    for (const auto& linha : linhas) {
+        const auto nome = Maiusculas(AparaFim(linha[cTabela].ComoTexto()));
+        auto coluna = Coluna(linha);
+        if (sessao_->SqlServer()) coluna.padrao = SemParenteses(texto(padroes, nome, coluna.nome));
+        coluna.expressao = texto(computadas, nome, coluna.nome);
+        tabelas[nome].push_back(std::move(coluna));
+    }
+    return tabelas;
 }
 
 TChavePrimaria TMetadadosOdbc::ChavePrimaria(std::string_view tabela) {
@@ -214,26 +227,34 @@ std::vector<TIndice> TMetadadosOdbc::Indices(std::string_view tabela) {
     return indices;
 }
 
-/// Expressions of the computed columns by name in capitals; the catalogue functions do not tell them.
-std::map<std::string, std::string> TMetadadosOdbc::Computadas(std::string_view tabela) {
-    std::map<std::string, std::string> computadas;
-    if (!sessao_->SqlServer()) return computadas;
-    TComandoOdbc comando(sessao_,
-                         "select name, definition from sys.computed_columns where object_id = object_id(:tabela)");
-    comando.Atribui("tabela", tabela);
-    for (comando.Abre(); comando.Proximo();)
-        computadas[Maiusculas(comando.Valor(0).ComoTexto())] = comando.Valor(1).ComoTexto();
-    return computadas;
+TMetadadosOdbc::TTextos TMetadadosOdbc::Padroes(std::string_view tabela) {
+    return Textos(
+        "select object_name(d.parent_object_id), c.name, d.definition from sys.default_constraints d join sys.columns c"
+        " on c.object_id = d.parent_object_id and c.column_id = d.parent_column_id",
+        tabela);
+}
+
+TMetadadosOdbc::TTextos TMetadadosOdbc::Computadas(std::string_view tabela) {
+    return Textos("select object_name(c.object_id), c.name, c.definition from sys.computed_columns c", tabela);
+}
+
+TMetadadosOdbc::TTextos TMetadadosOdbc::Textos(const std::string& sql, std::string_view tabela) {
+    TTextos textos;
+    if (!sessao_->SqlServer()) return textos;
+    const auto desta = tabela.empty() ? std::string() : " where c.object_id = object_id(" + Aspas(tabela) + ")";
+    for (const auto& linha : Consulta(sql + desta))
+        textos[{Maiusculas(linha[0].ComoTexto()), Maiusculas(linha[1].ComoTexto())}] = linha[2].ComoTexto();
+    return textos;
 }
 
 /// Names of the unique constraints.
 std::vector<std::string> TMetadadosOdbc::Restricoes(std::string_view tabela) {
     std::vector<std::string> nomes;
     if (!sessao_->SqlServer()) return nomes;
-    TComandoOdbc comando(
-        sessao_, "select name from sys.key_constraints where type = 'UQ' and parent_object_id = object_id(:tabela)");
-    comando.Atribui("tabela", tabela);
-    for (comando.Abre(); comando.Proximo();) nomes.push_back(comando.Valor(0).ComoTexto());
+    for (const auto& linha : Consulta("select name from sys.key_constraints where type = 'UQ' and parent_object_id = "
+                                      "object_id(" +
+                                      Aspas(tabela) + ")"))
+        nomes.push_back(linha[0].ComoTexto());
     return nomes;
 }
 

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <map>
 #include <memory>
+#include <optional>
+#include <utility>
 
 #include "Metadados.h"
 #include "SessaoOdbc.h"
@@ -25,11 +28,18 @@ class TMetadadosOdbc {
     template <class TPergunta>
     TLinhas Pergunta(TPergunta pergunta);
     TLinhas LinhasDeColunas(std::string_view tabela);
+    TLinhas Consulta(const std::string& sql);
     std::string Esquema();
-    std::map<std::string, std::string> Computadas(std::string_view tabela);
+    /// Texts of the defaults or of the computed columns, of one table or of all with an empty name.
+    using TTextos = std::map<std::pair<std::string, std::string>, std::string>;  // by table and column in capitals
+    TTextos Padroes(std::string_view tabela);
+    TTextos Computadas(std::string_view tabela);
+    TTextos Textos(const std::string& sql, std::string_view tabela);
+    TColunasPorTabela ColunasDe(std::string_view tabela);
     std::vector<std::string> Restricoes(std::string_view tabela);
 
     std::shared_ptr<TSessaoOdbc> sessao_;
+    std::optional<std::string> esquema_;
 };
 
 }  // namespace wkd

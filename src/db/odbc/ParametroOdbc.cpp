@@ -15,6 +15,7 @@ namespace {
 constexpr std::size_t kPedaco = 64 * 1024;
 constexpr std::size_t kMaiorTexto = 4000;  // characters of nvarchar
 constexpr std::size_t kMaiorBinario = 8000;
+constexpr int kPrimeiroAno = 1753;  // of datetime; FreeTDS 1.3 sends an earlier date wrong, so it goes as text
 
 bool Longo(const TColunaFisica& coluna) { return coluna.tipo == TTipoDado::Blob || coluna.tipo == TTipoDado::Memo; }
 
@@ -177,6 +178,7 @@ void TParametroOdbc::Bytes(std::string bytes, bool longo) {
 void TParametroOdbc::Data(TData data) {
     const auto c = CalendarioDe(data);
     if (c.ano < 1 || c.ano > 9999) NaoCabe(data, "uma data (anos 1 a 9999)");
+    if (c.ano < kPrimeiroAno) return Texto(TValor(data).ComoTexto(), false);
     data_ = {static_cast<SQLSMALLINT>(c.ano), static_cast<SQLUSMALLINT>(c.mes), static_cast<SQLUSMALLINT>(c.dia)};
     onde_ = &data_;
     tipoC_ = SQL_C_TYPE_DATE;
@@ -190,6 +192,7 @@ void TParametroOdbc::Momento(const TDataHora& exato, int escala) {
     const auto momento = Arredonda(exato, escala);
     const auto c = CalendarioDe(momento.data);
     if (c.ano < 1 || c.ano > 9999) NaoCabe(momento, "uma data (anos 1 a 9999)");
+    if (c.ano < kPrimeiroAno) return Texto(TValor(momento).ComoTexto(), false);
     const auto segundos = momento.hora.tiques / kTiquesPorSegundo;
     momento_ = {static_cast<SQLSMALLINT>(c.ano),
                 static_cast<SQLUSMALLINT>(c.mes),

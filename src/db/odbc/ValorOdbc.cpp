@@ -209,8 +209,11 @@ TValor LeValor(TInstrucaoOdbc& instrucao, SQLUSMALLINT coluna, const TDescricaoO
             return Bytes(leitura);
         case TTipoDado::Memo:
             return Memo(leitura);
-        default:
-            return Texto(leitura);
+        default: {
+            const bool preenchido = descricao.tipo == SQL_CHAR || descricao.tipo == SQL_WCHAR;
+            const TValor texto = Texto(leitura);
+            return preenchido && !texto.Nulo() ? TValor(AparaFim(texto.ComoTexto())) : texto;
+        }
     }
 }
 

@@ -21,7 +21,7 @@ struct TDescricaoOdbc {
 TCampo TipoDe(const TDescricaoOdbc& descricao);
 
 /// Value of a column of the fetched row, which is read once, from the left to the right. A blob comes as a content of
-/// its own, a text or memo whole.
+/// its own, a memo likewise as UTF-8. CHAR comes without its padding blanks.
 TValor LeValor(TInstrucaoOdbc& instrucao, SQLUSMALLINT coluna, const TDescricaoOdbc& descricao,
                std::string_view comando);
 

@@ -1,0 +1,116 @@
+#include <gtest/gtest.h>
+
+#include "ArquivoIni.h"
+#include "odbc/AlvosDosParametros.h"
+#include "odbc/CadeiaDeConexao.h"
+#include "odbc/ConexaoOdbc.h"
+#include "odbc/LexicoSql.h"
+
+namespace wkd {
+namespace {
+
+TEST(OdbcTextos, EscapeSequencesLoseTheirBracesOutsideQuotedTexts) {
+    const struct {
+        const char *entra, *sai;
+    } casos[] = {
+        {R"(DELETE FROM T WHERE N LIKE 'U\_%' {ESCAPE '\'} AND A = 'B')",
+         R"(DELETE FROM T WHERE N LIKE 'U\_%'  ESCAPE '\' AND A = 'B')"},
+        {R"(LIKE 'U\_%' { escape '\' })", R"(LIKE 'U\_%'  escape '\' )"},
+        {"A > {ts '2024-02-29 10:00:00'}", "A > '2024-02-29 10:00:00'"},
+        {"A = {d'2024-02-29'} and B = {t '10:00'}", "A = '2024-02-29' and B = '10:00'"},
+        {R"(A = '{ESCAPE ''\''}' -- {d '1'})", R"(A = '{ESCAPE ''\''}' -- {d '1'})"},
+        {R"([a{d '1'}] "{d '1'}" /*{d '1'}*/)", R"([a{d '1'}] "{d '1'}" /*{d '1'}*/)"},
+        {"{fn now()} {d 1} {ESCAPE '", "{fn now()} {d 1} {ESCAPE '"},
+    };
+    const auto semBrancos = [](std::string texto) {
+        std::erase(texto, ' ');
+        return texto;
+    };
+    for (const auto& caso : casos) EXPECT_EQ(semBrancos(SemSequenciasOdbc(caso.entra)), semBrancos(caso.sai));
+}
+
+TEST(OdbcTextos, AParameterIsMatchedWithTheColumnThatStoresIt) {
+    const struct {
+        const char *sql, *esperado;  // table, then a column or place for every "?"; "-" for none
+    } casos[] = {
+        {"insert into T (A,[B c],\"D\") values (?, ?,?)", "T A B c D"},
+        {"INSERT INTO dbo.T VALUES (?,1,?)", "T 0 2"},
+        {"insert into [dbo].[T] (A,B) values (? + 1,upper(?)),(?,?)", "T - - A B"},
+        {"insert into T (A, B) select ?, A from X where B = ?", "T - -"},
+        {"update T set A = ?, B=?,C = C + ?, D = (?) where E = ?", "T A B - - -"},
+        {"update T set A = ? from T inner join X on X.B = ?", "T A -"},
+        {"select A from T where A = ? and B in (?)", " - -"},
+        {"update T set A = '?', B = ? -- ?", "T B"},
+    };
+    for (const auto& caso : casos) {
+        const auto alvos = AlvosDosParametros(caso.sql);
+        std::string texto = alvos.tabela;
+        for (const auto& alvo : alvos.alvos)
+            texto += " " + (alvo.posicao ? std::to_string(*alvo.posicao) : alvo.coluna.empty() ? "-" : alvo.coluna);
+        EXPECT_EQ(texto, caso.esperado) << caso.sql;
+    }
+}
+
+TParametrosConexao Parametros(std::string_view servidor, std::string_view senha, std::string_view driver = "") {
+    TParametrosConexao parametros;
+    parametros.Adiciona("Server", servidor);
+    parametros.Adiciona("Database", "EMPRESA");
+    parametros.Adiciona("User_Name", "sa");
+    parametros.Adiciona("Password", senha);
+    if (!driver.empty()) parametros.Adiciona("Driver", driver);
+    return parametros;
+}
+
+TEST(OdbcTextos, TheConnectionStringNamesTheFirstInstalledDriverAndQuotesItsValues) {
+    const std::string banco = "DATABASE=EMPRESA;UID=sa;PWD=";
+    const struct {
+        TParametrosConexao parametros;
+        std::vector<std::string> instalados;
+        std::string esperada;
+    } casos[] = {
+        {Parametros("srv,1500", "a}b;c"),
+         {"SQLite3", "ODBC Driver 17 for SQL Server", "FreeTDS"},
+         "DRIVER={ODBC Driver 17 for SQL Server};SERVER=srv,1500;APP=AtualizaWKD;" + banco + "{a}}b;c};"},
+        {Parametros(R"(srv\SQLEXPRESS)", "a}b;c"),
+         {"FreeTDS"},
+         R"(DRIVER=FreeTDS;SERVER=srv\SQLEXPRESS;TDS_Version=7.4;ClientCharset=UTF-8;APP=AtualizaWKD;)" + banco +
+             "{a}b;c};"},
+        {Parametros("srv, 1500", "x"),
+         {"FreeTDS"},
+         "DRIVER=FreeTDS;SERVER=srv;PORT=1500;TDS_Version=7.4;ClientCharset=UTF-8;APP=AtualizaWKD;" + banco + "x;"},
+        {Parametros("srv", "x", "Meu Driver"), {}, "DRIVER={Meu Driver};SERVER=srv;APP=AtualizaWKD;" + banco + "x;"},
+    };
+    for (const auto& caso : casos) EXPECT_EQ(CadeiaDeConexao(caso.parametros, caso.instalados), caso.esperada);
+
+    TParametrosConexao fonte;
+    fonte.Adiciona("DataSource", "Matriz");
+    fonte.Adiciona("User_Name", "sa");
+    EXPECT_EQ(CadeiaDeConexao(fonte, {}), "DSN=Matriz;UID=sa;");
+    try {
+        CadeiaDeConexao(Parametros("srv", "x"), {"SQLite3"});
+        FAIL() << "no driver was missed";
+    } catch (const TErroConfiguracao& erro) {
+        const std::string texto = erro.what();
+        for (const auto* nome :
+             {"ODBC Driver 18 for SQL Server", "ODBC Driver 17 for SQL Server", "FreeTDS", "tdsodbc"})
+            EXPECT_NE(texto.find(nome), std::string::npos) << texto;
+    }
+}
+
+TEST(OdbcTextos, AConnectionThatFailsSaysWhyWithoutThePassword) {
+    for (const auto* driver : {"FreeTDS", "/nao/existe-segredo99.so"}) {
+        try {
+            CriaConexaoOdbc(Parametros("127.0.0.1,1", "segredo99", driver))->Open();
+            FAIL() << driver;
+        } catch (const TErroBanco& erro) {
+            const std::string texto = erro.what();
+            EXPECT_EQ(erro.Falha(), TFalha::Conexao) << erro.SqlState() << " " << texto;
+            EXPECT_FALSE(erro.ConexaoPerdida());
+            EXPECT_EQ((texto + erro.Comando()).find("segredo99"), std::string::npos) << texto;
+            EXPECT_GT(texto.size(), 10u);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace wkd
