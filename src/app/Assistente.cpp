@@ -2,14 +2,13 @@
 
 #include <QApplication>
 #include <QIcon>
-#include <QLibraryInfo>
 #include <QTimer>
-#include <QTranslator>
 #include <clocale>
 
 #include "DialogosQt.h"
 #include "Eco.h"
 #include "EstiloAmetista.h"
+#include "Idioma.h"
 #include "TextoQt.h"
 
 namespace wkd {
@@ -44,10 +43,7 @@ void Prepara(QApplication& aplicacao) {
     QApplication::setDesktopFileName("atualizawkd");
     // Reading a picture loads all image plugins: not before the window is there.
     QTimer::singleShot(100, &aplicacao, [] { QApplication::setWindowIcon(QIcon(":/atualizawkd.png")); });
-    QLocale::setDefault(QLocale(QLocale::Portuguese, QLocale::Brazil));
-    auto* textos = new QTranslator(&aplicacao);  // of the file dialogs
-    if (textos->load("qtbase_pt_BR", QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
-        QApplication::installTranslator(textos);
+    FalaPortugues(aplicacao);
 }
 
 void GravaLog(const TLogDaExecucao& log) {

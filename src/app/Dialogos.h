@@ -17,6 +17,8 @@ class IDialogos {
     virtual TAcaoReconcilia Reconcilia(const QString& erro) = 0;
 
     virtual QString ArquivoParaAbrir() = 0;
+    /// Backup file of a database.
+    virtual QString BackupParaAbrir() = 0;
     virtual QString ArquivoParaGravar(const QString& proposto) = 0;
     /// A folder, which may be made in the dialog.
     virtual QString Pasta(const QString& atual) = 0;

@@ -3,8 +3,10 @@
 #include <QApplication>
 #include <QDesktopServices>
 #include <QFileDialog>
+#include <QHeaderView>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QTreeView>
 #include <QUrl>
 
 namespace wkd {
@@ -45,6 +47,22 @@ class TCaixa : public QMessageBox {
     }
 };
 
+/// The desktop's own dialog where there is one.
+class TDialogoDeArquivo : public QFileDialog {
+  public:
+    TDialogoDeArquivo(const QString& titulo, const QString& pasta, const QString& filtro)
+        : QFileDialog(JanelaNaFrente(), titulo, pasta, filtro) {
+        resize(800, 460);
+        constexpr int kLarguras[] = {250, 90, 110, 150};
+        const auto* lista = findChild<QTreeView*>();
+        for (int i = 0; lista && i < static_cast<int>(std::size(kLarguras)); ++i)
+            lista->header()->resizeSection(i, kLarguras[i]);
+    }
+
+    /// Empty when cancelled.
+    QString Escolhido() { return exec() == Accepted ? selectedFiles().value(0) : QString(); }
+};
+
 }  // namespace
 
 void TDialogosQt::Informacao(const QString& texto) {
@@ -71,18 +89,35 @@ TAcaoReconcilia TDialogosQt::Reconcilia(const QString& erro) {
 }
 
 QString TDialogosQt::ArquivoParaAbrir() {
-    return QFileDialog::getOpenFileName(JanelaNaFrente(), "Arquivo de Atualização", {},
-                                        "Pacotes de atualização (*.zip *.ZIP);;Todos os arquivos (*)");
+    TDialogoDeArquivo dialogo("Arquivo de Atualização", {},
+                              "Pacotes de atualização (*.zip *.ZIP);;Todos os arquivos (*)");
+    dialogo.setFileMode(QFileDialog::ExistingFile);
+    return dialogo.Escolhido();
+}
+
+QString TDialogosQt::BackupParaAbrir() {
+    TDialogoDeArquivo dialogo("Abrir", {}, "Backup (*.gdk)");
+    dialogo.setFileMode(QFileDialog::ExistingFile);
+    return dialogo.Escolhido();
 }
 
 QString TDialogosQt::ArquivoParaGravar(const QString& proposto) {
-    return QFileDialog::getSaveFileName(JanelaNaFrente(), "Salvar", proposto);
+    TDialogoDeArquivo dialogo("Salvar", {}, "Todos os arquivos (*)");
+    dialogo.setAcceptMode(QFileDialog::AcceptSave);
+    dialogo.selectFile(proposto);
+    return dialogo.Escolhido();
 }
 
 QString TDialogosQt::Pasta(const QString& atual) {
-    return QFileDialog::getExistingDirectory(JanelaNaFrente(), "Pasta de backup", atual);
+    TDialogoDeArquivo dialogo("Pasta de backup", atual, {});
+    dialogo.setFileMode(QFileDialog::Directory);
+    dialogo.setOption(QFileDialog::ShowDirsOnly);
+    return dialogo.Escolhido();
 }
 
-void TDialogosQt::Abre(const QString& arquivo) { QDesktopServices::openUrl(QUrl::fromLocalFile(arquivo)); }
+void TDialogosQt::Abre(const QString& arquivo) {
+    if (!QDesktopServices::openUrl(QUrl::fromLocalFile(arquivo)))
+        Informacao("Não foi possível abrir " + arquivo + ": nenhum programa instalado abre este tipo de arquivo.");
+}
 
 }  // namespace wkd

@@ -11,6 +11,7 @@ class TDialogosQt : public IDialogos {
     bool Confirmacao(const QString& texto) override;
     TAcaoReconcilia Reconcilia(const QString& erro) override;
     QString ArquivoParaAbrir() override;
+    QString BackupParaAbrir() override;
     QString ArquivoParaGravar(const QString& proposto) override;
     QString Pasta(const QString& atual) override;
     void Abre(const QString& arquivo) override;

@@ -198,6 +198,13 @@ void TEstiloAmetista::drawControl(ControlElement elemento, const QStyleOption* o
     QProxyStyle::drawControl(elemento, opcao, pintor, controle);
 }
 
+/// The text of a button stands clear of its border.
+QSize TEstiloAmetista::sizeFromContents(ContentsType tipo, const QStyleOption* opcao, const QSize& conteudo,
+                                        const QWidget* controle) const {
+    const QSize tamanho = QProxyStyle::sizeFromContents(tipo, opcao, conteudo, controle);
+    return tipo == CT_PushButton ? tamanho + QSize(14, 0) : tamanho;
+}
+
 int TEstiloAmetista::pixelMetric(PixelMetric medida, const QStyleOption* opcao, const QWidget* controle) const {
     if (medida == PM_DefaultFrameWidth) return 2;
     return QProxyStyle::pixelMetric(medida, opcao, controle);

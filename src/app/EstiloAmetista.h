@@ -26,6 +26,8 @@ class TEstiloAmetista : public QProxyStyle {
                        const QWidget* controle) const override;
     void drawControl(ControlElement elemento, const QStyleOption* opcao, QPainter* pintor,
                      const QWidget* controle) const override;
+    QSize sizeFromContents(ContentsType tipo, const QStyleOption* opcao, const QSize& conteudo,
+                           const QWidget* controle) const override;
     int pixelMetric(PixelMetric medida, const QStyleOption* opcao, const QWidget* controle) const override;
 };
 

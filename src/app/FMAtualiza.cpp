@@ -202,6 +202,8 @@ void TFMAtualiza::btSairClick() {
     if (meios_.dialogos.Confirmacao("Deseja sair do programa de atualização?")) close();
 }
 
-void TFMAtualiza::btLogClick() { meios_.dialogos.Abre(QCaminho(meios_.log.Caminho())); }
+void TFMAtualiza::btLogClick() { AbrirLog(); }
+
+void TFMAtualiza::AbrirLog() { meios_.dialogos.Abre(QCaminho(meios_.log.Caminho())); }
 
 }  // namespace wkd

@@ -92,6 +92,7 @@ class TFMAtualiza : public QDialog {
 
     void btSairClick();
     void btLogClick();
+    void AbrirLog();
 
     TMeios meios_;
     TInicio inicio_;

@@ -66,7 +66,7 @@ void TFMAtualiza::Conclui() {
     const bool assistida = !meios_.tela.Desassistida();
     if (assistida) meios_.dialogos.Informacao("Atualização concluída com sucesso");
     btSair_->setEnabled(true);
-    if (assistida && meios_.dialogos.Confirmacao("Deseja visualizar arquivo de log?")) btLogClick();
+    if (assistida && meios_.dialogos.Confirmacao("Deseja visualizar arquivo de log?")) AbrirLog();
     dm_->SQLConnection1.Close();
 }
 
@@ -86,10 +86,14 @@ TOpcoes TFMAtualiza::Opcoes() const {
 
 void TFMAtualiza::Button1Click() {
     if (executando_) return;
-    NoBanco([this, opcoes = Opcoes()] {
-        TContexto ctx{*dm_, opcoes, estado_, {}, {}};
-        verificaIndicesPrimarios(ctx);
-    });
+    try {
+        NoBanco([this, opcoes = Opcoes()] {
+            TContexto ctx{*dm_, opcoes, estado_, {}, {}};
+            verificaIndicesPrimarios(ctx);
+        });
+    } catch (const std::exception& erro) {
+        meios_.tela.Informacao(erro.what());
+    }
 }
 
 }  // namespace wkd

@@ -8,6 +8,7 @@
 #include "Controles.h"
 #include "Dialogos.h"
 #include "EstiloAmetista.h"
+#include "ListaDeArquivos.h"
 
 namespace wkd {
 
@@ -32,26 +33,32 @@ TPaginaStatus::TPaginaStatus(IDialogos& dialogos)
     : dialogos_(dialogos),
       memo1_(Nomeia(new TMemoDeLinhas, "Memo1", "Status da Atualização")),
       memo2_(Nomeia(new TMemoDeLinhas, "Memo2", "Erros")),
-      memoLog_(Nomeia(new QPlainTextEdit(this), "MemoLog", "Log")),
+      memoLog_(Nomeia(new QPlainTextEdit, "MemoLog", "Log")),
+      pastas_(Nomeia(new TListaDePastas, "DirectoryListBox1", "Pasta do pacote")),
       lblAtual_(RotuloDeAndamento("lblAtual", "Atual")),
       lblGeral_(RotuloDeAndamento("lblGeral", "Geral.")),
       lblEstimativa_(RotuloDeAndamento("lblEstimativa", "")),
       pbAtual_(Barra("pbAtual", "Andamento da etapa atual")),
       pbGeral_(Barra("pbGeral", "Andamento geral")) {
-    auto* btAtualizar = Botao("btAtualizar", "Atualizar ");
-    auto* button1 = Botao("Button1", "Verificar índice primário");
-    for (QWidget* escondido : std::initializer_list<QWidget*>{memoLog_, btAtualizar, button1}) escondido->hide();
-    memoLog_->setUndoRedoEnabled(false);
-
     auto* linhas = new QVBoxLayout(this);
     linhas->setSpacing(4);
     linhas->addWidget(Cabecalho("Status da Atualização"));
     linhas->addWidget(memo1_, 3);
     linhas->addWidget(Erros(), 2);
     linhas->addWidget(Andamento());
-    linhas->addWidget(btAtualizar);
-    linhas->addWidget(button1);
+    Escondidos();
+}
 
+void TPaginaStatus::Escondidos() {
+    auto* btAtualizar = Botao("btAtualizar", "Atualizar ");
+    auto* button1 = Botao("Button1", "Verificar índice primário");
+    auto* fbArquivo = Nomeia(new TListaDeArquivos("*.wkd"), "FBArquivo", "Arquivos do pacote");
+    memoLog_->setUndoRedoEnabled(false);
+    for (QWidget* escondido : std::initializer_list<QWidget*>{memoLog_, pastas_, fbArquivo, btAtualizar, button1}) {
+        escondido->setParent(this);
+        escondido->hide();
+    }
+    connect(pastas_, &TListaDePastas::Escolhida, fbArquivo, &TListaDeArquivos::Lista);
     connect(btAtualizar, &QPushButton::clicked, this, &TPaginaStatus::Atualizar);
     connect(button1, &QPushButton::clicked, this, &TPaginaStatus::VerificarIndices);
 }
@@ -89,8 +96,8 @@ QWidget* TPaginaStatus::Andamento() {
     linhas->addWidget(lblGeral_, 1, 0);
     linhas->addWidget(pbGeral_, 1, 1);
     linhas->addWidget(lblEstimativa_, 2, 0, 1, 2);
-    linhas->setColumnStretch(0, 1);
-    linhas->setColumnStretch(1, 1);
+    linhas->setColumnStretch(0, 3);
+    linhas->setColumnStretch(1, 2);
     return parte;
 }
 
@@ -102,6 +109,10 @@ void TPaginaStatus::MostraLog(const QString& texto) { memoLog_->setPlainText(tex
 
 void TPaginaStatus::AcrescentaAoLog(const QString& topo) {
     if (!topo.isEmpty()) QTextCursor(memoLog_->document()).insertText(topo);
+}
+
+void TPaginaStatus::MostraPasta(const QString& pasta) {
+    if (!pasta.isEmpty()) pastas_->Escolhe(pasta);
 }
 
 void TPaginaStatus::SpeedButton2Click() {

@@ -11,6 +11,7 @@ class QProgressBar;
 namespace wkd {
 
 class IDialogos;
+class TListaDePastas;
 
 /// Page "status": what the run does, its errors, its progress, and out of sight the run log.
 class TPaginaStatus : public QWidget {
@@ -29,6 +30,8 @@ class TPaginaStatus : public QWidget {
     /// The text of the run log, and more of it at its top.
     void MostraLog(const QString& texto);
     void AcrescentaAoLog(const QString& topo);
+    /// The folder whose package files the hidden list holds; an empty one changes nothing.
+    void MostraPasta(const QString& pasta);
 
   signals:
     void Atualizar();
@@ -37,12 +40,15 @@ class TPaginaStatus : public QWidget {
   private:
     QWidget* Erros();
     QWidget* Andamento();
+    /// Controls out of sight, kept for those who drive the window by name.
+    void Escondidos();
     void SpeedButton2Click();
 
     IDialogos& dialogos_;
     TMemoDeLinhas* memo1_;
     TMemoDeLinhas* memo2_;
     QPlainTextEdit* memoLog_;
+    TListaDePastas* pastas_;
     QLabel* lblAtual_;
     QLabel* lblGeral_;
     QLabel* lblEstimativa_;

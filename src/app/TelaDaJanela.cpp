@@ -67,6 +67,7 @@ void TTelaDaJanela::Desenha(qsizetype linhasPorVez) {
     pbAtual_.Mostra(status_->PbAtual());
     pbGeral_.Mostra(status_->PbGeral());
     status_->AcrescentaAoLog(novidades.log);
+    status_->MostraPasta(novidades.pasta);
     if (andando_) MostraAndamento();
     if (!novidades.ocupado) return;
     if (novidades.ocupado->texto.isEmpty())
@@ -127,6 +128,10 @@ void TTelaDaJanela::MostraOcupado(std::string_view texto, int percentual) {
 
 void TTelaDaJanela::EscondeOcupado() {
     Anota([](TNovidades& novidades) { novidades.ocupado = TOcupadoDaTela{}; });
+}
+
+void TTelaDaJanela::PastaDoPacote(const std::filesystem::path& pasta) {
+    Anota([&](TNovidades& novidades) { novidades.pasta = QCaminho(pasta); });
 }
 
 void TTelaDaJanela::Informacao(std::string_view texto) {

@@ -52,6 +52,7 @@ class TTelaDaJanela : public ITela {
     IBarra& PbGeral() override { return pbGeral_; }
     void MostraOcupado(std::string_view texto, int percentual) override;
     void EscondeOcupado() override;
+    void PastaDoPacote(const std::filesystem::path& pasta) override;
     /// The window serves its messages by itself.
     void ProcessaMensagens() override { PedeDesenho(); }
     void Informacao(std::string_view texto) override;
@@ -69,7 +70,8 @@ class TTelaDaJanela : public ITela {
     struct TNovidades {
         QStringList memo1, memo2;
         std::optional<TOcupadoDaTela> ocupado;
-        QString log;  // newest entry first
+        QString pasta;  // of the package; empty: the same as before
+        QString log;    // newest entry first
     };
 
     template <class F>

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <string_view>
 
 namespace wkd {
@@ -32,6 +33,8 @@ class ITela {
     /// Busy indicator; `percentual` below 0 shows none.
     virtual void MostraOcupado(std::string_view texto, int percentual) = 0;
     virtual void EscondeOcupado() = 0;
+    /// The folder that the package's files are read from.
+    virtual void PastaDoPacote(const std::filesystem::path& /*pasta*/) {}
     /// Serves pending window messages.
     virtual void ProcessaMensagens() = 0;
 

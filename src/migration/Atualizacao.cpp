@@ -125,6 +125,7 @@ bool TAtualizacao::Desempacota(TPastaDeTrabalho& pasta) {
     const auto recusadas = ExtraiPacote(ctx_.opcoes.pacote, pasta.Caminho(),
                                         [this](int percentual) { ctx_.dm.UnzipTotalPercentDone(percentual); });
     ctx_.dm.UnzipUnZipComplete();
+    ctx_.Tela().PastaDoPacote(pasta.Caminho());
     for (const std::string& recusada : recusadas) {
         ctx_.Tela().Memo2(recusada);
         ctx_.Tela().SetLog(recusada, "", "Descompactar");

@@ -4,11 +4,15 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QStackedWidget>
 #include <QTableWidget>
+#include <algorithm>
+#include <cstring>
+#include <fstream>
 
 #include "JanelaApoio.h"
 
@@ -57,6 +61,19 @@ class JanelaTest : public ::testing::Test {
             if (C<QPushButton>(nome).isEnabled()) texto += S(C<QPushButton>(nome).text()) + " ";
         return texto;
     }
+    /// Names of the controls that Tab visits from this one to the last button of the window.
+    std::string OrdemDoTab(const char* primeiro) {
+        C<QWidget>(primeiro).setFocus();
+        std::string ordem;
+        for (QWidget* controle = nullptr; (controle = janela_->Janela().focusWidget()) != nullptr;) {
+            ordem += S(controle->objectName());
+            if (controle->objectName() == "btSair") break;
+            ordem += " ";
+            QKeyEvent tab(QEvent::KeyPress, Qt::Key_Tab, Qt::NoModifier);
+            QApplication::sendEvent(controle, &tab);
+        }
+        return ordem;
+    }
     std::vector<std::string>& Informacoes() { return janela_->dialogos.informacoes; }
 
     TInstalacao instalacao_;
@@ -90,6 +107,62 @@ TEST_F(JanelaTest, EveryControlIsReachedByKeyboardAndHasANameToRead) {
         ++lidos;
     }
     EXPECT_GT(lidos, 25);
+}
+
+TEST_F(JanelaTest, TabFollowsThePageAndAcceleratorsAreUnambiguous) {
+    Abre({"LOJA;nobkp", {}});
+    EscolhePacote();
+    const char* esperados[] = {
+        "edAlias edCaminhoBanco gridUsuariosOnline btLog btProximo btSair",
+        "edCaminhoBackup SpeedButton4 edServerRest cbRestaurar edBancoRest edRelatoriosBkp SpeedButton5 Button2 btLog "
+        "btVoltar btProximo btSair",
+        "edAtualizacao SpeedButton3 btLog btVoltar btProximo btSair",
+        "cbAtualizaTodas cbCompleto chkQuerysAnteriores chkQuerysPosteriores cbTabela edTabela BitBtn1 mListaTabelas "
+        "rgModoAtualizacao0 btLog btVoltar btProximo btSair",
+        "Memo1 SpeedButton2 Memo2 btLog btVoltar btProximo btSair",
+    };
+    for (const char* esperado : esperados) {
+        if (Onde().starts_with("opcoes")) C<QCheckBox>("cbTabela").click();
+        EXPECT_EQ(OrdemDoTab(std::string(esperado, std::strcspn(esperado, " ")).c_str()), esperado) << Onde();
+        std::string letras;
+        for (const QPushButton* botao : janela_->Janela().findChildren<QPushButton*>())
+            if (botao->isVisible() && botao->text().contains('&'))
+                letras += botao->text().section('&', 1).left(1).toStdString();
+        std::ranges::sort(letras);
+        EXPECT_EQ(std::ranges::adjacent_find(letras), letras.end()) << letras;
+        if (!Onde().starts_with("status")) Clica("btProximo");
+    }
+}
+
+TEST_F(JanelaTest, ControlsOutOfSightDoTheirWorkToo) {
+    auto& arquivos = C<QListWidget>("FBArquivo");
+    EXPECT_TRUE(arquivos.isHidden());
+    const auto pacote = instalacao_.Pasta() / "pacote";
+    std::filesystem::create_directory(pacote);
+    for (const char* nome : {"b.WKD", "a.wkd", "c.rtm"}) std::ofstream(pacote / nome) << ".";
+    janela_->Tela().PastaDoPacote(pacote);
+    janela_->Tela().Descarrega();
+    ASSERT_EQ(arquivos.count(), 2);
+    EXPECT_EQ(arquivos.item(0)->text() + arquivos.item(1)->text(), "a.wkdb.WKD");
+    EXPECT_EQ(C<QListWidget>("DirectoryListBox1").item(C<QListWidget>("DirectoryListBox1").count() - 1)->text(),
+              "pacote");
+
+    Clica("Button1");  // nothing is loaded yet
+    EXPECT_EQ(C<QLabel>("lblAtual").text(), "Verificando indices primarios...");
+    EscolheAlias("LOJA");
+    EscolhePacote();
+    janela_->dialogos.aoInformar = [this] {
+        instalacao_.Conexao()->ExecuteDirect("alter table TVENDA drop constraint PK_TVENDA");
+    };
+    Clica("btAtualizar");
+    janela_->dialogos.aoInformar = [] {};
+    Informacoes().clear();
+    Clica("Button1");  // the run has closed its connection
+    EXPECT_EQ(Informacoes().size(), 1u);
+    EXPECT_TRUE(instalacao_.Conexao()->ChavePrimaria("TVENDA").colunas.empty());
+    EscolheAlias("LOJA");
+    Clica("Button1");
+    EXPECT_EQ(instalacao_.Conexao()->ChavePrimaria("TVENDA").colunas, std::vector<std::string>{"NUMERO"});
 }
 
 TEST_F(JanelaTest, WalksForthAndBackWithoutTheBackupPage) {

@@ -3,6 +3,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <iostream>
@@ -10,6 +11,7 @@
 #include "../app/JanelaApoio.h"
 #include "DialogosQt.h"
 #include "EstiloAmetista.h"
+#include "Idioma.h"
 
 using namespace wkd;
 
@@ -24,6 +26,16 @@ class TCapturas {
         const QString arquivo = pasta_ + "/" + nome + ".png";
         if (!controle.grab().save(arquivo)) throw std::runtime_error("cannot write " + S(arquivo));
         std::cout << S(arquivo) << '\n';
+    }
+    /// The dialog that `abre` opens, which is closed again.
+    void Guarda(const QString& nome, const std::function<void()>& abre) {
+        QTimer::singleShot(500, [&] {
+            QWidget* dialogo = QApplication::activeModalWidget();
+            if (!dialogo) throw std::runtime_error("no dialog");
+            Guarda(nome, *dialogo);
+            dialogo->close();
+        });
+        abre();
     }
     void Guarda(const QString& nome) { Guarda(nome, janela_.Janela()); }
     void Proximo() { janela_.C<QPushButton>("btProximo").click(); }
@@ -56,19 +68,30 @@ void Fotografa(const QString& pasta) {
     janela.C<QCheckBox>("cbTabela").click();
     capturas.Proximo();
     instalacao.Conexao()->ExecuteDirect("update csenha set flag1 = 0");
+    instalacao.Conexao()->ExecuteDirect(
+        "execute block as declare i integer = 0; begin while (i < 120000) do begin insert into TCONTAS_REC (DOCUMENTO, "
+        "PARCELA, VALOR) values ('N' || :i, 1, :i); i = i + 1; end end");
+    const auto& estimativa = janela.C<QLabel>("lblEstimativa");
+    QTimer relogio;
+    QObject::connect(&relogio, &QTimer::timeout, [&] {
+        if (!estimativa.text().contains("faltam")) return;
+        relogio.stop();
+        capturas.Guarda("andamento");
+    });
+    relogio.start(20);
     janela.dialogos.aoInformar = [&] { capturas.Guarda("status"); };
     capturas.Proximo();
     janela.Tela().MostraOcupado("Descompactando...", 40);
     janela.Tela().Descarrega();
     capturas.Guarda("ocupado");
     janela.Tela().EscondeOcupado();
-    QTimer::singleShot(300, [&] {
-        QWidget* caixa = QApplication::activeModalWidget();
-        if (!caixa) throw std::runtime_error("no question");
-        capturas.Guarda("pergunta", *caixa);
-        caixa->close();
-    });
-    TDialogosQt().Confirmacao("Deseja sair do programa de atualização?");
+    QDir::setCurrent(QCaminho(instalacao.Pasta()));
+    TDialogosQt dialogos;
+    capturas.Guarda("pergunta", [&] { dialogos.Confirmacao("Deseja sair do programa de atualização?"); });
+    capturas.Guarda("informacao", [&] { dialogos.Informacao("Arquivo de atualização não foi encontrado"); });
+    capturas.Guarda("abrir", [&] { dialogos.ArquivoParaAbrir(); });
+    capturas.Guarda("salvar", [&] { dialogos.ArquivoParaGravar("AtualizaQueryErro.log"); });
+    capturas.Guarda("pasta", [&] { dialogos.Pasta({}); });
 }
 
 }  // namespace
@@ -79,5 +102,6 @@ int main(int argc, char** argv) {
         return 64;
     }
     Aplicacao().setStyle(new TEstiloAmetista);
+    FalaPortugues(Aplicacao());
     Fotografa(argv[1]);
 }
