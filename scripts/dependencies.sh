@@ -7,7 +7,7 @@ pacotes=(
     build-essential cmake ninja-build pkg-config
     firebird-dev firebird3.0-server-core firebird3.0-server firebird3.0-utils
     unixodbc-dev tdsodbc libsqliteodbc
-    libzip-dev unzip
+    libzip-dev nlohmann-json3-dev unzip
     qt6-base-dev qt6-translations-l10n xvfb
     libgtest-dev
     "$@"

@@ -50,6 +50,8 @@ TTabelaEmMemoria TDataPacket::Tabela() && {
     return {std::vector<TCampo>(campos.begin(), campos.end()), std::move(linhas)};
 }
 
+TFormaPacote FormaDoPacote(const std::filesystem::path& arquivo) { return TFontePacote(arquivo).Forma(); }
+
 TDataPacket LePacote(const std::filesystem::path& arquivo, TLinhasDoPacote linhas) {
     const auto fonte = std::make_shared<TFontePacote>(arquivo);
     return fonte->Forma() == TFormaPacote::Binario ? LeBinario(fonte, linhas) : LeXml(fonte, linhas);

@@ -46,6 +46,9 @@ struct TDataPacket {
 
 enum class TFormaPacote { Xml, Binario };
 
+/// By the first bytes of the file. Throws TErroPacote when it cannot be read.
+TFormaPacote FormaDoPacote(const std::filesystem::path& arquivo);
+
 /// Rows that are read: the table as it is, or every row of the file, superseded and deleted ones too, with its status
 /// and the packet's parameters. A row that says of a field that it did not change has its predecessor's value.
 enum class TLinhasDoPacote { Visiveis, Todas };

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "DataPacket.h"
+#include "DefinicaoCampo.h"
+
+namespace wkd {
+
+// What a package holds, as a reviewer looks at it.
+
+struct TIndiceDoPacote {
+    std::string nome;
+    bool unico = false;
+    std::vector<std::string> colunas;  // in their order
+};
+
+struct TTabelaDoPacote {
+    std::string modulo, nome, descricao;
+    std::int64_t versao = 0;
+    std::vector<TColunaDicionario> colunas;  // in their order
+    std::vector<TIndiceDoPacote> indices;
+};
+
+/// Packet file whose rows refill a table; `erro` says why it cannot be read.
+struct TPacoteDeTabela {
+    std::string arquivo, tabela, erro;
+    TFormaPacote forma = TFormaPacote::Xml;
+    std::uint64_t bytes = 0;
+    std::size_t linhas = 0;
+    std::vector<std::string> campos;
+};
+
+/// File of a package, or inside its packet "ARQUIVOS".
+struct TArquivoDoPacote {
+    std::string nome, versao;
+    std::uint64_t bytes = 0;
+};
+
+struct TInventario {
+    std::uint64_t bytes = 0;  // of the package
+    std::vector<TTabelaDoPacote> tabelas;
+    std::vector<TTabelaDoPacote> semTabela;  // columns and indexes of tables that SARQUIVO lacks
+    std::vector<TPacoteDeTabela> sistema;
+    std::vector<TArquivoDoPacote> layouts, arquivos, outros;
+    std::vector<std::string> relatos;  // entries that would not be extracted
+};
+
+/// Throws TErroPacote when the package, or its SARQUIVO, SATRIB or ARQUIVOS packet, cannot be read: the update would
+/// end there too. Other packets are listed with what is wrong about them.
+TInventario LeInventario(const std::filesystem::path& pacote);
+
+}  // namespace wkd

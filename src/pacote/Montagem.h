@@ -1,0 +1,37 @@
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "DataPacket.h"
+#include "PacoteAberto.h"
+
+namespace wkd {
+
+/// Files on their way into a package. Two of the same name, letter case ignored, are an error: the second would replace
+/// the first when the package is unpacked. Every packet is read before it is taken. All throw TErroPacote.
+class TMontagem {
+  public:
+    /// Packets (".wkd", ".jsonl"), layouts (".rtm") and the packet "ARQUIVOS" of a folder; every other file of it
+    /// becomes a record of ARQUIVOS with that version. Hidden files are left out, folders refused.
+    void Pasta(const std::filesystem::path& pasta, const std::string& versao);
+    /// Packet that was made for this package; `nome` is its file name.
+    void Pacote(const TDataPacket& pacote, const std::string& nome);
+    /// Writes the package. Without the two packets of the dictionary there is none; nor in the folder it is made of,
+    /// whose files it would join.
+    void Grava(const std::filesystem::path& pacote) const;
+
+  private:
+    void Arquivo(const std::filesystem::path& arquivo, std::vector<std::filesystem::path>& soltos);
+    void ExigeLivre(const std::string& nome) const;
+    void Inclui(const std::filesystem::path& arquivo);
+    void IncluiSoltos(const std::vector<std::filesystem::path>& soltos, const std::string& versao);
+
+    TPastaPassageira passageira_;
+    std::filesystem::path pasta_;
+    std::map<std::string, std::filesystem::path> arquivos_;  // by name in capitals
+};
+
+}  // namespace wkd
