@@ -10,6 +10,8 @@ namespace wkd {
 
 /// Packet, in either form: all its contents are read, then it is written in both forms and read back.
 void ExercitaPacote(const std::filesystem::path& arquivo);
+/// Packet as lines of JSON: it is written in that form and in the binary one and read back.
+void ExercitaJson(const std::filesystem::path& arquivo);
 /// Zip package: nothing may come to stand outside the folder it is extracted to.
 void ExercitaZip(const std::filesystem::path& arquivo);
 /// Settings file: what is written into it reads back, and the rest of it stays.

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Fuzzes the readers under the sanitizers, one after the other: scripts/fuzz.sh [seconds each] [xml|binario|zip|ini...]
+# Fuzzes the readers under the sanitizers, one after the other: scripts/fuzz.sh [seconds each] [xml|binario|json|zip|ini...]
 # What is found stands in build/fuzz/achados; once mended it joins the seeds, which the tests replay.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -7,7 +7,7 @@ cd "$(dirname "$0")/.."
 segundos=${1:-60}
 shift || true
 alvos=("${@:-}")
-[ -n "${alvos[0]}" ] || alvos=(xml binario zip ini)
+[ -n "${alvos[0]}" ] || alvos=(xml binario json zip ini)
 
 scripts/dependencies.sh clang
 scripts/build.sh fuzz "${alvos[@]/#/fuzz_}"
