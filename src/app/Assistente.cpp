@@ -8,6 +8,7 @@
 #include "DialogosQt.h"
 #include "Eco.h"
 #include "EstiloAmetista.h"
+#include "FontesDoSistema.h"
 #include "Idioma.h"
 #include "TextoQt.h"
 
@@ -63,7 +64,10 @@ TCodigoDeSaida AbreAssistente(int& argc, char** argv, const TAmbiente& ambiente,
         return TCodigoDeSaida::UsoIncorreto;
     }
     if (desassistida) CalaAvisosDoQt();
+    std::setlocale(LC_ALL, "");  // QApplication does it, too, but not while the fonts are read
+    std::jthread fontes = LeFontesDoSistema();
     QApplication aplicacao(argc, argv);
+    if (fontes.joinable()) fontes.join();
     Prepara(aplicacao);
 
     TLogDaExecucao log(ambiente.pastaPrograma / "AtualizaWKD.log");

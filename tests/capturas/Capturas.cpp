@@ -1,4 +1,4 @@
-// Pictures of every page of the window, on an installation made from the example: capturas FOLDER
+// Pictures of every page and dialog of the window, on an installation made from the example: capturas FOLDER
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -103,5 +103,5 @@ int main(int argc, char** argv) {
     }
     Aplicacao().setStyle(new TEstiloAmetista);
     FalaPortugues(Aplicacao());
-    Fotografa(argv[1]);
+    Fotografa(QDir(argv[1]).absolutePath());
 }
