@@ -89,9 +89,9 @@ TAcaoReconcilia TDialogosQt::Reconcilia(const QString& erro) {
 }
 
 QString TDialogosQt::ArquivoParaAbrir() {
-    TDialogoDeArquivo dialogo("Arquivo de Atualização", {},
-                              "Pacotes de atualização (*.zip *.ZIP);;Todos os arquivos (*)");
+    TDialogoDeArquivo dialogo("Arquivo de Atualização", {}, "Arquivos zip (*.zip *.ZIP)");
     dialogo.setFileMode(QFileDialog::ExistingFile);
+    dialogo.setDefaultSuffix("zip");
     return dialogo.Escolhido();
 }
 

@@ -74,8 +74,8 @@ TEST(DialogosTest, FilesAreChosenInPortuguese) {
         const char *botao, *tipo;
     };
     const TCaso casos[] = {
-        {[&] { return dialogos.ArquivoParaAbrir(); }, "|Abrir|", "(*.zip *.ZIP)"},
-        {[&] { return dialogos.BackupParaAbrir(); }, "|Abrir|", "(*.gdk)"},
+        {[&] { return dialogos.ArquivoParaAbrir(); }, "|Abrir|", "Arquivos zip (*.zip"},
+        {[&] { return dialogos.BackupParaAbrir(); }, "|Abrir|", "Backup (*.gdk)"},
         {[&] { return dialogos.ArquivoParaGravar("AtualizaQueryErro.log"); }, "|Salvar|", "(*)"},
         {[&] { return dialogos.Pasta(QCaminho(pasta.Caminho())); }, "|Escolher|", ""},
     };

@@ -130,9 +130,13 @@ TEST(ExecucaoTest, TheWindowAnswersWhileATableOfManyRowsIsRebuilt) {
     for (int i = 0; i < 3; ++i) janela.C<QPushButton>("btProximo").click();
 
     int maiorAtual = 0;
+    bool estimou = false;
     QTimer olha;
-    QObject::connect(&olha, &QTimer::timeout,
-                     [&] { maiorAtual = std::max(maiorAtual, janela.C<QProgressBar>("pbAtual").value()); });
+    QObject::connect(&olha, &QTimer::timeout, [&] {
+        maiorAtual = std::max(maiorAtual, janela.C<QProgressBar>("pbAtual").value());
+        const QString texto = janela.C<QLabel>("lblEstimativa").text();
+        estimou = estimou || (texto.startsWith("Tabela 12 de 14 | ") && texto.contains(", faltam 00:"));
+    });
     olha.start(50);
     const TMedidorDeParadas paradas;
     janela.C<QPushButton>("btProximo").click();
@@ -140,6 +144,8 @@ TEST(ExecucaoTest, TheWindowAnswersWhileATableOfManyRowsIsRebuilt) {
     EXPECT_LT(paradas.Maior(), 500);  // one statement of this rebuild takes longer
     EXPECT_GT(paradas.Vezes(), 50);
     EXPECT_GT(maiorAtual, kLinhas / 2) << "the bar did not move";
+    EXPECT_TRUE(estimou);
+    EXPECT_EQ(janela.C<QLabel>("lblEstimativa").text(), "") << "nothing is left to estimate";
     EXPECT_EQ(contas(), antes);
     EXPECT_NE(Linhas(*instalacao.Conexao(), "select versao from sarquivo where nome_arquivo = 'TCONTAS_REC'"), "1");
 }
