@@ -171,11 +171,11 @@ TEST(ExecucaoTest, AHundredThousandLinesAndAMillionRowsCostTheRunLittle) {
         barras = relogio.elapsed();
     });
     RecordProperty("milhao_de_linhas_ms", static_cast<int>(barras));
-    EXPECT_LT(linhas, 1'000);
-    EXPECT_LT(barras, 1'000);  // a row of the copy itself takes tens of microseconds
-    EXPECT_LT(paradas.Maior(), 500);
+    EXPECT_LT(linhas, 3'000);
+    EXPECT_LT(barras, 5'000);  // a row of the copy itself takes tens of microseconds
+    EXPECT_LT(paradas.Maior(), 1'000);
     janela.Tela().Descarrega();
-    EXPECT_LT(relogio.elapsed(), 4'000);
+    EXPECT_LT(relogio.elapsed(), 15'000);
     const auto& memo1 = janela.C<QPlainTextEdit>("Memo1");
     EXPECT_EQ(memo1.blockCount(), 100'000);
     EXPECT_EQ(memo1.verticalScrollBar()->value(), memo1.verticalScrollBar()->maximum());
