@@ -69,6 +69,10 @@ void TDataModulo::EsqueceTodasAsColunas() {
     aberturaDasColunas_ = SQLConnection1.Aberturas();
 }
 
+void TDataModulo::SupoeColunas(std::string_view tabela, std::vector<TColunaFisica> colunas) {
+    colunas_[ChaveDeNome(tabela)] = std::move(colunas);
+}
+
 void TDataModulo::EsqueceColunas(std::string_view tabela) { colunas_.erase(ChaveDeNome(tabela)); }
 
 TResultado TDataModulo::Executa(std::string_view sql) {

@@ -57,6 +57,8 @@ class TDataModulo {
     bool VerificaExisteCampo(std::string_view tabela, std::string_view coluna);
     /// Physical columns of the table, from the same cache.
     const std::vector<TColunaFisica>& ColunasFisicas(std::string_view tabela);
+    /// Takes these for the columns of the table until it forgets them: a plan sees them as an earlier step leaves them.
+    void SupoeColunas(std::string_view tabela, std::vector<TColunaFisica> colunas);
     /// Drops what is cached of one table; call after every alteration of it.
     void EsqueceColunas(std::string_view tabela);
 

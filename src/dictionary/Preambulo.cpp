@@ -1,5 +1,7 @@
 #include "Preambulo.h"
 
+#include <map>
+
 #include "Dialeto.h"
 #include "Texto.h"
 
@@ -100,23 +102,29 @@ void ExecutaEstrutura(TDataModulo& dm, const TPassoDoDicionario& passo, const st
     dm.AtualizaListaDeTabelas();
 }
 
+std::string ComandoCria(const TPassoDoDicionario& passo, TTipoBanco banco) {
+    const bool troca = passo.passo == TPasso::CriaNvarchar && banco != TTipoBanco::tbSQLServer;
+    return troca ? Troca(passo.texto, "nvarchar", "varchar") : AjustaCriaTabela(passo.texto, banco);
+}
+
+std::string ComandoSoma(const TPassoDoDicionario& passo) {
+    return "alter table " + std::string(passo.tabela) + " add " + std::string(passo.texto) + " " +
+           std::string(passo.tipo);
+}
+
 void Apaga(TDataModulo& dm, const TPassoDoDicionario& passo) {
     if (dm.ExisteTabela(passo.tabela)) ExecutaEstrutura(dm, passo, std::string(passo.texto));
 }
 
 void Cria(TDataModulo& dm, const TPassoDoDicionario& passo) {
     if (dm.ExisteTabela(passo.tabela)) return;
-    const TTipoBanco banco = dm.SQLConnection1.TipoBanco();
-    const bool troca = passo.passo == TPasso::CriaNvarchar && banco != TTipoBanco::tbSQLServer;
-    ExecutaEstrutura(dm, passo,
-                     troca ? Troca(passo.texto, "nvarchar", "varchar") : AjustaCriaTabela(passo.texto, banco));
+    ExecutaEstrutura(dm, passo, ComandoCria(passo, dm.SQLConnection1.TipoBanco()));
 }
 
 /// A refusal (no such table, no permission) is ignored.
 void Soma(TDataModulo& dm, const TPassoDoDicionario& passo) {
     if (dm.VerificaExisteCampo(passo.tabela, passo.texto)) return;
-    dm.Executa("alter table " + std::string(passo.tabela) + " add " + std::string(passo.texto) + " " +
-               std::string(passo.tipo));
+    dm.Executa(ComandoSoma(passo));
     dm.EsqueceColunas(passo.tabela);
 }
 
@@ -131,6 +139,28 @@ void AtualizaTabelasDoDicionario(TDataModulo& dm) {
         else
             Cria(dm, passo);
     }
+}
+
+std::vector<TComandoDoDicionario> PendenciasDoDicionario(TDataModulo& dm) {
+    const TTipoBanco banco = dm.SQLConnection1.TipoBanco();
+    std::vector<TComandoDoDicionario> comandos;
+    std::map<std::string_view, std::string> criadas;
+    for (const auto& passo : kPassos) {
+        const std::string tabela(passo.tabela);
+        const bool existe = dm.ExisteTabela(tabela);
+        if (passo.passo == TPasso::Soma) {
+            const auto criada = criadas.find(passo.tabela);
+            const bool vira = criada != criadas.end() && criada->second.find(passo.texto) == std::string::npos;
+            if (vira || (existe && !dm.VerificaExisteCampo(tabela, passo.texto)))
+                comandos.push_back({tabela, ComandoSoma(passo), std::string(passo.texto), std::string(passo.tipo)});
+        } else if (passo.passo == TPasso::Apaga && existe) {
+            comandos.push_back({tabela, std::string(passo.texto), "", ""});
+        } else if (passo.passo != TPasso::Apaga && !existe) {
+            criadas[passo.tabela] = ComandoCria(passo, banco);
+            comandos.push_back({tabela, criadas[passo.tabela], "", ""});
+        }
+    }
+    return comandos;
 }
 
 // Sizes the dictionary has reached, in the order and syntax in which they would be issued on Firebird ("commit" stands

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -13,8 +14,9 @@ struct TColunaDicionario {
     std::string tipo;     // field-type name, any letter case
     std::string tamanho;  // text; empty or "0" counts as "150"
     std::string valorPadrao;
-    std::string calculo;  // non-empty: the column is not physical
-    int chave = 0;        // 1: part of the primary key
+    std::string calculo;         // non-empty: the column is not physical
+    int chave = 0;               // 1: part of the primary key
+    std::int64_t sequencia = 0;  // place in the table
 };
 
 /// False for calculated and aggregate columns.

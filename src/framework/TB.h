@@ -60,6 +60,8 @@ class TTB {
     std::vector<TColunaDicionario> ColunasDoDicionario(std::string_view tabela);
     /// In backup mode with the columns that only the physical table has, and types that hold its values.
     std::string ComandoCriaTabela(std::string_view tabela, bool backup);
+    /// The same for columns that the stored dictionary does not have yet.
+    std::string ComandoCriaTabela(std::string_view tabela, const std::vector<TColunaDicionario>& colunas) const;
     /// Why a table of these columns could not be created, dropped first if it exists: no columns, names that repeat,
     /// types without text, or a statement that the server does not prepare.
     std::optional<std::string> ImpedimentoParaCriar(std::string_view tabela,

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <iterator>
 #include <set>
 
 #include "TB.h"
@@ -115,19 +116,23 @@ std::string TTB::ComandoCriaTabela(std::string_view tabela, bool backup) {
                    DefinicoesDaBackup(colunas, conexao_.Colunas(tabela), conexao_.TipoBanco()));
 }
 
+std::string TTB::ComandoCriaTabela(std::string_view tabela, const std::vector<TColunaDicionario>& colunas) const {
+    std::vector<TColunaDicionario> fisicas;
+    std::ranges::copy_if(colunas, std::back_inserter(fisicas), ColunaFisica);
+    return ComandoDaTabela(tabela, fisicas, conexao_.TipoBanco());
+}
+
 std::optional<std::string> TTB::ImpedimentoParaCriar(std::string_view tabela,
                                                      const std::vector<TColunaDicionario>& colunas) {
     std::set<std::string> nomes;
-    std::vector<TColunaDicionario> fisicas;
     for (const auto& coluna : colunas) {
         if (!ColunaFisica(coluna)) continue;
         if (!TipoConhecido(coluna.tipo)) return "Tipo desconhecido na coluna " + coluna.nome + ": " + coluna.tipo;
         if (!nomes.insert(ChaveDeNome(coluna.nome)).second) return "Coluna repetida no dicionário: " + coluna.nome;
-        fisicas.push_back(coluna);
     }
-    if (fisicas.empty()) return "O dicionário não tem colunas da tabela " + std::string(tabela);
+    if (nomes.empty()) return "O dicionário não tem colunas da tabela " + std::string(tabela);
     try {
-        conexao_.Prepara(ComandoDaTabela(tabela, fisicas, conexao_.TipoBanco()));
+        conexao_.Prepara(ComandoCriaTabela(tabela, colunas));
     } catch (const TErroBanco& erro) {
         if (erro.ConexaoPerdida()) throw;
         return erro.what();

@@ -1,14 +1,13 @@
 #include "Atualizacao.h"
 
 #include <algorithm>
-#include <initializer_list>
 
 #include "ArquivosSistema.h"
 #include "AtualizaSistema.h"
 #include "CamposPersonalizados.h"
 #include "CamposTexto.h"
+#include "CargaDoPacote.h"
 #include "Correcoes.h"
-#include "DataPacket.h"
 #include "Deteccao.h"
 #include "DicionarioTabelas.h"
 #include "Duplicidade.h"
@@ -20,32 +19,11 @@
 #include "PassoDaTabela.h"
 #include "Preambulo.h"
 #include "Relatorio.h"
-#include "Selecao.h"
 #include "Texto.h"
 #include "UsuariosOnline.h"
 #include "ValorPadrao.h"
 
 namespace wkd {
-
-namespace {
-
-/// Reads a dictionary snapshot of the package. Throws TErroPacote when it is missing, empty or lacks a column.
-TTabelaEmMemoria LeDicionario(const TPastaDeTrabalho& pasta, std::string_view nome,
-                              std::initializer_list<std::string_view> colunas) {
-    const std::filesystem::path arquivo = pasta.Arquivo(nome);
-    if (arquivo.empty())
-        throw TErroPacote("O pacote não contém o arquivo " + std::string(nome) + ". Peça um pacote completo.");
-    TTabelaEmMemoria tabela = LePacote(arquivo).Tabela();
-    for (const std::string_view coluna : colunas)
-        if (IndiceDoCampo(tabela.campos, coluna) < 0)
-            throw TErroPacote("O arquivo " + std::string(nome) + " do pacote não tem a coluna " + std::string(coluna) +
-                              ". Peça um pacote completo.");
-    if (tabela.linhas.empty())
-        throw TErroPacote("O arquivo " + std::string(nome) + " do pacote está vazio. Peça um pacote completo.");
-    return tabela;
-}
-
-}  // namespace
 
 TAtualizacao::TAtualizacao(TDataModulo& dm, const TOpcoes& opcoes, TEstado& estado) : ctx_{dm, opcoes, estado, {}, {}} {
     dm.Atualiza.SetPastaComandos(opcoes.pastaCorrente);
@@ -62,16 +40,17 @@ TFimDaAtualizacao TAtualizacao::Executa() {
 }
 
 TFimDaAtualizacao TAtualizacao::Corre(TPastaDeTrabalho& pasta) {
-    if (!TemDicionario()) return TFimDaAtualizacao::Encerrada;
+    if (!TemDicionario(ctx_)) return TFimDaAtualizacao::Encerrada;
     Passo("AjustaCamposStringMaior2000", [this] { AjustaCamposStringMaior2000(ctx_); });
     Passo("Tabelas do dicionário", [this] { AtualizaTabelasDoDicionario(ctx_.dm); });
     Inicia();
     if (!Confirma()) return TFimDaAtualizacao::Encerrada;
     AtualizaTabelaSistema();
-    if (!Desempacota(pasta) || !CarregaDicionarios(pasta)) return TFimDaAtualizacao::Encerrada;
+    if (!Desempacota(ctx_, pasta)) return TFimDaAtualizacao::Encerrada;
+    CarregaDicionarios(ctx_, pasta);
     if (ctx_.estado.usuariosOnline) Passo("QuerysAnteriores", [this] { QuerysAnteriores(ctx_); });
 
-    Seleciona();
+    Seleciona(ctx_);
     Passo("VerificaDuplicidadeSarquivo", [this] { VerificaDuplicidadeSarquivo(ctx_); });
     ctx_.dm.SarquivoVelho.Open();
     ctx_.dm.SatribVelho.Open();
@@ -80,24 +59,12 @@ TFimDaAtualizacao TAtualizacao::Corre(TPastaDeTrabalho& pasta) {
     Passo("AtualizaSistema", [&] { adiados_ = AtualizaSistema(ctx_.dm, pasta); });
     ctx_.Tela().Memo1("Tabelas do sistema............OK!");
 
-    Seleciona();
+    Seleciona(ctx_);
     AtualizaTabelas();
     RelatoriosEArquivos(pasta);
     PassosFinais();
     Encerra();
     return TFimDaAtualizacao::Concluida;
-}
-
-bool TAtualizacao::TemDicionario() {
-    ctx_.dm.AtualizaListaDeTabelas();
-    for (const std::string_view tabela : {"SARQUIVO", "SATRIB"}) {
-        if (ctx_.dm.ExisteTabela(tabela)) continue;
-        ctx_.Tela().Informacao("O banco de dados não tem a tabela " + std::string(tabela) +
-                               " do dicionário: não é um banco do sistema, ou está incompleto. Verifique o alias " +
-                               ctx_.opcoes.alias + ".");
-        return false;
-    }
-    return true;
 }
 
 void TAtualizacao::Inicia() {
@@ -113,43 +80,6 @@ void TAtualizacao::Inicia() {
 bool TAtualizacao::Confirma() {
     if (Maiusculas(Apara(ctx_.opcoes.alias)) != "WKD") return true;
     return ctx_.Tela().Confirmacao("Deseja realmente atualizar a base de dados da WKD Software? certeza mesmo?", false);
-}
-
-bool TAtualizacao::Desempacota(TPastaDeTrabalho& pasta) {
-    std::error_code semErro;
-    if (!std::filesystem::is_regular_file(ctx_.opcoes.pacote, semErro)) {
-        ctx_.Tela().Informacao("Arquivo de atualizção não existe");
-        return false;
-    }
-    pasta.Recria();
-    const auto recusadas = ExtraiPacote(ctx_.opcoes.pacote, pasta.Caminho(),
-                                        [this](int percentual) { ctx_.dm.UnzipTotalPercentDone(percentual); });
-    ctx_.dm.UnzipUnZipComplete();
-    ctx_.Tela().PastaDoPacote(pasta.Caminho());
-    for (const std::string& recusada : recusadas) {
-        ctx_.Tela().Memo2(recusada);
-        ctx_.Tela().SetLog(recusada, "", "Descompactar");
-    }
-    return true;
-}
-
-bool TAtualizacao::CarregaDicionarios(const TPastaDeTrabalho& pasta) {
-    TDataModulo& dm = ctx_.dm;
-    dm.SarquivoVelho.Close();
-    dm.SatribVelho.Close();
-    dm.SArquivoNovo.Close();
-    dm.SatribNovo.Close();
-    dm.SArquivoNovo.Carrega(LeDicionario(pasta, "SARQUIVO.WKD", {"COD_MODULO", "NOME_ARQUIVO", "VERSAO"}));
-    dm.SatribNovo.Carrega(
-        LeDicionario(pasta, "SAtrib.WKD", {"ARQUIVO", "NOME", "TIPO", "TAMANHO", "CHAVE_DE_PESQUISA"}));
-    return true;
-}
-
-/// The filter is in force before the first use of the package's tables, so that all steps see the selected ones.
-void TAtualizacao::Seleciona() {
-    TClientDataSet& tabelas = ctx_.dm.SArquivoNovo;
-    tabelas.SetFilter(ctx_.opcoes.tabelasSelecionadas ? FiltroDeTabelas(ctx_.opcoes.tabelas) : std::string());
-    tabelas.SetFiltered(ctx_.opcoes.tabelasSelecionadas);
 }
 
 bool TAtualizacao::LiberadaPelosUsuarios() {

@@ -24,12 +24,8 @@ class TAtualizacao {
 
   private:
     TFimDaAtualizacao Corre(TPastaDeTrabalho& pasta);
-    bool TemDicionario();
     void Inicia();
     bool Confirma();
-    bool Desempacota(TPastaDeTrabalho& pasta);
-    bool CarregaDicionarios(const TPastaDeTrabalho& pasta);
-    void Seleciona();
     bool LiberadaPelosUsuarios();
     void ValidaNulos();
     void AtualizaTabelas();

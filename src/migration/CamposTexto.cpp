@@ -15,7 +15,6 @@ namespace wkd {
 
 namespace {
 
-constexpr int kLargura = 1998;
 constexpr std::string_view kTemporaria = "CAMPO_MIGRA_WKD";
 
 struct TColunaLonga {
@@ -87,7 +86,7 @@ int PrimeiroComando(TContexto& ctx, const TColunaLonga& coluna) {
     const TColunaFisica* fisica = ColunaDeNome(ctx.dm.ColunasFisicas(coluna.tabela), coluna.nome);
     if (!EmConversao(ctx, coluna)) return fisica ? 1 : 0;
     if (!fisica) return 4;
-    if (fisica->tamanho != kLargura) return 2;
+    if (fisica->tamanho != kLarguraAjustada) return 2;
     // A column of that width from before the conversion still holds what the temporary one does not.
     const auto soNela = ContaRegistros(ctx.Conexao(), "select count(*) as total from " + coluna.tabela + " where " +
                                                           coluna.nome + " is not null and CAMPO_MIGRA_WKD is null");
@@ -101,13 +100,13 @@ void GuardaCortados(TContexto& ctx, const TColunaLonga& coluna) {
     std::vector<std::string> lidas = chave;
     lidas.push_back(coluna.nome);
     const std::string longos = sqlServer ? "len(" + coluna.nome + " + 'x') > 1999"
-                                         : "char_length(" + coluna.nome + ") > " + std::to_string(kLargura);
+                                         : "char_length(" + coluna.nome + ") > " + std::to_string(kLarguraAjustada);
     TWKDQuery q(ctx.Conexao(), "select " + Junta(lidas, ",") + " from " + coluna.tabela + " where " + longos);
     TRejeitados rejeitados(ctx, coluna.tabela, "AjustaCamposStringMaior2000");
     for (q.Open(); !q.Eof(); q.Next()) {
         TPares valores;
         for (const auto& nome : chave) valores.emplace_back(nome, q.Campo(nome));
-        const std::string erro = "texto cortado em " + std::to_string(kLargura) + " caracteres";
+        const std::string erro = "texto cortado em " + std::to_string(kLarguraAjustada) + " caracteres";
         if (!rejeitados.Valor(valores, erro, coluna.nome, q.Campo(coluna.nome)))
             throw std::runtime_error("A coluna " + coluna.nome + " da tabela " + coluna.tabela +
                                      " não foi ajustada: os textos cortados não puderam ser guardados");
@@ -134,6 +133,17 @@ void AjustaCamposStringMaior2000(TContexto& ctx) {
     auto colunas = ColunasLongas(ctx);
     std::ranges::stable_partition(colunas, [&](const TColunaLonga& coluna) { return Interrompida(ctx, coluna); });
     for (const auto& coluna : colunas) Ajusta(ctx, coluna);
+}
+
+std::vector<TTextoParaAjustar> TextosParaAjustar(TContexto& ctx) {
+    std::vector<TTextoParaAjustar> textos;
+    for (const auto& coluna : ColunasLongas(ctx)) {
+        const int primeiro = PrimeiroComando(ctx, coluna);
+        if (primeiro == 0) continue;
+        const auto comandos = Comandos(coluna, ctx.Banco());
+        textos.push_back({coluna.tabela, coluna.nome, {comandos.begin() + primeiro - 1, comandos.end()}});
+    }
+    return textos;
 }
 
 void AtualizaCamposVarCharparaNvarChar(TContexto& ctx) {

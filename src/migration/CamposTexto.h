@@ -1,5 +1,8 @@
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "Contexto.h"
 
 namespace wkd {
@@ -7,6 +10,14 @@ namespace wkd {
 /// Narrows every text column of 2000 characters or more to 1998, through a temporary column. The dictionary records
 /// 1988, so a column is converted once.
 void AjustaCamposStringMaior2000(TContexto& ctx);
+/// Characters that it leaves in the column, and the size that it records.
+inline constexpr int kLarguraAjustada = 1998, kTamanhoAjustado = 1988;
+/// A column that it would narrow, and the statements of it.
+struct TTextoParaAjustar {
+    std::string tabela, coluna;
+    std::vector<std::string> comandos;
+};
+std::vector<TTextoParaAjustar> TextosParaAjustar(TContexto& ctx);
 /// Once per SQL Server database: makes COD_INTERNO of three tables nvarchar(25).
 void AtualizaCamposVarCharparaNvarChar(TContexto& ctx);
 

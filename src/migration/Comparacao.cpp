@@ -130,6 +130,7 @@ std::optional<TColunaComparada> ColunaDe(const TClientDataSet& satrib) {
     coluna.valorPadrao = texto("VALOR_PADRAO");
     coluna.calculo = texto("CALCULO");
     coluna.chave = static_cast<int>(Inteiro(texto("CHAVE_DE_PESQUISA")));
+    coluna.sequencia = Inteiro(texto("SEQUENCIA"));
     coluna.lookup = texto("LOOKUP_ARQUIVO");
     return coluna;
 }

@@ -19,24 +19,29 @@ bool ColunaPodeMudar(TContexto& ctx) {
     const auto nova = ColunaDe(ctx.dm.SatribNovo);
     if (!nova || !Examina(*nova)) return true;
     const auto velha = ColunaDe(ctx.dm.SatribVelho);
-    if (!velha || !MudancaExclusiva(*nova, *velha)) return true;
-    ctx.Tela().Memo1(Linha(ctx.dm.SatribNovo, ctx.dm.SatribVelho));
-    return false;
+    return !velha || !MudancaExclusiva(*nova, *velha);
 }
 
 }  // namespace
 
-bool VerificaAtualizacao(TContexto& ctx) {
-    bool pode = true;
+std::vector<TMudancaExclusiva> MudancasExclusivas(TContexto& ctx) {
+    std::vector<TMudancaExclusiva> mudancas;
     TClientDataSet& tabelas = ctx.dm.SArquivoNovo;
     TClientDataSet& colunas = ctx.dm.SatribNovo;
     for (tabelas.First(); !tabelas.Eof(); tabelas.Next()) {
         for (colunas.First(); !colunas.Eof(); colunas.Next()) {
             ctx.Tela().ProcessaMensagens();
-            if (!ColunaPodeMudar(ctx)) pode = false;
+            if (!ColunaPodeMudar(ctx))
+                mudancas.push_back({tabelas.Texto("nome_arquivo"), Linha(colunas, ctx.dm.SatribVelho)});
         }
     }
-    return pode;
+    return mudancas;
+}
+
+bool VerificaAtualizacao(TContexto& ctx) {
+    const auto mudancas = MudancasExclusivas(ctx);
+    for (const auto& mudanca : mudancas) ctx.Tela().Memo1(mudanca.linha);
+    return mudancas.empty();
 }
 
 }  // namespace wkd

@@ -23,7 +23,8 @@ void AcrescentaPersonalizadas(TContexto& ctx, const std::string& tabela, std::ve
                                      [&](const auto& coluna) { return IgualSemCaixa(coluna.nome, nome); });
         if (tem) continue;
         colunas.push_back({nome, std::string(Apara(q.Texto("TIPO"))), q.Texto("TAMANHO"), q.Texto("VALOR_PADRAO"),
-                           q.Texto("CALCULO"), static_cast<int>(q.Inteiro("CHAVE_DE_PESQUISA"))});
+                           q.Texto("CALCULO"), static_cast<int>(q.Inteiro("CHAVE_DE_PESQUISA")),
+                           q.Inteiro("SEQUENCIA")});
     }
 }
 
@@ -42,6 +43,7 @@ std::vector<TColunaDicionario> ColunasNovas(TContexto& ctx, const std::string& t
     for (novo.First(); !novo.Eof(); novo.Next())
         if (auto coluna = ColunaDe(novo); coluna && !(mescla && DoUsuario(coluna->nome))) colunas.push_back(*coluna);
     if (mescla && !colunas.empty()) AcrescentaPersonalizadas(ctx, tabela, colunas);
+    std::ranges::stable_sort(colunas, {}, &TColunaDicionario::sequencia);
     return colunas;
 }
 

@@ -9,7 +9,7 @@
 
 namespace wkd {
 
-/// The table's columns as the dictionary will have them: the package's, then the customer's.
+/// The table's columns as the dictionary will have them, those of the customer among them.
 std::vector<TColunaDicionario> ColunasNovas(TContexto& ctx, const std::string& tabela);
 
 /// Why a table, its name in capitals, must not be rebuilt: the package's columns of it cannot make a table, or its

@@ -1,0 +1,78 @@
+#include "CargaDoPacote.h"
+
+#include <initializer_list>
+
+#include "DataPacket.h"
+#include "Selecao.h"
+
+namespace wkd {
+
+namespace {
+
+/// Reads a dictionary snapshot of the package. Throws TErroPacote when it is missing, empty or lacks a column.
+TTabelaEmMemoria LeDicionario(const TPastaDeTrabalho& pasta, std::string_view nome,
+                              std::initializer_list<std::string_view> colunas) {
+    const std::filesystem::path arquivo = pasta.Arquivo(nome);
+    if (arquivo.empty())
+        throw TErroPacote("O pacote não contém o arquivo " + std::string(nome) + ". Peça um pacote completo.");
+    TTabelaEmMemoria tabela = LePacote(arquivo).Tabela();
+    for (const std::string_view coluna : colunas)
+        if (IndiceDoCampo(tabela.campos, coluna) < 0)
+            throw TErroPacote("O arquivo " + std::string(nome) + " do pacote não tem a coluna " + std::string(coluna) +
+                              ". Peça um pacote completo.");
+    if (tabela.linhas.empty())
+        throw TErroPacote("O arquivo " + std::string(nome) + " do pacote está vazio. Peça um pacote completo.");
+    return tabela;
+}
+
+}  // namespace
+
+bool TemDicionario(TContexto& ctx) {
+    ctx.dm.AtualizaListaDeTabelas();
+    for (const std::string_view tabela : {"SARQUIVO", "SATRIB"}) {
+        if (ctx.dm.ExisteTabela(tabela)) continue;
+        ctx.Tela().Informacao("O banco de dados não tem a tabela " + std::string(tabela) +
+                              " do dicionário: não é um banco do sistema, ou está incompleto. Verifique o alias " +
+                              ctx.opcoes.alias + ".");
+        return false;
+    }
+    return true;
+}
+
+bool Desempacota(TContexto& ctx, TPastaDeTrabalho& pasta) {
+    std::error_code semErro;
+    if (!std::filesystem::is_regular_file(ctx.opcoes.pacote, semErro)) {
+        ctx.Tela().Informacao("Arquivo de atualizção não existe");
+        return false;
+    }
+    pasta.Recria();
+    const auto recusadas = ExtraiPacote(ctx.opcoes.pacote, pasta.Caminho(),
+                                        [&ctx](int percentual) { ctx.dm.UnzipTotalPercentDone(percentual); });
+    ctx.dm.UnzipUnZipComplete();
+    ctx.Tela().PastaDoPacote(pasta.Caminho());
+    for (const std::string& recusada : recusadas) {
+        ctx.Tela().Memo2(recusada);
+        ctx.Tela().SetLog(recusada, "", "Descompactar");
+    }
+    return true;
+}
+
+void CarregaDicionarios(TContexto& ctx, const TPastaDeTrabalho& pasta) {
+    TDataModulo& dm = ctx.dm;
+    dm.SarquivoVelho.Close();
+    dm.SatribVelho.Close();
+    dm.SArquivoNovo.Close();
+    dm.SatribNovo.Close();
+    dm.SArquivoNovo.Carrega(LeDicionario(pasta, "SARQUIVO.WKD", {"COD_MODULO", "NOME_ARQUIVO", "VERSAO"}));
+    dm.SatribNovo.Carrega(
+        LeDicionario(pasta, "SAtrib.WKD", {"ARQUIVO", "NOME", "TIPO", "TAMANHO", "CHAVE_DE_PESQUISA"}));
+}
+
+/// The filter is in force before the first use of the package's tables, so that all steps see the selected ones.
+void Seleciona(TContexto& ctx) {
+    TClientDataSet& tabelas = ctx.dm.SArquivoNovo;
+    tabelas.SetFilter(ctx.opcoes.tabelasSelecionadas ? FiltroDeTabelas(ctx.opcoes.tabelas) : std::string());
+    tabelas.SetFiltered(ctx.opcoes.tabelasSelecionadas);
+}
+
+}  // namespace wkd

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "Contexto.h"
+#include "Pacote.h"
+
+namespace wkd {
+
+// First steps of whatever works with a package. Those that answer false have said why.
+
+/// Whether the database has the dictionary; reads the table-name list.
+bool TemDicionario(TContexto& ctx);
+/// Extracts the package of the options into the working directory.
+bool Desempacota(TContexto& ctx, TPastaDeTrabalho& pasta);
+/// Loads the package's dictionary into SArquivoNovo and SatribNovo. Throws TErroPacote when it cannot be used.
+void CarregaDicionarios(TContexto& ctx, const TPastaDeTrabalho& pasta);
+/// From now on SArquivoNovo shows the tables that the options select.
+void Seleciona(TContexto& ctx);
+
+}  // namespace wkd
