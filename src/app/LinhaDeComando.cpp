@@ -17,6 +17,9 @@ Uso:
   AtualizaWKD "ALIAS;" PACOTE.zip            atualiza sem ninguém à frente e termina
                                              ("ALIAS;nobkp" também serve)
 
+Antes de atualizar:
+  --plano ALIAS PACOTE.zip [--json]          diz o que a atualização faria, tabela por tabela, e não muda nada
+
 Aliases (seções do arquivo WKD.ini):
   --lista-alias                              nomes dos aliases, um por linha
   --testa-alias NOME                         conecta e mostra tipo, local e versão do servidor
@@ -34,6 +37,8 @@ Código de saída:
   1   terminou, e algum erro foi relatado
   2   terminou antes da hora: pacote, confirmação, usuários conectados ou outra atualização em andamento
   3   sem WKD.ini, alias desconhecido ou sem conexão
+  10  --plano: há mudanças a fazer (0: nada a fazer)
+  11  --plano: há mudanças a fazer, e achados que alguém precisa ver antes
   64  argumentos incorretos
 )";
 
@@ -92,11 +97,21 @@ TPedido NovoAlias(const std::vector<std::string>& argumentos) {
     return pedido;
 }
 
+/// As on the line of an update, ";" and what follows are no part of the alias.
+std::string NomeDoAlias(const std::string& argumento) { return argumento.substr(0, argumento.find(';')); }
+
+TPedido Plano(std::vector<std::string> argumentos) {
+    const bool json = std::erase(argumentos, "--json") > 0;
+    if (argumentos.size() != 3) return TUsoIncorreto{"Use --plano ALIAS PACOTE.zip, e --json se quiser."};
+    return TPedePlano{NomeDoAlias(argumentos[1]), argumentos[2], json};
+}
+
 TPedido Opcao(const std::vector<std::string>& argumentos) {
     const std::string& opcao = argumentos.front();
     if (opcao == "--help") return TPedeAjuda{};
     if (opcao == "--version") return TPedeVersao{};
     if (opcao == "--novo-alias") return NovoAlias(argumentos);
+    if (opcao == "--plano") return Plano(argumentos);
     if (opcao == "--lista-alias" && argumentos.size() == 1) return TPedeListaAlias{};
     if (opcao == "--remove-alias" && argumentos.size() == 2) return TPedeRemoveAlias{argumentos[1]};
     if (opcao == "--testa-alias" && argumentos.size() == 2) return TPedeTestaAlias{argumentos[1]};

@@ -25,6 +25,12 @@ struct TPedeRemoveAlias {
 struct TPedeTestaAlias {
     std::string nome;
 };
+/// What an update would do.
+struct TPedePlano {
+    std::string alias;
+    std::filesystem::path pacote;
+    bool json = false;
+};
 /// The wizard; with an alias it is chosen at start.
 struct TPedeJanela {
     std::string argumento;  // first argument, as given
@@ -40,7 +46,7 @@ struct TUsoIncorreto {
 };
 
 using TPedido = std::variant<TPedeAjuda, TPedeVersao, TPedeListaAlias, TPedeNovoAlias, TPedeRemoveAlias,
-                             TPedeTestaAlias, TPedeJanela, TPedeAtualizacao, TUsoIncorreto>;
+                             TPedeTestaAlias, TPedePlano, TPedeJanela, TPedeAtualizacao, TUsoIncorreto>;
 
 /// Reads the arguments behind the program name. A first argument that begins with "--" is an option; else two or more
 /// arguments are an unattended run: alias followed by ";", package.

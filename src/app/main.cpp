@@ -7,6 +7,7 @@
 #include "Assistente.h"
 #include "CodigoDeSaida.h"
 #include "ComandosDeAlias.h"
+#include "ComandosDeBanco.h"
 #include "LinhaDeComando.h"
 #include "Versao.h"
 
@@ -30,6 +31,7 @@ struct TPrograma {
     TCodigoDeSaida operator()(const TPedeNovoAlias& pedido) const { return NovoAlias(AmbientePadrao(), pedido); }
     TCodigoDeSaida operator()(const TPedeRemoveAlias& pedido) const { return RemoveAlias(AmbientePadrao(), pedido); }
     TCodigoDeSaida operator()(const TPedeTestaAlias& pedido) const { return TestaAlias(AmbientePadrao(), pedido); }
+    TCodigoDeSaida operator()(const TPedePlano& pedido) const { return MostraPlano(AmbientePadrao(), pedido); }
     TCodigoDeSaida operator()(const TPedeJanela& pedido) { return Abre({pedido.argumento, {}}); }
     TCodigoDeSaida operator()(const TPedeAtualizacao& pedido) { return Abre({pedido.alias + ";", pedido.pacote}); }
     TCodigoDeSaida operator()(const TUsoIncorreto& pedido) const {

@@ -8,6 +8,8 @@ enum class TCodigoDeSaida {
     ComErros = 1,      // finished, and an error was reported
     Encerrada = 2,     // ended early: package, refused confirmation, connected users, another run
     SemConexao = 3,    // no settings file, unknown alias or no connection
+    ComMudancas = 10,  // a plan: there is something to do
+    ComAchados = 11,   // a plan or a check: somebody should look at what was found
     UsoIncorreto = 64  // arguments
 };
 

@@ -1,0 +1,55 @@
+#include "ComandosDeBanco.h"
+
+#include <iostream>
+
+#include "PlanoEmTexto.h"
+#include "PreencheDados.h"
+#include "TelaDoConsole.h"
+
+namespace wkd {
+
+namespace {
+
+TCodigoDeSaida Falha(std::string_view texto, TCodigoDeSaida codigo) {
+    EscreveNosErros(texto);
+    return codigo;
+}
+
+/// Opens the alias and hands the data module over. What fails before is "no connection", behind it "ended early".
+template <class F>
+TCodigoDeSaida NoAlias(const TAmbiente& ambiente, const std::string& alias, F&& comando) {
+    TTelaDoConsole tela;
+    TEstado estado;
+    std::optional<TDataModulo> dm;
+    try {
+        dm.emplace(TAliases(LocalizaIni(ambiente.locais)), tela);
+        const TDadosDoAlias dados = PreencheDados(*dm, estado, alias);
+        if (!dm->SQLConnection1.Connected()) return Falha(dados.erro, TCodigoDeSaida::SemConexao);
+    } catch (const std::exception& erro) {
+        return Falha(erro.what(), TCodigoDeSaida::SemConexao);
+    }
+    try {
+        return comando(*dm, estado);
+    } catch (const std::exception& erro) {
+        return Falha(erro.what(), TCodigoDeSaida::Encerrada);
+    }
+}
+
+}  // namespace
+
+TCodigoDeSaida MostraPlano(const TAmbiente& ambiente, const TPedePlano& pedido) {
+    return NoAlias(ambiente, pedido.alias, [&](TDataModulo& dm, const TEstado& estado) {
+        TOpcoes opcoes;
+        opcoes.alias = pedido.alias;
+        opcoes.pacote = pedido.pacote;
+        opcoes.temporaria = ambiente.temporaria;
+        opcoes.pastaPrograma = ambiente.pastaPrograma;
+        const auto plano = Planeja(dm, opcoes, estado);
+        if (!plano) return TCodigoDeSaida::Encerrada;
+        std::cout << (pedido.json ? PlanoEmJson(*plano) : PlanoEmTexto(*plano)) << std::flush;
+        if (!plano->Muda()) return TCodigoDeSaida::Sucesso;
+        return plano->TemAchados() ? TCodigoDeSaida::ComAchados : TCodigoDeSaida::ComMudancas;
+    });
+}
+
+}  // namespace wkd
