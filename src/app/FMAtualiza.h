@@ -11,6 +11,7 @@
 #include "Navegacao.h"
 #include "Preferencias.h"
 #include "TelaDaJanela.h"
+#include "TelaRegistrada.h"
 
 class QLabel;
 class QPushButton;
@@ -86,6 +87,7 @@ class TFMAtualiza : public QDialog {
     void btAtualizarClick();
     TCodigoDeSaida Executa();
     void NoBanco(const std::function<void()>& trabalho);
+    void Relata(TEvidencia evidencia);
     void Conclui();
     TOpcoes Opcoes() const;
     void Button1Click();
@@ -95,6 +97,7 @@ class TFMAtualiza : public QDialog {
     void AbrirLog();
 
     TMeios meios_;
+    TTelaRegistrada registrada_;  // the engine's way to the window's screen
     TInicio inicio_;
     TClienteHttp* http_;
     std::unique_ptr<TDataModulo> dm_;

@@ -10,6 +10,7 @@
 #include "PaginaAtualizacao.h"
 #include "PaginaBackup.h"
 #include "PaginaOpcoes.h"
+#include "RelatorioDaExecucao.h"
 #include "SegundoPlano.h"
 #include "TextoQt.h"
 
@@ -43,9 +44,23 @@ TCodigoDeSaida TFMAtualiza::Executa() {
         return TCodigoDeSaida::Encerrada;
     }
     TFimDaAtualizacao fim{};
-    NoBanco([&, opcoes = Opcoes()] { fim = TAtualizacao(*dm_, opcoes, estado_).Executa(); });
+    NoBanco([&, opcoes = Opcoes()] {
+        registrada_.RetiraErros();
+        TAtualizacao atualizacao(*dm_, opcoes, estado_);
+        fim = atualizacao.Executa();
+        Relata(atualizacao.Evidencia());
+    });
     if (fim == TFimDaAtualizacao::Encerrada) return TCodigoDeSaida::Encerrada;
     return meios_.tela.HouveErro() ? TCodigoDeSaida::ComErros : TCodigoDeSaida::Sucesso;
+}
+
+void TFMAtualiza::Relata(TEvidencia evidencia) {
+    evidencia.erros = registrada_.RetiraErros();
+    try {
+        GravaRelatorio(evidencia, meios_.ambiente.pastaPrograma);
+    } catch (const std::exception& erro) {
+        registrada_.Memo2(std::string("O relatório não foi gravado: ") + erro.what());
+    }
 }
 
 /// The work has the connection for itself: the pages that use it rest, and the window stays open.

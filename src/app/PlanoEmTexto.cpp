@@ -97,19 +97,6 @@ TJson EmJson(const TPlanoDaTabela& tabela) {
 
 }  // namespace
 
-std::string_view NomeDaAcao(TAcaoDaTabela acao) {
-    switch (acao) {
-        case TAcaoDaTabela::Cria:
-            return "criar";
-        case TAcaoDaTabela::Altera:
-            return "alterar";
-        case TAcaoDaTabela::Reconstroi:
-            return "reconstruir";
-        default:
-            return "nada";
-    }
-}
-
 std::string PlanoEmTexto(const TPlano& plano) {
     std::string texto = "Plano da atualização de " + plano.alias + " com " + plano.pacote + "\nBanco: " + plano.banco +
                         " (" + plano.servidor + ")\n\n";

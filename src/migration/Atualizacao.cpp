@@ -1,6 +1,7 @@
 #include "Atualizacao.h"
 
 #include <algorithm>
+#include <chrono>
 
 #include "ArquivosSistema.h"
 #include "AtualizaSistema.h"
@@ -30,13 +31,26 @@ TAtualizacao::TAtualizacao(TDataModulo& dm, const TOpcoes& opcoes, TEstado& esta
 }
 
 TFimDaAtualizacao TAtualizacao::Executa() {
+    TFimDaAtualizacao fim = TFimDaAtualizacao::Encerrada;
     try {
+        Identifica();
         TPastaDeTrabalho pasta(ctx_.opcoes.temporaria);
-        return Corre(pasta);
+        fim = Corre(pasta);
     } catch (const std::exception& erro) {
         ctx_.Tela().Informacao(erro.what());
-        return TFimDaAtualizacao::Encerrada;
     }
+    ctx_.evidencia.fim = Agora();
+    ctx_.evidencia.concluida = fim == TFimDaAtualizacao::Concluida;
+    return fim;
+}
+
+void TAtualizacao::Identifica() {
+    TEvidencia& evidencia = ctx_.evidencia;
+    evidencia.inicio = Agora();
+    evidencia.alias = ctx_.opcoes.alias;
+    evidencia.pacote = ctx_.opcoes.pacote.string();
+    evidencia.banco = ctx_.dm.SQLConnection1.RetornaDadosConexao().Texto();
+    evidencia.servidor = ctx_.Conexao().VersaoServidor();
 }
 
 TFimDaAtualizacao TAtualizacao::Corre(TPastaDeTrabalho& pasta) {
@@ -168,12 +182,17 @@ void TAtualizacao::Encerra() {
 
 template <class F>
 void TAtualizacao::Passo(std::string_view nome, F&& passo) {
+    const auto inicio = std::chrono::steady_clock::now();
+    std::string falha;
     try {
         ctx_.Tela().ProcessaMensagens();
         passo();
     } catch (const std::exception& erro) {
+        falha = erro.what();
         Reporta(nome, erro);
     }
+    const std::chrono::duration<double> tempo = std::chrono::steady_clock::now() - inicio;
+    ctx_.evidencia.passos.push_back({std::string(nome), tempo.count(), falha});
 }
 
 void TAtualizacao::Reporta(std::string_view acao, const std::exception& erro) {

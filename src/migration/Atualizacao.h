@@ -21,8 +21,11 @@ class TAtualizacao {
     TAtualizacao(TDataModulo& dm, const TOpcoes& opcoes, TEstado& estado);
 
     TFimDaAtualizacao Executa();
+    /// What Executa did; without the errors, which go through the screen.
+    const TEvidencia& Evidencia() const { return ctx_.evidencia; }
 
   private:
+    void Identifica();
     TFimDaAtualizacao Corre(TPastaDeTrabalho& pasta);
     void Inicia();
     bool Confirma();

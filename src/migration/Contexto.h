@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "DataModulo.h"
+#include "Evidencia.h"
 #include "Opcoes.h"
 
 namespace wkd {
@@ -23,6 +24,7 @@ struct TContexto {
     std::string tabelaAtual;
     std::string acaoAtual;
     bool repeteTabela = false;  // the table met a failure that may pass: the next run analyses it again
+    TEvidencia evidencia = {};
 
     ITela& Tela() { return dm.Tela(); }
     TConnection& Conexao() { return dm.SQLConnection1; }

@@ -1,6 +1,7 @@
 #include "Correcoes.h"
 
 #include <algorithm>
+#include <chrono>
 
 #include "CorrecaoCodReceber.h"
 #include "CorrecoesLista.h"
@@ -38,11 +39,14 @@ bool ExecutaQuery(TContexto& ctx, const TCorrecao& correcao) {
     ctx.Tela().Memo1("Executando Query: " + nome);
     ctx.Tela().ProcessaMensagens();
     std::string erro;
+    const auto inicio = std::chrono::steady_clock::now();
     try {
         Executa(ctx, correcao);
     } catch (const std::exception& e) {
         erro = "Erro rodando a query: " + nome + " | Erro: " + e.what();
     }
+    ctx.evidencia.correcoes.push_back(
+        {nome, std::chrono::duration<double>(std::chrono::steady_clock::now() - inicio).count(), erro});
     GravaParametro(kSecao, nome, "SIM", &ctx.Conexao());
     if (!erro.empty()) ctx.Tela().Memo1(erro);
     return true;

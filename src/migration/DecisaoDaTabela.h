@@ -3,13 +3,12 @@
 #include <string>
 #include <vector>
 
+#include "AcaoDaTabela.h"
 #include "Comparacao.h"
 #include "Contexto.h"
 #include "MarcaDeAnalise.h"
 
 namespace wkd {
-
-enum class TAcaoDaTabela { Nada, Cria, Altera, Reconstroi };
 
 /// What a run does with one table, and why.
 struct TDecisaoDaTabela {

@@ -91,6 +91,7 @@ bool CriaTabelaComIndices(TContexto& ctx, std::string_view tabela) {
     TTB& tb = ctx.dm.Atualiza;
     const std::string nome(tabela);
     const bool criada = tb.CriaTabela(nome, false);
+    ctx.evidencia.Comando({tb.ComandoCriaTabela(nome, false), "", tb.Erro()});
     if (!criada) ctx.Tela().SetLog(tb.Erro(), nome, "Criando tabela: " + nome);
     ctx.dm.AtualizaListaDeTabelas();
     if (!criada) return false;

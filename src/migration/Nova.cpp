@@ -139,7 +139,9 @@ void TReconstrucao::GuardaObjetos() {
 
 bool TReconstrucao::Apaga() {
     if (!existe_) return true;
-    if (const TResultado apagada = ctx_.dm.Executa("drop table " + tabela_); !apagada) {
+    const TResultado apagada = ctx_.dm.Executa("drop table " + tabela_);
+    ctx_.evidencia.Comando({"drop table " + tabela_, "", apagada.Mensagem()});
+    if (!apagada) {
         return Tenta(
             [&] {
                 if (apagada.Erro().ConexaoPerdida()) throw apagada.Erro();

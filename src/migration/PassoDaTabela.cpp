@@ -5,6 +5,7 @@
 #include "EstadoDaReconstrucao.h"
 #include "FimDaReconstrucao.h"
 #include "Nova.h"
+#include "RegistroDaTabela.h"
 #include "Texto.h"
 
 namespace wkd {
@@ -20,6 +21,7 @@ void TPassoDaTabela::Executa() {
 
     if (tabela_.empty()) return;
     decisao_ = DecideTabela(ctx_, marcas_);
+    const TRegistroDaTabela registro(ctx_, tabela_, decisao_);
     if (ctx_.dm.ExisteTabela(tabela_)) TabelaExistente();
     if (decisao_.acao == TAcaoDaTabela::Cria) TabelaNova();
     if (Reconstroi()) Nova(ctx_, tabela_);

@@ -3,10 +3,12 @@
 namespace wkd {
 
 TResultado ExecutaPendente(TContexto& ctx, std::string_view tabela, const TComandoPendente& comando) {
+    std::string executado;
     TResultado resultado = ctx.dm.Executa(comando.texto);
     if (!resultado && resultado.Erro().Falha() == TFalha::Sintaxe && !comando.alternativa.empty())
-        resultado = ctx.dm.Executa(comando.alternativa);
+        resultado = ctx.dm.Executa(executado = comando.alternativa);
     ctx.dm.EsqueceColunas(tabela);
+    ctx.evidencia.Comando({comando.texto, executado, resultado.Mensagem()});
     return resultado;
 }
 

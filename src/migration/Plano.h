@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "AcaoDaTabela.h"
 #include "Achado.h"
 #include "DecisaoDaTabela.h"
 

@@ -1,0 +1,82 @@
+#include "Providencia.h"
+
+#include "Texto.h"
+
+namespace wkd {
+
+namespace {
+
+/// The first row with a text that the message holds counts. In capitals.
+struct TRegra {
+    std::string_view texto, providencia;
+};
+
+constexpr std::string_view kFeche =
+    "Feche o sistema em todas as estações e os outros programas que usam o banco, e rode a atualização de novo.";
+constexpr std::string_view kRepetidos =
+    "Corrija os registros repetidos (--plano mostra exemplos) e rode a atualização de novo.";
+constexpr std::string_view kRejeitados =
+    "Veja os registros em AtualizaWKD.rejeitados.jsonl, corrija a causa e lance-os de novo no sistema.";
+constexpr std::string_view kPacote = "Peça um pacote completo a quem o forneceu e rode a atualização de novo.";
+constexpr std::string_view kDisco = "Libere espaço no disco, ou dê permissão de gravação na pasta, e rode de novo.";
+
+constexpr TRegra kRegras[] = {
+    {"TOO MANY VERSIONS", "Faça backup e restauração do banco, o que zera as versões da tabela, e rode de novo."},
+    {"IS IN USE", kFeche},
+    {"EM USO POR OUTRA CONEX", kFeche},
+    {"LOCK CONFLICT", kFeche},
+    {"LOCK TIME", kFeche},
+    {"DEADLOCK", kFeche},
+    {"USUÁRIOS FECHEM O SISTEMA", kFeche},
+    {"PODE ESTAR EM USO", kFeche},
+    {"OUTRA ATUALIZAÇÃO", "Espere a outra atualização terminar e rode de novo."},
+    {"DEPENDEM DELA", "Apague ou desfaça o que depende da tabela, rode de novo e recrie depois."},
+    {"CONTEÚDO DIFERENTE", "Não apague a tabela de backup \"B\" + nome: chame o suporte com este relatório."},
+    {"Nº DE REGISTROS ANTES",
+     "Não apague a tabela de backup \"B\" + nome; confira AtualizaWKD.rejeitados.jsonl e chame o suporte."},
+    {"RECONSTRUÇÃO NÃO CONCLUÍDA",
+     "Rode a atualização de novo: ela continua da tabela de backup, onde estão todos os registros."},
+    {"COLUNAS QUE FICARAM SÓ EM", "Guarde a tabela de backup enquanto o conteúdo dessas colunas for preciso."},
+    {"GATILHOS NÃO RECRIADOS", "Recrie os gatilhos a partir da fonte em AtualizaWKD.rejeitados.jsonl."},
+    {"RESTRIÇÕES NÃO RECRIADAS", "Recrie as restrições listadas, se ainda forem precisas."},
+    {"REPETIDO", kRepetidos},
+    {"DUPLICATE", kRepetidos},
+    {"PRIMARY OR UNIQUE KEY", kRepetidos},
+    {"SEM VALOR", "Preencha os valores que faltam na chave e rode a atualização de novo."},
+    {"TRUNCATION", kRejeitados},
+    {"CONVERSION ERROR", kRejeitados},
+    {"NÃO CABE NA COLUNA", kRejeitados},
+    {"NÃO FOI POSSÍVEL GRAVAR", kDisco},
+    {"PERMISSÃO DE GRAVAÇÃO", kDisco},
+    {"NO SPACE LEFT", kDisco},
+    {"NO PERMISSION", "Use no alias um usuário que possa alterar tabelas (o dono do banco) e rode de novo."},
+    {"PACOTE", kPacote},
+    {"ARQUIVO DE ATUALIZ", "Confira o caminho do pacote e rode a atualização de novo."},
+    {"COLUMN UNKNOWN", "Confira se o pacote é desta versão do sistema; se for, chame o suporte."},
+    {"TABLE UNKNOWN", "Confira se o pacote é desta versão do sistema; se for, chame o suporte."},
+    {"CONNECTION", "Confira o servidor e a rede e rode de novo: a atualização continua de onde parou."},
+    {"CONEXÃO", "Confira o servidor e a rede e rode de novo: a atualização continua de onde parou."},
+};
+
+/// Small letters with accents as capitals, too.
+std::string ComMaiusculas(std::string_view texto) {
+    std::string maiusculas = Maiusculas(texto);
+    for (std::size_t i = 0; i + 1 < maiusculas.size(); ++i) {
+        const auto segundo = static_cast<unsigned char>(maiusculas[i + 1]);
+        if (static_cast<unsigned char>(maiusculas[i]) == 0xC3 && segundo >= 0xA0 && segundo != 0xB7)
+            maiusculas[i + 1] = static_cast<char>(segundo - 0x20);
+    }
+    return maiusculas;
+}
+
+}  // namespace
+
+std::string_view Providencia(std::string_view mensagem) {
+    const std::string texto = ComMaiusculas(mensagem);
+    for (const TRegra& regra : kRegras)
+        if (texto.find(regra.texto) != std::string::npos) return regra.providencia;
+    return "Corrija a causa e rode a atualização de novo: ela continua de onde parou. Se repetir, chame o suporte com "
+           "este relatório.";
+}
+
+}  // namespace wkd

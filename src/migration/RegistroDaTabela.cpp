@@ -1,0 +1,57 @@
+#include "RegistroDaTabela.h"
+
+#include "TBComandos.h"
+#include "Texto.h"
+#include "WKDQuery.h"
+
+namespace wkd {
+
+std::string HashDoConteudo(TConnection& conexao, const std::string& tabela) {
+    if (conexao.TipoBanco() != TTipoBanco::tbInterbase) return "";
+    std::vector<std::string> partes;
+    for (const TColunaFisica& coluna : conexao.Colunas(tabela))
+        partes.push_back("coalesce(hash(" + Identificador(coluna.nome, conexao.TipoBanco()) + "), 'n')");
+    if (partes.empty()) return "";
+    TWKDQuery q(conexao, "select coalesce(sum(mod(hash(" + Junta(partes, " || '.' || ") +
+                             "), 2147483647)), 0) as TOTAL from " + tabela);
+    q.Open();
+    return q.Texto("TOTAL");
+}
+
+TRegistroDaTabela::TRegistroDaTabela(TContexto& ctx, const std::string& tabela, const TDecisaoDaTabela& decisao)
+    : ctx_(ctx), tabela_(tabela), mexe_(decisao.acao != TAcaoDaTabela::Nada) {
+    TTabelaRegistrada registrada;
+    registrada.nome = tabela;
+    registrada.acao = decisao.acao;
+    registrada.motivo = decisao.motivo;
+    if (mexe_ && ctx.dm.ExisteTabela(tabela))
+        registrada.antes = Conta(tabela);
+    else if (decisao.acao == TAcaoDaTabela::Reconstroi)
+        registrada.antes = Conta(NomeDaBackup(tabela));
+    else if (mexe_)
+        registrada.antes = 0;
+    ctx.evidencia.tabelas.push_back(std::move(registrada));
+}
+
+TRegistroDaTabela::~TRegistroDaTabela() {
+    TTabelaRegistrada& registrada = ctx_.evidencia.tabelas.back();
+    registrada.segundos = std::chrono::duration<double>(std::chrono::steady_clock::now() - inicio_).count();
+    if (!mexe_ || !ctx_.dm.ExisteTabela(tabela_)) return;
+    registrada.depois = Conta(tabela_);
+    if (!registrada.depois || *registrada.depois > kLinhasDoHash) return;
+    try {
+        registrada.hash = HashDoConteudo(ctx_.Conexao(), tabela_);
+    } catch (const std::exception&) {
+        registrada.hash.clear();
+    }
+}
+
+std::optional<std::int64_t> TRegistroDaTabela::Conta(const std::string& tabela) {
+    try {
+        return ContaRegistros(ctx_.Conexao(), "select count(*) as total from " + tabela);
+    } catch (const std::exception&) {
+        return std::nullopt;
+    }
+}
+
+}  // namespace wkd
