@@ -1,0 +1,248 @@
+// The plan of an update, from outside: what it says, what it finds, and that the update then does just that.
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <nlohmann/json.hpp>
+
+#include "Arquivos.h"
+#include "Linhas.h"
+#include "ProgramaApoio.h"
+#include "Retrato.h"
+
+namespace wkd {
+namespace {
+
+namespace fs = std::filesystem;
+using TJson = nlohmann::json;
+
+TJson Plano(const TProgramaInstalado& loja, int codigo) {
+    const auto saida = loja.Roda({"--plano", "LOJA", "pacote.zip", "--json"});
+    EXPECT_EQ(saida.codigo, codigo) << saida.saida << saida.erros;
+    return TJson::parse(saida.saida, nullptr, false);
+}
+
+const TJson& Tabela(const TJson& json, const std::string& nome) {
+    for (const auto& tabela : json.at("tabelas"))
+        if (tabela.at("tabela") == nome) return tabela;
+    throw std::out_of_range(nome);
+}
+
+/// Decision, reason and statements of every table, one a line.
+std::string Decisoes(const TJson& json) {
+    std::string texto;
+    for (const auto& tabela : json.at("tabelas")) {
+        texto += tabela.at("tabela").get<std::string>() + " " + tabela.at("acao").get<std::string>() + " " +
+                 tabela.at("motivo").get<std::string>() + "\n";
+        for (const auto& comando : tabela.at("comandos"))
+            texto += "  " + (comando.is_object() ? comando.at("texto") : comando).get<std::string>() + "\n";
+    }
+    return texto;
+}
+
+void NoPacote(const TProgramaInstalado& loja, const std::string& arquivo, const std::string& de,
+              const std::string& para) {
+    std::string texto = loja.Arquivo("fontes/" + arquivo);
+    const auto onde = texto.find(de);
+    ASSERT_NE(onde, std::string::npos) << de;
+    loja.Escreve("fontes/" + arquivo, texto.replace(onde, de.size(), para));
+    loja.Empacota();
+}
+
+struct TCenario {
+    const char* nome;
+    std::function<void(const TProgramaInstalado&)> prepara;
+};
+
+TEST(Plano, a_atualizacao_decide_e_comanda_o_que_o_plano_disse) {
+    const TCenario cenarios[] = {
+        {"an older release", [](auto&) {}},
+        {"a text of 2000 characters, narrowed before the tables",
+         [](auto& loja) {
+             const auto banco = loja.Banco();
+             banco->ExecuteDirect("alter table TPRODUTO add OBS varchar(2500)");
+             banco->ExecuteDirect(
+                 "insert into SATRIB (ARQUIVO, SEQUENCIA, NOME, TIPO, TAMANHO, CHAVE_DE_PESQUISA) values ('TPRODUTO', "
+                 "9, 'OBS', 'ftString', 2500, 0)");
+             NoPacote(loja, "SAtrib.WKD", "<ROW ARQUIVO=\"TPRODUTO\" SEQUENCIA=\"8\"",
+                      "<ROW ARQUIVO=\"TPRODUTO\" SEQUENCIA=\"9\" NOME=\"OBS\" TIPO=\"ftString\" TAMANHO=\"1995\" "
+                      "CHAVE_DE_PESQUISA=\"0\"/><ROW ARQUIVO=\"TPRODUTO\" SEQUENCIA=\"8\"");
+         }},
+        {"a mark of a rebuild, a mark of an analysis, a table registered twice",
+         [](auto& loja) {
+             const auto banco = loja.Banco();
+             banco->ExecuteDirect("update SARQUIVO set VERSAO = -1 where NOME_ARQUIVO = 'TCIDADE'");
+             banco->ExecuteDirect("insert into TINI values ('AtualizaTabela', 'TESTADO', 'SIM')");
+             banco->ExecuteDirect("alter table SARQUIVO drop constraint PK_SARQUIVO");
+             banco->ExecuteDirect("insert into SARQUIVO select * from SARQUIVO where NOME_ARQUIVO = 'TUNIDADE'");
+         }},
+        {"a key column more, a column that is gone",
+         [](auto& loja) {
+             NoPacote(loja, "SAtrib.WKD",
+                      "ARQUIVO=\"TVENDA_ITENS\" SEQUENCIA=\"3\" NOME=\"COD_PRODUTO\" "
+                      "TIPO=\"ftString\" TAMANHO=\"15\" CHAVE_DE_PESQUISA=\"0\"",
+                      "ARQUIVO=\"TVENDA_ITENS\" SEQUENCIA=\"3\" NOME=\"COD_PRODUTO\" TIPO=\"ftString\" TAMANHO=\"15\" "
+                      "CHAVE_DE_PESQUISA=\"1\"");
+             loja.Banco()->ExecuteDirect("alter table TPRODUTO drop UNIDADE");
+         }},
+    };
+    for (const auto& [nome, prepara] : cenarios) {
+        SCOPED_TRACE(nome);
+        const TProgramaInstalado loja;
+        prepara(loja);
+        const auto saida = loja.Roda({"--plano", "LOJA", "pacote.zip", "--json"});
+        ASSERT_TRUE(saida.codigo == 10 || saida.codigo == 11) << saida.erros;
+        const auto plano = TJson::parse(saida.saida);
+
+        const auto atualizacao = loja.Atualiza();
+        ASSERT_LE(atualizacao.codigo, 1) << atualizacao.erros;
+        const auto relatorio = TJson::parse(loja.Arquivo("AtualizaWKD.relatorio.json"));
+        EXPECT_EQ(Decisoes(plano), Decisoes(relatorio));
+        for (const auto& tabela : plano.at("tabelas")) {
+            if (!tabela.contains("registros")) continue;
+            EXPECT_EQ(tabela.at("registros"), Tabela(relatorio, tabela.at("tabela")).at("registrosAntes"));
+        }
+
+        const auto depois = Plano(loja, 0);
+        EXPECT_FALSE(depois.at("muda").get<bool>()) << depois.dump(1);
+    }
+}
+
+/// Pages of a database file but those in which the server counts its transactions, which a reader has, too.
+std::string PaginasDeDados(const std::string& arquivo) {
+    constexpr std::size_t kPagina = 8192;
+    constexpr char kCabecalho = 1, kTransacoes = 3;
+    std::string paginas;
+    for (std::size_t i = 0; i < arquivo.size(); i += kPagina)
+        if (arquivo[i] != kCabecalho && arquivo[i] != kTransacoes) paginas += arquivo.substr(i, kPagina);
+    return paginas;
+}
+
+TEST(Plano, nao_muda_nada_no_banco_nem_precisa_poder) {
+    const TProgramaInstalado loja;
+    const std::string antes = loja.Arquivo("loja.fdb");
+    Plano(loja, 10);
+    const std::string depois = loja.Arquivo("loja.fdb");
+    EXPECT_EQ(antes.size(), depois.size());
+    EXPECT_TRUE(PaginasDeDados(antes) == PaginasDeDados(depois));
+    EXPECT_EQ(loja.Arquivo("tmp/AtualWkd.lock"), "");
+    EXPECT_FALSE(fs::exists(loja / "AtualizaWKD.log"));
+    EXPECT_FALSE(fs::exists(loja / "erroCria.sql"));
+
+    // A database that takes no write at all: the server refuses every one, and its file stays as it is to the byte.
+    ASSERT_EQ(std::system(("gfix -mode read_only '" + (loja / "loja.fdb").string() + "'").c_str()), 0);
+    const std::string soLeitura = loja.Arquivo("loja.fdb");
+    const auto plano = Plano(loja, 11);
+    EXPECT_TRUE(soLeitura == loja.Arquivo("loja.fdb"));
+    EXPECT_NE(plano.dump().find("read-only"), std::string::npos);  // what an update would meet
+}
+
+struct TProblema {
+    const char* tabela;
+    const char* tipo;
+    int quantos;
+    const char* exemplo;  // part of it
+    std::function<void(const TProgramaInstalado&)> causa;
+};
+
+void ChaveDeProdutoViraUnidade(const TProgramaInstalado& loja) {
+    NoPacote(loja, "SAtrib.WKD", "NOME=\"UNIDADE\" TIPO=\"ftString\" TAMANHO=\"5\" CHAVE_DE_PESQUISA=\"0\"",
+             "NOME=\"UNIDADE\" TIPO=\"ftString\" TAMANHO=\"5\" CHAVE_DE_PESQUISA=\"1\"");
+    NoPacote(
+        loja, "SAtrib.WKD",
+        "ARQUIVO=\"TPRODUTO\" SEQUENCIA=\"1\" NOME=\"CODIGO\" TIPO=\"ftString\" TAMANHO=\"15\" CHAVE_DE_PESQUISA=\"1\"",
+        "ARQUIVO=\"TPRODUTO\" SEQUENCIA=\"1\" NOME=\"CODIGO\" TIPO=\"ftString\" TAMANHO=\"15\" "
+        "CHAVE_DE_PESQUISA=\"0\"");
+}
+
+TEST(Plano, acha_nos_dados_o_que_a_mudanca_nao_aceita) {
+    const TProblema problemas[] = {
+        {"TCONTAS_REC", "texto-longo", 1, "DOCUMENTO=NF00001, PARCELA=1, HISTORICO=xxx",
+         [](auto& loja) {
+             const auto banco = loja.Banco();
+             banco->ExecuteDirect("alter table TCONTAS_REC alter HISTORICO type varchar(200)");
+             banco->ExecuteDirect("update TCONTAS_REC set HISTORICO = rpad('', 81, 'x') where DOCUMENTO = 'NF00001'");
+             banco->ExecuteDirect("update TCONTAS_REC set HISTORICO = rpad('', 80, 'x') where DOCUMENTO = 'NF00002'");
+         }},
+        {"TVENDA", "nao-converte", 1, "NUMERO=1, TOTAL=doze",
+         [](auto& loja) {
+             const auto banco = loja.Banco();
+             banco->ExecuteDirect("alter table TVENDA drop TOTAL");
+             banco->ExecuteDirect("alter table TVENDA add TOTAL varchar(20)");
+             banco->ExecuteDirect("update TVENDA set TOTAL = iif(NUMERO = 1, 'doze', '12,5')");
+         }},
+        {"TFORNECE", "indice-repetido", 1, "CNPJ=1 (2 registros)",
+         [](auto& loja) {
+             const auto banco = loja.Banco();
+             banco->ExecuteDirect("insert into TFORNECE (CODIGO, CNPJ) values ('X1', '1')");
+             banco->ExecuteDirect("insert into TFORNECE (CODIGO, CNPJ) values ('X2', '1')");
+             banco->ExecuteDirect("insert into TFORNECE (CODIGO) values ('X3')");
+             banco->ExecuteDirect("insert into TFORNECE (CODIGO) values ('X4')");
+             banco->ExecuteDirect("update SARQUIVO set VERSAO = 1 where NOME_ARQUIVO = 'TFORNECE'");
+         }},
+        {"TPRODUTO", "sem-valor", 1, "",
+         [](auto& loja) {
+             ChaveDeProdutoViraUnidade(loja);
+             loja.Banco()->ExecuteDirect("insert into TPRODUTO (CODIGO) values ('SEM')");
+         }},
+        {"TPRODUTO", "chave-repetida", 1, "UNIDADE=",
+         [](auto& loja) {
+             ChaveDeProdutoViraUnidade(loja);
+             loja.Banco()->ExecuteDirect("update TPRODUTO set UNIDADE = 'PC'");
+         }},
+        {"TCLI_CON", "versoes-esgotadas", 253, "",
+         [](auto& loja) {
+             const auto banco = loja.Banco();
+             for (int i = 2; i <= 253; ++i)
+                 banco->ExecuteDirect("alter table TCLI_CON alter FANTASIA type varchar(" + std::to_string(39 + i) +
+                                      ")");
+         }},
+        {"TVENDA", "dependentes", 2, "visão V_VENDA",
+         [](auto& loja) {
+             const auto banco = loja.Banco();
+             banco->ExecuteDirect("create view V_VENDA as select NUMERO from TVENDA");
+             banco->ExecuteDirect(
+                 "create table TFILHA (NUMERO integer, constraint FK_FILHA foreign key (NUMERO) references TVENDA)");
+         }},
+        {"TVENDA", "gatilhos", 1, "G_VENDA",
+         [](auto& loja) {
+             loja.Banco()->ExecuteDirect("create trigger G_VENDA for TVENDA before insert as begin end");
+         }},
+        {"TPRODUTO", "coluna-nao-muda", 0, "",
+         [](auto& loja) {
+             NoPacote(loja, "SAtrib.WKD", "NOME=\"UNIDADE\" TIPO=\"ftString\"", "NOME=\"UNIDADE\" TIPO=\"ftInteger\"");
+         }},
+    };
+    for (const TProblema& problema : problemas) {
+        SCOPED_TRACE(std::string(problema.tabela) + " " + problema.tipo);
+        const TProgramaInstalado loja;
+        problema.causa(loja);
+        const TJson plano = Plano(loja, 11);
+        bool achado = false;
+        for (const auto& a : Tabela(plano, problema.tabela).at("achados")) {
+            if (a.at("tipo") != problema.tipo) continue;
+            achado = true;
+            EXPECT_EQ(a.at("quantos"), problema.quantos) << a.dump();
+            EXPECT_NE(a.at("exemplos").dump().find(problema.exemplo), std::string::npos) << a.dump();
+        }
+        EXPECT_TRUE(achado) << Tabela(plano, problema.tabela).dump(1);
+    }
+}
+
+TEST(Plano, diz_o_que_espera_pelos_usuarios_conectados) {
+    const TProgramaInstalado loja;
+    loja.Banco()->ExecuteDirect("update csenha set flag1 = 1");
+    const TJson plano = Plano(loja, 11);
+    EXPECT_TRUE(plano.at("recusadaPorUsuarios").get<bool>());
+    EXPECT_EQ(Tabela(plano, "TCONTAS_REC").at("exclusivas").size(), 1u);
+    EXPECT_TRUE(loja.Roda({"--plano", "LOJA;", "pacote.zip"}).Diz("seria recusada até que saiam"));
+}
+
+TEST(Plano, termina_com_o_codigo_do_que_falta) {
+    const TProgramaInstalado loja;
+    EXPECT_EQ(loja.Roda({"--plano", "LOJA"}).codigo, 64);
+    EXPECT_EQ(loja.Roda({"--plano", "LOJA", "nenhum.zip"}).codigo, 2);
+    EXPECT_EQ(loja.Roda({"--plano", "NENHUM", "pacote.zip"}).codigo, 3);
+}
+
+}  // namespace
+}  // namespace wkd
