@@ -25,6 +25,7 @@ class TTelaRegistrada : public ITela {
     IBarra& PbGeral() override { return tela_.PbGeral(); }
     void MostraOcupado(std::string_view texto, int percentual) override { tela_.MostraOcupado(texto, percentual); }
     void EscondeOcupado() override { tela_.EscondeOcupado(); }
+    void PastaDoPacote(const std::filesystem::path& pasta) override { tela_.PastaDoPacote(pasta); }
     void ProcessaMensagens() override { tela_.ProcessaMensagens(); }
     void Informacao(std::string_view texto) override;
     bool Confirmacao(std::string_view texto, bool semPessoa) override { return tela_.Confirmacao(texto, semPessoa); }
