@@ -79,6 +79,8 @@ bool THBNConnection::InTransaction() const { return driver_ && driver_->InTransa
 void THBNConnection::MarcaPonto(std::string_view nome) { Driver().MarcaPonto(nome); }
 void THBNConnection::VoltaAoPonto(std::string_view nome) { Driver().VoltaAoPonto(nome); }
 
+std::optional<std::uintmax_t> THBNConnection::EspacoLivre() { return Driver().EspacoLivre(); }
+
 std::unique_ptr<TReserva> THBNConnection::Reserva(std::string_view tabela) { return Driver().Reserva(tabela); }
 
 void THBNConnection::ExecuteDirect(std::string_view sql) {

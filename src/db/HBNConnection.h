@@ -59,6 +59,7 @@ class THBNConnection : public TConnection {
     void MarcaPonto(std::string_view nome) override;
     void VoltaAoPonto(std::string_view nome) override;
     std::unique_ptr<TReserva> Reserva(std::string_view tabela) override;
+    std::optional<std::uintmax_t> EspacoLivre() override;
     /// On Firebird a text that contains "commit" runs nothing: transactions are managed here.
     void ExecuteDirect(std::string_view sql) override;
     std::unique_ptr<TComando> Prepara(std::string_view sql) override;

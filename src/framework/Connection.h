@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -75,6 +76,9 @@ class TConnection {
     /// Keeps every writer, this connection too, out of a table. TErroBanco (EmUso) when one is at work for longer than
     /// 10 s. Null where the driver has no such means.
     virtual std::unique_ptr<TReserva> Reserva(std::string_view /*tabela*/) { return nullptr; }
+
+    /// Bytes that the disk of the database has left; nothing where that cannot be seen from here.
+    virtual std::optional<std::uintmax_t> EspacoLivre() { return std::nullopt; }
 
     /// Runs one statement in a transaction of its own and commits it: it has run only when this returns.
     /// Not inside an open transaction (std::logic_error).

@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "EspacoEmDisco.h"
 #include "Texto.h"
 #include "ValorObrigatorio.h"
 
@@ -130,6 +131,7 @@ void TCopiaDeLinhas::IsolaCampos(TLinha& linha) {
 
 void TCopiaDeLinhas::FechaLote() {
     if (!transacao_) return;
+    ExigeEspacoEmDisco(ctx_);
     try {
         Conta(copia_.pula + resultado_.lidas);
         transacao_->Commit();

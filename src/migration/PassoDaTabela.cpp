@@ -2,6 +2,7 @@
 
 #include "Alteracao.h"
 #include "DicionarioDaTabela.h"
+#include "EspacoEmDisco.h"
 #include "EstadoDaReconstrucao.h"
 #include "FimDaReconstrucao.h"
 #include "Nova.h"
@@ -20,6 +21,7 @@ void TPassoDaTabela::Executa() {
     ctx_.Tela().LblGeral("Analisando Tabela: " + tabela_);
 
     if (tabela_.empty()) return;
+    ExigeEspacoEmDisco(ctx_);
     decisao_ = DecideTabela(ctx_, marcas_);
     const TRegistroDaTabela registro(ctx_, tabela_, decisao_);
     if (ctx_.dm.ExisteTabela(tabela_)) TabelaExistente();

@@ -1,156 +1,17 @@
 // A whole update is cut at every single statement, on copies of one database, and run again.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
 #include <atomic>
 #include <functional>
 #include <mutex>
 #include <thread>
 
-#include "Arquivos.h"
-#include "BancoTemporario.h"
-#include "CompactaZip.h"
-#include "DataPacket.h"
-#include "Retrato.h"
-#include "Texto.h"
-#include "firebird/ConexaoFirebird.h"
+#include "QuedaApoio.h"
 
 namespace wkd {
 namespace {
 
 namespace fs = std::filesystem;
-
-TCampoPacote Campo(const char* nome, TTipoDado tipo, int tamanho = 0) {
-    TCampo campo;
-    campo.nome = nome;
-    campo.tipo = tipo;
-    campo.tamanho = tamanho;
-    return CampoDePacote(campo);
-}
-
-struct TColuna {
-    const char *tabela, *nome, *tipo;
-    int tamanho, chave;
-};
-
-/// The package: TALT is altered in place, TREC rebuilt (its key grows), TNOVA created.
-constexpr TColuna kNovas[] = {
-    {"TALT", "CODIGO", "ftInteger", 0, 1},  {"TALT", "NOME", "ftString", 40, 0},
-    {"TALT", "VALOR", "ftFloat", 0, 0},     {"TALT", "EXTRA", "ftString", 10, 0},
-    {"TREC", "CODIGO", "ftString", 12, 1},  {"TREC", "NOME", "ftString", 30, 0},
-    {"TREC", "QUANDO", "ftDateTime", 0, 0}, {"TREC", "FOTO", "ftBlob", 0, 0},
-    {"TNOVA", "CODIGO", "ftInteger", 0, 1}, {"TNOVA", "NOME", "ftString", 30, 0},
-};
-constexpr TColuna kVelhas[] = {
-    {"TALT", "CODIGO", "ftInteger", 0, 1}, {"TALT", "NOME", "ftString", 20, 0}, {"TALT", "VALOR", "ftInteger", 0, 0},
-    {"TREC", "CODIGO", "ftString", 10, 1}, {"TREC", "NOME", "ftString", 30, 0}, {"TREC", "QUANDO", "ftDateTime", 0, 0},
-    {"TREC", "FOTO", "ftBlob", 0, 0},
-};
-
-constexpr const char* kBanco[] = {
-    "create table SARQUIVO (COD_MODULO varchar(3) not null, NOME_ARQUIVO varchar(50) not null, ULT_MODIFICACAO "
-    "timestamp,"
-    " OBS blob, NOME_TABLE varchar(40), VERSAO integer, primary key (COD_MODULO, NOME_ARQUIVO))",
-    "create table SATRIB (ARQUIVO varchar(50) not null, SEQUENCIA integer, NOME varchar(25) not null, TIPO varchar(25),"
-    " TAMANHO integer, CHAVE_DE_PESQUISA integer, MASCARA varchar(40), COMENTARIO blob, DISCRIMINACAO varchar(40),"
-    " VALOR_PADRAO varchar(20), SOMENTE_LEITURA integer, VISIVEL integer, PREENCHIMENTO_OBRIGATORIO integer,"
-    " INCREMENTO integer, LOOKUP_ARQUIVO varchar(50), LOOKUP_CP_PESQUISA varchar(25), LOOKUP_INDICE varchar(100),"
-    " LOOKUP_CP_CHAVE varchar(25), LOOKUP_CP_RETORNO varchar(25), LOG integer, CALCULO varchar(250),"
-    " primary key (ARQUIVO, NOME))",
-    "create table SINDSEC (ARQUIVO varchar(50), NOME varchar(100), TIPO integer)",
-    "create table SINDSECA (ARQUIVO varchar(50), NOME varchar(100), SEQUENCIA integer, CAMPO varchar(25))",
-    "create table SLOOKUP (ARQUIVO varchar(50), CAMPO varchar(25), CAMPOPAI varchar(25), CAMPOFILHO varchar(25))",
-    "create table SPESQ (ARQUIVO varchar(50), NOMEPESQUISA varchar(50))",
-    "create table SPESQAUX (ARQUIVO varchar(50), NOME varchar(50))",
-    "create table SADMMOD (COD_MODULO varchar(3))",
-    "create table TINI (SESSAO varchar(50), CHAVE varchar(100), VALOR varchar(250))",
-    "create table TRBTABLE (TABLENAME varchar(60), TABLEALIAS varchar(100))",
-    "create table TRBFIELD (TABLENAME varchar(60), FIELDNAME varchar(60), FIELDALIAS varchar(60), DATATYPE "
-    "varchar(100),"
-    " SELECTABLE char(1), SEARCHABLE char(1), SORTABLE char(1), AUTOSEARCH char(1), MANDATORY char(1))",
-    "create table CSENHA (CODIGO integer, FLAG1 integer)",
-    "create table TALT (CODIGO integer not null, NOME varchar(20), VALOR integer, constraint PK_TALT primary key "
-    "(CODIGO))",
-    "create table TREC (CODIGO varchar(10) not null, NOME varchar(30), QUANDO timestamp, FOTO blob,"
-    " constraint PK_TREC primary key (CODIGO))",
-    "create index TALT_NOME on TALT (NOME)",
-    "create index TREC_NOME on TREC (NOME)",
-    "insert into SINDSEC values ('TALT', 'TALT_NOME', 0)",
-    "insert into SINDSECA values ('TALT', 'TALT_NOME', 1, 'NOME')",
-    "insert into SINDSEC values ('TREC', 'TREC_NOME', 0)",
-    "insert into SINDSECA values ('TREC', 'TREC_NOME', 1, 'NOME')",
-    "insert into SINDSEC values ('TNOVA', 'TNOVA_NOME', 1)",
-    "insert into SINDSECA values ('TNOVA', 'TNOVA_NOME', 1, 'NOME')",
-    "insert into SARQUIVO (COD_MODULO, NOME_ARQUIVO, VERSAO) values ('001', 'TALT', 1)",
-    "insert into SARQUIVO (COD_MODULO, NOME_ARQUIVO, VERSAO) values ('001', 'TREC', 1)",
-    "execute block as declare i integer = 0; begin while (i < 30) do begin"
-    " insert into TALT values (:i, 'Nome ' || :i, :i * 7);"
-    " insert into TREC values ('C' || :i, 'Registro ' || :i, dateadd(:i minute to timestamp '2024-01-01 00:00:00'),"
-    " 'conteúdo ' || :i); i = i + 1; end end"};
-
-/// A folder with database, settings file and package; copies of it are cut.
-class TMolde {
-  public:
-    TMolde() {
-        TParametrosConexao parametros = ParametrosFirebird(pasta_ / "loja.fdb");
-        parametros.Adiciona("CharacterSet", "WIN1252");
-        parametros.Adiciona("ForcedWrites", "False");
-        CriaBancoFirebird(parametros, 4096);
-        const auto banco = CriaConexaoFirebird(parametros);
-        banco->Open();
-        for (const char* comando : kBanco) banco->ExecuteDirect(comando);
-        for (const TColuna& c : kVelhas)
-            banco->ExecuteDirect(
-                "insert into SATRIB (ARQUIVO, SEQUENCIA, NOME, TIPO, TAMANHO, CHAVE_DE_PESQUISA) values ('" +
-                std::string(c.tabela) + "', " + std::to_string(&c - kVelhas) + ", '" + c.nome + "', '" + c.tipo +
-                "', " + std::to_string(c.tamanho) + ", " + std::to_string(c.chave) + ")");
-        banco->Close();
-        Empacota();
-    }
-
-    void CopiaPara(const fs::path& destino) const {
-        fs::remove_all(destino);
-        fs::create_directories(destino);
-        fs::copy_file(pasta_ / "loja.fdb", destino / "loja.fdb");
-        fs::copy_file(pasta_ / "pacote.zip", destino / "pacote.zip");
-        EscreveArquivo(destino / "WKD.ini", "[LOJA]\nTipoBanco=tbInterbase\nHostname=\nPath=" + destino.string() +
-                                                "/\nDataBase=loja.fdb\nUser_Name=SYSDBA\nPassword=\n");
-    }
-
-  private:
-    void Empacota() const {
-        TDataPacket tabelas;
-        tabelas.campos = {Campo("COD_MODULO", TTipoDado::Texto, 3), Campo("NOME_ARQUIVO", TTipoDado::Texto, 50),
-                          Campo("VERSAO", TTipoDado::Inteiro)};
-        for (const char* nome : {"TALT", "TREC", "TNOVA"}) tabelas.linhas.push_back({"001", nome, 2});
-        TDataPacket colunas;
-        colunas.campos = {Campo("ARQUIVO", TTipoDado::Texto, 50), Campo("SEQUENCIA", TTipoDado::Inteiro),
-                          Campo("NOME", TTipoDado::Texto, 25),    Campo("TIPO", TTipoDado::Texto, 25),
-                          Campo("TAMANHO", TTipoDado::Inteiro),   Campo("CHAVE_DE_PESQUISA", TTipoDado::Inteiro)};
-        for (const TColuna& c : kNovas)
-            colunas.linhas.push_back({c.tabela, static_cast<int>(&c - kNovas), c.nome, c.tipo, c.tamanho, c.chave});
-        GravaPacote(tabelas, pasta_ / "SARQUIVO.WKD", TFormaPacote::Xml);
-        GravaPacote(colunas, pasta_ / "SATRIB.WKD", TFormaPacote::Binario);
-        EscreveArquivo(pasta_ / "naocria.wkd", "");
-        CompactaZip({pasta_ / "SARQUIVO.WKD", pasta_ / "SATRIB.WKD"}, pasta_ / "pacote.zip");
-    }
-
-    TPastaTemporaria pasta_;
-};
-
-int Corre(const fs::path& pasta, int ultimo, const char* comErro = "") {
-    EscreveArquivo(pasta / "naocria.wkd", "");
-    const int estado = std::system(("cd '" + pasta.string() + "' && '" WKD_CORRIDA "' . " + std::to_string(ultimo) +
-                                    " " + comErro + " >saida.txt 2>>erros.txt")
-                                       .c_str());
-    return WIFEXITED(estado) ? WEXITSTATUS(estado) : -1;
-}
-
-std::string RetratoDe(const fs::path& pasta) {
-    const auto conexao = CriaConexaoFirebird(ParametrosFirebird(pasta / "loja.fdb"));
-    conexao->Open();
-    return Retrato(*conexao);
-}
 
 #if defined(__SANITIZE_ADDRESS__)
 constexpr int kPasso = 13;  // the sanitizers make every run several times slower

@@ -60,7 +60,7 @@ TInstrucaoFirebird::TInstrucaoFirebird(TSessaoFirebird& sessao, TTransacaoFirebi
         colunas_.AlocaLinha();
         return;
     }
-    const auto erro = ErroFirebird(estado, comando);
+    const auto erro = sessao.Erro(estado, comando);
     isc_dsql_free_statement(estado, &handle_, DSQL_drop);
     throw erro;
 }
@@ -68,7 +68,7 @@ TInstrucaoFirebird::TInstrucaoFirebird(TSessaoFirebird& sessao, TTransacaoFirebi
 void TInstrucaoFirebird::Aloca(TSessaoFirebird& sessao, std::string_view comando) {
     TEstadoFirebird estado;
     isc_dsql_allocate_statement(estado, sessao.Banco(), &handle_);
-    Confere(estado, comando);
+    sessao.Confere(estado, comando);
 }
 
 TInstrucaoFirebird::~TInstrucaoFirebird() {
@@ -82,6 +82,7 @@ TComandoFirebird::TComandoFirebird(std::shared_ptr<TSessaoFirebird> sessao, std:
 }
 
 void TComandoFirebird::Prepara() {
+    sessao_->ConfereConexao();
     if (instrucao_ && instrucao_->Geracao() == sessao_->Geracao()) return;
     instrucao_.reset();
     const auto texto = sessao_->TextoSql(analise_.texto);
@@ -101,7 +102,7 @@ void TComandoFirebird::DescreveParametros() {
     TEstadoFirebird estado;
     do {
         isc_dsql_describe_bind(estado, instrucao_->Handle(), SQLDA_VERSION1, entrada_.Da());
-        Confere(estado, sql_);
+        sessao_->Confere(estado, sql_);
     } while (entrada_.Cresce());
     if (entrada_.Quantos() != analise_.posicoes.size())
         throw std::invalid_argument("o comando tem parâmetros sem nome: " + sql_);
@@ -117,7 +118,7 @@ TComandoFirebird::TEspecie TComandoFirebird::PerguntaEspecie() {
     char item = isc_info_sql_stmt_type;
     char resposta[16];
     isc_dsql_sql_info(estado, instrucao_->Handle(), 1, &item, sizeof resposta, resposta);
-    Confere(estado, sql_);
+    sessao_->Confere(estado, sql_);
     switch (NumeroDaInformacao(resposta + 1)) {
         case isc_info_sql_stmt_select:
         case isc_info_sql_stmt_select_for_upd:
@@ -193,7 +194,7 @@ void TComandoFirebird::Roda(TTransacaoFirebird& transacao, XSQLDA* saida) {
         isc_dsql_execute2(estado, transacao.Handle(), instrucao_->Handle(), SQLDA_VERSION1, entrada_.Da(), saida);
     else
         isc_dsql_execute(estado, transacao.Handle(), instrucao_->Handle(), SQLDA_VERSION1, entrada_.Da());
-    Confere(estado, sql_);
+    sessao_->Confere(estado, sql_);
 }
 
 bool TComandoFirebird::Proximo() {
@@ -206,7 +207,7 @@ bool TComandoFirebird::Proximo() {
     const auto codigo = isc_dsql_fetch(estado, instrucao_->Handle(), SQLDA_VERSION1, instrucao_->Colunas().Da());
     if (codigo == 0) return true;
     Fecha();
-    if (codigo != 100) throw ErroFirebird(estado, sql_);
+    if (codigo != 100) throw sessao_->Erro(estado, sql_);
     return false;
 }
 
@@ -280,7 +281,7 @@ std::int64_t TComandoFirebird::LinhasTocadas() {
     char item = isc_info_sql_records;
     char resposta[64] = {};
     isc_dsql_sql_info(estado, instrucao_->Handle(), 1, &item, sizeof resposta, resposta);
-    Confere(estado, sql_);
+    sessao_->Confere(estado, sql_);
     if (resposta[0] != isc_info_sql_records) return 0;
     std::int64_t linhas = 0;
     for (const char* p = resposta + 3; *p != isc_info_end; p += 3 + isc_vax_integer(p + 1, 2))

@@ -1,5 +1,6 @@
 #include "ConexaoFirebird.h"
 
+#include <filesystem>
 #include <stdexcept>
 
 #include "ComandoFirebird.h"
@@ -58,6 +59,13 @@ class TConexaoFirebird : public TConnection {
         return std::make_unique<TReservaFirebird>(sessao_, metadados_.NomeExato(tabela));
     }
 
+    /// The embedded engine's file is on this machine.
+    std::optional<std::uintmax_t> EspacoLivre() override {
+        std::error_code semErro;
+        const auto disco = std::filesystem::space(sessao_->Arquivo().parent_path(), semErro);
+        return semErro ? std::nullopt : std::optional(disco.available);
+    }
+
     void ExecuteDirect(std::string_view sql) override {
         if (InTransaction()) throw std::logic_error("ExecuteDirect dentro de uma transação: " + std::string(sql));
         TTransacaoFirebird transacao(*sessao_, TModo::Escrita);
@@ -92,7 +100,7 @@ class TConexaoFirebird : public TConnection {
         TInstrucaoFirebird instrucao(*sessao_, transacao, sessao_->TextoSql(sql), sql);
         TEstadoFirebird estado;
         isc_dsql_execute(estado, transacao.Handle(), instrucao.Handle(), SQLDA_VERSION1, nullptr);
-        Confere(estado, sql);
+        sessao_->Confere(estado, sql);
     }
 
     std::string conjunto_;

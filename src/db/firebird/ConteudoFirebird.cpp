@@ -19,7 +19,7 @@ constexpr std::string_view kLeitura = "leitura de um blob";
 /// Open blob of a transaction; one that was being written is gone unless Fecha() was called.
 class TBlobAberto {
   public:
-    TBlobAberto() = default;
+    explicit TBlobAberto(TSessaoFirebird& sessao) : sessao_(sessao) {}
     ~TBlobAberto() {
         TEstadoFirebird estado;
         if (handle_ != 0) isc_cancel_blob(estado, &handle_);
@@ -27,10 +27,10 @@ class TBlobAberto {
     TBlobAberto(const TBlobAberto&) = delete;
     TBlobAberto& operator=(const TBlobAberto&) = delete;
 
-    void Abre(TSessaoFirebird& sessao, TTransacaoFirebird& transacao, ISC_QUAD id) {
+    void Abre(TTransacaoFirebird& transacao, ISC_QUAD id) {
         TEstadoFirebird estado;
-        isc_open_blob2(estado, sessao.Banco(), transacao.Handle(), &handle_, &id, 0, nullptr);
-        Confere(estado, kLeitura);
+        isc_open_blob2(estado, sessao_.Banco(), transacao.Handle(), &handle_, &id, 0, nullptr);
+        sessao_.Confere(estado, kLeitura);
     }
 
     /// Next bytes; 0 at the end.
@@ -41,16 +41,16 @@ class TBlobAberto {
         while (lidos == 0) {
             const auto codigo = isc_get_segment(estado, &handle_, &lidos, cabem, destino.data());
             if (codigo == isc_segstr_eof) return 0;
-            if (codigo != isc_segment) Confere(estado, kLeitura);
+            if (codigo != isc_segment) sessao_.Confere(estado, kLeitura);
         }
         return lidos;
     }
 
-    ISC_QUAD Cria(TSessaoFirebird& sessao, TTransacaoFirebird& transacao, std::string_view comando) {
+    ISC_QUAD Cria(TTransacaoFirebird& transacao, std::string_view comando) {
         TEstadoFirebird estado;
         ISC_QUAD id{};
-        isc_create_blob2(estado, sessao.Banco(), transacao.Handle(), &handle_, &id, 0, nullptr);
-        Confere(estado, comando);
+        isc_create_blob2(estado, sessao_.Banco(), transacao.Handle(), &handle_, &id, 0, nullptr);
+        sessao_.Confere(estado, comando);
         return id;
     }
 
@@ -59,17 +59,18 @@ class TBlobAberto {
         for (; !bytes.empty(); bytes.remove_prefix(std::min(bytes.size(), kSegmento))) {
             const auto parte = static_cast<unsigned short>(std::min(bytes.size(), kSegmento));
             isc_put_segment(estado, &handle_, parte, bytes.data());
-            Confere(estado, comando);
+            sessao_.Confere(estado, comando);
         }
     }
 
     void Fecha(std::string_view comando) {
         TEstadoFirebird estado;
         isc_close_blob(estado, &handle_);
-        Confere(estado, comando);
+        sessao_.Confere(estado, comando);
     }
 
   private:
+    TSessaoFirebird& sessao_;
     isc_blob_handle handle_ = 0;
 };
 
@@ -79,8 +80,8 @@ class TLeitorDeBlob : public TLeitorBytes {
     TLeitorDeBlob(std::shared_ptr<TSessaoFirebird> sessao, TTransacaoFirebird* transacao, ISC_QUAD id, TTipoBlob tipo)
         : sessao_(std::move(sessao)), conjunto_(ConjuntoDoNumero(tipo.conjunto)) {
         if (!transacao) propria_.emplace(*sessao_, TTransacaoFirebird::TModo::Leitura);
-        blob_.emplace();
-        blob_->Abre(*sessao_, transacao ? *transacao : *propria_, id);
+        blob_.emplace(*sessao_);
+        blob_->Abre(transacao ? *transacao : *propria_, id);
     }
 
     std::size_t Le(std::span<char> destino) override {
@@ -180,8 +181,8 @@ std::string BytesDoBlob(TTipoBlob tipo, std::string_view bytes) {
 
 ISC_QUAD CriaBlob(TSessaoFirebird& sessao, TTransacaoFirebird& transacao, TLeitorBytes& fonte, TTipoBlob tipo,
                   std::string_view comando) {
-    TBlobAberto blob;
-    const auto id = blob.Cria(sessao, transacao, comando);
+    TBlobAberto blob(sessao);
+    const auto id = blob.Cria(transacao, comando);
     if (ConjuntoDoNumero(tipo.conjunto) != TConjunto::Octetos) {
         EscreveTexto(blob, fonte, tipo, comando);
     } else {

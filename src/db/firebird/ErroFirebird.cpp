@@ -70,6 +70,8 @@ constexpr TFalhaDeCodigo kPorCodigo[] = {
     {isc_net_write_err, TFalha::Conexao},
     {isc_bad_db_handle, TFalha::Conexao},
     {isc_bad_db_format, TFalha::Conexao},
+    {isc_io_error, TFalha::Conexao},
+    {isc_db_corrupt, TFalha::Conexao},
 };
 
 struct TFalhaDeEstado {

@@ -59,7 +59,8 @@ void TSessaoFirebird::Liga(std::string_view conjunto) {
     const auto arquivo = parametros_.Valor("Database");
     TEstadoFirebird estado;
     isc_attach_database(estado, 0, arquivo.c_str(), &banco_, static_cast<short>(bloco.size()), bloco.data());
-    Confere(estado, "");
+    wkd::Confere(estado, "");
+    condenada_.clear();
     ++geracao_;
     nomeDoConjunto_ = conjunto;
     const auto conhecido = ConjuntoDoNome(conjunto);
@@ -79,6 +80,27 @@ void TSessaoFirebird::Desliga() noexcept {
     banco_ = 0;
 }
 
+void TSessaoFirebird::Confere(const ISC_STATUS* estado, std::string_view comando) {
+    if (estado[0] == 1 && estado[1] != 0) throw Erro(estado, comando);
+}
+
+TErroBanco TSessaoFirebird::Erro(const ISC_STATUS* estado, std::string_view comando) {
+    TErroBanco erro = ErroFirebird(estado, comando);
+    if (erro.ConexaoPerdida() && condenada_.empty()) condenada_ = erro.what();
+    return erro;
+}
+
+void TSessaoFirebird::ConfereConexao() {
+    if (condenada_.empty()) return;
+    Desliga();
+    throw TErroBanco({.mensagem = "A conexão com o banco de dados foi encerrada depois do erro: " + condenada_,
+                      .codigoNativo = 0,
+                      .sqlstate = "08003",
+                      .comando = {},
+                      .falha = TFalha::Conexao,
+                      .conexaoPerdida = true});
+}
+
 void TSessaoFirebird::Renova() {
     const std::string conjunto = nomeDoConjunto_;
     Desliga();
@@ -87,10 +109,11 @@ void TSessaoFirebird::Renova() {
 
 TTransacaoFirebird::TTransacaoFirebird(TSessaoFirebird& sessao, TModo modo, std::string_view protegida)
     : sessao_(sessao), modo_(modo) {
+    sessao_.ConfereConexao();
     const auto bloco = BlocoDeTransacao(modo, protegida);
     TEstadoFirebird estado;
     isc_start_transaction(estado, &handle_, 1, sessao.Banco(), static_cast<unsigned short>(bloco.size()), bloco.data());
-    Confere(estado, "start transaction");
+    sessao_.Confere(estado, "start transaction");
     sessao_.abertas_.push_back(this);
 }
 
@@ -103,7 +126,7 @@ void TTransacaoFirebird::Commit(std::string_view comando) {
     if (modo_ == TModo::Escrita) sessao_.Observa("commit");
     TEstadoFirebird estado;
     if (isc_commit_transaction(estado, &handle_) == 0) return;
-    const auto erro = ErroFirebird(estado, comando);
+    const auto erro = sessao_.Erro(estado, comando);
     Rollback();
     if (erro.SqlState() == "22006") sessao_.Renova();
     throw erro;

@@ -3,6 +3,7 @@
 #include <ibase.h>
 
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -35,10 +36,20 @@ class TSessaoFirebird {
     bool Ligada() const { return banco_ != 0; }
 
     isc_db_handle* Banco() { return &banco_; }
+    /// What was attached; no path of this machine when a server has it.
+    std::filesystem::path Arquivo() const { return parametros_.Valor("Database"); }
     /// Grows with every attachment; what was prepared in an older one is gone.
     unsigned Geracao() const { return geracao_; }
     /// Statement text in the connection's character set.
     std::string TextoSql(std::string_view utf8) const { return DeUtf8(conjunto_, utf8); }
+
+    /// Throws the error of a call unless it went well.
+    void Confere(const ISC_STATUS* estado, std::string_view comando);
+    /// The error of a failed call. One that the connection is not to outlive condemns it.
+    TErroBanco Erro(const ISC_STATUS* estado, std::string_view comando);
+    /// Detaches a condemned connection, and throws why. Firebird 3.0 goes on with pages that it could not write, on a
+    /// full disk as well, and may then put them in wrong places: the header of a database was lost in this way.
+    void ConfereConexao();
 
     void DefineObservador(TConnection::TObservador observador) { observador_ = std::move(observador); }
     void Observa(std::string_view comando) const {
@@ -55,6 +66,7 @@ class TSessaoFirebird {
     std::string nomeDoConjunto_;
     TConjunto conjunto_ = TConjunto::Utf8;
     isc_db_handle banco_ = 0;
+    std::string condenada_;  // by this error
     unsigned geracao_ = 0;
     TConnection::TObservador observador_;
     std::vector<TTransacaoFirebird*> abertas_;
