@@ -1,8 +1,14 @@
-Create Table TNOTA_FISCAL (
-SERIE varchar (3) not null ,
-NUMERO integer  not null ,
-COD_CLIENTE varchar (10),
-EMISSAO TIMESTAMP ,
-TOTAL double Precision ,
-CHAVE_ACESSO varchar (44)
+Create Table BTCLI(
+CODIGO integer  not null ,
+NOME varchar (40),
+FANTASIA varchar (30),
+CIDADE varchar (30),
+UF varchar (2),
+DATA TIMESTAMP ,
+VALOR double Precision ,
+LIMITE double Precision ,
+ATIVO integer ,
+VENDEDOR integer ,
+OBS varchar (60),
+FOTO BLOB SUB_TYPE 0 SEGMENT SIZE 80 
  )

@@ -38,38 +38,94 @@ TResultadoDaCopia TCopiaDeLinhas::Executa(std::int64_t linhas) {
     const std::string lista = ListaDaOrigem(colunas_, ctx_.Banco());
     if (lista.empty()) throw std::runtime_error(copia_.origem + " e " + copia_.destino + " não têm colunas em comum");
     insere_ = ctx_.Conexao().Prepara(ComandoInsere(copia_.destino, colunas_, ctx_.Banco()));
-    cursor_ = ctx_.Conexao().Prepara("select " + lista + " from " + copia_.origem + copia_.condicao);
-    cursor_->Abre();
-    for (std::int64_t feita = 0; feita < copia_.pula && cursor_->Proximo();) ++feita;
-    while (cursor_->Proximo()) {
-        Linha();
-        barra.Posicao(barra.Posicao() + 1);
-    }
+    servidor_ = TCopiaNoServidor::Para(ctx_.Conexao(), copia_, colunas_, numeradas_);
+    if (servidor_)
+        PeloServidor();
+    else
+        PeloCliente();
     FechaLote();
-    cursor_.reset();
+    servidor_.reset();
     insere_.reset();
     return std::move(resultado_);
 }
 
-void TCopiaDeLinhas::Linha() {
+void TCopiaDeLinhas::PeloCliente() {
+    const auto cursor = ctx_.Conexao().Prepara("select " + ListaDaOrigem(colunas_, ctx_.Banco()) + " from " +
+                                               copia_.origem + copia_.condicao);
+    cursor->Abre();
+    for (std::int64_t feita = 0; feita < copia_.pula && cursor->Proximo();) ++feita;
+    for (; cursor->Proximo(); Avanca()) {
+        Anuncia();
+        TLinha valores = Le(*cursor);
+        if (!transacao_) transacao_.emplace(ctx_.Conexao());
+        if (Posta(valores)) lote_.push_back({Numero(), {}, std::move(valores)});
+    }
+}
+
+void TCopiaDeLinhas::PeloServidor() {
+    servidor_->Abre();
+    for (std::int64_t feita = 0; feita < copia_.pula && servidor_->Proxima();) ++feita;
+    for (; servidor_->Proxima(); Avanca()) {
+        Anuncia();
+        TLinhaDoLote linha{Numero(), servidor_->Chave(), {}};
+        const bool peloServidor = servidor_->VaiComoEsta();
+        if (!peloServidor) EnviaAoServidor();
+        aoServidor_ += peloServidor;
+        if (peloServidor || Refaz(linha)) lote_.push_back(std::move(linha));
+    }
+}
+
+void TCopiaDeLinhas::Anuncia() {
     ctx_.Tela().ProcessaMensagens();
     if (!copia_.rotulo.empty()) ctx_.Tela().LblAtual(copia_.rotulo);
     ++resultado_.lidas;
-    TLinha linha = Le();
-    if (!transacao_) transacao_.emplace(ctx_.Conexao());
-    if (Posta(linha)) lote_.push_back({std::move(linha), copia_.pula + resultado_.lidas});
+}
+
+void TCopiaDeLinhas::Avanca() {
     if (lote_.size() >= copia_.linhasPorLote) FechaLote();
+    IBarra& barra = ctx_.Tela().PbAtual();
+    barra.Posicao(barra.Posicao() + 1);
 }
 
-TLinha TCopiaDeLinhas::Le() {
-    TLinha linha;
-    linha.reserve(colunas_.size());
-    for (const auto& coluna : colunas_) linha.push_back(coluna.origem ? LeCampo(coluna) : coluna.fixo);
-    return linha;
+/// What the server refuses as a whole is done row by row, so that only an unfit row is missing.
+void TCopiaDeLinhas::EnviaAoServidor() {
+    if (aoServidor_ == 0) return;
+    const auto primeira = lote_.end() - static_cast<std::ptrdiff_t>(std::exchange(aoServidor_, 0));
+    if (!transacao_) transacao_.emplace(ctx_.Conexao());
+    std::string chaves;
+    for (auto linha = primeira; linha != lote_.end(); ++linha) chaves += linha->chave;
+    try {
+        servidor_->Copia(chaves);
+    } catch (const TErroBanco& falha) {
+        if (falha.ConexaoPerdida()) throw;
+        const auto recusada = [this](TLinhaDoLote& linha) { return !Refaz(linha); };
+        lote_.erase(std::remove_if(primeira, lote_.end(), recusada), lote_.end());
+    }
 }
 
-TValor TCopiaDeLinhas::LeCampo(const TColunaDaCopia& coluna) {
-    TValor valor = cursor_->Valor(coluna.lugar);
+/// Stores one row of the source by the client, in the open transaction.
+bool TCopiaDeLinhas::Refaz(TLinhaDoLote& linha) {
+    linha.valores = LePelaChave(linha.chave);
+    if (!transacao_) transacao_.emplace(ctx_.Conexao());
+    return Posta(linha.valores);
+}
+
+TLinha TCopiaDeLinhas::LePelaChave(const std::string& chave) {
+    TComando& linha = servidor_->Linha(chave);
+    TLinha valores = Le(linha);
+    linha.Fecha();
+    return valores;
+}
+
+TLinha TCopiaDeLinhas::Le(TComando& linha) {
+    TLinha valores;
+    valores.reserve(colunas_.size());
+    for (const auto& coluna : colunas_) valores.push_back(coluna.origem ? LeCampo(linha, coluna) : coluna.fixo);
+    return valores;
+}
+
+TValor TCopiaDeLinhas::LeCampo(TComando& linha, const TColunaDaCopia& coluna) {
+    TValor valor = linha.Valor(coluna.lugar);
     return TextoViraBytes(coluna) ? BytesDoTexto(valor, *coluna.origem) : valor;
 }
 
@@ -130,10 +186,11 @@ void TCopiaDeLinhas::IsolaCampos(TLinha& linha) {
 }
 
 void TCopiaDeLinhas::FechaLote() {
+    EnviaAoServidor();
     if (!transacao_) return;
     ExigeEspacoEmDisco(ctx_);
     try {
-        Conta(copia_.pula + resultado_.lidas);
+        Conta(Numero());
         transacao_->Commit();
         transacao_.reset();
     } catch (const TErroBanco& falha) {
@@ -147,15 +204,16 @@ void TCopiaDeLinhas::FechaLote() {
 
 /// Row by row, so that only an unfit one is missing.
 void TCopiaDeLinhas::RefazLote() {
-    std::erase_if(lote_, [this](const TLinhaDoLote& linha) { return !GravaSozinha(linha); });
+    std::erase_if(lote_, [this](TLinhaDoLote& linha) { return !GravaSozinha(linha); });
 }
 
-bool TCopiaDeLinhas::GravaSozinha(const TLinhaDoLote& linha) {
+bool TCopiaDeLinhas::GravaSozinha(TLinhaDoLote& linha) {
+    if (linha.valores.empty()) linha.valores = LePelaChave(linha.chave);
     std::string erro;
     for (int tentativa = 1; tentativa <= kTentativas; ++tentativa) {
         try {
             TTransacao transacao(ctx_.Conexao());
-            Envia(linha.linha);
+            Envia(linha.valores);
             Conta(linha.numero);
             transacao.Commit();
             return true;
@@ -164,7 +222,7 @@ bool TCopiaDeLinhas::GravaSozinha(const TLinhaDoLote& linha) {
             erro = falha.what();
         }
     }
-    RejeitaLinha(linha.linha, erro);
+    RejeitaLinha(linha.valores, erro);
     return false;
 }
 

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ColunasDaCopia.h"
+#include "Connection.h"
+#include "Copia.h"
+
+namespace wkd {
+
+/// Rows that the server copies from table to table without the client seeing their values. They are named by record
+/// number (RDB$DB_KEY of Firebird), which needs no key and costs no index; it holds while nobody writes into the
+/// source.
+class TCopiaNoServidor {
+  public:
+    /// Null where every row needs the client: another kind of server, columns that change their type, or a statement
+    /// that the server does not take. `numeradas`, by column, are those that may get numbers.
+    static std::unique_ptr<TCopiaNoServidor> Para(TConnection& conexao, const TCopia& copia,
+                                                  const std::vector<TColunaDaCopia>& colunas,
+                                                  const std::vector<bool>& numeradas);
+
+    /// Opens the cursor over the source, before its first row.
+    void Abre() { chaves_->Abre(); }
+    bool Proxima() { return chaves_->Proximo(); }
+    /// Record number of the current row.
+    std::string Chave() { return chaves_->Valor(0).ComoBytes(); }
+    /// Whether the current row goes over as it is: nothing missing, to be numbered or too long.
+    bool VaiComoEsta() { return chaves_->Valor(1).ComoInteiro() == 0; }
+
+    /// Stores the rows of these record numbers, one behind the other in `chaves`: all of them, or none and TErroBanco.
+    void Copia(std::string_view chaves);
+    /// A cursor that stands on one row of the source, for a row that is done by the client after all; to be closed.
+    TComando& Linha(std::string_view chave);
+
+  private:
+    TCopiaNoServidor() = default;
+
+    std::unique_ptr<TComando> chaves_, copia_, linha_;
+};
+
+}  // namespace wkd
