@@ -14,6 +14,11 @@ namespace wkd {
 std::vector<TMedida> MedePacotes(TBancada& bancada);
 /// The update with nothing to change, up to the end of the tables.
 std::vector<TMedida> MedeNadaMudou(TBancada& bancada);
+/// Rows of a table into its backup and back, beside raw loops.
+std::vector<TMedida> MedeCopiaEmbutida(TBancada& bancada);
+std::vector<TMedida> MedeCopiaNaRede(TBancada& bancada);
+/// Ten times the rows: time and memory of a rebuild.
+std::vector<TMedida> MedeReconstrucao(TBancada& bancada);
 
 struct TCaso {
     std::string_view nome;  // by which the command line selects it
@@ -21,8 +26,8 @@ struct TCaso {
 };
 
 inline constexpr TCaso kCasos[] = {
-    {"pacotes", MedePacotes},
-    {"nada-mudou", MedeNadaMudou},
+    {"pacotes", MedePacotes},        {"nada-mudou", MedeNadaMudou},      {"copia-embutida", MedeCopiaEmbutida},
+    {"copia-rede", MedeCopiaNaRede}, {"reconstrucao", MedeReconstrucao},
 };
 
 }  // namespace wkd

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "Casos.h"
+#include "Reconstrucao.h"
 
 int main(int quantos, char** argumentos) {
     const std::vector<std::string_view> pedidos(argumentos + 1, argumentos + quantos);
@@ -15,6 +16,10 @@ int main(int quantos, char** argumentos) {
                });
     };
     try {
+        if (pedidos.size() == 2 && pedidos[0] == wkd::kReconstroi) {
+            wkd::ReconstroiEInforma(std::stoi(argumentos[2]));
+            return 0;
+        }
         wkd::TBancada bancada;
         std::puts(wkd::CabecalhoDaTabela().c_str());
         for (const wkd::TCaso& caso : wkd::kCasos) {

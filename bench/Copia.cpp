@@ -1,0 +1,142 @@
+#include "BancoDaCopia.h"
+#include "Casos.h"
+#include "Conferencia.h"
+#include "CriaBackup.h"
+#include "TBComandos.h"
+#include "Texto.h"
+#include "VoltaBackup.h"
+
+namespace wkd {
+
+namespace {
+
+constexpr int kLinhas = 100000;
+constexpr std::size_t kColunasDaCopia = 12;
+const std::string kLista = "CODIGO,NOME,FANTASIA,CIDADE,UF,DATA,VALOR,LIMITE,ATIVO,VENDEDOR,OBS,FOTO";
+
+/// One row after the other: read by its key, inserted, `porLote` of them in a commit. Blobs go through the client when
+/// `blobPeloCliente`, else their numbers are passed on.
+void CopiaPelaChave(TConnection& banco, const std::string& origem, const std::string& destino, int porLote,
+                    bool blobPeloCliente) {
+    const auto chaves = banco.Prepara("select CODIGO from " + origem);
+    const auto linha = banco.Prepara("select " + kLista + " from " + origem + " where CODIGO = :C");
+    const auto insere =
+        banco.Prepara("insert into " + destino + " (" + kLista + ") values (:" + Troca(kLista, ",", ",:") + ")");
+    std::optional<TTransacao> transacao;
+    int noLote = 0;
+    for (chaves->Abre(); chaves->Proximo();) {
+        if (!transacao) transacao.emplace(banco);
+        linha->Atribui(0, chaves->Valor(0));
+        linha->Abre();
+        linha->Proximo();
+        for (std::size_t i = 0; i < kColunasDaCopia; ++i) {
+            const TValor valor = linha->Valor(i);
+            insere->Atribui(i, blobPeloCliente && i + 1 == kColunasDaCopia ? TValor(TBytes{valor.ComoBytes()}) : valor);
+        }
+        linha->Fecha();
+        insere->Executa();
+        if (++noLote < porLote) continue;
+        transacao->Commit();
+        transacao.reset();
+        noLote = 0;
+    }
+    if (transacao) transacao->Commit();
+}
+
+/// As many keys as a batch has rows go to the server in one statement.
+void CopiaPorBlocos(TConnection& banco, const std::string& origem, const std::string& destino, int porLote) {
+    std::string parametros, corpo;
+    for (int i = 0; i < porLote; ++i) {
+        const std::string c = "c" + std::to_string(i);
+        parametros += (i ? "," : "") + c + " integer = :" + c;
+        corpo += "insert into " + destino + " (" + kLista + ") select " + kLista + " from " + origem +
+                 " where CODIGO = :" + c + ";";
+    }
+    const auto bloco = banco.Prepara("execute block (" + parametros + ") as begin " + corpo + " end");
+    const auto chaves = banco.Prepara("select CODIGO from " + origem);
+    const auto envia = [&] {
+        TTransacao transacao(banco);
+        bloco->Executa();
+        transacao.Commit();
+    };
+    int noLote = 0;
+    for (chaves->Abre(); chaves->Proximo();) {
+        bloco->Atribui(static_cast<std::size_t>(noLote), chaves->Valor(0));
+        if (++noLote < porLote) continue;
+        envia();
+        noLote = 0;
+    }
+    if (noLote == 0) return;
+    for (; noLote < porLote; ++noLote) bloco->Atribui(static_cast<std::size_t>(noLote), TValor());
+    envia();
+}
+
+/// Backup into a table without key, and restore into one with it: what `copia` needs for both.
+template <class F>
+double IdaEVolta(TBancoDaCopia& banco, F&& copia) {
+    banco.CriaVazia("IDA", false);
+    banco.CriaVazia("VOLTA", true);
+    double tempo = Cronometra([&] { copia(banco.Conexao(), "TCLI", "IDA", 100); });
+    banco.Executa("create index IDA_CHAVE on IDA (CODIGO)");  // a gift to the raw loops, which find rows by their key
+    tempo += Cronometra([&] { copia(banco.Conexao(), "IDA", "VOLTA", 11); });
+    if (banco.Conta("VOLTA") != banco.Conta("TCLI")) throw std::runtime_error("a cópia crua perdeu registros");
+    banco.Executa("drop table IDA");
+    banco.Executa("drop table VOLTA");
+    return tempo;
+}
+
+/// The same by the update: the backup with its proof, and the restore.
+double NossaIdaEVolta(TBancoDaCopia& banco, double& conferencia) {
+    TContexto& ctx = banco.Contexto();
+    const std::vector<std::string> chave = {"CODIGO"};
+    double tempo = Cronometra([&] { CriaBackup(ctx, "TCLI", chave); });
+    banco.Executa("drop table TCLI");
+    banco.CriaVazia("TCLI", true);
+    tempo += Cronometra([&] { VoltaBackup(ctx, "TCLI", chave); });
+    conferencia = std::min(conferencia, Cronometra([&] {
+                               if (!ConfereComBackup(banco.Conexao(), "BTCLI", "TCLI", {}).Igual())
+                                   throw std::runtime_error("não confere");
+                           }));
+    if (banco.Conta("TCLI") != banco.Conta("BTCLI")) throw std::runtime_error("a cópia perdeu registros");
+    banco.Executa("drop table BTCLI");
+    banco.Executa("update SARQUIVO set VERSAO = 1");
+    banco.Contexto().dm.AtualizaListaDeTabelas();
+    banco.Contexto().dm.SarquivoVelho.Open();
+    banco.ConfereSemErros();
+    return tempo;
+}
+
+std::vector<TMedida> MedeCopia(TMedida modelo, const TLugar& lugar, int vezes,
+                               void (*piso)(TConnection&, const std::string&, const std::string&, int)) {
+    TBancoDaCopia banco(lugar, kLinhas);
+    double conferencia = 1e9;
+    modelo.trabalho = "backup conferido e volta de 100.000 registros, " + lugar.nome;
+    TMedida copia = Alterna(
+        modelo, vezes, [&] { return NossaIdaEVolta(banco, conferencia); }, [&] { return IdaEVolta(banco, piso); });
+    copia.ingenuo = IdaEVolta(banco, [](TConnection& c, const std::string& origem, const std::string& destino, int n) {
+        CopiaPelaChave(c, origem, destino, n, true);
+    });
+    TMedida prova{.trabalho = "as duas conferências dessa cópia, " + lugar.nome,
+                  .piso = "a própria cópia",
+                  .limite = 0.1,
+                  .nosso = 2 * conferencia,
+                  .doPiso = copia.nosso - conferencia};
+    return {copia, prova};
+}
+
+}  // namespace
+
+std::vector<TMedida> MedeCopiaEmbutida(TBancada&) {
+    return MedeCopia({.trabalho = {}, .piso = "laço cru pela chave, número do blob passado adiante", .limite = 1.1},
+                     TBancada::Embutido(), 2,
+                     [](TConnection& c, const std::string& origem, const std::string& destino, int n) {
+                         CopiaPelaChave(c, origem, destino, n, false);
+                     });
+}
+
+std::vector<TMedida> MedeCopiaNaRede(TBancada&) {
+    return MedeCopia({.trabalho = {}, .piso = "um bloco de chaves por lote", .limite = 1.2}, TBancada::Rede(), 2,
+                     CopiaPorBlocos);
+}
+
+}  // namespace wkd
