@@ -25,10 +25,6 @@ struct TBancoDaCopia : TBancoDaNova {
 
 TErroBanco Recusa() { return TErroBanco({"recusado", 0, "HY000", "", TFalha::Outra, false}); }
 
-bool Insere(std::string_view sql, std::string_view tabela) {
-    return sql.find("insert into " + std::string(tabela) + " (") != std::string_view::npos;
-}
-
 TEST(CopiaTest, BackupCommitsEvery100RowsAndRestoreEvery11) {
     for (const int compridas : {0, 50}) {  // rows that need the client, between others that the server moves
         TBancoDaCopia banco(250);

@@ -28,6 +28,11 @@ struct TAtributo {
 };
 using TAtributos = std::vector<TAtributo>;
 
+/// Whether a statement stores rows of a copy: one row, or a batch that the server moves.
+inline bool Insere(std::string_view sql, std::string_view tabela) {
+    return sql.find("insert into " + std::string(tabela) + " (") != std::string_view::npos;
+}
+
 /// A database with dictionary tables, and a package for it.
 class TBancoDaNova {
   public:

@@ -5,7 +5,7 @@ namespace {
 
 const TAtributos kVelhos = {{"CODIGO", "ftInteger", 0, 1}, {"NOME", "ftString", 10}, {"ANTIGO", "ftString", 5}};
 const TAtributos kNovos = {{"CODIGO", "ftInteger", 0, 1}, {"NOME", "ftString", 30}, {"TIPO", "ftString", 1, 0, "n"}};
-constexpr int kLinhas = 40, kRestauradas = 22;
+constexpr int kLinhas = 40, kLote = 11, kRestauradas = 22;
 
 /// The restore of a rebuilt table was broken off behind its second batch; people worked in the table afterwards.
 struct TBancoEmUso : TBancoDaNova {
@@ -28,9 +28,9 @@ struct TBancoEmUso : TBancoDaNova {
     }
 
     void Interrompe() {
-        int insercoes = 0;
+        int lotes = 0;
         Conexao().Observa([&](std::string_view sql) {
-            if (sql.starts_with("insert into TCLI") && ++insercoes > kRestauradas + 5)
+            if (Insere(sql, "TCLI") && ++lotes > kRestauradas / kLote)
                 throw TErroBanco({"caiu", 0, "08006", "", TFalha::Conexao, true});
         });
         EXPECT_THROW(Reconstroi(), TErroBanco);
