@@ -52,6 +52,7 @@ TBancoDaCopia::TBancoDaCopia(const TLugar& lugar, int linhas)
     CriaBancoFirebird(parametros_, 8192);
     opcoes_.pastaPrograma = opcoes_.pastaCorrente = pasta_.Caminho();
     aliases_.INIGravaString("COPIA", "TipoBanco", "tbInterbase");
+    dm_.Atualiza.SetPastaComandos(pasta_.Caminho());
     dm_.SQLConnection1.SetAlias("COPIA");
     dm_.SQLConnection1.Open();
     for (const char* comando : kDicionario) Executa(comando);
