@@ -41,7 +41,8 @@ class AmbienteAdversoTest : public testing::Test {
         dm.SQLConnection1.Open();
         int vezes = 0;
         dm.SQLConnection1.Observa([&](std::string_view sql) {
-            if (sql.starts_with(quando.comando) && ++vezes == quando.vez) acao();
+            const bool esse = sql.find(quando.comando) != std::string_view::npos;
+            if (esse && ++vezes == quando.vez) acao();
         });
         TOpcoes opcoes;
         opcoes.alias = "LOJA";
@@ -72,9 +73,7 @@ class AmbienteAdversoTest : public testing::Test {
 class TDisco {
   public:
     TDisco() : montado_(std::system(("mount -t tmpfs -o size=96m tmpfs '" + Ponto() + "' 2>/dev/null").c_str()) == 0) {}
-    ~TDisco() {
-        EXPECT_TRUE(!montado_ || std::system(("umount '" + Ponto() + "'").c_str()) == 0);
-    }
+    ~TDisco() { EXPECT_TRUE(!montado_ || std::system(("umount '" + Ponto() + "'").c_str()) == 0); }
     bool Montado() const { return montado_; }
     fs::path Pasta() const { return pasta_ / "loja"; }
 
@@ -98,9 +97,9 @@ TEST_F(AmbienteAdversoTest, ADiskThatFillsUpLosesNothing) {
     if (!disco.Montado()) GTEST_SKIP() << "no disk can be mounted here";
     const TQuando casos[] = {{"drop table TARQ", 0},
                              {"delete from satrib", 1},
-                             {"insert into BTREC", 17},
+                             {"insert into BTREC", 1},
                              {"drop table TREC", 1},
-                             {"insert into TREC", 17}};
+                             {"insert into TREC", 2}};
     for (const TQuando& quando : casos) {
         SCOPED_TRACE(quando.comando);
         molde_.CopiaPara(disco.Pasta());
@@ -127,8 +126,8 @@ TEST_F(AmbienteAdversoTest, ADatabaseThatCannotGrowIsNotWrittenAnyMore) {
 TEST_F(AmbienteAdversoTest, AServerThatEndsDuringARebuildLosesNothing) {
     if (!TServidorFirebird::Instalado()) GTEST_SKIP() << "no Firebird server installed";
     const fs::path pasta = raiz_ / "servida";
-    for (const TQuando& quando : {TQuando{"insert into BTREC", 17}, TQuando{"drop table TREC", 1},
-                                  TQuando{"Create Table TREC", 1}, TQuando{"insert into TREC", 17}}) {
+    for (const TQuando& quando : {TQuando{"insert into BTREC", 1}, TQuando{"drop table TREC", 1},
+                                  TQuando{"Create Table TREC", 1}, TQuando{"insert into TREC", 2}}) {
         SCOPED_TRACE(quando.comando);
         molde_.CopiaPara(pasta);
         auto servidor = std::make_unique<TServidorFirebird>();
