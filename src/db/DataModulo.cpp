@@ -48,6 +48,11 @@ void TDataModulo::AtualizaListaDeTabelas() {
     EsqueceTodasAsColunas();
 }
 
+void TDataModulo::IncluiNaLista(std::string_view tabela) {
+    EsqueceColunas(tabela);
+    if (nomes_.insert(ChaveDeNome(tabela)).second) tabelas_.push_back(Maiusculas(tabela));
+}
+
 bool TDataModulo::VerificaExisteCampo(std::string_view tabela, std::string_view coluna) {
     const std::string nome = ChaveDeNome(coluna);
     return std::ranges::any_of(ColunasFisicas(tabela),
@@ -55,7 +60,7 @@ bool TDataModulo::VerificaExisteCampo(std::string_view tabela, std::string_view 
 }
 
 const std::vector<TColunaFisica>& TDataModulo::ColunasFisicas(std::string_view tabela) {
-    if (aberturaDasColunas_ != SQLConnection1.Aberturas()) EsqueceTodasAsColunas();
+    ConfereAbertura();
     const std::string nome = ChaveDeNome(tabela);
     if (!colunas_.contains(nome) && ++lidasUmaAUma_ == kUmaAUma) colunas_.merge(SQLConnection1.TodasAsColunas());
     const auto achada = colunas_.find(nome);
@@ -63,8 +68,21 @@ const std::vector<TColunaFisica>& TDataModulo::ColunasFisicas(std::string_view t
     return colunas_.emplace(nome, SQLConnection1.Colunas(nome)).first->second;
 }
 
+const TChavePrimaria& TDataModulo::ChavePrimaria(std::string_view tabela) {
+    ConfereAbertura();
+    const std::string nome = ChaveDeNome(tabela);
+    const auto achada = chaves_.find(nome);
+    if (achada != chaves_.end()) return achada->second;
+    return chaves_.emplace(nome, SQLConnection1.ChavePrimaria(tabela)).first->second;
+}
+
+void TDataModulo::ConfereAbertura() {
+    if (aberturaDasColunas_ != SQLConnection1.Aberturas()) EsqueceTodasAsColunas();
+}
+
 void TDataModulo::EsqueceTodasAsColunas() {
     colunas_.clear();
+    chaves_.clear();
     lidasUmaAUma_ = 0;
     aberturaDasColunas_ = SQLConnection1.Aberturas();
 }
@@ -73,7 +91,10 @@ void TDataModulo::SupoeColunas(std::string_view tabela, std::vector<TColunaFisic
     colunas_[ChaveDeNome(tabela)] = std::move(colunas);
 }
 
-void TDataModulo::EsqueceColunas(std::string_view tabela) { colunas_.erase(ChaveDeNome(tabela)); }
+void TDataModulo::EsqueceColunas(std::string_view tabela) {
+    colunas_.erase(ChaveDeNome(tabela));
+    chaves_.erase(ChaveDeNome(tabela));
+}
 
 TResultado TDataModulo::Executa(std::string_view sql) {
     try {

@@ -50,6 +50,8 @@ class TDataModulo {
     bool ExisteTabela(std::string_view tabela) const;
     /// Reads the table-name list and forgets all cached columns.
     void AtualizaListaDeTabelas();
+    /// Puts a table that was just created into the list, without reading it again.
+    void IncluiNaLista(std::string_view tabela);
     const std::vector<std::string>& ListaDeTabelas() const { return tabelas_; }
 
     /// Whether the physical column exists, letter case ignored; false for a missing table. Columns are read once a
@@ -59,6 +61,8 @@ class TDataModulo {
     const std::vector<TColunaFisica>& ColunasFisicas(std::string_view tabela);
     /// Takes these for the columns of the table until it forgets them: a plan sees them as an earlier step leaves them.
     void SupoeColunas(std::string_view tabela, std::vector<TColunaFisica> colunas);
+    /// Primary key of the table, read once.
+    const TChavePrimaria& ChavePrimaria(std::string_view tabela);
     /// Drops what is cached of one table; call after every alteration of it.
     void EsqueceColunas(std::string_view tabela);
 
@@ -80,12 +84,15 @@ class TDataModulo {
 
   private:
     void EsqueceTodasAsColunas();
+    /// What was read under another connect may come from another database.
+    void ConfereAbertura();
 
     ITela& tela_;
     std::vector<std::string> tabelas_;
     std::set<std::string> nomes_;  // in capitals
     TColunasPorTabela colunas_;
-    int aberturaDasColunas_ = 0;  // connect that colunas_ was read under
+    TChavesPorTabela chaves_;
+    int aberturaDasColunas_ = 0;  // connect that colunas_ and chaves_ were read under
     int lidasUmaAUma_ = 0;
 };
 

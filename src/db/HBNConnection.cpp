@@ -95,9 +95,14 @@ std::vector<std::string> THBNConnection::NomesDeTabelas() {
     return TipoBanco() == TTipoBanco::tbOracle ? TabelasDoUsuarioOracle() : Driver().NomesDeTabelas();
 }
 
+bool THBNConnection::ExisteTabela(std::string_view tabela) {
+    return TipoBanco() == TTipoBanco::tbOracle ? TConnection::ExisteTabela(tabela) : Driver().ExisteTabela(tabela);
+}
+
 std::vector<TColunaFisica> THBNConnection::Colunas(std::string_view tabela) { return Driver().Colunas(tabela); }
 TColunasPorTabela THBNConnection::TodasAsColunas() { return Driver().TodasAsColunas(); }
 TChavePrimaria THBNConnection::ChavePrimaria(std::string_view tabela) { return Driver().ChavePrimaria(tabela); }
+TChavesPorTabela THBNConnection::TodasAsChaves() { return Driver().TodasAsChaves(); }
 std::vector<TIndice> THBNConnection::Indices(std::string_view tabela) { return Driver().Indices(tabela); }
 
 void THBNConnection::Observa(TObservador observador) {

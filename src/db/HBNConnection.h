@@ -65,9 +65,11 @@ class THBNConnection : public TConnection {
     std::unique_ptr<TComando> Prepara(std::string_view sql) override;
     /// On Oracle the user's tables whose names begin with "B", "C", "S" or "T".
     std::vector<std::string> NomesDeTabelas() override;
+    bool ExisteTabela(std::string_view tabela) override;
     std::vector<TColunaFisica> Colunas(std::string_view tabela) override;
     TColunasPorTabela TodasAsColunas() override;
     TChavePrimaria ChavePrimaria(std::string_view tabela) override;
+    TChavesPorTabela TodasAsChaves() override;
     std::vector<TIndice> Indices(std::string_view tabela) override;
     void Observa(TObservador observador) override;
 

@@ -56,7 +56,7 @@ std::string Pareamento(const TNomes& chave, std::string_view origem, bool podeSe
 
 /// Condition true for customer rows that the destination has already; empty when nothing tells.
 std::string CondicaoDePresente(TDataModulo& dm, const TMescla& mescla, std::string_view origem, const TNomes& comuns) {
-    TNomes chave = dm.SQLConnection1.ChavePrimaria(mescla.destino).colunas;
+    TNomes chave = dm.ChavePrimaria(mescla.destino).colunas;
     const bool semChave = chave.empty();
     const auto* identificacao = std::ranges::find(kIdentificacoes, mescla.destino, &TIdentificacao::tabela);
     if (semChave && identificacao != std::end(kIdentificacoes)) chave = Divide(identificacao->colunas, ';');

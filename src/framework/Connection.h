@@ -87,11 +87,15 @@ class TConnection {
 
     /// Names of the ordinary tables (no views, no system tables), as the server writes them.
     virtual std::vector<std::string> NomesDeTabelas() = 0;
+    /// Whether there is an ordinary table of that name, letter case ignored. Here by the list of all.
+    virtual bool ExisteTabela(std::string_view tabela);
     /// Columns of one table in their order, empty when there is no such table; letter case of the name ignored.
     virtual std::vector<TColunaFisica> Colunas(std::string_view tabela) = 0;
     /// Columns of every table in one sweep, by table name in capitals.
     virtual TColunasPorTabela TodasAsColunas() = 0;
     virtual TChavePrimaria ChavePrimaria(std::string_view tabela) = 0;
+    /// Keys of every table that has one, by table name in capitals. Here table by table; a driver does it in one sweep.
+    virtual TChavesPorTabela TodasAsChaves();
     /// Indexes but the primary key's own.
     virtual std::vector<TIndice> Indices(std::string_view tabela) = 0;
 

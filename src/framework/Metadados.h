@@ -10,10 +10,10 @@ namespace wkd {
 
 /// Column of a physical table.
 struct TColunaFisica : TCampo {
-    std::string tipoSql;        // as CREATE TABLE takes it, such as "varchar(50)", without default and null part
-    std::string padrao;         // text of its default, such as "'A'"; empty without one
-    std::string expressao;      // of a computed column; empty for a stored one
-    std::string conjunto;       // character set of a text column in capitals, such as "NONE"; empty otherwise
+    std::string tipoSql;    // as CREATE TABLE takes it, such as "varchar(50)", without default and null part
+    std::string padrao;     // text of its default, such as "'A'"; empty without one
+    std::string expressao;  // of a computed column; empty for a stored one
+    std::string conjunto;   // character set of a text column in capitals, such as "NONE"; empty otherwise
 };
 
 /// Columns joined in key or index order.
@@ -32,5 +32,6 @@ struct TIndice {
 };
 
 using TColunasPorTabela = std::map<std::string, std::vector<TColunaFisica>>;
+using TChavesPorTabela = std::map<std::string, TChavePrimaria>;
 
 }  // namespace wkd

@@ -44,10 +44,7 @@ bool TTB::Tenta(const std::function<bool()>& operacao) {
     }
 }
 
-bool TTB::ExisteTabela(std::string_view tabela) {
-    return std::ranges::any_of(conexao_.NomesDeTabelas(),
-                               [&](const std::string& nome) { return IgualSemCaixa(nome, tabela); });
-}
+bool TTB::ExisteTabela(std::string_view tabela) { return conexao_.ExisteTabela(tabela); }
 
 bool TTB::CriaTabela(std::string_view tabela, bool backup) {
     return Tenta([&] {

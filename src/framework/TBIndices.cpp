@@ -91,6 +91,7 @@ void TTB::ApagaInidices(std::string_view tabela, bool primario) {
 
 void TTB::ApagaIndicesDoDicionario(std::string_view tabela) {
     const auto conhecidos = IndicesDoDicionario(conexao_, tabela);
+    if (conhecidos.empty()) return;
     ApagaSecundarios(tabela, [&](const TIndice& indice) {
         return std::ranges::any_of(conhecidos, [&](const auto& c) { return IgualSemCaixa(c.nome, indice.nome); });
     });
@@ -178,8 +179,10 @@ bool TTB::CriaSecundario(std::string_view tabela, const std::string& nome, bool 
 bool TTB::CriaIndiceSecundarios(std::string_view tabela) {
     return Tenta([&] {
         std::vector<std::string> falhas;
+        const auto doDicionario = IndicesDoDicionario(conexao_, tabela);
+        if (doDicionario.empty()) return true;
         const auto fisicos = conexao_.Indices(tabela);
-        for (const auto& [nome, unico] : IndicesDoDicionario(conexao_, tabela)) {
+        for (const auto& [nome, unico] : doDicionario) {
             if (std::ranges::any_of(fisicos, [&, &procurado = nome](const auto& fisico) {
                     return IgualSemCaixa(fisico.nome, procurado);
                 }))

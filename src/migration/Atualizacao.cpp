@@ -121,14 +121,33 @@ void TAtualizacao::AtualizaTabelas() {
     IBarra& barra = ctx_.Tela().PbGeral();
     barra.Define(0, static_cast<int>(tabelas.RecordCount()), 10, 0);
     TMarcasDeAnalise marcas(ctx_);
+    const auto protege = [this](auto&& marca) {
+        try {
+            marca();
+        } catch (const std::exception& erro) {
+            Reporta("Marcas de análise", erro);
+        }
+    };
+    if (ctx_.opcoes.todas || ctx_.opcoes.completo) protege([&] { marcas.Antecipa(TabelasExistentes()); });
     for (tabelas.First(); !tabelas.Eof(); tabelas.Next()) {
         TabelaAtual(marcas);
         barra.Posicao(barra.Posicao() + 1);
     }
+    protege([&] { marcas.Conclui(); });
     Passo("AtualizaSistema", [this] { RecarregaAdiados(ctx_.dm, adiados_); });
     ctx_.Tela().Memo1("Finalizada as atualizações das tabelas em: " + FormataDataHora(Agora(), "dd/mm hh:mm"));
     barra.Posicao(0);
     ctx_.Tela().LblGeral("Parado.");
+}
+
+/// Those of the package that the database has.
+std::vector<std::string> TAtualizacao::TabelasExistentes() {
+    std::vector<std::string> nomes;
+    TClientDataSet& tabelas = ctx_.dm.SArquivoNovo;
+    for (tabelas.First(); !tabelas.Eof(); tabelas.Next())
+        if (std::string nome(Apara(tabelas.Texto("nome_arquivo"))); ctx_.dm.ExisteTabela(nome))
+            nomes.push_back(std::move(nome));
+    return nomes;
 }
 
 void TAtualizacao::TabelaAtual(TMarcasDeAnalise& marcas) {

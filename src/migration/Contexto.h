@@ -1,5 +1,6 @@
 #pragma once
 
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -25,6 +26,7 @@ struct TContexto {
     std::string acaoAtual;
     bool repeteTabela = false;  // the table met a failure that may pass: the next run analyses it again
     TEvidencia evidencia = {};
+    std::set<std::string> desatualizadas = {};  // tables whose rows in SatribVelho statements have replaced
 
     ITela& Tela() { return dm.Tela(); }
     TConnection& Conexao() { return dm.SQLConnection1; }

@@ -84,7 +84,7 @@ void RegravaDicionario(TContexto& ctx, std::string_view tabela, bool preencheObr
     IncluiLinhas(ctx, preencheObrigatorios);
     ctx.dm.MesclaCamposPersonalizados(tabela);
     transacao.Commit();
-    ctx.dm.SatribVelho.Recarrega("ARQUIVO", tabela);
+    ctx.desatualizadas.insert(ChaveDeNome(tabela));
 }
 
 bool CriaTabelaComIndices(TContexto& ctx, std::string_view tabela) {
@@ -92,9 +92,12 @@ bool CriaTabelaComIndices(TContexto& ctx, std::string_view tabela) {
     const std::string nome(tabela);
     const bool criada = tb.CriaTabela(nome, false);
     ctx.evidencia.Comando({tb.ComandoCriaTabela(nome, false), "", tb.Erro()});
-    if (!criada) ctx.Tela().SetLog(tb.Erro(), nome, "Criando tabela: " + nome);
-    ctx.dm.AtualizaListaDeTabelas();
-    if (!criada) return false;
+    if (!criada) {
+        ctx.Tela().SetLog(tb.Erro(), nome, "Criando tabela: " + nome);
+        ctx.dm.AtualizaListaDeTabelas();
+        return false;
+    }
+    ctx.dm.IncluiNaLista(nome);
 
     if (!tb.CriaIndicePrimario(nome, false))
         RelataCriacao(ctx, "Erro criando indice primário do arquivo :" + nome, nome, "Criando indice primário");

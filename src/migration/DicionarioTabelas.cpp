@@ -24,43 +24,93 @@ std::vector<TLinha> Tabelas(TConnection& conexao) {
     return linhas;
 }
 
+constexpr std::string_view kColunas = " from satrib where ((lookup_arquivo is null) or (lookup_arquivo = ''))";
+constexpr std::string_view kInsereCampo =
+    "insert into TRBFIELD (TableName, FieldName, FieldAlias, DataType, Searchable, Sortable, Selectable, AutoSearch, "
+    "Mandatory) ";
+
 // Each of the two tables is emptied and filled in one transaction, so that one that cannot be filled keeps its rows.
 
 void PreencheTabelas(TContexto& ctx) {
-    ctx.Tela().LblAtual("Dicionário de dados: Tabela...");
-    const auto linhas = Tabelas(ctx.Conexao());
+    TConnection& conexao = ctx.Conexao();
     IBarra& barra = ctx.Tela().PbGeral();
-    barra.Define(0, static_cast<int>(linhas.size()), 1, 0);
-    TTransacao transacao(ctx.Conexao());
-    TWKDQuery(ctx.Conexao(), "delete from trbtable").ExecSQL();
-    TWKDQuery insercao(ctx.Conexao(), "insert into TRBTABLE (TableName, TableAlias) values (:nome, :obs)");
-    for (const TLinha& linha : linhas) {
+    TTransacao transacao(conexao);
+    TWKDQuery(conexao, "delete from trbtable").ExecSQL();
+    barra.Define(0, static_cast<int>(ContaRegistros(conexao, "select count(*) as total from sarquivo")), 1, 0);
+    ctx.Tela().LblAtual("Dicionário de dados: Tabela...");
+    TWKDQuery insercao(conexao, "insert into TRBTABLE (TableName, TableAlias) values (:nome, :obs)");
+    for (const TLinha& linha : Tabelas(conexao)) {
         barra.Posicao(barra.Posicao() + 1);
         insercao.Param("nome", linha[0]).Param("obs", linha[1]).ExecSQL();
     }
     transacao.Commit();
 }
 
-/// "ftString" as the report designer calls it: "dtString", at most 100 characters.
-std::string DataType(TTipoBanco banco) {
-    return banco == TTipoBanco::tbSQLServer ? "'d' + coalesce(substring(tipo, 2, 99), '')"
-                                            : "'d' || coalesce(substring(tipo from 2 for 99), '')";
+/// "ftString" as the report designer calls it, "dtString", at most 100 characters, in the server's own words. Empty
+/// where they are not known.
+std::string DataTypeNoServidor(TTipoBanco banco) {
+    switch (banco) {
+        case TTipoBanco::tbInterbase:
+            return "'d' || coalesce(substring(tipo from 2 for 99), '')";
+        case TTipoBanco::tbSQLServer:
+            return "'d' + coalesce(substring(tipo, 2, 99), '')";
+        default:
+            return "";
+    }
 }
 
-/// The server copies the rows itself: fetching 20,000 of them takes as long as inserting them.
+/// The server copies the rows itself: fetching 20,000 of them takes as long as inserting them. False, and nothing is
+/// changed, where it cannot.
+bool CopiaNoServidor(TContexto& ctx) {
+    const std::string tipo = DataTypeNoServidor(ctx.Banco());
+    if (tipo.empty()) return false;
+    constexpr std::string_view kPonto = "TRBFIELD";
+    ctx.Conexao().MarcaPonto(kPonto);
+    try {
+        TWKDQuery(ctx.Conexao(), std::string(kInsereCampo) + "select arquivo, nome, discriminacao, " + tipo +
+                                     ", 'T', 'T', 'T', 'F', 'F'" + std::string(kColunas))
+            .ExecSQL();
+        return true;
+    } catch (const TErroBanco& erro) {
+        if (erro.ConexaoPerdida()) throw;
+        ctx.Conexao().VoltaAoPonto(kPonto);
+        return false;
+    }
+}
+
+/// Name, column, title and type as the report designer calls them.
+std::vector<TLinha> Campos(TConnection& conexao) {
+    std::vector<TLinha> linhas;
+    TWKDQuery q(conexao, "select *" + std::string(kColunas));
+    for (q.Open(); !q.Eof(); q.Next()) {
+        const std::string tipo = q.Texto("tipo");
+        linhas.push_back({q.Campo("arquivo"), q.Campo("nome"), q.Campo("discriminacao"),
+                          "d" + (tipo.empty() ? "" : tipo.substr(1, 99))});
+    }
+    return linhas;
+}
+
+void CopiaLinhaALinha(TContexto& ctx) {
+    IBarra& barra = ctx.Tela().PbGeral();
+    TWKDQuery insercao(ctx.Conexao(),
+                       std::string(kInsereCampo) + "values (:arquivo, :nome, :titulo, :tipo, 'T', 'T', 'T', 'F', 'F')");
+    for (const TLinha& linha : Campos(ctx.Conexao())) {
+        barra.Posicao(barra.Posicao() + 1);
+        for (std::size_t i = 0; i < linha.size(); ++i) insercao.Comando().Atribui(i, linha[i]);
+        insercao.ExecSQL();
+    }
+}
+
 void PreencheCampos(TContexto& ctx) {
+    TConnection& conexao = ctx.Conexao();
+    TTransacao transacao(conexao);
+    const auto total = static_cast<int>(ContaRegistros(conexao, "select count(*) as total" + std::string(kColunas)));
+    ctx.Tela().PbGeral().Define(0, total, 1, 0);
+    TWKDQuery(conexao, "delete from trbfield").ExecSQL();
     ctx.Tela().LblAtual("Dicionário de dados: Campos...");
-    TTransacao transacao(ctx.Conexao());
-    TWKDQuery(ctx.Conexao(), "delete from trbfield").ExecSQL();
-    const auto linhas = TWKDQuery(ctx.Conexao(),
-                                  "insert into TRBFIELD (TableName, FieldName, FieldAlias, DataType, Searchable, "
-                                  "Sortable, Selectable, AutoSearch, Mandatory) select arquivo, nome, discriminacao, " +
-                                      DataType(ctx.Banco()) +
-                                      ", 'T', 'T', 'T', 'F', 'F' from satrib "
-                                      "where ((lookup_arquivo is null) or (lookup_arquivo = ''))")
-                            .ExecSQL();
+    if (!CopiaNoServidor(ctx)) CopiaLinhaALinha(ctx);
+    ctx.Tela().PbGeral().Posicao(total);
     transacao.Commit();
-    ctx.Tela().PbGeral().Define(0, static_cast<int>(linhas), 1, static_cast<int>(linhas));
 }
 
 struct TTabelaDoModulo {

@@ -1,14 +1,15 @@
 #include "IndicesPrimarios.h"
 
+#include "Texto.h"
 #include "Tolera.h"
 
 namespace wkd {
 
 namespace {
 
-void VerificaTabela(TContexto& ctx, const std::string& tabela) {
+void VerificaTabela(TContexto& ctx, const std::string& tabela, bool temChave) {
     ITela& tela = ctx.Tela();
-    if (!ctx.dm.Atualiza.ExisteIndicePrimario(tabela) && !ctx.dm.Atualiza.CriaIndicePrimario(tabela, false)) {
+    if (!temChave && !ctx.dm.Atualiza.CriaIndicePrimario(tabela, false)) {
         tela.SetLog("Tabela: ", tabela + " - NÃO POSSUI INDICE PRIMARIO", "");
         tela.Memo2("Tabela: " + tabela + " NÃO POSSUI INDICE PRIMARIO");
     }
@@ -22,10 +23,12 @@ void verificaIndicesPrimarios(TContexto& ctx) {
     IBarra& barra = ctx.Tela().PbGeral();
     barra.Define(0, static_cast<int>(tabelas.RecordCount()), 1, 0);
     ctx.Tela().LblAtual("Verificando indices primarios...");
+    const TChavesPorTabela chaves = ctx.Conexao().TodasAsChaves();
     int linha = 0;
     for (tabelas.First(); !tabelas.Eof(); tabelas.Next()) {
         barra.Posicao(++linha);
-        Tolera([&] { VerificaTabela(ctx, tabelas.Texto("nome_arquivo")); });
+        const std::string tabela = tabelas.Texto("nome_arquivo");
+        Tolera([&] { VerificaTabela(ctx, tabela, chaves.contains(ChaveDeNome(tabela))); });
     }
 }
 

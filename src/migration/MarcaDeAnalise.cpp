@@ -9,6 +9,7 @@ namespace wkd {
 namespace {
 
 constexpr std::string_view kSecao = "AtualizaTabela";
+constexpr std::size_t kLote = 50;  // marks removed with one commit
 
 }  // namespace
 
@@ -18,21 +19,48 @@ TMarcasDeAnalise::TMarcasDeAnalise(TContexto& ctx) : ctx_(ctx), existeTini_(ctx.
     q.Param("pSESSAO", kSecao);
     for (q.Open(); !q.Eof(); q.Next())
         if (q.Texto("VALOR") == "SIM") marcadas_.insert(ChaveDeNome(q.Texto("CHAVE")));
+    gravadas_ = marcadas_;
 }
 
 bool TMarcasDeAnalise::Marcada(std::string_view tabela) const { return marcadas_.contains(ChaveDeNome(tabela)); }
 
 void TMarcasDeAnalise::Marca(std::string_view tabela) {
-    if (!existeTini_ || Marcada(tabela)) return;
-    GravaParametro(kSecao, Maiusculas(tabela), "SIM", &ctx_.Conexao());
-    marcadas_.insert(ChaveDeNome(tabela));
+    if (!existeTini_) return;
+    const std::string nome = ChaveDeNome(tabela);
+    if (!gravadas_.contains(nome)) GravaParametro(kSecao, nome, "SIM", &ctx_.Conexao());
+    gravadas_.insert(nome);
+    marcadas_.insert(nome);
+    std::erase(prontas_, nome);
+}
+
+void TMarcasDeAnalise::Antecipa(const std::vector<std::string>& tabelas) {
+    if (!existeTini_) return;
+    std::set<std::string> novas;
+    for (const std::string& tabela : tabelas)
+        if (!gravadas_.contains(ChaveDeNome(tabela))) novas.insert(ChaveDeNome(tabela));
+    TTransacao transacao(ctx_.Conexao());
+    TWKDQuery q(ctx_.Conexao(), "INSERT INTO TINI(SESSAO ,CHAVE ,VALOR) VALUES (:pSESSAO,:pCHAVE, 'SIM')");
+    q.Param("pSESSAO", kSecao);
+    for (const std::string& nome : novas) q.Param("pCHAVE", nome).ExecSQL();
+    transacao.Commit();
+    gravadas_.merge(novas);
 }
 
 void TMarcasDeAnalise::Desmarca(std::string_view tabela) {
-    if (!Marcada(tabela)) return;
+    const std::string nome = ChaveDeNome(tabela);
+    marcadas_.erase(nome);
+    if (gravadas_.erase(nome) > 0) prontas_.push_back(nome);
+    if (prontas_.size() >= kLote) Conclui();
+}
+
+void TMarcasDeAnalise::Conclui() {
+    if (prontas_.empty()) return;
+    TTransacao transacao(ctx_.Conexao());
     TWKDQuery q(ctx_.Conexao(), "delete from tini where sessao = :pSESSAO and chave = :pCHAVE");
-    q.Param("pSESSAO", kSecao).Param("pCHAVE", Maiusculas(tabela)).ExecSQL();
-    marcadas_.erase(ChaveDeNome(tabela));
+    q.Param("pSESSAO", kSecao);
+    for (const std::string& nome : prontas_) q.Param("pCHAVE", nome).ExecSQL();
+    transacao.Commit();
+    prontas_.clear();
 }
 
 }  // namespace wkd

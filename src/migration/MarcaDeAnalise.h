@@ -3,6 +3,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Contexto.h"
 
@@ -17,12 +18,21 @@ class TMarcasDeAnalise {
 
     bool Marcada(std::string_view tabela) const;
     void Marca(std::string_view tabela);
+    /// The mark goes with those of the next tables: an end that comes first has the table analysed once more.
     void Desmarca(std::string_view tabela);
+    /// Writes the marks of tables that are all to be analysed at once, one commit for all. To Marcada they are not
+    /// marked.
+    void Antecipa(const std::vector<std::string>& tabelas);
+    /// Removes the marks that still wait for it.
+    void Conclui();
 
   private:
     TContexto& ctx_;
     bool existeTini_;
-    std::set<std::string> marcadas_;  // in capitals
+    // Table names in capitals
+    std::set<std::string> marcadas_;
+    std::set<std::string> gravadas_;  // in TINI
+    std::vector<std::string> prontas_;
 };
 
 }  // namespace wkd

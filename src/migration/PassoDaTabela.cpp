@@ -22,6 +22,7 @@ void TPassoDaTabela::Executa() {
 
     if (tabela_.empty()) return;
     ExigeEspacoEmDisco(ctx_);
+    if (ctx_.desatualizadas.erase(ChaveDeNome(tabela_)) > 0) ctx_.dm.SatribVelho.Recarrega("ARQUIVO", tabela_);
     decisao_ = DecideTabela(ctx_, marcas_);
     const TRegistroDaTabela registro(ctx_, tabela_, decisao_);
     if (ctx_.dm.ExisteTabela(tabela_)) TabelaExistente();

@@ -52,6 +52,12 @@ TEST_P(ContratoDriver, KeysAndIndexesAreTold) {
     EXPECT_EQ(Maiusculas(chave.nome), "PK_T");
     EXPECT_EQ(chave.colunas, (std::vector<std::string>{"B", "A"}));
     EXPECT_EQ(Conexao().ChavePrimaria("NADA").nome, "");
+    const auto todas = Conexao().TodasAsChaves();
+    EXPECT_EQ(todas.size(), 2u) << "of tables that have one";
+    EXPECT_EQ(Maiusculas(todas.at("T").nome), "PK_T");
+    EXPECT_EQ(todas.at("T").colunas, chave.colunas);
+    EXPECT_TRUE(Conexao().ExisteTabela("t"));
+    EXPECT_FALSE(Conexao().ExisteTabela("UN_T"));
     bool simples = false, descendente = false, unico = false;
     for (const auto& indice : Conexao().Indices("T")) {
         const auto nome = Maiusculas(indice.nome);

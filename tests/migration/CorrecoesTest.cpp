@@ -62,6 +62,9 @@ class CorrecoesTest : public TPassesTest {
             "insert into TCOM_AUX_OS values (1, 10, 100, 1, 4)",
             "insert into TCRTLCHQ values (1, 'REL', 1, 'A')",
             "insert into TRETORNO_INSTRU_RASTREIO values (3)",
+            "insert into TRETORNO_FERRA_RASTREIO values (3)",
+            "insert into SLOOKUP (ARQUIVO, CAMPO) values ('tproduto', 'tipo_produto')",
+            "insert into SLOOKUP (ARQUIVO, CAMPO) values ('tproduto', 'outro')",
             "insert into CSENHA values (4)",
             "insert into CSENHA values (2)",
             "insert into TNATU_OP values ('S', null)",
@@ -73,11 +76,16 @@ class CorrecoesTest : public TPassesTest {
         });
         for (const std::string linha :
              {"'TMAQUINA_ANEXOS', 3, 'CODIGO', 'ftInteger', 0, 0", "'tproduto', 1, 'tipo_produto', 'ftString', 9, 0",
-              "'TORCAMENTO', 1, 'FORMA DE PAGAMENTO', 'ftString', 40, 0", "'CADCLI', 1, 'A', 'ftString', 9, 0",
+              "'TORCAMENTO', 1, 'FORMA DE PAGAMENTO', 'ftString', 40, 0",
+              "'TORCAMENTO_ITENS', 1, 'TIPO DE HORA', 'ftString', 40, 0",
+              "'TOS_AUX', 1, 'TIPO DE HORA', 'ftString', 40, 0", "'CADCLI', 1, 'A', 'ftString', 9, 0",
               "'TCRTLCHQ', 1, 'COD_EMPRESA', 'ftInteger', 0, 1", "'TCRTLCHQ', 2, 'COD_RELACIONA', 'ftString', 8, 1",
               "'TCRTLCHQ', 3, 'AUT_', 'ftInteger', 0, 1", "'TORD_PROX', 1, 'B', 'ftString', 9, 0"})
             Executa("insert into SATRIB (ARQUIVO, SEQUENCIA, NOME, TIPO, TAMANHO, CHAVE_DE_PESQUISA) values (" + linha +
                     ")");
+        for (const std::string aposentada : {"TTMP_PLAN_REC", "TR87_FILTRO_AUX", "RX1_TMP", "TPREV_HS", "TTP_VEND",
+                                             "TENT_PAX", "TETIQ_NF", "TORD_PRO", "TPRO_AUX"})
+            Executa("insert into SATRIB (ARQUIVO, NOME) values ('" + aposentada + "', 'A')");
     }
 };
 
@@ -98,14 +106,19 @@ TEST_F(CorrecoesTest, TheWholeListRunsOnceOnADatabaseWithItsTables) {
     EXPECT_EQ(dm_.SQLConnection1.ChavePrimaria("TMAQUINA_ANEXOS").colunas.size(), 3U);
     EXPECT_EQ(
         Linhas("select ARQUIVO, NOME, CHAVE_DE_PESQUISA from SATRIB where ARQUIVO not starting 'TCRT' order by 1"),
-        "TMAQUINA_ANEXOS|CODIGO|1;TORCAMENTO|FORMA_DE_PAGAMENTO|0;TORD_PROX|B|0");
+        "TMAQUINA_ANEXOS|CODIGO|1;TORCAMENTO|FORMA_DE_PAGAMENTO|0;TORCAMENTO_ITENS|TIPO_DE_HORA|0;TORD_PROX|B|0;"
+        "TOS_AUX|TIPO_DE_HORA|0");
+    EXPECT_EQ(Linhas("select CAMPO from SLOOKUP"), "outro");
     EXPECT_EQ(Linhas("select QTDE_ESTOQUE from TCOM_AUX order by REALCIONA_AUTO"), "6.5;5");
-    EXPECT_EQ(Linhas("select QTDE_SAIDA / 2 from TRETORNO_INSTRU_RASTREIO"), "1.5");
+    for (const std::string tabela : {"TRETORNO_INSTRU_RASTREIO", "TRETORNO_FERRA_RASTREIO"})
+        EXPECT_EQ(Linhas("select QTDE_SAIDA / 2 from " + tabela), "1.5");
     EXPECT_EQ(Linhas("select USAR_PRG_EMAIL_PADRAO from CSENHA order by 1"), "1;2");
     EXPECT_EQ(Linhas("select TIPO, INFORMAR_PLANO_CONTAS_SAI from TNATU_OP order by 1"), "E|<null>;S|1");
     EXPECT_EQ(Linhas("select CODIGO, COD_FUNC_RETIROU, IDENTIFICACAO_FUNCIONARIO from TSAIDA_E order by 1"),
               "1|F9|F9;2|F2|F2;3|F9|I3");
     EXPECT_TRUE(dm_.VerificaExisteCampo("TOS_AUX", "TIPO_DE_HORA"));
+    EXPECT_TRUE(dm_.VerificaExisteCampo("TORCAMENTO_ITENS", "TIPO_DE_HORA"));
+    EXPECT_TRUE(dm_.VerificaExisteCampo("TORCAMENTO", "FORMA_DE_PAGAMENTO"));
 
     tela_.memo1.clear();
     const std::string depois = Retrato();

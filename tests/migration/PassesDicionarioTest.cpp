@@ -42,6 +42,48 @@ TEST_F(PassesDicionarioTest, TheReportDictionaryFollowsThePackage) {
     EXPECT_EQ(Retrato(), depois);
 }
 
+/// The statements of one dictionary, from the first that empties a table on.
+TEST_F(PassesDicionarioTest, TheRowsAreCountedAndCopiedInOneTransactionATable) {
+    const auto comandos = [this](std::string_view tipoBanco) {
+        Fala(tipoBanco);
+        comandos_.clear();
+        Dicionario_tabelas(ctx_);
+        return std::vector(std::ranges::find(comandos_, "delete from trbtable"), comandos_.end());
+    };
+    const std::vector<std::string> inicio = {"delete from trbtable",
+                                             "select count(*) as total from sarquivo",
+                                             "select * from sarquivo",
+                                             "insert into TRBTABLE (TableName, TableAlias) values (:nome, :obs)",
+                                             "insert into TRBTABLE (TableName, TableAlias) values (:nome, :obs)",
+                                             "insert into TRBTABLE (TableName, TableAlias) values (:nome, :obs)",
+                                             "commit",
+                                             "select count(*) as total from satrib where ((lookup_arquivo is null) or "
+                                             "(lookup_arquivo = ''))",
+                                             "delete from trbfield"};
+    const auto noFirebird = comandos("tbInterbase");
+    const std::string tabelas = Tabelas(), campos = Campos();
+    EXPECT_EQ(std::vector(noFirebird.begin(), noFirebird.begin() + 9), inicio);
+    EXPECT_TRUE(noFirebird.at(10).starts_with("insert into TRBFIELD ")) << noFirebird.at(10);
+    EXPECT_EQ(noFirebird.size(), 12U) << "a savepoint, one copy for all columns, the commit";
+
+    for (const std::string tipo : {"tbMySQL", "tbOracle"}) {
+        const auto linhaALinha = comandos(tipo);
+        EXPECT_EQ(std::vector(linhaALinha.begin(), linhaALinha.begin() + 9), inicio) << tipo;
+        EXPECT_EQ(linhaALinha.at(9), "select * from satrib where ((lookup_arquivo is null) or (lookup_arquivo = ''))");
+        EXPECT_EQ(linhaALinha.size(), 13U) << "two columns, one statement each";
+        EXPECT_EQ(Tabelas() + Campos(), tabelas + campos) << tipo;
+    }
+}
+
+TEST_F(PassesDicionarioTest, WhatTheServerDoesNotCopyIsCopiedRowByRow) {
+    Fala("tbSQLServer");  // whose words for the type this server does not take
+    Dicionario_tabelas(ctx_);
+    EXPECT_EQ(Campos(), "TCLI|COD|<null>|d|T|T|T|F|F;TCLI|NOME|Nome|dtString|T|T|T|F|F");
+    EXPECT_TRUE(tela_.log.empty());
+    EXPECT_EQ(std::ranges::count_if(comandos_, [](const auto& c) { return c.find("'d' + coalesce") != c.npos; }), 0)
+        << "refused before it is sent";
+}
+
 TEST_F(PassesDicionarioTest, WithoutTheTextColumnTheNameStandsForIt) {
     Executa("alter table SARQUIVO drop OBS");
     Dicionario_tabelas(ctx_);

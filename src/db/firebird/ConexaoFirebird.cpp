@@ -78,9 +78,11 @@ class TConexaoFirebird : public TConnection {
     }
 
     std::vector<std::string> NomesDeTabelas() override { return metadados_.NomesDeTabelas(); }
+    bool ExisteTabela(std::string_view tabela) override { return metadados_.ExisteTabela(tabela); }
     std::vector<TColunaFisica> Colunas(std::string_view tabela) override { return metadados_.Colunas(tabela); }
     TColunasPorTabela TodasAsColunas() override { return metadados_.TodasAsColunas(); }
     TChavePrimaria ChavePrimaria(std::string_view tabela) override { return metadados_.ChavePrimaria(tabela); }
+    TChavesPorTabela TodasAsChaves() override { return metadados_.TodasAsChaves(); }
     std::vector<TIndice> Indices(std::string_view tabela) override { return metadados_.Indices(tabela); }
     void Observa(TObservador observador) override { sessao_->DefineObservador(std::move(observador)); }
 

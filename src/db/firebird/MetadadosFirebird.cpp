@@ -171,18 +171,29 @@ TComando& TMetadadosFirebird::Abre(TGuardado& comando, std::string_view sql, std
     return *comando;
 }
 
+std::string TMetadadosFirebird::NomePor(TGuardado& comando, std::string_view onde, std::string_view nome) {
+    if (!comando)
+        comando = std::make_unique<TComandoFirebird>(
+            sessao_, "select r.rdb$relation_name from rdb$relations r where " + std::string(onde));
+    comando->Atribui("pNome", nome);
+    comando->Abre();
+    std::string achado = comando->Proximo() ? Nome(*comando, 0) : "";
+    comando->Fecha();
+    return achado;
+}
+
+/// The second question reads the names of all tables; only a table made with its name in double quotes needs it.
 std::string TMetadadosFirebird::NomeExato(std::string_view tabela) {
-    if (!nome_)
-        nome_ = std::make_unique<TComandoFirebird>(
-            sessao_,
-            "select r.rdb$relation_name from rdb$relations r where r.rdb$relation_name = :pNome"
-            " union all select r.rdb$relation_name from rdb$relations r"
-            " where upper(trim(r.rdb$relation_name)) = :pNome");
-    nome_->Atribui("pNome", Maiusculas(tabela));
-    nome_->Abre();
-    const auto nome = nome_->Proximo() ? Nome(*nome_, 0) : std::string(tabela);
-    nome_->Fecha();
-    return nome;
+    const std::string capitais = Maiusculas(tabela);
+    for (const auto& [comando, onde] : {std::pair(&nome_, "r.rdb$relation_name = :pNome"),
+                                        std::pair(&nomeEmCapitais_, "upper(trim(r.rdb$relation_name)) = :pNome")})
+        if (std::string nome = NomePor(*comando, onde, capitais); !nome.empty()) return nome;
+    return std::string(tabela);
+}
+
+bool TMetadadosFirebird::ExisteTabela(std::string_view tabela) {
+    return !NomePor(nomeComum_, "r.rdb$relation_name = :pNome and " + std::string(kTabelaComum), NomeExato(tabela))
+                .empty();
 }
 
 TColunaFisica TMetadadosFirebird::Coluna(TComando& linha) {
@@ -231,6 +242,22 @@ TChavePrimaria TMetadadosFirebird::ChavePrimaria(std::string_view tabela) {
         chave.colunas.push_back(Nome(linha, 1));
     }
     return chave;
+}
+
+TChavesPorTabela TMetadadosFirebird::TodasAsChaves() {
+    TComandoFirebird linha(sessao_,
+                           "select c.rdb$relation_name, c.rdb$constraint_name, s.rdb$field_name"
+                           " from rdb$relation_constraints c"
+                           " left join rdb$index_segments s on s.rdb$index_name = c.rdb$index_name"
+                           " where c.rdb$constraint_type = 'PRIMARY KEY'"
+                           " order by c.rdb$relation_name, s.rdb$field_position");
+    TChavesPorTabela chaves;
+    for (linha.Abre(); linha.Proximo();) {
+        TChavePrimaria& chave = chaves[Maiusculas(Nome(linha, 0))];
+        chave.nome = Nome(linha, 1);
+        chave.colunas.push_back(Nome(linha, 2));
+    }
+    return chaves;
 }
 
 std::vector<TIndice> TMetadadosFirebird::Indices(std::string_view tabela) {

@@ -17,11 +17,13 @@ class TMetadadosFirebird {
     /// Default character set of the database in capitals.
     std::string ConjuntoDoBanco();
     std::vector<std::string> NomesDeTabelas();
+    bool ExisteTabela(std::string_view tabela);
     /// Name of a table as the server has it.
     std::string NomeExato(std::string_view tabela);
     std::vector<TColunaFisica> Colunas(std::string_view tabela);
     TColunasPorTabela TodasAsColunas();
     TChavePrimaria ChavePrimaria(std::string_view tabela);
+    TChavesPorTabela TodasAsChaves();
     std::vector<TIndice> Indices(std::string_view tabela);
 
   private:
@@ -30,10 +32,12 @@ class TMetadadosFirebird {
     TValor Unico(std::string_view sql);
     /// The prepared question about one table, opened.
     TComando& Abre(TGuardado& comando, std::string_view sql, std::string_view tabela);
+    /// The name that the question finds for the text; empty when it finds none.
+    std::string NomePor(TGuardado& comando, std::string_view onde, std::string_view nome);
     TColunaFisica Coluna(TComando& linha);
 
     std::shared_ptr<TSessaoFirebird> sessao_;
-    TGuardado nome_, colunas_, chave_, indices_;
+    TGuardado nome_, nomeComum_, nomeEmCapitais_, colunas_, chave_, indices_;
 };
 
 }  // namespace wkd

@@ -37,7 +37,7 @@ class TConexaoGravada : public TConnection {
     bool InTransaction() const override { return false; }
     void MarcaPonto(std::string_view) override {}
     void VoltaAoPonto(std::string_view) override {}
-    void ExecuteDirect(std::string_view) override { throw std::logic_error("fora do uso destes testes"); }
+    void ExecuteDirect(std::string_view sql) override { pedidos.emplace_back(sql); }
     std::unique_ptr<TComando> Prepara(std::string_view sql) override;
     std::vector<std::string> NomesDeTabelas() override { return {}; }
     std::vector<TColunaFisica> Colunas(std::string_view) override { return {}; }
