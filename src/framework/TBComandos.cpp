@@ -24,6 +24,22 @@ std::string Identificador(std::string_view nome, TTipoBanco banco) {
     return Regular(nome, banco) ? std::string(nome) : '"' + Troca(nome, "\"", "\"\"") + '"';
 }
 
+std::string ComandoCriaIndice(const TIndice& indice, std::string_view tabela, TTipoBanco banco) {
+    const bool firebird = banco == TTipoBanco::tbInterbase;
+    std::vector<std::string> colunas;
+    for (const auto& coluna : indice.colunas)
+        colunas.push_back(Identificador(coluna, banco) + (indice.descendente && !firebird ? " desc" : ""));
+    return std::string("create ") + (indice.unico ? "unique " : "") +
+           (indice.descendente && firebird ? "descending " : "") + "index " + Identificador(indice.nome, banco) +
+           " on " + std::string(tabela) +
+           (indice.expressao.empty() ? " (" + Junta(colunas, ",") + ")" : " computed by (" + indice.expressao + ")");
+}
+
+std::string ComandoApagaIndice(const TIndice& indice, std::string_view tabela, TTipoBanco banco) {
+    return "drop index " + Identificador(indice.nome, banco) +
+           (banco == TTipoBanco::tbSQLServer ? " on " + std::string(tabela) : "");
+}
+
 const TColunaFisica* ColunaDeNome(const std::vector<TColunaFisica>& colunas, std::string_view nome) {
     const auto achada =
         std::ranges::find_if(colunas, [&](const TColunaFisica& coluna) { return IgualSemCaixa(coluna.nome, nome); });

@@ -13,6 +13,10 @@ namespace wkd {
 std::string NomeDaBackup(std::string_view tabela);
 /// Name from the server's catalogue as statements take it: in double quotes only where it needs them.
 std::string Identificador(std::string_view nome, TTipoBanco banco);
+/// Statement that makes the index on a table again.
+std::string ComandoCriaIndice(const TIndice& indice, std::string_view tabela, TTipoBanco banco);
+/// Statement that drops an index of a table.
+std::string ComandoApagaIndice(const TIndice& indice, std::string_view tabela, TTipoBanco banco);
 /// Column of that name, letter case ignored; null when there is none.
 const TColunaFisica* ColunaDeNome(const std::vector<TColunaFisica>& colunas, std::string_view nome);
 

@@ -99,11 +99,10 @@ void TTB::ApagaIndicesDoDicionario(std::string_view tabela) {
 
 void TTB::ApagaSecundarios(std::string_view tabela, const std::function<bool(const TIndice&)>& apaga) {
     const TTipoBanco banco = conexao_.TipoBanco();
-    const std::string fim = banco == TTipoBanco::tbSQLServer ? " on " + std::string(tabela) : "";
     std::vector<std::string> comandos;
     for (const auto& indice : conexao_.Indices(tabela))
         if (indice.restricao.empty() && apaga(indice))
-            comandos.push_back("drop index " + Identificador(indice.nome, banco) + fim);
+            comandos.push_back(ComandoApagaIndice(indice, tabela, banco));
     ExecutaTodos(conexao_, comandos);
 }
 

@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <vector>
 
+#include "ColunaPresa.h"
 #include "Rejeitados.h"
 #include "TBComandos.h"
 #include "Texto.h"
@@ -15,6 +16,7 @@ namespace wkd {
 
 namespace {
 
+constexpr std::size_t kApaga = 2;  // among the statements, the one that drops the column
 constexpr std::string_view kTemporaria = "CAMPO_MIGRA_WKD";
 
 struct TColunaLonga {
@@ -121,7 +123,9 @@ void Ajusta(TContexto& ctx, const TColunaLonga& coluna) {
     const auto comandos = Comandos(coluna, ctx.Banco());
     for (std::size_t i = static_cast<std::size_t>(primeiro) - 1; i < comandos.size(); ++i) {
         ctx.dm.EsqueceColunas(coluna.tabela);
-        ctx.Conexao().ExecuteDirect(comandos[i]);
+        const bool apaga = i == kApaga;
+        if (const auto feito = ExecutaNaColuna(ctx, coluna.tabela, apaga ? coluna.nome : "", comandos[i]); !feito)
+            throw feito.Erro();
     }
     ctx.dm.EsqueceColunas(coluna.tabela);
     Desmarca(ctx, coluna);
@@ -155,7 +159,9 @@ void AtualizaCamposVarCharparaNvarChar(TContexto& ctx) {
     for (const auto& tabela : tabelas) {
         tb.ApagaInidices(tabela, true);
         tb.ApagaInidices(tabela, false);
-        ctx.Conexao().ExecuteDirect("ALTER TABLE " + tabela + " ALTER COLUMN COD_INTERNO nvarchar(25) not null");
+        const auto mudada = ExecutaNaColuna(
+            ctx, tabela, "COD_INTERNO", "ALTER TABLE " + tabela + " ALTER COLUMN COD_INTERNO nvarchar(25) not null");
+        if (!mudada) throw mudada.Erro();
         ctx.dm.EsqueceColunas(tabela);
     }
     for (const auto& tabela : tabelas)

@@ -65,7 +65,7 @@ TComandoPendente MudaTipo(std::string_view tabela, const TColunaComparada& nova,
                           TTipoBanco banco) {
     const std::string inicio = "alter table " + std::string(tabela) + ChaveAlteraColuna(nova.nome, banco);
     TComandoPendente comando{inicio + DefinicaoCampo(nova, banco),
-                             inicio + TipoDaColuna(nova.tipo, nova.tamanho, banco), nova.chave == 1};
+                             inicio + TipoDaColuna(nova.tipo, nova.tamanho, banco), nova.chave == 1, nova.nome};
     if (banco == TTipoBanco::tbSQLServer && fisica.requerido) comando.alternativa += " not null ";
     if (comando.alternativa == comando.texto) comando.alternativa.clear();
     return comando;

@@ -28,6 +28,7 @@ struct TComandoPendente {
     std::string texto;
     std::string alternativa;  // tried when the server refuses the syntax of `texto`; empty: none
     bool mudaChave = false;   // alters a column of the primary key
+    std::string coluna = {};  // whose type it changes, or that it drops
 
     bool operator==(const TComandoPendente&) const = default;
 };

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <span>
 
+#include "ConferenciaSqlServer.h"
 #include "TBComandos.h"
 #include "Texto.h"
 #include "WKDQuery.h"
@@ -58,6 +59,14 @@ std::string Lido(const std::string& texto, const TColunaFisica& como) {
 
 TPar Par(const TColunaFisica& b, const TColunaFisica& t, TTipoBanco banco) {
     TPar par{t.nome, "b." + Identificador(b.nome, banco), "t." + Identificador(t.nome, banco)};
+    if (banco == TTipoBanco::tbSQLServer) {
+        auto expressoes = ExpressoesSqlServer(b, par.b, t, par.t);
+        par.b = std::move(expressoes.b);
+        par.t = std::move(expressoes.t);
+        par.converte = expressoes.converte;
+        par.soPresenca = expressoes.soPresenca;
+        return par;
+    }
     if (EhTexto(b) && EhTexto(t)) return ParDeTextos(std::move(par), b, t);
     const bool datas = (b.tipo == TTipoDado::Data && t.tipo == TTipoDado::DataHora) ||
                        (b.tipo == TTipoDado::DataHora && t.tipo == TTipoDado::Data);
@@ -86,10 +95,11 @@ std::vector<TPar> Pares(const std::vector<TColunaFisica>& daBackup, const std::v
     return pares;
 }
 
-std::string Difere(const TPar& par) {
+std::string Difere(const TPar& par, TTipoBanco banco) {
     if (par.soPresenca)
         return "(" + par.b + " is null and " + par.t + " is not null or " + par.b + " is not null and " + par.t +
                " is null)";
+    if (banco == TTipoBanco::tbSQLServer) return DiferemSqlServer(par.b, par.t);
     const std::string difere = par.b + " is distinct from " + par.t;
     if (!par.texto) return difere;
     return difere + " or char_length(" + par.b + ") is distinct from char_length(" + par.t + ")";
@@ -122,7 +132,7 @@ TPareamento Pareamento(TConnection& conexao, const std::vector<TColunaFisica>& d
 std::int64_t LinhasDiferentes(TConnection& conexao, const std::string& backup, const std::string& tabela,
                               const TPareamento& pareamento, std::span<const TPar> pares) {
     std::vector<std::string> condicoes = {pareamento.coluna + " is null"};
-    for (const auto& par : pares) condicoes.push_back(Difere(par));
+    for (const auto& par : pares) condicoes.push_back(Difere(par, conexao.TipoBanco()));
     return ContaRegistros(conexao, "select count(*) as total from " + backup + " b left join " + tabela + " t on " +
                                        pareamento.condicao + " where " + Junta(condicoes, " or "));
 }
@@ -130,10 +140,13 @@ std::int64_t LinhasDiferentes(TConnection& conexao, const std::string& backup, c
 /// Count of values and check sum of every column, one after the other. Sixteen digits of a double take part.
 std::vector<TValor> Somas(TConnection& conexao, const std::string& origem, std::span<const TPar> pares,
                           std::string TPar::*lado) {
+    const bool sqlServer = conexao.TipoBanco() == TTipoBanco::tbSQLServer;
     std::vector<std::string> campos;
     for (const auto& par : pares) {
-        campos.push_back("count(" + par.*lado + ")");
-        campos.push_back(par.soPresenca ? "0" : "sum(mod(hash(" + par.*lado + "), 2147483647))");
+        campos.push_back(sqlServer ? "count(case when " + par.*lado + " is null then null else 1 end)"
+                                   : "count(" + par.*lado + ")");
+        const auto soma = sqlServer ? SomaSqlServer(par.*lado) : "sum(mod(hash(" + par.*lado + "), 2147483647))";
+        campos.push_back(par.soPresenca ? "0" : soma);
     }
     const auto comando = conexao.Prepara("select " + Junta(campos, ", ") + " from " + origem);
     std::vector<TValor> somas;
@@ -158,7 +171,9 @@ TConferencia ConfereComBackup(TConnection& conexao, const std::string& backup, c
     TConferencia conferencia;
     conferencia.naBackup = ContaRegistros(conexao, "select count(*) as total from " + backup);
     conferencia.naTabela = ContaRegistros(conexao, "select count(*) as total from " + tabela);
-    if (conexao.TipoBanco() != TTipoBanco::tbInterbase) return conferencia;
+    const bool comparavel =
+        conexao.TipoBanco() == TTipoBanco::tbInterbase || conexao.TipoBanco() == TTipoBanco::tbSQLServer;
+    if (!comparavel) return conferencia;
 
     const auto daBackup = conexao.Colunas(backup);
     const auto daTabela = conexao.Colunas(tabela);

@@ -1,12 +1,14 @@
 #include "Pendentes.h"
 
+#include "ColunaPresa.h"
+
 namespace wkd {
 
 TResultado ExecutaPendente(TContexto& ctx, std::string_view tabela, const TComandoPendente& comando) {
     std::string executado;
-    TResultado resultado = ctx.dm.Executa(comando.texto);
+    TResultado resultado = ExecutaNaColuna(ctx, tabela, comando.coluna, comando.texto);
     if (!resultado && resultado.Erro().Falha() == TFalha::Sintaxe && !comando.alternativa.empty())
-        resultado = ctx.dm.Executa(executado = comando.alternativa);
+        resultado = ExecutaNaColuna(ctx, tabela, comando.coluna, executado = comando.alternativa);
     ctx.dm.EsqueceColunas(tabela);
     ctx.evidencia.Comando({comando.texto, executado, resultado.Mensagem()});
     return resultado;

@@ -1,0 +1,63 @@
+#include "ConferenciaSqlServer.h"
+
+#include "Texto.h"
+
+namespace wkd {
+
+namespace {
+
+bool EhTexto(const TColunaFisica& coluna) { return coluna.tipo == TTipoDado::Texto || coluna.tipo == TTipoDado::Memo; }
+
+bool EhBinaria(const TColunaFisica& coluna) {
+    return coluna.tipo == TTipoDado::Blob || coluna.tipo == TTipoDado::Bytes;
+}
+
+bool Numerica(const TColunaFisica& coluna) {
+    return coluna.tipo == TTipoDado::Inteiro || coluna.tipo == TTipoDado::Decimal ||
+           coluna.tipo == TTipoDado::Flutuante;
+}
+
+bool DeDia(const TColunaFisica& coluna) { return coluna.tipo == TTipoDado::Data || coluna.tipo == TTipoDado::DataHora; }
+
+std::string Como(const std::string& expressao, const std::string& tipo) {
+    return "cast(" + expressao + " as " + tipo + ")";
+}
+
+std::string BytesDoTexto(const std::string& expressao, const TColunaFisica& coluna) {
+    const auto tipo = Minusculas(coluna.tipoSql);
+    const bool fixa = tipo.starts_with("char") || tipo.starts_with("nchar");
+    const auto largo = Como(expressao, "nvarchar(max)");
+    return Como(fixa ? "rtrim(" + largo + ")" : largo, "varbinary(max)");
+}
+
+std::string Lido(const std::string& texto, const TColunaFisica& como) {
+    return Como("nullif(ltrim(rtrim(" + texto + ")), '')", como.tipoSql);
+}
+
+}  // namespace
+
+TExpressoes ExpressoesSqlServer(const TColunaFisica& b, const std::string& nomeB, const TColunaFisica& t,
+                                const std::string& nomeT) {
+    const bool longos = b.tipo == TTipoDado::Memo || t.tipo == TTipoDado::Memo;
+    if (EhTexto(b) && EhTexto(t)) return {BytesDoTexto(nomeB, b), BytesDoTexto(nomeT, t)};
+    if (EhBinaria(b) && EhBinaria(t)) return {Como(nomeB, "varbinary(max)"), Como(nomeT, "varbinary(max)")};
+    if (Numerica(b) && Numerica(t) && b.tipo != t.tipo) return {Como(nomeB, "float"), Como(nomeT, "float")};
+    if (DeDia(b) && DeDia(t) && b.tipoSql != t.tipoSql) return {Como(nomeB, "datetime"), Como(nomeT, "datetime")};
+    if (EhTexto(b) != EhTexto(t) && !EhBinaria(b) && !EhBinaria(t) && !longos)
+        return {EhTexto(b) ? Lido(nomeB, t) : nomeB, EhTexto(b) ? nomeT : Lido(nomeT, b), true};
+    return {nomeB, nomeT, false, b.tipo != t.tipo};
+}
+
+std::string DiferemSqlServer(const std::string& b, const std::string& t) {
+    return "(" + b + " <> " + t + " or " + b + " is null and " + t + " is not null or " + b + " is not null and " + t +
+           " is null)";
+}
+
+std::string SomaSqlServer(const std::string& expressao) {
+    // Servers before 2016 make a hash of the first 8,000 bytes only.
+    const auto bytes = "cast(" + expressao + " as varbinary(max))";
+    return "sum(cast(cast(substring(hashbytes('MD5', substring(" + bytes + ", 1, 8000)), 1, 4) as int) as bigint) +" +
+           " datalength(" + bytes + "))";
+}
+
+}  // namespace wkd

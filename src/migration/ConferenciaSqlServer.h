@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+
+#include "Metadados.h"
+
+namespace wkd {
+
+/// How the values of a column of the backup and one of the table are compared by content on SQL Server.
+struct TExpressoes {
+    std::string b, t;
+    bool converte = false;    // a value of another form can make the server refuse the comparison
+    bool soPresenca = false;  // only whether there is a value
+};
+
+/// `nomeB` and `nomeT` are the columns as statements take them. Texts are compared by their bytes, so that letter
+/// case, accents and blanks at the end count whatever the collation says.
+TExpressoes ExpressoesSqlServer(const TColunaFisica& b, const std::string& nomeB, const TColunaFisica& t,
+                                const std::string& nomeT);
+
+/// Condition that one is another value than the other, NULL being one.
+std::string DiferemSqlServer(const std::string& b, const std::string& t);
+
+/// Sum over a column that hardly two contents have in common.
+std::string SomaSqlServer(const std::string& expressao);
+
+}  // namespace wkd
