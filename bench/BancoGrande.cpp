@@ -23,18 +23,10 @@ TColunaDicionario Coluna(int coluna) {
     return c;
 }
 
-TCampoPacote Campo(const char* nome, TTipoDado tipo, int tamanho = 0) {
-    TCampo campo;
-    campo.nome = nome;
-    campo.tipo = tipo;
-    campo.tamanho = tamanho;
-    return CampoDePacote(campo);
-}
-
 TDataPacket DicionarioDeTabelas() {
     TDataPacket pacote;
-    pacote.campos = {Campo("COD_MODULO", TTipoDado::Texto, 3), Campo("NOME_ARQUIVO", TTipoDado::Texto, 50),
-                     Campo("VERSAO", TTipoDado::Inteiro)};
+    pacote.campos = {CampoDePacote("COD_MODULO", TTipoDado::Texto, 3),
+                     CampoDePacote("NOME_ARQUIVO", TTipoDado::Texto, 50), CampoDePacote("VERSAO", TTipoDado::Inteiro)};
     for (int t = 0; t < kTabelas; ++t) pacote.linhas.push_back({"001", NomeDaTabela(t), 1});
     return pacote;
 }
@@ -83,12 +75,13 @@ constexpr const char* kDicionario[] = {
 
 TDataPacket DicionarioDeColunas(int tabelas) {
     TDataPacket pacote;
-    pacote.campos = {Campo("ARQUIVO", TTipoDado::Texto, 50),       Campo("SEQUENCIA", TTipoDado::Inteiro),
-                     Campo("NOME", TTipoDado::Texto, 25),          Campo("TIPO", TTipoDado::Texto, 25),
-                     Campo("TAMANHO", TTipoDado::Inteiro),         Campo("CHAVE_DE_PESQUISA", TTipoDado::Inteiro),
-                     Campo("DISCRIMINACAO", TTipoDado::Texto, 40), Campo("VISIVEL", TTipoDado::Inteiro),
-                     Campo("INCREMENTO", TTipoDado::Inteiro),      Campo("LOOKUP_ARQUIVO", TTipoDado::Texto, 50),
-                     Campo("CALCULO", TTipoDado::Texto, 250)};
+    pacote.campos = {
+        CampoDePacote("ARQUIVO", TTipoDado::Texto, 50),       CampoDePacote("SEQUENCIA", TTipoDado::Inteiro),
+        CampoDePacote("NOME", TTipoDado::Texto, 25),          CampoDePacote("TIPO", TTipoDado::Texto, 25),
+        CampoDePacote("TAMANHO", TTipoDado::Inteiro),         CampoDePacote("CHAVE_DE_PESQUISA", TTipoDado::Inteiro),
+        CampoDePacote("DISCRIMINACAO", TTipoDado::Texto, 40), CampoDePacote("VISIVEL", TTipoDado::Inteiro),
+        CampoDePacote("INCREMENTO", TTipoDado::Inteiro),      CampoDePacote("LOOKUP_ARQUIVO", TTipoDado::Texto, 50),
+        CampoDePacote("CALCULO", TTipoDado::Texto, 250)};
     for (int t = 0; t < tabelas; ++t)
         for (int i = 0; i < kColunas; ++i) {
             const TColunaDicionario c = Coluna(i);
@@ -151,7 +144,7 @@ void TBancoGrande::EnchePacote() {
     GravaPacote(DicionarioDeTabelas(), pasta_ / "SARQUIVO.WKD", TFormaPacote::Binario);
     GravaPacote(DicionarioDeColunas(kTabelas), pasta_ / "SATRIB.WKD", TFormaPacote::Binario);
     TDataPacket arquivos;
-    arquivos.campos = {Campo("ARQUIVO", TTipoDado::Texto, 100)};
+    arquivos.campos = {CampoDePacote("ARQUIVO", TTipoDado::Texto, 100)};
     GravaPacote(arquivos, pasta_ / "ARQUIVOS", TFormaPacote::Binario);
     CompactaZip({pasta_ / "SARQUIVO.WKD", pasta_ / "SATRIB.WKD", pasta_ / "ARQUIVOS"}, Pacote());
 }

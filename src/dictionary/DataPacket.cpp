@@ -46,6 +46,14 @@ TCampoPacote CampoDePacote(const TCampo& campo) {
     return pacote;
 }
 
+TCampoPacote CampoDePacote(std::string_view nome, TTipoDado tipo, int tamanho) {
+    TCampo campo;
+    campo.nome = nome;
+    campo.tipo = tipo;
+    campo.tamanho = tamanho;
+    return CampoDePacote(campo);
+}
+
 TTabelaEmMemoria TDataPacket::Tabela() && {
     return {std::vector<TCampo>(campos.begin(), campos.end()), std::move(linhas)};
 }

@@ -23,6 +23,7 @@ struct TCampoPacote : TCampo {
 
 /// Packet column that holds every value of the neutral field: texts and memos as Unicode, integers of 64 bits.
 TCampoPacote CampoDePacote(const TCampo& campo);
+TCampoPacote CampoDePacote(std::string_view nome, TTipoDado tipo, int tamanho = 0);
 
 /// Parameter of a packet that is one number or a list of them: CHANGE_LOG (triples of row, predecessor and kind, rows
 /// from 1), DEFAULT_ORDER and PRIMARY_KEY (fields from 1), LCID, AUTOINCVALUE.

@@ -69,7 +69,11 @@ std::optional<TValor> Opcional(const std::optional<T>& valor) {
     return valor ? std::optional<TValor>(*valor) : std::nullopt;
 }
 
-std::optional<TValor> Converte(const TTipoPacote& tipo, std::string_view texto) {
+bool Texto(TFormato formato) { return formato == TFormato::TextoAnsi || formato == TFormato::TextoUnicode; }
+
+}  // namespace
+
+std::optional<TValor> ValorDoTexto(const TTipoPacote& tipo, std::string_view texto) {
     switch (tipo.formato) {
         case TFormato::Inteiro:
             return Inteiro(texto, tipo.tamanho);
@@ -90,10 +94,6 @@ std::optional<TValor> Converte(const TTipoPacote& tipo, std::string_view texto) 
     }
 }
 
-bool Texto(TFormato formato) { return formato == TFormato::TextoAnsi || formato == TFormato::TextoUnicode; }
-
-}  // namespace
-
 TValor ValorDeXml(const std::shared_ptr<const TFontePacote>& fonte, const TColunaXml& coluna, std::string_view bruto,
                   std::size_t campo) {
     if (Texto(coluna.tipo->formato)) return Decodifica(coluna.codigo, bruto);
@@ -101,7 +101,8 @@ TValor ValorDeXml(const std::shared_ptr<const TFontePacote>& fonte, const TColun
     if (coluna.tipo->formato == TFormato::Blob) return ValorDeBlob(fonte, bruto, coluna.codigo, campo, coluna.dado);
     constexpr std::size_t kMaiorNumero = 1000;
     const auto texto = Decodifica(coluna.codigo, bruto.substr(0, kMaiorNumero));
-    if (auto valor = bruto.size() > kMaiorNumero ? std::nullopt : Converte(*coluna.tipo, Apara(texto))) return *valor;
+    if (auto valor = bruto.size() > kMaiorNumero ? std::nullopt : ValorDoTexto(*coluna.tipo, Apara(texto)))
+        return *valor;
     constexpr std::size_t kMostra = 40;
     throw TErroTrecho{bruto.data(), "o valor '" + TextoDeBytes(bruto.substr(0, kMostra)) + "' não é do tipo " +
                                         std::string(coluna.tipo->xml)};

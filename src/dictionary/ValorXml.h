@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <string_view>
 
 #include "Codigos.h"
@@ -16,6 +17,9 @@ struct TColunaXml {
     TTipoDado dado = TTipoDado::Texto;
     TCodigo codigo = TCodigo::XmlUtf8;
 };
+
+/// Value of a text without blanks around it; nothing when it is none of that type. Not for texts and blobs.
+std::optional<TValor> ValorDoTexto(const TTipoPacote& tipo, std::string_view texto);
 
 /// Value of an attribute, still escaped, of field `campo`. An empty one is NULL unless the field is a string.
 /// Throws TErroTrecho.

@@ -2,7 +2,6 @@
 #include <nlohmann/json.hpp>
 #include <unordered_map>
 
-#include "Base64.h"
 #include "FontePacote.h"
 #include "LinhaJson.h"
 #include "PacoteJson.h"
@@ -13,7 +12,7 @@ namespace wkd {
 
 namespace {
 
-using TJson = nlohmann::json;
+using TJson = nlohmann::ordered_json;
 
 class TLeitorJson {
   public:
@@ -72,6 +71,7 @@ class TLeitorJson {
         campo.ligacao = json.value("ligacao", false);
         const bool nova = posicoes_.try_emplace(json.value("chave", campo.nome), pacote_.campos.size()).second;
         if (campo.nome.empty() || !nova) throw TErroTrecho{linha.data(), "campo sem nome, ou com a chave de outro"};
+        tipos_.push_back(tipo);
         pacote_.campos.push_back(std::move(campo));
     }
 
@@ -87,7 +87,8 @@ class TLeitorJson {
             else if (posicao == posicoes_.end())
                 throw TErroTrecho{texto.data(), "o campo não foi descrito na primeira linha"};
             else
-                linha[posicao->second] = ValorDeJson(pacote_.campos[posicao->second], std::move(item), texto.data());
+                linha[posicao->second] = ValorDeJson(*tipos_[posicao->second], pacote_.campos[posicao->second].tipo,
+                                                     std::move(item), texto.data());
         };
         const auto erro = PercorreLinhaJson(texto, recebe);
         if (!erro.empty()) throw TErroTrecho{texto.data(), erro};
@@ -108,6 +109,7 @@ class TLeitorJson {
     std::string_view resto_;
     TOrcamento orcamento_;
     std::unordered_map<std::string, std::size_t> posicoes_;  // by key
+    std::vector<const TTipoPacote*> tipos_;                  // of the fields
     TDataPacket pacote_;
     std::string campoAtual_;
 };

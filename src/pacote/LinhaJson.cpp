@@ -1,14 +1,11 @@
 #include "LinhaJson.h"
 
-#include <charconv>
 #include <nlohmann/json.hpp>
 
 #include "Base64.h"
-#include "Bcd.h"
 #include "Codigos.h"
-#include "Erros.h"
 #include "FontePacote.h"
-#include "TextoDeNumero.h"
+#include "ValorXml.h"
 
 namespace wkd {
 
@@ -66,63 +63,26 @@ class TPercurso : public nlohmann::json_sax<TJson> {
     int nivel_ = 0;
 };
 
-TValor Inteiro(const std::string& texto) {
-    std::uint64_t grande = 0;
-    const auto fim = texto.data() + texto.size();
-    if (const auto numero = LeInteiro(texto)) return *numero;
-    const auto lido = std::from_chars(texto.data(), fim, grande);
-    return lido.ec == std::errc() && lido.ptr == fim ? TValor(texto) : TValor();
-}
-
-TValor Decimal(const std::string& texto) {
-    const auto digitos = DigitosDeTexto(texto);
-    return digitos ? digitos->Valor() : TValor();
-}
-
-TValor Flutuante(const std::string& texto) {
-    double numero = 0;
-    const auto fim = texto.data() + texto.size();
-    const auto lido = std::from_chars(texto.data(), fim, numero);
-    return lido.ec == std::errc() && lido.ptr == fim ? TValor(numero) : TValor();
-}
-
-TValor DeTexto(const std::string& texto, TTipoDado tipo) {
-    try {
-        return TValor(texto).Converte(tipo);
-    } catch (const TErroConversao&) {
-        return {};
-    }
-}
-
-/// NULL when the item is none of that type.
-TValor Converte(TTipoDado tipo, TItemJson&& item, const char* onde) {
-    const bool texto = item.forma == TItemJson::Texto;
-    switch (tipo) {
-        case TTipoDado::Logico:
-            return item.forma == TItemJson::Logico ? TValor(item.texto == "true") : TValor();
-        case TTipoDado::Inteiro:
-            return item.forma == TItemJson::Logico ? TValor() : Inteiro(item.texto);
-        case TTipoDado::Decimal:
-            return item.forma == TItemJson::Logico ? TValor() : Decimal(item.texto);
-        case TTipoDado::Flutuante:
-            return item.forma == TItemJson::Logico ? TValor() : Flutuante(item.texto);
-        case TTipoDado::Data:
-        case TTipoDado::Hora:
-        case TTipoDado::DataHora:
-            return texto ? DeTexto(item.texto, tipo) : TValor();
-        default:
-            break;
-    }
-    if (texto && tipo != TTipoDado::Blob && tipo != TTipoDado::Bytes) return TValor(std::move(item.texto));
-    if (item.forma != TItemJson::Base64 || tipo == TTipoDado::Texto) return {};
+TValor ValorDeBase64(const std::string& texto, TTipoDado dado, const char* onde) {
     std::string bytes;
     try {
-        DeBase64(item.texto, bytes, item.texto.size());
+        DeBase64(texto, bytes, texto.size());
     } catch (const TErroTrecho& erro) {
         throw TErroTrecho{onde, erro.causa};  // its place was in the text taken from the line
     }
-    if (tipo != TTipoDado::Memo) return TBytes{std::move(bytes)};
+    if (dado != TTipoDado::Memo) return TBytes{std::move(bytes)};
     return Utf8(bytes) ? TValor(std::move(bytes)) : TValor();
+}
+
+/// NULL when the item is none of that type.
+TValor Converte(const TTipoPacote& tipo, TTipoDado dado, TItemJson&& item, const char* onde) {
+    const bool blob = dado == TTipoDado::Blob || dado == TTipoDado::Bytes || dado == TTipoDado::Memo;
+    if (item.forma == TItemJson::Base64) return blob ? ValorDeBase64(item.texto, dado, onde) : TValor();
+    if (dado == TTipoDado::Texto || dado == TTipoDado::Memo)
+        return item.forma == TItemJson::Texto ? TValor(std::move(item.texto)) : TValor();
+    const bool logico = item.forma == TItemJson::Logico;
+    if (blob || logico != (dado == TTipoDado::Logico)) return {};
+    return ValorDoTexto(tipo, item.texto).value_or(TValor());
 }
 
 }  // namespace
@@ -134,10 +94,10 @@ std::string PercorreLinhaJson(std::string_view linha,
     return percurso.Erro();
 }
 
-TValor ValorDeJson(const TCampoPacote& campo, TItemJson&& item, const char* onde) {
+TValor ValorDeJson(const TTipoPacote& tipo, TTipoDado dado, TItemJson&& item, const char* onde) {
     if (item.forma == TItemJson::Nulo) return {};
-    auto valor = Converte(campo.tipo, std::move(item), onde);
-    if (valor.Nulo()) throw TErroTrecho{onde, "o valor não é do tipo " + campo.tipoXml};
+    auto valor = Converte(tipo, dado, std::move(item), onde);
+    if (valor.Nulo()) throw TErroTrecho{onde, "o valor não é do tipo " + std::string(tipo.xml)};
     return valor;
 }
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "DataPacket.h"
+#include "TiposPacote.h"
 
 namespace wkd {
 
@@ -19,7 +19,7 @@ struct TItemJson {
 std::string PercorreLinhaJson(std::string_view linha,
                               const std::function<void(const std::string& chave, TItemJson&& item)>& recebe);
 
-/// Value of that field. Throws TErroTrecho at `onde` when the item is of another kind.
-TValor ValorDeJson(const TCampoPacote& campo, TItemJson&& item, const char* onde);
+/// Value of a field of that type. Throws TErroTrecho at `onde` when the item is of another kind or out of its range.
+TValor ValorDeJson(const TTipoPacote& tipo, TTipoDado dado, TItemJson&& item, const char* onde);
 
 }  // namespace wkd

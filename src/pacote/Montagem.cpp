@@ -39,18 +39,10 @@ std::vector<fs::path> ArquivosDe(const fs::path& pasta) {
     return arquivos;
 }
 
-TCampoPacote Campo(const char* nome, TTipoDado tipo, int tamanho) {
-    TCampo campo;
-    campo.nome = nome;
-    campo.tipo = tipo;
-    campo.tamanho = tamanho;
-    return CampoDePacote(campo);
-}
-
 TDataPacket ArquivosVazio() {
     TDataPacket pacote;
-    pacote.campos = {Campo("ARQUIVO", TTipoDado::Texto, 100), Campo("VERSAO", TTipoDado::Texto, 20),
-                     Campo("CONTEUDO", TTipoDado::Blob, 0)};
+    pacote.campos = {CampoDePacote("ARQUIVO", TTipoDado::Texto, 100), CampoDePacote("VERSAO", TTipoDado::Texto, 20),
+                     CampoDePacote("CONTEUDO", TTipoDado::Blob)};
     return pacote;
 }
 

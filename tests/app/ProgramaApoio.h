@@ -6,6 +6,7 @@
 
 #include "Connection.h"
 #include "PastaTemporaria.h"
+#include "Programa.h"
 
 namespace wkd {
 
@@ -15,11 +16,7 @@ class TProgramaInstalado {
   public:
     TProgramaInstalado();
 
-    struct TSaida {
-        int codigo = -1;
-        std::string saida, erros;
-        bool Diz(std::string_view texto) const { return (saida + erros).find(texto) != std::string::npos; }
-    };
+    using TSaida = TSaidaDePrograma;
     /// Runs the program with these arguments; standard input is `entrada`.
     TSaida Roda(const std::vector<std::string>& argumentos, const std::string& entrada = "") const;
     /// The unattended update of the alias "LOJA".

@@ -9,20 +9,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-TCampoPacote Campo(const char* nome, TTipoDado tipo, int tamanho = 0) {
-    TCampo campo;
-    campo.nome = nome;
-    campo.tipo = tipo;
-    campo.tamanho = tamanho;
-    return CampoDePacote(campo);
-}
-
 class ArquivosSistemaTest : public TAssetsTest {
   protected:
     void Pacote(std::vector<TLinha> linhas, TFormaPacote forma = TFormaPacote::Binario, const char* nome = "Arquivos") {
         TDataPacket pacote;
-        pacote.campos = {Campo("Arquivo", TTipoDado::Texto, 100), Campo("VERSAO", TTipoDado::Texto, 20),
-                         Campo("CONTEUDO", TTipoDado::Blob)};
+        pacote.campos = {CampoDePacote("Arquivo", TTipoDado::Texto, 100), CampoDePacote("VERSAO", TTipoDado::Texto, 20),
+                         CampoDePacote("CONTEUDO", TTipoDado::Blob)};
         pacote.linhas = std::move(linhas);
         GravaPacote(pacote, pacote_.Caminho() / nome, forma);
     }
@@ -106,7 +98,7 @@ TEST_F(ArquivosSistemaTest, AHugeFilePassesInBoundedMemory) {
         TWKDQuery q(Dm().SQLConnection1, "select CONTEUDO from TARQ_VER where ARQUIVO = 'grande.bin'");
         q.Open();
         ASSERT_FALSE(q.Eof());
-        EXPECT_TRUE(Iguais(q.Campo("CONTEUDO"), grande));
+        EXPECT_TRUE(Iguais(q.CampoDePacote("CONTEUDO"), grande));
     }
 }
 
@@ -124,7 +116,7 @@ TEST_F(ArquivosSistemaTest, WithoutAReadableFileOrTableThePassEndsAndNothingIsDe
     EscreveArquivo(pacote_.Caminho() / "ARQUIVOS", "<DATAPACKET");
     EXPECT_NE(erro().find("ARQUIVOS"), std::string::npos);
     TDataPacket semNome;
-    semNome.campos = {Campo("NOME", TTipoDado::Texto, 10)};
+    semNome.campos = {CampoDePacote("NOME", TTipoDado::Texto, 10)};
     semNome.linhas = {{"velho.dll"}};
     GravaPacote(semNome, pacote_.Caminho() / "ARQUIVOS", TFormaPacote::Xml);
     EXPECT_NE(erro().find("arquivo"), std::string::npos);

@@ -30,7 +30,8 @@ TEST_P(Sementes, NenhumaDerrubaPrendeOuPerde) {
 
 INSTANTIATE_TEST_SUITE_P(DeCadaLeitor, Sementes,
                          testing::Values(TAlvo{"xml", ExercitaPacote}, TAlvo{"binario", ExercitaPacote},
-                                         TAlvo{"zip", ExercitaZip}, TAlvo{"ini", ExercitaIni}),
+                                         TAlvo{"json", ExercitaJson}, TAlvo{"zip", ExercitaZip},
+                                         TAlvo{"ini", ExercitaIni}),
                          [](const auto& caso) { return std::string(caso.param.pasta); });
 
 }  // namespace
