@@ -5,13 +5,13 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 scripts/dependencies.sh
-scripts/build.sh release AtualizaWKD
+scripts/build.sh release AtualizaWKD PacoteWKD
 
 raiz=$PWD
 pasta=$raiz/demo
 rm -rf "$pasta"
 mkdir -p "$pasta/Relatorios"
-cp build/release/bin/AtualizaWKD "$pasta/"
+cp build/release/bin/AtualizaWKD build/release/bin/PacoteWKD "$pasta/"
 cd "$pasta"
 
 titulo() { printf '\n== %s\n\n' "$1"; }
@@ -35,15 +35,19 @@ titulo 'Banco de uma versão antiga'
 retrato >antes.txt
 consulta "select count(*) || ' tabelas no dicionário' from sarquivo;"
 
-titulo 'Pacote da versão nova'
-(cd "$raiz/examples/pacote" && cmake -E tar cf "$pasta/pacote.zip" --format=zip -- *)
-cmake -E tar tf pacote.zip
-
 titulo 'Alias'
 echo masterkey | ./AtualizaWKD --novo-alias DEMO --tipo tbInterbase --hostname '' --path "$pasta/" --database loja.fdb \
     --usuario SYSDBA
 printf 'RELATORIO=%s/\n' "$pasta/Relatorios" >>WKD.ini
 ./AtualizaWKD --testa-alias DEMO
+
+titulo 'Pacote da versão nova'
+./PacoteWKD monta pacote.zip --pasta "$raiz/examples/pacote"
+./PacoteWKD mostra pacote.zip | grep -v '^    '  # without the columns
+
+titulo 'Revisão contra o dicionário que está no banco'
+./PacoteWKD monta anterior.zip --alias DEMO
+./PacoteWKD confere pacote.zip --anterior anterior.zip || [ $? -eq 1 ]  # 1: something was pointed at
 
 titulo 'Atualização'
 codigo=0

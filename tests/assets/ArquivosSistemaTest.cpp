@@ -98,7 +98,7 @@ TEST_F(ArquivosSistemaTest, AHugeFilePassesInBoundedMemory) {
         TWKDQuery q(Dm().SQLConnection1, "select CONTEUDO from TARQ_VER where ARQUIVO = 'grande.bin'");
         q.Open();
         ASSERT_FALSE(q.Eof());
-        EXPECT_TRUE(Iguais(q.CampoDePacote("CONTEUDO"), grande));
+        EXPECT_TRUE(Iguais(q.Campo("CONTEUDO"), grande));
     }
 }
 
