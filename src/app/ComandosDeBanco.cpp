@@ -2,6 +2,7 @@
 
 #include <iostream>
 
+#include "DesviosEmTexto.h"
 #include "PlanoEmTexto.h"
 #include "PreencheDados.h"
 #include "TelaDoConsole.h"
@@ -49,6 +50,15 @@ TCodigoDeSaida MostraPlano(const TAmbiente& ambiente, const TPedePlano& pedido) 
         std::cout << (pedido.json ? PlanoEmJson(*plano) : PlanoEmTexto(*plano)) << std::flush;
         if (!plano->Muda()) return TCodigoDeSaida::Sucesso;
         return plano->TemAchados() ? TCodigoDeSaida::ComAchados : TCodigoDeSaida::ComMudancas;
+    });
+}
+
+TCodigoDeSaida MostraDesvios(const TAmbiente& ambiente, const TPedeConfere& pedido) {
+    return NoAlias(ambiente, pedido.alias, [&](TDataModulo& dm, const TEstado&) {
+        const auto desvios = ConfereDicionario(dm);
+        std::cout << (pedido.json ? DesviosEmJson(pedido.alias, desvios) : DesviosEmTexto(pedido.alias, desvios))
+                  << std::flush;
+        return desvios.empty() ? TCodigoDeSaida::Sucesso : TCodigoDeSaida::ComAchados;
     });
 }
 

@@ -125,6 +125,7 @@ void TFMAtualiza::Liga() {
     connect(btLog_, &QPushButton::clicked, this, &TFMAtualiza::btLogClick);
     connect(alias_, &TPaginaAlias::Escolhido, this, &TFMAtualiza::PreencheDados);
     connect(status_, &TPaginaStatus::Atualizar, this, &TFMAtualiza::btAtualizarClick);
+    connect(status_, &TPaginaStatus::Planejar, this, &TFMAtualiza::btPlanoClick);
     connect(status_, &TPaginaStatus::VerificarIndices, this, &TFMAtualiza::Button1Click);
 }
 

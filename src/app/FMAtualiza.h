@@ -85,6 +85,7 @@ class TFMAtualiza : public QDialog {
 
     // Run
     void btAtualizarClick();
+    void btPlanoClick();
     TCodigoDeSaida Executa();
     void NoBanco(const std::function<void()>& trabalho);
     void Relata(TEvidencia evidencia);

@@ -10,8 +10,10 @@
 #include "PaginaAtualizacao.h"
 #include "PaginaBackup.h"
 #include "PaginaOpcoes.h"
+#include "PlanoEmTexto.h"
 #include "RelatorioDaExecucao.h"
 #include "SegundoPlano.h"
+#include "Texto.h"
 #include "TextoQt.h"
 
 namespace wkd {
@@ -34,6 +36,19 @@ void TFMAtualiza::btAtualizarClick() {
     for (QPushButton* botao : {btVoltar_, btProximo_, btSair_}) botao->setEnabled(false);
     codigo_ = Executa();
     if (codigo_ != TCodigoDeSaida::Encerrada) Conclui();
+}
+
+void TFMAtualiza::btPlanoClick() {
+    if (executando_) return;
+    std::string texto;
+    NoBanco([&, opcoes = Opcoes()] {
+        try {
+            if (const auto plano = Planeja(*dm_, opcoes, estado_)) texto = PlanoEmTexto(*plano);
+        } catch (const std::exception& erro) {
+            registrada_.Informacao(erro.what());
+        }
+    });
+    for (const auto& linha : Divide(texto, '\n')) meios_.tela.Memo1(linha);
 }
 
 TCodigoDeSaida TFMAtualiza::Executa() {

@@ -68,6 +68,7 @@ void TFMAtualiza::btProximoClick() {
     } else if (navegacao_.Pagina() == TPagina::Opcoes) {
         ReabreConexao();
     } else if (navegacao_.Pagina() == TPagina::Status) {
+        status_->OferecePlano();
         btProximo_->setText("Atualizar");
     }
 }

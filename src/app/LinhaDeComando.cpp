@@ -17,8 +17,10 @@ Uso:
   AtualizaWKD "ALIAS;" PACOTE.zip            atualiza sem ninguém à frente e termina
                                              ("ALIAS;nobkp" também serve)
 
-Antes de atualizar:
-  --plano ALIAS PACOTE.zip [--json]          diz o que a atualização faria, tabela por tabela, e não muda nada
+Sem mudar nada:
+  --plano ALIAS PACOTE.zip [--json]          diz o que a atualização faria, tabela por tabela, com seus motivos e
+                                             comandos, e o que nos dados não aceitaria a mudança
+  --confere ALIAS [--json]                   diz em que o banco difere do dicionário guardado nele
 
 Aliases (seções do arquivo WKD.ini):
   --lista-alias                              nomes dos aliases, um por linha
@@ -38,7 +40,7 @@ Código de saída:
   2   terminou antes da hora: pacote, confirmação, usuários conectados ou outra atualização em andamento
   3   sem WKD.ini, alias desconhecido ou sem conexão
   10  --plano: há mudanças a fazer (0: nada a fazer)
-  11  --plano: há mudanças a fazer, e achados que alguém precisa ver antes
+  11  --plano: há mudanças a fazer, e achados que alguém precisa ver antes; --confere: há desvios
   64  argumentos incorretos
 )";
 
@@ -106,12 +108,19 @@ TPedido Plano(std::vector<std::string> argumentos) {
     return TPedePlano{NomeDoAlias(argumentos[1]), argumentos[2], json};
 }
 
+TPedido Confere(std::vector<std::string> argumentos) {
+    const bool json = std::erase(argumentos, "--json") > 0;
+    if (argumentos.size() != 2) return TUsoIncorreto{"Use --confere ALIAS, e --json se quiser."};
+    return TPedeConfere{NomeDoAlias(argumentos[1]), json};
+}
+
 TPedido Opcao(const std::vector<std::string>& argumentos) {
     const std::string& opcao = argumentos.front();
     if (opcao == "--help") return TPedeAjuda{};
     if (opcao == "--version") return TPedeVersao{};
     if (opcao == "--novo-alias") return NovoAlias(argumentos);
     if (opcao == "--plano") return Plano(argumentos);
+    if (opcao == "--confere") return Confere(argumentos);
     if (opcao == "--lista-alias" && argumentos.size() == 1) return TPedeListaAlias{};
     if (opcao == "--remove-alias" && argumentos.size() == 2) return TPedeRemoveAlias{argumentos[1]};
     if (opcao == "--testa-alias" && argumentos.size() == 2) return TPedeTestaAlias{argumentos[1]};

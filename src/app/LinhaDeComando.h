@@ -31,6 +31,11 @@ struct TPedePlano {
     std::filesystem::path pacote;
     bool json = false;
 };
+/// Whether the database is what its dictionary says.
+struct TPedeConfere {
+    std::string alias;
+    bool json = false;
+};
 /// The wizard; with an alias it is chosen at start.
 struct TPedeJanela {
     std::string argumento;  // first argument, as given
@@ -46,7 +51,7 @@ struct TUsoIncorreto {
 };
 
 using TPedido = std::variant<TPedeAjuda, TPedeVersao, TPedeListaAlias, TPedeNovoAlias, TPedeRemoveAlias,
-                             TPedeTestaAlias, TPedePlano, TPedeJanela, TPedeAtualizacao, TUsoIncorreto>;
+                             TPedeTestaAlias, TPedePlano, TPedeConfere, TPedeJanela, TPedeAtualizacao, TUsoIncorreto>;
 
 /// Reads the arguments behind the program name. A first argument that begins with "--" is an option; else two or more
 /// arguments are an unattended run: alias followed by ";", package.

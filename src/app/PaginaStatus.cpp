@@ -35,14 +35,20 @@ TPaginaStatus::TPaginaStatus(IDialogos& dialogos)
       memo2_(Nomeia(new TMemoDeLinhas, "Memo2", "Erros")),
       memoLog_(Nomeia(new QPlainTextEdit, "MemoLog", "Log")),
       pastas_(Nomeia(new TListaDePastas, "DirectoryListBox1", "Pasta do pacote")),
+      btPlano_(Botao("btPlano", "Pla&no", "Mostra o que a atualização faria, sem mudar nada")),
       lblAtual_(RotuloDeAndamento("lblAtual", "Atual")),
       lblGeral_(RotuloDeAndamento("lblGeral", "Geral.")),
       lblEstimativa_(RotuloDeAndamento("lblEstimativa", "")),
       pbAtual_(Barra("pbAtual", "Andamento da etapa atual")),
       pbGeral_(Barra("pbGeral", "Andamento geral")) {
+    btPlano_->hide();
+    connect(btPlano_, &QPushButton::clicked, this, &TPaginaStatus::Planejar);
     auto* linhas = new QVBoxLayout(this);
     linhas->setSpacing(4);
-    linhas->addWidget(Cabecalho("Status da Atualização"));
+    auto* titulo = new QHBoxLayout;
+    titulo->addWidget(Cabecalho("Status da Atualização"), 1);
+    titulo->addWidget(btPlano_);
+    linhas->addLayout(titulo);
     linhas->addWidget(memo1_, 3);
     linhas->addWidget(Erros(), 2);
     linhas->addWidget(Andamento());
@@ -104,6 +110,8 @@ QWidget* TPaginaStatus::Andamento() {
 void TPaginaStatus::Estimativa(const QString& texto) {
     if (texto != lblEstimativa_->text()) lblEstimativa_->setText(texto);
 }
+
+void TPaginaStatus::OferecePlano() { btPlano_->show(); }
 
 void TPaginaStatus::MostraLog(const QString& texto) { memoLog_->setPlainText(texto); }
 

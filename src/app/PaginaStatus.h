@@ -7,6 +7,7 @@
 class QGroupBox;
 class QLabel;
 class QProgressBar;
+class QPushButton;
 
 namespace wkd {
 
@@ -27,6 +28,8 @@ class TPaginaStatus : public QWidget {
     QProgressBar& PbGeral() { return *pbGeral_; }
     /// How far the run is, beside the bars.
     void Estimativa(const QString& texto);
+    /// Offers the plan, once there is a package to plan with.
+    void OferecePlano();
     /// The text of the run log, and more of it at its top.
     void MostraLog(const QString& texto);
     void AcrescentaAoLog(const QString& topo);
@@ -35,6 +38,7 @@ class TPaginaStatus : public QWidget {
 
   signals:
     void Atualizar();
+    void Planejar();
     void VerificarIndices();
 
   private:
@@ -49,6 +53,7 @@ class TPaginaStatus : public QWidget {
     TMemoDeLinhas* memo2_;
     QPlainTextEdit* memoLog_;
     TListaDePastas* pastas_;
+    QPushButton* btPlano_;
     QLabel* lblAtual_;
     QLabel* lblGeral_;
     QLabel* lblEstimativa_;

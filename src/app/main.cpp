@@ -32,6 +32,7 @@ struct TPrograma {
     TCodigoDeSaida operator()(const TPedeRemoveAlias& pedido) const { return RemoveAlias(AmbientePadrao(), pedido); }
     TCodigoDeSaida operator()(const TPedeTestaAlias& pedido) const { return TestaAlias(AmbientePadrao(), pedido); }
     TCodigoDeSaida operator()(const TPedePlano& pedido) const { return MostraPlano(AmbientePadrao(), pedido); }
+    TCodigoDeSaida operator()(const TPedeConfere& pedido) const { return MostraDesvios(AmbientePadrao(), pedido); }
     TCodigoDeSaida operator()(const TPedeJanela& pedido) { return Abre({pedido.argumento, {}}); }
     TCodigoDeSaida operator()(const TPedeAtualizacao& pedido) { return Abre({pedido.alias + ";", pedido.pacote}); }
     TCodigoDeSaida operator()(const TUsoIncorreto& pedido) const {

@@ -15,6 +15,7 @@
 #include <fstream>
 
 #include "JanelaApoio.h"
+#include "Retrato.h"
 
 namespace wkd {
 namespace {
@@ -90,7 +91,7 @@ TEST_F(JanelaTest, StartsAsDesigned) {
     EXPECT_EQ(C<QComboBox>("edAlias").toolTip(), QCaminho(instalacao_.Pasta() / "WKD.ini"));
     EXPECT_TRUE(C<QTableWidget>("gridUsuariosOnline").isHidden());
     EXPECT_EQ(C<QLabel>("lblAtual").text(), "Parado.");
-    for (const char* escondido : {"btAtualizar", "Button1", "btRelatoriosBkp"})
+    for (const char* escondido : {"btAtualizar", "btPlano", "Button1", "btRelatoriosBkp"})
         EXPECT_TRUE(C<QPushButton>(escondido).isHidden()) << escondido;
     EXPECT_TRUE(C<QLineEdit>("url").isHidden());
     EXPECT_TRUE(C<QPlainTextEdit>("MemoLog").isHidden());
@@ -119,7 +120,7 @@ TEST_F(JanelaTest, TabFollowsThePageAndAcceleratorsAreUnambiguous) {
         "edAtualizacao SpeedButton3 btLog btVoltar btProximo btSair",
         "cbAtualizaTodas cbCompleto chkQuerysAnteriores chkQuerysPosteriores cbTabela edTabela BitBtn1 mListaTabelas "
         "rgModoAtualizacao0 btLog btVoltar btProximo btSair",
-        "Memo1 SpeedButton2 Memo2 btLog btVoltar btProximo btSair",
+        "btPlano Memo1 SpeedButton2 Memo2 btLog btVoltar btProximo btSair",
     };
     for (const char* esperado : esperados) {
         if (Onde().starts_with("opcoes")) C<QCheckBox>("cbTabela").click();
@@ -163,6 +164,23 @@ TEST_F(JanelaTest, ControlsOutOfSightDoTheirWorkToo) {
     EscolheAlias("LOJA");
     Clica("Button1");
     EXPECT_EQ(instalacao_.Conexao()->ChavePrimaria("TVENDA").colunas, std::vector<std::string>{"NUMERO"});
+}
+
+TEST_F(JanelaTest, OnceThereIsAPackageThePlanIsShownAndNothingChanges) {
+    VaiAsOpcoes();
+    EXPECT_TRUE(C<QPushButton>("btPlano").isHidden());
+    C<QCheckBox>("cbTabela").click();
+    C<QPlainTextEdit>("mListaTabelas").setPlainText("TVENDA");
+    Clica("btProximo");
+    ASSERT_TRUE(C<QPushButton>("btPlano").isVisible());
+    const std::string antes = Retrato(*instalacao_.Conexao());
+    Clica("btPlano");
+    const QString plano = C<QPlainTextEdit>("Memo1").toPlainText();
+    EXPECT_TRUE(plano.contains("TVENDA: reconstruir (tipo de DATA_VENDA muda de ftDate para ftDateTime)")) << S(plano);
+    EXPECT_FALSE(plano.contains("TCLI_CON")) << S(plano);
+    EXPECT_TRUE(plano.contains("Resumo: ")) << S(plano);
+    EXPECT_EQ(Diferencas(antes, Retrato(*instalacao_.Conexao())), "");
+    EXPECT_EQ(Botoes(), "&Voltar Atualizar &Sair ");
 }
 
 TEST_F(JanelaTest, WalksForthAndBackWithoutTheBackupPage) {
