@@ -19,6 +19,14 @@ std::vector<TMedida> MedeCopiaEmbutida(TBancada& bancada);
 std::vector<TMedida> MedeCopiaNaRede(TBancada& bancada);
 /// Ten times the rows: time and memory of a rebuild.
 std::vector<TMedida> MedeReconstrucao(TBancada& bancada);
+/// The report dictionary alone, and all passes behind the tables.
+std::vector<TMedida> MedePassos(TBancada& bancada);
+/// "Atualizar todas as tabelas" on a database that differs in nothing.
+std::vector<TMedida> MedeTodas(TBancada& bancada);
+/// New tables with key and indexes.
+std::vector<TMedida> MedeCriacao(TBancada& bancada);
+/// The run log.
+std::vector<TMedida> MedeLog(TBancada& bancada);
 
 struct TCaso {
     std::string_view nome;  // by which the command line selects it
@@ -26,8 +34,15 @@ struct TCaso {
 };
 
 inline constexpr TCaso kCasos[] = {
-    {"pacotes", MedePacotes},        {"nada-mudou", MedeNadaMudou},      {"copia-embutida", MedeCopiaEmbutida},
-    {"copia-rede", MedeCopiaNaRede}, {"reconstrucao", MedeReconstrucao},
+    {"pacotes", MedePacotes},
+    {"nada-mudou", MedeNadaMudou},
+    {"copia-embutida", MedeCopiaEmbutida},
+    {"copia-rede", MedeCopiaNaRede},
+    {"reconstrucao", MedeReconstrucao},
+    {"todas", MedeTodas},
+    {"passos", MedePassos},
+    {"criacao", MedeCriacao},
+    {"log", MedeLog},
 };
 
 }  // namespace wkd

@@ -1,0 +1,123 @@
+#include "CamposPersonalizados.h"
+#include "Casos.h"
+#include "DataPacket.h"
+#include "DicionarioTabelas.h"
+#include "IndicesPrimarios.h"
+#include "LookupFisico.h"
+#include "Orfaos.h"
+#include "Preambulo.h"
+#include "TelaMuda.h"
+#include "ValorPadrao.h"
+
+namespace wkd {
+
+namespace {
+
+/// What the passes of a run work on: the connected big database and the tables of its package.
+class TPasses {
+  public:
+    explicit TPasses(const TBancoGrande& banco) : dm_(banco.Aliases(), tela_), opcoes_(banco.Opcoes()) {
+        dm_.SQLConnection1.SetAlias("GRANDE");
+        dm_.SQLConnection1.Open();
+        AtualizaTabelasDoDicionario(dm_);
+        dm_.AtualizaListaDeTabelas();
+        dm_.SArquivoNovo.Carrega(LePacote(banco.Pasta() / "SARQUIVO.WKD").Tabela());
+    }
+
+    void Executa(std::initializer_list<void (*)(TContexto&)> passes) {
+        comandos_ = 0;
+        dm_.SQLConnection1.Observa([this](std::string_view) { ++comandos_; });
+        for (const auto passe : passes) passe(ctx_);
+        if (!tela_.erros.empty()) throw std::runtime_error(tela_.erros.front());
+    }
+    int Comandos() const { return comandos_; }
+
+  private:
+    TTelaMuda tela_;
+    TDataModulo dm_;
+    TOpcoes opcoes_;
+    TEstado estado_;
+    TContexto ctx_{dm_, opcoes_, estado_, {}, {}};
+    int comandos_ = 0;
+};
+
+void Le(TConnection& banco, std::string_view sql) {
+    const auto consulta = banco.Prepara(sql);
+    for (consulta->Abre(); consulta->Proximo();)
+        for (std::size_t i = 0; i < consulta->Campos().size(); ++i) static_cast<void>(consulta->Valor(i));
+}
+
+/// A transaction that empties a table and puts that many rows of ten texts into it.
+void Enche(TConnection& banco, const std::string& apaga, const std::string& inclui, int linhas) {
+    TTransacao transacao(banco);
+    banco.Prepara(apaga)->Executa();
+    const auto comando = banco.Prepara(inclui);
+    for (int linha = 0; linha < linhas; ++linha) {
+        comando->Atribui(0, "TAB" + std::to_string(1000 + linha / kColunas));
+        comando->Atribui(1, "CAMPO" + std::to_string(linha % kColunas));
+        if (comando->Parametros().size() > 2) comando->Atribui(2, "Descrição da coluna CAMPO");
+        comando->Executa();
+    }
+    transacao.Commit();
+}
+
+void EncheDicionarioDeRelatorios(TConnection& banco) {
+    Enche(banco, "delete from trbtable", "insert into TRBTABLE (TableName, TableAlias) values (:a, :b)", kTabelas);
+    Enche(banco, "delete from trbfield",
+          "insert into TRBFIELD (TableName, FieldName, FieldAlias, DataType, Searchable, Sortable, Selectable, "
+          "AutoSearch, Mandatory) values (:a, :b, :c, 'dtString', 'T', 'T', 'T', 'F', 'F')",
+          kTabelas * kColunas);
+}
+
+/// The statements that the passes are made of, each once.
+void ComandosDosPasses(TConnection& banco) {
+    for (const std::string tabela : {"satrib", "slookup"})
+        banco
+            .Prepara("delete from " + tabela +
+                     " where not exists (select nome_arquivo from sarquivo where "
+                     "nome_arquivo = " +
+                     tabela + ".ARQUIVO)")
+            ->Executa();
+    Le(banco,
+       "select arquivo,nome,valor_padrao,tipo from satrib where (valor_padrao is not null) and (valor_padrao <> '')");
+    Le(banco, "select * from tini WHERE CHAVE = 'LOOKUPFISICO' AND SESSAO = 'HBN4'");
+    Le(banco, "select arquivo,cod_plugin from satrib_user group by arquivo,cod_plugin");
+    banco.TodasAsChaves();
+    Le(banco, "select nome_arquivo, cod_modulo from sarquivo");
+    Le(banco, "select count(*) as total from sarquivo");
+    Le(banco, "select * from sarquivo");
+    Le(banco, "select count(*) as total from satrib where ((lookup_arquivo is null) or (lookup_arquivo = ''))");
+    EncheDicionarioDeRelatorios(banco);
+}
+
+}  // namespace
+
+std::vector<TMedida> MedePassos(TBancada& bancada) {
+    std::vector<TMedida> medidas;
+    for (const TLugar& lugar : {TBancada::Embutido(), TBancada::Rede()}) {
+        const TBancoGrande& banco = bancada.Grande(lugar);
+        TPasses passes(banco);
+        const auto conexao = banco.Conexao();
+        passes.Executa({AtualizaLookupFisico});  // once per database
+        medidas.push_back(Alterna(
+            {.trabalho = "dicionário de relatórios, 800 tabelas e 20.000 colunas, " + lugar.nome,
+             .piso = "apagar e incluir as mesmas linhas, uma transação por tabela",
+             .limite = 1.2},
+            3, [&] { passes.Executa({Dicionario_tabelas}); }, [&] { EncheDicionarioDeRelatorios(*conexao); }));
+        medidas.back().comandos = passes.Comandos();
+        medidas.push_back(Alterna(
+            {.trabalho = "passos finais, 800 tabelas e 20.000 colunas, " + lugar.nome,
+             .piso = "os comandos de que são feitos",
+             .limite = 1.3},
+            3,
+            [&] {
+                passes.Executa({ApagaAtributosOrfaos, AtualizaValorPadrao, AtualizaLookup, AtualizaLookupFisico,
+                                AtualizaCamposPersonalizados, verificaIndicesPrimarios, Dicionario_tabelas});
+            },
+            [&] { ComandosDosPasses(*conexao); }));
+        medidas.back().comandos = passes.Comandos();
+    }
+    return medidas;
+}
+
+}  // namespace wkd

@@ -1,0 +1,94 @@
+#include "Atualizacao.h"
+#include "Casos.h"
+#include "TelaMuda.h"
+#include "Texto.h"
+
+namespace wkd {
+
+namespace {
+
+/// Time of the tables of one run that analyses them all, and its statements from then on.
+double Corre(const TBancoGrande& banco, int& comandos) {
+    TTelaMuda tela;
+    TDataModulo dm(banco.Aliases(), tela);
+    dm.SQLConnection1.SetAlias("GRANDE");
+    dm.SQLConnection1.Open();
+    int enviados = 0;
+    dm.SQLConnection1.Observa([&](std::string_view) { ++enviados; });
+    double tempo = 0;
+    TRelogio::time_point inicio;
+    tela.aoMostrar = [&](std::string_view linha) {
+        if (linha.starts_with("Tabelas do sistema")) {
+            inicio = TRelogio::now();
+            enviados = 0;
+        }
+        if (!linha.starts_with("Finalizada")) return;
+        tempo = Segundos(inicio);
+        comandos = enviados;
+    };
+    TOpcoes opcoes = banco.Opcoes();
+    opcoes.todas = true;
+    TEstado estado;
+    TAtualizacao(dm, opcoes, estado).Executa();
+    if (!tela.erros.empty()) throw std::runtime_error(tela.erros.front());
+    return tempo;
+}
+
+/// Deletes and copies of the customer's columns, as every table has them.
+void MesclaCru(TConnection& banco, const std::string& tabela) {
+    const std::string nome = Aspas(tabela);
+    for (const std::string& comando :
+         {"DELETE FROM SATRIB WHERE NOME STARTING 'U_'  AND ARQUIVO = " + nome,
+          "INSERT INTO SATRIB (ARQUIVO, NOME) SELECT ARQUIVO, NOME from satrib_user where satrib_user.arquivo = " +
+              nome,
+          "INSERT INTO SARQUIVO (COD_MODULO, NOME_ARQUIVO) SELECT COD_MODULO, NOME_ARQUIVO from SARQUIVO_user where "
+          "NOME_ARQUIVO = " +
+              nome})
+        banco.Prepara(comando)->Executa();
+}
+
+/// The dictionary statements of every table, a transaction each.
+void Regrava(TConnection& banco, const TDataPacket& colunas) {
+    std::vector<std::string> nomes;
+    for (const auto& campo : colunas.campos) nomes.push_back(campo.nome);
+    const auto inclui =
+        banco.Prepara("insert into SATRIB (" + Junta(nomes, ", ") + ") values (:" + Junta(nomes, ", :") + ")");
+    for (auto linha = colunas.linhas.begin(); linha != colunas.linhas.end();) {
+        const std::string tabela = linha->at(0).ComoTexto();
+        TTransacao transacao(banco);
+        banco.Prepara("delete from satrib where arquivo = " + Aspas(tabela))->Executa();
+        for (; linha != colunas.linhas.end() && linha->at(0).ComoTexto() == tabela; ++linha) {
+            for (std::size_t i = 0; i < linha->size(); ++i) inclui->Atribui(i, linha->at(i));
+            inclui->Executa();
+        }
+        MesclaCru(banco, tabela);
+        transacao.Commit();
+        const auto indices = banco.Prepara("SELECT DISTINCT * FROM SINDSEC WHERE ARQUIVO = " + Aspas(tabela));
+        for (indices->Abre(); indices->Proximo();) continue;
+    }
+}
+
+TMedida Mede(const TBancoGrande& banco, const TLugar& lugar) {
+    int comandos = 0;
+    Corre(banco, comandos);  // brings the dictionary tables to their layout
+    const auto conexao = banco.Conexao();
+    const TDataPacket colunas = DicionarioDeColunas(kTabelas);
+    TMedida medida = Alterna(
+        {.trabalho = "atualizar todas as tabelas sem diferenças, 800 tabelas e 20.000 colunas, " + lugar.nome,
+         .piso = "os comandos de dicionário de cada tabela, uma transação por tabela",
+         .limite = 1.3},
+        2, [&] { return Corre(banco, comandos); }, [&] { Regrava(*conexao, colunas); });
+    medida.comandos = comandos;
+    return medida;
+}
+
+}  // namespace
+
+std::vector<TMedida> MedeTodas(TBancada& bancada) {
+    std::vector<TMedida> medidas;
+    for (const TLugar& lugar : {TBancada::Embutido(), TBancada::Rede()})
+        medidas.push_back(Mede(bancada.Grande(lugar), lugar));
+    return medidas;
+}
+
+}  // namespace wkd
