@@ -3,7 +3,9 @@
 #include <sys/wait.h>
 
 #include <cstdlib>
+#include <span>
 #include <string>
+#include <string_view>
 
 #include "Arquivos.h"
 #include "BancoTemporario.h"
@@ -83,6 +85,36 @@ inline constexpr const char* kBanco[] = {
     " insert into TREC values ('C' || :i, 'Registro ' || :i, dateadd(:i minute to timestamp '2024-01-01 00:00:00'),"
     " 'conteúdo ' || :i); i = i + 1; end end"};
 
+/// The stored dictionary's rows of these columns.
+inline void GravaColunas(TConnection& banco, std::span<const TColuna> colunas) {
+    int sequencia = 0;
+    for (const TColuna& c : colunas)
+        banco.ExecuteDirect(
+            "insert into SATRIB (ARQUIVO, SEQUENCIA, NOME, TIPO, TAMANHO, CHAVE_DE_PESQUISA) values ('" +
+            std::string(c.tabela) + "', " + std::to_string(sequencia++) + ", '" + c.nome + "', '" + c.tipo + "', " +
+            std::to_string(c.tamanho) + ", " + std::to_string(c.chave) + ")");
+}
+
+/// Writes "pacote.zip" with the dictionary of these columns, each table in version 2.
+inline void Empacota(const std::filesystem::path& pasta, std::span<const TColuna> novas) {
+    TDataPacket tabelas, colunas;
+    tabelas.campos = {Campo("COD_MODULO", TTipoDado::Texto, 3), Campo("NOME_ARQUIVO", TTipoDado::Texto, 50),
+                      Campo("VERSAO", TTipoDado::Inteiro)};
+    colunas.campos = {Campo("ARQUIVO", TTipoDado::Texto, 50), Campo("SEQUENCIA", TTipoDado::Inteiro),
+                      Campo("NOME", TTipoDado::Texto, 25),    Campo("TIPO", TTipoDado::Texto, 25),
+                      Campo("TAMANHO", TTipoDado::Inteiro),   Campo("CHAVE_DE_PESQUISA", TTipoDado::Inteiro)};
+    std::string_view tabela;
+    int sequencia = 0;
+    for (const TColuna& c : novas) {
+        if (c.tabela != tabela) tabelas.linhas.push_back({"001", c.tabela, 2});
+        tabela = c.tabela;
+        colunas.linhas.push_back({c.tabela, sequencia++, c.nome, c.tipo, c.tamanho, c.chave});
+    }
+    GravaPacote(tabelas, pasta / "SARQUIVO.WKD", TFormaPacote::Xml);
+    GravaPacote(colunas, pasta / "SATRIB.WKD", TFormaPacote::Binario);
+    CompactaZip({pasta / "SARQUIVO.WKD", pasta / "SATRIB.WKD"}, pasta / "pacote.zip");
+}
+
 /// A folder with database, settings file and package; copies of it are cut.
 class TMolde {
   public:
@@ -94,13 +126,9 @@ class TMolde {
         const auto banco = CriaConexaoFirebird(parametros);
         banco->Open();
         for (const char* comando : kBanco) banco->ExecuteDirect(comando);
-        for (const TColuna& c : kVelhas)
-            banco->ExecuteDirect(
-                "insert into SATRIB (ARQUIVO, SEQUENCIA, NOME, TIPO, TAMANHO, CHAVE_DE_PESQUISA) values ('" +
-                std::string(c.tabela) + "', " + std::to_string(&c - kVelhas) + ", '" + c.nome + "', '" + c.tipo +
-                "', " + std::to_string(c.tamanho) + ", " + std::to_string(c.chave) + ")");
+        GravaColunas(*banco, kVelhas);
         banco->Close();
-        Empacota();
+        Empacota(pasta_.Caminho(), kNovas);
     }
 
     void CopiaPara(const std::filesystem::path& destino) const {
@@ -113,23 +141,6 @@ class TMolde {
     }
 
   private:
-    void Empacota() const {
-        TDataPacket tabelas;
-        tabelas.campos = {Campo("COD_MODULO", TTipoDado::Texto, 3), Campo("NOME_ARQUIVO", TTipoDado::Texto, 50),
-                          Campo("VERSAO", TTipoDado::Inteiro)};
-        for (const char* nome : {"TALT", "TREC", "TNOVA"}) tabelas.linhas.push_back({"001", nome, 2});
-        TDataPacket colunas;
-        colunas.campos = {Campo("ARQUIVO", TTipoDado::Texto, 50), Campo("SEQUENCIA", TTipoDado::Inteiro),
-                          Campo("NOME", TTipoDado::Texto, 25),    Campo("TIPO", TTipoDado::Texto, 25),
-                          Campo("TAMANHO", TTipoDado::Inteiro),   Campo("CHAVE_DE_PESQUISA", TTipoDado::Inteiro)};
-        for (const TColuna& c : kNovas)
-            colunas.linhas.push_back({c.tabela, static_cast<int>(&c - kNovas), c.nome, c.tipo, c.tamanho, c.chave});
-        GravaPacote(tabelas, pasta_ / "SARQUIVO.WKD", TFormaPacote::Xml);
-        GravaPacote(colunas, pasta_ / "SATRIB.WKD", TFormaPacote::Binario);
-        EscreveArquivo(pasta_ / "naocria.wkd", "");
-        CompactaZip({pasta_ / "SARQUIVO.WKD", pasta_ / "SATRIB.WKD"}, pasta_ / "pacote.zip");
-    }
-
     TPastaTemporaria pasta_;
 };
 
