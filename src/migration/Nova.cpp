@@ -55,6 +55,7 @@ class TReconstrucao {
 
     void Guarda();
     void GuardaObjetos();
+    void GuardaCalculadas();
     bool Apaga();
     void RelataPerdas();
 
@@ -74,7 +75,7 @@ class TReconstrucao {
 
     TContexto& ctx_;
     std::string tabela_, backup_;
-    std::vector<std::string> chave_, gatilhos_, restricoes_;
+    std::vector<std::string> chave_, gatilhos_, restricoes_, calculadas_;
     std::set<std::string> alteradas_;
     bool existe_ = false, apagada_ = false, terminada_ = false, dispensada_ = false;
     std::int64_t antes_ = 0;
@@ -135,6 +136,18 @@ void TReconstrucao::GuardaObjetos() {
         gatilhos_.push_back(nome);
     }
     restricoes_ = RestricoesDaTabela(ctx_, tabela_);
+    GuardaCalculadas();
+}
+
+/// Columns that the server computes are known to no dictionary.
+void TReconstrucao::GuardaCalculadas() {
+    TRejeitados rejeitados(ctx_, tabela_, "Coluna calculada");
+    for (const auto& coluna : ctx_.Conexao().Colunas(tabela_)) {
+        if (coluna.expressao.empty()) continue;
+        if (!rejeitados.Valor({}, "a coluna é apagada com a tabela", coluna.nome, coluna.expressao))
+            throw std::runtime_error("a coluna calculada " + coluna.nome + " não pôde ser guardada");
+        calculadas_.push_back(coluna.nome);
+    }
 }
 
 bool TReconstrucao::Apaga() {
@@ -157,11 +170,12 @@ bool TReconstrucao::Apaga() {
 }
 
 void TReconstrucao::RelataPerdas() {
-    if (!gatilhos_.empty())
-        ctx_.Tela().Memo2("Tabela " + tabela_ +
-                          ": gatilhos não recriados, fonte no arquivo de rejeitados: " + Junta(gatilhos_, ", "));
-    if (!restricoes_.empty())
-        ctx_.Tela().Memo2("Tabela " + tabela_ + ": restrições não recriadas: " + Junta(restricoes_, ", "));
+    const auto relata = [this](const std::string& motivo, const std::vector<std::string>& nomes) {
+        if (!nomes.empty()) ctx_.Tela().Memo2("Tabela " + tabela_ + ": " + motivo + ": " + Junta(nomes, ", "));
+    };
+    relata("gatilhos não recriados, fonte no arquivo de rejeitados", gatilhos_);
+    relata("colunas calculadas não recriadas, fonte no arquivo de rejeitados", calculadas_);
+    relata("restrições não recriadas", restricoes_);
 }
 
 void TReconstrucao::Ergue() {

@@ -1,0 +1,102 @@
+#include "NovaApoio.h"
+
+namespace wkd {
+namespace {
+
+/// What a dictionary may hold although nobody expects it.
+struct TCasoEstranho {
+    const char *nome, *tabela;
+    std::vector<std::string> criacao;
+    TAtributos novos;
+    std::string consulta, esperado;
+    const char* aviso = "";  // part of a line of Memo2
+    bool reconstruida = true;
+};
+
+TAtributos MuitasColunas() {
+    TAtributos colunas = {{"CODIGO", "ftInteger", 0, 1}};
+    for (int i = 1; i < 250; ++i) colunas.push_back({"C" + std::to_string(i), "ftString", 10});
+    return colunas;
+}
+
+std::string CriaMuitas() {
+    std::string colunas = "create table TMUI (CODIGO integer not null primary key";
+    for (int i = 1; i < 250; ++i) colunas += ", C" + std::to_string(i) + " varchar(9)";
+    return colunas + ")";
+}
+
+std::vector<TCasoEstranho> Casos() {
+    const TAtributo codigo = {"CODIGO", "ftInteger", 0, 1};
+    const std::string longo(31, 'T');
+    return {
+        {"only blobs",
+         "TBLO",
+         {"create table TBLO (FOTO blob, NOTA blob sub_type 1)",
+          "insert into TBLO values (rpad('', 4000, 'á'), 'nota ç')", "insert into TBLO values (null, '')"},
+         {{"FOTO", "ftBlob"}, {"NOTA", "ftMemo"}},
+         "select t.NOTA, octet_length(t.FOTO) from TBLO t join BTBLO b on b.FOTO is not distinct from t.FOTO",
+         "nota ç|8000;|<null>"},
+        {"no row", "TVAZ", {"create table TVAZ (CODIGO integer)"}, {codigo}, "select count(*) from TVAZ", "0"},
+        {"250 columns",
+         "TMUI",
+         {CriaMuitas(), "insert into TMUI (CODIGO, C1, C249) values (1, 'um', 'fim')"},
+         MuitasColunas(),
+         "select C1, C2, C249 from TMUI",
+         "um|<null>|fim"},
+        {"every column in the key",
+         "TTUD",
+         {"create table TTUD (A varchar(5) not null, B integer not null, C double precision not null)",
+          "insert into TTUD values ('a ', 0, 0.1)", "insert into TTUD values ('', -1, 1e-300)"},
+         {{"A", "ftString", 6, 1}, {"B", "ftInteger", 0, 1}, {"C", "ftFloat", 0, 1}},
+         "select '[' || A || ']', B, C from TTUD",
+         "[a ]|0|0.1;[]|-1|1e-300"},
+        {"a name of 31 letters",
+         "TTTTTTTTTTTTTTTTTTTTTTTTTTTTTTT",
+         {"create table " + longo + " (CODIGO integer)", "insert into " + longo + " values (7)"},
+         {codigo},
+         "select CODIGO from " + longo,
+         "7",
+         "não reconstruída",
+         false},
+        {"a quote in a default",
+         "TASP",
+         {"create table TASP (CODIGO integer)", "insert into TASP values (1)"},
+         {codigo, {"MARCA", "ftString", 10, 0, "d'oeste"}},
+         "select CODIGO, MARCA from TASP",
+         "1|D'OESTE"},
+        {"a computed column",
+         "TCOM",
+         {"create table TCOM (CODIGO integer, DOBRO computed by (CODIGO * 2))", "insert into TCOM (CODIGO) values (4)"},
+         {codigo},
+         "select * from TCOM",
+         "4",
+         "Tabela TCOM: colunas calculadas não recriadas, fonte no arquivo de rejeitados: DOBRO"},
+        {"a name in quotes",
+         "TNOM",
+         {"create table TNOM (CODIGO integer, \"ORDER\" integer, \"minha coluna\" integer)",
+          "insert into TNOM values (1, 2, 3)"},
+         {codigo},
+         "select t.CODIGO, b.\"ORDER\", b.\"minha coluna\" from TNOM t join BTNOM b on b.CODIGO = t.CODIGO",
+         "1|2|3",
+         "colunas que ficaram só em BTNOM: ORDER, minha coluna"},
+    };
+}
+
+TEST(TabelasEstranhasTest, EachIsRebuiltWholeOrLeftAsItWas) {
+    for (const auto& caso : Casos()) {
+        SCOPED_TRACE(caso.nome);
+        TBancoDaNova banco;
+        for (const auto& comando : caso.criacao) banco.Executa(comando);
+        banco.Guardada(caso.tabela, {caso.novos.front()});
+        banco.Pacote(caso.tabela, caso.novos);
+        banco.Reconstroi();
+        EXPECT_EQ(banco.Le(caso.consulta), caso.esperado);
+        EXPECT_EQ(banco.estado_.falhouApagar, !caso.reconstruida);
+        EXPECT_EQ(TTelaDeTeste::Contem(banco.tela_.memo2, caso.aviso), *caso.aviso != '\0')
+            << Junta(banco.tela_.memo2, "\n");
+        EXPECT_TRUE(banco.tela_.infos.empty()) << Junta(banco.tela_.infos, "\n");
+    }
+}
+
+}  // namespace
+}  // namespace wkd
