@@ -44,7 +44,9 @@ pre { margin: 0; font: 12px/1.4 "DejaVu Sans Mono", Consolas, monospace; white-s
   thead { display: table-header-group; }
   tr, .falha, .numeros div { break-inside: avoid; }
   tr.com-comandos, h2 { break-after: avoid; }
-  pre { font-size: 9px; }
+  pre, .pequeno { font-size: 9px; }
+  th, td { padding: 2px 6px; }
+  pre { padding: 4px 6px; }
 }
 )";
 
@@ -186,7 +188,12 @@ std::string RelatorioEmHtml(const TEvidencia& evidencia) {
            "content=\"width=device-width\"><title>Relatório da atualização de " +
            H(evidencia.alias) + "</title><style>" + std::string(kEstilo) + "</style></head><body>" +
            Cabecalho(evidencia) + Numeros(evidencia) + Erros(evidencia) + Tabelas(evidencia) +
-           Passos("Passos", evidencia.passos) + Passos("Correções", evidencia.correcoes) + "</body></html>\n";
+           Passos("Passos", evidencia.passos) + Passos("Correções", evidencia.correcoes) +
+           (evidencia.correcoes.empty()
+                ? ""
+                : "<p class=\"pequeno\">Cada correção roda uma vez por banco; a que falha não "
+                  "conta como erro: é de outro servidor ou de tabelas que este banco não tem.</p>") +
+           "</body></html>\n";
 }
 
 }  // namespace wkd
