@@ -83,20 +83,23 @@ inline bool Iguais(const TValor& blob, const std::filesystem::path& caminho) {
 }
 
 /// While it lives, the process may take that much memory more than it has; files that are mapped for reading aside.
+/// No limit under the address sanitizer, which keeps freed memory back.
 class TLimiteDeMemoria {
   public:
-    explicit TLimiteDeMemoria(std::size_t folga) {
+    explicit TLimiteDeMemoria([[maybe_unused]] std::size_t folga) {
         getrlimit(RLIMIT_DATA, &antes_);
+#if !defined(__SANITIZE_ADDRESS__)
         rlimit limite = antes_;
         limite.rlim_cur = EmUso() + folga;
         setrlimit(RLIMIT_DATA, &limite);
+#endif
     }
     ~TLimiteDeMemoria() { setrlimit(RLIMIT_DATA, &antes_); }
     TLimiteDeMemoria(const TLimiteDeMemoria&) = delete;
     TLimiteDeMemoria& operator=(const TLimiteDeMemoria&) = delete;
 
   private:
-    static std::size_t EmUso() {
+    [[maybe_unused]] static std::size_t EmUso() {
         std::ifstream estado("/proc/self/status");
         for (std::string linha; std::getline(estado, linha);)
             if (linha.starts_with("VmData:")) return std::stoul(linha.substr(7)) * 1024;
