@@ -40,15 +40,20 @@ void TFMAtualiza::btAtualizarClick() {
 
 void TFMAtualiza::btPlanoClick() {
     if (executando_) return;
-    std::string texto;
+    std::vector<QPushButton*> livres;
+    for (QPushButton* botao : {btVoltar_, btProximo_, btSair_})
+        if (botao->isEnabled()) livres.push_back(botao);
+    for (QPushButton* botao : livres) botao->setEnabled(false);
     NoBanco([&, opcoes = Opcoes()] {
         try {
-            if (const auto plano = Planeja(*dm_, opcoes, estado_)) texto = PlanoEmTexto(*plano);
+            const auto plano = Planeja(*dm_, opcoes, estado_);
+            if (!plano) return;
+            for (const auto& linha : Divide(PlanoEmTexto(*plano), '\n')) meios_.tela.Memo1(linha);
         } catch (const std::exception& erro) {
             registrada_.Informacao(erro.what());
         }
     });
-    for (const auto& linha : Divide(texto, '\n')) meios_.tela.Memo1(linha);
+    for (QPushButton* botao : livres) botao->setEnabled(true);
 }
 
 TCodigoDeSaida TFMAtualiza::Executa() {

@@ -16,7 +16,8 @@ std::vector<std::string> Desvios(const TProgramaInstalado& loja, int codigo) {
     const auto saida = loja.Roda({"--confere", "LOJA", "--json"});
     EXPECT_EQ(saida.codigo, codigo) << saida.saida << saida.erros;
     std::vector<std::string> desvios;
-    for (const auto& desvio : TJson::parse(saida.saida).at("desvios"))
+    const TJson documento = TJson::parse(saida.saida);
+    for (const auto& desvio : documento.at("desvios"))
         desvios.push_back(desvio.at("tipo").get<std::string>() + " " + desvio.at("tabela").get<std::string>() + "." +
                           desvio.at("objeto").get<std::string>());
     std::ranges::sort(desvios);
