@@ -71,14 +71,6 @@ std::vector<TCasoEstranho> Casos() {
          "select * from TCOM",
          "4",
          "Tabela TCOM: colunas calculadas não recriadas, fonte no arquivo de rejeitados: DOBRO"},
-        {"a name in quotes",
-         "TNOM",
-         {"create table TNOM (CODIGO integer, \"ORDER\" integer, \"minha coluna\" integer)",
-          "insert into TNOM values (1, 2, 3)"},
-         {codigo},
-         "select t.CODIGO, b.\"ORDER\", b.\"minha coluna\" from TNOM t join BTNOM b on b.CODIGO = t.CODIGO",
-         "1|2|3",
-         "colunas que ficaram só em BTNOM: ORDER, minha coluna"},
     };
 }
 
