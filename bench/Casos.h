@@ -27,6 +27,8 @@ std::vector<TMedida> MedeTodas(TBancada& bancada);
 std::vector<TMedida> MedeCriacao(TBancada& bancada);
 /// The run log.
 std::vector<TMedida> MedeLog(TBancada& bancada);
+/// The program's start.
+std::vector<TMedida> MedeAbertura(TBancada& bancada);
 
 struct TCaso {
     std::string_view nome;  // by which the command line selects it
@@ -43,6 +45,7 @@ inline constexpr TCaso kCasos[] = {
     {"passos", MedePassos},
     {"criacao", MedeCriacao},
     {"log", MedeLog},
+    {"abertura", MedeAbertura},
 };
 
 }  // namespace wkd

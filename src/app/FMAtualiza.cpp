@@ -149,6 +149,7 @@ void TFMAtualiza::FormShow() {
 }
 
 void TFMAtualiza::LeArgumentos() {
+    if (executando_) return QTimer::singleShot(TTelaDaJanela::kIntervalo, this, &TFMAtualiza::LeArgumentos);
     const std::size_t fim = inicio_.primeiro.find(';');
     if (fim == std::string::npos)
         aliasAtual_ = S(alias_->Alias());

@@ -71,6 +71,8 @@ class TFMAtualiza : public QDialog {
     void RestauraPreferencias();
     void GravaPreferencias();
 
+    void Espera(const std::function<void()>& pedido);
+
     // Alias
     void PreencheDados();
     TDadosDoAlias Preenche(const std::string& alias);
@@ -106,7 +108,7 @@ class TFMAtualiza : public QDialog {
     TNavegacao navegacao_;
     std::string aliasAtual_;
     bool mostrada_ = false;
-    bool executando_ = false;
+    bool executando_ = false;  // the connection is in another thread's hands: nothing else may use it
     TCodigoDeSaida codigo_ = TCodigoDeSaida::Sucesso;
 
     QLabel* lblTitulo_;

@@ -22,14 +22,18 @@ namespace {
 constexpr std::string_view kSemConexao =
     "Não foi possível convetar ao banco, favor informar um alias válido ou verifique as configurações do mesmo";
 
+}  // namespace
+
 /// Asks a server: the pointer tells of waiting, the window is drawn, and what is typed meanwhile is served afterwards.
-void Espera(const std::function<void()>& pedido) {
+void TFMAtualiza::Espera(const std::function<void()>& pedido) {
     QApplication::setOverrideCursor(Qt::WaitCursor);
-    const auto restaura = qScopeGuard([] { QApplication::restoreOverrideCursor(); });
+    executando_ = true;
+    const auto restaura = qScopeGuard([this] {
+        executando_ = false;
+        QApplication::restoreOverrideCursor();
+    });
     EmSegundoPlano(pedido, QEventLoop::ExcludeUserInputEvents);
 }
-
-}  // namespace
 
 void TFMAtualiza::PreencheDados() {
     if (executando_) return;
