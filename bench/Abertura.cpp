@@ -49,10 +49,11 @@ std::vector<TMedida> MedeAbertura(TBancada&) {
     std::ofstream(pasta / "WKD.ini") << "[LOJA]\nTipoBanco=tbInterbase\nPath=/\nDataBase=loja.fdb\n";
     const auto ambiente = Ambiente(pasta.Caminho());
     const char* tela = std::getenv("DISPLAY") ? "" : ", sem tela";
-    return {Alterna({.trabalho = std::string("do início do programa à janela desenhada") + tela,
-                     .piso = "uma janela vazia",
-                     .limite = 1.5},
-                    kVezes, [&] { Abre(programa, ambiente); }, [&] { Abre(WKD_JANELA_VAZIA, ambiente); })};
+    return {Alterna(
+        {.trabalho = std::string("do início do programa à janela desenhada") + tela,
+         .piso = "uma janela vazia",
+         .limite = 1.5},
+        kVezes, [&] { Abre(programa, ambiente); }, [&] { Abre(WKD_JANELA_VAZIA, ambiente); })};
 }
 
 }  // namespace wkd

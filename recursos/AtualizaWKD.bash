@@ -1,7 +1,7 @@
 # bash completion of AtualizaWKD
 _atualizawkd_aliases() {
     local IFS=$'\n'
-    COMPREPLY=($(compgen -W "$("${COMP_WORDS[0]}" --lista-alias 2>/dev/null)" -- "$1"))
+    COMPREPLY=($(compgen -S "${2-}" -W "$("${COMP_WORDS[0]}" --lista-alias 2>/dev/null)" -- "$1"))
 }
 
 _atualizawkd() {
@@ -15,7 +15,7 @@ _atualizawkd() {
     if ((COMP_CWORD == 1)); then
         COMPREPLY=($(compgen -W '--plano --confere --lista-alias --testa-alias --novo-alias --remove-alias --help
                                  --version' -- "$atual"))
-        [[ $atual == -* ]] || _atualizawkd_aliases "$atual"
+        [[ $atual == -* ]] || _atualizawkd_aliases "$atual" ';'
         return
     fi
     case $primeira in

@@ -47,7 +47,7 @@ done
 
 echo "== Remove"
 "${como[@]}" dpkg --remove atualizawkd >/dev/null 2>&1
-[ ! -e /usr/bin/AtualizaWKD ] && [ ! -e /opt/AtualizaWKD/AtualizaWKD ] || falha 'o programa ficou'
+[ ! -e /usr/bin/AtualizaWKD ] && [ ! -L /usr/bin/AtualizaWKD ] && [ ! -e /opt/AtualizaWKD/AtualizaWKD ] || falha 'o programa ficou'
 [ -f /opt/AtualizaWKD/WKD.ini ] && [ -f /opt/AtualizaWKD/AtualizaWKD.log ] || falha 'as configurações ou o log sumiram'
 "${como[@]}" dpkg --purge atualizawkd >/dev/null 2>&1
 [ ! -e /opt/AtualizaWKD ] || falha 'sobrou a pasta do programa'

@@ -17,8 +17,10 @@ namespace {
 QWidget* JanelaNaFrente() {
     QWidget* janela = QApplication::activeWindow();
     const QWidgetList todas = QApplication::topLevelWidgets();
-    for (qsizetype i = 0; !janela && i < todas.size(); ++i)
-        if (todas[i]->isVisible()) janela = todas[i];
+    for (qsizetype i = 0; !janela && i < todas.size(); ++i) {
+        const Qt::WindowType tipo = todas[i]->windowType();  // a tooltip would take its children along when it goes
+        if (todas[i]->isVisible() && (tipo == Qt::Window || tipo == Qt::Dialog)) janela = todas[i];
+    }
     if (!janela) return nullptr;
     janela->raise();
     janela->activateWindow();

@@ -178,11 +178,13 @@ void TFMAtualiza::GravaPreferencias() {
 void TFMAtualiza::closeEvent(QCloseEvent* evento) {
     if (executando_) {
         QToolTip::showText(mapToGlobal(QPoint(width() / 2, height() / 2)),
-                           "A atualização está em andamento. Espere o fim para fechar.", this);
+                           "Há trabalho em andamento no banco. Espere o fim para fechar.", this);
         evento->ignore();
         return;
     }
     FormClose();
+    if (inicio_.pacote && codigo_ == TCodigoDeSaida::Sucesso && meios_.tela.HouveErro())
+        codigo_ = TCodigoDeSaida::ComErros;
     evento->accept();
 }
 
@@ -201,6 +203,7 @@ void TFMAtualiza::reject() {
 }
 
 void TFMAtualiza::btSairClick() {
+    if (executando_) return;
     if (meios_.dialogos.Confirmacao("Deseja sair do programa de atualização?")) close();
 }
 

@@ -61,6 +61,7 @@ void TFMAtualiza::AbreAliasPedido(const std::string& nome) {
 }
 
 void TFMAtualiza::btProximoClick() {
+    if (executando_) return;
     if (navegacao_.Pagina() == TPagina::Status) return btAtualizarClick();
     if (navegacao_.Pagina() == TPagina::Atualizacao && !PacoteExiste()) return;
     if (navegacao_.Pagina() == TPagina::Alias && !IgualSemCaixa(aliasAtual_, S(alias_->Alias()))) PreencheDados();
@@ -78,6 +79,7 @@ void TFMAtualiza::btProximoClick() {
 }
 
 void TFMAtualiza::btVoltarClick() {
+    if (executando_) return;
     btProximo_->setEnabled(true);
     btProximo_->setText("&Próximo");
     MostraPagina(navegacao_.Volta());
@@ -101,16 +103,17 @@ bool TFMAtualiza::PacoteExiste() {
 
 /// The options page offers the tables as they are now.
 void TFMAtualiza::ReabreConexao() {
+    opcoes_->Oferece({});
     try {
         Espera([this] {
             dm_->SQLConnection1.Close();
             dm_->SQLConnection1.Open();
             dm_->AtualizaListaDeTabelas();
         });
+        opcoes_->Oferece(dm_->ListaDeTabelas());
     } catch (const std::exception& erro) {
         meios_.tela.Informacao(erro.what());
     }
-    opcoes_->Oferece(dm_->ListaDeTabelas());
 }
 
 }  // namespace wkd

@@ -1,5 +1,6 @@
 #include "LogDaExecucao.h"
 
+#include <QString>
 #include <algorithm>
 #include <fstream>
 #include <iterator>
@@ -12,8 +13,6 @@ namespace wkd {
 
 namespace {
 
-constexpr std::string_view kMarcaUtf8 = "\xEF\xBB\xBF";
-
 [[noreturn]] void Falha(const std::filesystem::path& arquivo, const char* acao) {
     throw std::system_error(errno, std::generic_category(), std::string(acao) + " " + arquivo.string());
 }
@@ -22,43 +21,6 @@ std::string LeTudo(const std::filesystem::path& caminho) {
     std::ifstream arquivo(caminho, std::ios::binary);
     if (!arquivo) Falha(caminho, "Não foi possível ler o log");
     return {std::istreambuf_iterator<char>(arquivo), std::istreambuf_iterator<char>()};
-}
-
-void AcrescentaUtf8(std::string& texto, char32_t c) {
-    if (c < 0x80) {
-        texto += static_cast<char>(c);
-    } else if (c < 0x800) {
-        texto += static_cast<char>(0xC0 | (c >> 6));
-        texto += static_cast<char>(0x80 | (c & 0x3F));
-    } else if (c < 0x10000) {
-        texto += static_cast<char>(0xE0 | (c >> 12));
-        texto += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-        texto += static_cast<char>(0x80 | (c & 0x3F));
-    } else {
-        texto += static_cast<char>(0xF0 | (c >> 18));
-        texto += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
-        texto += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-        texto += static_cast<char>(0x80 | (c & 0x3F));
-    }
-}
-
-/// UTF-16 behind its byte-order mark; `alto` is the offset of the high byte in each pair.
-std::string DeUtf16(std::string_view bytes, std::size_t alto) {
-    std::string texto;
-    const auto unidade = [&](std::size_t i) {
-        const auto h = static_cast<unsigned char>(bytes[i + alto]);
-        const auto b = static_cast<unsigned char>(bytes[i + 1 - alto]);
-        return static_cast<char32_t>(h << 8 | b);
-    };
-    for (std::size_t i = 2; i + 1 < bytes.size(); i += 2) {
-        char32_t c = unidade(i);
-        if (c >= 0xD800 && c < 0xDC00 && i + 3 < bytes.size()) {
-            c = 0x10000 + ((c - 0xD800) << 10) + (unidade(i + 2) - 0xDC00);
-            i += 2;
-        }
-        AcrescentaUtf8(texto, c);
-    }
-    return texto;
 }
 
 std::string ComCrLf(std::string_view texto) {
@@ -78,18 +40,12 @@ TLogDaExecucao::TLogDaExecucao(std::filesystem::path caminho) : caminho_(std::mo
 
 void TLogDaExecucao::Carrega() {
     if (!std::filesystem::exists(caminho_)) return;
-    std::string bytes = LeTudo(caminho_);
-    marcaUtf8_ = bytes.starts_with(kMarcaUtf8);
-    if (marcaUtf8_) {
-        bytes.erase(0, kMarcaUtf8.size());
-    } else if (bytes.starts_with("\xFF\xFE")) {
-        bytes = DeUtf16(bytes, 1);
-    } else if (bytes.starts_with("\xFE\xFF")) {
-        bytes = DeUtf16(bytes, 0);
-    } else {
-        bytes = TextoDeBytes(bytes);
-    }
-    texto_ = ComCrLf(bytes);
+    ilegivel_ = true;
+    const std::string bytes = LeTudo(caminho_);
+    ilegivel_ = false;
+    marca_ = QStringConverter::encodingForData(bytes);
+    const QString marcado = marca_ ? QStringDecoder(*marca_)(bytes) : QString();
+    texto_ = ComCrLf(marca_ ? marcado.toStdString() : TextoDeBytes(bytes));
     inicio_ = 0;
 }
 
@@ -98,7 +54,7 @@ void TLogDaExecucao::SetLog(std::string_view mensagem, std::string_view tabela, 
     std::string entrada = "\r\nAção: ";
     entrada.append(acao).append("\r\nTabela: ").append(tabela);
     entrada.append("\r\n[").append(FormataDataHora(quando, "dd/mm/yyyy hh:mm:ss")).append("] ").append(mensagem);
-    PoeNoTopo(entrada + "\r\n");
+    PoeNoTopo(ComCrLf(entrada));
     if (std::filesystem::exists(caminho_)) Salva();
 }
 
@@ -113,16 +69,29 @@ void TLogDaExecucao::PoeNoTopo(std::string_view texto) {
 }
 
 void TLogDaExecucao::Salva() const {
+    if (ilegivel_)
+        throw std::system_error(EACCES, std::generic_category(), "Não foi possível gravar o log " + caminho_.string());
+    const std::string_view texto = Topo(Tamanho());
+    if (!marca_) return Escreve(texto);
+    QStringEncoder codificador(*marca_, QStringConverter::Flag::WriteBom);
+    const QByteArray bytes = codificador(QString::fromUtf8(texto));
+    Escreve({bytes.data(), static_cast<std::size_t>(bytes.size())});
+}
+
+void TLogDaExecucao::Escreve(std::string_view bytes) const {
     std::filesystem::path novo = caminho_;
     novo += ".novo";
-    {
+    try {
         std::ofstream arquivo(novo, std::ios::binary | std::ios::trunc);
-        if (marcaUtf8_) arquivo.write(kMarcaUtf8.data(), static_cast<std::streamsize>(kMarcaUtf8.size()));
-        arquivo.write(texto_.data() + inicio_, static_cast<std::streamsize>(texto_.size() - inicio_));
+        arquivo.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
         arquivo.close();
         if (!arquivo) Falha(caminho_, "Não foi possível gravar o log");
+        std::filesystem::rename(novo, caminho_);
+    } catch (...) {
+        std::error_code ignorado;
+        std::filesystem::remove(novo, ignorado);
+        throw;
     }
-    std::filesystem::rename(novo, caminho_);
 }
 
 void TLogDaExecucao::LimparLog() {

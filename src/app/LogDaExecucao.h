@@ -1,6 +1,8 @@
 #pragma once
 
+#include <QStringConverter>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -9,15 +11,15 @@
 namespace wkd {
 
 /// The run log: text with the newest entry first, mirrored to a file that accumulates across runs. Every write makes
-/// a new file and renames it over the old one, so that an interruption leaves one of the two. Lines end with CR LF;
-/// the text is UTF-8, with a byte-order mark when the loaded file had one. A file that is not UTF-8 is read as
-/// UTF-16 (by its mark) or Windows-1252 and written as UTF-8 from then on.
+/// a new file and renames it over the old one, so that an interruption leaves one of the two. Lines end with CR LF. A
+/// file with a byte-order mark keeps its encoding; one without is UTF-8, and Windows-1252 is read, too.
 class TLogDaExecucao {
   public:
     explicit TLogDaExecucao(std::filesystem::path caminho);
 
     const std::filesystem::path& Caminho() const { return caminho_; }
-    /// Takes the file's text, when there is a file. Throws std::system_error.
+    /// Takes the file's text, when there is a file. Throws std::system_error; the file, whose text is not known then,
+    /// is never written any more.
     void Carrega();
     /// Adds an entry at the top and, when the file exists already, writes it. Throws std::system_error.
     void SetLog(std::string_view mensagem, std::string_view tabela, std::string_view acao, TDataHora quando);
@@ -33,11 +35,13 @@ class TLogDaExecucao {
 
   private:
     void PoeNoTopo(std::string_view texto);
+    void Escreve(std::string_view bytes) const;
 
     std::filesystem::path caminho_;
     std::string texto_;  // free room in front, so that an entry at the top moves nothing
     std::size_t inicio_ = 0;
-    bool marcaUtf8_ = false;
+    std::optional<QStringConverter::Encoding> marca_;  // encoding by the loaded file's byte-order mark
+    bool ilegivel_ = false;
 };
 
 }  // namespace wkd

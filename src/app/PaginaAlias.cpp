@@ -44,7 +44,7 @@ QTableWidget* Grade() {
 TPaginaAlias::TPaginaAlias()
     : edAlias_(Nomeia(new TListaDeAlias, "edAlias", "Alias")),
       edCaminhoBanco_(Edicao("edCaminhoBanco", "Banco de Dados")),
-      lblNumUsuarios_(Nomeia(new QLabel, "lblNumUsuarios", "Número de usuários online")),
+      lblNumUsuarios_(Nomeia(new QLabel, "lblNumUsuarios")),
       gridUsuariosOnline_(Grade()) {
     edCaminhoBanco_->setReadOnly(true);
     setFocusProxy(edAlias_);

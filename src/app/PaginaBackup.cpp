@@ -88,9 +88,13 @@ QWidget* TPaginaBackup::Relatorios() {
 }
 
 void TPaginaBackup::MostraDestino(bool naBaseOriginal) {
-    const TDestinoDaRestauracao destino = DestinoDaRestauracao(aliases_, S(alias_), naBaseOriginal);
-    edBancoRest_->setText(Q(destino.banco));
-    edServerRest_->setText(Q(destino.servidor));
+    try {
+        const TDestinoDaRestauracao destino = DestinoDaRestauracao(aliases_, S(alias_), naBaseOriginal);
+        edBancoRest_->setText(Q(destino.banco));
+        edServerRest_->setText(Q(destino.servidor));
+    } catch (const std::exception& erro) {
+        dialogos_.Informacao(Q(erro.what()));
+    }
 }
 
 void TPaginaBackup::cbRestaurarClick(bool marcado) {
@@ -116,8 +120,8 @@ void TPaginaBackup::SpeedButton5Click() {
 
 /// The layouts of the alias's reports folder, else of the current one.
 void TPaginaBackup::btRelatoriosBkpClick() {
-    const std::string pasta = aliases_.INILeString(S(alias_), "RELATORIO", ".");
     try {
+        const std::string pasta = aliases_.INILeString(S(alias_), "RELATORIO", ".");
         EmSegundoPlano(
             [&, arquivo = Caminho(edRelatoriosBkp_->text())] {
                 const TOcupado ocupado(tela_, "Fazendo backup dos relatórios...");

@@ -29,7 +29,11 @@ TDadosDoAlias PreencheDados(TDataModulo& dm, TEstado& estado, const std::string&
         dados.numUsuarios = "-1 (Versão HBN3)";
     }
     estado.usuariosOnline = dados.usuariosOnline;
-    dados.caminhoBanco = dm.SQLConnection1.RetornaDadosConexao().Texto();
+    try {
+        dados.caminhoBanco = dm.SQLConnection1.RetornaDadosConexao().Texto();
+    } catch (const TErroConfiguracao& erro) {
+        if (dados.erro.empty()) dados.erro = erro.what();
+    }
     return dados;
 }
 

@@ -18,7 +18,9 @@ constexpr std::string_view kRepetidos =
 constexpr std::string_view kRejeitados =
     "Veja os registros em AtualizaWKD.rejeitados.jsonl, corrija a causa e lance-os de novo no sistema.";
 constexpr std::string_view kPacote = "Peça um pacote completo a quem o forneceu e rode a atualização de novo.";
-constexpr std::string_view kDisco = "Libere espaço no disco, ou dê permissão de gravação na pasta, e rode de novo.";
+constexpr std::string_view kDisco =
+    "Libere espaço no disco, ou dê permissão de gravação na pasta, e rode de novo. Se um disco do Firebird encheu, "
+    "confira antes o banco com gfix -v -full.";
 
 constexpr TRegra kRegras[] = {
     {"TOO MANY VERSIONS", "Faça backup e restauração do banco, o que zera as versões da tabela, e rode de novo."},
@@ -49,6 +51,7 @@ constexpr TRegra kRegras[] = {
     {"NÃO FOI POSSÍVEL GRAVAR", kDisco},
     {"PERMISSÃO DE GRAVAÇÃO", kDisco},
     {"NO SPACE LEFT", kDisco},
+    {"QUASE CHEIO", kDisco},
     {"NO PERMISSION", "Use no alias um usuário que possa alterar tabelas (o dono do banco) e rode de novo."},
     {"PACOTE", kPacote},
     {"ARQUIVO DE ATUALIZ", "Confira o caminho do pacote e rode a atualização de novo."},

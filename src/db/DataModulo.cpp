@@ -104,6 +104,8 @@ TResultado TDataModulo::Executa(std::string_view sql) {
         return TResultado();
     } catch (const TErroBanco& erro) {
         return TResultado(erro);
+    } catch (const TErroConversao& erro) {  // a text that the connection cannot hold: nothing was sent
+        return TResultado(TErroBanco({erro.what(), 0, "", std::string(sql), TFalha::Conversao, false}));
     }
 }
 

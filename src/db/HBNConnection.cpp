@@ -21,15 +21,15 @@ THBNConnection::THBNConnection(TAliases aliases, TFabricaDeConexao fabrica)
     : aliases_(std::move(aliases)), fabrica_(std::move(fabrica)) {}
 
 void THBNConnection::SetAlias(std::string_view nome) {
-    if (Apara(nome).empty()) {
-        alias_ = nome;
-        return;
-    }
-    const TAlias alias = aliases_.CarregaAlias(nome);
     alias_ = nome;
+    if (Apara(nome).empty()) return;
+    // An alias that cannot be loaded opens nothing, least of all the database of the one before.
+    tipoBanco_.clear();
+    parametros_ = {};
+    aliasTrocado_ = true;
+    const TAlias alias = aliases_.CarregaAlias(nome);
     tipoBanco_ = alias.tipoBanco;
     parametros_ = ParametrosDoAlias(alias);
-    aliasTrocado_ = true;
 }
 
 std::string THBNConnection::TDadosConexao::Texto() const {

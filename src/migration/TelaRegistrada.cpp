@@ -12,6 +12,12 @@ void TTelaRegistrada::Informacao(std::string_view texto) {
     Guarda(texto, "", "");
 }
 
+bool TTelaRegistrada::Confirmacao(std::string_view texto, bool semPessoa) {
+    const bool sim = tela_.Confirmacao(texto, semPessoa);
+    if (!sim) Guarda(std::string(texto) + " Não", "", "");
+    return sim;
+}
+
 TAcaoReconcilia TTelaRegistrada::Reconcilia(std::string_view erro, TAcaoReconcilia semPessoa) {
     Guarda(erro, "", "");
     return tela_.Reconcilia(erro, semPessoa);

@@ -28,7 +28,7 @@ class TTelaRegistrada : public ITela {
     void PastaDoPacote(const std::filesystem::path& pasta) override { tela_.PastaDoPacote(pasta); }
     void ProcessaMensagens() override { tela_.ProcessaMensagens(); }
     void Informacao(std::string_view texto) override;
-    bool Confirmacao(std::string_view texto, bool semPessoa) override { return tela_.Confirmacao(texto, semPessoa); }
+    bool Confirmacao(std::string_view texto, bool semPessoa) override;
     TAcaoReconcilia Reconcilia(std::string_view erro, TAcaoReconcilia semPessoa) override;
     void SetLog(std::string_view mensagem, std::string_view tabela, std::string_view acao) override;
 

@@ -48,7 +48,9 @@ TEST_F(LogDaExecucao, guarda_textos_de_outras_codificacoes) {
         {std::string("\xFF\xFE"
                      "A\0\xE7\0\x3D\xD8\x00\xDE",
                      10),
-         "Aç\xF0\x9F\x98\x80\r\n"},
+         std::string("\xFF\xFE"
+                     "A\0\xE7\0\x3D\xD8\x00\xDE\r\0\n\0",
+                     14)},
         {"", ""},
     };
     for (const auto& [antes, depois] : casos) {
@@ -81,6 +83,14 @@ TEST_F(LogDaExecucao, falha_de_gravacao_deixa_o_arquivo_como_estava) {
     log.Carrega();
     EXPECT_THROW(log.SetLog("m", "t", "a", quando_), std::system_error);
     EXPECT_EQ(Arquivo(), "velho\r\n");
+}
+
+TEST_F(LogDaExecucao, o_que_nao_se_le_nao_e_substituido) {
+    std::filesystem::create_directory(caminho_);  // even root cannot read it
+    TLogDaExecucao log(caminho_);
+    EXPECT_THROW(log.Carrega(), std::system_error);
+    EXPECT_THROW(log.Salva(), std::system_error);
+    EXPECT_TRUE(std::filesystem::is_directory(caminho_));
 }
 
 }  // namespace

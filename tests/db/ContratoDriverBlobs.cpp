@@ -53,7 +53,7 @@ long PicoDeMemoriaMb() {
 TEST_P(ContratoDriver, ABlobOf100MegabytesPassesInBoundedMemory) {
     constexpr std::size_t kTamanho = 100u << 20;
     Executa("create table T (A integer, B " + Tipo("blob sub_type 0") + ")");
-    const auto antes = PicoDeMemoriaMb();
+    [[maybe_unused]] const auto antes = PicoDeMemoriaMb();
     auto insere = Conexao().Prepara("insert into T values (:pA, :pB)");
     const auto grava = [&](int a) {
         insere->Atribui("pA", a);
@@ -68,7 +68,9 @@ TEST_P(ContratoDriver, ABlobOf100MegabytesPassesInBoundedMemory) {
     TBytesCorridos esperado(kTamanho);
     ASSERT_TRUE(copia.Se<std::shared_ptr<const TConteudo>>());
     EXPECT_TRUE(MesmosBytes(*(*copia.Se<std::shared_ptr<const TConteudo>>())->Abre(), esperado));
+#if !defined(__SANITIZE_ADDRESS__)  // which keeps freed memory back
     EXPECT_LT(PicoDeMemoriaMb() - antes, 60 + 110 * GetParam().memoriaPorBlob);
+#endif
 }
 
 TEST_P(ContratoDriver, AStreamIsReadOnceAndABlobOfAnotherConnectionIsCopied) {

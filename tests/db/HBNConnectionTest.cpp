@@ -45,7 +45,7 @@ TEST_F(HBNConnectionTest, TheDialectIsThatOfTheAlias) {
     nova.SetAlias(" ");
     EXPECT_EQ(nova.TipoBanco(), TTipoBanco::tbSQLServer) << "an empty name loads nothing";
     EXPECT_THROW(nova.SetAlias("Nenhum"), TErroConfiguracao);
-    EXPECT_EQ(nova.Alias(), " ");
+    EXPECT_THROW(nova.Open(), TErroConfiguracao) << "not the database of the alias before";
 }
 
 TEST_F(HBNConnectionTest, OnlySqlServerGetsItsDateFormatAfterTheConnect) {
