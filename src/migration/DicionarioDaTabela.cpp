@@ -1,7 +1,9 @@
 #include "DicionarioDaTabela.h"
 
+#include <algorithm>
 #include <vector>
 
+#include "ColunasDaCopia.h"
 #include "Texto.h"
 #include "ValorObrigatorio.h"
 
@@ -32,14 +34,26 @@ std::string ComandoInclui(const std::vector<TCampoComum>& campos) {
     return "INSERT INTO SATRIB (" + Junta(nomes, ", ") + ") VALUES (" + Junta(parametros, ", ") + ")";
 }
 
-/// Value of one field as the column takes it. What does not convert is logged and stays NULL.
+/// A row without these describes no column, or another one.
+bool Essencial(std::string_view campo) {
+    static constexpr std::string_view kEssenciais[] = {"ARQUIVO", "NOME", "TIPO", "CALCULO"};
+    return std::ranges::any_of(kEssenciais, [&](std::string_view nome) { return IgualSemCaixa(nome, campo); });
+}
+
+/// Value of one field of the current row as SATRIB takes it. Throws TErroConversao.
 TValor ValorDoCampo(TContexto& ctx, const TCampoComum& campo, bool preencheObrigatorios) {
+    TValor valor = ctx.dm.SatribNovo.Valor(campo.doPacote);
+    if (preencheObrigatorios && campo.destino->requerido && valor.Vazio())
+        valor = ValorObrigatorio(campo.destino->nome);
+    return ConverteParaColuna(valor.Converte(campo.destino->tipo), *campo.destino);
+}
+
+/// What does not fit is logged and stays NULL, unless the row would not do without it.
+TValor ValorOuNulo(TContexto& ctx, const TCampoComum& campo, bool preencheObrigatorios) {
     try {
-        TValor valor = ctx.dm.SatribNovo.Valor(campo.doPacote);
-        if (preencheObrigatorios && campo.destino->requerido && valor.Vazio())
-            valor = ValorObrigatorio(campo.destino->nome);
-        return valor.Converte(campo.destino->tipo);
+        return ValorDoCampo(ctx, campo, preencheObrigatorios);
     } catch (const TErroConversao& erro) {
+        if (Essencial(campo.destino->nome)) throw;
         ctx.Log(erro.what());
         return {};
     }
@@ -59,15 +73,21 @@ bool Executa(TContexto& ctx, TComando& inclui) {
     }
 }
 
+void IncluiLinha(TContexto& ctx, TComando& inclui, const std::vector<TCampoComum>& campos, bool preencheObrigatorios) {
+    try {
+        for (std::size_t i = 0; i < campos.size(); ++i)
+            inclui.Atribui(i, ValorOuNulo(ctx, campos[i], preencheObrigatorios));
+        if (!Executa(ctx, inclui)) Executa(ctx, inclui);
+    } catch (const TErroConversao& erro) {
+        ctx.Log(erro.what());
+    }
+}
+
 void IncluiLinhas(TContexto& ctx, bool preencheObrigatorios) {
     const std::vector<TCampoComum> campos = CamposComuns(ctx);
     const auto inclui = ctx.Conexao().Prepara(ComandoInclui(campos));
     TClientDataSet& novo = ctx.dm.SatribNovo;
-    for (novo.First(); !novo.Eof(); novo.Next()) {
-        for (std::size_t i = 0; i < campos.size(); ++i)
-            inclui->Atribui(i, ValorDoCampo(ctx, campos[i], preencheObrigatorios));
-        if (!Executa(ctx, *inclui)) Executa(ctx, *inclui);
-    }
+    for (novo.First(); !novo.Eof(); novo.Next()) IncluiLinha(ctx, *inclui, campos, preencheObrigatorios);
 }
 
 void RelataCriacao(TContexto& ctx, const std::string& linha, std::string_view tabela, std::string_view acao) {
@@ -85,6 +105,20 @@ void RegravaDicionario(TContexto& ctx, std::string_view tabela, bool preencheObr
     ctx.dm.MesclaCamposPersonalizados(tabela);
     transacao.Commit();
     ctx.desatualizadas.insert(ChaveDeNome(tabela));
+}
+
+std::optional<std::string> ColunaForaDoDicionario(TContexto& ctx) {
+    std::vector<TCampoComum> campos = CamposComuns(ctx);
+    std::erase_if(campos, [](const TCampoComum& campo) { return !Essencial(campo.destino->nome); });
+    TClientDataSet& novo = ctx.dm.SatribNovo;
+    for (novo.First(); !novo.Eof(); novo.Next()) {
+        try {
+            for (const TCampoComum& campo : campos) ValorDoCampo(ctx, campo, true);
+        } catch (const TErroConversao& erro) {
+            return "A coluna " + novo.Texto("NOME") + " não cabe em SATRIB: " + erro.what();
+        }
+    }
+    return std::nullopt;
 }
 
 bool CriaTabelaComIndices(TContexto& ctx, std::string_view tabela) {

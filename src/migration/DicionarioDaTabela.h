@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+#include <string>
 #include <string_view>
 
 #include "Contexto.h"
@@ -7,10 +9,15 @@
 namespace wkd {
 
 /// Replaces the stored dictionary rows of one table by those of the package and merges the customer-defined ones, in
-/// one transaction: an interruption leaves the old rows or the new ones. A row that the server refuses is reported in
-/// the run log and left out. `preencheObrigatorios`: a required field that the package leaves empty gets the current
-/// date and time when its name is "DATA" or begins with "DT", else "0". Throws TErroBanco when the whole is refused.
+/// one transaction: an interruption leaves the old rows or the new ones. A value that its field cannot hold, and a row
+/// that the server refuses, is reported in the run log and left out. `preencheObrigatorios`: a required field that the
+/// package leaves empty gets the current date and time when its name is "DATA" or begins with "DT", else "0". Throws
+/// TErroBanco when the whole is refused.
 void RegravaDicionario(TContexto& ctx, std::string_view tabela, bool preencheObrigatorios);
+
+/// Why a column of the package would be missing among the stored rows, or be another one there: its name, type or
+/// calculation does not fit. Expects SatribNovo on the table.
+std::optional<std::string> ColunaForaDoDicionario(TContexto& ctx);
 
 /// Creates the table, its primary key and its secondary indexes from the stored dictionary; each failure is shown and
 /// logged and the next step follows. False when the table could not be created.

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "Comparacao.h"
+#include "DicionarioDaTabela.h"
 #include "TBComandos.h"
 #include "Texto.h"
 #include "WKDQuery.h"
@@ -51,6 +52,7 @@ std::optional<std::string> ImpedimentoDaReconstrucao(TContexto& ctx, const std::
     if (ctx.dm.SatribNovo.IsEmpty()) return "O pacote não tem colunas da tabela " + tabela;
     if (const std::string backup = NomeDaBackup(tabela); EhTabelaDoDicionario(ctx, backup))
         return "A tabela de backup " + backup + " teria o nome de uma tabela do dicionário";
+    if (auto motivo = ColunaForaDoDicionario(ctx)) return motivo;
     return ctx.dm.Atualiza.ImpedimentoParaCriar(tabela, ColunasNovas(ctx, tabela));
 }
 

@@ -25,6 +25,7 @@ struct TAtributo {
     int tamanho = 0, chave = 0;
     std::string padrao = {};
     int obrigatorio = 0, incremento = 0;
+    std::string titulo = {};
 };
 using TAtributos = std::vector<TAtributo>;
 
@@ -86,14 +87,16 @@ class TBancoDaNova {
                                    {"VERSAO", TTipoDado::Inteiro}},
                                   {{"1", tabela, 2}}};
         TTabelaEmMemoria colunas;
-        for (const char* texto : {"ARQUIVO", "NOME", "TIPO", "VALOR_PADRAO", "CALCULO", "LOOKUP_ARQUIVO"})
+        for (const char* texto :
+             {"ARQUIVO", "NOME", "TIPO", "VALOR_PADRAO", "CALCULO", "LOOKUP_ARQUIVO", "DISCRIMINACAO"})
             colunas.campos.push_back({texto, TTipoDado::Texto, 50});
         for (const char* inteiro :
              {"SEQUENCIA", "TAMANHO", "CHAVE_DE_PESQUISA", "PREENCHIMENTO_OBRIGATORIO", "INCREMENTO"})
             colunas.campos.push_back({inteiro, TTipoDado::Inteiro});
         for (const auto& a : atributos)
-            colunas.linhas.push_back({tabela, a.nome, a.tipo, a.padrao, "", "", static_cast<int>(colunas.linhas.size()),
-                                      a.tamanho, a.chave, a.obrigatorio, a.incremento});
+            colunas.linhas.push_back({tabela, a.nome, a.tipo, a.padrao, "", "", a.titulo,
+                                      static_cast<int>(colunas.linhas.size()), a.tamanho, a.chave, a.obrigatorio,
+                                      a.incremento});
         dm_.SArquivoNovo.Carrega(std::move(arquivos));
         dm_.SatribNovo.Carrega(std::move(colunas));
     }

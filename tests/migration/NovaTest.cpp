@@ -205,6 +205,28 @@ TEST(NovaTest, WhatDoesNotFitIsRejectedAloneAndKept) {
     EXPECT_EQ(banco.Le("select VERSAO from SARQUIVO"), "2");
 }
 
+TEST(NovaTest, ATextThatTheDictionaryCannotHoldCostsNoColumn) {
+    for (const char* conjunto : {"NONE", "UTF8"}) {
+        SCOPED_TRACE(conjunto);
+        TBancoDaNova banco(conjunto);
+        banco.Guardada("TCLI", kVelhos);
+        banco.Executa("create table TCLI (CODIGO integer not null primary key, NOME varchar(20), VALOR integer)");
+        banco.Executa("insert into TCLI values (1, 'a', 10)");
+        TAtributos novos = kNovos;
+        novos[1].titulo = "Nome → razão";
+        novos[2].titulo = std::string(41, 'v');
+        banco.Pacote("TCLI", novos);
+        banco.Reconstroi();
+        EXPECT_EQ(banco.Le("select CODIGO, NOME, VALOR, TIPO from TCLI"), "1|a|10|N");
+        EXPECT_EQ(banco.Le("select NOME, DISCRIMINACAO from SATRIB order by SEQUENCIA"),
+                  "CODIGO|;NOME|" + std::string(conjunto == std::string("UTF8") ? "Nome → razão" : "<null>") +
+                      ";VALOR|<null>;TIPO|");
+        EXPECT_TRUE(banco.tela_.LogContem("DISCRIMINACAO"));
+        EXPECT_EQ(banco.tela_.LogContem("→"), conjunto == std::string("NONE"));
+        EXPECT_EQ(banco.Le("select VERSAO from SARQUIVO"), "2");
+    }
+}
+
 TEST(NovaTest, AnUnfitPackageOrDictionaryLeavesTheTableAsItWas) {
     struct TCaso {
         const char* nome;
@@ -216,6 +238,7 @@ TEST(NovaTest, AnUnfitPackageOrDictionaryLeavesTheTableAsItWas) {
         {"unknown type", {{"CODIGO", "ftInteger", 0, 1}, {"X", "ftCoisa"}}, "", "ftCoisa"},
         {"name twice", {{"CODIGO", "ftInteger", 0, 1}, {"codigo", "ftInteger"}}, "", "codigo"},
         {"reserved word", {{"CODIGO", "ftInteger", 0, 1}, {"ORDER", "ftInteger"}}, "", "ORDER"},
+        {"name too long", {{"CODIGO", "ftInteger", 0, 1}, {"NOME_DE_MAIS_DE_VINTE_E_CINCO"}}, "", "SATRIB"},
         {"backup is a table", kNovos, "insert into SARQUIVO values ('1', 'BTCLI', 1)", "BTCLI"},
         {"view", kNovos, "create view VCLI as select NOME from TCLI", "visão VCLI"},
         {"foreign key", kNovos, "create table TFILHO (CLI integer references TCLI)", "TFILHO"},
