@@ -1,5 +1,6 @@
 #include <spawn.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -29,14 +30,13 @@ void Abre(const std::filesystem::path& programa, std::vector<std::string> ambien
         throw std::runtime_error(nome + " não mostrou a janela");
 }
 
-/// The environment of both programs: the display at hand, else none; preferences in a folder of their own.
+/// The environment of both programs: this one's, without a display where there is none, and with preferences in a
+/// folder of their own. The first of two values counts.
 std::vector<std::string> Ambiente(const std::filesystem::path& pasta) {
     std::vector<std::string> ambiente = {"LD_PRELOAD=" WKD_FIM_NO_DESENHO, "HOME=" + pasta.string(),
                                          "XDG_RUNTIME_DIR=" + pasta.string()};
-    if (const char* tela = std::getenv("DISPLAY"))
-        ambiente.push_back(std::string("DISPLAY=") + tela);
-    else
-        ambiente.push_back("QT_QPA_PLATFORM=offscreen");
+    if (!std::getenv("DISPLAY")) ambiente.push_back("QT_QPA_PLATFORM=offscreen");
+    for (char** variavel = environ; *variavel; ++variavel) ambiente.emplace_back(*variavel);
     return ambiente;
 }
 
@@ -44,6 +44,7 @@ std::vector<std::string> Ambiente(const std::filesystem::path& pasta) {
 
 std::vector<TMedida> MedeAbertura(TBancada&) {
     const TPastaTemporaria pasta;
+    std::filesystem::permissions(pasta.Caminho(), std::filesystem::perms::owner_all);  // a session's folder is private
     const std::filesystem::path programa = pasta / "AtualizaWKD";
     std::filesystem::copy_file(WKD_PROGRAMA, programa);
     std::ofstream(pasta / "WKD.ini") << "[LOJA]\nTipoBanco=tbInterbase\nPath=/\nDataBase=loja.fdb\n";

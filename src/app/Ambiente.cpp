@@ -9,7 +9,10 @@ TAmbiente AmbientePadrao() {
     const std::filesystem::path marca = "/naocria.wkd";
 #endif
     const TLocaisDoIni locais = LocaisPadraoDoIni();
-    return {locais.pastaPrograma, std::filesystem::temp_directory_path(), marca, locais};
+    std::error_code semErro;
+    auto temporaria = std::filesystem::temp_directory_path(semErro);
+    if (semErro) temporaria = locais.pastaPrograma;  // TMPDIR names no folder
+    return {locais.pastaPrograma, temporaria, marca, locais};
 }
 
 }  // namespace wkd

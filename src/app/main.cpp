@@ -52,6 +52,11 @@ int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN);  // neither a broken pipe nor a closed terminal ends an update
     std::signal(SIGHUP, SIG_IGN);
 #endif
-    const std::vector<std::string> argumentos(argv + 1, argv + argc);
-    return static_cast<int>(std::visit(TPrograma{argc, argv}, LeLinhaDeComando(argumentos)));
+    try {
+        const std::vector<std::string> argumentos(argv + 1, argv + argc);
+        return static_cast<int>(std::visit(TPrograma{argc, argv}, LeLinhaDeComando(argumentos)));
+    } catch (const std::exception& erro) {
+        std::cerr << erro.what() << std::endl;
+        return static_cast<int>(TCodigoDeSaida::SemConexao);
+    }
 }

@@ -46,7 +46,12 @@ TArquivo CriaTemporario(fs::path& caminho) {
     std::string nome = caminho.string() + ".XXXXXX";
     const int descritor = mkstemp(nome.data());
     caminho = nome;
-    return TArquivo(descritor < 0 ? nullptr : fdopen(descritor, "wb"));
+    TArquivo arquivo(descritor < 0 ? nullptr : fdopen(descritor, "wb"));
+    if (descritor >= 0 && !arquivo) {
+        close(descritor);
+        unlink(nome.c_str());
+    }
+    return arquivo;
 }
 
 bool NoDisco(std::FILE* arquivo) { return fsync(fileno(arquivo)) == 0; }

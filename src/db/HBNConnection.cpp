@@ -51,7 +51,12 @@ void THBNConnection::Open() {
     }
     driver_->Open();
     ++aberturas_;
-    if (TipoBanco() == TTipoBanco::tbSQLServer) driver_->ExecuteDirect("set dateformat mdy");
+    try {
+        if (TipoBanco() == TTipoBanco::tbSQLServer) driver_->ExecuteDirect("set dateformat mdy");
+    } catch (...) {
+        Close();
+        throw;
+    }
 }
 
 void THBNConnection::Close() noexcept {

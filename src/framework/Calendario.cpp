@@ -31,7 +31,12 @@ TDataHora Agora() {
     const auto agora = system_clock::now();
     const std::time_t segundos = system_clock::to_time_t(floor<std::chrono::seconds>(agora));
     const auto milissegundos = floor<milliseconds>(agora - floor<std::chrono::seconds>(agora)).count();
-    const std::tm local = *std::localtime(&segundos);
+    std::tm local{};
+#ifdef _WIN32
+    localtime_s(&local, &segundos);
+#else
+    localtime_r(&segundos, &local);
+#endif
     const int segundo = local.tm_hour * 3600 + local.tm_min * 60 + local.tm_sec;
     return {DataDe(local.tm_year + 1900, local.tm_mon + 1, local.tm_mday),
             THora{segundo * kTiquesPorSegundo + milissegundos * (kTiquesPorSegundo / 1000)}};

@@ -93,7 +93,7 @@ struct TExecucao {
         return TCodigoDeSaida::Sucesso;
     }
 
-    TCodigoDeSaida operator()(const TPedeConfere& pedido) const {
+    TCodigoDeSaida operator()(const TPedeRevisao& pedido) const {
         const auto pacote = LeInventario(pedido.pacote);
         auto achados = Confere(pacote);
         if (!pedido.anterior.empty())

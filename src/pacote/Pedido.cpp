@@ -130,7 +130,7 @@ TPedidoDoPacote Comando(const std::vector<std::string>& argumentos) {
     }
     if (nome == "confere") {
         const TArgumentos lidos(argumentos, {"--anterior"});
-        return {TPedeConfere{CaminhoDoTexto(lidos.Exatamente(1)[0]), CaminhoDoTexto(lidos.Opcao("--anterior"))},
+        return {TPedeRevisao{CaminhoDoTexto(lidos.Exatamente(1)[0]), CaminhoDoTexto(lidos.Opcao("--anterior"))},
                 lidos.Json()};
     }
     throw std::invalid_argument("Comando desconhecido: " + nome + ".");

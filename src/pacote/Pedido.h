@@ -26,7 +26,7 @@ struct TPedeConverte {
     std::filesystem::path origem, destino;
     TFormaDeArquivo forma = TFormaDeArquivo::Binario;
 };
-struct TPedeConfere {
+struct TPedeRevisao {
     std::filesystem::path pacote, anterior;  // `anterior` empty: none
 };
 /// Text to print, of --help and --version.
@@ -39,7 +39,7 @@ struct TPedidoErrado {
 };
 
 struct TPedidoDoPacote {
-    std::variant<TPedeTexto, TPedeMonta, TPedeMostra, TPedeConverte, TPedeConfere, TPedidoErrado> comando;
+    std::variant<TPedeTexto, TPedeMonta, TPedeMostra, TPedeConverte, TPedeRevisao, TPedidoErrado> comando;
     bool json = false;
 };
 

@@ -110,7 +110,7 @@ void Mostra(const TInventario& pacote, bool json, std::ostream& saida) {
     json ? EmJson(pacote, saida) : EmTexto(pacote, saida);
 }
 
-void Mostra(const std::vector<TAchado>& achados, bool json, std::ostream& saida) {
+void Mostra(const std::vector<TAchadoDaRevisao>& achados, bool json, std::ostream& saida) {
     auto lista = TJson::array();
     for (const auto& achado : achados) {
         if (!json)

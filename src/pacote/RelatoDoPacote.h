@@ -10,6 +10,6 @@ namespace wkd {
 // What a package holds and what is wrong with it, for people or, with `json`, for programs.
 
 void Mostra(const TInventario& pacote, bool json, std::ostream& saida);
-void Mostra(const std::vector<TAchado>& achados, bool json, std::ostream& saida);
+void Mostra(const std::vector<TAchadoDaRevisao>& achados, bool json, std::ostream& saida);
 
 }  // namespace wkd

@@ -45,7 +45,7 @@ class TRevisao {
   public:
     explicit TRevisao(const TInventario& pacote) : pacote_(pacote) {}
 
-    std::vector<TAchado> Executa() {
+    std::vector<TAchadoDaRevisao> Executa() {
         std::set<std::string> tabelas;
         for (const auto& tabela : pacote_.tabelas) {
             if (!tabelas.insert(ChaveDeNome(tabela.nome)).second)
@@ -155,11 +155,11 @@ class TRevisao {
     }
 
     const TInventario& pacote_;
-    std::vector<TAchado> achados_;
+    std::vector<TAchadoDaRevisao> achados_;
 };
 
 }  // namespace
 
-std::vector<TAchado> Confere(const TInventario& pacote) { return TRevisao(pacote).Executa(); }
+std::vector<TAchadoDaRevisao> Confere(const TInventario& pacote) { return TRevisao(pacote).Executa(); }
 
 }  // namespace wkd

@@ -31,7 +31,7 @@ class TComparacaoDePacotes {
         for (const auto& tabela : pacote.tabelas) novas_.try_emplace(ChaveDeNome(tabela.nome), &tabela);
     }
 
-    std::vector<TAchado> Executa() {
+    std::vector<TAchadoDaRevisao> Executa() {
         for (const auto& velha : anterior_.tabelas) {
             const auto nova = novas_.find(ChaveDeNome(velha.nome));
             if (nova == novas_.end())
@@ -88,12 +88,12 @@ class TComparacaoDePacotes {
 
     const TInventario& anterior_;
     std::unordered_map<std::string, const TTabelaDoPacote*> novas_;
-    std::vector<TAchado> achados_;
+    std::vector<TAchadoDaRevisao> achados_;
 };
 
 }  // namespace
 
-std::vector<TAchado> ConfereContra(const TInventario& pacote, const TInventario& anterior) {
+std::vector<TAchadoDaRevisao> ConfereContra(const TInventario& pacote, const TInventario& anterior) {
     return TComparacaoDePacotes(pacote, anterior).Executa();
 }
 

@@ -224,6 +224,7 @@ TValor TComandoFirebird::Valor(std::size_t campo) {
     const auto& var = instrucao_->Colunas().Var(campo);
     if ((var.sqltype & ~1) != SQL_BLOB) return LeValor(var);
     if ((var.sqltype & 1) != 0 && *var.sqlind < 0) return {};
+    if (!propria_ && !sessao_->transacao) throw std::logic_error("blob lido depois do fim da transação: " + sql_);
     return ConteudoDoBlob(sessao_, var, propria_ ? *propria_ : *sessao_->transacao);
 }
 

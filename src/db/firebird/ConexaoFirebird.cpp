@@ -34,7 +34,12 @@ class TConexaoFirebird : public TConnection {
     void Open() override {
         Close();
         sessao_->Liga(conjunto_.empty() ? "UTF8" : conjunto_);
-        if (!conjunto_.empty() || metadados_.ConjuntoDoBanco() != "NONE") return;
+        try {
+            if (!conjunto_.empty() || metadados_.ConjuntoDoBanco() != "NONE") return;
+        } catch (...) {
+            Close();
+            throw;
+        }
         sessao_->Desliga();
         sessao_->Liga("WIN1252");
     }

@@ -73,7 +73,7 @@ void TSessaoFirebird::Liga(std::string_view conjunto) {
 
 void TSessaoFirebird::Desliga() noexcept {
     if (!Ligada()) return;
-    for (auto* aberta : std::vector(abertas_)) aberta->Rollback();
+    for (auto* aberta : abertas_) aberta->Rollback();
     transacao.reset();
     TEstadoFirebird estado;
     isc_detach_database(estado, &banco_);
@@ -128,7 +128,10 @@ void TTransacaoFirebird::Commit(std::string_view comando) {
     if (isc_commit_transaction(estado, &handle_) == 0) return;
     const auto erro = sessao_.Erro(estado, comando);
     Rollback();
-    if (erro.SqlState() == "22006") sessao_.Renova();
+    try {
+        if (erro.SqlState() == "22006") sessao_.Renova();
+    } catch (const std::exception&) {  // the first error tells the cause
+    }
     throw erro;
 }
 
