@@ -57,6 +57,7 @@ class TReconstrucao {
     void GuardaObjetos();
     void GuardaCalculadas();
     bool Apaga();
+    void ApagaEMarca();
     void RelataPerdas();
 
     void Ergue();
@@ -151,22 +152,30 @@ void TReconstrucao::GuardaCalculadas() {
 }
 
 bool TReconstrucao::Apaga() {
+    if (!Tenta([this] { ApagaEMarca(); }, [this] { RefazIndices(); })) return false;
     if (!existe_) return true;
-    const TResultado apagada = ctx_.dm.Executa("drop table " + tabela_);
-    ctx_.evidencia.Comando({"drop table " + tabela_, "", apagada.Mensagem()});
-    if (!apagada) {
-        return Tenta(
-            [&] {
-                if (apagada.Erro().ConexaoPerdida()) throw apagada.Erro();
-                const auto dependentes = DependentesDaTabela(ctx_, tabela_);
-                throw std::runtime_error(Causa(apagada.Erro()) +
-                                         (dependentes.empty() ? "" : " Dependem dela: " + Junta(dependentes, ", ")));
-            },
-            [this] { RefazIndices(); });
-    }
     ctx_.dm.Commit("Erro apagando a tabela: " + tabela_);
     RelataPerdas();
     return true;
+}
+
+/// In one transaction: a table that is gone is known to wait for its rows, whoever creates one of its name.
+void TReconstrucao::ApagaEMarca() {
+    TResultado apagada;
+    try {
+        TTransacao transacao(ctx_.Conexao());
+        GravaEtapa(ctx_, tabela_, TEtapaDaReconstrucao::Restaurando);
+        if (existe_) ctx_.Conexao().Prepara("drop table " + tabela_)->Executa();
+        transacao.Commit();
+    } catch (const TErroBanco& erro) {
+        apagada = TResultado(erro);
+    }
+    if (existe_) ctx_.evidencia.Comando({"drop table " + tabela_, "", apagada.Mensagem()});
+    if (apagada) return;
+    if (apagada.Erro().ConexaoPerdida()) throw apagada.Erro();
+    const auto dependentes = DependentesDaTabela(ctx_, tabela_);
+    throw std::runtime_error(Causa(apagada.Erro()) +
+                             (dependentes.empty() ? "" : " Dependem dela: " + Junta(dependentes, ", ")));
 }
 
 void TReconstrucao::RelataPerdas() {
@@ -181,7 +190,6 @@ void TReconstrucao::RelataPerdas() {
 void TReconstrucao::Ergue() {
     apagada_ = true;
     ctx_.dm.AtualizaListaDeTabelas();
-    GravaEtapa(ctx_, tabela_, TEtapaDaReconstrucao::Restaurando);
     RegravaDicionarioNovo();
     if (!CriaTabelaComIndices(ctx_, tabela_)) throw std::runtime_error(ctx_.dm.Atualiza.Erro());
     const bool restaurada = Restaura(RestauracaoInteira(ctx_, tabela_));

@@ -79,24 +79,33 @@ struct TBancoInterrompido : TBancoDaNova {
     bool chegou_ = false;
 };
 
+/// What is rebuilt, and what happens to it before and behind the interruption.
+struct TVarredura {
+    const char* nome;
+    int chave = 1;
+    bool comTini = true;
+    bool segunda = false;   // it has a complete backup already, which the rebuild makes anew
+    bool recriada = false;  // somebody creates the table that the drop has left missing
+};
+
 /// Breaks off a rebuild at each of its statements in turn, runs it again, and compares with one that went through.
-/// `segunda`: the table has a complete backup already, which the rebuild makes anew.
 template <class TErro>
-void Varre(int chave, bool comTini, const TErro& erro, bool sempre, bool segunda = false) {
-    TBancoInterrompido banco(chave, comTini);
-    if (segunda) banco.RecusaUmaVez();
+void Varre(const TVarredura& varredura, const TErro& erro, bool sempre) {
+    TBancoInterrompido banco(varredura.chave, varredura.comTini);
+    if (varredura.segunda) banco.RecusaUmaVez();
     banco.Congela();
     banco.Descongela();
     banco.Reconstroi();
     ASSERT_TRUE(banco.tela_.infos.empty()) << Junta(banco.tela_.infos, "\n");
     const std::string esperado = banco.Tudo();
     ASSERT_NE(esperado.find("1|TCLI|2\n"), std::string::npos) << esperado;
-    ASSERT_EQ(segunda, esperado.find("1|mudou|v;3|José|v") != std::string::npos) << esperado;
+    ASSERT_EQ(varredura.segunda, esperado.find("1|mudou|v;3|José|v") != std::string::npos) << esperado;
     int n = 1;
     for (bool chegou = true; chegou; ++n) {
         banco.Descongela();
         banco.Interrompe(n, erro, sempre);
         chegou = banco.chegou_;
+        if (varredura.recriada) banco.dm_.Atualiza.CriaTabela("TCLI", false);
         banco.Reconstroi();
         const std::string tudo = banco.Tudo();
         ASSERT_TRUE(tudo == esperado) << "statement " << n << "\n" << tudo << "\n" << Junta(banco.tela_.memo2, "\n");
@@ -104,14 +113,28 @@ void Varre(int chave, bool comTini, const TErro& erro, bool sempre, bool segunda
     EXPECT_GT(n, 60);
 }
 
-TErroBanco Recusa() { return TErroBanco({"recusado", 0, "HY000", "", TFalha::Outra, false}); }
+class NovaInterrompidaTest : public ::testing::TestWithParam<TVarredura> {};
 
-TEST(NovaInterrompidaTest, KilledAtAnyStatementTheNextRunEndsInTheSameState) { Varre(1, true, TMorte(), true); }
-TEST(NovaInterrompidaTest, KilledAtAnyStatementWithoutAKey) { Varre(0, true, TMorte(), true); }
-TEST(NovaInterrompidaTest, KilledAtAnyStatementWithoutKeyAndMarks) { Varre(0, false, TMorte(), true); }
-TEST(NovaInterrompidaTest, KilledAtAnyStatementOfASecondBackup) { Varre(1, true, TMorte(), true, true); }
-TEST(NovaInterrompidaTest, KilledAtAnyStatementOfASecondBackupWithoutAKey) { Varre(0, true, TMorte(), true, true); }
-TEST(NovaInterrompidaTest, AnErrorAtAnyStatementIsRepairedByTheNextRun) { Varre(1, true, Recusa(), false); }
+TEST_P(NovaInterrompidaTest, KilledAtAnyStatementTheNextRunEndsInTheSameState) { Varre(GetParam(), TMorte(), true); }
+
+INSTANTIATE_TEST_SUITE_P(Tabelas, NovaInterrompidaTest,
+                         ::testing::Values(TVarredura{"Key"}, TVarredura{"NoKey", 0},
+                                           TVarredura{"NoKeyNoMarks", 0, false},
+                                           TVarredura{"SecondBackup", 1, true, true},
+                                           TVarredura{"SecondBackupNoKey", 0, true, true},
+                                           TVarredura{"CreatedBySomebody", 1, true, false, true},
+                                           TVarredura{"CreatedBySomebodyNoMarks", 0, false, false, true}),
+                         [](const auto& caso) { return caso.param.nome; });
+
+class NovaRecusadaTest : public NovaInterrompidaTest {};
+
+TEST_P(NovaRecusadaTest, AnErrorAtAnyStatementIsRepairedByTheNextRun) {
+    Varre(GetParam(), TErroBanco({"recusado", 0, "HY000", "", TFalha::Outra, false}), false);
+}
+
+INSTANTIATE_TEST_SUITE_P(Tabelas, NovaRecusadaTest,
+                         ::testing::Values(TVarredura{"Key"}, TVarredura{"CreatedBySomebody", 1, true, false, true}),
+                         [](const auto& caso) { return caso.param.nome; });
 
 }  // namespace
 }  // namespace wkd

@@ -30,7 +30,8 @@ struct TColuna {
     int tamanho, chave;
 };
 
-/// The package: TALT is altered in place, TREC rebuilt (its key grows), TNOVA created.
+/// The package: TALT is altered in place, TREC rebuilt (its key grows), TNOVA created. U_COR is the customer's: the
+/// pass over those columns creates its table when it is missing.
 inline constexpr TColuna kNovas[] = {
     {"TALT", "CODIGO", "ftInteger", 0, 1},  {"TALT", "NOME", "ftString", 40, 0},
     {"TALT", "VALOR", "ftFloat", 0, 0},     {"TALT", "EXTRA", "ftString", 10, 0},
@@ -39,9 +40,9 @@ inline constexpr TColuna kNovas[] = {
     {"TNOVA", "CODIGO", "ftInteger", 0, 1}, {"TNOVA", "NOME", "ftString", 30, 0},
 };
 inline constexpr TColuna kVelhas[] = {
-    {"TALT", "CODIGO", "ftInteger", 0, 1}, {"TALT", "NOME", "ftString", 20, 0}, {"TALT", "VALOR", "ftInteger", 0, 0},
-    {"TREC", "CODIGO", "ftString", 10, 1}, {"TREC", "NOME", "ftString", 30, 0}, {"TREC", "QUANDO", "ftDateTime", 0, 0},
-    {"TREC", "FOTO", "ftBlob", 0, 0},
+    {"TALT", "CODIGO", "ftInteger", 0, 1}, {"TALT", "NOME", "ftString", 20, 0},  {"TALT", "VALOR", "ftInteger", 0, 0},
+    {"TREC", "CODIGO", "ftString", 10, 1}, {"TREC", "NOME", "ftString", 30, 0},  {"TREC", "QUANDO", "ftDateTime", 0, 0},
+    {"TREC", "FOTO", "ftBlob", 0, 0},      {"TREC", "U_COR", "ftString", 10, 0},
 };
 
 inline constexpr const char* kBanco[] = {
@@ -69,7 +70,10 @@ inline constexpr const char* kBanco[] = {
     "create table TALT (CODIGO integer not null, NOME varchar(20), VALOR integer, constraint PK_TALT primary key "
     "(CODIGO))",
     "create table TREC (CODIGO varchar(10) not null, NOME varchar(30), QUANDO timestamp, FOTO blob,"
-    " constraint PK_TREC primary key (CODIGO))",
+    " U_COR varchar(10), constraint PK_TREC primary key (CODIGO))",
+    "create table SATRIB_USER (ARQUIVO varchar(50), SEQUENCIA integer, NOME varchar(25), TIPO varchar(25),"
+    " TAMANHO integer, CHAVE_DE_PESQUISA integer, VALOR_PADRAO varchar(20), CALCULO varchar(250))",
+    "insert into SATRIB_USER values ('TREC', 9, 'U_COR', 'ftString', 10, 0, null, null)",
     "create index TALT_NOME on TALT (NOME)",
     "create index TREC_NOME on TREC (NOME)",
     "insert into SINDSEC values ('TALT', 'TALT_NOME', 0)",
@@ -83,7 +87,7 @@ inline constexpr const char* kBanco[] = {
     "execute block as declare i integer = 0; begin while (i < 30) do begin"
     " insert into TALT values (:i, 'Nome ' || :i, :i * 7);"
     " insert into TREC values ('C' || :i, 'Registro ' || :i, dateadd(:i minute to timestamp '2024-01-01 00:00:00'),"
-    " 'conteúdo ' || :i); i = i + 1; end end"};
+    " 'conteúdo ' || :i, 'cor ' || :i); i = i + 1; end end"};
 
 /// The stored dictionary's rows of these columns.
 inline void GravaColunas(TConnection& banco, std::span<const TColuna> colunas) {

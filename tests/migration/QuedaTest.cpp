@@ -53,7 +53,7 @@ TEST_P(QuedaTest, a_corrida_seguinte_termina_o_que_a_interrompida_comecou) {
     ASSERT_GT(total, 100);
     ASSERT_EQ(Corre(raiz / "inteira", 0), 0) << LeArquivo(raiz / "inteira/erros.txt");
     const std::string esperado = RetratoDe(raiz / "inteira");
-    ASSERT_NE(esperado.find("TREC: C29|Registro 29|2024-01-01 00:29:00|conteúdo 29"), std::string::npos);
+    ASSERT_NE(esperado.find("TREC: C29|Registro 29|2024-01-01 00:29:00|conteúdo 29|cor 29"), std::string::npos);
 
     std::vector<int> falhas;
     CortaEmTodos(molde, raiz.Caminho(), GetParam(), esperado, total, [&](int n, const std::string& erro) {
