@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "BancoGrande.h"
 #include "ServidorFirebird.h"
@@ -22,6 +23,12 @@ class TBancada {
 
     /// The big database, one for each place.
     const TBancoGrande& Grande(const TLugar& lugar);
+
+    /// Measures on the big database of either place.
+    template <class F>
+    auto NosDoisLugares(F&& mede) {
+        return std::vector{mede(Grande(Embutido()), Embutido()), mede(Grande(Rede()), Rede())};
+    }
 
   private:
     std::unique_ptr<TBancoGrande> embutido_, naRede_;

@@ -119,7 +119,6 @@ TOpcoes TBancoGrande::Opcoes() const {
     TOpcoes opcoes;
     opcoes.alias = "GRANDE";
     opcoes.pacote = Pacote();
-    opcoes.desassistido = true;
     opcoes.querysAnteriores = opcoes.querysPosteriores = false;
     opcoes.marcaNaoCria = Pasta() / "naocria.wkd";
     opcoes.temporaria = opcoes.pastaPrograma = Pasta();

@@ -36,15 +36,9 @@ struct TCaso {
 };
 
 inline constexpr TCaso kCasos[] = {
-    {"pacotes", MedePacotes},
-    {"nada-mudou", MedeNadaMudou},
-    {"copia-embutida", MedeCopiaEmbutida},
-    {"copia-rede", MedeCopiaNaRede},
-    {"reconstrucao", MedeReconstrucao},
-    {"todas", MedeTodas},
-    {"passos", MedePassos},
-    {"criacao", MedeCriacao},
-    {"log", MedeLog},
+    {"pacotes", MedePacotes},        {"nada-mudou", MedeNadaMudou},      {"copia-embutida", MedeCopiaEmbutida},
+    {"copia-rede", MedeCopiaNaRede}, {"reconstrucao", MedeReconstrucao}, {"todas", MedeTodas},
+    {"passos", MedePassos},          {"criacao", MedeCriacao},           {"log", MedeLog},
     {"abertura", MedeAbertura},
 };
 

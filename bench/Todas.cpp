@@ -84,11 +84,6 @@ TMedida Mede(const TBancoGrande& banco, const TLugar& lugar) {
 
 }  // namespace
 
-std::vector<TMedida> MedeTodas(TBancada& bancada) {
-    std::vector<TMedida> medidas;
-    for (const TLugar& lugar : {TBancada::Embutido(), TBancada::Rede()})
-        medidas.push_back(Mede(bancada.Grande(lugar), lugar));
-    return medidas;
-}
+std::vector<TMedida> MedeTodas(TBancada& bancada) { return bancada.NosDoisLugares(Mede); }
 
 }  // namespace wkd

@@ -110,8 +110,6 @@ TOpcoes TFMAtualiza::Opcoes() const {
     opcoes.alias = aliasAtual_;
     opcoes.pacote = atualizacao_->Pacote();
     opcoes_->Le(opcoes);
-    opcoes.usuariosOnline = estado_.usuariosOnline;
-    opcoes.desassistido = meios_.tela.Desassistida();
     opcoes.marcaNaoCria = meios_.ambiente.marcaNaoCria;
     opcoes.temporaria = meios_.ambiente.temporaria;
     opcoes.pastaPrograma = meios_.ambiente.pastaPrograma;

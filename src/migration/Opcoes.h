@@ -17,8 +17,6 @@ struct TOpcoes {
     bool todas = false;                // cbAtualizaTodas
     bool querysAnteriores = true;      // chkQuerysAnteriores
     bool querysPosteriores = true;     // chkQuerysPosteriores
-    bool usuariosOnline = true;        // false for a database without table of connected users
-    bool desassistido = false;         // started with two or more arguments
 
     std::filesystem::path marcaNaoCria;         // its presence turns null validation, layouts and system files off
     std::filesystem::path temporaria;           // below it the working directory is made

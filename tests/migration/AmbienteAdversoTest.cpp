@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "Atualizacao.h"
+#include "OpcoesDeTeste.h"
 #include "QuedaApoio.h"
 #include "ServidorFirebird.h"
 #include "TelaDeTeste.h"
@@ -44,14 +45,8 @@ class AmbienteAdversoTest : public testing::Test {
             const bool esse = sql.find(quando.comando) != std::string_view::npos;
             if (esse && ++vezes == quando.vez) acao();
         });
-        TOpcoes opcoes;
-        opcoes.alias = "LOJA";
-        opcoes.pacote = pasta / "pacote.zip";
-        opcoes.desassistido = true;
-        opcoes.marcaNaoCria = pasta / "naocria.wkd";
-        opcoes.temporaria = opcoes.pastaPrograma = opcoes.pastaCorrente = pasta;
         TEstado estado;
-        TAtualizacao(dm, opcoes, estado).Executa();
+        TAtualizacao(dm, OpcoesDeTeste(pasta), estado).Executa();
         EXPECT_GE(vezes, quando.vez) << "the statement was not reached";
     }
 

@@ -10,6 +10,7 @@
 #include "CompactaZip.h"
 #include "Linhas.h"
 #include "LojaSqlServer.h"
+#include "OpcoesDeTeste.h"
 #include "TBComandos.h"
 #include "Texto.h"
 
@@ -30,14 +31,8 @@ class SqlServer : public testing::Test {
     }
 
     void Atualiza() {
-        TOpcoes opcoes;
-        opcoes.alias = "LOJA";
-        opcoes.pacote = loja_->Pasta() / "pacote.zip";
-        opcoes.desassistido = true;
-        opcoes.marcaNaoCria = loja_->Pasta() / "naocria.wkd";
-        opcoes.temporaria = opcoes.pastaPrograma = opcoes.pastaCorrente = loja_->Pasta().Caminho();
         TEstado estado;
-        TAtualizacao(loja_->Modulo(), opcoes, estado).Executa();
+        TAtualizacao(loja_->Modulo(), OpcoesDeTeste(loja_->Pasta().Caminho()), estado).Executa();
     }
 
     TConnection& Conexao() { return loja_->Conexao(); }

@@ -6,6 +6,7 @@
 
 #include "Atualizacao.h"
 #include "Linhas.h"
+#include "OpcoesDeTeste.h"
 #include "QuedaApoio.h"
 #include "TelaDeTeste.h"
 #include "Texto.h"
@@ -155,12 +156,8 @@ TEST(TabelasDificeisTest, EachIsReportedKeepsItsRowsAndTheRunGoesOn) {
     outra->StartTransaction();
     outra->Prepara("update TUSO set NOME = 'outro'")->Executa();
 
-    TOpcoes opcoes;
-    opcoes.alias = "LOJA";
-    opcoes.pacote = pasta / "pacote.zip";
-    opcoes.desassistido = opcoes.modoCompleto = true;
-    opcoes.marcaNaoCria = pasta / "naocria.wkd";
-    opcoes.temporaria = opcoes.pastaPrograma = opcoes.pastaCorrente = pasta;
+    TOpcoes opcoes = OpcoesDeTeste(pasta);
+    opcoes.modoCompleto = true;
     TEstado estado;
     EXPECT_EQ(TAtualizacao(dm, opcoes, estado).Executa(), TFimDaAtualizacao::Concluida);
     outra->Rollback();

@@ -8,6 +8,7 @@
 #include <iostream>
 
 #include "Atualizacao.h"
+#include "OpcoesDeTeste.h"
 #include "TelaDeTeste.h"
 
 namespace {
@@ -44,14 +45,8 @@ int main(int argc, char** argv) {
         throw ErroDoServidor(comando);
     });
 
-    TOpcoes opcoes;
-    opcoes.alias = "LOJA";
-    opcoes.pacote = pasta / "pacote.zip";
-    opcoes.desassistido = true;
-    opcoes.marcaNaoCria = pasta / "naocria.wkd";
-    opcoes.temporaria = opcoes.pastaPrograma = opcoes.pastaCorrente = pasta;
     TEstado estado;
-    TAtualizacao(dm, opcoes, estado).Executa();
+    TAtualizacao(dm, OpcoesDeTeste(pasta), estado).Executa();
     for (const auto* linhas : {&tela.memo2, &tela.infos})
         for (const std::string& linha : *linhas) std::cerr << linha << '\n';
     std::cout << comandos << '\n';
