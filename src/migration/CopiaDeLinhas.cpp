@@ -90,17 +90,28 @@ void TCopiaDeLinhas::Avanca() {
 /// What the server refuses as a whole is done row by row, so that only an unfit row is missing.
 void TCopiaDeLinhas::EnviaAoServidor() {
     if (aoServidor_ == 0) return;
-    const auto primeira = lote_.end() - static_cast<std::ptrdiff_t>(std::exchange(aoServidor_, 0));
+    const std::size_t primeira = lote_.size() - std::exchange(aoServidor_, 0);
     if (!transacao_) transacao_.emplace(ctx_.Conexao());
     std::string chaves;
-    for (auto linha = primeira; linha != lote_.end(); ++linha) chaves += linha->chave;
+    for (std::size_t i = primeira; i < lote_.size(); ++i) chaves += lote_[i].chave;
     try {
         servidor_->Copia(chaves);
     } catch (const TErroBanco& falha) {
         if (falha.ConexaoPerdida()) throw;
-        const auto recusada = [this](TLinhaDoLote& linha) { return !Refaz(linha); };
-        lote_.erase(std::remove_if(primeira, lote_.end(), recusada), lote_.end());
+        FicamNoLote(primeira, [this](TLinhaDoLote& linha) { return Refaz(linha); });
     }
+}
+
+/// Of the batch from `primeira` on, the rows that `guarda` stores; each is asked once, in its turn.
+template <class TGuarda>
+void TCopiaDeLinhas::FicamNoLote(std::size_t primeira, TGuarda&& guarda) {
+    std::size_t fica = primeira;
+    for (std::size_t i = primeira; i < lote_.size(); ++i) {
+        if (!guarda(lote_[i])) continue;
+        if (fica != i) lote_[fica] = std::move(lote_[i]);
+        ++fica;
+    }
+    lote_.resize(fica);
 }
 
 /// Stores one row of the source by the client, in the open transaction.
@@ -204,7 +215,7 @@ void TCopiaDeLinhas::FechaLote() {
 
 /// Row by row, so that only an unfit one is missing.
 void TCopiaDeLinhas::RefazLote() {
-    std::erase_if(lote_, [this](TLinhaDoLote& linha) { return !GravaSozinha(linha); });
+    FicamNoLote(0, [this](TLinhaDoLote& linha) { return GravaSozinha(linha); });
 }
 
 bool TCopiaDeLinhas::GravaSozinha(TLinhaDoLote& linha) {

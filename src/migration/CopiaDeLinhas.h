@@ -50,6 +50,8 @@ class TCopiaDeLinhas {
     void Anuncia();
     void Avanca();
     void EnviaAoServidor();
+    template <class TGuarda>
+    void FicamNoLote(std::size_t primeira, TGuarda&& guarda);
     bool Refaz(TLinhaDoLote& linha);
     TLinha LePelaChave(const std::string& chave);
     TLinha Le(TComando& linha);
