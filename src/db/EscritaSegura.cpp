@@ -118,4 +118,10 @@ void SubstituiPor(const fs::path& novo, const fs::path& caminho) {
     });
 }
 
+void LevaAoDisco(const fs::path& caminho) {
+    const TArquivo arquivo(AbreEscrito(caminho));
+    if (!arquivo || !NoDisco(arquivo.get())) Falha(caminho);
+    PastaNoDisco(fs::absolute(caminho).parent_path());
+}
+
 }  // namespace wkd

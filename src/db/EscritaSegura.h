@@ -14,4 +14,7 @@ void SubstituiArquivo(const std::filesystem::path& caminho, std::string_view byt
 /// system without modes and owners is no failure here.
 void SubstituiPor(const std::filesystem::path& novo, const std::filesystem::path& caminho);
 
+/// Waits until all that was written to a file, whoever wrote it, has come down to the disk. Throws std::system_error.
+void LevaAoDisco(const std::filesystem::path& caminho);
+
 }  // namespace wkd

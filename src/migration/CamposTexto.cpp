@@ -113,6 +113,7 @@ void GuardaCortados(TContexto& ctx, const TColunaLonga& coluna) {
             throw std::runtime_error("A coluna " + coluna.nome + " da tabela " + coluna.tabela +
                                      " não foi ajustada: os textos cortados não puderam ser guardados");
     }
+    LevaRejeitadosAoDisco(ctx);
 }
 
 void Ajusta(TContexto& ctx, const TColunaLonga& coluna) {

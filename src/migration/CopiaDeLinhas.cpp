@@ -15,6 +15,11 @@ namespace {
 
 constexpr int kTentativas = 2;  // a failure may pass, such as a lock
 
+/// A row that is nowhere but in the source of the copy.
+class TSoNaOrigem : public std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
 /// What a column holds of a value that it cannot hold whole: the day of a time stamp, else nothing.
 TValor ParteQueCabe(const TValor& valor, const TColunaFisica& coluna) {
     const auto* quando = valor.Se<TDataHora>();
@@ -58,7 +63,7 @@ void TCopiaDeLinhas::PeloCliente() {
         Anuncia();
         TLinha valores = Le(*cursor);
         if (!transacao_) transacao_.emplace(ctx_.Conexao());
-        if (Posta(valores)) lote_.push_back({Numero(), {}, std::move(valores)});
+        if (Guardada([&] { return Posta(valores); })) lote_.push_back({Numero(), {}, std::move(valores)});
     }
 }
 
@@ -71,7 +76,7 @@ void TCopiaDeLinhas::PeloServidor() {
         const bool peloServidor = servidor_->VaiComoEsta();
         if (!peloServidor) EnviaAoServidor();
         aoServidor_ += peloServidor;
-        if (peloServidor || Refaz(linha)) lote_.push_back(std::move(linha));
+        if (peloServidor || Guardada([&] { return Refaz(linha); })) lote_.push_back(std::move(linha));
     }
 }
 
@@ -107,11 +112,23 @@ template <class TGuarda>
 void TCopiaDeLinhas::FicamNoLote(std::size_t primeira, TGuarda&& guarda) {
     std::size_t fica = primeira;
     for (std::size_t i = primeira; i < lote_.size(); ++i) {
-        if (!guarda(lote_[i])) continue;
+        if (!Guardada([&] { return guarda(lote_[i]); })) continue;
         if (fica != i) lote_[fica] = std::move(lote_[i]);
         ++fica;
     }
     lote_.resize(fica);
+}
+
+/// What `guarda` answers; false also for a row that stays in the source alone, when the copy may go on.
+template <class TGuarda>
+bool TCopiaDeLinhas::Guardada(TGuarda&& guarda) {
+    try {
+        return guarda();
+    } catch (const TSoNaOrigem&) {
+        if (copia_.exigente || copia_.aoGravar) throw;
+        ++resultado_.soNaOrigem;
+        return false;
+    }
 }
 
 /// Stores one row of the source by the client, in the open transaction.
@@ -231,6 +248,8 @@ bool TCopiaDeLinhas::GravaSozinha(TLinhaDoLote& linha) {
         } catch (const TErroBanco& falha) {
             if (falha.ConexaoPerdida()) throw;
             erro = falha.what();
+        } catch (const TErroConversao& falha) {
+            erro = falha.what();
         }
     }
     RejeitaLinha(linha.valores, erro);
@@ -258,9 +277,9 @@ void TCopiaDeLinhas::RejeitaCampo(const TLinha& linha, const std::string& erro, 
 }
 
 void TCopiaDeLinhas::ConfereGuardado(bool guardado) {
-    if (!guardado && copia_.exigente)
-        throw std::runtime_error("há dados que não puderam ser gravados nem em " + copia_.destino +
-                                 " nem no arquivo de rejeitados");
+    if (!guardado)
+        throw TSoNaOrigem("há dados que não puderam ser gravados nem em " + copia_.destino +
+                          " nem no arquivo de rejeitados");
 }
 
 TPares TCopiaDeLinhas::Chave(const TLinha& linha) const {

@@ -20,6 +20,7 @@ namespace wkd {
 struct TResultadoDaCopia {
     std::int64_t lidas = 0, gravadas = 0;
     std::int64_t rejeitados = 0;      // rows and values not stored
+    std::int64_t soNaOrigem = 0;      // rows that neither the target nor the rejects file could take
     std::set<std::string> alteradas;  // columns in capitals that got other values on purpose: numbers, required ones
 };
 
@@ -28,7 +29,9 @@ struct TResultadoDaCopia {
 /// can; the others pass through here, each in its turn. What the server refuses is done again row by row.
 ///
 /// A value that the target cannot hold is left out of its row, and a row that the server refuses twice out of the
-/// copy; both are shown and go to the rejects file. A batch whose commit fails is stored again row by row.
+/// copy; both are shown and go to the rejects file. A batch whose commit fails is stored again row by row. A row that
+/// the rejects file cannot take either stays in the source alone: it ends a copy that is `exigente`, and one that keeps
+/// count and would not come back to it; others count it and go on. A row that cannot be read ends every copy.
 class TCopiaDeLinhas {
   public:
     /// `renumeracao` must outlive the copy.
@@ -53,6 +56,8 @@ class TCopiaDeLinhas {
     template <class TGuarda>
     void FicamNoLote(std::size_t primeira, TGuarda&& guarda);
     bool Refaz(TLinhaDoLote& linha);
+    template <class TGuarda>
+    bool Guardada(TGuarda&& guarda);
     TLinha LePelaChave(const std::string& chave);
     TLinha Le(TComando& linha);
     TValor LeCampo(TComando& linha, const TColunaDaCopia& coluna);

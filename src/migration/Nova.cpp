@@ -122,6 +122,7 @@ void TReconstrucao::Guarda() {
     antes_ = CriaBackup(ctx_, tabela_, chave_, dispensada_);
     ctx_.acaoAtual = "Criar Tabela";
     if (existe_) GuardaObjetos();
+    LevaRejeitadosAoDisco(ctx_);
 }
 
 void TReconstrucao::GuardaObjetos() {

@@ -1,14 +1,18 @@
 #include "Rejeitados.h"
 
+#include <filesystem>
 #include <stdexcept>
 
+#include "EscritaSegura.h"
 #include "Json.h"
 
 namespace wkd {
 
 namespace {
 
-constexpr std::string_view kArquivo = "AtualizaWKD.rejeitados.jsonl";
+std::filesystem::path Arquivo(const TContexto& ctx) {
+    return ctx.opcoes.pastaPrograma / "AtualizaWKD.rejeitados.jsonl";
+}
 
 void EscrevePares(std::ostream& saida, const TPares& pares) {
     std::string_view separador = "{";
@@ -45,7 +49,7 @@ bool TRejeitados::Valor(const TPares& chave, std::string_view erro, std::string_
 
 bool TRejeitados::Acrescenta(const TPares& chave, std::string_view erro,
                              const std::function<void(std::ostream&)>& resto) {
-    const auto caminho = ctx_.opcoes.pastaPrograma / kArquivo;
+    const auto caminho = Arquivo(ctx_);
     if (!arquivo_.is_open()) arquivo_.open(caminho, std::ios::binary | std::ios::app);
     std::string motivo;
     try {
@@ -71,6 +75,11 @@ bool TRejeitados::Acrescenta(const TPares& chave, std::string_view erro,
         avisado_ = true;
     }
     return gravado;
+}
+
+void LevaRejeitadosAoDisco(const TContexto& ctx) {
+    std::error_code ignorado;
+    if (const auto caminho = Arquivo(ctx); std::filesystem::exists(caminho, ignorado)) LevaAoDisco(caminho);
 }
 
 }  // namespace wkd

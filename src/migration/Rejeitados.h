@@ -35,4 +35,8 @@ class TRejeitados {
     bool avisado_ = false;
 };
 
+/// To be called before the database loses what the file has taken: brings it down to the disk. Throws
+/// std::system_error.
+void LevaRejeitadosAoDisco(const TContexto& ctx);
+
 }  // namespace wkd

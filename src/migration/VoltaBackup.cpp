@@ -1,9 +1,11 @@
 #include "VoltaBackup.h"
 
 #include <optional>
+#include <stdexcept>
 
 #include "CopiaDeLinhas.h"
 #include "EstadoDaReconstrucao.h"
+#include "Rejeitados.h"
 #include "TBComandos.h"
 #include "Texto.h"
 
@@ -51,11 +53,15 @@ std::set<std::string> VoltaBackup(TContexto& ctx, const std::string& tabela, con
         contagem.emplace(ctx, tabela);
         copia.aoGravar = [&](std::int64_t linhas) { contagem->Grava(linhas); };
     }
-    auto alteradas = TCopiaDeLinhas(ctx, std::move(copia), renumeracao).Executa(restante.linhas).alteradas;
-    if (restante.retomada) alteradas.merge(TalvezAlteradas(ctx, tabela, renumeracao));
+    TResultadoDaCopia resultado = TCopiaDeLinhas(ctx, std::move(copia), renumeracao).Executa(restante.linhas);
+    LevaRejeitadosAoDisco(ctx);
+    if (resultado.soNaOrigem > 0)
+        throw std::runtime_error("registros que ainda estão só em " + backup + ": " +
+                                 std::to_string(resultado.soNaOrigem));
+    if (restante.retomada) resultado.alteradas.merge(TalvezAlteradas(ctx, tabela, renumeracao));
     ctx.Tela().PbAtual().Posicao(0);
     ctx.Tela().LblAtual("Parado.");
-    return alteradas;
+    return std::move(resultado.alteradas);
 }
 
 }  // namespace wkd

@@ -11,15 +11,17 @@ namespace {
 const TAtributos kColunas = {{"CODIGO", "ftInteger", 0, 1}, {"NOME", "ftString", 20}};
 
 struct TBancoDaCopia : TBancoDaNova {
-    explicit TBancoDaCopia(int linhas) {
-        Guardada("TCLI", kColunas);
-        Executa(
-            "create table TCLI (CODIGO integer not null, NOME varchar(20), constraint PK_TCLI primary key (CODIGO))");
+    explicit TBancoDaCopia(int linhas, int chave = 1) {
+        TAtributos colunas = kColunas;
+        colunas[0].chave = chave;
+        Guardada("TCLI", colunas);
+        Executa("create table TCLI (CODIGO integer not null, NOME varchar(20)" +
+                std::string(chave == 1 ? ", constraint PK_TCLI primary key (CODIGO))" : ")"));
         std::vector<std::string> comandos;
         for (int i = 1; i <= linhas; ++i)
             comandos.push_back("insert into TCLI values (" + std::to_string(i) + ", 'nome')");
         ExecutaTudo(comandos);
-        Pacote("TCLI", kColunas);
+        Pacote("TCLI", colunas);
     }
 };
 
@@ -80,6 +82,41 @@ TEST(CopiaTest, ARowRefusedTwiceIsMissingAloneAndKept) {
         if (gravavel) {
             EXPECT_EQ(banco.Le("select count(*) from BTCLI where CODIGO <> 7"), "29");
             EXPECT_NE(banco.Rejeitados().find("\"valores\": {\"CODIGO\": 7, \"NOME\": \"nome\"}"), std::string::npos);
+        }
+    }
+}
+
+TEST(CopiaTest, WhatTheRejectsFileCannotTakeKeepsTheRebuildOpen) {
+    for (const int chave : {1, 0}) {
+        for (const bool recusada : {true, false}) {
+            SCOPED_TRACE((chave == 1 ? "with key, " : "without key, ") + std::string(recusada ? "a row" : "a value"));
+            TBancoDaCopia banco(30, chave);
+            if (!recusada) {
+                banco.Executa("update TCLI set NOME = 'quinze letras..' where CODIGO = 7");
+                banco.Pacote("TCLI", {{"CODIGO", "ftInteger", 0, chave}, {"NOME", "ftString", 10}});
+            }
+            banco.opcoes_.pastaPrograma = banco.Pasta() / "não existe";
+            int insercoes = 0;
+            banco.Conexao().Observa([&](std::string_view sql) {
+                if (!recusada || !Insere(sql, "TCLI")) return;
+                ++insercoes;  // the batch, then its rows one by one
+                if (insercoes == 1 || insercoes == 8 || insercoes == 9) throw Recusa();
+            });
+            banco.Reconstroi();
+            banco.Conexao().Observa({});
+            EXPECT_TRUE(banco.estado_.falhouApagar);
+            EXPECT_EQ(banco.Le("select VERSAO from SARQUIVO"), "-1");
+            // Where the count goes on from a row, the rows behind it wait for it.
+            EXPECT_EQ(banco.Le("select count(*) from TCLI"), chave == 1 ? "29" : "0");
+            EXPECT_TRUE(TTelaDeTeste::Contem(banco.tela_.memo2, "BTCLI")) << Junta(banco.tela_.memo2, "\n");
+
+            banco.opcoes_.pastaPrograma = banco.Pasta();
+            banco.Reconstroi();
+            EXPECT_FALSE(banco.estado_.falhouApagar);
+            EXPECT_EQ(banco.Le("select VERSAO from SARQUIVO"), "2");
+            EXPECT_EQ(banco.Le("select count(*), count(distinct CODIGO), count(NOME) from TCLI"),
+                      recusada ? "30|30|30" : "30|30|29");
+            EXPECT_EQ(banco.Rejeitados().find("quinze letras..") != std::string::npos, !recusada);
         }
     }
 }
