@@ -6,6 +6,7 @@
 #include "TBComandos.h"
 #include "Texto.h"
 #include "ValorObrigatorio.h"
+#include "firebird/ConjuntoFirebird.h"
 
 namespace wkd {
 
@@ -55,14 +56,15 @@ std::int64_t MaiorInteiro(const TColunaFisica& coluna) {
     throw TErroConversao("o valor não cabe na coluna " + coluna.nome + " " + coluna.tipoSql);
 }
 
-/// Whether the bytes of the column's texts are Windows-1252, or a part of it.
-bool Em1252(const TColunaFisica& coluna) {
-    return coluna.conjunto == "WIN1252" || coluna.conjunto == "ISO8859_1" || coluna.conjunto == "NONE";
+/// The text as the column keeps it. Throws TErroConversao for a character without a place in the column's set.
+std::string BytesNaColuna(const std::string& texto, const TColunaFisica& coluna) {
+    const auto conjunto = ConjuntoDoNome(coluna.conjunto);
+    return conjunto ? DeUtf8(*conjunto, texto) : texto;
 }
 
 void ConfereTexto(const std::string& texto, const TColunaFisica& coluna) {
     if (coluna.tamanho > 0 && Caracteres(texto) > static_cast<std::size_t>(coluna.tamanho)) NaoCabe(coluna);
-    if (Em1252(coluna)) Para1252(texto);
+    BytesNaColuna(texto, coluna);
 }
 
 }  // namespace
@@ -121,9 +123,7 @@ bool TextoViraBytes(const TColunaDaCopia& coluna) {
 }
 
 TValor BytesDoTexto(const TValor& valor, const TColunaFisica& origem) {
-    if (valor.Nulo()) return valor;
-    const std::string texto = valor.ComoTexto();
-    return TBytes{Em1252(origem) ? Para1252(texto) : texto};
+    return valor.Nulo() ? valor : TBytes{BytesNaColuna(valor.ComoTexto(), origem)};
 }
 
 }  // namespace wkd

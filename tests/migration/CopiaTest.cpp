@@ -121,6 +121,20 @@ TEST(CopiaTest, WhatTheRejectsFileCannotTakeKeepsTheRebuildOpen) {
     }
 }
 
+TEST(CopiaTest, ATextThatBecomesABlobKeepsItsBytes) {
+    for (const char* conjunto : {"WIN1252", "ISO8859_1"}) {
+        TBancoDaNova banco(conjunto);
+        banco.Guardada("TCLI", kColunas);
+        banco.Executa("create table TCLI (CODIGO integer not null primary key, NOME varchar(20))");
+        banco.Executa("insert into TCLI values (1, _" + std::string(conjunto) + " x'E78580')");
+        banco.Pacote("TCLI", {{"CODIGO", "ftInteger", 0, 1}, {"NOME", "ftBlob"}});
+        banco.Reconstroi();
+        EXPECT_EQ(banco.Le("select count(*) from TCLI where NOME = x'E78580'"), "1")
+            << conjunto << Junta(banco.tela_.memo2, "\n");
+        EXPECT_EQ(banco.Le("select VERSAO from SARQUIVO"), "2");
+    }
+}
+
 TEST(CopiaTest, ARestoreThatBreaksOffIsDoneAgainByTheNextRun) {
     TBancoDaCopia banco(40);
     int insercoes = 0;
