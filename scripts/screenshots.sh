@@ -5,5 +5,6 @@ cd "$(dirname "$0")/.."
 
 scripts/dependencies.sh
 scripts/build.sh release capturas
-QT_QPA_PLATFORM=xcb QT_SCALE_FACTOR=${1:-1} xvfb-run -a -s '-screen 0 1920x1200x24' \
-    build/release/bin/capturas docs/imagens
+imagens=$PWD/docs/imagens
+cd build/release  # a run leaves its files in the current folder
+QT_QPA_PLATFORM=xcb QT_SCALE_FACTOR=${1:-1} xvfb-run -a -s '-screen 0 1920x1200x24' bin/capturas "$imagens"

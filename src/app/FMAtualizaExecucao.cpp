@@ -34,6 +34,7 @@ bool PastaGravavel(const std::filesystem::path& pasta) {
 void TFMAtualiza::btAtualizarClick() {
     if (executando_) return;
     for (QPushButton* botao : {btVoltar_, btProximo_, btSair_}) botao->setEnabled(false);
+    status_->PermitePlano(false);
     codigo_ = Executa();
     if (codigo_ != TCodigoDeSaida::Encerrada) Conclui();
 }
@@ -44,6 +45,7 @@ void TFMAtualiza::btPlanoClick() {
     for (QPushButton* botao : {btVoltar_, btProximo_, btSair_})
         if (botao->isEnabled()) livres.push_back(botao);
     for (QPushButton* botao : livres) botao->setEnabled(false);
+    status_->PermitePlano(false);
     NoBanco([&, opcoes = Opcoes()] {
         try {
             const auto plano = Planeja(*dm_, opcoes, estado_);
@@ -54,6 +56,7 @@ void TFMAtualiza::btPlanoClick() {
         }
     });
     for (QPushButton* botao : livres) botao->setEnabled(true);
+    status_->PermitePlano(true);
 }
 
 TCodigoDeSaida TFMAtualiza::Executa() {

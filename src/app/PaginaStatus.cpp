@@ -42,6 +42,7 @@ TPaginaStatus::TPaginaStatus(IDialogos& dialogos)
       pbAtual_(Barra("pbAtual", "Andamento da etapa atual")),
       pbGeral_(Barra("pbGeral", "Andamento geral")) {
     btPlano_->hide();
+    btPlano_->setAutoDefault(false);  // Enter goes on through the pages
     connect(btPlano_, &QPushButton::clicked, this, &TPaginaStatus::Planejar);
     auto* linhas = new QVBoxLayout(this);
     linhas->setSpacing(4);
@@ -110,6 +111,8 @@ QWidget* TPaginaStatus::Andamento() {
 void TPaginaStatus::Estimativa(const QString& texto) {
     if (texto != lblEstimativa_->text()) lblEstimativa_->setText(texto);
 }
+
+void TPaginaStatus::PermitePlano(bool sim) { btPlano_->setEnabled(sim); }
 
 void TPaginaStatus::OferecePlano() { btPlano_->show(); }
 

@@ -30,6 +30,7 @@ class TPaginaStatus : public QWidget {
     void Estimativa(const QString& texto);
     /// Offers the plan, once there is a package to plan with.
     void OferecePlano();
+    void PermitePlano(bool sim);
     /// The text of the run log, and more of it at its top.
     void MostraLog(const QString& texto);
     void AcrescentaAoLog(const QString& topo);

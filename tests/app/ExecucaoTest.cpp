@@ -34,7 +34,7 @@ TEST(ExecucaoTest, UpdatesFromClickToEndAndStaysAlive) {
     QObject::connect(&relogio, &QTimer::timeout, [&] {
         ++servidas;
         EXPECT_FALSE(janela.Janela().close()) << "closed during the run";
-        for (const char* nome : {"btVoltar", "btProximo", "btSair"})
+        for (const char* nome : {"btVoltar", "btProximo", "btSair", "btPlano"})
             EXPECT_FALSE(janela.C<QPushButton>(nome).isEnabled()) << nome;
     });
     relogio.start(10);
