@@ -174,6 +174,7 @@ void TCopiaDeLinhas::AplicaRegras(TLinha& linha) {
 /// tried a second time, without the values that the target cannot hold.
 bool TCopiaDeLinhas::Posta(TLinha& linha) {
     std::string erro;
+    bool incompleta = false;
     try {
         AplicaRegras(linha);
     } catch (const TErroConversao& falha) {
@@ -183,6 +184,7 @@ bool TCopiaDeLinhas::Posta(TLinha& linha) {
     for (int tentativa = 1; tentativa <= kTentativas; ++tentativa) {
         try {
             Envia(linha);
+            resultado_.incompletas += incompleta;
             return true;
         } catch (const TErroBanco& falha) {
             if (falha.ConexaoPerdida()) throw;
@@ -190,7 +192,7 @@ bool TCopiaDeLinhas::Posta(TLinha& linha) {
         } catch (const TErroConversao& falha) {
             erro = falha.what();
         }
-        if (tentativa == 1) IsolaCampos(linha);
+        if (tentativa == 1) incompleta = IsolaCampos(linha);
     }
     RejeitaLinha(linha, erro);
     return false;
@@ -201,16 +203,19 @@ void TCopiaDeLinhas::Envia(const TLinha& linha) {
     insere_->Executa();
 }
 
-/// Takes the values that do not fit their columns out of the row.
-void TCopiaDeLinhas::IsolaCampos(TLinha& linha) {
+/// Takes the values that do not fit their columns out of the row; false when all do.
+bool TCopiaDeLinhas::IsolaCampos(TLinha& linha) {
+    bool isolou = false;
     for (std::size_t i = 0; i < linha.size(); ++i) {
         try {
             ConverteParaColuna(linha[i], colunas_[i].destino);
         } catch (const TErroConversao& falha) {
             RejeitaCampo(linha, falha.what(), i);
             linha[i] = ParteQueCabe(linha[i], colunas_[i].destino);
+            isolou = true;
         }
     }
+    return isolou;
 }
 
 void TCopiaDeLinhas::FechaLote() {
@@ -261,7 +266,7 @@ void TCopiaDeLinhas::Conta(std::int64_t ate) {
 }
 
 void TCopiaDeLinhas::RejeitaLinha(const TLinha& linha, const std::string& erro) {
-    ++resultado_.rejeitados;
+    ++resultado_.recusadas;
     ctx_.Tela().Informacao(copia_.inicioDoErro + erro);
     TPares valores;
     for (std::size_t i = 0; i < linha.size(); ++i) valores.emplace_back(colunas_[i].destino.nome, linha[i]);
@@ -271,7 +276,6 @@ void TCopiaDeLinhas::RejeitaLinha(const TLinha& linha, const std::string& erro) 
 }
 
 void TCopiaDeLinhas::RejeitaCampo(const TLinha& linha, const std::string& erro, std::size_t coluna) {
-    ++resultado_.rejeitados;
     if (copia_.exigente) ctx_.Tela().Informacao(erro);
     ConfereGuardado(rejeitados_.Valor(Chave(linha), erro, colunas_[coluna].destino.nome, linha[coluna]));
 }

@@ -19,7 +19,8 @@ namespace wkd {
 
 struct TResultadoDaCopia {
     std::int64_t lidas = 0, gravadas = 0;
-    std::int64_t rejeitados = 0;      // rows and values not stored
+    std::int64_t recusadas = 0;       // rows not stored
+    std::int64_t incompletas = 0;     // rows stored without a value
     std::int64_t soNaOrigem = 0;      // rows that neither the target nor the rejects file could take
     std::set<std::string> alteradas;  // columns in capitals that got other values on purpose: numbers, required ones
 };
@@ -64,7 +65,7 @@ class TCopiaDeLinhas {
     void AplicaRegras(TLinha& linha);
     bool Posta(TLinha& linha);
     void Envia(const TLinha& linha);
-    void IsolaCampos(TLinha& linha);
+    bool IsolaCampos(TLinha& linha);
     void FechaLote();
     void RefazLote();
     bool GravaSozinha(TLinhaDoLote& linha);

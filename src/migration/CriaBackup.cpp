@@ -44,13 +44,21 @@ bool Aproveita(TContexto& ctx, const std::string& tabela) {
            (etapa == TEtapaDaReconstrucao::Desconhecida && !TabelaInteira(ctx, tabela, backup));
 }
 
+/// Whether the backup differs from the table in what the copy has rejected, and in nothing else. Without a key to pair
+/// the rows, the sums of their columns say nothing as soon as something is rejected.
+bool DifereNosRejeitados(const TConferencia& conferencia, const TResultadoDaCopia& copia) {
+    if (conferencia.naBackup != copia.gravadas || copia.lidas - copia.gravadas != copia.recusadas) return false;
+    const bool rejeitou = copia.recusadas > 0 || copia.incompletas > 0;
+    return conferencia.diferentes <= copia.incompletas && (rejeitou || conferencia.colunas.empty());
+}
+
 /// The table is dropped only when its backup is proven, or what it lacks is in the rejects file.
 void ExigeCopiaFiel(TContexto& ctx, const std::string& tabela, const TResultadoDaCopia& copia) {
     const std::string backup = NomeDaBackup(tabela);
     const TConferencia conferencia = ConfereComBackup(ctx.Conexao(), backup, tabela, copia.alteradas);
     if (conferencia.naTabela != copia.lidas)
         throw std::runtime_error("os registros mudaram durante a cópia para " + backup);
-    if (conferencia.Igual() || copia.rejeitados > 0) return;
+    if (conferencia.Igual() || DifereNosRejeitados(conferencia, copia)) return;
     throw std::runtime_error("a cópia em " + backup + " não confere: " + std::to_string(conferencia.naTabela) +
                              " registros, " + std::to_string(conferencia.naBackup) + " copiados, " +
                              std::to_string(conferencia.diferentes) + " diferentes " + Junta(conferencia.colunas, ","));

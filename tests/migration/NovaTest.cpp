@@ -227,6 +227,29 @@ TEST(NovaTest, ATextThatTheDictionaryCannotHoldCostsNoColumn) {
     }
 }
 
+/// The server refuses the first row, alone as well; meanwhile another row of the backup goes, or does not.
+TEST(NovaTest, ARejectedRowDoesNotHideThatAnotherIsMissing) {
+    for (const bool falta : {false, true}) {
+        SCOPED_TRACE(falta ? "another is missing" : "no other is missing");
+        TCliente banco;
+        int recusas = 3;
+        bool apagou = !falta;
+        banco.Conexao().Observa([&](std::string_view sql) {
+            if (Insere(sql, "BTCLI") && recusas-- > 0) throw TErroBanco({"não", 0, "HY000", "", TFalha::Outra, false});
+            if (apagou || sql != "select count(*) as total from BTCLI") return;
+            apagou = true;
+            banco.banco_.Outra()->ExecuteDirect("delete from BTCLI where CODIGO = 3");
+        });
+        banco.Reconstroi();
+        banco.Conexao().Observa({});
+        EXPECT_TRUE(apagou);
+        EXPECT_NE(banco.Rejeitados().find("\"NOME\": \"José 1\""), std::string::npos) << banco.Rejeitados();
+        EXPECT_EQ(banco.estado_.falhouApagar, falta) << Junta(banco.tela_.memo2, "\n");
+        EXPECT_EQ(banco.Le("select count(*) from TCLI"), falta ? "5" : "4");
+        EXPECT_EQ(TTelaDeTeste::Contem(banco.tela_.memo2, "não confere: 5 registros, 3 copiados"), falta);
+    }
+}
+
 TEST(NovaTest, AnUnfitPackageOrDictionaryLeavesTheTableAsItWas) {
     struct TCaso {
         const char* nome;
