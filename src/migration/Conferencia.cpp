@@ -70,7 +70,9 @@ TPar Par(const TColunaFisica& b, const TColunaFisica& t, TTipoBanco banco) {
     if (EhTexto(b) && EhTexto(t)) return ParDeTextos(std::move(par), b, t);
     const bool datas = (b.tipo == TTipoDado::Data && t.tipo == TTipoDado::DataHora) ||
                        (b.tipo == TTipoDado::DataHora && t.tipo == TTipoDado::Data);
-    if (Numerica(b) && Numerica(t) && b.tipo != t.tipo) {
+    // The same value has another check sum as float than as double precision.
+    const bool larguras = b.tipo == TTipoDado::Flutuante && !IgualSemCaixa(b.tipoSql, t.tipoSql);
+    if (Numerica(b) && Numerica(t) && (b.tipo != t.tipo || larguras)) {
         par.b = "cast(" + par.b + " as double precision)";
         par.t = "cast(" + par.t + " as double precision)";
     } else if (datas) {

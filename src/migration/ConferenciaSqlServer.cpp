@@ -19,6 +19,11 @@ bool Numerica(const TColunaFisica& coluna) {
 
 bool DeDia(const TColunaFisica& coluna) { return coluna.tipo == TTipoDado::Data || coluna.tipo == TTipoDado::DataHora; }
 
+/// Of another type or width, which has other bytes for the same number.
+bool NumerosDiversos(const TColunaFisica& b, const TColunaFisica& t) {
+    return Numerica(b) && Numerica(t) && (b.tipo != t.tipo || !IgualSemCaixa(b.tipoSql, t.tipoSql));
+}
+
 std::string Como(const std::string& expressao, const std::string& tipo) {
     return "cast(" + expressao + " as " + tipo + ")";
 }
@@ -41,7 +46,9 @@ TExpressoes ExpressoesSqlServer(const TColunaFisica& b, const std::string& nomeB
     const bool longos = b.tipo == TTipoDado::Memo || t.tipo == TTipoDado::Memo;
     if (EhTexto(b) && EhTexto(t)) return {BytesDoTexto(nomeB, b), BytesDoTexto(nomeT, t)};
     if (EhBinaria(b) && EhBinaria(t)) return {Como(nomeB, "varbinary(max)"), Como(nomeT, "varbinary(max)")};
-    if (Numerica(b) && Numerica(t) && b.tipo != t.tipo) return {Como(nomeB, "float"), Como(nomeT, "float")};
+    const bool inteiros = b.tipo == TTipoDado::Inteiro && t.tipo == TTipoDado::Inteiro;
+    if (const std::string comum = inteiros ? "bigint" : "float"; NumerosDiversos(b, t))
+        return {Como(nomeB, comum), Como(nomeT, comum)};
     if (DeDia(b) && DeDia(t) && b.tipoSql != t.tipoSql) return {Como(nomeB, "datetime"), Como(nomeT, "datetime")};
     if (EhTexto(b) != EhTexto(t) && !EhBinaria(b) && !EhBinaria(t) && !longos)
         return {EhTexto(b) ? Lido(nomeB, t) : nomeB, EhTexto(b) ? nomeT : Lido(nomeT, b), true};
