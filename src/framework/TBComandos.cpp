@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "PalavrasReservadas.h"
 #include "Texto.h"
 
 namespace wkd {
@@ -9,11 +10,12 @@ namespace wkd {
 namespace {
 
 bool Regular(std::string_view nome, TTipoBanco banco) {
+    if (banco == TTipoBanco::tbSQLServer) return false;        // it takes every name in quotes
     const bool minusculas = banco != TTipoBanco::tbInterbase;  // Firebird folds unquoted names to capitals
     const auto letra = [&](char c) { return (c >= 'A' && c <= 'Z') || (minusculas && c >= 'a' && c <= 'z'); };
     const auto resto = [&](char c) { return letra(c) || (c >= '0' && c <= '9') || c == '_' || c == '$'; };
     return !nome.empty() && (letra(nome.front()) || (minusculas && nome.front() == '_')) &&
-           std::ranges::all_of(nome, resto);
+           std::ranges::all_of(nome, resto) && !PalavraReservada(nome);
 }
 
 }  // namespace

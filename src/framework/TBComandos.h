@@ -11,7 +11,8 @@ namespace wkd {
 
 /// "B" + table.
 std::string NomeDaBackup(std::string_view tabela);
-/// Name from the server's catalogue as statements take it: in double quotes only where it needs them.
+/// Name from the server's catalogue as statements take it: in double quotes where it needs them. Firebird refuses them
+/// in the DDL of databases of dialect 1, whose names never do.
 std::string Identificador(std::string_view nome, TTipoBanco banco);
 /// Statement that makes the index on a table again.
 std::string ComandoCriaIndice(const TIndice& indice, std::string_view tabela, TTipoBanco banco);

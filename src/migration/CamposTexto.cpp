@@ -99,8 +99,8 @@ int PrimeiroComando(TContexto& ctx, const TColunaLonga& coluna) {
 void GuardaCortados(TContexto& ctx, const TColunaLonga& coluna) {
     const bool sqlServer = ctx.Banco() == TTipoBanco::tbSQLServer;
     const std::vector<std::string> chave = ctx.Conexao().ChavePrimaria(coluna.tabela).colunas;
-    std::vector<std::string> lidas = chave;
-    lidas.push_back(coluna.nome);
+    std::vector<std::string> lidas = {coluna.nome};
+    for (const auto& nome : chave) lidas.push_back(Identificador(nome, ctx.Banco()));
     const std::string longos = sqlServer ? "len(" + coluna.nome + " + 'x') > 1999"
                                          : "char_length(" + coluna.nome + ") > " + std::to_string(kLarguraAjustada);
     TWKDQuery q(ctx.Conexao(), "select " + Junta(lidas, ",") + " from " + coluna.tabela + " where " + longos);

@@ -28,9 +28,10 @@ std::string CondicaoPelaChave(TContexto& ctx, const std::string& tabela) {
     const auto daTabela = ctx.Conexao().Colunas(tabela);
     std::vector<std::string> iguais;
     for (const auto& coluna : ctx.Conexao().ChavePrimaria(tabela).colunas) {
-        const std::string nome = Identificador(coluna, ctx.Banco());
-        if (!MesmaChave(ColunaDeNome(daBackup, coluna), ColunaDeNome(daTabela, coluna))) return "";
-        iguais.push_back("t." + nome + " = b." + nome);
+        const TColunaFisica* daChave = ColunaDeNome(daBackup, coluna);
+        if (!MesmaChave(daChave, ColunaDeNome(daTabela, coluna))) return "";
+        iguais.push_back("t." + Identificador(coluna, ctx.Banco()) + " = b." +
+                         Identificador(daChave->nome, ctx.Banco()));
     }
     if (iguais.empty()) return "";
     return " b where not exists (select 1 from " + tabela + " t where " + Junta(iguais, " and ") + ")";

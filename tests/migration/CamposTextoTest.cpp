@@ -15,10 +15,11 @@ struct TBancoDeTextos : TBancoDaNova {
                           {"CURTO", "ftString", 1999},
                           {"FANTASMA", "ftString", 2500}});
         Executa(
-            "create table TTXT (CODIGO integer not null primary key, LONGO varchar(3000), OUTRO varchar(2000), CURTO "
-            "varchar(1999))");
-        Executa("insert into TTXT values (1, 'ç' || rpad('', 2499, 'ab'), 'outro', 'curto')");
-        Executa("insert into TTXT values (2, null, rpad('', 1998, 'y'), null)");
+            "create table TTXT (CODIGO integer not null, LONGO varchar(3000), OUTRO varchar(2000), CURTO varchar(1999),"
+            " \"DATE\" integer default 7 not null, primary key (CODIGO, \"DATE\"))");
+        Executa(
+            "insert into TTXT (CODIGO, LONGO, OUTRO, CURTO) values (1, 'ç' || rpad('', 2499, 'ab'), 'outro', 'curto')");
+        Executa("insert into TTXT (CODIGO, LONGO, OUTRO, CURTO) values (2, null, rpad('', 1998, 'y'), null)");
     }
     std::string Tudo() {
         std::string texto = Le("select NOME, TAMANHO from SATRIB order by SEQUENCIA") + "\n";
@@ -37,13 +38,13 @@ TEST(CamposTextoTest, LongTextsAreCutOnceAndKept) {
     std::string longo = "ç";
     for (int i = 0; i < 1997; ++i) longo += i % 2 ? 'b' : 'a';
     const std::string esperado =
-        "CODIGO|0;LONGO|1988;OUTRO|1988;CURTO|1999;FANTASMA|2500\nCODIGO integer\nCURTO varchar(1999)\nLONGO "
-        "varchar(1998)\nOUTRO varchar(1998)\n1|" +
+        "CODIGO|0;LONGO|1988;OUTRO|1988;CURTO|1999;FANTASMA|2500\nCODIGO integer\nCURTO varchar(1999)\nDATE integer\n"
+        "LONGO varchar(1998)\nOUTRO varchar(1998)\n1|" +
         longo + "|outro|curto;2|<null>|" + std::string(1998, 'y') + "|<null>";
     EXPECT_EQ(banco.Tudo(), esperado);
     const std::string rejeitados = banco.Rejeitados();
     EXPECT_EQ(std::ranges::count(rejeitados, '\n'), 1);
-    EXPECT_NE(rejeitados.find("\"chave\": {\"CODIGO\": 1}"), std::string::npos);
+    EXPECT_NE(rejeitados.find("\"chave\": {\"CODIGO\": 1, \"DATE\": 7}"), std::string::npos);
     EXPECT_NE(rejeitados.find(longo + "ba"), std::string::npos);
 
     int alteracoes = 0;

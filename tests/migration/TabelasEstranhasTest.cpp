@@ -50,6 +50,13 @@ std::vector<TCasoEstranho> Casos() {
          {{"A", "ftString", 6, 1}, {"B", "ftInteger", 0, 1}, {"C", "ftFloat", 0, 1}},
          "select '[' || A || ']', B, C from TTUD",
          "[a ]|0|0.1;[]|-1|1e-300"},
+        {"single precision without a key",
+         "TFLO",
+         {"create table TFLO (PRECO float, CURTO smallint, FIXO numeric(9,2))",
+          "insert into TFLO values (0.1, -3, 1.20)", "insert into TFLO values (1e-30, null, null)"},
+         {{"PRECO", "ftFloat"}, {"CURTO", "ftFloat"}, {"FIXO", "ftFloat"}},
+         "select PRECO, CURTO, FIXO from TFLO",
+         "0.10000000149011612|-3|1.2;1.0000000031710769e-30|<null>|<null>"},
         {"a name of 31 letters",
          "TTTTTTTTTTTTTTTTTTTTTTTTTTTTTTT",
          {"create table " + longo + " (CODIGO integer)", "insert into " + longo + " values (7)"},
@@ -71,6 +78,15 @@ std::vector<TCasoEstranho> Casos() {
          "select * from TCOM",
          "4",
          "Tabela TCOM: colunas calculadas não recriadas, fonte no arquivo de rejeitados: DOBRO"},
+        {"names in quotes",
+         "TNOM",
+         {"create table TNOM (CODIGO integer not null, \"ORDER\" integer, \"minha coluna\" integer, \"Date\" integer,"
+          " primary key (CODIGO, \"ORDER\"))",
+          "create index INOM on TNOM (\"ORDER\")", "insert into TNOM values (1, 2, 3, 4)"},
+         {codigo},
+         "select t.CODIGO, b.\"ORDER\", b.\"minha coluna\", b.\"Date\" from TNOM t join BTNOM b on b.CODIGO = t.CODIGO",
+         "1|2|3|4",
+         "colunas que ficaram só em BTNOM: ORDER, minha coluna, Date"},
     };
 }
 
