@@ -5,6 +5,7 @@
 
 #include "Dialeto.h"
 #include "Texto.h"
+#include "WKDQuery.h"
 
 namespace wkd {
 
@@ -98,9 +99,7 @@ void TDataModulo::EsqueceColunas(std::string_view tabela) {
 
 TResultado TDataModulo::Executa(std::string_view sql) {
     try {
-        TTransacao transacao(SQLConnection1);
-        SQLConnection1.Prepara(sql)->Executa();
-        transacao.Commit();
+        ExecutaComando(SQLConnection1, sql);
         return TResultado();
     } catch (const TErroBanco& erro) {
         return TResultado(erro);

@@ -56,8 +56,8 @@ bool TTB::CriaTabela(std::string_view tabela, bool backup) {
 
         const std::string comando = ComandoCriaTabela(tabela, backup);
         GuardaComando(pastaComandos_, comando);
-        if (existe) conexao_.ExecuteDirect("drop table " + fisica);
-        conexao_.ExecuteDirect(comando);
+        if (existe) ExecutaComando(conexao_, "drop table " + fisica);
+        ExecutaComando(conexao_, comando);
         return true;
     });
 }
@@ -71,8 +71,8 @@ bool TTB::AtualizaTabela(std::string_view tabela) {
             if (ColunaDeNome(fisicas, coluna.nome)) continue;
             if (coluna.chave == 1 && TemLinhas(conexao_, tabela)) coluna.chave = 0;
             try {
-                conexao_.ExecuteDirect("alter table " + std::string(tabela) + " ADD " + coluna.nome + " " +
-                                       DefinicaoCampo(coluna, conexao_.TipoBanco()));
+                ExecutaComando(conexao_, "alter table " + std::string(tabela) + " ADD " + coluna.nome + " " +
+                                             DefinicaoCampo(coluna, conexao_.TipoBanco()));
             } catch (const TErroBanco& erro) {
                 if (erro.ConexaoPerdida()) throw;
                 falhas.push_back(coluna.nome + ": " + erro.what());

@@ -15,7 +15,7 @@ void ExecutaTodos(TConnection& conexao, const std::vector<std::string>& comandos
     TErroBanco::TDados dados;
     for (const auto& comando : comandos) {
         try {
-            conexao.ExecuteDirect(comando);
+            ExecutaComando(conexao, comando);
         } catch (const TErroBanco& erro) {
             if (erro.ConexaoPerdida()) throw;
             falhas.push_back(comando + ": " + erro.what());
@@ -101,8 +101,7 @@ void TTB::ApagaSecundarios(std::string_view tabela, const std::function<bool(con
     const TTipoBanco banco = conexao_.TipoBanco();
     std::vector<std::string> comandos;
     for (const auto& indice : conexao_.Indices(tabela))
-        if (indice.restricao.empty() && apaga(indice))
-            comandos.push_back(ComandoApagaIndice(indice, tabela, banco));
+        if (indice.restricao.empty() && apaga(indice)) comandos.push_back(ComandoApagaIndice(indice, tabela, banco));
     ExecutaTodos(conexao_, comandos);
 }
 
@@ -149,8 +148,8 @@ bool TTB::CriaIndicePrimario(std::string_view tabela, bool backup) {
             conexao_, " select count(*) as total from " + fisica + " group by " + chaves + " having count(*) > 1");
         if (grupos > 0) return Falha("A chave " + chaves + " de " + fisica + " tem " + Repetidos(grupos));
         if (!ExigeValores(fisica, chave)) return false;
-        conexao_.ExecuteDirect("alter table " + fisica + "  add constraint PK_" + fisica + " primary key(" + chaves +
-                               ")");
+        ExecutaComando(conexao_,
+                       "alter table " + fisica + "  add constraint PK_" + fisica + " primary key(" + chaves + ")");
         return true;
     });
 }
@@ -165,8 +164,8 @@ bool TTB::CriaSecundario(std::string_view tabela, const std::string& nome, bool 
         else if (grupos > 0)
             falha = Repetidos(grupos);
         else
-            conexao_.ExecuteDirect("CREATE " + std::string(unico ? "UNIQUE " : "") + "INDEX " + nome + " ON " + fisica +
-                                   "(" + Junta(colunas, ",") + ")");
+            ExecutaComando(conexao_, "CREATE " + std::string(unico ? "UNIQUE " : "") + "INDEX " + nome + " ON " +
+                                         fisica + "(" + Junta(colunas, ",") + ")");
     } catch (const TErroBanco& erro) {
         if (erro.ConexaoPerdida()) throw;
         passageiro_ = passageiro_ || erro.Passageiro();

@@ -20,8 +20,8 @@ std::optional<std::int64_t> Versao(TConnection& conexao, const std::string& tabe
 }
 
 void MudaVersao(TConnection& conexao, const std::string& tabela, std::int64_t versao) {
-    conexao.ExecuteDirect("update SARQUIVO set VERSAO = " + std::to_string(versao) +
-                          " where Upper(NOME_ARQUIVO) = " + Aspas(tabela));
+    ExecutaComando(conexao, "update SARQUIVO set VERSAO = " + std::to_string(versao) +
+                                " where Upper(NOME_ARQUIVO) = " + Aspas(tabela));
 }
 
 std::int64_t Conta(TConnection& conexao, const std::string& tabela) {
@@ -91,7 +91,7 @@ bool TTB::ReCriaTabela(std::string_view tabela) {
         const bool guardada = ExisteTabela(backup) && (!existe || *versao == kRefazendo);
         if (guardada) MudaVersao(conexao_, nome, kRefazendo);
         if (existe && !(guardada ? CompletaBackup(nome) : GuardaNaBackup(nome))) return false;
-        if (existe) conexao_.ExecuteDirect("drop table " + nome);
+        if (existe) ExecutaComando(conexao_, "drop table " + nome);
         const bool erguida = Tenta([&] {
             if (!CriaTabela(nome, false)) return false;
             if (existe || guardada) Copia(conexao_, backup, nome, "");

@@ -30,6 +30,12 @@ TValor TWKDQuery::Campo(std::string_view nome) {
     return comando_->Valor(static_cast<std::size_t>(indice));
 }
 
+void ExecutaComando(TConnection& conexao, std::string_view sql) {
+    TTransacao transacao(conexao);
+    conexao.Prepara(sql)->Executa();
+    transacao.Commit();
+}
+
 std::int64_t ContaRegistros(TConnection& conexao, std::string_view sql) {
     TWKDQuery consulta(conexao, sql);
     consulta.Open();

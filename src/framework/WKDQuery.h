@@ -38,6 +38,9 @@ class TWKDQuery {
     bool fim_ = true;
 };
 
+/// Runs one statement in a transaction of its own and commits it, whatever its words: ExecuteDirect passes over a text
+/// with "commit", such as a column of that name.
+void ExecutaComando(TConnection& conexao, std::string_view sql);
 /// Number in the only field of the only row; 0 without a row.
 std::int64_t ContaRegistros(TConnection& conexao, std::string_view sql);
 

@@ -51,8 +51,8 @@ void Ajusta(TContexto& ctx, TWKDQuery& slookup, const TColunaLookup& coluna) {
     }
     const std::string condicao = Condicao(slookup, coluna);
     Tolera([&] {
-        ctx.Conexao().ExecuteDirect("update " + coluna.tabela + " set " + coluna.nome + " = (select " + coluna.retorno +
-                                    " from " + coluna.lookup + " where " + condicao + ") ");
+        ExecutaComando(ctx.Conexao(), "update " + coluna.tabela + " set " + coluna.nome + " = (select " +
+                                          coluna.retorno + " from " + coluna.lookup + " where " + condicao + ") ");
     });
     ctx.Tela().Memo1("Ajustando Lookup " + nome);
 }

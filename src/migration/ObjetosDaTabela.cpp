@@ -192,8 +192,8 @@ std::vector<std::string> PropriedadesGuardadas(TContexto& ctx, const std::string
 void GuardaDevolucoes(TContexto& ctx, const std::string& backup, const std::vector<std::string>& comandos) {
     if (!Conhecido(ctx) || comandos == DevolucoesGuardadas(ctx, backup)) return;
     if (SqlServer(ctx)) return GuardaPropriedades(ctx, backup, comandos);
-    ctx.Conexao().ExecuteDirect("comment on table " + backup + " is " +
-                                (comandos.empty() ? "null" : Aspas(Junta(comandos, "\n"))));
+    ExecutaComando(ctx.Conexao(),
+                   "comment on table " + backup + " is " + (comandos.empty() ? "null" : Aspas(Junta(comandos, "\n"))));
 }
 
 std::vector<std::string> DevolucoesGuardadas(TContexto& ctx, const std::string& backup) {

@@ -182,6 +182,22 @@ TEST(NovaTest, RequiredColumnsAndAutoIncrementsGetTheirValues) {
     EXPECT_TRUE(banco.tela_.memo2.empty()) << Junta(banco.tela_.memo2, "\n");
 }
 
+TEST(NovaTest, TablesColumnsIndexesAndDefaultsMayHoldTheWordCommit) {
+    TBancoDaNova banco;
+    banco.Guardada("TCOMMIT", kVelhos);
+    banco.ExecutaTudo({"create table TCOMMIT (CODIGO integer not null, NOME varchar(20), VALOR integer)",
+                       "insert into SINDSEC values ('TCOMMIT', 'ICOMMIT', 0)",
+                       "insert into SINDSECA values ('TCOMMIT', 'ICOMMIT', 'DT_COMMIT', 1)"});
+    banco.ExecutaTudo({"insert into TCOMMIT values (1, 'a', 10)", "grant select on TCOMMIT to MARIA"});
+    banco.Pacote("TCOMMIT", {{"CODIGO", "ftInteger", 0, 1}, {"NOME"}, {"DT_COMMIT", "ftString", 9, 0, "commit"}});
+    banco.Reconstroi();
+    EXPECT_EQ(banco.Le("select CODIGO, NOME, DT_COMMIT from TCOMMIT"), "1|a|COMMIT");
+    EXPECT_EQ(banco.Conexao().ChavePrimaria("TCOMMIT").nome, "PK_TCOMMIT");
+    EXPECT_EQ(banco.Conexao().Indices("TCOMMIT").size(), 1U);
+    EXPECT_EQ(banco.Le("select count(*) from rdb$user_privileges where rdb$user = 'MARIA'"), "1");
+    EXPECT_EQ(banco.Le("select VERSAO from SARQUIVO"), "2");
+}
+
 TEST(NovaTest, WhatDoesNotFitIsRejectedAloneAndKept) {
     TBancoDaNova banco;
     banco.Guardada("TCLI", {{"CODIGO", "ftString", 5, 1}, {"IDADE", "ftString", 10}, {"NOME", "ftString", 20}});
