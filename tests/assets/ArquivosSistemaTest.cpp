@@ -11,6 +11,7 @@ namespace fs = std::filesystem;
 
 class ArquivosSistemaTest : public TAssetsTest {
   protected:
+    using TAssetsTest::TAssetsTest;
     void Pacote(std::vector<TLinha> linhas, TFormaPacote forma = TFormaPacote::Binario, const char* nome = "Arquivos") {
         TDataPacket pacote;
         pacote.campos = {CampoDePacote("Arquivo", TTipoDado::Texto, 100), CampoDePacote("VERSAO", TTipoDado::Texto, 20),
@@ -69,6 +70,18 @@ TEST_F(ArquivosSistemaTest, ARecordThatTheTableRefusesIsReportedAndTheNextOneFol
     EXPECT_EQ(Tabela(), "sem coluna.dll|3|<null>") << "only a value needs its column";
     ASSERT_EQ(Tela().log.size(), 3u);
     EXPECT_NE(Tela().log[1].mensagem.find("CONTEUDO"), std::string::npos);
+}
+
+class ArquivosSistemaEmNoneTest : public ArquivosSistemaTest {
+  protected:
+    ArquivosSistemaEmNoneTest() : ArquivosSistemaTest("") {}
+};
+
+TEST_F(ArquivosSistemaEmNoneTest, ANameThatTheDatabaseCannotHoldIsReportedAndTheNextOneFollows) {
+    Pacote({{"relac\u0327a\u0303o.dll", "1", "a"}, {"relação.dll", "2", "b"}});
+    Atualiza();
+    EXPECT_EQ(Tabela(), "relação.dll|2|<null>");
+    EXPECT_EQ(Tela().log.size(), 1u);
 }
 
 TEST_F(ArquivosSistemaTest, AnOldRecordThatCannotGoKeepsTheNewOneOut) {

@@ -20,7 +20,7 @@ namespace wkd {
 /// folder. Statements are recorded.
 class TAssetsTest : public ::testing::Test {
   protected:
-    TAssetsTest() {
+    explicit TAssetsTest(std::string_view conjunto = "UTF8") : modulo_(conjunto) {
         Dm().nomeAlias = " tbInterbase ";
         Dm().SQLConnection1.Observa([this](std::string_view sql) { comandos_.emplace_back(sql); });
         Executa("create table TRELATORIOS (NOME varchar(100), DESCRICAO varchar(100), ARQUIVO blob, EXPORTA integer)");

@@ -12,7 +12,8 @@ namespace wkd {
 /// A data module, connected through an alias to an empty Firebird database.
 class TModuloTemporario {
   public:
-    TModuloTemporario() {
+    /// Default character set of the database, NONE when empty.
+    explicit TModuloTemporario(std::string_view conjunto = "UTF8") : banco_(conjunto) {
         Fala("tbInterbase");
         modulo_.SQLConnection1.Open();
         modulo_.AtualizaListaDeTabelas();
