@@ -140,12 +140,15 @@ void LimpaArquivoInutilizado(TContexto& ctx) {
 
 void Dicionario_tabelas(TContexto& ctx) {
     LimpaArquivoInutilizado(ctx);
-    try {
-        PreencheTabelas(ctx);
-        PreencheCampos(ctx);
-    } catch (const std::exception& erro) {
-        ctx.Tela().SetLog(erro.what(), "", "Inserindo dicionário de dados");
+    std::vector<std::string> falhas;  // one report of both tables
+    for (const auto preenche : {PreencheTabelas, PreencheCampos}) {
+        try {
+            preenche(ctx);
+        } catch (const std::exception& erro) {
+            falhas.emplace_back(erro.what());
+        }
     }
+    if (!falhas.empty()) ctx.Tela().SetLog(Junta(falhas, "\n"), "", "Inserindo dicionário de dados");
     ctx.Tela().LblAtual("");
     ctx.Tela().PbGeral().Define(0, 0, 1, 0);
 }

@@ -90,28 +90,34 @@ TEST_F(PassesDicionarioTest, WithoutTheTextColumnTheNameStandsForIt) {
     EXPECT_EQ(Linhas("select TABLENAME from TRBTABLE where TABLEALIAS = TABLENAME order by 1"), "TCLI;TPED;U_MEU");
 }
 
-TEST_F(PassesDicionarioTest, AnErrorIsOneReportAndTheTableKeepsItsRows) {
+TEST_F(PassesDicionarioTest, ATableThatCannotBeFilledIsReportedAndKeepsItsRowsWhileTheOtherIsFilled) {
     struct TCaso {
         std::string comando, tabelas, campos;
+        std::size_t relatos;
     };
     const std::string feitas = "TCLI|Cadastro de clientes: ação|<null>;TPED|TPED|<null>;U_MEU|U_MEU|<null>";
+    const std::string feitos = "TCLI|COD;TCLI|NOME";
     const TCaso casos[] = {
-        {"alter table TRBFIELD add NAO_NULO integer default 1 not null check (NAO_NULO > 1)", feitas, "VELHA|VELHO"},
         {"update SARQUIVO set OBS = 'Um texto que não cabe na coluna de cem caracteres da tabela do dicionário de "
          "relatórios, nem de longe' where NOME_ARQUIVO = 'TPED'",
-         feitas, "VELHA|VELHO"},
-        {"drop table TRBTABLE", "", "VELHA|VELHO"},
+         "VELHA|Velha|<null>", feitos, 1},
+        {"update SARQUIVO set OBS = null where NOME_ARQUIVO = 'TPED'", feitas, feitos, 0},
+        {"alter table TRBFIELD add NAO_NULO integer default 1 not null check (NAO_NULO > 1)", feitas, feitos, 1},
+        {"drop table TRBTABLE", "", feitos, 1},
     };
     for (const TCaso& caso : casos) {
+        SCOPED_TRACE(caso.comando);
         tela_ = TTelaDeTeste();
         Executa(caso.comando);
         Dicionario_tabelas(ctx_);
-        ASSERT_EQ(tela_.log.size(), 1U) << caso.comando;
-        EXPECT_EQ(tela_.log[0].tabela + tela_.log[0].acao, "Inserindo dicionário de dados");
-        EXPECT_FALSE(tela_.log[0].mensagem.empty());
+        EXPECT_EQ(tela_.log.size(), caso.relatos);
+        for (const auto& entrada : tela_.log) {
+            EXPECT_EQ(entrada.tabela + entrada.acao, "Inserindo dicionário de dados");
+            EXPECT_FALSE(entrada.mensagem.empty());
+        }
         EXPECT_EQ(tela_.atuais.back(), "");
-        EXPECT_EQ(dm_.SQLConnection1.Colunas("TRBTABLE").empty() ? "" : Tabelas(), caso.tabelas) << caso.comando;
-        EXPECT_EQ(Linhas("select TABLENAME, FIELDNAME from TRBFIELD"), caso.campos) << caso.comando;
+        EXPECT_EQ(dm_.SQLConnection1.Colunas("TRBTABLE").empty() ? "" : Tabelas(), caso.tabelas);
+        EXPECT_EQ(Linhas("select TABLENAME, FIELDNAME from TRBFIELD order by 1, 2"), caso.campos);
     }
 }
 
