@@ -58,6 +58,8 @@ class TTB {
 
     /// Physical columns of the dictionary, in SEQUENCIA order.
     std::vector<TColunaDicionario> ColunasDoDicionario(std::string_view tabela);
+    /// Names of those of its key; none when the dictionary gives the table no key.
+    std::vector<std::string> ColunasDaChave(std::string_view tabela);
     /// In backup mode with the columns that only the physical table has, and types that hold its values.
     std::string ComandoCriaTabela(std::string_view tabela, bool backup);
     /// The same for columns that the stored dictionary does not have yet.
@@ -94,7 +96,6 @@ class TTB {
     bool Falha(std::string motivo);
     /// Runs `operacao`; a refusal of the server becomes the answer false.
     bool Tenta(const std::function<bool()>& operacao);
-    std::vector<std::string> ColunasDaChave(std::string_view tabela);
     bool ExigeValores(const std::string& tabela, const std::vector<std::string>& chave);
     bool CriaSecundario(std::string_view tabela, const std::string& nome, bool unico, std::string& falha);
     bool GuardaNaBackup(const std::string& tabela);

@@ -113,7 +113,8 @@ void InstalaTabela(TContexto& ctx, const std::string& tabela, bool recria) {
         ctx.dm.AtualizaListaDeTabelas();
     }
     ctx.dm.EsqueceColunas(tabela);
-    Relata(ctx, tabela, tb.CriaIndicePrimario(tabela, false));
+    // A plug-in may make a table without key.
+    Relata(ctx, tabela, tb.CriaIndicePrimario(tabela, false) || tb.ColunasDaChave(tabela).empty());
     Relata(ctx, tabela, tb.CriaIndiceSecundarios(tabela));
 }
 

@@ -12,8 +12,9 @@ class PassesCamposPersonalizadosTest : public TPassesTest {
         Colunas("SATRIB", {"'TCLI', 1, 'CODIGO', 'ftInteger', 1, null", "'TCLI', 8, 'U_VELHA', 'ftInteger', 0, 'P1'",
                            "'TCLI', 9, 'U_OUTRO', 'ftInteger', 0, 'P2'", "'TCLI', 10, 'U_SEM', 'ftInteger', 0, null"});
         Colunas("SATRIB_USER",
-                {"'TCLI', 11, 'U_NOVA', 'ftInteger', 0, 'P1'", "'TCLI', 10, 'U_SEM', 'ftString', 0, null",
-                 "'U_MEU', 1, 'U_COD', 'ftInteger', 1, 'P1'"});
+                {"'TCLI', 11, 'U_NOVA', 'ftInteger', 0, 'P1'", "'TCLI', 12, 'U_COMMIT', 'ftInteger', 0, 'P1'",
+                 "'TCLI', 10, 'U_SEM', 'ftString', 0, null", "'U_MEU', 1, 'U_COD', 'ftInteger', 1, 'P1'",
+                 "'U_NOTAS', 1, 'U_TEXTO', 'ftString', 0, 'P1'"});
         Insere("SLOOKUP (CAMPO, COD_PLUGIN, ARQUIVO)", {"'U_VELHA', 'P1'", "'CIDADE', 'P1'", "'U_SEM', null"});
         Insere("SLOOKUP_USER (CAMPO, COD_PLUGIN, ARQUIVO)", {"'U_NOVA', 'P1'", "'U_SEM', null", "'U_ALHEIA', 'P9'"});
         Insere("SPESQ (NOMEPESQUISA, COD_PLUGIN, ARQUIVO)", {"'TCLI_P_U_VELHA', 'P1'", "'TCLI_NOME', 'P1'"});
@@ -37,16 +38,19 @@ class PassesCamposPersonalizadosTest : public TPassesTest {
 TEST_F(PassesCamposPersonalizadosTest, EveryPluginGetsItsColumnsLookupsAndSearchesAgain) {
     AtualizaCamposPersonalizados(ctx_);
     EXPECT_EQ(tela_.atuais, std::vector<std::string>{"Atualizando Campos Personalizados..."});
-    EXPECT_EQ(Satrib(),
-              "TCLI|CODIGO|ftInteger|<null>;TCLI|U_NOVA|ftInteger|P1;TCLI|U_OUTRO|ftInteger|P2;"
-              "TCLI|U_SEM|ftInteger|<null>;U_MEU|U_COD|ftInteger|P1")
+    EXPECT_EQ(
+        Satrib(),
+        "TCLI|CODIGO|ftInteger|<null>;TCLI|U_COMMIT|ftInteger|P1;TCLI|U_NOVA|ftInteger|P1;TCLI|U_OUTRO|ftInteger|P2;"
+        "TCLI|U_SEM|ftInteger|<null>;U_MEU|U_COD|ftInteger|P1;U_NOTAS|U_TEXTO|ftString|P1")
         << "what has no plug-in code is not deleted, so it stays as it was";
     EXPECT_EQ(Linhas("select CAMPO, COD_PLUGIN from SLOOKUP order by 1"), "CIDADE|P1;U_NOVA|P1;U_SEM|<null>");
     EXPECT_EQ(Linhas("select NOMEPESQUISA from SPESQ order by 1"), "TCLI_NOME;TCLI_P_U_NOVA")
         << "searches without plug-in code are not copied";
     EXPECT_EQ(Linhas("select NOME from SPESQAUX"), "TCLI_P_U_NOVA");
     EXPECT_TRUE(dm_.VerificaExisteCampo("TCLI", "U_NOVA"));
+    EXPECT_TRUE(dm_.VerificaExisteCampo("TCLI", "U_COMMIT"));
     EXPECT_TRUE(dm_.ExisteTabela("U_MEU"));
+    EXPECT_TRUE(dm_.ExisteTabela("U_NOTAS")) << "without key, which is no fault";
     EXPECT_EQ(dm_.SQLConnection1.ChavePrimaria("U_MEU").nome, "PK_U_MEU");
     EXPECT_EQ(Linhas("select CODIGO from TCLI"), "1");
     EXPECT_TRUE(tela_.memo2.empty()) << tela_.memo2.front();
