@@ -25,6 +25,16 @@ TTabelaEmMemoria LeDicionario(const TPastaDeTrabalho& pasta, std::string_view no
     return tabela;
 }
 
+/// The busy panel goes when the extraction ends, whatever it ends with.
+std::vector<std::string> Extrai(TContexto& ctx, const TPastaDeTrabalho& pasta) {
+    const struct TFimDaExtracao {
+        TDataModulo& dm;
+        ~TFimDaExtracao() { dm.UnzipUnZipComplete(); }
+    } fim{ctx.dm};
+    return ExtraiPacote(ctx.opcoes.pacote, pasta.Caminho(),
+                        [&ctx](int percentual) { ctx.dm.UnzipTotalPercentDone(percentual); });
+}
+
 }  // namespace
 
 bool TemDicionario(TContexto& ctx) {
@@ -46,9 +56,7 @@ bool Desempacota(TContexto& ctx, TPastaDeTrabalho& pasta) {
         return false;
     }
     pasta.Recria();
-    const auto recusadas = ExtraiPacote(ctx.opcoes.pacote, pasta.Caminho(),
-                                        [&ctx](int percentual) { ctx.dm.UnzipTotalPercentDone(percentual); });
-    ctx.dm.UnzipUnZipComplete();
+    const auto recusadas = Extrai(ctx, pasta);
     ctx.Tela().PastaDoPacote(pasta.Caminho());
     for (const std::string& recusada : recusadas) {
         ctx.Tela().Memo2(recusada);

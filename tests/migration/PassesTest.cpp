@@ -1,3 +1,6 @@
+#include "Arquivos.h"
+#include "CargaDoPacote.h"
+#include "CompactaZip.h"
 #include "Duplicidade.h"
 #include "IndicesPrimarios.h"
 #include "LookupFisico.h"
@@ -9,6 +12,19 @@ namespace wkd {
 namespace {
 
 using PassesTest = TPassesTest;
+
+TEST_F(PassesTest, ThePanelOfAPackageThatCannotBeUnpackedGoesWithIt) {
+    const auto pasta = banco_.Arquivo().parent_path();
+    EscreveArquivo(pasta / "A.rtm", std::string(1000, 'x'));
+    CompactaZip({pasta / "A.rtm"}, opcoes_.pacote = pasta / "pacote.zip");
+    std::string bytes = LeArquivo(opcoes_.pacote);
+    bytes[40] = static_cast<char>(bytes[40] ^ 0x55);
+    EscreveArquivo(opcoes_.pacote, bytes);
+    TPastaDeTrabalho trabalho(pasta);
+    EXPECT_THROW((void)Desempacota(ctx_, trabalho), TErroPacote);
+    EXPECT_EQ(tela_.ocupados.size(), 1U);
+    EXPECT_FALSE(tela_.ocupado);
+}
 
 TEST_F(PassesTest, RepeatedTablesLoseAllTheirRowsAndOneThatCannotBeDeletedKeepsNoOther) {
     for (const std::string par : {"'1', 'TCLI'", "'2', 'TCLI'", "'1', 'TPED'", "'1', 'TCLI'", "'1', 'TCLI'",
