@@ -107,8 +107,8 @@ bool RecarregaTabela(TDataModulo& dm, const std::string& tabela, const std::file
     });
 }
 
-/// Reloads the files in turn, then merges what the customer added. Returns those that lacked table or columns; with
-/// `primeiraVez` false a missing table is an error.
+/// Reloads the files in turn, then merges what the customer added. The first time, whatever fails may be for want of a
+/// table or column, or of its size, that the update is about to make: such files are returned, not reported.
 TArquivos Recarrega(TDataModulo& dm, const TArquivos& arquivos, bool primeiraVez) {
     TArquivos adiados;
     ITela& tela = dm.Tela();
@@ -119,10 +119,12 @@ TArquivos Recarrega(TDataModulo& dm, const TArquivos& arquivos, bool primeiraVez
         if (DoDicionario(arquivo)) continue;
         tela.LblAtual("Atualizando tabelas de sistema..." + NomeUtf8(arquivo));
         try {
-            const std::string tabela = TabelaDoArquivo(arquivo);
-            const bool espera = primeiraVez && !dm.ExisteTabela(tabela);
-            if (espera || !RecarregaTabela(dm, tabela, arquivo)) adiados.push_back(arquivo);
+            if (!RecarregaTabela(dm, TabelaDoArquivo(arquivo), arquivo)) adiados.push_back(arquivo);
         } catch (const std::exception& erro) {
+            if (primeiraVez) {
+                adiados.push_back(arquivo);
+                continue;
+            }
             const std::string nome = NomeUtf8(arquivo);
             tela.Memo2("Erro atualizando tabela de sistema " + nome + ": " + erro.what());
             tela.SetLog(erro.what(), nome, "Atualizando tabelas de sistema");

@@ -9,10 +9,11 @@
 namespace wkd {
 
 /// Empties and refills the system tables from the package's "*.wkd" files, but the two dictionary snapshots. One
-/// transaction a table: an error is reported (error list, run log) and the next file follows. Returns the files
-/// whose table, or one of whose columns, does not exist yet.
+/// transaction a table: after an error the next file follows. Returns the files whose table, or one of whose columns,
+/// does not exist yet, and those that failed: a column may be too narrow so far.
 std::vector<std::filesystem::path> AtualizaSistema(TDataModulo& dm, const TPastaDeTrabalho& pasta);
-/// Loads the files that AtualizaSistema returned, once the tables have been brought up.
+/// Loads the files that AtualizaSistema returned, once the tables have been brought up; what fails now is reported
+/// (error list, run log).
 void RecarregaAdiados(TDataModulo& dm, const std::vector<std::filesystem::path>& arquivos);
 
 }  // namespace wkd

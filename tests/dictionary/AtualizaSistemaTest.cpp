@@ -91,7 +91,9 @@ TEST_F(AtualizaSistemaTest, AFileThatFailsLeavesItsTableAndTheNextFollows) {
         Pacote("SISTEMA.WKD", campos, linhas);
         modulo_.Tela().memo2.clear();
         Executa("delete from SPESQ");
-        AtualizaSistema(dm_, pasta_);
+        const auto adiados = AtualizaSistema(dm_, pasta_);
+        EXPECT_TRUE(modulo_.Tela().memo2.empty()) << "each file is reported once";
+        RecarregaAdiados(dm_, adiados);
         EXPECT_EQ(Linhas("select CODIGO, NOME from SISTEMA"), "99|velho");
         EXPECT_EQ(Linhas("select * from SPESQ order by 2"), "TCLI|NOVA;TCLI|TCLI_P_U_1");
         ASSERT_EQ(modulo_.Tela().memo2.size(), 2U);
@@ -105,15 +107,18 @@ TEST_F(AtualizaSistemaTest, FilesAheadOfTheirTablesAreLoadedAgainLater) {
     Pacote("SNOVA.WKD", {"A"}, {R"(A="1")"});
     Pacote("SPESQ.WKD", {"ARQUIVO", "NOMEPESQUISA", "TITULO"},
            {R"(ARQUIVO="TCLI" NOMEPESQUISA="NOVA" TITULO="Clientes")"});
+    Pacote("SISTEMA.WKD", {"CODIGO", "NOME"}, {R"(CODIGO="1" NOME="longo demais")"});
     const auto adiados = AtualizaSistema(dm_, pasta_);
-    EXPECT_EQ(Nomes(adiados), (std::vector<std::string>{"SNOVA.WKD", "SPESQ.WKD"}));
+    EXPECT_EQ(Nomes(adiados), (std::vector<std::string>{"SISTEMA.WKD", "SNOVA.WKD", "SPESQ.WKD"}));
     EXPECT_EQ(Linhas("select * from SPESQ order by 2"), "TCLI|NOVA;TCLI|TCLI_P_U_1");
 
     Executa("alter table SPESQ add TITULO varchar(50)");
+    Executa("alter table SISTEMA alter NOME type varchar(20)");
     Executa("create table SNOVA (A integer)");
     dm_.AtualizaListaDeTabelas();
     RecarregaAdiados(dm_, adiados);
     EXPECT_EQ(Linhas("select A from SNOVA"), "1");
+    EXPECT_EQ(Linhas("select CODIGO, NOME from SISTEMA"), "1|longo demais");
     EXPECT_EQ(Linhas("select NOMEPESQUISA, TITULO from SPESQ order by 1"), "NOVA|Clientes;TCLI_P_U_1|<null>");
     EXPECT_TRUE(modulo_.Tela().memo2.empty());
 }
