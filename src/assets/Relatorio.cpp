@@ -1,5 +1,6 @@
 #include "Relatorio.h"
 
+#include <algorithm>
 #include <map>
 #include <optional>
 #include <vector>
@@ -107,8 +108,9 @@ class TCargaDeRelatorios {
   private:
     /// The server turns accented letters to capitals, too: a name that has some is compared with the server's own form.
     bool Posiciona(const std::string& nome) {
+        const bool acentos = std::ranges::any_of(nome, [](char c) { return static_cast<unsigned char>(c) > 0x7F; });
         return tb_.PosicionaTB(kTabela, "Upper(nome) = " + Aspas(nome)) ||
-               tb_.PosicionaTB(kTabela, "Upper(nome) = Upper(" + Aspas(nome) + ")");
+               (acentos && tb_.PosicionaTB(kTabela, "Upper(nome) = Upper(" + Aspas(nome) + ")"));
     }
 
     TTB tb_;
