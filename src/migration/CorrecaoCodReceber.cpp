@@ -11,9 +11,15 @@ namespace {
 
 constexpr std::string_view kIndice = "TCRTLCHQ_CODIGO";
 
-bool TemIndice(TConnection& conexao) {
-    return std::ranges::any_of(conexao.Indices("TCRTLCHQ"),
-                               [](const TIndice& indice) { return IgualSemCaixa(indice.nome, kIndice); });
+/// The dictionary does not know this index. An earlier run may have been ended between its drop and its creation.
+void RefazIndice(TContexto& ctx) {
+    const auto indices = ctx.Conexao().Indices("TCRTLCHQ");
+    if (!ctx.dm.ExisteTabela("TCRTLCHQ") ||
+        std::ranges::any_of(indices, [](const TIndice& indice) { return IgualSemCaixa(indice.nome, kIndice); }))
+        return;
+    Tolera([&] {
+        ctx.Conexao().ExecuteDirect("create INDEX TCRTLCHQ_CODIGO on TCRTLCHQ (COD_EMPRESA, COD_RELACIONA, TIPO)");
+    });
 }
 
 void RefazChaveEIndices(TContexto& ctx, const std::string& tabela) {
@@ -30,20 +36,13 @@ void RefazChaveEIndices(TContexto& ctx, const std::string& tabela) {
 }  // namespace
 
 void AjustaCodReceber(TContexto& ctx, std::span<const TTextoPorTipo> passos) {
-    const bool tinhaIndice = TemIndice(ctx.Conexao());
     try {
         for (const TTextoPorTipo& passo : passos)
             if (const auto comando = passo.Para(ctx.Banco()); !comando.empty()) ctx.Conexao().ExecuteDirect(comando);
     } catch (...) {
         RefazChaveEIndices(ctx, "TCRTLCHQ");
         RefazChaveEIndices(ctx, "TCHQCANC");
-        if (tinhaIndice && !TemIndice(ctx.Conexao())) {
-            // the dictionary does not know this index
-            Tolera([&] {
-                ctx.Conexao().ExecuteDirect(
-                    "create INDEX TCRTLCHQ_CODIGO on TCRTLCHQ (COD_EMPRESA, COD_RELACIONA, TIPO)");
-            });
-        }
+        RefazIndice(ctx);
         throw;
     }
 }

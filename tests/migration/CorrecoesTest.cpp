@@ -147,6 +147,11 @@ TEST_F(CorrecoesTest, AnAdjustmentThatEndsEarlyLeavesKeyAndIndexesInPlace) {
     EXPECT_EQ(dm_.SQLConnection1.ChavePrimaria("TCRTLCHQ").nome, "PK_TCRTLCHQ");
     EXPECT_EQ(dm_.SQLConnection1.ChavePrimaria("TCHQCANC").nome, "PK_TCHQCANC");
     EXPECT_EQ(indices(), "TCRTLCHQ_CODIGO;TCRTLCHQ_TIPO");
+
+    // as a run that was killed behind the first statement leaves it
+    ExecutaTudo({"delete from TINI where CHAVE = 'AjustaCodReceber'", "drop index TCRTLCHQ_CODIGO"});
+    QuerysPosteriores(ctx_);
+    EXPECT_EQ(indices(), "TCRTLCHQ_CODIGO;TCRTLCHQ_TIPO");
 }
 
 TEST_F(CorrecoesTest, WithoutTheirTablesEveryCorrectionFailsButTheDictionaryOnesAndAllAreRecorded) {
