@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <stdexcept>
+#include <tuple>
 
 namespace wkd {
 
@@ -19,6 +20,12 @@ bool Iguais(const TValor& a, const TValor& b, TTipoDado tipo) {
     return blob ? a.ComoBytes() == b.ComoBytes() : a == b;
 }
 
+/// Sizes aside: a decimal gets the room that its values take.
+auto Descricao(const TCampoPacote& campo) {
+    return std::tie(campo.nome, campo.tipoXml, campo.subtipo, campo.escala, campo.requerido, campo.somenteLeitura,
+                    campo.oculto, campo.ligacao);
+}
+
 }  // namespace
 
 void LeConteudos(TDataPacket& pacote) {
@@ -31,10 +38,10 @@ void ExigeIguais(const TDataPacket& lido, const TDataPacket& original) {
     if (lido.campos.size() != original.campos.size() || lido.linhas.size() != original.linhas.size())
         throw std::logic_error("a packet of another size came back");
     if (lido.estados != original.estados) throw std::logic_error("other row states came back");
+    if (lido.parametros != original.parametros) throw std::logic_error("other parameters came back");
     for (std::size_t c = 0; c < lido.campos.size(); ++c) {
         const auto &a = lido.campos[c], &b = original.campos[c];
-        if (a.nome != b.nome || a.tipoXml != b.tipoXml || a.requerido != b.requerido || a.oculto != b.oculto)
-            throw std::logic_error("field " + b.nome + " came back as another");
+        if (Descricao(a) != Descricao(b)) throw std::logic_error("field " + b.nome + " came back as another");
         for (std::size_t i = 0; i < lido.linhas.size(); ++i)
             if (!Iguais(original.linhas[i][c], lido.linhas[i][c], b.tipo))
                 throw std::logic_error("another value of " + b.nome + " came back");

@@ -45,12 +45,26 @@ class TLeitorJson {
             if (json.contains("parametros"))
                 for (const auto& [nome, numeros] : json["parametros"].items()) {
                     if (!ParametroConhecido(nome)) throw TErroTrecho{linha.data(), "parâmetro desconhecido: " + nome};
-                    pacote_.parametros.push_back({Maiusculas(nome), numeros.get<std::vector<std::int64_t>>()});
+                    auto& parametro = pacote_.parametros.emplace_back(TParametroPacote{Maiusculas(nome), {}});
+                    for (const auto& numero : numeros.get_ref<const TJson::array_t&>())
+                        parametro.numeros.push_back(Inteiro(numero, linha));
                 }
         } catch (const TJson::exception& erro) {
             throw TErroTrecho{linha.data(), std::string("a descrição dos campos não serve: ") + erro.what()};
         }
         if (pacote_.campos.empty()) throw TErroTrecho{linha.data(), "o pacote não tem campos"};
+    }
+
+    /// The conversions of the library take a number too large for the type as it comes.
+    static std::int64_t Inteiro(const TJson& json, std::string_view linha) {
+        if (!json.is_number_integer()) throw TErroTrecho{linha.data(), json.dump() + " não é um número inteiro"};
+        return json.get<std::int64_t>();
+    }
+
+    /// Size or scale; 0 when there is none.
+    static int Medida(const TJson& campo, const char* nome, std::string_view linha) {
+        if (!campo.contains(nome)) return 0;
+        return static_cast<int>(std::clamp<std::int64_t>(Inteiro(campo[nome], linha), 0, 0xFFFFFF));
     }
 
     void LeCampo(const TJson& json, std::string_view linha) {
@@ -63,8 +77,8 @@ class TLeitorJson {
         campo.tipoXml = tipo->xml;
         campo.subtipo = json.value("subtipo", "");
         campo.tipo = bytes ? TTipoDado::Bytes : DadoDoCampo(*tipo, campo.subtipo);
-        campo.tamanho = std::clamp(json.value("tamanho", 0), 0, 0xFFFFFF);
-        campo.escala = std::clamp(json.value("escala", 0), 0, 0xFFFFFF);
+        campo.tamanho = Medida(json, "tamanho", linha);
+        campo.escala = Medida(json, "escala", linha);
         campo.requerido = json.value("requerido", false);
         campo.somenteLeitura = json.value("somenteLeitura", false);
         campo.oculto = json.value("oculto", false);
