@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "DataPacket.h"
+#include "DicionarioDoPacote.h"
 #include "Texto.h"
 
 namespace wkd {
@@ -18,7 +18,7 @@ std::string NomeUtf8(const std::filesystem::path& arquivo) {
 
 bool DoDicionario(const std::filesystem::path& arquivo) {
     const std::string nome = NomeUtf8(arquivo);
-    return IgualSemCaixa(nome, "SATRIB.WKD") || IgualSemCaixa(nome, "SARQUIVO.WKD");
+    return IgualSemCaixa(nome, kSatrib) || IgualSemCaixa(nome, kSarquivo);
 }
 
 /// The file's name up to its first ".". Throws TErroPacote when that cannot be a table's name.

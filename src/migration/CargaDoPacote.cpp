@@ -1,29 +1,11 @@
 #include "CargaDoPacote.h"
 
-#include <initializer_list>
-
-#include "DataPacket.h"
+#include "DicionarioDoPacote.h"
 #include "Selecao.h"
 
 namespace wkd {
 
 namespace {
-
-/// Reads a dictionary snapshot of the package. Throws TErroPacote when it is missing, empty or lacks a column.
-TTabelaEmMemoria LeDicionario(const TPastaDeTrabalho& pasta, std::string_view nome,
-                              std::initializer_list<std::string_view> colunas) {
-    const std::filesystem::path arquivo = pasta.Arquivo(nome);
-    if (arquivo.empty())
-        throw TErroPacote("O pacote não contém o arquivo " + std::string(nome) + ". Peça um pacote completo.");
-    TTabelaEmMemoria tabela = LePacote(arquivo).Tabela();
-    for (const std::string_view coluna : colunas)
-        if (IndiceDoCampo(tabela.campos, coluna) < 0)
-            throw TErroPacote("O arquivo " + std::string(nome) + " do pacote não tem a coluna " + std::string(coluna) +
-                              ". Peça um pacote completo.");
-    if (tabela.linhas.empty())
-        throw TErroPacote("O arquivo " + std::string(nome) + " do pacote está vazio. Peça um pacote completo.");
-    return tabela;
-}
 
 /// The busy panel goes when the extraction ends, whatever it ends with.
 std::vector<std::string> Extrai(TContexto& ctx, const TPastaDeTrabalho& pasta) {
@@ -71,9 +53,8 @@ void CarregaDicionarios(TContexto& ctx, const TPastaDeTrabalho& pasta) {
     dm.SatribVelho.Close();
     dm.SArquivoNovo.Close();
     dm.SatribNovo.Close();
-    dm.SArquivoNovo.Carrega(LeDicionario(pasta, "SARQUIVO.WKD", {"COD_MODULO", "NOME_ARQUIVO", "VERSAO"}));
-    dm.SatribNovo.Carrega(
-        LeDicionario(pasta, "SAtrib.WKD", {"ARQUIVO", "NOME", "TIPO", "TAMANHO", "CHAVE_DE_PESQUISA"}));
+    dm.SArquivoNovo.Carrega(LeSarquivo(pasta.Arquivo(kSarquivo)).Tabela());
+    dm.SatribNovo.Carrega(LeSatrib(pasta.Arquivo(kSatrib)).Tabela());
 }
 
 /// The filter is in force before the first use of the package's tables, so that all steps see the selected ones.

@@ -5,8 +5,10 @@
 #include <unordered_map>
 
 #include "Caminho.h"
+#include "DicionarioDoPacote.h"
 #include "LinhasNomeadas.h"
 #include "PacoteAberto.h"
+#include "PacoteInteiro.h"
 #include "Texto.h"
 
 namespace wkd {
@@ -16,16 +18,6 @@ namespace {
 namespace fs = std::filesystem;
 
 using TPosicoes = std::unordered_map<std::string, std::size_t>;  // by look-up name
-
-/// Required packet of the package.
-TLinhasNomeadas Exigido(const TPastaDeTrabalho& pasta, const std::string& nome,
-                        std::initializer_list<std::string_view> campos) {
-    const auto arquivo = pasta.Arquivo(nome);
-    if (arquivo.empty()) throw TErroPacote("O pacote não tem o arquivo '" + nome + "'.");
-    auto pacote = LePacote(arquivo);
-    ExigeCampos(pacote, arquivo, campos);
-    return TLinhasNomeadas(std::move(pacote));
-}
 
 class TLeituraDoInventario {
   public:
@@ -44,7 +36,7 @@ class TLeituraDoInventario {
 
   private:
     void LeTabelas() {
-        auto linhas = Exigido(pasta_, "SARQUIVO.WKD", {"NOME_ARQUIVO", "VERSAO"});
+        TLinhasNomeadas linhas(LeSarquivo(pasta_.Arquivo(kSarquivo)));
         linhas.Ordena({"NOME_ARQUIVO"});
         while (linhas.Proxima()) {
             inventario_.tabelas.push_back({linhas.Texto("COD_MODULO"),
@@ -58,7 +50,7 @@ class TLeituraDoInventario {
     }
 
     void LeColunas() {
-        auto linhas = Exigido(pasta_, "SATRIB.WKD", {"ARQUIVO", "NOME", "TIPO", "TAMANHO", "CHAVE_DE_PESQUISA"});
+        TLinhasNomeadas linhas(LeSatrib(pasta_.Arquivo(kSatrib)));
         linhas.Ordena({"ARQUIVO", "SEQUENCIA", "NOME"});
         while (linhas.Proxima()) {
             const auto chave = linhas.Inteiro("CHAVE_DE_PESQUISA") == 1 ? 1 : 0;
@@ -76,7 +68,7 @@ class TLeituraDoInventario {
             pacote.bytes = fs::file_size(arquivo);
             try {
                 pacote.forma = FormaDoPacote(arquivo);
-                LePacoteDeTabela(LePacote(arquivo), pacote);
+                LePacoteDeTabela(LePacoteInteiro(arquivo), pacote);
             } catch (const TErroPacote& erro) {
                 pacote.erro = erro.what();
             }
@@ -115,7 +107,7 @@ class TLeituraDoInventario {
             const auto extensao = TextoDoCaminho(entrada.path().extension());
             if (!entrada.is_regular_file() || (naRaiz && IgualSemCaixa(extensao, ".wkd"))) continue;
             if (naRaiz && IgualSemCaixa(nome, "ARQUIVOS"))
-                LeArquivosDeSistema();
+                LeArquivosDeSistema(entrada.path());
             else if (naRaiz && IgualSemCaixa(extensao, ".rtm"))
                 inventario_.layouts.push_back({nome, {}, entrada.file_size()});
             else
@@ -125,10 +117,14 @@ class TLeituraDoInventario {
             std::ranges::sort(*lista, {}, &TArquivoDoPacote::nome);
     }
 
-    void LeArquivosDeSistema() {
-        auto linhas = Exigido(pasta_, "ARQUIVOS", {"ARQUIVO"});
+    void LeArquivosDeSistema(const fs::path& arquivo) {
+        auto pacote = LePacote(arquivo);
+        ExigeCampos(pacote, arquivo, {"ARQUIVO"});
+        inventario_.temArquivos = true;
+        TLinhasNomeadas linhas(std::move(pacote));
         while (linhas.Proxima())
-            inventario_.arquivos.push_back({linhas.Texto("ARQUIVO"), linhas.Texto("VERSAO"), linhas.Bytes("CONTEUDO")});
+            inventario_.arquivos.push_back(
+                {linhas.Texto("ARQUIVO"), linhas.Texto("VERSAO"), BytesDoConteudo(linhas.Valor("CONTEUDO"))});
     }
 
     /// The table of that name; one of `semTabela` when SARQUIVO lacks it.

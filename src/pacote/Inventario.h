@@ -46,10 +46,11 @@ struct TInventario {
     std::vector<TTabelaDoPacote> semTabela;  // columns and indexes of tables that SARQUIVO lacks
     std::vector<TPacoteDeTabela> sistema;
     std::vector<TArquivoDoPacote> layouts, arquivos, outros;
+    bool temArquivos = false;          // the packet "ARQUIVOS", empty or not
     std::vector<std::string> relatos;  // entries that would not be extracted
 };
 
-/// Throws TErroPacote when the package, or its SARQUIVO, SATRIB or ARQUIVOS packet, cannot be read: the update would
+/// Throws TErroPacote when the package, or its SARQUIVO, SATRIB or ARQUIVOS packet, cannot be used: the update would
 /// end there too. Other packets are listed with what is wrong about them.
 TInventario LeInventario(const std::filesystem::path& pacote);
 

@@ -55,13 +55,4 @@ std::string TLinhasNomeadas::Texto(std::string_view campo) const {
 
 std::int64_t TLinhasNomeadas::Inteiro(std::string_view campo) const { return Numero(Valor(campo)); }
 
-std::uint64_t TLinhasNomeadas::Bytes(std::string_view campo) const {
-    const auto* conteudo = Valor(campo).Se<std::shared_ptr<const TConteudo>>();
-    if (!conteudo) return Valor(campo).ComoBytes().size();
-    std::uint64_t total = 0;
-    char bloco[16384];
-    for (const auto leitor = (*conteudo)->Abre(); const auto lidos = leitor->Le(bloco);) total += lidos;
-    return total;
-}
-
 }  // namespace wkd

@@ -25,8 +25,6 @@ class TLinhasNomeadas {
     std::string Texto(std::string_view campo) const;
     /// 0 for what is no number.
     std::int64_t Inteiro(std::string_view campo) const;
-    /// Length of the content.
-    std::uint64_t Bytes(std::string_view campo) const;
 
   private:
     const TValor& Valor(const TLinha& linha, std::string_view campo) const;

@@ -5,7 +5,8 @@
 #include "Caminho.h"
 #include "CompactaZip.h"
 #include "ConteudoDeArquivo.h"
-#include "DataPacket.h"
+#include "DicionarioDoPacote.h"
+#include "PacoteInteiro.h"
 #include "PacoteJson.h"
 #include "Texto.h"
 
@@ -52,8 +53,13 @@ std::size_t Posicao(const TDataPacket& pacote, std::string_view nome) {
 
 }  // namespace
 
+fs::path TMontagem::Incluido(std::string_view nome) const {
+    const auto incluido = arquivos_.find(Maiusculas(nome));
+    return incluido == arquivos_.end() ? fs::path() : incluido->second;
+}
+
 void TMontagem::ExigeLivre(const std::string& nome) const {
-    if (arquivos_.contains(Maiusculas(nome)))
+    if (!Incluido(nome).empty())
         throw TErroPacote("O pacote teria dois arquivos '" + nome +
                           "' (maiúsculas e minúsculas não diferem). Tire um deles.");
 }
@@ -73,7 +79,7 @@ void TMontagem::Pacote(const TDataPacket& pacote, const std::string& nome) {
 void TMontagem::Arquivo(const fs::path& arquivo, std::vector<fs::path>& soltos) {
     if (NomeDeJson(arquivo)) return Pacote(LeJson(arquivo), TextoDoCaminho(arquivo.stem()) + ".WKD");
     const bool pacote = TemExtensao(arquivo, ".wkd") || IgualSemCaixa(NomeDoArquivo(arquivo), kArquivos);
-    if (pacote) LePacote(arquivo);
+    if (pacote) LePacoteInteiro(arquivo);
     if (pacote || TemExtensao(arquivo, ".rtm"))
         Inclui(arquivo);
     else
@@ -108,20 +114,13 @@ void TMontagem::IncluiSoltos(const std::vector<fs::path>& soltos, const std::str
     Pacote(pacote, std::string(kArquivos));
 }
 
-void TMontagem::Grava(const fs::path& pacote) const {
+void TMontagem::Grava(const fs::path& pacote) {
     std::error_code erro;
     if (!pasta_.empty() && fs::equivalent(fs::absolute(pacote).parent_path(), pasta_, erro))
         throw TErroPacote("Grave o pacote fora da pasta de que ele é feito.");
-    for (const char* nome : {"SARQUIVO.WKD", "SATRIB.WKD"}) {
-        const auto achado = arquivos_.find(nome);
-        if (achado == arquivos_.end())
-            throw TErroPacote("Falta o arquivo '" + std::string(nome) + "': sem o dicionário não há pacote.");
-        const auto lido = LePacote(achado->second);
-        if (nome == std::string_view("SARQUIVO.WKD"))
-            ExigeCampos(lido, achado->second, {"COD_MODULO", "NOME_ARQUIVO", "VERSAO"});
-        else
-            ExigeCampos(lido, achado->second, {"ARQUIVO", "NOME", "TIPO", "TAMANHO", "CHAVE_DE_PESQUISA"});
-    }
+    LeSarquivo(Incluido(kSarquivo));
+    LeSatrib(Incluido(kSatrib));
+    if (Incluido(kArquivos).empty()) Pacote(ArquivosVazio(), std::string(kArquivos));
     std::vector<fs::path> arquivos;
     for (const auto& [nome, arquivo] : arquivos_) arquivos.push_back(arquivo);
     CompactaZip(arquivos, pacote);

@@ -19,12 +19,14 @@ class TMontagem {
     void Pasta(const std::filesystem::path& pasta, const std::string& versao);
     /// Packet that was made for this package; `nome` is its file name.
     void Pacote(const TDataPacket& pacote, const std::string& nome);
-    /// Writes the package. Without the two packets of the dictionary there is none; nor in the folder it is made of,
-    /// whose files it would join.
-    void Grava(const std::filesystem::path& pacote) const;
+    /// Writes the package, with an empty packet "ARQUIVOS" where there is none. Without the two packets of the
+    /// dictionary there is no package; nor in the folder it is made of, whose files it would join.
+    void Grava(const std::filesystem::path& pacote);
 
   private:
     void Arquivo(const std::filesystem::path& arquivo, std::vector<std::filesystem::path>& soltos);
+    /// The file of that name, letter case ignored; empty when there is none.
+    std::filesystem::path Incluido(std::string_view nome) const;
     void ExigeLivre(const std::string& nome) const;
     void Inclui(const std::filesystem::path& arquivo);
     void IncluiSoltos(const std::vector<std::filesystem::path>& soltos, const std::string& versao);

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <set>
 
+#include "Exportacao.h"
 #include "Texto.h"
 
 namespace wkd {
@@ -54,6 +55,8 @@ class TRevisao {
         }
         for (const auto& tabela : pacote_.semTabela) SemTabela(tabela);
         Sistema();
+        if (!pacote_.temArquivos)
+            achados_.push_back({"sem-arquivos", "", "ARQUIVOS", "o pacote não tem o arquivo ARQUIVOS, nem vazio"});
         for (const auto& relato : pacote_.relatos) achados_.push_back({"entrada-recusada", "", "", relato});
         return std::move(achados_);
     }
@@ -151,7 +154,17 @@ class TRevisao {
             if (!Identificador(pacote.tabela)) acha("nome-invalido", "o nome do arquivo não é nome de tabela");
             if (!tabelas.insert(Maiusculas(pacote.tabela)).second)
                 acha("nome-repetido", "a tabela tem mais de um pacote de dados");
+            if (DoCliente(pacote.tabela))
+                acha("apaga-dados", "em cada cliente, as linhas da tabela são trocadas pelas do pacote");
         }
+    }
+
+    /// Whether the rows of the table are the customer's: its packet would take their place.
+    bool DoCliente(const std::string& nome) const {
+        const auto tabela = Maiusculas(nome);
+        if (tabela == "TINI" || tabela.ends_with("_USER")) return true;
+        if (tabela == "SISTEMA" || TabelaDoDicionario(tabela)) return false;
+        return std::ranges::any_of(pacote_.tabelas, [&](const auto& t) { return IgualSemCaixa(t.nome, tabela); });
     }
 
     const TInventario& pacote_;

@@ -14,7 +14,8 @@ struct TAchadoDaRevisao {
 
 /// Faults of the package itself: columns and indexes of unknown tables, unknown types, names that repeat or that a
 /// server or the dictionary cannot hold, tables without key, keys and indexes over columns that are not there, packets
-/// that cannot be read, entries that would be refused. By table.
+/// that cannot be read, no packet ARQUIVOS, packets that take the place of the customer's rows, entries that would be
+/// refused. By table.
 std::vector<TAchadoDaRevisao> Confere(const TInventario& pacote);
 /// What an installation of the earlier package would lose or not get: tables and columns that are gone, texts that
 /// shrink, types that change, versions that fall, and changes that no update would see since the version is the same.

@@ -12,6 +12,13 @@
 
 namespace wkd {
 
+/// Packet whose only blob, longer than what is read with its row, is no Base64.
+inline std::string ComBlobDanificado() {
+    return R"(<DATAPACKET><METADATA><FIELDS><FIELD attrname="A" fieldtype="bin.hex" SUBTYPE="Binary"/></FIELDS>)"
+           "</METADATA><ROWDATA><ROW A=\"" +
+           std::string(8000, 'A') + "!\"/></ROWDATA></DATAPACKET>";
+}
+
 /// PacoteWKD in a folder of its own, run from outside; packages are made of the folder "fontes".
 class TPacoteTest : public ::testing::Test {
   protected:

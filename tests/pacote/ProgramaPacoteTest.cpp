@@ -44,7 +44,7 @@ TEST_F(TPacoteTest, oQueNaoDariaUmPacoteNaoEMontado) {
         std::function<void()> estraga;
         std::vector<const char*> mencoes;
     } casos[] = {
-        {"sem dicionário", [&] { fs::remove(pasta_ / "fontes/SAtrib.WKD"); }, {"SATRIB.WKD"}},
+        {"sem dicionário", [&] { fs::remove(pasta_ / "fontes/SAtrib.WKD"); }, {"SAtrib.WKD"}},
         {"pacote ilegível", [&] { Fonte("SISTEMA.WKD", "<DATAPACKET>"); }, {"SISTEMA.WKD", "linha 1"}},
         {"SATRIB sem coluna",
          [&] {
@@ -52,10 +52,23 @@ TEST_F(TPacoteTest, oQueNaoDariaUmPacoteNaoEMontado) {
                            fs::copy_options::overwrite_existing);
          },
          {"SAtrib.WKD", "TIPO"}},
+        {"SARQUIVO sem linhas",
+         [&] {
+             using enum TTipoDado;
+             GravaPacote({{CampoDePacote("COD_MODULO", Texto), CampoDePacote("NOME_ARQUIVO", Texto),
+                           CampoDePacote("VERSAO", Inteiro)},
+                          {}},
+                         pasta_ / "fontes/SARQUIVO.WKD", TFormaPacote::Xml);
+         },
+         {"SARQUIVO.WKD", "vazio"}},
+        {"blob danificado", [&] { Fonte("SISTEMA.WKD", ComBlobDanificado()); }, {"SISTEMA.WKD"}},
         {"nomes que só diferem na caixa", [&] { Fonte("clientes.RTM", "x"); }, {"dois arquivos", "clientes.RTM"}},
         {"arquivo que já está em ARQUIVOS", [&] { Fonte("MENU.cfg", "x"); }, {"ARQUIVOS já tem", "MENU.cfg"}},
         {"pasta", [&] { fs::create_directory(pasta_ / "fontes/sub"); }, {"'sub'"}},
         {"linhas de JSON erradas", [&] { Fonte("SPESQ.jsonl", "{\"campos\":[]}\n"); }, {"SPESQ.jsonl", "linha 1"}},
+        {"tamanho que não é inteiro",
+         [&] { Fonte("SPESQ.jsonl", R"({"campos":[{"nome":"A","tipo":"string","tamanho":1e30}]})"); },
+         {"SPESQ.jsonl", "inteiro"}},
     };
     for (const auto& caso : casos) {
         SCOPED_TRACE(caso.caso);
@@ -84,6 +97,12 @@ class TPacoteDoBanco : public TPacoteTest {
              {"insert into SARQUIVO (COD_MODULO, NOME_ARQUIVO, VERSAO) values ('001', 'U_CLIENTE', 1)",
               "insert into SATRIB (ARQUIVO, NOME, TIPO) values ('U_CLIENTE', 'CODIGO', 'ftInteger')",
               "insert into SATRIB (ARQUIVO, NOME, TIPO) values ('TCIDADE', 'U_BAIRRO', 'ftString')",
+              "insert into SPESQ (ARQUIVO, NOMEPESQUISA) values ('TCIDADE', 'TCIDADE_P_U_BAIRRO')",
+              "insert into SPESQ (ARQUIVO, NOMEPESQUISA) values ('TCIDADE', 'TCIDADE_NOME')",
+              "insert into SINDSEC values ('TCIDADE', 'TCIDADE_BAIRRO', 1)",
+              "insert into SINDSECA values ('TCIDADE', 'TCIDADE_BAIRRO', 1, 'UF')",
+              "insert into SINDSECA values ('TCIDADE', 'TCIDADE_BAIRRO', 2, 'U_BAIRRO')",
+              "alter table SADMMOD drop COD_MODULO",
               "update SATRIB set COMENTARIO = 'ação ' || lpad('', 9000, 'x') where ARQUIVO = 'TCIDADE' and NOME = "
               "'UF'"})
             banco->ExecuteDirect(comando);
@@ -99,16 +118,19 @@ TEST_F(TPacoteDoBanco, montaDoDicionarioSemOQueEDoCliente) {
     EXPECT_EQ(mostra["semTabela"].size(), 0u);
     EXPECT_EQ(mostra["tabelas"][0]["nome"], "TCIDADE");
     EXPECT_EQ(mostra["tabelas"][0]["colunas"].size(), 3u);
+    EXPECT_EQ(mostra["tabelas"][0]["indices"].size(), 0u);
+    EXPECT_EQ(LePacote(Extrai("p.zip") / "SPESQ.WKD").linhas.size(), 1u);
     EXPECT_EQ(mostra["layouts"][0]["nome"], "Novo.rtm");
     EXPECT_EQ(mostra["sistema"].back()["tabela"], "SRELATOR");
 
-    const auto satrib = LePacote(Extrai("p.zip") / "SAtrib.WKD");
+    const auto satrib = LePacote(pasta_ / "p.zip.dir/SAtrib.WKD");
     const auto comentario = IndiceDoCampo({satrib.campos.begin(), satrib.campos.end()}, "COMENTARIO");
     std::size_t maior = 0;
     for (const auto& linha : satrib.linhas)
         maior = std::max(maior, linha[static_cast<std::size_t>(comentario)].ComoBytes().size());
     EXPECT_GT(maior, 9000u);
     ASSERT_EQ(Roda({"monta", "q.zip", "--alias", "LOJA"}).codigo, 0);
+    EXPECT_EQ(Roda({"confere", "q.zip"}).saida, "Nada apontado.\n");
     for (const char* nome : {"SARQUIVO.WKD", "SAtrib.WKD"})
         EXPECT_EQ(LeArquivo(Extrai("q.zip") / nome), LeArquivo(pasta_ / "p.zip.dir" / nome)) << nome;
 }

@@ -19,6 +19,7 @@ struct TFontes {
                                    {"TVENDA", 1, "NUMERO", "ftString", 10, 1, TValor()}};
     std::vector<TLinha> indices = {{"TCLIENTE", "CLI_NOME", 0}};
     std::vector<TLinha> colunasDosIndices = {{"TCLIENTE", "CLI_NOME", 1, "NOME"}};
+    bool arquivos = true;
 };
 using TMuda = std::function<void(TFontes&)>;
 
@@ -42,6 +43,7 @@ class Revisao : public TPacoteTest {
         grava("SINDSEC.WKD", {C("ARQUIVO", Texto), C("NOME", Texto), C("TIPO", Inteiro)}, fontes.indices);
         grava("SINDSECA.WKD", {C("ARQUIVO", Texto), C("NOME", Texto), C("SEQUENCIA", Inteiro), C("CAMPO", Texto)},
               fontes.colunasDosIndices);
+        if (fontes.arquivos) grava("ARQUIVOS", {C("ARQUIVO", Texto)}, {});
         CompactaZip(arquivos, pasta_ / nome);
     }
     /// "rule table.object" of each finding, and the exit code that goes with them.
@@ -102,6 +104,7 @@ TEST_F(Revisao, apontaCadaDefeitoDoPacote) {
         {[](TFontes& f) { f.colunas[2][2] = "SALDO TOTAL"; }, {"nome-invalido TCLIENTE.SALDO TOTAL"}},
         {[](TFontes& f) { f.colunas[1][4] = 4001; }, {"tamanho-invalido TCLIENTE.NOME"}},
         {[](TFontes& f) { f.tabelas[0][2] = -1; }, {"versao-invalida TCLIENTE."}},
+        {[](TFontes& f) { f.arquivos = false; }, {"sem-arquivos .ARQUIVOS"}},
     };
     for (const auto& caso : casos) {
         Pacote("p.zip", caso.muda);
@@ -111,14 +114,28 @@ TEST_F(Revisao, apontaCadaDefeitoDoPacote) {
 
 TEST_F(Revisao, apontaArquivosQueOPacoteNaoPodeTrazer) {
     Fonte("SISTEMA.WKD", "<DATAPACKET");
+    Fonte("FOTO.WKD", ComBlobDanificado());
     Fonte("nome errado.wkd", R"(<DATAPACKET><METADATA><FIELDS><FIELD attrname="A" fieldtype="i4"/></FIELDS></METADATA>
                                 <ROWDATA/></DATAPACKET>)");
-    Pacote("p.zip", [](TFontes&) {}, {pasta_ / "fontes/SISTEMA.WKD", pasta_ / "fontes/nome errado.wkd"});
+    Pacote("p.zip", [](TFontes&) {},
+           {pasta_ / "fontes/SISTEMA.WKD", pasta_ / "fontes/FOTO.WKD", pasta_ / "fontes/nome errado.wkd"});
     EXPECT_EQ(Achados({"confere", "p.zip"}),
-              (TAchados{"nome-invalido nome errado.nome errado.wkd", "pacote-ilegivel SISTEMA.SISTEMA.WKD"}));
-    EXPECT_EQ(Json({"mostra", "p.zip"})["sistema"].size(), 6u);
+              (TAchados{"pacote-ilegivel FOTO.FOTO.WKD", "nome-invalido nome errado.nome errado.wkd",
+                        "pacote-ilegivel SISTEMA.SISTEMA.WKD"}));
+    EXPECT_EQ(Json({"mostra", "p.zip"})["sistema"].size(), 7u);
+    std::vector<fs::path> doCliente;
+    for (const char* nome : {"SISTEMA.WKD", "SPESQ_USER.WKD", "TINI.WKD", "TUNIDADE.WKD", "tvenda.wkd"})
+        GravaPacote({{CampoDePacote("A", TTipoDado::Inteiro)}, {}}, doCliente.emplace_back(pasta_ / "fontes" / nome),
+                    TFormaPacote::Xml);
+    Pacote(
+        "c.zip", [](TFontes&) {}, doCliente);
+    EXPECT_EQ(Achados({"confere", "c.zip"}), (TAchados{"apaga-dados SPESQ_USER.SPESQ_USER.WKD",
+                                                       "apaga-dados TINI.TINI.WKD", "apaga-dados tvenda.tvenda.wkd"}));
     fs::copy_file(fs::path(WKD_SEMENTES) / "zip/hostil.zip", pasta_ / "h.zip");
     EXPECT_TRUE(Roda({"confere", "h.zip"}).Diz("SARQUIVO.WKD"));
+    Pacote("vazio.zip", [](TFontes& f) { f.tabelas.clear(); });
+    EXPECT_EQ(Achados({"confere", "vazio.zip"}),
+              TAchados{"O arquivo SARQUIVO.WKD do pacote está vazio. É preciso um pacote completo.\n"});
 }
 
 TEST_F(Revisao, apontaOQueUmaInstalacaoDoPacoteAnteriorPerderia) {
