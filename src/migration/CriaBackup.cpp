@@ -104,13 +104,14 @@ std::vector<std::string> ChaveGuardada(TContexto& ctx, const std::string& tabela
     return chave.empty() ? ctx.Conexao().ChavePrimaria(tabela).colunas : chave;
 }
 
-std::int64_t CriaBackup(TContexto& ctx, const std::string& tabela, const std::vector<std::string>& chave, bool sempre) {
+TBackupFeito CriaBackup(TContexto& ctx, const std::string& tabela, const std::vector<std::string>& chave, bool sempre) {
     ctx.tabelaAtual = tabela;
     ctx.acaoAtual = "Criar Backup";
     const bool aproveitada = !sempre && Aproveita(ctx, tabela);
     if (!aproveitada) Copia(ctx, tabela, chave);
     ctx.Tela().LblAtual("Parado.");
-    return Conta(ctx, aproveitada ? NomeDaBackup(tabela) : tabela);
+    if (aproveitada) return {Conta(ctx, NomeDaBackup(tabela)), {}};
+    return {Conta(ctx, tabela), ctx.Conexao().ChavePrimaria(tabela).colunas};
 }
 
 }  // namespace wkd

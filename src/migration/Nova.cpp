@@ -76,7 +76,7 @@ class TReconstrucao {
 
     TContexto& ctx_;
     std::string tabela_, backup_;
-    std::vector<std::string> chave_, gatilhos_, restricoes_, calculadas_;
+    std::vector<std::string> chave_, chaveAntiga_, gatilhos_, restricoes_, calculadas_;
     std::set<std::string> alteradas_;
     bool existe_ = false, apagada_ = false, terminada_ = false, dispensada_ = false;
     std::int64_t antes_ = 0;
@@ -119,7 +119,9 @@ void TReconstrucao::Guarda() {
     if (const auto impedimento = ImpedimentoDaReconstrucao(ctx_, tabela_)) throw std::runtime_error(*impedimento);
     const auto reserva = existe_ ? ctx_.Conexao().Reserva(tabela_) : nullptr;
     chave_ = ChaveGuardada(ctx_, tabela_);
-    antes_ = CriaBackup(ctx_, tabela_, chave_, dispensada_);
+    const TBackupFeito backup = CriaBackup(ctx_, tabela_, chave_, dispensada_);
+    antes_ = backup.registros;
+    chaveAntiga_ = backup.chaveDaTabela;
     ctx_.acaoAtual = "Criar Tabela";
     if (existe_) GuardaObjetos();
     LevaRejeitadosAoDisco(ctx_);
@@ -193,7 +195,7 @@ void TReconstrucao::Ergue() {
     ctx_.dm.AtualizaListaDeTabelas();
     RegravaDicionarioNovo();
     if (!CriaTabelaComIndices(ctx_, tabela_)) throw std::runtime_error(ctx_.dm.Atualiza.Erro());
-    const bool restaurada = Restaura(RestauracaoInteira(ctx_, tabela_));
+    const bool restaurada = Restaura(RestauracaoInteira(ctx_, tabela_, chaveAntiga_));
     const bool confere = Confere();
     if (restaurada) Termina(confere);
 }

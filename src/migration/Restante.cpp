@@ -37,11 +37,26 @@ std::string CondicaoPelaChave(TContexto& ctx, const std::string& tabela) {
     return " b where not exists (select 1 from " + tabela + " t where " + Junta(iguais, " and ") + ")";
 }
 
+/// Whether rows of the backup share a key of the table, which takes one of them alone: its key then does not tell
+/// that the others are not back.
+bool RepeteChave(TContexto& ctx, const std::string& tabela, const std::vector<std::string>& chaveAntiga) {
+    std::vector<std::string> chave = ctx.Conexao().ChavePrimaria(tabela).colunas;
+    const auto naChave = [&](const std::string& antiga) {
+        return std::ranges::any_of(chave, [&](const std::string& coluna) { return IgualSemCaixa(coluna, antiga); });
+    };
+    if (!chaveAntiga.empty() && std::ranges::all_of(chaveAntiga, naChave)) return false;
+    for (auto& coluna : chave) coluna = Identificador(coluna, ctx.Banco());
+    const std::string grupos = Junta(chave, ", ");
+    return ContaRegistros(ctx.Conexao(), "select count(*) as total from (select " + grupos + " from " +
+                                             NomeDaBackup(tabela) + " group by " + grupos +
+                                             " having count(*) > 1) repetidas") > 0;
+}
+
 }  // namespace
 
-TRestante RestauracaoInteira(TContexto& ctx, const std::string& tabela) {
+TRestante RestauracaoInteira(TContexto& ctx, const std::string& tabela, const std::vector<std::string>& chaveAntiga) {
     TRestante restante;
-    restante.conta = CondicaoPelaChave(ctx, tabela).empty();
+    restante.conta = CondicaoPelaChave(ctx, tabela).empty() || RepeteChave(ctx, tabela, chaveAntiga);
     restante.linhas = Conta(ctx, NomeDaBackup(tabela));
     return restante;
 }

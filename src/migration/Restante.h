@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "Contexto.h"
 
@@ -16,8 +17,8 @@ struct TRestante {
     std::int64_t linhas = 0;    // how many
 };
 
-/// Of a table just created.
-TRestante RestauracaoInteira(TContexto& ctx, const std::string& tabela);
+/// Of a table just created. `chaveAntiga`: primary key of the one whose rows the backup holds, if known.
+TRestante RestauracaoInteira(TContexto& ctx, const std::string& tabela, const std::vector<std::string>& chaveAntiga);
 
 /// Whether an earlier run broke off while it brought the rows of a table back. The table has been in use since: what
 /// is in it stays, and the restore goes on where it stood.

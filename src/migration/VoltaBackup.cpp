@@ -51,6 +51,7 @@ std::set<std::string> VoltaBackup(TContexto& ctx, const std::string& tabela, con
     std::optional<TContagemDaRestauracao> contagem;
     if (restante.conta) {
         contagem.emplace(ctx, tabela);
+        if (!restante.retomada) contagem->Grava(0);
         copia.aoGravar = [&](std::int64_t linhas) { contagem->Grava(linhas); };
     }
     TResultadoDaCopia resultado = TCopiaDeLinhas(ctx, std::move(copia), renumeracao).Executa(restante.linhas);

@@ -9,15 +9,17 @@ constexpr int kLinhas = 40, kLote = 11, kRestauradas = 22;
 
 /// The restore of a rebuilt table was broken off behind its second batch; people worked in the table afterwards.
 struct TBancoEmUso : TBancoDaNova {
-    explicit TBancoEmUso(int chave, bool comTini = true) : TBancoDaNova("UTF8", comTini) {
+    /// `repete`: the old table had no key, and its last row repeats the one of the third.
+    explicit TBancoEmUso(int chave, bool comTini = true, bool repete = false) : TBancoDaNova("UTF8", comTini) {
         TAtributos velhos = kVelhos, novos = kNovos;
         velhos[0].chave = novos[0].chave = chave;
         Guardada("TCLI", velhos);
         Executa("create table TCLI (CODIGO integer not null, NOME varchar(10), ANTIGO varchar(5)" +
-                std::string(chave == 1 ? ", constraint PK_TCLI primary key (CODIGO))" : ")"));
+                std::string(chave == 1 && !repete ? ", constraint PK_TCLI primary key (CODIGO))" : ")"));
         std::vector<std::string> comandos;
         for (int i = 1; i <= kLinhas; ++i)
             comandos.push_back("insert into TCLI values (" + std::to_string(i) + ", 'nome', 'v')");
+        if (repete) comandos.push_back("update TCLI set CODIGO = 3, NOME = 'repete' where CODIGO = 40");
         ExecutaTudo(comandos);
         Pacote("TCLI", novos);
         Interrompe();
@@ -100,6 +102,15 @@ TEST(RetomadaTest, AKeyThatIsTakenIsReportedAndItsRowKept) {
     EXPECT_EQ(banco.tela_.infos.size(), 1U);
     EXPECT_TRUE(TTelaDeTeste::Contem(banco.tela_.memo2, "***** ATENÇÃO *******"));
     EXPECT_NE(banco.Rejeitados().find("\"CODIGO\": 30"), std::string::npos) << banco.Rejeitados();
+}
+
+TEST(RetomadaTest, ARowThatRepeatsAKeyBehindTheBreakIsReportedAndKept) {
+    TBancoEmUso banco(1, true, true);
+    banco.Reconstroi();
+    EXPECT_EQ(banco.Le("select NOME from TCLI where CODIGO = 3"), "nome");
+    EXPECT_EQ(banco.Le("select VERSAO from SARQUIVO"), "2");
+    EXPECT_TRUE(TTelaDeTeste::Contem(banco.tela_.memo2, "***** ATENÇÃO *******")) << Junta(banco.tela_.memo2, "\n");
+    EXPECT_NE(banco.Rejeitados().find("\"CODIGO\": 3, \"NOME\": \"repete\""), std::string::npos) << banco.Rejeitados();
 }
 
 }  // namespace
