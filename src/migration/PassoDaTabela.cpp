@@ -130,10 +130,12 @@ void TPassoDaTabela::GravaVersao() {
 
     const auto preenche = [&novo](TClientDataSet& linha) {
         linha.SetValor("Versao", novo.Inteiro("versao"));
+        const auto comum = [&](std::string_view campo) {
+            return novo.IndiceDoCampo(campo) >= 0 && linha.IndiceDoCampo(campo) >= 0;
+        };
         for (const std::string_view campo : {"arquivo_pai", "descricao_tabela"})
-            if (novo.IndiceDoCampo(campo) >= 0) linha.SetValor(campo, novo.Valor(campo));
-        if (novo.IndiceDoCampo("pesquisa_avancada") >= 0)
-            linha.SetValor("pesquisa_avancada", novo.Inteiro("pesquisa_avancada"));
+            if (comum(campo)) linha.SetValor(campo, novo.Valor(campo));
+        if (comum("pesquisa_avancada")) linha.SetValor("pesquisa_avancada", novo.Inteiro("pesquisa_avancada"));
     };
     if (Reconstroi() && velho.Inteiro("versao") == kVersaoPendente) {
         GravaFim(ctx_, Maiusculas(tabela_), preenche);

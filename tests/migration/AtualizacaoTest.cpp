@@ -1,0 +1,59 @@
+// What a whole update does by its options, and when a step before the tables fails.
+#include "Atualizacao.h"
+
+#include <gtest/gtest.h>
+
+#include "Linhas.h"
+#include "OpcoesDeTeste.h"
+#include "QuedaApoio.h"
+#include "TelaDeTeste.h"
+#include "Texto.h"
+
+namespace wkd {
+namespace {
+
+class AtualizacaoTest : public testing::Test {
+  protected:
+    AtualizacaoTest() {
+        molde_.CopiaPara(pasta_);
+        EscreveArquivo(pasta_ / "naocria.wkd", "");
+        dm_ = std::make_unique<TDataModulo>(TAliases(pasta_ / "WKD.ini"), tela_);
+        dm_->SQLConnection1.SetAlias("LOJA");
+    }
+
+    TFimDaAtualizacao Atualiza(const TOpcoes& opcoes, const TConnection::TObservador& observador = {}) {
+        dm_->SQLConnection1.Open();
+        dm_->SQLConnection1.Observa(observador);
+        TEstado estado;
+        const auto fim = TAtualizacao(*dm_, opcoes, estado).Executa();
+        dm_->SQLConnection1.Observa({});
+        dm_->SQLConnection1.Close();
+        return fim;
+    }
+    std::string Versoes() {
+        dm_->SQLConnection1.Open();
+        const std::string versoes =
+            Linhas(dm_->SQLConnection1, "select NOME_ARQUIVO, VERSAO from SARQUIVO order by NOME_ARQUIVO");
+        dm_->SQLConnection1.Close();
+        return versoes;
+    }
+
+    const TMolde molde_;
+    const TPastaTemporaria raiz_;
+    const std::filesystem::path pasta_ = raiz_ / "loja";
+    TTelaDeTeste tela_;
+    std::unique_ptr<TDataModulo> dm_;
+};
+
+TEST_F(AtualizacaoTest, AColumnMissingInSarquivoKeepsNoVersionFromBeingRecorded) {
+    const auto recusa = [](std::string_view sql) {
+        if (IgualSemCaixa(sql.substr(0, 20), "alter table SARQUIVO"))
+            throw TErroBanco({"recusado", 0, "HY000", "", TFalha::Outra, false});
+    };
+    EXPECT_EQ(Atualiza(OpcoesDeTeste(pasta_), recusa), TFimDaAtualizacao::Concluida);
+    EXPECT_EQ(Versoes(), "TALT|2;TNOVA|2;TREC|2") << Junta(tela_.memo2, "\n");
+    EXPECT_FALSE(TTelaDeTeste::Contem(tela_.memo2, "Campo inexistente"));
+}
+
+}  // namespace
+}  // namespace wkd
