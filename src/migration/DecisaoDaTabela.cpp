@@ -18,19 +18,23 @@ class TDecide {
 
     TDecisaoDaTabela Decide() {
         if (tabela_.empty()) return decisao_;
-        if (ctx_.dm.ExisteTabela(tabela_))
+        const bool existe = ctx_.dm.ExisteTabela(tabela_);
+        if (existe)
             Existente();
         else if (RestauracaoPendente())
             Reconstroi("reconstrução interrompida: os registros estão em " + NomeDaBackup(tabela_));
         else
             Nova();
-        decisao_.alteraDicionario = decisao_.acao != TAcaoDaTabela::Reconstroi && Pedida() && TemColunas();
+        const bool paraReconstruir = decisao_.acao == TAcaoDaTabela::Reconstroi || (existe && Completa());
+        decisao_.alteraDicionario = !paraReconstruir && Pedida() && TemColunas();
         if (decisao_.acao == TAcaoDaTabela::Nada && (decisao_.analisada || decisao_.alteraDicionario))
             decisao_.acao = TAcaoDaTabela::Altera;
         return std::move(decisao_);
     }
 
   private:
+    /// Whether every existing table is to be rebuilt. One that is not analysed is then not altered either.
+    bool Completa() const { return ctx_.opcoes.completo || ctx_.opcoes.modoCompleto; }
     bool TemColunas() const { return !ctx_.dm.SatribNovo.IsEmpty(); }
     bool RestauracaoPendente() {
         return ctx_.dm.ExisteTabela(NomeDaBackup(tabela_)) && ReconstrucaoPendente(ctx_, tabela_);
@@ -49,7 +53,7 @@ class TDecide {
         decisao_.analisada = Analisa();
         decisao_.motivo = Motivo();
         if (!decisao_.analisada) return;
-        if (ctx_.opcoes.completo || ctx_.opcoes.modoCompleto) Reconstroi("atualização completa pedida nas opções");
+        if (Completa()) Reconstroi("atualização completa pedida nas opções");
         if (ctx_.dm.SarquivoVelho.Inteiro("versao") == kVersaoPendente) Reconstroi("reconstrução pendente (versão -1)");
         ExigeColunasDeChave();
         ComparaColunas();

@@ -45,6 +45,19 @@ class AtualizacaoTest : public testing::Test {
     std::unique_ptr<TDataModulo> dm_;
 };
 
+TEST_F(AtualizacaoTest, ACompleteUpdateLeavesATableThatIsNotAnalysedAlone) {
+    Atualiza(OpcoesDeTeste(pasta_));
+    TOpcoes opcoes = OpcoesDeTeste(pasta_);
+    opcoes.tabelasSelecionadas = opcoes.modoCompleto = true;  // without a table in the list
+    int mudancas = 0;
+    const auto conta = [&mudancas](std::string_view sql) { mudancas += sql.starts_with("delete from satrib where"); };
+    EXPECT_EQ(Atualiza(opcoes, conta), TFimDaAtualizacao::Concluida);
+    EXPECT_EQ(mudancas, 0);
+    opcoes.modoCompleto = false;
+    EXPECT_EQ(Atualiza(opcoes, conta), TFimDaAtualizacao::Concluida);
+    EXPECT_EQ(mudancas, 3) << "each table is altered";
+}
+
 TEST_F(AtualizacaoTest, AColumnMissingInSarquivoKeepsNoVersionFromBeingRecorded) {
     const auto recusa = [](std::string_view sql) {
         if (IgualSemCaixa(sql.substr(0, 20), "alter table SARQUIVO"))
