@@ -45,6 +45,20 @@ class AtualizacaoTest : public testing::Test {
     std::unique_ptr<TDataModulo> dm_;
 };
 
+TEST_F(AtualizacaoTest, UsersThatCannotBeCountedEndARunThatNeedsTheDatabaseAlone) {
+    const auto recusa = [](TFalha falha) {
+        return [falha](std::string_view sql) {
+            if (sql.find("from csenha") != std::string_view::npos)
+                throw TErroBanco({"recusado", 0, "", "", falha, false});
+        };
+    };
+    EXPECT_EQ(Atualiza(OpcoesDeTeste(pasta_), recusa(TFalha::Autenticacao)), TFimDaAtualizacao::Encerrada);
+    EXPECT_TRUE(TTelaDeTeste::Contem(tela_.infos, "recusado"));
+    EXPECT_EQ(Versoes(), "TALT|1;TREC|1");
+    EXPECT_EQ(Atualiza(OpcoesDeTeste(pasta_), recusa(TFalha::ObjetoInexistente)), TFimDaAtualizacao::Concluida);
+    EXPECT_EQ(Versoes(), "TALT|2;TNOVA|2;TREC|2");
+}
+
 TEST_F(AtualizacaoTest, ACompleteUpdateLeavesATableThatIsNotAnalysedAlone) {
     Atualiza(OpcoesDeTeste(pasta_));
     TOpcoes opcoes = OpcoesDeTeste(pasta_);
