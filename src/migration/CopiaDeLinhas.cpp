@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "ConteudoCopiado.h"
 #include "EspacoEmDisco.h"
 #include "Texto.h"
 #include "ValorObrigatorio.h"
@@ -24,6 +25,15 @@ class TSoNaOrigem : public std::runtime_error {
 TValor ParteQueCabe(const TValor& valor, const TColunaFisica& coluna) {
     const auto* quando = valor.Se<TDataHora>();
     return quando && coluna.tipo == TTipoDado::Data ? TValor(quando->data) : TValor();
+}
+
+/// Bytes of a value in memory or in a temporary file; a blob may also stay on the server.
+std::size_t BytesAqui(const TValor& valor) {
+    if (const auto* texto = valor.Se<std::string>()) return texto->size();
+    if (const auto* bytes = valor.Se<TBytes>()) return bytes->bytes.size();
+    const auto* conteudo = valor.Se<std::shared_ptr<const TConteudo>>();
+    const auto* copiado = conteudo ? dynamic_cast<const TConteudoCopiado*>(conteudo->get()) : nullptr;
+    return copiado ? copiado->Tamanho() : 0;
 }
 
 }  // namespace
@@ -63,7 +73,7 @@ void TCopiaDeLinhas::PeloCliente() {
         Anuncia();
         TLinha valores = Le(*cursor);
         if (!transacao_) transacao_.emplace(ctx_.Conexao());
-        if (Guardada([&] { return Posta(valores); })) lote_.push_back({Numero(), {}, std::move(valores)});
+        if (Guardada([&] { return Posta(valores); })) PoeNoLote({Numero(), {}, std::move(valores)});
     }
 }
 
@@ -76,7 +86,7 @@ void TCopiaDeLinhas::PeloServidor() {
         const bool peloServidor = servidor_->VaiComoEsta();
         if (!peloServidor) EnviaAoServidor();
         aoServidor_ += peloServidor;
-        if (peloServidor || Guardada([&] { return Refaz(linha); })) lote_.push_back(std::move(linha));
+        if (peloServidor || Guardada([&] { return Refaz(linha); })) PoeNoLote(std::move(linha));
     }
 }
 
@@ -86,8 +96,13 @@ void TCopiaDeLinhas::Anuncia() {
     ++resultado_.lidas;
 }
 
+void TCopiaDeLinhas::PoeNoLote(TLinhaDoLote linha) {
+    for (const TValor& valor : linha.valores) bytesNoLote_ += BytesAqui(valor);
+    lote_.push_back(std::move(linha));
+}
+
 void TCopiaDeLinhas::Avanca() {
-    if (lote_.size() >= copia_.linhasPorLote) FechaLote();
+    if (lote_.size() >= copia_.linhasPorLote || bytesNoLote_ >= copia_.bytesPorLote) FechaLote();
     IBarra& barra = ctx_.Tela().PbAtual();
     barra.Posicao(barra.Posicao() + 1);
 }
@@ -233,6 +248,7 @@ void TCopiaDeLinhas::FechaLote() {
     }
     resultado_.gravadas += static_cast<std::int64_t>(lote_.size());
     lote_.clear();
+    bytesNoLote_ = 0;
 }
 
 /// Row by row, so that only an unfit one is missing.

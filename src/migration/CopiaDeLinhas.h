@@ -52,6 +52,7 @@ class TCopiaDeLinhas {
     void PeloCliente();
     void PeloServidor();
     void Anuncia();
+    void PoeNoLote(TLinhaDoLote linha);
     void Avanca();
     void EnviaAoServidor();
     template <class TGuarda>
@@ -88,6 +89,7 @@ class TCopiaDeLinhas {
     std::optional<TTransacao> transacao_;
     std::vector<TLinhaDoLote> lote_;  // not yet committed
     std::size_t aoServidor_ = 0;      // of them, at the end: not yet sent
+    std::size_t bytesNoLote_ = 0;     // that their values take on this machine
 };
 
 }  // namespace wkd

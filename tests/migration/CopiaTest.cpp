@@ -3,6 +3,7 @@
 #include <fstream>
 #include <utility>
 
+#include "CopiaDeLinhas.h"
 #include "NovaApoio.h"
 
 namespace wkd {
@@ -119,6 +120,17 @@ TEST(CopiaTest, WhatTheRejectsFileCannotTakeKeepsTheRebuildOpen) {
             EXPECT_EQ(banco.Rejeitados().find("quinze letras..") != std::string::npos, !recusada);
         }
     }
+}
+
+TEST(CopiaTest, RowsThatTakeMuchRoomHereAreCommittedEarly) {
+    TBancoDaCopia banco(10);
+    banco.Executa("create table BTCLI (CODIGO integer, NOME blob)");
+    TRenumeracao renumeracao(banco.dm_.SatribNovo);
+    TCopia copia{
+        .tabela = "TCLI", .origem = "TCLI", .destino = "BTCLI", .chave = {}, .etapa = "teste", .bytesPorLote = 3 * 4};
+    const auto resultado = TCopiaDeLinhas(banco.ctx_, copia, renumeracao).Executa(10);
+    EXPECT_EQ(resultado.gravadas, 10);
+    EXPECT_EQ(banco.Le("select count(*) from BTCLI group by rdb$record_version order by min(CODIGO)"), "3;3;3;1");
 }
 
 TEST(CopiaTest, ATextThatBecomesABlobKeepsItsBytes) {
