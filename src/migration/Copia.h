@@ -15,8 +15,8 @@ struct TCopia {
     std::string etapa;               // of the rejects
     std::string rotulo = {};         // of every row; empty leaves the label alone
     std::string inicioDoErro = {};   // before the text of a row that failed
-    // Shows also what fails of a single field, asks whether to go on without a refused row, and ends when what is
-    // missing cannot be written into the rejects file.
+    // Shows also what fails of a single field, asks whether to go on without a refused row that was shown, and ends
+    // when what is missing cannot be written into the rejects file.
     bool exigente = false;
     std::size_t linhasPorLote = 100;
     std::size_t bytesPorLote = 64 * 1024 * 1024;  // that the values of a batch take on this machine, or one row more

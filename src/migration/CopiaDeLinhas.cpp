@@ -15,6 +15,8 @@ namespace wkd {
 namespace {
 
 constexpr int kTentativas = 2;  // a failure may pass, such as a lock
+/// What a copy could not store is shown so often: a run log of a hundred thousand entries takes hours to write.
+constexpr std::int64_t kMostrados = 100;
 
 /// A row that is nowhere but in the source of the copy.
 class TSoNaOrigem : public std::runtime_error {
@@ -59,6 +61,7 @@ TResultadoDaCopia TCopiaDeLinhas::Executa(std::int64_t linhas) {
     else
         PeloCliente();
     FechaLote();
+    RelataDemais();
     servidor_.reset();
     insere_.reset();
     return std::move(resultado_);
@@ -281,18 +284,38 @@ void TCopiaDeLinhas::Conta(std::int64_t ate) {
     if (copia_.aoGravar) copia_.aoGravar(ate);
 }
 
+/// False for what is only counted.
+bool TCopiaDeLinhas::Mostra(const std::string& texto) {
+    if (mostrados_ == kMostrados) {
+        ++calados_;
+        return false;
+    }
+    ++mostrados_;
+    ctx_.Tela().Informacao(texto);
+    return true;
+}
+
+void TCopiaDeLinhas::RelataDemais() {
+    if (calados_ == 0) return;
+    const std::string linha = "Tabela " + copia_.tabela + ": mais " + std::to_string(calados_) +
+                              " registros ou valores não gravados em " + copia_.destino +
+                              ", todos no arquivo de rejeitados";
+    ctx_.Tela().Memo2(linha);
+    ctx_.Log(linha);
+}
+
 void TCopiaDeLinhas::RejeitaLinha(const TLinha& linha, const std::string& erro) {
     ++resultado_.recusadas;
-    ctx_.Tela().Informacao(copia_.inicioDoErro + erro);
+    const bool mostrada = Mostra(copia_.inicioDoErro + erro);
     TPares valores;
     for (std::size_t i = 0; i < linha.size(); ++i) valores.emplace_back(colunas_[i].destino.nome, linha[i]);
     ConfereGuardado(rejeitados_.Linha(Chave(linha), erro, valores));
-    if (copia_.exigente && ctx_.Tela().Reconcilia(erro, TAcaoReconcilia::Pula) == TAcaoReconcilia::Aborta)
+    if (copia_.exigente && mostrada && ctx_.Tela().Reconcilia(erro, TAcaoReconcilia::Pula) == TAcaoReconcilia::Aborta)
         throw std::runtime_error("cópia de " + copia_.origem + " interrompida: " + erro);
 }
 
 void TCopiaDeLinhas::RejeitaCampo(const TLinha& linha, const std::string& erro, std::size_t coluna) {
-    if (copia_.exigente) ctx_.Tela().Informacao(erro);
+    if (copia_.exigente) Mostra(erro);
     ConfereGuardado(rejeitados_.Valor(Chave(linha), erro, colunas_[coluna].destino.nome, linha[coluna]));
 }
 

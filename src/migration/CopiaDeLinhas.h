@@ -30,9 +30,10 @@ struct TResultadoDaCopia {
 /// can; the others pass through here, each in its turn. What the server refuses is done again row by row.
 ///
 /// A value that the target cannot hold is left out of its row, and a row that the server refuses twice out of the
-/// copy; both are shown and go to the rejects file. A batch whose commit fails is stored again row by row. A row that
-/// the rejects file cannot take either stays in the source alone: it ends a copy that is `exigente`, and one that keeps
-/// count and would not come back to it; others count it and go on. A row that cannot be read ends every copy.
+/// copy; both go to the rejects file, and are shown: the first ones each by itself, the rest as a number. A batch whose
+/// commit fails is stored again row by row. A row that the rejects file cannot take either stays in the source alone:
+/// it ends a copy that is `exigente`, and one that keeps count and would not come back to it; others count it and go
+/// on. A row that cannot be read ends every copy.
 class TCopiaDeLinhas {
   public:
     /// `renumeracao` must outlive the copy.
@@ -72,6 +73,8 @@ class TCopiaDeLinhas {
     bool GravaSozinha(TLinhaDoLote& linha);
     void Conta(std::int64_t ate);
     std::int64_t Numero() const { return copia_.pula + resultado_.lidas; }
+    bool Mostra(const std::string& texto);
+    void RelataDemais();
     void RejeitaLinha(const TLinha& linha, const std::string& erro);
     void ConfereGuardado(bool guardado);
     void RejeitaCampo(const TLinha& linha, const std::string& erro, std::size_t coluna);
@@ -90,6 +93,7 @@ class TCopiaDeLinhas {
     std::vector<TLinhaDoLote> lote_;  // not yet committed
     std::size_t aoServidor_ = 0;      // of them, at the end: not yet sent
     std::size_t bytesNoLote_ = 0;     // that their values take on this machine
+    std::int64_t mostrados_ = 0, calados_ = 0;
 };
 
 }  // namespace wkd

@@ -122,6 +122,18 @@ TEST(CopiaTest, WhatTheRejectsFileCannotTakeKeepsTheRebuildOpen) {
     }
 }
 
+TEST(CopiaTest, ManyRefusedRowsAreShownAHundredTimesAndAllKept) {
+    TBancoDaCopia banco(150, 0);
+    banco.Executa("update TCLI set CODIGO = 1");
+    banco.Pacote("TCLI", kColunas);
+    banco.Reconstroi();
+    EXPECT_EQ(banco.Le("select count(*) from TCLI"), "1");
+    EXPECT_EQ(banco.tela_.infos.size(), 100U);
+    EXPECT_TRUE(TTelaDeTeste::Contem(banco.tela_.memo2, "mais 49 registros")) << Junta(banco.tela_.memo2, "\n");
+    EXPECT_TRUE(banco.tela_.LogContem("mais 49 registros"));
+    EXPECT_EQ(std::ranges::count(banco.Rejeitados(), '\n'), 149);
+}
+
 TEST(CopiaTest, RowsThatTakeMuchRoomHereAreCommittedEarly) {
     TBancoDaCopia banco(10);
     banco.Executa("create table BTCLI (CODIGO integer, NOME blob)");
