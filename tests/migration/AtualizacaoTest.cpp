@@ -73,6 +73,7 @@ TEST_F(AtualizacaoTest, ACompleteUpdateLeavesATableThatIsNotAnalysedAlone) {
 }
 
 TEST_F(AtualizacaoTest, AColumnMissingInSarquivoKeepsNoVersionFromBeingRecorded) {
+    Empacota(pasta_, kNovas, "Tabela");
     const auto recusa = [](std::string_view sql) {
         if (IgualSemCaixa(sql.substr(0, 20), "alter table SARQUIVO"))
             throw TErroBanco({"recusado", 0, "HY000", "", TFalha::Outra, false});
@@ -80,6 +81,9 @@ TEST_F(AtualizacaoTest, AColumnMissingInSarquivoKeepsNoVersionFromBeingRecorded)
     EXPECT_EQ(Atualiza(OpcoesDeTeste(pasta_), recusa), TFimDaAtualizacao::Concluida);
     EXPECT_EQ(Versoes(), "TALT|2;TNOVA|2;TREC|2") << Junta(tela_.memo2, "\n");
     EXPECT_FALSE(TTelaDeTeste::Contem(tela_.memo2, "Campo inexistente"));
+    EXPECT_EQ(Atualiza(OpcoesDeTeste(pasta_)), TFimDaAtualizacao::Concluida);
+    dm_->SQLConnection1.Open();
+    EXPECT_EQ(Linhas(dm_->SQLConnection1, "select distinct DESCRICAO_TABELA from SARQUIVO"), "Tabela");
 }
 
 }  // namespace

@@ -99,18 +99,22 @@ inline void GravaColunas(TConnection& banco, std::span<const TColuna> colunas) {
             std::to_string(c.tamanho) + ", " + std::to_string(c.chave) + ")");
 }
 
-/// Writes "pacote.zip" with the dictionary of these columns, each table in version 2.
-inline void Empacota(const std::filesystem::path& pasta, std::span<const TColuna> novas) {
+/// Writes "pacote.zip" with the dictionary of these columns, each table in version 2 and with the description, if any.
+inline void Empacota(const std::filesystem::path& pasta, std::span<const TColuna> novas, const char* descricao = "") {
     TDataPacket tabelas, colunas;
     tabelas.campos = {Campo("COD_MODULO", TTipoDado::Texto, 3), Campo("NOME_ARQUIVO", TTipoDado::Texto, 50),
-                      Campo("VERSAO", TTipoDado::Inteiro), Campo("DESCRICAO_TABELA", TTipoDado::Texto, 50)};
+                      Campo("VERSAO", TTipoDado::Inteiro)};
+    if (*descricao) tabelas.campos.push_back(Campo("DESCRICAO_TABELA", TTipoDado::Texto, 50));
     colunas.campos = {Campo("ARQUIVO", TTipoDado::Texto, 50), Campo("SEQUENCIA", TTipoDado::Inteiro),
                       Campo("NOME", TTipoDado::Texto, 25),    Campo("TIPO", TTipoDado::Texto, 25),
                       Campo("TAMANHO", TTipoDado::Inteiro),   Campo("CHAVE_DE_PESQUISA", TTipoDado::Inteiro)};
     std::string_view tabela;
     int sequencia = 0;
     for (const TColuna& c : novas) {
-        if (c.tabela != tabela) tabelas.linhas.push_back({"001", c.tabela, 2, "Tabela"});
+        if (c.tabela != tabela) {
+            tabelas.linhas.push_back({"001", c.tabela, 2});
+            if (*descricao) tabelas.linhas.back().push_back(descricao);
+        }
         tabela = c.tabela;
         colunas.linhas.push_back({c.tabela, sequencia++, c.nome, c.tipo, c.tamanho, c.chave});
     }
