@@ -84,6 +84,13 @@ std::string TipoDaColuna(std::string_view tipo, std::string_view tamanho, TTipoB
     return std::string(texto) + std::to_string(TamanhoDoTexto(tamanho)) + ")";
 }
 
+std::string TipoNormal(std::string_view tipo) {
+    std::string normal = Minusculas(Troca(tipo, " ", ""));
+    for (const std::string_view corte : {"segmentsize", "characterset", "collate"})
+        if (const auto onde = normal.find(corte); onde != std::string::npos) normal.resize(onde);
+    return normal;
+}
+
 std::string DefinicaoCampo(const TColunaDicionario& coluna, TTipoBanco banco) {
     const TTipoColuna* tipo = Procura(coluna.tipo);
     return TipoDaColuna(coluna.tipo, coluna.tamanho, banco) + (tipo ? Padrao(coluna, tipo->familia) : "") +

@@ -34,5 +34,7 @@ int TamanhoDoTexto(std::string_view tamanho);
 std::string DefinicaoCampo(const TColunaDicionario& coluna, TTipoBanco banco);
 /// The type text alone.
 std::string TipoDaColuna(std::string_view tipo, std::string_view tamanho, TTipoBanco banco);
+/// A type text, of the dictionary or the catalogue, without blanks and without what a declaration may leave out.
+std::string TipoNormal(std::string_view tipo);
 
 }  // namespace wkd

@@ -34,14 +34,6 @@ struct TTabelaGuardada {
     std::vector<TIndiceGuardado> indices;
 };
 
-/// Type text without blanks and without what a declaration may leave out.
-std::string Normal(std::string_view tipo) {
-    std::string normal = Minusculas(Troca(tipo, " ", ""));
-    for (const std::string_view corte : {"segmentsize", "characterset", "collate"})
-        if (const auto onde = normal.find(corte); onde != std::string::npos) normal.resize(onde);
-    return normal;
-}
-
 class TConfere {
   public:
     explicit TConfere(TDataModulo& dm) : dm_(dm), conexao_(dm.SQLConnection1) {}
@@ -158,7 +150,7 @@ void TConfere::Colunas(const TTabelaGuardada& tabela) {
 /// A narrowed text keeps ten characters more than the dictionary says.
 void TConfere::Tipo(const TTabelaGuardada& tabela, const TColunaDicionario& coluna, const TColunaFisica& fisica) {
     const std::string esperado = TipoDaColuna(coluna.tipo, coluna.tamanho, conexao_.TipoBanco());
-    const std::string normal = Normal(esperado), fisico = Normal(fisica.tipoSql);
+    const std::string normal = TipoNormal(esperado), fisico = TipoNormal(fisica.tipoSql);
     if (normal == fisico) return;
     const bool texto = normal.substr(0, normal.find('(')) == fisico.substr(0, fisico.find('('));
     if (texto && fisica.tamanho == kLarguraAjustada && TamanhoDoTexto(coluna.tamanho) == kTamanhoAjustado) return;

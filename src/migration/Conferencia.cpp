@@ -175,6 +175,7 @@ TConferencia ConfereComBackup(TConnection& conexao, const std::string& backup, c
     conferencia.naTabela = ContaRegistros(conexao, "select count(*) as total from " + tabela);
     const bool comparavel =
         conexao.TipoBanco() == TTipoBanco::tbInterbase || conexao.TipoBanco() == TTipoBanco::tbSQLServer;
+    conferencia.emParte = !comparavel || !ignoradas.empty();
     if (!comparavel) return conferencia;
 
     const auto daBackup = conexao.Colunas(backup);
@@ -202,6 +203,7 @@ TConferencia ConfereComBackup(TConnection& conexao, const std::string& backup, c
         }
         compara();
     }
+    conferencia.emParte = conferencia.emParte || std::ranges::any_of(pares, &TPar::soPresenca);
     return conferencia;
 }
 

@@ -14,6 +14,7 @@ struct TConferencia {
     std::int64_t naBackup = 0, naTabela = 0;  // rows
     std::int64_t diferentes = 0;              // rows of the backup without an equal one in the table
     std::vector<std::string> colunas;         // that differ; only where no key pairs the rows
+    bool emParte = false;                     // some columns were left out, or compared by where they have a value
 
     bool Igual() const { return naBackup == naTabela && diferentes == 0 && colunas.empty(); }
 };

@@ -1,6 +1,7 @@
 #include "Nova.h"
 
 #include <algorithm>
+#include <iterator>
 #include <set>
 #include <stdexcept>
 #include <vector>
@@ -15,6 +16,7 @@
 #include "ObjetosDaTabela.h"
 #include "Rejeitados.h"
 #include "Restante.h"
+#include "SobraDaBackup.h"
 #include "TBComandos.h"
 #include "Texto.h"
 #include "VoltaBackup.h"
@@ -63,11 +65,12 @@ class TReconstrucao {
     void Ergue();
     void Retoma();
     bool ColunasDoPacote();
+    bool TemColunas(const std::vector<TColunaDicionario>& colunas);
     void DispensaBackup();
     void RegravaDicionarioNovo();
     std::vector<std::string> ColunasForaDoDicionario();
     bool Restaura(const TRestante& restante);
-    bool Confere();
+    TConferencia Confere();
     void CompletaIndices();
     void DevolveObjetos();
     void Termina(bool confere);
@@ -196,8 +199,8 @@ void TReconstrucao::Ergue() {
     RegravaDicionarioNovo();
     if (!CriaTabelaComIndices(ctx_, tabela_)) throw std::runtime_error(ctx_.dm.Atualiza.Erro());
     const bool restaurada = Restaura(RestauracaoInteira(ctx_, tabela_, chaveAntiga_));
-    const bool confere = Confere();
-    if (restaurada) Termina(confere);
+    const TConferencia conferencia = Confere();
+    if (restaurada) Termina(conferencia.Igual());
 }
 
 /// Goes on with the restore that an earlier run broke off. The table has been in use since, and what is in it stays.
@@ -210,39 +213,60 @@ void TReconstrucao::Retoma() {
     antes_ = ContaRegistros(ctx_.Conexao(), "select count(*) as total from " + tabela_) + restante.linhas;
     if (doPacote) RegravaDicionarioNovo();
     const bool restaurada = Restaura(restante);
-    const bool confere = Confere();
-    if (restaurada && doPacote) Termina(confere);
+    const TConferencia conferencia = Confere();
+    if (restaurada && doPacote) Termina(conferencia.Igual());
     terminada_ = !restaurada || doPacote;
     if (terminada_) return;
-    if (!confere || !ColunasSoDe(tabela_, backup_).empty()) DispensaBackup();
+    const bool temTudo = conferencia.Igual() && !conferencia.emParte && ColunasSoDe(tabela_, backup_).empty();
+    if (!temTudo) DispensaBackup();
     apagada_ = false;
 }
 
-/// The table holds more than its backup: the next one takes its place, unless that has values that nobody else has.
+/// The table holds more than its backup, or may do: the next one takes its place. It gets first what only this one
+/// has, but for values that the package has a column for, and no other place.
 void TReconstrucao::DispensaBackup() {
-    std::vector<std::string> ficaram = ColunasSoDe(backup_, tabela_);
-    RelataColunas(ficaram);
-    const auto doPacote = ColunasNovas(ctx_, tabela_);
-    std::erase_if(ficaram, [&](const std::string& nome) {
-        return std::ranges::none_of(doPacote, [&](const auto& coluna) { return IgualSemCaixa(coluna.nome, nome); });
-    });
-    if (!ficaram.empty())
+    const auto ficaram = ColunasSoDe(backup_, tabela_);
+    std::vector<std::string> pedidas;
+    for (const auto& coluna : ColunasNovas(ctx_, tabela_))
+        std::ranges::copy_if(ficaram, std::back_inserter(pedidas),
+                             [&](const std::string& nome) { return IgualSemCaixa(coluna.nome, nome); });
+    if (!pedidas.empty())
         throw std::runtime_error("a tabela mudou desde a reconstrução interrompida, e só " + backup_ +
-                                 " tem os valores de " + Junta(ficaram, ", "));
+                                 " tem os valores de " + Junta(pedidas, ", "));
+    const bool comValores = GuardaSobra(ctx_, tabela_, chave_, ficaram);
+    if (!ficaram.empty())
+        ctx_.Tela().Memo2("Tabela " + tabela_ + ": colunas que só " + backup_ + " tinha, " +
+                          (comValores ? "valores no arquivo de rejeitados: " : "sem valores: ") + Junta(ficaram, ", "));
+    LevaRejeitadosAoDisco(ctx_);
+    DevolveObjetos();
     GravaEtapa(ctx_, tabela_, TEtapaDaReconstrucao::Guardada);
     dispensada_ = true;
 }
 
-/// Whether the table was created from the package's columns.
+/// Whether the table was created from the package's columns. Without a mark its own columns must say so, too.
 bool TReconstrucao::ColunasDoPacote() {
-    if (EtapaDaReconstrucao(ctx_, tabela_) != TEtapaDaReconstrucao::Restaurando) return false;
+    const auto novas = ColunasNovas(ctx_, tabela_);
     const auto definicoes = [this](const std::vector<TColunaDicionario>& colunas) {
         std::set<std::string> textos;
         for (const auto& coluna : colunas)
             if (ColunaFisica(coluna)) textos.insert(Maiusculas(coluna.nome + DefinicaoCampo(coluna, ctx_.Banco())));
         return textos;
     };
-    return definicoes(ctx_.dm.Atualiza.ColunasDoDicionario(tabela_)) == definicoes(ColunasNovas(ctx_, tabela_));
+    if (definicoes(ctx_.dm.Atualiza.ColunasDoDicionario(tabela_)) != definicoes(novas)) return false;
+    return EtapaDaReconstrucao(ctx_, tabela_) == TEtapaDaReconstrucao::Restaurando || TemColunas(novas);
+}
+
+/// Whether the table has these columns, of these types, and no others.
+bool TReconstrucao::TemColunas(const std::vector<TColunaDicionario>& colunas) {
+    const auto fisicas = ctx_.Conexao().Colunas(tabela_);
+    const auto tem = [&](const TColunaDicionario& coluna) {
+        const TColunaFisica* fisica = ColunaDeNome(fisicas, coluna.nome);
+        return fisica &&
+               TipoNormal(fisica->tipoSql) == TipoNormal(TipoDaColuna(coluna.tipo, coluna.tamanho, ctx_.Banco()));
+    };
+    const auto esperadas = std::ranges::count_if(colunas, ColunaFisica);
+    return std::ssize(fisicas) == esperadas &&
+           std::ranges::all_of(colunas, [&](const auto& coluna) { return !ColunaFisica(coluna) || tem(coluna); });
 }
 
 /// When the server refuses the new rows, the table comes back as the stored ones have it. A column that is missing
@@ -280,7 +304,7 @@ bool TReconstrucao::Restaura(const TRestante& restante) {
                  });
 }
 
-bool TReconstrucao::Confere() {
+TConferencia TReconstrucao::Confere() {
     const TConferencia c = ConfereComBackup(ctx_.Conexao(), backup_, tabela_, alteradas_);
     const std::string contagem =
         " Nº de registros antes: " + std::to_string(antes_) + " Nº de registros depois: " + std::to_string(c.naTabela);
@@ -288,11 +312,11 @@ bool TReconstrucao::Confere() {
         ctx_.Tela().Memo2("***** ATENÇÃO *******");
         ctx_.Tela().Memo2("***** TABELA " + tabela_ + contagem);
     }
-    if (c.Igual()) return true;
+    if (c.Igual()) return c;
     ctx_.Tela().Memo2("***** TABELA " + tabela_ + " Conteúdo diferente de " + backup_ + ": " +
                       (c.colunas.empty() ? std::to_string(c.diferentes) + " registros" : Junta(c.colunas, ", ")) +
                       contagem);
-    return false;
+    return c;
 }
 
 /// A second try for what could not be created on the empty table; its failure has been reported.

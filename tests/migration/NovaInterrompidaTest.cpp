@@ -118,7 +118,7 @@ class NovaInterrompidaTest : public ::testing::TestWithParam<TVarredura> {};
 TEST_P(NovaInterrompidaTest, KilledAtAnyStatementTheNextRunEndsInTheSameState) { Varre(GetParam(), TMorte(), true); }
 
 INSTANTIATE_TEST_SUITE_P(Tabelas, NovaInterrompidaTest,
-                         ::testing::Values(TVarredura{"Key"}, TVarredura{"NoKey", 0},
+                         ::testing::Values(TVarredura{"Key"}, TVarredura{"NoKey", 0}, TVarredura{"NoMarks", 1, false},
                                            TVarredura{"NoKeyNoMarks", 0, false},
                                            TVarredura{"SecondBackup", 1, true, true},
                                            TVarredura{"SecondBackupNoKey", 0, true, true},
