@@ -51,6 +51,10 @@ bool TRejeitados::Acrescenta(const TPares& chave, std::string_view erro,
                              const std::function<void(std::ostream&)>& resto) {
     const auto caminho = Arquivo(ctx_);
     if (!arquivo_.is_open()) arquivo_.open(caminho, std::ios::binary | std::ios::app);
+    if (!arquivo_) {  // the one before could not be written whole
+        arquivo_.clear();
+        arquivo_ << '\n';
+    }
     std::string motivo;
     try {
         arquivo_ << "{\"tabela\": ";
