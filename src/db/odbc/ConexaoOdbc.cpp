@@ -4,10 +4,10 @@
 #include <stdexcept>
 
 #include "ComandoOdbc.h"
+#include "ComandosTSql.h"
 #include "LexicoSql.h"
 #include "MetadadosOdbc.h"
 #include "SessaoOdbc.h"
-#include "TBComandos.h"
 #include "Texto.h"
 
 namespace wkd {
@@ -18,8 +18,7 @@ class TReservaOdbc : public TReserva {
   public:
     TReservaOdbc(std::shared_ptr<TLigacaoOdbc> ligacao, std::string_view tabela) : ligacao_(std::move(ligacao)) {
         ligacao_->CommitAutomatico(false);
-        const auto sql =
-            "select top 1 1 as um from " + Identificador(tabela, TTipoBanco::tbSQLServer) + " with (tablock, holdlock)";
+        const auto sql = ReservaTSql(tabela);
         TInstrucaoOdbc(ligacao_).Executa(sql, sql);
     }
     ~TReservaOdbc() override { ligacao_->Desliga(); }
@@ -70,10 +69,10 @@ class TConexaoOdbc : public TConnection {
     bool InTransaction() const override { return sessao_->InTransaction(); }
 
     void MarcaPonto(std::string_view nome) override {
-        Ponto(sessao_->SqlServer() ? "SAVE TRANSACTION " : "SAVEPOINT ", nome);
+        NaTransacao(sessao_->SqlServer() ? MarcaPontoTSql(nome) : "SAVEPOINT " + std::string(nome));
     }
     void VoltaAoPonto(std::string_view nome) override {
-        Ponto(sessao_->SqlServer() ? "ROLLBACK TRANSACTION " : "ROLLBACK TO SAVEPOINT ", nome);
+        NaTransacao(sessao_->SqlServer() ? VoltaAoPontoTSql(nome) : "ROLLBACK TO SAVEPOINT " + std::string(nome));
     }
 
     std::unique_ptr<TReserva> Reserva(std::string_view tabela) override {
@@ -101,9 +100,9 @@ class TConexaoOdbc : public TConnection {
     void Observa(TObservador observador) override { sessao_->DefineObservador(std::move(observador)); }
 
   private:
-    void Ponto(std::string_view verbo, std::string_view nome) {
+    void NaTransacao(const std::string& sql) {
         if (!sessao_->Comecada()) throw std::logic_error("não há transação aberta");
-        Executa(std::string(verbo) + std::string(nome));
+        Executa(sql);
     }
 
     /// A ":" in the text is no parameter here.

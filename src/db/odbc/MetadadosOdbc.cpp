@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <set>
 
+#include "ComandosTSql.h"
 #include "TextoOdbc.h"
 #include "ValorOdbc.h"
 
@@ -46,12 +47,14 @@ std::string SemParenteses(std::string_view padrao) {
     return std::string(padrao);
 }
 
-/// The type as CREATE TABLE takes it, without what belongs to the column alone ("int identity").
+/// The type as CREATE TABLE takes it, without what belongs to the column alone ("int identity"). A row version is what
+/// the server alone writes: elsewhere its values are bytes.
 std::string TipoSql(std::string tipo, const TDescricaoOdbc& d) {
     if (const auto identity = Minusculas(tipo).find(" identity"); identity != std::string::npos)
         tipo = Troca(tipo.substr(0, identity), "()", "");
     if (tipo.find('(') != std::string::npos) return tipo;
     const auto nome = Minusculas(tipo);
+    if (nome == "timestamp" && d.tipo == SQL_BINARY) return "binary(8)";
     const auto e = [&](std::initializer_list<std::string_view> nomes) {
         return std::ranges::find(nomes, nome) != nomes.end();
     };
@@ -126,7 +129,7 @@ TMetadadosOdbc::TLinhas TMetadadosOdbc::Consulta(const std::string& sql) {
 /// Schema of the user's own tables; empty where tables have none.
 std::string TMetadadosOdbc::Esquema() {
     if (!esquema_)
-        esquema_ = sessao_->SqlServer() ? Consulta("select schema_name()").at(0).at(0).ComoTexto() : std::string();
+        esquema_ = sessao_->SqlServer() ? Consulta(std::string(kEsquemaTSql)).at(0).at(0).ComoTexto() : std::string();
     return *esquema_;
 }
 
@@ -172,7 +175,7 @@ TColunasPorTabela TMetadadosOdbc::ColunasDe(std::string_view tabela) {
     TColunasPorTabela tabelas;
     const auto linhas = LinhasDeColunas(tabela);
     if (linhas.empty()) return tabelas;
-    const auto padroes = Padroes(tabela), computadas = Computadas(tabela);
+    const auto padroes = Textos(PadroesTSql(tabela)), computadas = Textos(ComputadasTSql(tabela));
     const auto texto = [](const TTextos& textos, const std::string& daTabela, const std::string& coluna) {
         const auto achado = textos.find({daTabela, Maiusculas(coluna)});
         return achado == textos.end() ? std::string() : achado->second;
@@ -227,22 +230,10 @@ std::vector<TIndice> TMetadadosOdbc::Indices(std::string_view tabela) {
     return indices;
 }
 
-TMetadadosOdbc::TTextos TMetadadosOdbc::Padroes(std::string_view tabela) {
-    return Textos(
-        "select object_name(d.parent_object_id), c.name, d.definition from sys.default_constraints d join sys.columns c"
-        " on c.object_id = d.parent_object_id and c.column_id = d.parent_column_id",
-        tabela);
-}
-
-TMetadadosOdbc::TTextos TMetadadosOdbc::Computadas(std::string_view tabela) {
-    return Textos("select object_name(c.object_id), c.name, c.definition from sys.computed_columns c", tabela);
-}
-
-TMetadadosOdbc::TTextos TMetadadosOdbc::Textos(const std::string& sql, std::string_view tabela) {
+TMetadadosOdbc::TTextos TMetadadosOdbc::Textos(const std::string& sql) {
     TTextos textos;
     if (!sessao_->SqlServer()) return textos;
-    const auto desta = tabela.empty() ? std::string() : " where c.object_id = object_id(" + Aspas(tabela) + ")";
-    for (const auto& linha : Consulta(sql + desta))
+    for (const auto& linha : Consulta(sql))
         textos[{Maiusculas(linha[0].ComoTexto()), Maiusculas(linha[1].ComoTexto())}] = linha[2].ComoTexto();
     return textos;
 }
@@ -251,10 +242,7 @@ TMetadadosOdbc::TTextos TMetadadosOdbc::Textos(const std::string& sql, std::stri
 std::vector<std::string> TMetadadosOdbc::Restricoes(std::string_view tabela) {
     std::vector<std::string> nomes;
     if (!sessao_->SqlServer()) return nomes;
-    for (const auto& linha : Consulta("select name from sys.key_constraints where type = 'UQ' and parent_object_id = "
-                                      "object_id(" +
-                                      Aspas(tabela) + ")"))
-        nomes.push_back(linha[0].ComoTexto());
+    for (const auto& linha : Consulta(RestricoesTSql(tabela))) nomes.push_back(linha[0].ComoTexto());
     return nomes;
 }
 

@@ -30,11 +30,9 @@ class TMetadadosOdbc {
     TLinhas LinhasDeColunas(std::string_view tabela);
     TLinhas Consulta(const std::string& sql);
     std::string Esquema();
-    /// Texts of the defaults or of the computed columns, of one table or of all with an empty name.
     using TTextos = std::map<std::pair<std::string, std::string>, std::string>;  // by table and column in capitals
-    TTextos Padroes(std::string_view tabela);
-    TTextos Computadas(std::string_view tabela);
-    TTextos Textos(const std::string& sql, std::string_view tabela);
+    /// What a SQL Server answers to a query for table, column and text.
+    TTextos Textos(const std::string& sql);
     TColunasPorTabela ColunasDe(std::string_view tabela);
     std::vector<std::string> Restricoes(std::string_view tabela);
 

@@ -6,6 +6,7 @@
 
 #include "CadeiaDeConexao.h"
 #include "ComandoOdbc.h"
+#include "ComandosTSql.h"
 #include "TextoOdbc.h"
 
 namespace wkd {
@@ -25,17 +26,13 @@ unsigned Segundos(const std::string& texto) {
     return segundos;
 }
 
-/// Without limits that a driver's configuration may set: Debian's freetds.conf cuts every long value at 64 KB. A table
-/// in use is waited for 10 s.
-constexpr std::string_view kAjustesSqlServer[] = {"set textsize 2147483647", "set lock_timeout 10000"};
-
 }  // namespace
 
 void TSessaoOdbc::Liga() {
     ajustes_.clear();
     const auto ligacao = Conecta();
     sqlServer_ = ligacao->Informacao(SQL_DBMS_NAME).find("SQL Server") != std::string::npos;
-    if (sqlServer_) ajustes_.assign(std::begin(kAjustesSqlServer), std::end(kAjustesSqlServer));
+    if (sqlServer_) ajustes_.assign(kAjustesTSql.begin(), kAjustesTSql.end());
     Ajusta(ligacao);
     ligacao->CommitAutomatico(false);
     principal_ = ligacao;
@@ -134,11 +131,11 @@ void TSessaoOdbc::DepoisDoErro(const TErroBanco& erro) noexcept {
 bool TSessaoOdbc::TransacaoDePe() {
     if (!sqlServer_) return true;
     TInstrucaoOdbc instrucao(principal_);
-    TTextoOdbc texto("select @@trancount");
-    instrucao.Confere(SQLExecDirectW(instrucao.Handle(), texto.Dados(), SQL_NTS), "select @@trancount");
+    TTextoOdbc texto(kTransacoesTSql);
+    instrucao.Confere(SQLExecDirectW(instrucao.Handle(), texto.Dados(), SQL_NTS), kTransacoesTSql);
     SQLINTEGER abertas = 0;
     SQLLEN indicador = 0;
-    instrucao.Confere(SQLFetch(instrucao.Handle()), "select @@trancount");
+    instrucao.Confere(SQLFetch(instrucao.Handle()), kTransacoesTSql);
     SQLGetData(instrucao.Handle(), 1, SQL_C_SLONG, &abertas, sizeof abertas, &indicador);
     return abertas > 0;
 }
