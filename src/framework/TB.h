@@ -65,7 +65,7 @@ class TTB {
     /// The same for columns that the stored dictionary does not have yet.
     std::string ComandoCriaTabela(std::string_view tabela, const std::vector<TColunaDicionario>& colunas) const;
     /// Why a table of these columns could not be created, dropped first if it exists: no columns, names that repeat,
-    /// types without text, or a statement that the server does not prepare.
+    /// types without text, or a statement that the server does not take. Not inside an open transaction.
     std::optional<std::string> ImpedimentoParaCriar(std::string_view tabela,
                                                     const std::vector<TColunaDicionario>& colunas);
     std::optional<std::string> ImpedimentoParaCriar(std::string_view tabela) {
@@ -96,6 +96,7 @@ class TTB {
     bool Falha(std::string motivo);
     /// Runs `operacao`; a refusal of the server becomes the answer false.
     bool Tenta(const std::function<bool()>& operacao);
+    void Ensaia(std::string_view tabela, const std::vector<TColunaDicionario>& colunas);
     bool ExigeValores(const std::string& tabela, const std::vector<std::string>& chave);
     bool CriaSecundario(std::string_view tabela, const std::string& nome, bool unico, std::string& falha);
     bool GuardaNaBackup(const std::string& tabela);

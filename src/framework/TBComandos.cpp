@@ -22,6 +22,10 @@ bool Regular(std::string_view nome, TTipoBanco banco) {
 
 std::string NomeDaBackup(std::string_view tabela) { return "B" + std::string(tabela); }
 
+std::string NomeDeEnsaio(std::string_view tabela, TTipoBanco banco) {
+    return banco == TTipoBanco::tbSQLServer ? "#" + std::string(tabela) : std::string();
+}
+
 std::string Identificador(std::string_view nome, TTipoBanco banco) {
     return Regular(nome, banco) ? std::string(nome) : '"' + Troca(nome, "\"", "\"\"") + '"';
 }

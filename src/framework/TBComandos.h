@@ -11,6 +11,10 @@ namespace wkd {
 
 /// "B" + table.
 std::string NomeDaBackup(std::string_view tabela);
+/// Name of the table that shows whether a server takes a CREATE TABLE; empty where preparing the statement shows it.
+/// SQL Server looks at types and sizes only when it runs one. A local temporary table stands in a database of its own:
+/// nothing of this one is changed or locked, and it may be read-only.
+std::string NomeDeEnsaio(std::string_view tabela, TTipoBanco banco);
 /// Name from the server's catalogue as statements take it: in double quotes where it needs them. Firebird refuses them
 /// in the DDL of databases of dialect 1, whose names never do.
 std::string Identificador(std::string_view nome, TTipoBanco banco);

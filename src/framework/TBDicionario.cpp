@@ -122,6 +122,15 @@ std::string TTB::ComandoCriaTabela(std::string_view tabela, const std::vector<TC
     return ComandoDaTabela(tabela, fisicas, conexao_.TipoBanco());
 }
 
+/// Throws what the server has against the statement; nothing stays of it.
+void TTB::Ensaia(std::string_view tabela, const std::vector<TColunaDicionario>& colunas) {
+    const std::string ensaio = NomeDeEnsaio(tabela, conexao_.TipoBanco());
+    const auto comando = conexao_.Prepara(ComandoCriaTabela(ensaio.empty() ? tabela : ensaio, colunas));
+    if (ensaio.empty()) return;
+    const TTransacao desfeita(conexao_);
+    comando->Executa();
+}
+
 std::optional<std::string> TTB::ImpedimentoParaCriar(std::string_view tabela,
                                                      const std::vector<TColunaDicionario>& colunas) {
     std::set<std::string> nomes;
@@ -132,7 +141,7 @@ std::optional<std::string> TTB::ImpedimentoParaCriar(std::string_view tabela,
     }
     if (nomes.empty()) return "O dicionário não tem colunas da tabela " + std::string(tabela);
     try {
-        conexao_.Prepara(ComandoCriaTabela(tabela, colunas));
+        Ensaia(tabela, colunas);
     } catch (const TErroBanco& erro) {
         if (erro.ConexaoPerdida()) throw;
         return erro.what();
