@@ -24,6 +24,8 @@ void GravaAlias(TArquivoIni& ini, std::string_view secao, const TAlias& alias) {
     ini.Grava(secao, "TipoAutenticacao", TipoAutenticacaoToStr(alias.autenticacao));
     if (!alias.characterSet.empty()) ini.Grava(secao, "CharacterSet", alias.characterSet);
     if (!alias.driver.empty()) ini.Grava(secao, "Driver", alias.driver);
+    if (!alias.encrypt.empty()) ini.Grava(secao, "Encrypt", alias.encrypt);
+    if (!alias.trustServerCertificate.empty()) ini.Grava(secao, "TrustServerCertificate", alias.trustServerCertificate);
     if (IgualSemCaixa(secao, kAliasPadrao)) ini.Grava(secao, "Versao", "0");
 }
 
@@ -96,6 +98,8 @@ TAlias TAliases::CarregaAlias(std::string_view nome) const {
     alias.senha = DesmontaSenha(alias.usuario, le("Password"));
     alias.characterSet = le("CharacterSet");
     alias.driver = le("Driver");
+    alias.encrypt = le("Encrypt");
+    alias.trustServerCertificate = le("TrustServerCertificate");
     return alias;
 }
 

@@ -29,9 +29,11 @@ struct TAlias {
     std::string database;
     TTipoAutenticacao autenticacao = TTipoAutenticacao::Windows;
     std::string usuario;
-    std::string senha;         // plain
-    std::string characterSet;  // connection character set of Firebird; empty: the driver's choice
-    std::string driver;        // name of the ODBC driver; empty: the first one installed
+    std::string senha;                        // plain
+    std::string characterSet;                 // connection character set of Firebird; empty: the driver's choice
+    std::string driver;                       // name of the ODBC driver; empty: the first one installed
+    std::string encrypt = {};                 // SQL Server, in the words of the driver; empty: its own choice
+    std::string trustServerCertificate = {};  // likewise; empty: the certificate is checked
 };
 
 /// The aliases of one settings file.

@@ -25,6 +25,9 @@ void AdicionaSqlServer(TParametrosConexao& parametros, const TAlias& alias) {
     parametros.Adiciona("LocaleCode", "0000");
     parametros.Adiciona("IsolationLevel", "ReadCommitted");
     if (!alias.driver.empty()) parametros.Adiciona("Driver", alias.driver);
+    if (!alias.encrypt.empty()) parametros.Adiciona("Encrypt", alias.encrypt);
+    if (!alias.trustServerCertificate.empty())
+        parametros.Adiciona("TrustServerCertificate", alias.trustServerCertificate);
 }
 
 }  // namespace

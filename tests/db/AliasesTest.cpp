@@ -65,13 +65,16 @@ TEST_F(AliasesTest, AnAliasReadsBackEqualAndItsPasswordIsNotInTheFile) {
                  .usuario = "SYSDBA",
                  .senha = "çhave;=\"x\"",
                  .characterSet = "WIN1252",
-                 .driver = ""};
+                 .driver = "",
+                 .encrypt = "strict",
+                 .trustServerCertificate = "yes"};
     alias.autenticacao = TTipoAutenticacao::Servidor;
     aliases_.AdicionaAlias(alias, true);
 
     for (const char* secao : {"matriz são paulo", "MENU"}) {
         const TAlias lido = aliases_.CarregaAlias(secao);
         EXPECT_EQ(lido.nome, "Matriz São Paulo");
+        EXPECT_EQ(lido.encrypt + lido.trustServerCertificate, "strictyes");
         EXPECT_EQ(
             std::tie(lido.hostname, lido.path, lido.database, lido.senha, lido.autenticacao, lido.characterSet),
             std::tie(alias.hostname, alias.path, alias.database, alias.senha, alias.autenticacao, alias.characterSet));

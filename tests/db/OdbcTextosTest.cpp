@@ -82,6 +82,18 @@ TEST(OdbcTextos, TheConnectionStringNamesTheFirstInstalledDriverAndQuotesItsValu
     };
     for (const auto& caso : casos) EXPECT_EQ(CadeiaDeConexao(caso.parametros, caso.instalados), caso.esperada);
 
+    for (const std::string driver : {"ODBC Driver 18 for SQL Server", "FreeTDS"}) {
+        auto parametros = Parametros("srv", "x", driver);
+        EXPECT_EQ(CadeiaDeConexao(parametros, {}).find("TrustServerCertificate"), std::string::npos);
+        parametros.Adiciona("Encrypt", "strict");
+        parametros.Adiciona("TrustServerCertificate", "yes");
+        const bool conhece = driver != "FreeTDS";
+        EXPECT_EQ(
+            CadeiaDeConexao(parametros, {}).find(";Encrypt=strict;TrustServerCertificate=yes;") != std::string::npos,
+            conhece)
+            << driver;
+    }
+
     TParametrosConexao fonte;
     fonte.Adiciona("DataSource", "Matriz");
     fonte.Adiciona("User_Name", "sa");
@@ -98,7 +110,7 @@ TEST(OdbcTextos, TheConnectionStringNamesTheFirstInstalledDriverAndQuotesItsValu
 }
 
 TEST(OdbcTextos, AConnectionThatFailsSaysWhyWithoutThePassword) {
-    for (const auto* driver : {"FreeTDS", "/nao/existe-segredo99.so"}) {
+    for (const auto* driver : {"FreeTDS", "/nao/existe-segredo99.so", "/nao/certificate.so"}) {
         try {
             CriaConexaoOdbc(Parametros("127.0.0.1,1", "segredo99", driver))->Open();
             FAIL() << driver;
@@ -108,6 +120,8 @@ TEST(OdbcTextos, AConnectionThatFailsSaysWhyWithoutThePassword) {
             EXPECT_FALSE(erro.ConexaoPerdida());
             EXPECT_EQ((texto + erro.Comando()).find("segredo99"), std::string::npos) << texto;
             EXPECT_GT(texto.size(), 10u);
+            EXPECT_EQ(texto.find("TrustServerCertificate=yes") != std::string::npos,
+                      texto.find("certificate") != std::string::npos);
         }
     }
 }

@@ -65,13 +65,15 @@ void AdicionaFreeTds(TCadeia& cadeia, const std::string& servidor) {
     cadeia.Adiciona("TDS_Version", "7.4").Adiciona("ClientCharset", "UTF-8");
 }
 
-void AdicionaServidor(TCadeia& cadeia, const std::string& driver, const std::string& servidor) {
+/// The other drivers check the certificate of an encrypted connection unless the alias says otherwise.
+void AdicionaServidor(TCadeia& cadeia, const std::string& driver, const TParametrosConexao& parametros) {
+    const auto servidor = parametros.Valor("Server");
     if (DoFreeTds(driver))
         AdicionaFreeTds(cadeia, servidor);
     else
-        cadeia.Adiciona("SERVER", servidor);
-    // That version asks for encryption by itself and refuses the certificate that a server makes for itself.
-    if (IgualSemCaixa(driver, kDrivers[0])) cadeia.Adiciona("TrustServerCertificate", "yes");
+        cadeia.Adiciona("SERVER", servidor)
+            .Adiciona("Encrypt", parametros.Valor("Encrypt"))
+            .Adiciona("TrustServerCertificate", parametros.Valor("TrustServerCertificate"));
     cadeia.Adiciona("APP", "AtualizaWKD");
 }
 
@@ -82,7 +84,7 @@ std::string CadeiaDeConexao(const TParametrosConexao& parametros, const std::vec
     const auto driver = fonte.empty() ? EscolheDriver(parametros, instalados) : "";
     TCadeia cadeia(!DoFreeTds(driver));
     cadeia.Adiciona("DSN", fonte).Adiciona("DRIVER", driver);
-    if (fonte.empty()) AdicionaServidor(cadeia, driver, parametros.Valor("Server"));
+    if (fonte.empty()) AdicionaServidor(cadeia, driver, parametros);
     cadeia.Adiciona("DATABASE", parametros.Valor("Database"));
     cadeia.Adiciona("UID", parametros.Valor("User_Name")).Adiciona("PWD", parametros.Valor("Password"));
     return std::move(cadeia).Texto();

@@ -20,10 +20,18 @@ SQLHENV Ambiente() {
     return env;
 }
 
-TErroBanco SemSenha(const TErroBanco& erro, std::string_view senha) {
-    if (senha.empty()) return erro;
-    return TErroBanco({Troca(erro.what(), senha, "***"), erro.CodigoNativo(), erro.SqlState(), erro.Comando(),
-                       erro.Falha(), erro.ConexaoPerdida()});
+constexpr std::string_view kAjudaDoCertificado =
+    "\nO driver não confia no certificado do servidor. Instale nesta máquina o da autoridade que o emitiu; numa rede "
+    "de "
+    "confiança, a chave TrustServerCertificate=yes do alias aceita o que o próprio servidor faz.";
+
+/// Without the password, and with what to do about a certificate.
+TErroBanco Explicado(const TErroBanco& erro, std::string_view senha) {
+    std::string texto = erro.what();
+    if (!senha.empty()) texto = Troca(texto, senha, "***");
+    if (Minusculas(texto).find("certificate") != std::string::npos) texto += kAjudaDoCertificado;
+    return TErroBanco(
+        {std::move(texto), erro.CodigoNativo(), erro.SqlState(), erro.Comando(), erro.Falha(), erro.ConexaoPerdida()});
 }
 
 }  // namespace
@@ -52,7 +60,7 @@ void TLigacaoOdbc::Conecta(const std::string& cadeia, unsigned segundos, std::st
     SQLSMALLINT tamanho = 0;
     const auto retorno =
         SQLDriverConnectW(dbc_, nullptr, texto.Dados(), texto.Tamanho(), completa, 1024, &tamanho, SQL_DRIVER_NOPROMPT);
-    if (!SQL_SUCCEEDED(retorno)) throw SemSenha(ErroOdbc(SQL_HANDLE_DBC, dbc_, ""), senha);
+    if (!SQL_SUCCEEDED(retorno)) throw Explicado(ErroOdbc(SQL_HANDLE_DBC, dbc_, ""), senha);
     ligada_ = true;
 }
 
