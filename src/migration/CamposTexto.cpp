@@ -101,7 +101,7 @@ void GuardaCortados(TContexto& ctx, const TColunaLonga& coluna) {
     const std::vector<std::string> chave = ctx.Conexao().ChavePrimaria(coluna.tabela).colunas;
     std::vector<std::string> lidas = {coluna.nome};
     for (const auto& nome : chave) lidas.push_back(Identificador(nome, ctx.Banco()));
-    const std::string longos = sqlServer ? "len(" + coluna.nome + " + 'x') > 1999"
+    const std::string longos = sqlServer ? "len(cast(" + coluna.nome + " as nvarchar(max)) + 'x') > 1999"
                                          : "char_length(" + coluna.nome + ") > " + std::to_string(kLarguraAjustada);
     TWKDQuery q(ctx.Conexao(), "select " + Junta(lidas, ",") + " from " + coluna.tabela + " where " + longos);
     TRejeitados rejeitados(ctx, coluna.tabela, "AjustaCamposStringMaior2000");

@@ -66,7 +66,10 @@ TComandoPendente MudaTipo(std::string_view tabela, const TColunaComparada& nova,
     const std::string inicio = "alter table " + std::string(tabela) + ChaveAlteraColuna(nova.nome, banco);
     TComandoPendente comando{inicio + DefinicaoCampo(nova, banco),
                              inicio + TipoDaColuna(nova.tipo, nova.tamanho, banco), nova.chave == 1, nova.nome};
-    if (banco == TTipoBanco::tbSQLServer && fisica.requerido) comando.alternativa += " not null ";
+    if (banco == TTipoBanco::tbSQLServer && fisica.requerido) {  // which takes a column without it for nullable
+        comando.alternativa += " not null ";
+        if (nova.chave != 1) comando.texto += " not null ";
+    }
     if (comando.alternativa == comando.texto) comando.alternativa.clear();
     return comando;
 }
@@ -78,7 +81,10 @@ std::vector<TComandoPendente> TextoViraBlob(std::string_view tabela, const TColu
     const std::string& c = nova.nome;
     TComandoPendente apaga{"alter table " + t + " drop column " + c + "_TMP", "", false};
     if (banco == TTipoBanco::tbInterbase) apaga.alternativa = "alter table " + t + " drop " + c + "_TMP";
-    std::vector<TComandoPendente> comandos = {{"update  " + t + " set " + c + "_TMP = " + c, "", false}, apaga};
+    TComandoPendente copia{"update  " + t + " set " + c + "_TMP = " + c, "", false};
+    if (banco == TTipoBanco::tbSQLServer)  // which turns no Unicode text into an image by itself
+        copia.alternativa = "update  " + t + " set " + c + "_TMP = cast(" + c + " as varbinary(max))";
+    std::vector<TComandoPendente> comandos = {copia, apaga};
     if (!temporaria)
         comandos.insert(comandos.begin(),
                         {"alter table " + t + " add " + c + "_TMP" + DefinicaoCampo(nova, banco), "", false});

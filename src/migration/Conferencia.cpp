@@ -18,6 +18,7 @@ constexpr std::size_t kColunasPorConsulta = 200;  // a compiled statement has 64
 struct TPar {
     std::string nome, b, t;
     bool texto = false;       // blanks at the end count
+    bool bytes = false;       // zeros at the end count
     bool converte = false;    // a value of another form can make the server refuse the comparison
     bool soPresenca = false;  // only whether there is a value
     std::string bCrua = b, tCrua = t;
@@ -65,6 +66,7 @@ TPar Par(const TColunaFisica& b, const TColunaFisica& t, TTipoBanco banco) {
         par.t = std::move(expressoes.t);
         par.converte = expressoes.converte;
         par.soPresenca = expressoes.soPresenca;
+        par.bytes = expressoes.bytes;
         return par;
     }
     if (EhTexto(b) && EhTexto(t)) return ParDeTextos(std::move(par), b, t);
@@ -101,7 +103,7 @@ std::string Difere(const TPar& par, TTipoBanco banco) {
     if (par.soPresenca)
         return "(" + par.b + " is null and " + par.t + " is not null or " + par.b + " is not null and " + par.t +
                " is null)";
-    if (banco == TTipoBanco::tbSQLServer) return DiferemSqlServer(par.b, par.t);
+    if (banco == TTipoBanco::tbSQLServer) return DiferemSqlServer(par.b, par.t, par.bytes);
     const std::string difere = par.b + " is distinct from " + par.t;
     if (!par.texto) return difere;
     return difere + " or char_length(" + par.b + ") is distinct from char_length(" + par.t + ")";
@@ -199,7 +201,7 @@ TConferencia ConfereComBackup(TConnection& conexao, const std::string& backup, c
     } catch (const TErroBanco& erro) {
         if (erro.ConexaoPerdida() || std::ranges::none_of(pares, &TPar::converte)) throw;
         for (auto& par : pares) {
-            if (par.converte) par = {par.nome, par.bCrua, par.tCrua, false, false, true};
+            if (par.converte) par = {par.nome, par.bCrua, par.tCrua, false, false, false, true};
         }
         compara();
     }

@@ -44,8 +44,9 @@ std::string Lido(const std::string& texto, const TColunaFisica& como) {
 TExpressoes ExpressoesSqlServer(const TColunaFisica& b, const std::string& nomeB, const TColunaFisica& t,
                                 const std::string& nomeT) {
     const bool longos = b.tipo == TTipoDado::Memo || t.tipo == TTipoDado::Memo;
-    if (EhTexto(b) && EhTexto(t)) return {BytesDoTexto(nomeB, b), BytesDoTexto(nomeT, t)};
-    if (EhBinaria(b) && EhBinaria(t)) return {Como(nomeB, "varbinary(max)"), Como(nomeT, "varbinary(max)")};
+    if (EhTexto(b) && EhTexto(t)) return {BytesDoTexto(nomeB, b), BytesDoTexto(nomeT, t), false, false, true};
+    if (EhBinaria(b) && EhBinaria(t))
+        return {Como(nomeB, "varbinary(max)"), Como(nomeT, "varbinary(max)"), false, false, true};
     const bool inteiros = b.tipo == TTipoDado::Inteiro && t.tipo == TTipoDado::Inteiro;
     if (const std::string comum = inteiros ? "bigint" : "float"; NumerosDiversos(b, t))
         return {Como(nomeB, comum), Como(nomeT, comum)};
@@ -55,9 +56,10 @@ TExpressoes ExpressoesSqlServer(const TColunaFisica& b, const std::string& nomeB
     return {nomeB, nomeT, false, b.tipo != t.tipo};
 }
 
-std::string DiferemSqlServer(const std::string& b, const std::string& t) {
-    return "(" + b + " <> " + t + " or " + b + " is null and " + t + " is not null or " + b + " is not null and " + t +
-           " is null)";
+std::string DiferemSqlServer(const std::string& b, const std::string& t, bool bytes) {
+    const std::string tamanho = bytes ? "datalength(" + b + ") <> datalength(" + t + ") or " : "";
+    return "(" + tamanho + b + " <> " + t + " or " + b + " is null and " + t + " is not null or " + b +
+           " is not null and " + t + " is null)";
 }
 
 std::string SomaSqlServer(const std::string& expressao) {

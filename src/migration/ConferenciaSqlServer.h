@@ -11,6 +11,7 @@ struct TExpressoes {
     std::string b, t;
     bool converte = false;    // a value of another form can make the server refuse the comparison
     bool soPresenca = false;  // only whether there is a value
+    bool bytes = false;
 };
 
 /// `nomeB` and `nomeT` are the columns as statements take them. Texts are compared by their bytes, so that letter
@@ -18,8 +19,9 @@ struct TExpressoes {
 TExpressoes ExpressoesSqlServer(const TColunaFisica& b, const std::string& nomeB, const TColunaFisica& t,
                                 const std::string& nomeT);
 
-/// Condition that one is another value than the other, NULL being one.
-std::string DiferemSqlServer(const std::string& b, const std::string& t);
+/// Condition that one is another value than the other, NULL being one. Of bytes the server takes those for equal that
+/// differ in zeros at the end alone, so that their number counts, too.
+std::string DiferemSqlServer(const std::string& b, const std::string& t, bool bytes);
 
 /// Sum over a column that hardly two contents have in common.
 std::string SomaSqlServer(const std::string& expressao);

@@ -19,7 +19,7 @@ constexpr std::size_t kLetrasDoExemplo = 60;
 bool SqlServer(TContexto& ctx) { return ctx.Banco() == TTipoBanco::tbSQLServer; }
 
 std::string Caracteres(TContexto& ctx, const std::string& coluna) {
-    return SqlServer(ctx) ? "len(" + coluna + " + 'x') - 1" : "char_length(" + coluna + ")";
+    return SqlServer(ctx) ? "len(cast(" + coluna + " as nvarchar(max)) + 'x') - 1" : "char_length(" + coluna + ")";
 }
 
 std::string Bytes(TContexto& ctx, const std::string& coluna) {

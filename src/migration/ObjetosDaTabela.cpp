@@ -43,7 +43,7 @@ std::string Favorecido(TWKDQuery& q, TTipoBanco banco) {
     return (tipo == kTipos.end() ? "" : tipo->second) + Identificador(nome, banco);
 }
 
-/// GRANT and DENY alike.
+/// GRANT, DENY, and REVOKE of a column of a table that is granted as a whole.
 void PermissoesSqlServer(TContexto& ctx, const std::string& tabela, std::vector<std::string>& comandos) {
     TWKDQuery q(ctx.Conexao(),
                 "select p.state as ESTADO, p.permission_name as PRIVILEGIO, u.name as FAVORECIDO,"
@@ -53,9 +53,13 @@ void PermissoesSqlServer(TContexto& ctx, const std::string& tabela, std::vector<
     q.Param("tabela", tabela).Open();
     for (; !q.Eof(); q.Next()) {
         const std::string estado = q.Texto("ESTADO"), coluna = q.Texto("COLUNA");
-        comandos.push_back((estado == "D" ? "deny " : "grant ") + Minusculas(Apara(q.Texto("PRIVILEGIO"))) +
+        const bool revoga = estado == "R";
+        comandos.push_back((estado == "D" ? "deny "
+                            : revoga      ? "revoke "
+                                          : "grant ") +
+                           Minusculas(Apara(q.Texto("PRIVILEGIO"))) +
                            (coluna.empty() ? "" : " (" + Identificador(coluna, ctx.Banco()) + ")") + " on " + tabela +
-                           " to " + Identificador(q.Texto("FAVORECIDO"), ctx.Banco()) +
+                           (revoga ? " from " : " to ") + Identificador(q.Texto("FAVORECIDO"), ctx.Banco()) +
                            (estado == "W" ? " with grant option" : ""));
     }
 }

@@ -11,7 +11,7 @@ namespace wkd {
 using TPendentes = std::vector<TComandoPendente>;
 
 /// Runs one waiting statement of the table in a transaction of its own, its alternative when the server refuses the
-/// syntax; what was cached of the table's columns is forgotten. Returns the error of the last one tried.
+/// syntax or the types; what was cached of the table's columns is forgotten. Returns the error of the last one tried.
 TResultado ExecutaPendente(TContexto& ctx, std::string_view tabela, const TComandoPendente& comando);
 
 }  // namespace wkd

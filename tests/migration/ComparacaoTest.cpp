@@ -118,6 +118,13 @@ TEST(ComparaColuna, prepara_o_que_fazer_quando_o_servidor_recusa) {
     const auto noSqlServer = ComparaColuna("T", Coluna("ftString", "20", 0, "x"), Coluna("ftString", "10"),
                                            {&obrigatoria, false}, TTipoBanco::tbSQLServer);
     EXPECT_EQ(noSqlServer.comandos[0].alternativa, "alter table T alter COLUMN C Nvarchar (20) not null ");
+    const auto semDefault = ComparaColuna("T", Coluna("ftString", "20"), Coluna("ftString", "10"),
+                                          {&obrigatoria, false}, TTipoBanco::tbSQLServer);
+    EXPECT_EQ(semDefault.comandos[0].texto, "alter table T alter COLUMN C Nvarchar (20) not null ")
+        << "without it the server makes the column nullable";
+    const auto viraBlob =
+        ComparaColuna("T", Coluna("ftBlob"), Coluna("ftString", "10"), {&fisica, false}, TTipoBanco::tbSQLServer);
+    EXPECT_EQ(viraBlob.comandos[1].alternativa, "update  T set C_TMP = cast(C as varbinary(max))");
 
     const auto sobrou =
         ComparaColuna("T", Coluna("ftBlob"), Coluna("ftString", "10"), {&fisica, true}, TTipoBanco::tbInterbase);
