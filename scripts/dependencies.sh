@@ -9,7 +9,7 @@ pacotes=(
     unixodbc-dev tdsodbc libsqliteodbc
     libzip-dev nlohmann-json3-dev unzip
     qt6-base-dev qt6-translations-l10n libfontconfig-dev xvfb
-    libgtest-dev
+    libgtest-dev sqlfluff
     "$@"
 )
 

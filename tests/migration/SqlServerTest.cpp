@@ -6,11 +6,13 @@
 
 #include "Arquivos.h"
 #include "Atualizacao.h"
+#include "CasosSqlServer.h"
 #include "ColunaPresa.h"
-#include "CompactaZip.h"
 #include "Linhas.h"
 #include "LojaSqlServer.h"
 #include "OpcoesDeTeste.h"
+#include "Plano.h"
+#include "Preambulo.h"
 #include "TBComandos.h"
 #include "Texto.h"
 
@@ -24,10 +26,13 @@ class SqlServer : public testing::Test {
     void SetUp() override {
         if (!TBancoSqlServer::Instalado()) GTEST_SKIP() << "WKD_SQLSERVER is not set";
         loja_ = std::make_unique<TLojaSqlServer>(fs::path(WKD_EXEMPLOS) / "banco.sql");
-        std::vector<fs::path> arquivos;
-        for (const auto& entrada : fs::directory_iterator(fs::path(WKD_EXEMPLOS) / "pacote"))
-            arquivos.push_back(entrada.path());
-        CompactaZip(arquivos, loja_->Pasta() / "pacote.zip");
+        AtualizaTabelasDoDicionario(loja_->Modulo());
+        AcrescentaCasos(loja_->Modulo());
+        EmpacotaCasos(loja_->Pasta() / "pacote.zip");
+        loja_->Modulo().nomeAlias = "LOJA";
+        fs::create_directory(loja_->Pasta() / "layouts");
+        loja_->Modulo().SQLConnection1.Aliases().INIGravaString("LOJA", "RELATORIO",
+                                                                (loja_->Pasta() / "layouts/").string());
     }
 
     void Atualiza() {
@@ -37,6 +42,11 @@ class SqlServer : public testing::Test {
 
     TConnection& Conexao() { return loja_->Conexao(); }
     std::string Le(std::string_view sql) { return Linhas(Conexao(), sql); }
+
+    void ConfereRelatoriosEArquivos();
+    void ConfereCasos();
+    void ConfereCorrecoes();
+    void ConfereQueNadaFalta();
 
     std::unique_ptr<TLojaSqlServer> loja_;
 };
@@ -62,6 +72,45 @@ const TColunaFisica& Coluna(const std::vector<TColunaFisica>& colunas, std::stri
     const auto* coluna = ColunaDeNome(colunas, nome);
     if (!coluna) throw std::runtime_error("no column " + std::string(nome));
     return *coluna;
+}
+
+void SqlServer::ConfereRelatoriosEArquivos() {
+    EXPECT_EQ(Le("select NOME from TRELATORIOS order by NOME"), "CLIENTES.RTM;NOTAS0.RTM;VENDAS POR CIDADE.RTM");
+    EXPECT_EQ(Conteudo(Conexao(), "TRELATORIOS where NOME = 'NOTAS0.RTM'", {"ARQUIVO"}),
+              LeArquivo(fs::path(WKD_EXEMPLOS) / "pacote" / "Notas0.rtm"));
+    EXPECT_TRUE(fs::exists(loja_->Pasta() / "layouts" / "Notas0.rtm"));
+    EXPECT_EQ(Le("select ARQUIVO, VERSAO from TARQ_VER order by ARQUIVO"), "Ação.ini|7.17;Menu.cfg|7.17");
+}
+
+void SqlServer::ConfereCasos() {
+    EXPECT_EQ(Conteudo(Conexao(), "TMEIO", {"CODIGO", "NOME"}), "1|um\n2|dois");
+    EXPECT_EQ(Le("select CODIGO, QUANTO from TCHAVE"), "A|42");
+    EXPECT_EQ(Le("select CODIGO, \"ORDER\" from BTCHAVE"), "A|3") << "a column that the dictionary does not know";
+    EXPECT_EQ(Coluna(Conexao().Colunas("TCHAVE"), "QUANTO").tipoSql, "int");
+    EXPECT_EQ(Le("select TEXTO, VALOR, QUANTO from TSEMCHAVE"), "sem chave|1.5|7");
+    EXPECT_EQ(Coluna(Conexao().Colunas("TLONGA"), "TEXTO").tamanho, 1998);
+    EXPECT_EQ(Le("select TEXTO from TLONGA"), "longo");
+    EXPECT_EQ(Coluna(Conexao().Colunas("TPRESA"), "B").tamanho, 9);
+    EXPECT_EQ(Coluna(Conexao().Colunas("TPRESA"), "C").tipo, TTipoDado::Flutuante);
+    EXPECT_FALSE(ColunaDeNome(Conexao().Colunas("TVIRABLOB"), "TEXTO_TMP"));
+}
+
+/// Some servers of that language say themselves what they lack.
+void SqlServer::ConfereCorrecoes() {
+    auto recusadas = loja_->Tela().memo1;
+    std::erase_if(recusadas, [](const auto& linha) {
+        return !linha.starts_with("Erro rodando a query") || linha.find("not currently supported") != std::string::npos;
+    });
+    ASSERT_EQ(recusadas.size(), 1u) << Junta(recusadas, "\n");
+    EXPECT_TRUE(recusadas[0].starts_with("Erro rodando a query: Up401I_4 ")) << recusadas[0];
+}
+
+void SqlServer::ConfereQueNadaFalta() {
+    const auto plano = Planeja(loja_->Modulo(), OpcoesDeTeste(loja_->Pasta().Caminho()), {});
+    ASSERT_TRUE(plano);
+    for (const auto& tabela : plano->tabelas)
+        EXPECT_EQ(tabela.acao, TAcaoDaTabela::Nada) << tabela.nome << tabela.motivo;
+    EXPECT_TRUE(plano->correcoes.empty() && plano->preparacao.empty());
 }
 
 TEST_F(SqlServer, AWholeUpdateCreatesAltersRebuildsAndKeepsEveryRow) {
@@ -100,6 +149,24 @@ TEST_F(SqlServer, AWholeUpdateCreatesAltersRebuildsAndKeepsEveryRow) {
     EXPECT_FALSE(TTelaDeTeste::Contem(tela.memo2, "ATENÇÃO"));
     EXPECT_FALSE(TTelaDeTeste::Contem(tela.memo2, "Conteúdo diferente"));
     EXPECT_NE(LeArquivo(loja_->Pasta() / "AtualizaWKD.rejeitados.jsonl").find("TG_CONTAS"), std::string::npos);
+
+    ConfereRelatoriosEArquivos();
+    ConfereCasos();
+    ConfereCorrecoes();
+    ConfereQueNadaFalta();
+}
+
+TEST_F(SqlServer, ATableThatTheServerWouldNotCreateIsNotDropped) {
+    Conexao().ExecuteDirect(
+        "update SATRIB set TIPO = 'ftString', TAMANHO = 5000 where ARQUIVO = 'TCHAVE' and NOME = 'QUANTO'");
+    const auto antes = Conexao().NomesDeTabelas();
+    TTB& tb = loja_->Modulo().Atualiza;
+    EXPECT_FALSE(tb.ReCriaTabela("TCHAVE"));
+    EXPECT_NE(tb.Erro().find("5000"), std::string::npos) << tb.Erro();
+    EXPECT_EQ(Le("select CODIGO, QUANTO from TCHAVE"), "A|42");
+    EXPECT_EQ(Conexao().NomesDeTabelas(), antes);
+    EXPECT_FALSE(tb.ImpedimentoParaCriar("TMEIO"));
+    EXPECT_FALSE(Conexao().InTransaction());
 }
 
 TErroBanco Dependencia(std::int64_t codigo) {
@@ -110,9 +177,9 @@ TErroBanco Dependencia(std::int64_t codigo) {
 }
 
 TEST_F(SqlServer, WhatStandsOnAColumnGoesBeforeItsAlterationAndComesBack) {
-    Conexao().ExecuteDirect("create table TPRESA (A int not null primary key, B nvarchar(5), C int default 1)");
-    Conexao().ExecuteDirect("create index IX_PRESA on TPRESA (B desc, A)");
-    const std::string altera = "alter table TPRESA alter COLUMN B nvarchar(9)";
+    Conexao().ExecuteDirect("create table TATADA (A int not null primary key, B nvarchar(5), C int default 1)");
+    Conexao().ExecuteDirect("create index IX_ATADA on TATADA (B desc, A)");
+    const std::string altera = "alter table TATADA alter COLUMN B nvarchar(9)";
     std::vector<std::string> vistos;
     Conexao().Observa([&](std::string_view comando) {
         vistos.emplace_back(comando);
@@ -121,12 +188,12 @@ TEST_F(SqlServer, WhatStandsOnAColumnGoesBeforeItsAlterationAndComesBack) {
     TOpcoes opcoes;
     TEstado estado;
     TContexto ctx{loja_->Modulo(), opcoes, estado, "", ""};
-    const auto resultado = ExecutaNaColuna(ctx, "TPRESA", "B", altera);
+    const auto resultado = ExecutaNaColuna(ctx, "TATADA", "B", altera);
     Conexao().Observa(nullptr);
     EXPECT_TRUE(resultado) << resultado.Mensagem();
     EXPECT_EQ(Maiusculas(Junta(vistos, "\n")).find("ADD CONSTRAINT"), std::string::npos);
-    EXPECT_EQ(Coluna(Conexao().Colunas("TPRESA"), "B").tamanho, 9);
-    const auto indices = Conexao().Indices("TPRESA");
+    EXPECT_EQ(Coluna(Conexao().Colunas("TATADA"), "B").tamanho, 9);
+    const auto indices = Conexao().Indices("TATADA");
     ASSERT_EQ(indices.size(), 1u);
     EXPECT_EQ(Maiusculas(Junta(indices[0].colunas, ",")), "B,A");
 
@@ -135,10 +202,10 @@ TEST_F(SqlServer, WhatStandsOnAColumnGoesBeforeItsAlterationAndComesBack) {
         vistos.emplace_back(comando);
         if (vistos.size() == 1) throw Dependencia(4922);
     });
-    ExecutaNaColuna(ctx, "TPRESA", "C", "alter table TPRESA drop column C");
+    ExecutaNaColuna(ctx, "TATADA", "C", "alter table TATADA drop column C");
     Conexao().Observa(nullptr);
     EXPECT_TRUE(std::ranges::any_of(
-        vistos, [](const auto& comando) { return comando.starts_with("alter table TPRESA drop constraint "); }));
+        vistos, [](const auto& comando) { return comando.starts_with("alter table TATADA drop constraint "); }));
 }
 
 }  // namespace
