@@ -89,10 +89,12 @@ double IdaEVolta(TBancoDaCopia& banco, F&& copia) {
 double NossaIdaEVolta(TBancoDaCopia& banco, double& conferencia) {
     TContexto& ctx = banco.Contexto();
     const std::vector<std::string> chave = {"CODIGO"};
-    double tempo = Cronometra([&] { CriaBackup(ctx, "TCLI", chave, true); });
+    TBackupFeito backup;
+    double tempo = Cronometra([&] { backup = CriaBackup(ctx, "TCLI", chave, true); });
     banco.Executa("drop table TCLI");
     banco.CriaVazia("TCLI", true);
-    tempo += Cronometra([&] { VoltaBackup(ctx, "TCLI", chave, RestauracaoInteira(ctx, "TCLI")); });
+    tempo +=
+        Cronometra([&] { VoltaBackup(ctx, "TCLI", chave, RestauracaoInteira(ctx, "TCLI", backup.chaveDaTabela)); });
     conferencia = std::min(conferencia, Cronometra([&] {
                                if (!ConfereComBackup(banco.Conexao(), "BTCLI", "TCLI", {}).Igual())
                                    throw std::runtime_error("não confere");
