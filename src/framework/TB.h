@@ -65,7 +65,8 @@ class TTB {
     /// The same for columns that the stored dictionary does not have yet.
     std::string ComandoCriaTabela(std::string_view tabela, const std::vector<TColunaDicionario>& colunas) const;
     /// Why a table of these columns could not be created, dropped first if it exists: no columns, names that repeat,
-    /// types without text, or a statement that the server does not take. Not inside an open transaction.
+    /// types without text, a row too large, or a statement that the server does not take. Not inside an open
+    /// transaction.
     std::optional<std::string> ImpedimentoParaCriar(std::string_view tabela,
                                                     const std::vector<TColunaDicionario>& colunas);
     std::optional<std::string> ImpedimentoParaCriar(std::string_view tabela) {

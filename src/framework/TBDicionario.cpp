@@ -2,6 +2,7 @@
 #include <iterator>
 #include <set>
 
+#include "RegistroFirebird.h"
 #include "TB.h"
 #include "TBComandos.h"
 #include "Texto.h"
@@ -146,7 +147,11 @@ std::optional<std::string> TTB::ImpedimentoParaCriar(std::string_view tabela,
         if (erro.ConexaoPerdida()) throw;
         return erro.what();
     }
-    return std::nullopt;
+    if (conexao_.TipoBanco() != TTipoBanco::tbInterbase) return std::nullopt;
+    const std::int64_t bytes = BytesDoRegistro(conexao_, colunas);
+    if (bytes <= kBytesDoRegistro) return std::nullopt;
+    return "O registro da tabela " + std::string(tabela) + " teria " + std::to_string(bytes) +
+           " bytes; o servidor aceita até " + std::to_string(kBytesDoRegistro);
 }
 
 }  // namespace wkd

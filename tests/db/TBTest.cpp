@@ -90,6 +90,27 @@ TEST_F(TBTest, WhatCannotBeCreatedIsKnownBeforehand) {
     EXPECT_EQ(tb_.ImpedimentoParaCriar("TX", {{"A", "GUID", "38", "it's", "", 1}}), std::nullopt);
 }
 
+/// The server says so only at the commit.
+TEST(TBRegistroTest, TheLargestRowIsTheServers) {
+    for (const char* conjunto : {"WIN1252", "UTF8"}) {
+        SCOPED_TRACE(conjunto);
+        TBancoTemporario banco(conjunto);
+        TTB tb(banco.Conexao(), banco.Arquivo().parent_path());
+        const int letras = std::string_view(conjunto) == "UTF8" ? 8'191 : 32'765;
+        std::vector<TColunaDicionario> colunas = {
+            {"A", "ftString", "3", "", "", 0}, {"F", "ftBlob", "", "", "", 0},
+            {"I", "ftInteger", "", "", "", 0}, {"T", "ftTime", "", "", "", 0},
+            {"D", "ftFloat", "", "", "", 0},   {"X", "ftString", std::to_string(letras), "", "", 0},
+            {"Y", "ftString", "", "", "", 0}};
+        int cabem = letras - 100;
+        for (colunas.back().tamanho = std::to_string(cabem); !tb.ImpedimentoParaCriar("TX", colunas);)
+            colunas.back().tamanho = std::to_string(++cabem);
+        EXPECT_THROW(banco.Conexao().ExecuteDirect(tb.ComandoCriaTabela("TX", colunas)), TErroBanco);
+        colunas.back().tamanho = std::to_string(cabem - 1);
+        EXPECT_NO_THROW(banco.Conexao().ExecuteDirect(tb.ComandoCriaTabela("TX", colunas))) << cabem;
+    }
+}
+
 TEST_F(TBTest, MissingColumnsAreAddedAlsoBesideRows) {
     Executa("create table TCLI (CODIGO integer not null)");
     Executa("insert into TCLI values (1)");
