@@ -57,7 +57,7 @@ class TReconstrucao {
 
     void Guarda();
     void GuardaObjetos();
-    void GuardaCalculadas();
+    std::vector<std::string> GuardaFontes(std::string_view tipo, const std::vector<TFonte>& fontes);
     bool Apaga();
     void ApagaEMarca();
     void RelataPerdas();
@@ -136,25 +136,24 @@ void TReconstrucao::GuardaObjetos() {
         if (std::ranges::find(devolucoes, comando) == devolucoes.end()) devolucoes.push_back(std::move(comando));
     GuardaDevolucoes(ctx_, backup_, devolucoes);
 
-    TRejeitados rejeitados(ctx_, tabela_, "Gatilho");
-    for (const auto& [nome, fonte] : GatilhosDaTabela(ctx_, tabela_)) {
-        if (!rejeitados.Valor({}, "o gatilho é apagado com a tabela", nome, fonte))
-            throw std::runtime_error("o gatilho " + nome + " não pôde ser guardado");
-        gatilhos_.push_back(nome);
-    }
-    restricoes_ = RestricoesDaTabela(ctx_, tabela_);
-    GuardaCalculadas();
+    std::vector<TFonte> calculadas;  // columns that the server computes are known to no dictionary
+    for (const auto& coluna : ctx_.Conexao().Colunas(tabela_))
+        if (!coluna.expressao.empty()) calculadas.push_back({coluna.nome, coluna.expressao});
+    gatilhos_ = GuardaFontes("Gatilho", GatilhosDaTabela(ctx_, tabela_));
+    restricoes_ = GuardaFontes("Restrição", RestricoesDaTabela(ctx_, tabela_));
+    calculadas_ = GuardaFontes("Coluna calculada", calculadas);
 }
 
-/// Columns that the server computes are known to no dictionary.
-void TReconstrucao::GuardaCalculadas() {
-    TRejeitados rejeitados(ctx_, tabela_, "Coluna calculada");
-    for (const auto& coluna : ctx_.Conexao().Colunas(tabela_)) {
-        if (coluna.expressao.empty()) continue;
-        if (!rejeitados.Valor({}, "a coluna é apagada com a tabela", coluna.nome, coluna.expressao))
-            throw std::runtime_error("a coluna calculada " + coluna.nome + " não pôde ser guardada");
-        calculadas_.push_back(coluna.nome);
+/// Keeps in the rejects file what goes with the table; returns the names.
+std::vector<std::string> TReconstrucao::GuardaFontes(std::string_view tipo, const std::vector<TFonte>& fontes) {
+    TRejeitados rejeitados(ctx_, tabela_, tipo);
+    std::vector<std::string> nomes;
+    for (const auto& [nome, texto] : fontes) {
+        if (!rejeitados.Valor({}, "apagado com a tabela", nome, texto))
+            throw std::runtime_error(std::string(tipo) + " " + nome + ": a fonte não pôde ser guardada");
+        nomes.push_back(nome);
     }
+    return nomes;
 }
 
 bool TReconstrucao::Apaga() {
@@ -190,7 +189,7 @@ void TReconstrucao::RelataPerdas() {
     };
     relata("gatilhos não recriados, fonte no arquivo de rejeitados", gatilhos_);
     relata("colunas calculadas não recriadas, fonte no arquivo de rejeitados", calculadas_);
-    relata("restrições não recriadas", restricoes_);
+    relata("restrições não recriadas, fonte no arquivo de rejeitados", restricoes_);
 }
 
 void TReconstrucao::Ergue() {

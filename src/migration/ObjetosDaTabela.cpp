@@ -23,13 +23,14 @@ std::vector<std::string> Nomes(TContexto& ctx, std::string_view sql, const std::
     return nomes;
 }
 
-void IndicesForaDoDicionario(TContexto& ctx, const std::string& tabela, std::vector<std::string>& comandos) {
+void IndicesForaDoDicionario(TContexto& ctx, const std::string& nome, std::vector<std::string>& comandos) {
+    const std::string tabela = Maiusculas(nome);
     std::vector<std::string> conhecidos;
     if (ctx.dm.ExisteTabela("SINDSEC"))
-        conhecidos = Nomes(ctx, "select NOME from SINDSEC where Upper(ARQUIVO) = :tabela", tabela);
+        conhecidos = Nomes(ctx, "select NOME from SINDSEC where ARQUIVO = :tabela", nome);
     for (const TIndice& indice : ctx.Conexao().Indices(tabela)) {
         const bool conhecido = std::ranges::any_of(
-            conhecidos, [&](const std::string& nome) { return IgualSemCaixa(Apara(nome), indice.nome); });
+            conhecidos, [&](const std::string& outro) { return IgualSemCaixa(Apara(outro), indice.nome); });
         if (indice.restricao.empty() && !conhecido) comandos.push_back(ComandoCriaIndice(indice, tabela, ctx.Banco()));
     }
 }
@@ -85,12 +86,48 @@ void PermissoesFirebird(TContexto& ctx, const std::string& tabela, std::vector<s
     }
 }
 
+std::vector<TFonte> Fontes(TContexto& ctx, std::string_view sql, const std::string& tabela) {
+    std::vector<TFonte> fontes;
+    if (!Conhecido(ctx)) return fontes;
+    TWKDQuery q(ctx.Conexao(), sql);
+    q.Param("tabela", tabela).Open();
+    for (; !q.Eof(); q.Next())
+        fontes.push_back({std::string(AparaFim(q.Texto("NOME"))), TextoDeBytes(q.Campo("FONTE").ComoBytes())});
+    return fontes;
+}
+
+constexpr std::string_view kRestricoesSqlServer =
+    "select f.name as NOME, 'foreign key (' + stuff((select ',' + col_name(k.parent_object_id, k.parent_column_id)"
+    " from sys.foreign_key_columns k where k.constraint_object_id = f.object_id order by k.constraint_column_id"
+    " for xml path('')), 1, 1, '') + ') references ' + object_name(f.referenced_object_id) as FONTE"
+    " from sys.foreign_keys f where f.parent_object_id = object_id(:tabela)"
+    " union all select name, 'check ' + definition from sys.check_constraints where parent_object_id ="
+    " object_id(:tabela)"
+    " union all select u.name, 'unique (' + stuff((select ',' + col_name(i.object_id, i.column_id)"
+    " from sys.index_columns i where i.object_id = u.parent_object_id and i.index_id = u.unique_index_id"
+    " order by i.key_ordinal for xml path('')), 1, 1, '') + ')' from sys.key_constraints u where u.type = 'UQ'"
+    " and u.parent_object_id = object_id(:tabela) order by 1";
+
+constexpr std::string_view kRestricoesFirebird =
+    "select c.rdb$constraint_name as NOME, cast(case c.rdb$constraint_type when 'CHECK' then"
+    " (select first 1 g.rdb$trigger_source from rdb$check_constraints k join rdb$triggers g"
+    " on g.rdb$trigger_name = k.rdb$trigger_name where k.rdb$constraint_name = c.rdb$constraint_name)"
+    " else lower(trim(c.rdb$constraint_type)) || ' (' || (select list(trim(s.rdb$field_name)) from"
+    " rdb$index_segments s where s.rdb$index_name = c.rdb$index_name) || ')' || coalesce((select ' references ' ||"
+    " trim(u.rdb$relation_name) || ' (' || (select list(trim(s.rdb$field_name)) from rdb$index_segments s"
+    " where s.rdb$index_name = u.rdb$index_name) || ') on update ' || lower(trim(r.rdb$update_rule)) ||"
+    " ' on delete ' || lower(trim(r.rdb$delete_rule)) from rdb$ref_constraints r join rdb$relation_constraints u"
+    " on u.rdb$constraint_name = r.rdb$const_name_uq where r.rdb$constraint_name = c.rdb$constraint_name), '')"
+    " end as blob sub_type 0) as FONTE from rdb$relation_constraints c where c.rdb$relation_name = :tabela"
+    " and c.rdb$constraint_type in ('FOREIGN KEY', 'UNIQUE', 'CHECK') order by 1";
+
 }  // namespace
 
-std::vector<std::string> ComandosDeDevolucao(TContexto& ctx, const std::string& tabela) {
+std::vector<std::string> ComandosDeDevolucao(TContexto& ctx, const std::string& nome) {
     std::vector<std::string> comandos;
     if (!Conhecido(ctx)) return comandos;
-    IndicesForaDoDicionario(ctx, tabela, comandos);
+    const std::string tabela = Maiusculas(nome);
+    IndicesForaDoDicionario(ctx, nome, comandos);
     if (SqlServer(ctx))
         PermissoesSqlServer(ctx, tabela, comandos);
     else
@@ -98,34 +135,19 @@ std::vector<std::string> ComandosDeDevolucao(TContexto& ctx, const std::string& 
     return comandos;
 }
 
-std::vector<TGatilho> GatilhosDaTabela(TContexto& ctx, const std::string& tabela) {
-    std::vector<TGatilho> gatilhos;
-    if (!Conhecido(ctx)) return gatilhos;
-    TWKDQuery q(ctx.Conexao(),
-                SqlServer(ctx)
-                    ? "select g.name as NOME, m.definition as FONTE from sys.triggers g join sys.sql_modules m"
-                      " on m.object_id = g.object_id where g.parent_id = object_id(:tabela) order by g.name"
-                    : "select rdb$trigger_name as NOME, cast(rdb$trigger_source as blob sub_type 0) as FONTE"
-                      " from rdb$triggers where rdb$relation_name = :tabela and coalesce(rdb$system_flag, 0) = 0"
-                      " order by 1");
-    q.Param("tabela", tabela).Open();
-    for (; !q.Eof(); q.Next())
-        gatilhos.push_back({std::string(AparaFim(q.Texto("NOME"))), TextoDeBytes(q.Campo("FONTE").ComoBytes())});
-    return gatilhos;
+std::vector<TFonte> GatilhosDaTabela(TContexto& ctx, const std::string& tabela) {
+    return Fontes(ctx,
+                  SqlServer(ctx)
+                      ? "select g.name as NOME, m.definition as FONTE from sys.triggers g join sys.sql_modules m"
+                        " on m.object_id = g.object_id where g.parent_id = object_id(:tabela) order by g.name"
+                      : "select rdb$trigger_name as NOME, cast(rdb$trigger_source as blob sub_type 0) as FONTE"
+                        " from rdb$triggers where rdb$relation_name = :tabela and coalesce(rdb$system_flag, 0) = 0"
+                        " order by 1",
+                  tabela);
 }
 
-std::vector<std::string> RestricoesDaTabela(TContexto& ctx, const std::string& tabela) {
-    if (!Conhecido(ctx)) return {};
-    return Nomes(ctx,
-                 SqlServer(ctx)
-                     ? "select name as NOME from sys.foreign_keys where parent_object_id = object_id(:tabela)"
-                       " union select name from sys.check_constraints where parent_object_id = object_id(:tabela)"
-                       " union select name from sys.key_constraints where type = 'UQ'"
-                       " and parent_object_id = object_id(:tabela) order by 1"
-                     : "select rdb$constraint_name as NOME from rdb$relation_constraints"
-                       " where rdb$relation_name = :tabela"
-                       " and rdb$constraint_type in ('FOREIGN KEY', 'UNIQUE', 'CHECK') order by 1",
-                 tabela);
+std::vector<TFonte> RestricoesDaTabela(TContexto& ctx, const std::string& tabela) {
+    return Fontes(ctx, SqlServer(ctx) ? kRestricoesSqlServer : kRestricoesFirebird, tabela);
 }
 
 std::vector<std::string> DependentesDaTabela(TContexto& ctx, const std::string& tabela) {

@@ -10,15 +10,16 @@ namespace wkd {
 /// What goes with a table when it is dropped, and what keeps it from being dropped, from the server's catalogue. Table
 /// names in capitals. Empty answers on servers whose catalogue is not known here.
 
-/// Statements that give the table again what SINDSEC and the dictionary do not know: indexes and grants.
-std::vector<std::string> ComandosDeDevolucao(TContexto& ctx, const std::string& tabela);
+/// Statements that give the table again what SINDSEC and the dictionary do not know: indexes and grants. `nome` is the
+/// table's as the package writes it, by which its indexes are looked up in SINDSEC.
+std::vector<std::string> ComandosDeDevolucao(TContexto& ctx, const std::string& nome);
 
-struct TGatilho {
-    std::string nome, fonte;
+struct TFonte {
+    std::string nome, texto;
 };
-std::vector<TGatilho> GatilhosDaTabela(TContexto& ctx, const std::string& tabela);
-/// Names of its foreign-key, unique and check constraints.
-std::vector<std::string> RestricoesDaTabela(TContexto& ctx, const std::string& tabela);
+std::vector<TFonte> GatilhosDaTabela(TContexto& ctx, const std::string& tabela);
+/// Its foreign-key, unique and check constraints.
+std::vector<TFonte> RestricoesDaTabela(TContexto& ctx, const std::string& tabela);
 /// Views, triggers, procedures and foreign keys of other tables that depend on it, each with its kind.
 std::vector<std::string> DependentesDaTabela(TContexto& ctx, const std::string& tabela);
 

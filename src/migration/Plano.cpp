@@ -227,7 +227,7 @@ TPlanoDaTabela TPlanejador::Tabela(const TMarcasDeAnalise& marcas) {
         tabela.comandos.push_back("drop table " + Maiusculas(nome));
     if (recria) {
         const std::string fisica = decisao.acao == TAcaoDaTabela::Cria ? nome : Maiusculas(nome);
-        tabela.comandos.push_back(ctx_.dm.Atualiza.ComandoCriaTabela(fisica, ColunasNovas(ctx_, fisica)));
+        tabela.comandos.push_back(ctx_.dm.Atualiza.ComandoCriaTabela(fisica, ColunasNovas(ctx_, nome)));
     }
     if (decisao.acao != TAcaoDaTabela::Nada) Achados(tabela, decisao);
     return tabela;
@@ -277,7 +277,7 @@ void TPlanejador::ExaminaFormatos(TPlanoDaTabela& tabela) {
 
 void TPlanejador::ExaminaDependencias(TPlanoDaTabela& tabela) {
     const std::string nome = Maiusculas(tabela.nome);
-    if (const auto impede = ImpedimentoDaReconstrucao(ctx_, nome))
+    if (const auto impede = ImpedimentoDaReconstrucao(ctx_, tabela.nome))
         tabela.achados.push_back({"impedimento", "", "não seria reconstruída: " + *impede, 0, {}});
     if (!ctx_.dm.ExisteTabela(nome)) return;
     const auto relata = [&](std::string tipo, std::string texto, std::vector<std::string> nomes) {
@@ -286,10 +286,15 @@ void TPlanejador::ExaminaDependencias(TPlanoDaTabela& tabela) {
         tabela.achados.push_back({std::move(tipo), "", std::move(texto), quantos, std::move(nomes)});
     };
     relata("dependentes", "dependem da tabela e impedem a reconstrução", DependentesDaTabela(ctx_, nome));
-    relata("restricoes", "restrições que não voltam depois da reconstrução", RestricoesDaTabela(ctx_, nome));
-    std::vector<std::string> gatilhos;
-    for (const auto& gatilho : GatilhosDaTabela(ctx_, nome)) gatilhos.push_back(gatilho.nome);
-    relata("gatilhos", "gatilhos que não voltam; a fonte fica no arquivo de rejeitados", std::move(gatilhos));
+    const auto relataFontes = [&](std::string tipo, std::string texto, const std::vector<TFonte>& fontes) {
+        std::vector<std::string> nomes;
+        for (const auto& fonte : fontes) nomes.push_back(fonte.nome);
+        relata(std::move(tipo), std::move(texto), std::move(nomes));
+    };
+    relataFontes("restricoes", "restrições que não voltam; a fonte fica no arquivo de rejeitados",
+                 RestricoesDaTabela(ctx_, nome));
+    relataFontes("gatilhos", "gatilhos que não voltam; a fonte fica no arquivo de rejeitados",
+                 GatilhosDaTabela(ctx_, nome));
 }
 
 }  // namespace
