@@ -98,10 +98,12 @@ void RelataCriacao(TContexto& ctx, const std::string& linha, std::string_view ta
 
 }  // namespace
 
-void RegravaDicionario(TContexto& ctx, std::string_view tabela, bool preencheObrigatorios) {
+void RegravaDicionario(TContexto& ctx, std::string_view tabela, bool reconstrucao) {
     TTransacao transacao(ctx.Conexao());
-    ctx.Conexao().Prepara("delete from satrib where arquivo = " + Aspas(tabela))->Executa();
-    IncluiLinhas(ctx, preencheObrigatorios);
+    const std::string daTabela =
+        reconstrucao ? "upper(arquivo) = " + Aspas(Maiusculas(tabela)) : "arquivo = " + Aspas(tabela);
+    ctx.Conexao().Prepara("delete from satrib where " + daTabela)->Executa();
+    IncluiLinhas(ctx, reconstrucao);
     ctx.dm.MesclaCamposPersonalizados(tabela);
     transacao.Commit();
     ctx.desatualizadas.insert(ChaveDeNome(tabela));

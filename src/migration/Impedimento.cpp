@@ -29,6 +29,11 @@ void AcrescentaPersonalizadas(TContexto& ctx, const std::string& tabela, std::ve
     }
 }
 
+/// The rebuild reads the dictionary from it, or keeps there how far it has come.
+bool UsadaPelaReconstrucao(const std::string& tabela) {
+    return tabela == "SATRIB" || tabela == "SARQUIVO" || tabela == "TINI";
+}
+
 bool EhTabelaDoDicionario(TContexto& ctx, const std::string& nome) {
     return ctx.dm.SArquivoNovo.Existe("NOME_ARQUIVO", {nome}) || !ctx.dm.Atualiza.ColunasDoDicionario(nome).empty() ||
            ContaRegistros(ctx.Conexao(),
@@ -48,12 +53,14 @@ std::vector<TColunaDicionario> ColunasNovas(TContexto& ctx, const std::string& t
     return colunas;
 }
 
-std::optional<std::string> ImpedimentoDaReconstrucao(TContexto& ctx, const std::string& tabela) {
+std::optional<std::string> ImpedimentoDaReconstrucao(TContexto& ctx, const std::string& nome) {
+    const std::string tabela = Maiusculas(nome);
+    if (UsadaPelaReconstrucao(tabela)) return "A própria reconstrução usa a tabela " + tabela;
     if (ctx.dm.SatribNovo.IsEmpty()) return "O pacote não tem colunas da tabela " + tabela;
     if (const std::string backup = NomeDaBackup(tabela); EhTabelaDoDicionario(ctx, backup))
         return "A tabela de backup " + backup + " teria o nome de uma tabela do dicionário";
     if (auto motivo = ColunaForaDoDicionario(ctx)) return motivo;
-    return ctx.dm.Atualiza.ImpedimentoParaCriar(tabela, ColunasNovas(ctx, tabela));
+    return ctx.dm.Atualiza.ImpedimentoParaCriar(tabela, ColunasNovas(ctx, nome));
 }
 
 }  // namespace wkd

@@ -9,11 +9,14 @@
 
 namespace wkd {
 
-/// The table's columns as the dictionary will have them, those of the customer among them.
-std::vector<TColunaDicionario> ColunasNovas(TContexto& ctx, const std::string& tabela);
+// The table is named as the package writes it: its rows in the customer's dictionary are looked up by that.
 
-/// Why a table, its name in capitals, must not be rebuilt: the package's columns of it cannot make a table, or its
-/// backup table would have the name of a business table. Expects SatribNovo on the table.
-std::optional<std::string> ImpedimentoDaReconstrucao(TContexto& ctx, const std::string& tabela);
+/// The table's columns as the dictionary will have them, those of the customer among them.
+std::vector<TColunaDicionario> ColunasNovas(TContexto& ctx, const std::string& nome);
+
+/// Why a table must not be rebuilt: the package's columns of it cannot make a table, its
+/// backup table would have the name of a business table, or the rebuild itself lives on it. Expects SatribNovo on the
+/// table.
+std::optional<std::string> ImpedimentoDaReconstrucao(TContexto& ctx, const std::string& nome);
 
 }  // namespace wkd

@@ -36,8 +36,8 @@ std::string Causa(const TErroBanco& erro) {
 /// VERSAO -1 stays until they are back.
 class TReconstrucao {
   public:
-    TReconstrucao(TContexto& ctx, std::string tabela)
-        : ctx_(ctx), tabela_(std::move(tabela)), backup_(NomeDaBackup(tabela_)) {}
+    TReconstrucao(TContexto& ctx, std::string_view nome)
+        : ctx_(ctx), nome_(nome), tabela_(Maiusculas(nome)), backup_(NomeDaBackup(tabela_)) {}
 
     void Executa() {
         if (RestauracaoInterrompida(ctx_, tabela_)) {
@@ -78,6 +78,7 @@ class TReconstrucao {
     void RelataColunas(const std::vector<std::string>& ficaram);
 
     TContexto& ctx_;
+    std::string nome_;  // as the package writes it
     std::string tabela_, backup_;
     std::vector<std::string> chave_, chaveAntiga_, gatilhos_, restricoes_, calculadas_;
     std::set<std::string> alteradas_;
@@ -114,12 +115,12 @@ void TReconstrucao::Falhou(const std::string& causa) {
 /// The run has dropped them before the rebuild.
 void TReconstrucao::RefazIndices() {
     if (!existe_) return;
-    if (!ctx_.dm.Atualiza.CriaIndiceSecundarios(tabela_)) ctx_.Log(ctx_.dm.Atualiza.Erro());
+    if (!ctx_.dm.Atualiza.CriaIndiceSecundarios(nome_)) ctx_.Log(ctx_.dm.Atualiza.Erro());
 }
 
 void TReconstrucao::Guarda() {
     existe_ = ctx_.dm.ExisteTabela(tabela_);
-    if (const auto impedimento = ImpedimentoDaReconstrucao(ctx_, tabela_)) throw std::runtime_error(*impedimento);
+    if (const auto impedimento = ImpedimentoDaReconstrucao(ctx_, nome_)) throw std::runtime_error(*impedimento);
     const auto reserva = existe_ ? ctx_.Conexao().Reserva(tabela_) : nullptr;
     chave_ = ChaveGuardada(ctx_, tabela_);
     const TBackupFeito backup = CriaBackup(ctx_, tabela_, chave_, dispensada_);
@@ -132,7 +133,7 @@ void TReconstrucao::Guarda() {
 
 void TReconstrucao::GuardaObjetos() {
     auto devolucoes = DevolucoesGuardadas(ctx_, backup_);
-    for (auto& comando : ComandosDeDevolucao(ctx_, tabela_))
+    for (auto& comando : ComandosDeDevolucao(ctx_, nome_))
         if (std::ranges::find(devolucoes, comando) == devolucoes.end()) devolucoes.push_back(std::move(comando));
     GuardaDevolucoes(ctx_, backup_, devolucoes);
 
@@ -196,7 +197,7 @@ void TReconstrucao::Ergue() {
     apagada_ = true;
     ctx_.dm.AtualizaListaDeTabelas();
     RegravaDicionarioNovo();
-    if (!CriaTabelaComIndices(ctx_, tabela_)) throw std::runtime_error(ctx_.dm.Atualiza.Erro());
+    if (!CriaTabelaComIndices(ctx_, nome_)) throw std::runtime_error(ctx_.dm.Atualiza.Erro());
     const bool restaurada = Restaura(RestauracaoInteira(ctx_, tabela_, chaveAntiga_));
     const TConferencia conferencia = Confere();
     if (restaurada) Termina(conferencia.Igual());
@@ -226,7 +227,7 @@ void TReconstrucao::Retoma() {
 void TReconstrucao::DispensaBackup() {
     const auto ficaram = ColunasSoDe(backup_, tabela_);
     std::vector<std::string> pedidas;
-    for (const auto& coluna : ColunasNovas(ctx_, tabela_))
+    for (const auto& coluna : ColunasNovas(ctx_, nome_))
         std::ranges::copy_if(ficaram, std::back_inserter(pedidas),
                              [&](const std::string& nome) { return IgualSemCaixa(coluna.nome, nome); });
     if (!pedidas.empty())
@@ -244,7 +245,7 @@ void TReconstrucao::DispensaBackup() {
 
 /// Whether the table was created from the package's columns. Without a mark its own columns must say so, too.
 bool TReconstrucao::ColunasDoPacote() {
-    const auto novas = ColunasNovas(ctx_, tabela_);
+    const auto novas = ColunasNovas(ctx_, nome_);
     const auto definicoes = [this](const std::vector<TColunaDicionario>& colunas) {
         std::set<std::string> textos;
         for (const auto& coluna : colunas)
@@ -274,7 +275,7 @@ void TReconstrucao::RegravaDicionarioNovo() {
     std::string causa;
     for (int tentativa = 1; tentativa <= kTentativas; ++tentativa) {
         try {
-            RegravaDicionario(ctx_, tabela_, true);
+            RegravaDicionario(ctx_, nome_, true);
             const auto faltam = ColunasForaDoDicionario();
             if (faltam.empty()) return;
             causa = "colunas fora do dicionário: " + Junta(faltam, ", ");
@@ -290,7 +291,7 @@ std::vector<std::string> TReconstrucao::ColunasForaDoDicionario() {
     std::set<std::string> guardadas;
     for (const auto& coluna : ctx_.dm.Atualiza.ColunasDoDicionario(tabela_)) guardadas.insert(ChaveDeNome(coluna.nome));
     std::vector<std::string> faltam;
-    for (const auto& coluna : ColunasNovas(ctx_, tabela_))
+    for (const auto& coluna : ColunasNovas(ctx_, nome_))
         if (ColunaFisica(coluna) && !guardadas.contains(ChaveDeNome(coluna.nome))) faltam.push_back(coluna.nome);
     return faltam;
 }
@@ -320,8 +321,8 @@ TConferencia TReconstrucao::Confere() {
 
 /// A second try for what could not be created on the empty table; its failure has been reported.
 void TReconstrucao::CompletaIndices() {
-    ctx_.dm.Atualiza.CriaIndicePrimario(tabela_, false);
-    ctx_.dm.Atualiza.CriaIndiceSecundarios(tabela_);
+    ctx_.dm.Atualiza.CriaIndicePrimario(nome_, false);
+    ctx_.dm.Atualiza.CriaIndiceSecundarios(nome_);
 }
 
 void TReconstrucao::DevolveObjetos() {
@@ -371,7 +372,7 @@ void Nova(TContexto& ctx, std::string_view tabela) {
     ctx.tabelaAtual = Maiusculas(tabela);
     ctx.acaoAtual = "Criar Tabela";
     ctx.estado.falhouApagar = false;
-    TReconstrucao(ctx, ctx.tabelaAtual).Executa();
+    TReconstrucao(ctx, tabela).Executa();
 }
 
 }  // namespace wkd

@@ -266,6 +266,13 @@ TEST(NovaTest, ARejectedRowDoesNotHideThatAnotherIsMissing) {
     }
 }
 
+/// Of 65,536 bytes and more in UTF8.
+TAtributos MuitosTextos() {
+    TAtributos colunas = {{"CODIGO", "ftInteger", 0, 1}};
+    for (int i = 0; i < 66; ++i) colunas.push_back({"C" + std::to_string(i), "ftString", 250});
+    return colunas;
+}
+
 TEST(NovaTest, AnUnfitPackageOrDictionaryLeavesTheTableAsItWas) {
     struct TCaso {
         const char* nome;
@@ -278,6 +285,7 @@ TEST(NovaTest, AnUnfitPackageOrDictionaryLeavesTheTableAsItWas) {
         {"name twice", {{"CODIGO", "ftInteger", 0, 1}, {"codigo", "ftInteger"}}, "", "codigo"},
         {"reserved word", {{"CODIGO", "ftInteger", 0, 1}, {"ORDER", "ftInteger"}}, "", "ORDER"},
         {"name too long", {{"CODIGO", "ftInteger", 0, 1}, {"NOME_DE_MAIS_DE_VINTE_E_CINCO"}}, "", "SATRIB"},
+        {"too large a row", MuitosTextos(), "", "65535"},
         {"backup is a table", kNovos, "insert into SARQUIVO values ('1', 'BTCLI', 1)", "BTCLI"},
         {"view", kNovos, "create view VCLI as select NOME from TCLI", "visão VCLI"},
         {"foreign key", kNovos, "create table TFILHO (CLI integer references TCLI)", "TFILHO"},
@@ -314,11 +322,58 @@ TEST(NovaTest, ATableThatAnotherConnectionWritesIsReportedAndKept) {
     EXPECT_EQ(banco.Le("select VALOR from TCLI where CODIGO = 1"), "99");
 }
 
+/// The names of table, stored rows and package may differ in letter case.
+TEST(NovaTest, TheTableIsRebuiltHoweverItsNameIsWritten) {
+    const char* casos[][2] = {{"Tcli", "Tcli"}, {"TCLI", "Tcli"}, {"Tcli", "TCLI"}};
+    for (const auto& [guardada, pacote] : casos) {
+        SCOPED_TRACE(std::string(guardada) + " " + pacote);
+        TBancoDaNova banco;
+        banco.Guardada(guardada, kVelhos);
+        banco.Executa("alter table SATRIB add COD_PLUGIN varchar(5)");
+        banco.Executa("alter table SATRIB_USER add COD_PLUGIN varchar(5)");
+        banco.Executa("insert into SATRIB_USER (ARQUIVO, NOME, TIPO, TAMANHO, SEQUENCIA) values ('" +
+                      std::string(pacote) + "', 'U_COR', 'ftString', 5, 9)");
+        banco.Executa("insert into SINDSEC values ('" + std::string(guardada) + "', 'ICLI_NOME', 0)");
+        banco.Executa("insert into SINDSECA values ('" + std::string(guardada) + "', 'ICLI_NOME', 'NOME', 1)");
+        banco.Executa(
+            "create table TCLI (CODIGO integer not null primary key, NOME varchar(20), VALOR integer, U_COR"
+            " varchar(5))");
+        banco.Executa("create index ICLI_NOME on TCLI (NOME)");
+        banco.Executa("insert into TCLI values (1, 'José', 10, 'azul')");
+        banco.Pacote(pacote, kNovos);
+        banco.Reconstroi();
+        EXPECT_EQ(banco.Le("select * from TCLI"), "1|José|10|N|azul");
+        EXPECT_EQ(banco.Le("select ARQUIVO, NOME, TAMANHO from SATRIB order by SEQUENCIA"),
+                  Troca("#|CODIGO|0;#|NOME|30;#|VALOR|0;#|TIPO|1;#|U_COR|5", "#", pacote));
+        EXPECT_EQ(banco.Conexao().Indices("TCLI").size(), 1U);
+        EXPECT_EQ(banco.Le("select VERSAO from SARQUIVO"), "2");
+        EXPECT_TRUE(banco.tela_.memo2.empty()) << Junta(banco.tela_.memo2, "\n");
+    }
+}
+
+TEST(NovaTest, TheTablesThatARebuildLivesOnAreNotRebuilt) {
+    for (const std::string tabela : {"SATRIB", "SARQUIVO", "TINI"}) {
+        SCOPED_TRACE(tabela);
+        TBancoDaNova banco;
+        banco.Guardada(tabela, {{"NOME", "ftString", 20}});
+        banco.Pacote(tabela, {{"NOME", "ftString", 30}});
+        banco.Reconstroi();
+        EXPECT_TRUE(banco.estado_.falhouApagar);
+        EXPECT_TRUE(TTelaDeTeste::Contem(banco.tela_.memo2, "usa a tabela " + tabela));
+        EXPECT_TRUE(banco.Conexao().ExisteTabela(tabela));
+        EXPECT_FALSE(banco.Conexao().ExisteTabela("B" + tabela));
+    }
+}
+
 TEST(NovaTest, WhatTheDropTakesAlongComesBackOrIsKept) {
     TCliente banco;
     banco.Executa("create descending index MEU_INDICE on TCLI (VALOR, NOME)");
     banco.Executa("grant select, update (NOME) on TCLI to MARIA with grant option");
-    banco.Executa("alter table TCLI add constraint UNICO unique (NOME)");
+    banco.Executa("alter table TCLI add constraint UNICO unique (NOME, CODIGO)");
+    banco.Executa("alter table TCLI add constraint CERTO check (VALOR > 0)");
+    banco.Executa("create table TPAI (ID integer primary key)");
+    banco.Executa("insert into TPAI select VALOR from TCLI");
+    banco.Executa("alter table TCLI add constraint DO_PAI foreign key (VALOR) references TPAI on delete set null");
     banco.Executa("create trigger GCLI for TCLI before insert as begin new.VALOR = 'ç' || 1; end");
     banco.Reconstroi();
     const std::string permissoes =
@@ -330,8 +385,10 @@ TEST(NovaTest, WhatTheDropTakesAlongComesBackOrIsKept) {
         indices.push_back(indice.nome + (indice.descendente ? "-" : "+"));
     EXPECT_EQ(Junta(indices, " "), "ICLI_NOME+ MEU_INDICE-");
     EXPECT_TRUE(TTelaDeTeste::Contem(banco.tela_.memo2, "GCLI"));
-    EXPECT_TRUE(TTelaDeTeste::Contem(banco.tela_.memo2, "UNICO"));
-    EXPECT_NE(banco.Rejeitados().find("new.VALOR = 'ç' || 1"), std::string::npos);
+    EXPECT_TRUE(TTelaDeTeste::Contem(banco.tela_.memo2, "CERTO, DO_PAI, UNICO"));
+    for (const char* fonte : {"new.VALOR = 'ç' || 1", "unique (NOME,CODIGO)", "check (VALOR > 0)",
+                              "foreign key (VALOR) references TPAI (ID) on update restrict on delete set null"})
+        EXPECT_NE(banco.Rejeitados().find(fonte), std::string::npos) << fonte << "\n" << banco.Rejeitados();
 }
 
 TEST(NovaTest, AnOlderInterruptedRebuildGoesOnFromItsBackup) {
