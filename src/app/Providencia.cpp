@@ -40,7 +40,9 @@ constexpr TRegra kRegras[] = {
      "Rode a atualização de novo: ela continua da tabela de backup, onde estão todos os registros."},
     {"COLUNAS QUE FICARAM SÓ EM", "Guarde a tabela de backup enquanto o conteúdo dessas colunas for preciso."},
     {"GATILHOS NÃO RECRIADOS", "Recrie os gatilhos a partir da fonte em AtualizaWKD.rejeitados.jsonl."},
-    {"RESTRIÇÕES NÃO RECRIADAS", "Recrie as restrições listadas, se ainda forem precisas."},
+    {"RESTRIÇÕES NÃO RECRIADAS",
+     "Recrie as restrições, se ainda forem precisas, a partir da fonte em "
+     "AtualizaWKD.rejeitados.jsonl."},
     {"REPETIDO", kRepetidos},
     {"DUPLICATE", kRepetidos},
     {"PRIMARY OR UNIQUE KEY", kRepetidos},

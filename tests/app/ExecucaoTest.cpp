@@ -135,7 +135,7 @@ TEST(ExecucaoTest, TheWindowAnswersWhileATableOfManyRowsIsRebuilt) {
     QObject::connect(&olha, &QTimer::timeout, [&] {
         maiorAtual = std::max(maiorAtual, janela.C<QProgressBar>("pbAtual").value());
         const QString texto = janela.C<QLabel>("lblEstimativa").text();
-        estimou = estimou || (texto.startsWith("Tabela 12 de 14 | ") && texto.contains(", faltam 00:"));
+        estimou = estimou || (texto.startsWith("Tabela 12 de 14 | ") && texto.contains(" de 100."));
     });
     olha.start(50);
     const TMedidorDeParadas paradas;

@@ -32,7 +32,7 @@ const std::vector<TCasoDificil>& Casos() {
           " constraint FK_TFKS foreign key (PAI) references TPAI)",
           "insert into TFKS values (1, 'filho', 1)"},
          1,
-         "Tabela TFKS: restrições não recriadas: FK_TFKS",
+         "Tabela TFKS: restrições não recriadas, fonte no arquivo de rejeitados: FK_TFKS",
          "select CODIGO, NOME from TFKS",
          "1|filho",
          2},
