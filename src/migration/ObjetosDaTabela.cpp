@@ -177,6 +177,8 @@ std::vector<std::string> DependentesDaTabela(TContexto& ctx, const std::string& 
 
 namespace {
 
+/// Firebird keeps the statements in the backup table's comment; each may have lines of its own.
+constexpr char kEntreComandos = '\x1f';
 /// On SQL Server every statement is an extended property of the backup table; one holds at most 7,500 bytes.
 constexpr std::string_view kPropriedade = "WKD_DEVOLUCAO_";
 
@@ -219,7 +221,8 @@ void GuardaDevolucoes(TContexto& ctx, const std::string& backup, const std::vect
     if (!Conhecido(ctx) || comandos == DevolucoesGuardadas(ctx, backup)) return;
     if (SqlServer(ctx)) return GuardaPropriedades(ctx, backup, comandos);
     ExecutaComando(ctx.Conexao(),
-                   "comment on table " + backup + " is " + (comandos.empty() ? "null" : Aspas(Junta(comandos, "\n"))));
+                   "comment on table " + backup + " is " +
+                       (comandos.empty() ? "null" : Aspas(Junta(comandos, std::string(1, kEntreComandos)))));
 }
 
 std::vector<std::string> DevolucoesGuardadas(TContexto& ctx, const std::string& backup) {
@@ -229,7 +232,7 @@ std::vector<std::string> DevolucoesGuardadas(TContexto& ctx, const std::string& 
                 "select cast(rdb$description as blob sub_type 0) as TEXTO from rdb$relations"
                 " where rdb$relation_name = :tabela");
     q.Param("tabela", backup).Open();
-    return q.Eof() ? std::vector<std::string>() : Divide(TextoDeBytes(q.Campo("TEXTO").ComoBytes()), '\n');
+    return q.Eof() ? std::vector<std::string>() : Divide(TextoDeBytes(q.Campo("TEXTO").ComoBytes()), kEntreComandos);
 }
 
 }  // namespace wkd

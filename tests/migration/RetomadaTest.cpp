@@ -35,7 +35,7 @@ struct TBancoEmUso : TBancoDaNova {
             comandos.push_back("insert into TCLI values (" + std::to_string(i) + ", 'nome', 'v')");
         if (repete) comandos.push_back("update TCLI set CODIGO = 3, NOME = 'repete' where CODIGO = 40");
         ExecutaTudo(comandos);
-        Executa("create index ICLI_A_MAO on TCLI (NOME)");
+        Executa("create index ICLI_A_MAO on TCLI computed by (upper(\nNOME))");
         Executa("grant select on TCLI to MARIA");
         Pacote("TCLI", novos);
         InterrompeARestauracao(*this);
