@@ -1,6 +1,5 @@
-#include "Atualizacao.h"
 #include "Casos.h"
-#include "TelaMuda.h"
+#include "Corrida.h"
 #include "Texto.h"
 
 namespace wkd {
@@ -9,29 +8,9 @@ namespace {
 
 /// Time of the tables of one run that analyses them all, and its statements from then on.
 double Corre(const TBancoGrande& banco, int& comandos) {
-    TTelaMuda tela;
-    TDataModulo dm(banco.Aliases(), tela);
-    dm.SQLConnection1.SetAlias("GRANDE");
-    dm.SQLConnection1.Open();
-    int enviados = 0;
-    dm.SQLConnection1.Observa([&](std::string_view) { ++enviados; });
-    double tempo = 0;
-    TRelogio::time_point inicio;
-    tela.aoMostrar = [&](std::string_view linha) {
-        if (linha.starts_with("Tabelas do sistema")) {
-            inicio = TRelogio::now();
-            enviados = 0;
-        }
-        if (!linha.starts_with("Finalizada")) return;
-        tempo = Segundos(inicio);
-        comandos = enviados;
-    };
     TOpcoes opcoes = banco.Opcoes();
     opcoes.todas = true;
-    TEstado estado;
-    TAtualizacao(dm, opcoes, estado).Executa();
-    if (!tela.erros.empty()) throw std::runtime_error(tela.erros.front());
-    return tempo;
+    return CorreTabelas(banco, opcoes, "Tabelas do sistema", comandos);
 }
 
 /// Deletes and copies of the customer's columns, as every table has them.

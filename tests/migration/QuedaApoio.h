@@ -17,14 +17,6 @@
 
 namespace wkd {
 
-inline TCampoPacote Campo(const char* nome, TTipoDado tipo, int tamanho = 0) {
-    TCampo campo;
-    campo.nome = nome;
-    campo.tipo = tipo;
-    campo.tamanho = tamanho;
-    return CampoDePacote(campo);
-}
-
 struct TColuna {
     const char *tabela, *nome, *tipo;
     int tamanho, chave;
@@ -102,12 +94,13 @@ inline void GravaColunas(TConnection& banco, std::span<const TColuna> colunas) {
 /// Writes "pacote.zip" with the dictionary of these columns, each table in version 2 and with the description, if any.
 inline void Empacota(const std::filesystem::path& pasta, std::span<const TColuna> novas, const char* descricao = "") {
     TDataPacket tabelas, colunas;
-    tabelas.campos = {Campo("COD_MODULO", TTipoDado::Texto, 3), Campo("NOME_ARQUIVO", TTipoDado::Texto, 50),
-                      Campo("VERSAO", TTipoDado::Inteiro)};
-    if (*descricao) tabelas.campos.push_back(Campo("DESCRICAO_TABELA", TTipoDado::Texto, 50));
-    colunas.campos = {Campo("ARQUIVO", TTipoDado::Texto, 50), Campo("SEQUENCIA", TTipoDado::Inteiro),
-                      Campo("NOME", TTipoDado::Texto, 25),    Campo("TIPO", TTipoDado::Texto, 25),
-                      Campo("TAMANHO", TTipoDado::Inteiro),   Campo("CHAVE_DE_PESQUISA", TTipoDado::Inteiro)};
+    tabelas.campos = {CampoDePacote("COD_MODULO", TTipoDado::Texto, 3),
+                      CampoDePacote("NOME_ARQUIVO", TTipoDado::Texto, 50), CampoDePacote("VERSAO", TTipoDado::Inteiro)};
+    if (*descricao) tabelas.campos.push_back(CampoDePacote("DESCRICAO_TABELA", TTipoDado::Texto, 50));
+    colunas.campos = {
+        CampoDePacote("ARQUIVO", TTipoDado::Texto, 50), CampoDePacote("SEQUENCIA", TTipoDado::Inteiro),
+        CampoDePacote("NOME", TTipoDado::Texto, 25),    CampoDePacote("TIPO", TTipoDado::Texto, 25),
+        CampoDePacote("TAMANHO", TTipoDado::Inteiro),   CampoDePacote("CHAVE_DE_PESQUISA", TTipoDado::Inteiro)};
     std::string_view tabela;
     int sequencia = 0;
     for (const TColuna& c : novas) {

@@ -1,8 +1,7 @@
 #include "BancoDeExemplo.h"
 
-#include <fstream>
-
 #include "BancoTemporario.h"
+#include "LojaSqlServer.h"
 #include "firebird/ConexaoFirebird.h"
 
 namespace wkd {
@@ -11,24 +10,15 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Runs the statements of a script that end with ";" at a line's end.
-void ExecutaScript(TConnection& conexao, const fs::path& arquivo) {
-    std::ifstream script(arquivo);
-    std::string comando, linha;
-    while (std::getline(script, linha)) {
-        if (linha.starts_with("--")) continue;
-        comando += linha + "\n";
-        if (!linha.ends_with(';')) continue;
-        comando.resize(comando.size() - 2);
-        const bool doIsql = comando.starts_with("set sql") || comando.starts_with("commit");
-        if (!doIsql && comando.starts_with("create")) {
+void ExecutaScript(TConnection& conexao, const fs::path& script) {
+    for (const std::string& comando : ComandosDaLoja(script, false)) {
+        if (comando.starts_with("create")) {
             if (conexao.InTransaction()) conexao.Commit();
             conexao.ExecuteDirect(comando);
-        } else if (!doIsql) {
+        } else {
             if (!conexao.InTransaction()) conexao.StartTransaction();
             conexao.Prepara(comando)->Executa();
         }
-        comando.clear();
     }
     if (conexao.InTransaction()) conexao.Commit();
 }
