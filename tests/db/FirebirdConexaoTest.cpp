@@ -176,6 +176,9 @@ TEST(FirebirdConexao, TheCatalogueKeepsWhatACopyOfATableNeeds) {
     EXPECT_EQ(conexao.Indices("T")[0].expressao, "(upper(C))");
     EXPECT_EQ(conexao.NomesDeTabelas(), (std::vector<std::string>{"T", "mista"}));
     EXPECT_EQ(conexao.Colunas("MISTA").size(), 1u);
+    const std::string longa = "('" + std::string(1500, 'x') + "')";
+    conexao.ExecuteDirect("alter table T add I computed by " + longa);
+    EXPECT_EQ(conexao.Colunas("T").back().expressao, longa);
     EXPECT_EQ(conexao.VersaoServidor().rfind("Firebird ", 0), 0u);
 }
 

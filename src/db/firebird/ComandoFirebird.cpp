@@ -76,8 +76,12 @@ TInstrucaoFirebird::~TInstrucaoFirebird() {
     isc_dsql_free_statement(estado, &handle_, DSQL_drop);
 }
 
-TComandoFirebird::TComandoFirebird(std::shared_ptr<TSessaoFirebird> sessao, std::string_view sql)
-    : sessao_(std::move(sessao)), sql_(sql), analise_(AnalisaComando(sql)), valores_(analise_.parametros.size()) {
+TComandoFirebird::TComandoFirebird(std::shared_ptr<TSessaoFirebird> sessao, std::string_view sql, TLeitura leitura)
+    : sessao_(std::move(sessao)),
+      sql_(sql),
+      leitura_(leitura),
+      analise_(AnalisaComando(sql)),
+      valores_(analise_.parametros.size()) {
     Prepara();
 }
 
@@ -85,17 +89,16 @@ void TComandoFirebird::Prepara() {
     sessao_->ConfereConexao();
     if (instrucao_ && instrucao_->Geracao() == sessao_->Geracao()) return;
     instrucao_.reset();
+    propria_.reset();
     const auto texto = sessao_->TextoSql(analise_.texto);
-    std::optional<TTransacaoFirebird> propria;
-    if (!sessao_->transacao) propria.emplace(*sessao_, TModo::Leitura);
-    auto& transacao = propria ? *propria : *sessao_->transacao;
-    auto instrucao = std::make_unique<TInstrucaoFirebird>(*sessao_, transacao, texto, sql_);
+    auto instrucao = std::make_unique<TInstrucaoFirebird>(*sessao_, Transacao(TModo::Leitura), texto, sql_);
     std::swap(instrucao_, instrucao);
     campos_.clear();
     for (std::size_t i = 0; i < instrucao_->Colunas().Quantos(); ++i)
         campos_.push_back(CampoDe(instrucao_->Colunas().Var(i)));
     DescreveParametros();
     especie_ = PerguntaEspecie();
+    if (especie_ != TEspecie::Consulta) propria_.reset();
 }
 
 void TComandoFirebird::DescreveParametros() {
@@ -125,6 +128,8 @@ TComandoFirebird::TEspecie TComandoFirebird::PerguntaEspecie() {
             return TEspecie::Consulta;
         case isc_info_sql_stmt_exec_procedure:
             return TEspecie::LinhaUnica;
+        case isc_info_sql_stmt_ddl:
+            return TEspecie::Definicao;
         case isc_info_sql_stmt_insert: {
             const bool deConsulta = Minusculas(sql_).find("select") != std::string::npos;
             return deConsulta ? TEspecie::Outra : TEspecie::Insercao;
@@ -146,7 +151,12 @@ void TComandoFirebird::AtribuiFluxo(std::size_t parametro, TLeitorBytes& fonte) 
 }
 
 TTransacaoFirebird& TComandoFirebird::Transacao(TModo modo) {
-    if (sessao_->transacao) return *sessao_->transacao;
+    if (sessao_->transacao) {
+        propria_.reset();
+        return *sessao_->transacao;
+    }
+    if (modo == TModo::Leitura && leitura_ == TLeitura::Catalogo) return sessao_->Catalogo();
+    if (modo == TModo::Leitura && propria_) return *propria_;
     return propria_.emplace(*sessao_, modo);
 }
 
@@ -171,7 +181,7 @@ std::int64_t TComandoFirebird::Executa() {
 }
 
 void TComandoFirebird::Abre() {
-    Fecha();
+    if (cursor_ != TCursor::Fechado) Fecha();
     Prepara();
     if (campos_.empty()) throw std::logic_error("o comando não devolve linhas: " + sql_);
     const bool unica = especie_ == TEspecie::LinhaUnica;
@@ -224,8 +234,15 @@ TValor TComandoFirebird::Valor(std::size_t campo) {
     const auto& var = instrucao_->Colunas().Var(campo);
     if ((var.sqltype & ~1) != SQL_BLOB) return LeValor(var);
     if ((var.sqltype & 1) != 0 && *var.sqlind < 0) return {};
-    if (!propria_ && !sessao_->transacao) throw std::logic_error("blob lido depois do fim da transação: " + sql_);
-    return ConteudoDoBlob(sessao_, var, propria_ ? *propria_ : *sessao_->transacao);
+    auto* transacao = TransacaoDoCursor();
+    if (!transacao) throw std::logic_error("blob lido depois do fim da transação: " + sql_);
+    return ConteudoDoBlob(sessao_, var, *transacao);
+}
+
+TTransacaoFirebird* TComandoFirebird::TransacaoDoCursor() {
+    if (propria_) return &*propria_;
+    if (sessao_->transacao) return sessao_->transacao.get();
+    return leitura_ == TLeitura::Catalogo ? &sessao_->Catalogo() : nullptr;
 }
 
 void TComandoFirebird::Codifica(TTransacaoFirebird& transacao) {
@@ -277,7 +294,7 @@ void TComandoFirebird::GravaIdDeBlob(std::size_t posicao, const ISC_QUAD& id) {
 
 std::int64_t TComandoFirebird::LinhasTocadas() {
     if (especie_ == TEspecie::Insercao) return 1;  // saves a question, over the network a round trip
-    if (especie_ == TEspecie::Consulta) return 0;
+    if (especie_ == TEspecie::Consulta || especie_ == TEspecie::Definicao) return 0;
     TEstadoFirebird estado;
     char item = isc_info_sql_records;
     char resposta[64] = {};

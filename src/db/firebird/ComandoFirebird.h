@@ -35,7 +35,12 @@ class TInstrucaoFirebird {
 
 class TComandoFirebird : public TComando {
   public:
-    TComandoFirebird(std::shared_ptr<TSessaoFirebird> sessao, std::string_view sql);
+    /// Where a cursor reads while the program has no transaction open: in a transaction of its own, which is that of
+    /// the preparation the first time, or, for the system tables, in the session's.
+    enum class TLeitura { Propria, Catalogo };
+
+    TComandoFirebird(std::shared_ptr<TSessaoFirebird> sessao, std::string_view sql,
+                     TLeitura leitura = TLeitura::Propria);
     ~TComandoFirebird() override { Fecha(); }
 
     using TComando::Atribui;
@@ -61,13 +66,14 @@ class TComandoFirebird : public TComando {
         std::vector<char> memoria;
         ISC_SHORT nulo = 0;
     };
-    enum class TEspecie { Outra, Consulta, Insercao, LinhaUnica };
+    enum class TEspecie { Outra, Consulta, Insercao, LinhaUnica, Definicao };
     enum class TCursor { Fechado, Aberto, LinhaUnica };
 
     void Prepara();
     void DescreveParametros();
     TEspecie PerguntaEspecie();
     TTransacaoFirebird& Transacao(TTransacaoFirebird::TModo modo);
+    TTransacaoFirebird* TransacaoDoCursor();
     void Roda(TTransacaoFirebird& transacao, XSQLDA* saida);
     void Codifica(TTransacaoFirebird& transacao);
     void CodificaPosicao(std::size_t posicao, TTransacaoFirebird& transacao);
@@ -77,6 +83,7 @@ class TComandoFirebird : public TComando {
 
     std::shared_ptr<TSessaoFirebird> sessao_;
     std::string sql_;
+    TLeitura leitura_;
     TComandoSql analise_;
     std::vector<TParametro> valores_;
     std::unique_ptr<TInstrucaoFirebird> instrucao_;

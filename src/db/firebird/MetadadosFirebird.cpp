@@ -164,17 +164,19 @@ std::vector<std::string> TMetadadosFirebird::NomesDeTabelas() {
     return nomes;
 }
 
+TMetadadosFirebird::TGuardado TMetadadosFirebird::Pergunta(std::string_view sql) const {
+    return std::make_unique<TComandoFirebird>(sessao_, sql, TComandoFirebird::TLeitura::Catalogo);
+}
+
 TComando& TMetadadosFirebird::Abre(TGuardado& comando, std::string_view sql, std::string_view tabela) {
-    if (!comando) comando = std::make_unique<TComandoFirebird>(sessao_, sql);
+    if (!comando) comando = Pergunta(sql);
     comando->Atribui("pTabela", NomeExato(tabela));
     comando->Abre();
     return *comando;
 }
 
 std::string TMetadadosFirebird::NomePor(TGuardado& comando, std::string_view onde, std::string_view nome) {
-    if (!comando)
-        comando = std::make_unique<TComandoFirebird>(
-            sessao_, "select r.rdb$relation_name from rdb$relations r where " + std::string(onde));
+    if (!comando) comando = Pergunta("select r.rdb$relation_name from rdb$relations r where " + std::string(onde));
     comando->Atribui("pNome", nome);
     comando->Abre();
     std::string achado = comando->Proximo() ? Nome(*comando, 0) : "";

@@ -30,6 +30,7 @@ class TMetadadosFirebird {
     using TGuardado = std::unique_ptr<TComando>;
 
     TValor Unico(std::string_view sql);
+    TGuardado Pergunta(std::string_view sql) const;
     /// The prepared question about one table, opened.
     TComando& Abre(TGuardado& comando, std::string_view sql, std::string_view tabela);
     /// The name that the question finds for the text; empty when it finds none.

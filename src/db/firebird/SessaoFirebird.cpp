@@ -75,9 +75,15 @@ void TSessaoFirebird::Desliga() noexcept {
     if (!Ligada()) return;
     for (auto* aberta : abertas_) aberta->Rollback();
     transacao.reset();
+    catalogo_.reset();
     TEstadoFirebird estado;
     isc_detach_database(estado, &banco_);
     banco_ = 0;
+}
+
+TTransacaoFirebird& TSessaoFirebird::Catalogo() {
+    if (!catalogo_) catalogo_ = std::make_unique<TTransacaoFirebird>(*this, TTransacaoFirebird::TModo::Leitura);
+    return *catalogo_;
 }
 
 void TSessaoFirebird::Confere(const ISC_STATUS* estado, std::string_view comando) {

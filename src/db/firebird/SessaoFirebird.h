@@ -58,6 +58,9 @@ class TSessaoFirebird {
 
     /// The transaction that the program has open; null without one.
     std::unique_ptr<TTransacaoFirebird> transacao;
+    /// A reading one for the system tables. It stays open: it sees what is committed meanwhile, and no statement waits
+    /// for it.
+    TTransacaoFirebird& Catalogo();
 
   private:
     friend class TTransacaoFirebird;
@@ -69,6 +72,7 @@ class TSessaoFirebird {
     std::string condenada_;  // by this error
     unsigned geracao_ = 0;
     TConnection::TObservador observador_;
+    std::unique_ptr<TTransacaoFirebird> catalogo_;
     std::vector<TTransacaoFirebird*> abertas_;
 };
 
