@@ -11,9 +11,13 @@ namespace wkd {
 
 namespace {
 
-/// For whoever wants to see the statement that the server refused; failing to write it stops nothing.
+/// For whoever wants to see the statement that the server refused; failing to write it stops nothing. The file is made
+/// anew: some file systems bring one that was emptied to the disk at once, ten times slower.
 void GuardaComando(const std::filesystem::path& pasta, const std::string& comando) {
-    std::ofstream(pasta / "erroCria.sql", std::ios::binary) << comando;
+    const auto arquivo = pasta / "erroCria.sql";
+    std::error_code semErro;
+    std::filesystem::remove(arquivo, semErro);
+    std::ofstream(arquivo, std::ios::binary) << comando;
 }
 
 bool TemLinhas(TConnection& conexao, std::string_view tabela) {
@@ -25,7 +29,7 @@ bool TemLinhas(TConnection& conexao, std::string_view tabela) {
 }  // namespace
 
 TTB::TTB(TConnection& conexao, std::filesystem::path pastaComandos)
-    : conexao_(conexao), pastaComandos_(std::move(pastaComandos)) {}
+    : conexao_(conexao), pastaComandos_(std::move(pastaComandos)), dicionario_(conexao) {}
 
 bool TTB::Falha(std::string motivo) {
     erro_ = std::move(motivo);
@@ -47,19 +51,31 @@ bool TTB::Tenta(const std::function<bool()>& operacao) {
 bool TTB::ExisteTabela(std::string_view tabela) { return conexao_.ExisteTabela(tabela); }
 
 bool TTB::CriaTabela(std::string_view tabela, bool backup) {
-    return Tenta([&] {
-        const std::string fisica = backup ? NomeDaBackup(tabela) : std::string(tabela);
-        if (backup && !ColunasDoDicionario(fisica).empty())
-            return Falha("A tabela de backup " + fisica + " teria o nome de uma tabela do dicionário");
-        const bool existe = ExisteTabela(fisica);
-        if (existe && !backup) return Falha("A tabela " + fisica + " já existe");
+    comando_.clear();
+    return Tenta([&] { return backup ? CriaBackup(tabela) : CriaDoDicionario(std::string(tabela)); });
+}
 
-        const std::string comando = ComandoCriaTabela(tabela, backup);
-        GuardaComando(pastaComandos_, comando);
-        if (existe) ExecutaComando(conexao_, "drop table " + fisica);
-        ExecutaComando(conexao_, comando);
+bool TTB::CriaBackup(std::string_view tabela) {
+    const std::string backup = NomeDaBackup(tabela);
+    if (!ColunasDoDicionario(backup).empty())
+        return Falha("A tabela de backup " + backup + " teria o nome de uma tabela do dicionário");
+    comando_ = ComandoCriaTabela(tabela, true);
+    GuardaComando(pastaComandos_, comando_);
+    if (ExisteTabela(backup)) ExecutaComando(conexao_, "drop table " + backup);
+    ExecutaComando(conexao_, comando_);
+    return true;
+}
+
+bool TTB::CriaDoDicionario(const std::string& tabela) {
+    comando_ = ComandoCriaTabela(tabela, false);
+    GuardaComando(pastaComandos_, comando_);
+    try {
+        ExecutaComando(conexao_, comando_);
         return true;
-    });
+    } catch (const TErroBanco& erro) {
+        if (erro.ConexaoPerdida() || !ExisteTabela(tabela)) throw;
+        return Falha("A tabela " + tabela + " já existe");
+    }
 }
 
 bool TTB::AtualizaTabela(std::string_view tabela) {

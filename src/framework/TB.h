@@ -10,6 +10,7 @@
 
 #include "Connection.h"
 #include "DefinicaoCampo.h"
+#include "LeituraDoDicionario.h"
 
 namespace wkd {
 
@@ -39,27 +40,33 @@ class TTB {
     bool ReCriaTabela(std::string_view tabela);
 
     // Keys and indexes
+    /// Nova: just created, and so without key and indexes; the server need not be asked.
+    enum class TIdade { Antiga, Nova };
     /// True drops the primary key, false the secondary indexes; those of constraints stay. Each is dropped on its
     /// own; afterwards throws naming those that could not be.
     void ApagaInidices(std::string_view tabela, bool primario);
     /// Drops the secondary indexes that CriaIndiceSecundarios makes again, and no others.
     void ApagaIndicesDoDicionario(std::string_view tabela);
     bool ExisteIndicePrimario(std::string_view tabela);
-    /// True at once when there is a key. Nullable key columns are made NOT NULL first where the server wants it;
-    /// nothing is changed when rows lack a key value or repeat one.
-    bool CriaIndicePrimario(std::string_view tabela, bool backup);
+    /// True at once when there is a key. Nullable key columns are made NOT NULL where the server wants it; nothing is
+    /// changed when rows lack a key value or repeat one.
+    bool CriaIndicePrimario(std::string_view tabela, bool backup, TIdade idade = TIdade::Antiga);
     /// Creates what the table lacks of its indexes; one that fails does not stop the others.
-    bool CriaIndiceSecundarios(std::string_view tabela);
+    bool CriaIndiceSecundarios(std::string_view tabela, TIdade idade = TIdade::Antiga);
 
     /// Why the last operation returned false.
     const std::string& Erro() const { return erro_; }
     /// Whether one of its reasons may pass by itself, such as a lock.
     bool ErroPassageiro() const { return passageiro_; }
 
+    /// CREATE TABLE of the last CriaTabela; empty when it came to none.
+    const std::string& UltimaCriacao() const { return comando_; }
+    TLeituraDoDicionario& Dicionario() { return dicionario_; }
+
     /// Physical columns of the dictionary, in SEQUENCIA order.
-    std::vector<TColunaDicionario> ColunasDoDicionario(std::string_view tabela);
+    std::vector<TColunaDicionario> ColunasDoDicionario(std::string_view tabela) { return dicionario_.Colunas(tabela); }
     /// Names of those of its key; none when the dictionary gives the table no key.
-    std::vector<std::string> ColunasDaChave(std::string_view tabela);
+    std::vector<std::string> ColunasDaChave(std::string_view tabela) { return dicionario_.Chave(tabela); }
     /// In backup mode with the columns that only the physical table has, and types that hold its values.
     std::string ComandoCriaTabela(std::string_view tabela, bool backup);
     /// The same for columns that the stored dictionary does not have yet.
@@ -84,6 +91,8 @@ class TTB {
     void Grava();
 
   private:
+    bool CriaBackup(std::string_view tabela);
+    bool CriaDoDicionario(const std::string& tabela);
     void ApagaSecundarios(std::string_view tabela, const std::function<bool(const TIndice&)>& apaga);
     /// Row that PosicionaTB found, or that Novo and Editar prepare.
     struct TLinhaAtual {
@@ -99,6 +108,7 @@ class TTB {
     bool Tenta(const std::function<bool()>& operacao);
     void Ensaia(std::string_view tabela, const std::vector<TColunaDicionario>& colunas);
     bool ExigeValores(const std::string& tabela, const std::vector<std::string>& chave);
+    bool AceitaChave(const std::string& comando);
     bool CriaSecundario(std::string_view tabela, const std::string& nome, bool unico, std::string& falha);
     bool GuardaNaBackup(const std::string& tabela);
     /// Adds what was entered since an interrupted rebuild: the rows whose key the backup lacks.
@@ -107,7 +117,8 @@ class TTB {
 
     TConnection& conexao_;
     std::filesystem::path pastaComandos_;
-    std::string erro_;
+    TLeituraDoDicionario dicionario_;
+    std::string comando_, erro_;
     bool passageiro_ = false;
     TLinhaAtual linha_;
 };

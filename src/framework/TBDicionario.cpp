@@ -12,25 +12,6 @@ namespace wkd {
 
 namespace {
 
-std::string ConsultaDoDicionario(std::string_view tabela) {
-    return "SELECT DISTINCT ARQUIVO, SEQUENCIA, NOME, TIPO, TAMANHO, CHAVE_DE_PESQUISA,MASCARA,DISCRIMINACAO,"
-           "VALOR_PADRAO, SOMENTE_LEITURA,  VISIVEL, PREENCHIMENTO_OBRIGATORIO,INCREMENTO, LOOKUP_ARQUIVO, "
-           "LOOKUP_CP_PESQUISA,LOOKUP_INDICE, LOOKUP_CP_CHAVE, LOOKUP_CP_RETORNO,  LOG,CALCULO FROM SATRIB WHERE "
-           "UPPER(ARQUIVO) = " +
-           Aspas(Maiusculas(tabela)) + " AND (TIPO <> 'ftAggregate') ORDER BY SEQUENCIA";
-}
-
-TColunaDicionario LeColuna(TWKDQuery& q) {
-    TColunaDicionario coluna;
-    coluna.nome = Apara(q.Texto("NOME"));
-    coluna.tipo = Apara(q.Texto("TIPO"));
-    coluna.tamanho = Apara(q.Texto("TAMANHO"));
-    coluna.valorPadrao = AparaFim(q.Texto("VALOR_PADRAO"));
-    coluna.calculo = q.Texto("CALCULO");
-    coluna.chave = static_cast<int>(q.Inteiro("CHAVE_DE_PESQUISA"));
-    return coluna;
-}
-
 /// A created table gets its defaults in capitals.
 std::string Definicao(TColunaDicionario coluna, TTipoBanco banco) {
     coluna.valorPadrao = Maiusculas(coluna.valorPadrao);
@@ -99,16 +80,6 @@ std::string ComandoDaTabela(std::string_view tabela, const std::vector<TColunaDi
 }
 
 }  // namespace
-
-std::vector<TColunaDicionario> TTB::ColunasDoDicionario(std::string_view tabela) {
-    std::vector<TColunaDicionario> colunas;
-    TWKDQuery q(conexao_, ConsultaDoDicionario(tabela));
-    for (q.Open(); !q.Eof(); q.Next()) {
-        auto coluna = LeColuna(q);
-        if (ColunaFisica(coluna)) colunas.push_back(std::move(coluna));
-    }
-    return colunas;
-}
 
 std::string TTB::ComandoCriaTabela(std::string_view tabela, bool backup) {
     const auto colunas = ColunasDoDicionario(tabela);

@@ -56,29 +56,6 @@ std::size_t GruposRepetidos(TConnection& conexao, const std::string& tabela, con
                                     Junta(colunas, " IS NULL AND ") + " IS NULL)" + fim);
 }
 
-struct TIndiceDicionario {
-    std::string nome;
-    bool unico = false;
-};
-
-std::vector<TIndiceDicionario> IndicesDoDicionario(TConnection& conexao, std::string_view tabela) {
-    std::vector<TIndiceDicionario> indices;
-    TWKDQuery q(conexao, "SELECT DISTINCT * FROM SINDSEC WHERE ARQUIVO = " + Aspas(tabela));
-    for (q.Open(); !q.Eof(); q.Next()) {
-        const bool temTipo = IndiceDoCampo(q.Campos(), "TIPO") >= 0;  // older dictionaries have no such column
-        indices.push_back({std::string(Apara(q.Texto("NOME"))), temTipo && Apara(q.Texto("TIPO")) == "1"});
-    }
-    return indices;
-}
-
-std::vector<std::string> ColunasDoIndice(TConnection& conexao, std::string_view tabela, std::string_view indice) {
-    std::vector<std::string> colunas;
-    TWKDQuery q(conexao, "SELECT DISTINCT * FROM SINDSECA WHERE ARQUIVO = " + Aspas(tabela) +
-                             " AND NOME  = " + Aspas(indice) + " ORDER BY SEQUENCIA");
-    for (q.Open(); !q.Eof(); q.Next()) colunas.emplace_back(Apara(q.Texto("CAMPO")));
-    return colunas;
-}
-
 }  // namespace
 
 void TTB::ApagaInidices(std::string_view tabela, bool primario) {
@@ -90,7 +67,7 @@ void TTB::ApagaInidices(std::string_view tabela, bool primario) {
 }
 
 void TTB::ApagaIndicesDoDicionario(std::string_view tabela) {
-    const auto conhecidos = IndicesDoDicionario(conexao_, tabela);
+    const auto conhecidos = dicionario_.Indices(tabela);
     if (conhecidos.empty()) return;
     ApagaSecundarios(tabela, [&](const TIndice& indice) {
         return std::ranges::any_of(conhecidos, [&](const auto& c) { return IgualSemCaixa(c.nome, indice.nome); });
@@ -106,16 +83,6 @@ void TTB::ApagaSecundarios(std::string_view tabela, const std::function<bool(con
 }
 
 bool TTB::ExisteIndicePrimario(std::string_view tabela) { return !conexao_.ChavePrimaria(tabela).nome.empty(); }
-
-std::vector<std::string> TTB::ColunasDaChave(std::string_view tabela) {
-    std::vector<std::string> chave;
-    TWKDQuery q(conexao_,
-                " select DISTINCT nome,sequencia from satrib where chave_de_pesquisa = :chave and Upper(arquivo) = "
-                ":arquivo order by sequencia");
-    q.Param("chave", 1).Param("arquivo", Maiusculas(tabela));
-    for (q.Open(); !q.Eof(); q.Next()) chave.emplace_back(Apara(q.Texto("nome")));
-    return chave;
-}
 
 bool TTB::ExigeValores(const std::string& tabela, const std::vector<std::string>& chave) {
     std::vector<std::string> comandos;
@@ -136,20 +103,34 @@ bool TTB::ExigeValores(const std::string& tabela, const std::vector<std::string>
     return true;
 }
 
-bool TTB::CriaIndicePrimario(std::string_view tabela, bool backup) {
+/// The server itself looks for rows that the key does not allow, faster than any query. What it says of them tells no
+/// administrator what to do, so the query comes behind its refusal.
+bool TTB::AceitaChave(const std::string& comando) {
+    try {
+        ExecutaComando(conexao_, comando);
+        return true;
+    } catch (const TErroBanco& erro) {
+        if (erro.ConexaoPerdida()) throw;
+        return false;
+    }
+}
+
+bool TTB::CriaIndicePrimario(std::string_view tabela, bool backup, TIdade idade) {
     return Tenta([&] {
         const std::string fisica = backup ? NomeDaBackup(tabela) : std::string(tabela);
-        if (ExisteIndicePrimario(fisica)) return true;
+        if (idade == TIdade::Antiga && ExisteIndicePrimario(fisica)) return true;
         const auto chave = ColunasDaChave(tabela);
         if (chave.empty()) return Falha("O dicionário não tem chave da tabela " + std::string(tabela));
 
         const std::string chaves = Junta(chave, ",");
+        const std::string comando =
+            "alter table " + fisica + "  add constraint PK_" + fisica + " primary key(" + chaves + ")";
+        if (AceitaChave(comando)) return true;
         const auto grupos = ContaGrupos(
             conexao_, " select count(*) as total from " + fisica + " group by " + chaves + " having count(*) > 1");
         if (grupos > 0) return Falha("A chave " + chaves + " de " + fisica + " tem " + Repetidos(grupos));
         if (!ExigeValores(fisica, chave)) return false;
-        ExecutaComando(conexao_,
-                       "alter table " + fisica + "  add constraint PK_" + fisica + " primary key(" + chaves + ")");
+        ExecutaComando(conexao_, comando);
         return true;
     });
 }
@@ -157,7 +138,7 @@ bool TTB::CriaIndicePrimario(std::string_view tabela, bool backup) {
 bool TTB::CriaSecundario(std::string_view tabela, const std::string& nome, bool unico, std::string& falha) {
     const std::string fisica(tabela);
     try {
-        const auto colunas = ColunasDoIndice(conexao_, tabela, nome);
+        const auto colunas = dicionario_.ColunasDoIndice(tabela, nome);
         const auto grupos = unico && !colunas.empty() ? GruposRepetidos(conexao_, fisica, colunas) : 0;
         if (colunas.empty())
             falha = "sem colunas no dicionário";
@@ -174,12 +155,12 @@ bool TTB::CriaSecundario(std::string_view tabela, const std::string& nome, bool 
     return falha.empty();
 }
 
-bool TTB::CriaIndiceSecundarios(std::string_view tabela) {
+bool TTB::CriaIndiceSecundarios(std::string_view tabela, TIdade idade) {
     return Tenta([&] {
         std::vector<std::string> falhas;
-        const auto doDicionario = IndicesDoDicionario(conexao_, tabela);
+        const auto doDicionario = dicionario_.Indices(tabela);
         if (doDicionario.empty()) return true;
-        const auto fisicos = conexao_.Indices(tabela);
+        const auto fisicos = idade == TIdade::Nova ? std::vector<TIndice>() : conexao_.Indices(tabela);
         for (const auto& [nome, unico] : doDicionario) {
             if (std::ranges::any_of(fisicos, [&, &procurado = nome](const auto& fisico) {
                     return IgualSemCaixa(fisico.nome, procurado);

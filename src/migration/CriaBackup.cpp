@@ -95,12 +95,7 @@ void Copia(TContexto& ctx, const std::string& tabela, const std::vector<std::str
 }  // namespace
 
 std::vector<std::string> ChaveGuardada(TContexto& ctx, const std::string& tabela) {
-    std::vector<std::string> chave;
-    TWKDQuery q(ctx.Conexao(),
-                " select DISTINCT nome,sequencia from satrib where chave_de_pesquisa = :chave and Upper(arquivo) = "
-                ":arquivo order by sequencia");
-    q.Param("chave", 1).Param("arquivo", tabela).Open();
-    for (; !q.Eof(); q.Next()) chave.emplace_back(Apara(q.Texto("nome")));
+    auto chave = ctx.dm.Atualiza.ColunasDaChave(tabela);
     return chave.empty() ? ctx.Conexao().ChavePrimaria(tabela).colunas : chave;
 }
 

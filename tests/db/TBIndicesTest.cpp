@@ -58,6 +58,42 @@ TEST_F(TBTest, SecondaryIndexesAreMadeOneByOneWhateverFails) {
     EXPECT_FALSE(tb_.CriaIndiceSecundarios("TX"));
 }
 
+TEST_F(TBTest, WhatIsReadOnceTellsTheSameOfEveryTable) {
+    Dicionario("TX", {{"A", "ftInteger", "", "", "", 1}});
+    Dicionario("ty", {{"B", "ftInteger", "", "", "", 1}});
+    Dicionario("Tz", {{"C", "ftInteger", "", "", "", 1}});
+    Dicionario("TZ", {{"D", "ftInteger", "", "", "", 0}});
+    Indice("TX", "IX", 1, {"B", "A"});
+    Indice("tx", "IX_OUTRA", 0, {"A"});
+    Indice("TY", "IY", 0, {"B"});
+    Indice("Tz", "IZ", 0, {});
+    const auto conta = [this](const std::string& tabela) {
+        std::string texto = tabela + ":";
+        for (const auto& coluna : tb_.ColunasDoDicionario(tabela)) texto += " " + coluna.nome;
+        texto += " (" + Junta(tb_.ColunasDaChave(tabela), ",") + ")";
+        for (const auto& indice : tb_.Dicionario().Indices(tabela))
+            texto += " " + indice.nome + (indice.unico ? "!" : "") + "(" +
+                     Junta(tb_.Dicionario().ColunasDoIndice(tabela, indice.nome), ",") + ")";
+        return texto;
+    };
+    std::vector<std::string> umaAUma;
+    for (const char* tabela : {"TX", "tx", "TY", "TZ", "TNENHUMA"}) umaAUma.push_back(conta(tabela));
+    EXPECT_EQ(umaAUma.front(), "TX: A (A) IX!(B,A)");
+    EXPECT_EQ(umaAUma[3], "TZ: C D (C)");
+
+    const auto memoria = tb_.Dicionario().Lembra();
+    for (const std::string& esperado : umaAUma) EXPECT_EQ(conta(esperado.substr(0, esperado.find(':'))), esperado);
+    Dicionario("tx", {{"NOVA", "ftInteger", "", "", "", 0}});
+    tb_.Dicionario().Anota("tx");
+    EXPECT_EQ(conta("TX"), "TX: A NOVA (A) IX!(B,A)");
+
+    Executa("create index IX_SATRIB on SATRIB (ARQUIVO)");
+    Executa("alter table SATRIB add AUT_ integer");
+    EXPECT_EQ(conta("TY"), umaAUma[2]);
+    tb_.Dicionario().Solta();
+    Executa("drop index IX_SATRIB");
+}
+
 TEST_F(TBTest, DroppingIndexesLeavesThoseOfConstraints) {
     Executa("create table TPAI (A integer not null, B integer, C integer unique, constraint PK_TPAI primary key (A))");
     Executa("create index IX_B on TPAI (B)");
