@@ -1,3 +1,4 @@
+#include "BancoTemporario.h"
 #include "Casos.h"
 #include "DicionarioDaTabela.h"
 #include "TelaMuda.h"
@@ -10,9 +11,8 @@ namespace {
 /// A database with the dictionary of tables that it does not have yet: a key of two columns, two indexes each.
 class TBancoVazio {
   public:
-    TBancoVazio() {
-        parametros_.Adiciona("Database", (pasta_ / "vazio.fdb").string());
-        parametros_.Adiciona("User_Name", "SYSDBA");
+    explicit TBancoVazio(const std::string& servidor)
+        : parametros_(ParametrosFirebird(pasta_ / "vazio.fdb", servidor)) {
         parametros_.Adiciona("CharacterSet", "WIN1252");
         CriaBancoFirebird(parametros_, 8192);
         Aliases().INIGravaString("VAZIO", "TipoBanco", "tbInterbase");
@@ -64,11 +64,9 @@ std::vector<std::string> Comandos(const std::string& tabela) {
             "CREATE INDEX " + tabela + "_B ON " + tabela + "(CAMPO3,CAMPO4)"};
 }
 
-}  // namespace
-
 /// Table by table in turns, since each new table costs the server more than the one before.
-std::vector<TMedida> MedeCriacao(TBancada&) {
-    const TBancoVazio banco;
+TMedida Mede(const TLugar& lugar) {
+    const TBancoVazio banco(lugar.servidor);
     TTelaMuda tela;
     TDataModulo dm(banco.Aliases(), tela, [&](auto...) { return banco.Conexao(); });
     dm.SQLConnection1.SetAlias("VAZIO");
@@ -78,11 +76,12 @@ std::vector<TMedida> MedeCriacao(TBancada&) {
     TEstado estado;
     TContexto ctx{dm, opcoes, estado, {}, {}};
     const auto conexao = banco.Conexao();
-    TMedida medida{.trabalho = "criar 800 tabelas com chave e dois índices, embutido",
+    TMedida medida{.trabalho = "criar 800 tabelas com chave e dois índices, " + lugar.nome,
                    .piso = "os mesmos comandos, um commit cada",
                    .limite = 1.15,
                    .nosso = 0,
                    .doPiso = 0};
+    const auto dicionario = dm.Atualiza.Dicionario().Lembra();
     for (int t = 0; t < kTabelas; ++t) {
         const std::string numero = std::to_string(1000 + t);
         medida.nosso += Cronometra([&] { CriaTabelaComIndices(ctx, "TAB" + numero); });
@@ -92,7 +91,11 @@ std::vector<TMedida> MedeCriacao(TBancada&) {
         });
     }
     if (!tela.erros.empty()) throw std::runtime_error(tela.erros.front());
-    return {medida};
+    return medida;
 }
+
+}  // namespace
+
+std::vector<TMedida> MedeCriacao(TBancada&) { return {Mede(TBancada::Embutido()), Mede(TBancada::Rede())}; }
 
 }  // namespace wkd

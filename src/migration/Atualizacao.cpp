@@ -124,6 +124,7 @@ void TAtualizacao::AtualizaTabelas() {
     IBarra& barra = ctx_.Tela().PbGeral();
     barra.Define(0, static_cast<int>(tabelas.RecordCount()), 10, 0);
     TMarcasDeAnalise marcas(ctx_);
+    const auto dicionario = ctx_.dm.Atualiza.Dicionario().Lembra();
     const auto protege = [this](auto&& marca) {
         try {
             marca();

@@ -1,11 +1,13 @@
 #include "DicionarioDaTabela.h"
 
 #include <algorithm>
+#include <map>
 #include <vector>
 
 #include "ColunasDaCopia.h"
 #include "Texto.h"
 #include "ValorObrigatorio.h"
+#include "WKDQuery.h"
 
 namespace wkd {
 
@@ -17,15 +19,24 @@ struct TCampoComum {
     const TColunaFisica* destino;
 };
 
-std::vector<TCampoComum> CamposComuns(TContexto& ctx) {
-    std::vector<TCampoComum> comuns;
+using TCamposComuns = std::vector<TCampoComum>;
+
+TCamposComuns CamposComuns(TContexto& ctx) {
+    TCamposComuns comuns;
     for (const TColunaFisica& coluna : ctx.dm.ColunasFisicas("SATRIB"))
         if (const int indice = ctx.dm.SatribNovo.IndiceDoCampo(coluna.nome); indice >= 0 && coluna.expressao.empty())
             comuns.push_back({static_cast<std::size_t>(indice), &coluna});
     return comuns;
 }
 
-std::string ComandoInclui(const std::vector<TCampoComum>& campos) {
+std::optional<std::size_t> LugarDoCampo(const TCamposComuns& campos, std::string_view nome) {
+    const auto achado = std::ranges::find_if(
+        campos, [&](const TCampoComum& campo) { return IgualSemCaixa(campo.destino->nome, nome); });
+    if (achado == campos.end()) return std::nullopt;
+    return static_cast<std::size_t>(achado - campos.begin());
+}
+
+std::string ComandoInclui(const TCamposComuns& campos) {
     std::vector<std::string> nomes, parametros;
     for (const TCampoComum& campo : campos) {
         nomes.push_back(campo.destino->nome);
@@ -73,21 +84,98 @@ bool Executa(TContexto& ctx, TComando& inclui) {
     }
 }
 
-void IncluiLinha(TContexto& ctx, TComando& inclui, const std::vector<TCampoComum>& campos, bool preencheObrigatorios) {
-    try {
-        for (std::size_t i = 0; i < campos.size(); ++i)
-            inclui.Atribui(i, ValorOuNulo(ctx, campos[i], preencheObrigatorios));
-        if (!Executa(ctx, inclui)) Executa(ctx, inclui);
-    } catch (const TErroConversao& erro) {
-        ctx.Log(erro.what());
+/// The package's rows of the table as SATRIB takes them; one that it cannot take is logged and left out.
+std::vector<TLinha> LinhasNovas(TContexto& ctx, const TCamposComuns& campos, bool preencheObrigatorios) {
+    std::vector<TLinha> linhas;
+    TClientDataSet& novo = ctx.dm.SatribNovo;
+    for (novo.First(); !novo.Eof(); novo.Next()) {
+        try {
+            TLinha linha;
+            for (const TCampoComum& campo : campos) linha.push_back(ValorOuNulo(ctx, campo, preencheObrigatorios));
+            linhas.push_back(std::move(linha));
+        } catch (const TErroConversao& erro) {
+            ctx.Log(erro.what());
+        }
+    }
+    return linhas;
+}
+
+void IncluiLinhas(TContexto& ctx, const TCamposComuns& campos, const std::vector<TLinha>& linhas) {
+    const auto inclui = ctx.Conexao().Prepara(ComandoInclui(campos));
+    for (const TLinha& linha : linhas) {
+        try {
+            for (std::size_t i = 0; i < linha.size(); ++i) inclui->Atribui(i, linha[i]);
+            if (!Executa(ctx, *inclui)) Executa(ctx, *inclui);
+        } catch (const TErroConversao& erro) {  // a text that the connection cannot hold
+            ctx.Log(erro.what());
+        }
     }
 }
 
-void IncluiLinhas(TContexto& ctx, bool preencheObrigatorios) {
-    const std::vector<TCampoComum> campos = CamposComuns(ctx);
-    const auto inclui = ctx.Conexao().Prepara(ComandoInclui(campos));
-    TClientDataSet& novo = ctx.dm.SatribNovo;
-    for (novo.First(); !novo.Eof(); novo.Next()) IncluiLinha(ctx, *inclui, campos, preencheObrigatorios);
+/// The package may spell the table's name otherwise in its columns.
+void AnotaGrafias(TContexto& ctx, std::string_view tabela, const TCamposComuns& campos,
+                  const std::vector<TLinha>& linhas) {
+    ctx.dm.Atualiza.Dicionario().Anota(tabela);
+    const auto arquivo = LugarDoCampo(campos, "ARQUIVO");
+    for (const TLinha& linha : linhas)
+        if (arquivo) ctx.dm.Atualiza.Dicionario().Anota(linha[*arquivo].ComoTexto());
+}
+
+/// The table's rows in SATRIB: the common fields, behind them those that the package does not have.
+TWKDQuery ConsultaGravadas(TContexto& ctx, std::string_view tabela, const TCamposComuns& campos) {
+    std::vector<std::string> nomes;
+    for (const TCampoComum& campo : campos) nomes.push_back(campo.destino->nome);
+    for (const TColunaFisica& coluna : ctx.dm.ColunasFisicas("SATRIB"))
+        if (coluna.expressao.empty() && std::ranges::find(nomes, coluna.nome) == nomes.end())
+            nomes.push_back(coluna.nome);
+    return {ctx.Conexao(), "select " + Junta(nomes, ", ") + " from SATRIB where ARQUIVO = " + Aspas(tabela)};
+}
+
+/// Whether the stored row is the new one, with nothing in the fields that the package does not have.
+bool Igual(TComando& gravada, const TLinha& nova) {
+    for (std::size_t i = 0; i < gravada.Campos().size(); ++i)
+        if (gravada.Valor(i) != (i < nova.size() ? nova[i] : TValor())) return false;
+    return true;
+}
+
+/// Whether SATRIB has these rows of the table and no others.
+bool Gravadas(TContexto& ctx, std::string_view tabela, const TCamposComuns& campos, const std::vector<TLinha>& linhas) {
+    const auto nome = LugarDoCampo(campos, "NOME");
+    if (!nome) return false;
+    std::map<std::string, const TLinha*> esperadas;
+    for (const TLinha& linha : linhas) esperadas.emplace(linha[*nome].ComoTexto(), &linha);
+    if (esperadas.size() != linhas.size()) return false;
+
+    TWKDQuery q = ConsultaGravadas(ctx, tabela, campos);
+    for (q.Open(); !q.Eof(); q.Next()) {
+        const auto esperada = esperadas.extract(q.Comando().Valor(*nome).ComoTexto());
+        if (!esperada || !Igual(q.Comando(), *esperada.mapped())) return false;
+    }
+    return esperadas.empty();
+}
+
+/// Whether the customer has columns or a description of the table; also where that cannot be read.
+bool ClienteTem(TContexto& ctx, std::string_view tabela) {
+    try {
+        TWKDQuery q(ctx.Conexao(), "select 1 as TEM from satrib_user where satrib_user.arquivo = " + Aspas(tabela) +
+                                       " union all select 1 from SARQUIVO_user where NOME_ARQUIVO = " + Aspas(tabela));
+        q.Open();
+        return !q.Eof();
+    } catch (const TErroBanco& erro) {
+        if (erro.ConexaoPerdida()) throw;
+        return true;
+    }
+}
+
+void Grava(TContexto& ctx, std::string_view tabela, bool reconstrucao, const TCamposComuns& campos,
+           const std::vector<TLinha>& linhas) {
+    TTransacao transacao(ctx.Conexao());
+    const std::string daTabela =
+        reconstrucao ? "upper(arquivo) = " + Aspas(Maiusculas(tabela)) : "arquivo = " + Aspas(tabela);
+    ctx.Conexao().Prepara("delete from satrib where " + daTabela)->Executa();
+    IncluiLinhas(ctx, campos, linhas);
+    ctx.dm.MesclaCamposPersonalizados(tabela);
+    transacao.Commit();
 }
 
 void RelataCriacao(TContexto& ctx, const std::string& linha, std::string_view tabela, std::string_view acao) {
@@ -99,18 +187,16 @@ void RelataCriacao(TContexto& ctx, const std::string& linha, std::string_view ta
 }  // namespace
 
 void RegravaDicionario(TContexto& ctx, std::string_view tabela, bool reconstrucao) {
-    TTransacao transacao(ctx.Conexao());
-    const std::string daTabela =
-        reconstrucao ? "upper(arquivo) = " + Aspas(Maiusculas(tabela)) : "arquivo = " + Aspas(tabela);
-    ctx.Conexao().Prepara("delete from satrib where " + daTabela)->Executa();
-    IncluiLinhas(ctx, reconstrucao);
-    ctx.dm.MesclaCamposPersonalizados(tabela);
-    transacao.Commit();
+    const TCamposComuns campos = CamposComuns(ctx);
+    const std::vector<TLinha> linhas = LinhasNovas(ctx, campos, reconstrucao);
+    if (!reconstrucao && Gravadas(ctx, tabela, campos, linhas) && !ClienteTem(ctx, tabela)) return;
+    Grava(ctx, tabela, reconstrucao, campos, linhas);
+    AnotaGrafias(ctx, tabela, campos, linhas);
     ctx.desatualizadas.insert(ChaveDeNome(tabela));
 }
 
 std::optional<std::string> ColunaForaDoDicionario(TContexto& ctx) {
-    std::vector<TCampoComum> campos = CamposComuns(ctx);
+    TCamposComuns campos = CamposComuns(ctx);
     std::erase_if(campos, [](const TCampoComum& campo) { return !Essencial(campo.destino->nome); });
     TClientDataSet& novo = ctx.dm.SatribNovo;
     for (novo.First(); !novo.Eof(); novo.Next()) {
@@ -127,7 +213,7 @@ bool CriaTabelaComIndices(TContexto& ctx, std::string_view tabela) {
     TTB& tb = ctx.dm.Atualiza;
     const std::string nome(tabela);
     const bool criada = tb.CriaTabela(nome, false);
-    ctx.evidencia.Comando({tb.ComandoCriaTabela(nome, false), "", tb.Erro()});
+    if (!tb.UltimaCriacao().empty()) ctx.evidencia.Comando({tb.UltimaCriacao(), "", tb.Erro()});
     if (!criada) {
         ctx.Tela().SetLog(tb.Erro(), nome, "Criando tabela: " + nome);
         ctx.dm.AtualizaListaDeTabelas();
@@ -135,10 +221,10 @@ bool CriaTabelaComIndices(TContexto& ctx, std::string_view tabela) {
     }
     ctx.dm.IncluiNaLista(nome);
 
-    if (!tb.CriaIndicePrimario(nome, false))
+    if (!tb.CriaIndicePrimario(nome, false, TTB::TIdade::Nova))
         RelataCriacao(ctx, "Erro criando indice primário do arquivo :" + nome, nome, "Criando indice primário");
     ctx.dm.Commit("Criando indice primário: " + nome);
-    if (!tb.CriaIndiceSecundarios(nome))
+    if (!tb.CriaIndiceSecundarios(nome, TTB::TIdade::Nova))
         RelataCriacao(ctx, "Erro criando indices secundários do arquivo :" + nome + " " + tb.Erro(), nome,
                       "Criando indice secundário");
     ctx.dm.Commit("Criando indice secundário: " + nome);

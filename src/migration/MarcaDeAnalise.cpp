@@ -55,11 +55,10 @@ void TMarcasDeAnalise::Desmarca(std::string_view tabela) {
 
 void TMarcasDeAnalise::Conclui() {
     if (prontas_.empty()) return;
-    TTransacao transacao(ctx_.Conexao());
-    TWKDQuery q(ctx_.Conexao(), "delete from tini where sessao = :pSESSAO and chave = :pCHAVE");
-    q.Param("pSESSAO", kSecao);
-    for (const std::string& nome : prontas_) q.Param("pCHAVE", nome).ExecSQL();
-    transacao.Commit();
+    std::vector<std::string> nomes;
+    for (const std::string& nome : prontas_) nomes.push_back(Aspas(nome));
+    ExecutaComando(ctx_.Conexao(),
+                   "delete from tini where sessao = " + Aspas(kSecao) + " and chave in (" + Junta(nomes, ", ") + ")");
     prontas_.clear();
 }
 

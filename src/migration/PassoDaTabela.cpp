@@ -21,6 +21,7 @@ void TPassoDaTabela::Executa() {
     ctx_.Tela().LblGeral("Analisando Tabela: " + tabela_);
 
     if (tabela_.empty()) return;
+    if (IgualSemCaixa(tabela_, "SATRIB")) ctx_.dm.Atualiza.Dicionario().Solta();
     ExigeEspacoEmDisco(ctx_);
     if (ctx_.desatualizadas.erase(ChaveDeNome(tabela_)) > 0) ctx_.dm.SatribVelho.Recarrega("ARQUIVO", tabela_);
     decisao_ = DecideTabela(ctx_, marcas_);
@@ -88,7 +89,7 @@ void TPassoDaTabela::CopiaColunaParaODicionario() {
     for (const TCampo& campo : novo.Campos())
         if (velho.IndiceDoCampo(campo.nome) >= 0) velho.SetValor(campo.nome, novo.Valor(campo.nome));
     velho.Post();
-    AplicaEmTransacao(velho);
+    if (AplicaEmTransacao(velho)) ctx_.dm.Atualiza.Dicionario().Anota(novo.Texto("arquivo"));
 }
 
 /// The table's SARQUIVO row comes first: column rows without one are orphans, and go at the end of the run.

@@ -6,6 +6,16 @@
 
 namespace wkd {
 
+namespace {
+
+/// Whether the step goes into the table's rows. One that only takes over the dictionary leaves a large table unread.
+bool Mexe(const TDecisaoDaTabela& decisao) {
+    if (decisao.acao == TAcaoDaTabela::Altera) return !decisao.comandos.empty();
+    return decisao.acao != TAcaoDaTabela::Nada;
+}
+
+}  // namespace
+
 std::string HashDoConteudo(TConnection& conexao, const std::string& tabela) {
     if (conexao.TipoBanco() != TTipoBanco::tbInterbase) return "";
     std::vector<std::string> partes;
@@ -19,7 +29,7 @@ std::string HashDoConteudo(TConnection& conexao, const std::string& tabela) {
 }
 
 TRegistroDaTabela::TRegistroDaTabela(TContexto& ctx, const std::string& tabela, const TDecisaoDaTabela& decisao)
-    : ctx_(ctx), tabela_(tabela), mexe_(decisao.acao != TAcaoDaTabela::Nada) {
+    : ctx_(ctx), tabela_(tabela), mexe_(Mexe(decisao)) {
     TTabelaRegistrada registrada;
     registrada.nome = tabela;
     registrada.acao = decisao.acao;
@@ -38,7 +48,7 @@ TRegistroDaTabela::~TRegistroDaTabela() {
     registrada.segundos = std::chrono::duration<double>(std::chrono::steady_clock::now() - inicio_).count();
     if (!mexe_ || !ctx_.dm.ExisteTabela(tabela_)) return;
     registrada.depois = Conta(tabela_);
-    if (!registrada.depois || *registrada.depois > kLinhasDoHash) return;
+    if (registrada.depois.value_or(0) == 0 || *registrada.depois > kLinhasDoHash) return;
     try {
         registrada.hash = HashDoConteudo(ctx_.Conexao(), tabela_);
     } catch (const std::exception&) {

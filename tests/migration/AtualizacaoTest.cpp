@@ -30,6 +30,15 @@ class AtualizacaoTest : public testing::Test {
         dm_->SQLConnection1.Close();
         return fim;
     }
+    /// Runs a statement; the dictionary of TALT afterwards.
+    std::string Executa(std::string_view sql) {
+        dm_->SQLConnection1.Open();
+        dm_->SQLConnection1.ExecuteDirect(sql);
+        const std::string colunas =
+            Linhas(dm_->SQLConnection1, "select * from SATRIB where ARQUIVO = 'TALT' order by NOME");
+        dm_->SQLConnection1.Close();
+        return colunas;
+    }
     std::string Versoes() {
         dm_->SQLConnection1.Open();
         const std::string versoes =
@@ -65,11 +74,57 @@ TEST_F(AtualizacaoTest, ACompleteUpdateLeavesATableThatIsNotAnalysedAlone) {
     opcoes.tabelasSelecionadas = opcoes.modoCompleto = true;  // without a table in the list
     int mudancas = 0;
     const auto conta = [&mudancas](std::string_view sql) { mudancas += sql.starts_with("delete from satrib where"); };
+    Executa("update SATRIB set SEQUENCIA = SEQUENCIA + 1");
     EXPECT_EQ(Atualiza(opcoes, conta), TFimDaAtualizacao::Concluida);
     EXPECT_EQ(mudancas, 0);
     opcoes.modoCompleto = false;
     EXPECT_EQ(Atualiza(opcoes, conta), TFimDaAtualizacao::Concluida);
     EXPECT_EQ(mudancas, 3) << "each table is altered";
+}
+
+TEST_F(AtualizacaoTest, TheDictionaryOfATableIsWrittenWhereItDiffers) {
+    Atualiza(OpcoesDeTeste(pasta_));
+    TOpcoes opcoes = OpcoesDeTeste(pasta_);
+    opcoes.todas = true;
+    int mudancas = 0;
+    const auto conta = [&](std::string_view sql) { mudancas += sql == "delete from satrib where arquivo = 'TALT'"; };
+    const std::string antes = Executa("delete from TRBFIELD");
+    for (const char* mudanca : {"update SATRIB set SEQUENCIA = 99 where ARQUIVO = 'TALT' and NOME = 'NOME'",
+                                "update SATRIB set COMENTARIO = 'meu' where ARQUIVO = 'TALT' and NOME = 'NOME'",
+                                "update SATRIB set NOME = 'Nome' where ARQUIVO = 'TALT' and NOME = 'NOME'",
+                                "delete from SATRIB where ARQUIVO = 'TALT' and NOME = 'NOME'",
+                                "insert into SATRIB (ARQUIVO, NOME, TIPO) values ('TALT', 'SOBRA', 'ftString')",
+                                "insert into SATRIB (ARQUIVO, NOME, TIPO) values ('TALT', 'U_SOBRA', 'ftString')"}) {
+        EXPECT_NE(Executa(mudanca), antes);
+        mudancas = 0;
+        Atualiza(opcoes, conta);
+        EXPECT_EQ(Executa("delete from TRBFIELD"), antes) << mudanca;
+        EXPECT_EQ(mudancas, 1) << mudanca;
+    }
+    mudancas = 0;
+    Atualiza(opcoes, conta);
+    EXPECT_EQ(mudancas, 0);
+
+    const std::string doCliente =
+        Executa("insert into SATRIB_USER (ARQUIVO, NOME, TIPO, TAMANHO) values ('TALT', 'U_X', 'ftString', 5)");
+    Atualiza(opcoes, conta);
+    EXPECT_EQ(mudancas, 1);
+    EXPECT_NE(Executa("delete from TRBFIELD"), doCliente) << "the customer's column is there, too";
+}
+
+TEST_F(AtualizacaoTest, AColumnThatTheConnectionCannotHoldCostsItselfAlone) {
+    dm_->SQLConnection1.Aliases().INIGravaString("LOJA", "CharacterSet", "ISO8859_1");
+    dm_->SQLConnection1.SetAlias("LOJA");
+    std::vector<TColuna> novas(std::begin(kNovas), std::end(kNovas));
+    novas.insert(novas.begin() + 1, {"TALT", "€", "ftInteger", 0, 0});
+    Empacota(pasta_, novas);
+    EXPECT_EQ(Atualiza(OpcoesDeTeste(pasta_)), TFimDaAtualizacao::Concluida);
+    EXPECT_EQ(Versoes(), "TALT|2;TNOVA|2;TREC|2");
+    const auto recusada = [](const auto& entrada) { return entrada.mensagem.starts_with("parâmetro NOME: "); };
+    EXPECT_EQ(std::ranges::count_if(tela_.log, recusada), 1) << Junta(tela_.memo2, "\n");
+    dm_->SQLConnection1.Open();
+    EXPECT_EQ(Linhas(dm_->SQLConnection1, "select NOME from SATRIB where ARQUIVO = 'TALT' order by SEQUENCIA"),
+              "CODIGO;NOME;VALOR;EXTRA");
 }
 
 TEST_F(AtualizacaoTest, AColumnMissingInSarquivoKeepsNoVersionFromBeingRecorded) {
