@@ -19,6 +19,7 @@ class TPasses {
     explicit TPasses(const TBancoGrande& banco) : dm_(banco.Aliases(), tela_), opcoes_(banco.Opcoes()) {
         dm_.SQLConnection1.SetAlias("GRANDE");
         dm_.SQLConnection1.Open();
+        dm_.AtualizaListaDeTabelas();
         AtualizaTabelasDoDicionario(dm_);
         dm_.AtualizaListaDeTabelas();
         dm_.SArquivoNovo.Carrega(LePacote(banco.Pasta() / "SARQUIVO.WKD").Tabela());

@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <iterator>
+
 #include "Casos.h"
 #include "Corrida.h"
 #include "Texto.h"
@@ -47,22 +50,35 @@ void Regrava(TConnection& banco, const TDataPacket& colunas) {
     }
 }
 
-TMedida Mede(const TBancoGrande& banco, const TLugar& lugar) {
+std::vector<TMedida> Mede(const TBancoGrande& banco, const TLugar& lugar) {
     int comandos = 0;
     Corre(banco, comandos);  // brings the dictionary tables to their layout
     const auto conexao = banco.Conexao();
     const TDataPacket colunas = DicionarioDeColunas(kTabelas);
-    TMedida medida = Alterna(
-        {.trabalho = "atualizar todas as tabelas sem diferenças, 800 tabelas e 20.000 colunas, " + lugar.nome,
-         .piso = "os comandos de dicionário de cada tabela, uma transação por tabela",
-         .limite = 1.3},
-        2, [&] { return Corre(banco, comandos); }, [&] { Regrava(*conexao, colunas); });
-    medida.comandos = comandos;
-    return medida;
+    const auto mede = [&](const std::string& diferencas, const std::string& antes) {
+        TMedida medida = Alterna(
+            {.trabalho = "atualizar todas as tabelas, " + diferencas + ", 800 tabelas e 20.000 colunas, " + lugar.nome,
+             .piso = "os comandos de dicionário de cada tabela, uma transação por tabela",
+             .limite = 1.3},
+            2,
+            [&] {
+                if (!antes.empty()) conexao->ExecuteDirect(antes);
+                return Corre(banco, comandos);
+            },
+            [&] { Regrava(*conexao, colunas); });
+        medida.comandos = comandos;
+        return medida;
+    };
+    return {mede("sem diferenças", ""),
+            mede("todo o dicionário diferente", "update SATRIB set DISCRIMINACAO = 'Outra'")};
 }
 
 }  // namespace
 
-std::vector<TMedida> MedeTodas(TBancada& bancada) { return bancada.NosDoisLugares(Mede); }
+std::vector<TMedida> MedeTodas(TBancada& bancada) {
+    std::vector<TMedida> medidas;
+    for (auto& doLugar : bancada.NosDoisLugares(Mede)) std::ranges::move(doLugar, std::back_inserter(medidas));
+    return medidas;
+}
 
 }  // namespace wkd

@@ -154,8 +154,12 @@ bool Gravadas(TContexto& ctx, std::string_view tabela, const TCamposComuns& camp
     return esperadas.empty();
 }
 
-/// Whether the customer has columns or a description of the table; also where that cannot be read.
-bool ClienteTem(TContexto& ctx, std::string_view tabela) {
+/// Whether there is anything to merge: "U_" columns that the package brings go, and those of the customer come, with
+/// his description of the table. Also where that cannot be read.
+bool Mescla(TContexto& ctx, std::string_view tabela, const TCamposComuns& campos, const std::vector<TLinha>& linhas) {
+    const auto nome = LugarDoCampo(campos, "NOME");
+    const auto personalizada = [&](const TLinha& linha) { return linha[*nome].ComoTexto().starts_with("U_"); };
+    if (!nome || std::ranges::any_of(linhas, personalizada)) return true;
     try {
         TWKDQuery q(ctx.Conexao(), "select 1 as TEM from satrib_user where satrib_user.arquivo = " + Aspas(tabela) +
                                        " union all select 1 from SARQUIVO_user where NOME_ARQUIVO = " + Aspas(tabela));
@@ -165,17 +169,6 @@ bool ClienteTem(TContexto& ctx, std::string_view tabela) {
         if (erro.ConexaoPerdida()) throw;
         return true;
     }
-}
-
-void Grava(TContexto& ctx, std::string_view tabela, bool reconstrucao, const TCamposComuns& campos,
-           const std::vector<TLinha>& linhas) {
-    TTransacao transacao(ctx.Conexao());
-    const std::string daTabela =
-        reconstrucao ? "upper(arquivo) = " + Aspas(Maiusculas(tabela)) : "arquivo = " + Aspas(tabela);
-    ctx.Conexao().Prepara("delete from satrib where " + daTabela)->Executa();
-    IncluiLinhas(ctx, campos, linhas);
-    ctx.dm.MesclaCamposPersonalizados(tabela);
-    transacao.Commit();
 }
 
 void RelataCriacao(TContexto& ctx, const std::string& linha, std::string_view tabela, std::string_view acao) {
@@ -189,8 +182,16 @@ void RelataCriacao(TContexto& ctx, const std::string& linha, std::string_view ta
 void RegravaDicionario(TContexto& ctx, std::string_view tabela, bool reconstrucao) {
     const TCamposComuns campos = CamposComuns(ctx);
     const std::vector<TLinha> linhas = LinhasNovas(ctx, campos, reconstrucao);
-    if (!reconstrucao && Gravadas(ctx, tabela, campos, linhas) && !ClienteTem(ctx, tabela)) return;
-    Grava(ctx, tabela, reconstrucao, campos, linhas);
+    const bool mescla = reconstrucao || Mescla(ctx, tabela, campos, linhas);
+    if (!mescla && Gravadas(ctx, tabela, campos, linhas)) return;
+
+    TTransacao transacao(ctx.Conexao());
+    const std::string daTabela =
+        reconstrucao ? "upper(arquivo) = " + Aspas(Maiusculas(tabela)) : "arquivo = " + Aspas(tabela);
+    ctx.Conexao().Prepara("delete from satrib where " + daTabela)->Executa();
+    IncluiLinhas(ctx, campos, linhas);
+    if (mescla) ctx.dm.MesclaCamposPersonalizados(tabela);
+    transacao.Commit();
     AnotaGrafias(ctx, tabela, campos, linhas);
     ctx.desatualizadas.insert(ChaveDeNome(tabela));
 }
