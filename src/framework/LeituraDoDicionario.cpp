@@ -41,12 +41,36 @@ struct TTabelaLida {
     std::vector<std::string> chave;
 };
 
-/// The secondary indexes of the tables whose names differ in letter case alone.
-struct TIndicesLidos {
+/// What is read of the tables whose names differ in letter case alone.
+template <class T>
+struct TDeNome {
     std::set<std::string> grafias;
-    std::vector<TIndiceDicionario> indices;
-    std::map<std::string, std::vector<std::string>, std::less<>> colunas;  // by index name
+    T lido;
 };
+template <class T>
+using TPorNome = std::map<std::string, TDeNome<T>>;  // by ChaveDeNome
+
+using TIndices = std::vector<TIndiceDicionario>;
+using TColunasPorIndice = std::map<std::string, std::vector<std::string>, std::less<>>;
+
+/// The part of the row's table.
+template <class T>
+T& DaTabela(TPorNome<T>& todos, TWKDQuery& q) {
+    const std::string arquivo(AparaFim(q.Texto("ARQUIVO")));
+    TDeNome<T>& deNome = todos[ChaveDeNome(arquivo)];
+    deNome.grafias.insert(arquivo);
+    return deNome.lido;
+}
+
+/// Null when only the server can tell which of several spellings it takes for this one.
+template <class T>
+const T* Acha(const TPorNome<T>& todos, std::string_view tabela) {
+    static const T kNada;
+    const auto deNome = todos.find(ChaveDeNome(tabela));
+    if (deNome == todos.end()) return &kNada;
+    const auto& grafias = deNome->second.grafias;
+    return grafias.size() == 1 && grafias.contains(std::string(AparaFim(tabela))) ? &deNome->second.lido : nullptr;
+}
 
 }  // namespace
 
@@ -62,8 +86,36 @@ class TLeituraDoDicionario::TMemoria {
 
     void Solta() { consulta_.reset(); }
 
-    /// Null for a table that only a search of the whole SATRIB can tell: one of several spellings, or of none.
+    /// Null for a table that only a search of the whole SATRIB can tell: one of several spellings, or of none. What
+    /// cannot be read here may be there, or be reported from there.
     const TTabelaLida* Tabela(std::string_view tabela) {
+        try {
+            return Procura(tabela);
+        } catch (const TErroBanco& erro) {
+            consulta_.reset();
+            if (erro.ConexaoPerdida()) throw;
+        } catch (const TErroConversao&) {
+            consulta_.reset();
+        }
+        return nullptr;
+    }
+
+    const TIndices* Indices(std::string_view tabela) {
+        if (DosIndices(tabela)) return nullptr;
+        if (!indices_) indices_ = LeIndices();
+        return Acha(*indices_, tabela);
+    }
+
+    const TColunasPorIndice* Colunas(std::string_view tabela) {
+        if (DosIndices(tabela)) return nullptr;
+        if (!colunas_) colunas_ = LeColunas();
+        return Acha(*colunas_, tabela);
+    }
+
+  private:
+    using TGrafias = std::map<std::string, std::set<std::string>>;  // by the name in the server's capitals
+
+    const TTabelaLida* Procura(std::string_view tabela) {
         if (!grafias_) grafias_ = LeGrafias();
         const std::string nome = Maiusculas(tabela);
         const auto grafias = grafias_->find(nome);
@@ -73,19 +125,14 @@ class TLeituraDoDicionario::TMemoria {
         return &lida_;
     }
 
-    /// Null when only the server can tell which of several spellings it takes for this one.
-    const TIndicesLidos* Indices(std::string_view tabela) {
-        static const TIndicesLidos kNenhum;
-        if (!indices_) indices_ = LeIndices();
-        const auto lidos = indices_->find(ChaveDeNome(tabela));
-        if (lidos == indices_->end()) return &kNenhum;
-        const auto& grafias = lidos->second.grafias;
-        return grafias.size() == 1 && grafias.contains(std::string(AparaFim(tabela))) ? &lidos->second : nullptr;
+    /// The work on the tables of the indexes changes what they hold.
+    bool DosIndices(std::string_view tabela) {
+        const std::string nome = ChaveDeNome(tabela);
+        if (nome != "SINDSEC" && nome != "SINDSECA") return false;
+        indices_.reset();
+        colunas_.reset();
+        return true;
     }
-
-  private:
-    using TGrafias = std::map<std::string, std::set<std::string>>;  // by the name in the server's capitals
-    using TTodosOsIndices = std::map<std::string, TIndicesLidos>;   // by ChaveDeNome of the table
 
     TGrafias LeGrafias() {
         TGrafias grafias;
@@ -99,6 +146,7 @@ class TLeituraDoDicionario::TMemoria {
     TTabelaLida Le(const std::string& grafia) {
         TTabelaLida lida;
         std::set<std::pair<std::string, std::string>> daChave;
+        ultima_.clear();
         if (!consulta_)
             consulta_ =
                 std::make_unique<TWKDQuery>(conexao_, std::string(kColunas) + "ARQUIVO = :arquivo ORDER BY SEQUENCIA");
@@ -107,25 +155,23 @@ class TLeituraDoDicionario::TMemoria {
             auto coluna = LeColuna(*consulta_);
             if (coluna.chave == 1 && daChave.emplace(coluna.nome, consulta_->Texto("SEQUENCIA")).second)
                 lida.chave.push_back(coluna.nome);
-            if (!coluna.tipo.empty() && ColunaFisica(coluna)) lida.colunas.push_back(std::move(coluna));
+            if (!consulta_->Campo("TIPO").Nulo() && ColunaFisica(coluna)) lida.colunas.push_back(std::move(coluna));
         }
         return lida;
     }
 
-    TTodosOsIndices LeIndices() {
-        TTodosOsIndices todos;
-        const auto daTabela = [&](TWKDQuery& q) -> TIndicesLidos& {
-            const std::string arquivo(AparaFim(q.Texto("ARQUIVO")));
-            TIndicesLidos& lidos = todos[ChaveDeNome(arquivo)];
-            lidos.grafias.insert(arquivo);
-            return lidos;
-        };
-        TWKDQuery indices(conexao_, "SELECT DISTINCT * FROM SINDSEC");
-        for (indices.Open(); !indices.Eof(); indices.Next()) daTabela(indices).indices.push_back(LeIndice(indices));
-        TWKDQuery colunas(conexao_, "SELECT DISTINCT * FROM SINDSECA ORDER BY SEQUENCIA");
-        for (colunas.Open(); !colunas.Eof(); colunas.Next())
-            daTabela(colunas).colunas[Lido(colunas, "NOME")].push_back(Lido(colunas, "CAMPO"));
+    TPorNome<TIndices> LeIndices() {
+        TPorNome<TIndices> todos;
+        TWKDQuery q(conexao_, "SELECT DISTINCT * FROM SINDSEC");
+        for (q.Open(); !q.Eof(); q.Next()) DaTabela(todos, q).push_back(LeIndice(q));
         return todos;
+    }
+
+    TPorNome<TColunasPorIndice> LeColunas() {
+        TPorNome<TColunasPorIndice> todas;
+        TWKDQuery q(conexao_, "SELECT DISTINCT * FROM SINDSECA ORDER BY SEQUENCIA");
+        for (q.Open(); !q.Eof(); q.Next()) DaTabela(todas, q)[Lido(q, "NOME")].push_back(Lido(q, "CAMPO"));
+        return todas;
     }
 
     TConnection& conexao_;
@@ -133,7 +179,8 @@ class TLeituraDoDicionario::TMemoria {
     std::unique_ptr<TWKDQuery> consulta_;
     std::string ultima_;  // table of lida_, in capitals
     TTabelaLida lida_;
-    std::optional<TTodosOsIndices> indices_;
+    std::optional<TPorNome<TIndices>> indices_;
+    std::optional<TPorNome<TColunasPorIndice>> colunas_;
 };
 
 std::shared_ptr<const void> TLeituraDoDicionario::Lembra() {
@@ -175,7 +222,7 @@ std::vector<std::string> TLeituraDoDicionario::Chave(std::string_view tabela) {
 
 std::vector<TIndiceDicionario> TLeituraDoDicionario::Indices(std::string_view tabela) {
     if (const auto memoria = memoria_.lock())
-        if (const TIndicesLidos* lidos = memoria->Indices(tabela)) return lidos->indices;
+        if (const TIndices* lidos = memoria->Indices(tabela)) return *lidos;
     std::vector<TIndiceDicionario> indices;
     TWKDQuery q(conexao_, "SELECT DISTINCT * FROM SINDSEC WHERE ARQUIVO = " + Aspas(tabela));
     for (q.Open(); !q.Eof(); q.Next()) indices.push_back(LeIndice(q));
@@ -184,9 +231,8 @@ std::vector<TIndiceDicionario> TLeituraDoDicionario::Indices(std::string_view ta
 
 std::vector<std::string> TLeituraDoDicionario::ColunasDoIndice(std::string_view tabela, std::string_view indice) {
     if (const auto memoria = memoria_.lock())
-        if (const TIndicesLidos* lidos = memoria->Indices(tabela))
-            if (const auto achadas = lidos->colunas.find(indice); achadas != lidos->colunas.end())
-                return achadas->second;
+        if (const TColunasPorIndice* lidas = memoria->Colunas(tabela))
+            if (const auto achadas = lidas->find(indice); achadas != lidas->end()) return achadas->second;
     std::vector<std::string> colunas;
     TWKDQuery q(conexao_, "SELECT DISTINCT * FROM SINDSECA WHERE ARQUIVO = " + Aspas(tabela) +
                               " AND NOME  = " + Aspas(indice) + " ORDER BY SEQUENCIA");

@@ -40,7 +40,7 @@ class TTB {
     bool ReCriaTabela(std::string_view tabela);
 
     // Keys and indexes
-    /// Nova: just created, and so without key and indexes; the server need not be asked.
+    /// Nova: just created, and so without key, indexes and rows; the server need not be asked for them.
     enum class TIdade { Antiga, Nova };
     /// True drops the primary key, false the secondary indexes; those of constraints stay. Each is dropped on its
     /// own; afterwards throws naming those that could not be.
@@ -48,8 +48,8 @@ class TTB {
     /// Drops the secondary indexes that CriaIndiceSecundarios makes again, and no others.
     void ApagaIndicesDoDicionario(std::string_view tabela);
     bool ExisteIndicePrimario(std::string_view tabela);
-    /// True at once when there is a key. Nullable key columns are made NOT NULL where the server wants it; nothing is
-    /// changed when rows lack a key value or repeat one.
+    /// True at once when there is a key. Nullable key columns are made NOT NULL first where the server wants it;
+    /// nothing is changed when rows lack a key value or repeat one.
     bool CriaIndicePrimario(std::string_view tabela, bool backup, TIdade idade = TIdade::Antiga);
     /// Creates what the table lacks of its indexes; one that fails does not stop the others.
     bool CriaIndiceSecundarios(std::string_view tabela, TIdade idade = TIdade::Antiga);

@@ -62,7 +62,12 @@ void CriaIndices(TContexto& ctx, std::string_view tabela) {
 void Alterar(TContexto& ctx, std::string_view tabela, TPendentes& pendentes) {
     ctx.tabelaAtual = tabela;
     ctx.acaoAtual = "Alterar";
-    RegravaDicionario(ctx, tabela, false);
+    try {
+        RegravaDicionario(ctx, tabela, false);
+    } catch (const TErroBanco& erro) {
+        if (!erro.ConexaoPerdida()) CriaIndices(ctx, tabela);  // the run has dropped them
+        throw;
+    }
     ExecutaTodos(ctx, tabela, pendentes);
     CriaIndices(ctx, tabela);
 }

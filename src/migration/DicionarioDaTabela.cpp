@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "ColunasDaCopia.h"
+#include "TBComandos.h"
 #include "Texto.h"
 #include "ValorObrigatorio.h"
 #include "WKDQuery.h"
@@ -121,14 +122,12 @@ void AnotaGrafias(TContexto& ctx, std::string_view tabela, const TCamposComuns& 
         if (arquivo) ctx.dm.Atualiza.Dicionario().Anota(linha[*arquivo].ComoTexto());
 }
 
-/// The table's rows in SATRIB: the common fields, behind them those that the package does not have.
-TWKDQuery ConsultaGravadas(TContexto& ctx, std::string_view tabela, const TCamposComuns& campos) {
-    std::vector<std::string> nomes;
-    for (const TCampoComum& campo : campos) nomes.push_back(campo.destino->nome);
+/// Columns of SATRIB that the package does not have.
+std::vector<TColunaFisica> OutrasColunas(TContexto& ctx) {
+    std::vector<TColunaFisica> outras;
     for (const TColunaFisica& coluna : ctx.dm.ColunasFisicas("SATRIB"))
-        if (coluna.expressao.empty() && std::ranges::find(nomes, coluna.nome) == nomes.end())
-            nomes.push_back(coluna.nome);
-    return {ctx.Conexao(), "select " + Junta(nomes, ", ") + " from SATRIB where ARQUIVO = " + Aspas(tabela)};
+        if (coluna.expressao.empty() && ctx.dm.SatribNovo.IndiceDoCampo(coluna.nome) < 0) outras.push_back(coluna);
+    return outras;
 }
 
 /// Whether the stored row is the new one, with nothing in the fields that the package does not have.
@@ -139,26 +138,45 @@ bool Igual(TComando& gravada, const TLinha& nova) {
 }
 
 /// Whether SATRIB has these rows of the table and no others.
-bool Gravadas(TContexto& ctx, std::string_view tabela, const TCamposComuns& campos, const std::vector<TLinha>& linhas) {
-    const auto nome = LugarDoCampo(campos, "NOME");
-    if (!nome) return false;
+bool TemAsLinhas(TContexto& ctx, std::string_view tabela, const TCamposComuns& campos,
+                 const std::vector<TLinha>& linhas, std::size_t nome) {
     std::map<std::string, const TLinha*> esperadas;
-    for (const TLinha& linha : linhas) esperadas.emplace(linha[*nome].ComoTexto(), &linha);
+    for (const TLinha& linha : linhas) esperadas.emplace(linha[nome].ComoTexto(), &linha);
     if (esperadas.size() != linhas.size()) return false;
 
-    TWKDQuery q = ConsultaGravadas(ctx, tabela, campos);
+    std::vector<std::string> nomes;
+    for (const TCampoComum& campo : campos) nomes.push_back(Identificador(campo.destino->nome, ctx.Banco()));
+    for (const TColunaFisica& outra : OutrasColunas(ctx)) {
+        if (!outra.padrao.empty()) return false;  // an inserted row would have it
+        nomes.push_back(Identificador(outra.nome, ctx.Banco()));
+    }
+    TWKDQuery q(ctx.Conexao(), "select " + Junta(nomes, ", ") + " from SATRIB where ARQUIVO = " + Aspas(tabela));
     for (q.Open(); !q.Eof(); q.Next()) {
-        const auto esperada = esperadas.extract(q.Comando().Valor(*nome).ComoTexto());
+        const auto esperada = esperadas.extract(q.Comando().Valor(nome).ComoTexto());
         if (!esperada || !Igual(q.Comando(), *esperada.mapped())) return false;
     }
     return esperadas.empty();
+}
+
+/// The same; false when it cannot be told.
+bool Gravadas(TContexto& ctx, std::string_view tabela, const TCamposComuns& campos, const std::vector<TLinha>& linhas) {
+    const auto nome = LugarDoCampo(campos, "NOME");
+    try {
+        return nome && TemAsLinhas(ctx, tabela, campos, linhas, *nome);
+    } catch (const TErroBanco& erro) {
+        if (erro.ConexaoPerdida()) throw;
+    } catch (const TErroConversao&) {  // the writing says what it is
+    }
+    return false;
 }
 
 /// Whether there is anything to merge: "U_" columns that the package brings go, and those of the customer come, with
 /// his description of the table. Also where that cannot be read.
 bool Mescla(TContexto& ctx, std::string_view tabela, const TCamposComuns& campos, const std::vector<TLinha>& linhas) {
     const auto nome = LugarDoCampo(campos, "NOME");
-    const auto personalizada = [&](const TLinha& linha) { return linha[*nome].ComoTexto().starts_with("U_"); };
+    const auto personalizada = [&](const TLinha& linha) {
+        return Maiusculas(linha[*nome].ComoTexto()).starts_with("U_");
+    };
     if (!nome || std::ranges::any_of(linhas, personalizada)) return true;
     try {
         TWKDQuery q(ctx.Conexao(), "select 1 as TEM from satrib_user where satrib_user.arquivo = " + Aspas(tabela) +

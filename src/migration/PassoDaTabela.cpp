@@ -104,7 +104,7 @@ void TPassoDaTabela::AlteraTabela() {
     try {
         Alterar(ctx_, tabela_, decisao_.comandos);
     } catch (const TErroBanco& erro) {
-        ctx_.Falhou(erro);
+        ctx_.repeteTabela = true;  // it is without its indexes, or without its dictionary
         ctx_.Tela().SetLog("Verificar Campos", tabela_, erro.what());
     }
 }

@@ -88,7 +88,7 @@ TEST_F(AtualizacaoTest, TheDictionaryOfATableIsWrittenWhereItDiffers) {
     opcoes.todas = true;
     int mudancas = 0;
     const auto conta = [&](std::string_view sql) { mudancas += sql == "delete from satrib where arquivo = 'TALT'"; };
-    const std::string antes = Executa("delete from TRBFIELD");
+    const std::string antes = Executa("alter table SATRIB add \"Order\" integer");
     for (const char* mudanca : {"update SATRIB set SEQUENCIA = 99 where ARQUIVO = 'TALT' and NOME = 'NOME'",
                                 "update SATRIB set COMENTARIO = 'meu' where ARQUIVO = 'TALT' and NOME = 'NOME'",
                                 "update SATRIB set NOME = 'Nome' where ARQUIVO = 'TALT' and NOME = 'NOME'",
@@ -101,10 +101,16 @@ TEST_F(AtualizacaoTest, TheDictionaryOfATableIsWrittenWhereItDiffers) {
         EXPECT_EQ(Executa("delete from TRBFIELD"), antes) << mudanca;
         EXPECT_EQ(mudancas, 1) << mudanca;
     }
-    mudancas = 0;
-    Atualiza(opcoes, conta);
-    EXPECT_EQ(mudancas, 0);
+    for (const bool comPadrao : {false, true}) {  // a row that is written would get the default
+        if (comPadrao) Executa("alter table SATRIB add PADRAO integer default 7");
+        mudancas = 0;
+        Atualiza(opcoes, conta);
+        EXPECT_EQ(mudancas, comPadrao ? 1 : 0);
+    }
+    Executa("alter table SATRIB drop PADRAO");
+    Atualiza(opcoes);
 
+    mudancas = 0;
     const std::string doCliente =
         Executa("insert into SATRIB_USER (ARQUIVO, NOME, TIPO, TAMANHO) values ('TALT', 'U_X', 'ftString', 5)");
     Atualiza(opcoes, conta);
@@ -112,11 +118,11 @@ TEST_F(AtualizacaoTest, TheDictionaryOfATableIsWrittenWhereItDiffers) {
     EXPECT_NE(Executa("delete from TRBFIELD"), doCliente) << "the customer's column is there, too";
 }
 
-TEST_F(AtualizacaoTest, AColumnThatTheConnectionCannotHoldCostsItselfAlone) {
+TEST_F(AtualizacaoTest, AColumnThatTheConnectionCannotHoldOrThatIsTheCustomersCostsItselfAlone) {
     dm_->SQLConnection1.Aliases().INIGravaString("LOJA", "CharacterSet", "ISO8859_1");
     dm_->SQLConnection1.SetAlias("LOJA");
     std::vector<TColuna> novas(std::begin(kNovas), std::end(kNovas));
-    novas.insert(novas.begin() + 1, {"TALT", "€", "ftInteger", 0, 0});
+    novas.insert(novas.begin() + 1, {{"TALT", "€", "ftInteger", 0, 0}, {"TALT", "U_SUA", "ftInteger", 0, 0}});
     Empacota(pasta_, novas);
     EXPECT_EQ(Atualiza(OpcoesDeTeste(pasta_)), TFimDaAtualizacao::Concluida);
     EXPECT_EQ(Versoes(), "TALT|2;TNOVA|2;TREC|2");

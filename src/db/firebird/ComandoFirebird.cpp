@@ -156,7 +156,7 @@ TTransacaoFirebird& TComandoFirebird::Transacao(TModo modo) {
         return *sessao_->transacao;
     }
     if (modo == TModo::Leitura && leitura_ == TLeitura::Catalogo) return sessao_->Catalogo();
-    if (modo == TModo::Leitura && propria_) return *propria_;
+    if (modo == TModo::Leitura && propria_ && *propria_->Handle() != 0) return *propria_;
     return propria_.emplace(*sessao_, modo);
 }
 
