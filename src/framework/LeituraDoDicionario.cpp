@@ -36,6 +36,12 @@ TIndiceDicionario LeIndice(TWKDQuery& q) {
     return {Lido(q, "NOME"), temTipo && Lido(q, "TIPO") == "1"};
 }
 
+/// Tables of the customer's columns and descriptions; those that `ondeColuna` and `ondeTabela` leave.
+std::string ConsultaDoCliente(const std::string& ondeColuna, const std::string& ondeTabela) {
+    return "select satrib_user.arquivo as NOME from satrib_user" + ondeColuna +
+           " union select NOME_ARQUIVO from SARQUIVO_user" + ondeTabela;
+}
+
 struct TTabelaLida {
     std::vector<TColunaDicionario> colunas;
     std::vector<std::string> chave;
@@ -100,6 +106,11 @@ class TLeituraDoDicionario::TMemoria {
         return nullptr;
     }
 
+    bool ClienteTem(std::string_view tabela) {
+        if (!doCliente_) doCliente_ = LeDoCliente();
+        return doCliente_->contains(ChaveDeNome(tabela));
+    }
+
     const TIndices* Indices(std::string_view tabela) {
         if (DosIndices(tabela)) return nullptr;
         if (!indices_) indices_ = LeIndices();
@@ -160,6 +171,13 @@ class TLeituraDoDicionario::TMemoria {
         return lida;
     }
 
+    std::set<std::string> LeDoCliente() {
+        std::set<std::string> nomes;
+        TWKDQuery q(conexao_, ConsultaDoCliente("", ""));
+        for (q.Open(); !q.Eof(); q.Next()) nomes.insert(ChaveDeNome(q.Texto("NOME")));
+        return nomes;
+    }
+
     TPorNome<TIndices> LeIndices() {
         TPorNome<TIndices> todos;
         TWKDQuery q(conexao_, "SELECT DISTINCT * FROM SINDSEC");
@@ -179,6 +197,7 @@ class TLeituraDoDicionario::TMemoria {
     std::unique_ptr<TWKDQuery> consulta_;
     std::string ultima_;  // table of lida_, in capitals
     TTabelaLida lida_;
+    std::optional<std::set<std::string>> doCliente_;  // names as of ChaveDeNome
     std::optional<TPorNome<TIndices>> indices_;
     std::optional<TPorNome<TColunasPorIndice>> colunas_;
 };
@@ -238,6 +257,20 @@ std::vector<std::string> TLeituraDoDicionario::ColunasDoIndice(std::string_view 
                               " AND NOME  = " + Aspas(indice) + " ORDER BY SEQUENCIA");
     for (q.Open(); !q.Eof(); q.Next()) colunas.push_back(Lido(q, "CAMPO"));
     return colunas;
+}
+
+bool TLeituraDoDicionario::ClienteTem(std::string_view tabela) {
+    try {
+        if (const auto memoria = memoria_.lock()) return memoria->ClienteTem(tabela);
+        const std::string nome = Aspas(tabela);
+        TWKDQuery q(conexao_,
+                    ConsultaDoCliente(" where satrib_user.arquivo = " + nome, " where NOME_ARQUIVO = " + nome));
+        q.Open();
+        return !q.Eof();
+    } catch (const TErroBanco& erro) {
+        if (erro.ConexaoPerdida()) throw;
+        return true;
+    }
 }
 
 }  // namespace wkd

@@ -23,8 +23,8 @@ class TLeituraDoDicionario {
     explicit TLeituraDoDicionario(TConnection& conexao) : conexao_(conexao) {}
 
     /// While the answer lives, what was read once is not read again: how SATRIB spells the names of its tables, the
-    /// columns of the last table, the indexes of all; the query of columns stays prepared. Nothing is read before it
-    /// is asked for.
+    /// columns of the last table, the indexes of all, the names of those that the customer has rows of; the query of
+    /// columns stays prepared. Nothing is read before it is asked for.
     std::shared_ptr<const void> Lembra();
     /// Whoever writes rows of a table in SATRIB meanwhile must tell, by the name as it is written there.
     void Anota(std::string_view tabela);
@@ -38,6 +38,9 @@ class TLeituraDoDicionario {
     std::vector<TIndiceDicionario> Indices(std::string_view tabela);
     /// In the order of the index; none for one that the dictionary does not describe.
     std::vector<std::string> ColunasDoIndice(std::string_view tabela, std::string_view indice);
+
+    /// Whether the customer has columns or a description of the table; also where that cannot be read.
+    bool ClienteTem(std::string_view tabela);
 
   private:
     class TMemoria;

@@ -170,23 +170,13 @@ bool Gravadas(TContexto& ctx, std::string_view tabela, const TCamposComuns& camp
     return false;
 }
 
-/// Whether there is anything to merge: "U_" columns that the package brings go, and those of the customer come, with
-/// his description of the table. Also where that cannot be read.
-bool Mescla(TContexto& ctx, std::string_view tabela, const TCamposComuns& campos, const std::vector<TLinha>& linhas) {
+/// The merge takes out "U_" columns that the package itself brings.
+bool TemPersonalizadas(const TCamposComuns& campos, const std::vector<TLinha>& linhas) {
     const auto nome = LugarDoCampo(campos, "NOME");
     const auto personalizada = [&](const TLinha& linha) {
         return Maiusculas(linha[*nome].ComoTexto()).starts_with("U_");
     };
-    if (!nome || std::ranges::any_of(linhas, personalizada)) return true;
-    try {
-        TWKDQuery q(ctx.Conexao(), "select 1 as TEM from satrib_user where satrib_user.arquivo = " + Aspas(tabela) +
-                                       " union all select 1 from SARQUIVO_user where NOME_ARQUIVO = " + Aspas(tabela));
-        q.Open();
-        return !q.Eof();
-    } catch (const TErroBanco& erro) {
-        if (erro.ConexaoPerdida()) throw;
-        return true;
-    }
+    return !nome || std::ranges::any_of(linhas, personalizada);
 }
 
 void RelataCriacao(TContexto& ctx, const std::string& linha, std::string_view tabela, std::string_view acao) {
@@ -200,7 +190,8 @@ void RelataCriacao(TContexto& ctx, const std::string& linha, std::string_view ta
 void RegravaDicionario(TContexto& ctx, std::string_view tabela, bool reconstrucao) {
     const TCamposComuns campos = CamposComuns(ctx);
     const std::vector<TLinha> linhas = LinhasNovas(ctx, campos, reconstrucao);
-    const bool mescla = reconstrucao || Mescla(ctx, tabela, campos, linhas);
+    TLeituraDoDicionario& dicionario = ctx.dm.Atualiza.Dicionario();
+    const bool mescla = reconstrucao || TemPersonalizadas(campos, linhas) || dicionario.ClienteTem(tabela);
     if (!mescla && Gravadas(ctx, tabela, campos, linhas)) return;
 
     TTransacao transacao(ctx.Conexao());
