@@ -41,11 +41,11 @@ std::int64_t NumeroFixo(const TValor& valor, int escala) {
     if (const auto* inteiro = valor.Se<std::int64_t>()) return Reescala({*inteiro, 0}, escala, valor);
     if (const auto* decimal = valor.Se<TDecimal>()) return Reescala(*decimal, escala, valor);
     if (const auto* real = valor.Se<double>()) return ReescalaDouble(*real, escala, valor);
-    return Reescala(*valor.Converte(TTipoDado::Decimal).Se<TDecimal>(), escala, valor);
+    return Reescala(valor.Como<TDecimal>(TTipoDado::Decimal), escala, valor);
 }
 
 double Flutuante(const TValor& valor) {
-    const double v = *valor.Converte(TTipoDado::Flutuante).Se<double>();
+    const double v = valor.Como<double>(TTipoDado::Flutuante);
     const auto* inteiro = valor.Se<std::int64_t>();
     if (inteiro && (std::abs(v) >= 9.2233720368547758e18 || static_cast<std::int64_t>(v) != *inteiro))
         NaoCabe(valor, "um número de ponto flutuante");

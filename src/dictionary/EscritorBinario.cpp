@@ -100,19 +100,19 @@ std::string BytesDoValor(const TValor& valor, const TColuna& coluna) {
         case TFormato::SemSinal:
             return Numero(InteiroParaGravar(valor, *coluna.tipo), bytes);
         case TFormato::Logico:
-            return Numero(*valor.Converte(TTipoDado::Logico).Se<bool>() ? 1 : 0, bytes);
+            return Numero(valor.Como<bool>(TTipoDado::Logico) ? 1 : 0, bytes);
         case TFormato::Flutuante:
             return Flutuante(valor.ComoDouble(), bytes);
         case TFormato::Bcd:
             return Bcd(valor, bytes);
         case TFormato::Data:
-            return Numero(static_cast<std::uint32_t>(DiasDe(*valor.Converte(TTipoDado::Data).Se<TData>())), bytes);
+            return Numero(static_cast<std::uint32_t>(DiasDe(valor.Como<TData>(TTipoDado::Data))), bytes);
         case TFormato::Hora:
-            return Numero(static_cast<std::uint32_t>(MsDe(*valor.Converte(TTipoDado::Hora).Se<THora>())), bytes);
+            return Numero(static_cast<std::uint32_t>(MsDe(valor.Como<THora>(TTipoDado::Hora))), bytes);
         case TFormato::DataHora:
-            return Flutuante(MsDe(*valor.Converte(TTipoDado::DataHora).Se<TDataHora>()), bytes);
+            return Flutuante(MsDe(valor.Como<TDataHora>(TTipoDado::DataHora)), bytes);
         case TFormato::DataHoraSql:
-            return DataHoraSql(*valor.Converte(TTipoDado::DataHora).Se<TDataHora>());
+            return DataHoraSql(valor.Como<TDataHora>(TTipoDado::DataHora));
         case TFormato::TextoAnsi:
         case TFormato::TextoUnicode:
             return BytesDeTexto(valor, coluna);

@@ -80,18 +80,18 @@ std::string TextoDoValor(const TValor& valor, const TTipoPacote& tipo) {
         case TFormato::SemSinal:
             return TextoInteiro(valor, tipo);
         case TFormato::Logico:
-            return *valor.Converte(TTipoDado::Logico).Se<bool>() ? "TRUE" : "FALSE";
+            return valor.Como<bool>(TTipoDado::Logico) ? "TRUE" : "FALSE";
         case TFormato::Flutuante:
             return TextoDouble(valor.ComoDouble(), tipo.tamanho == 4);
         case TFormato::Bcd:
             return TextoDecimal(valor);
         case TFormato::Data:
-            return DataParaXml(*valor.Converte(TTipoDado::Data).Se<TData>());
+            return DataParaXml(valor.Como<TData>(TTipoDado::Data));
         case TFormato::Hora:
-            return HoraParaXml(*valor.Converte(TTipoDado::Hora).Se<THora>());
+            return HoraParaXml(valor.Como<THora>(TTipoDado::Hora));
         case TFormato::DataHora:
         case TFormato::DataHoraSql:
-            return DataHoraParaXml(*valor.Converte(TTipoDado::DataHora).Se<TDataHora>());
+            return DataHoraParaXml(valor.Como<TDataHora>(TTipoDado::DataHora));
         default:
             return Escapa(valor.ComoTexto());
     }

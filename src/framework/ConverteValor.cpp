@@ -169,9 +169,12 @@ TValor TValor::Converte(TTipoDado tipo) const {
     if (tipo == TTipoDado::Texto && Se<std::string>()) return *this;
     const bool blob = Se<TBytes>() || Se<TConteudoComum>();
     if (blob && !AceitaVazio(tipo)) return TValor(ComoTexto()).Converte(tipo);
-    const auto* texto = Se<std::string>();
-    if (texto && !AceitaVazio(tipo) && Apara(*texto).empty()) return {};
+    if (!AceitaVazio(tipo) && EmBranco()) return {};
     if (auto convertido = ParaTipo(*this, tipo)) return *std::move(convertido);
+    NaoSeConverte(tipo);
+}
+
+void TValor::NaoSeConverte(TTipoDado tipo) const {
     throw TErroConversao("\"" + Inicio(ComoTexto()) + "\" não se converte em " + std::string(NomeDoTipo(tipo)));
 }
 

@@ -97,6 +97,11 @@ bool TValor::Vazio() const {
     return Nulo() || (texto && texto->empty());
 }
 
+bool TValor::EmBranco() const {
+    const bool emTexto = Se<std::string>() || Se<TBytes>() || Se<TConteudoComum>();
+    return Nulo() || (emTexto && Apara(ComoTexto()).empty());
+}
+
 std::string TValor::ComoTexto() const {
     return std::visit(TCasos{
                           [](std::monostate) { return std::string(); },

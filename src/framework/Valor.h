@@ -94,6 +94,8 @@ class TValor {
     bool Nulo() const { return v_.index() == 0; }
     /// NULL or empty text.
     bool Vazio() const;
+    /// NULL, or a text or blob of blanks: what every type but a text reads as NULL.
+    bool EmBranco() const;
 
     /// Text that DeTexto reads back to an equal value: shortest round-trip form for doubles, all of a time's
     /// fraction, "yyyy-mm-dd hh:mm:ss[.fffffff]", blob content as text (valid UTF-8 or Windows-1252). NULL is "".
@@ -108,11 +110,20 @@ class TValor {
     /// Value of the wanted type; NULL stays NULL, and an empty text is NULL for every type but Texto, Memo, Blob and
     /// Bytes. Decimal comma and point are both read. Throws TErroConversao.
     TValor Converte(TTipoDado tipo) const;
+    /// The content of the value of the wanted type. Throws TErroConversao, for what reads as NULL, too.
+    template <class T>
+    T Como(TTipoDado tipo) const {
+        const TValor convertido = Converte(tipo);
+        if (const T* conteudo = convertido.Se<T>()) return *conteudo;
+        NaoSeConverte(tipo);
+    }
 
     /// Same type and same content; blobs compare by bytes, a decimal and an integer by number.
     bool operator==(const TValor& outro) const;
 
   private:
+    [[noreturn]] void NaoSeConverte(TTipoDado tipo) const;
+
     TVariante v_;
 };
 

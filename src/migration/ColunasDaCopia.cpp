@@ -31,15 +31,6 @@ bool PadraoServe(const TColunaFisica& coluna) {
     }
 }
 
-TValor ValorFixo(const TColunaFisica& coluna) {
-    if (!coluna.requerido) return {};
-    try {
-        return ValorObrigatorio(coluna.nome).Converte(coluna.tipo);
-    } catch (const TErroConversao&) {
-        return Agora();  // "0" is no date
-    }
-}
-
 std::size_t Caracteres(std::string_view utf8) {
     return static_cast<std::size_t>(
         std::ranges::count_if(utf8, [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
@@ -96,7 +87,7 @@ std::vector<TColunaDaCopia> ColunasDaCopia(TConnection& conexao, const std::stri
         if (const TColunaFisica* igual = ColunaDeNome(daOrigem, coluna.nome))
             colunas.push_back({coluna, *igual, lugar++, {}});
         else if (!PadraoServe(coluna) && (coluna.requerido || !coluna.padrao.empty()))
-            colunas.push_back({coluna, std::nullopt, 0, ValorFixo(coluna)});
+            colunas.push_back({coluna, std::nullopt, 0, coluna.requerido ? ValorObrigatorio(coluna) : TValor()});
     }
     return colunas;
 }

@@ -119,10 +119,12 @@ void TCopiaDeLinhas::EnviaAoServidor() {
     for (std::size_t i = primeira; i < lote_.size(); ++i) chaves += lote_[i].chave;
     try {
         servidor_->Copia(chaves);
+        return;
     } catch (const TErroBanco& falha) {
         if (falha.ConexaoPerdida()) throw;
-        FicamNoLote(primeira, [this](TLinhaDoLote& linha) { return Refaz(linha); });
+    } catch (const TErroConversao&) {  // a value that every row gets
     }
+    FicamNoLote(primeira, [this](TLinhaDoLote& linha) { return Refaz(linha); });
 }
 
 /// Of the batch from `primeira` on, the rows that `guarda` stores; each is asked once, in its turn.
@@ -179,10 +181,10 @@ TValor TCopiaDeLinhas::LeCampo(TComando& linha, const TColunaDaCopia& coluna) {
 void TCopiaDeLinhas::AplicaRegras(TLinha& linha) {
     for (std::size_t i = 0; i < colunas_.size(); ++i) {
         const TColunaFisica& destino = colunas_[i].destino;
-        const bool falta = colunas_[i].origem && destino.requerido && linha[i].Nulo();
+        const bool falta = colunas_[i].origem && destino.requerido && SemValor(linha[i], destino);
         if (!falta && !numeradas_[i]) continue;
         const TValor antes = linha[i];
-        if (falta) linha[i] = ValorObrigatorio(destino.nome).Converte(destino.tipo);
+        if (falta) linha[i] = ValorObrigatorio(destino);
         if (numeradas_[i]) linha[i] = renumeracao_.Numera(destino.nome, linha[i]);
         if (!(antes == linha[i])) resultado_.alteradas.insert(ChaveDeNome(destino.nome));
     }

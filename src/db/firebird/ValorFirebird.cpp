@@ -80,7 +80,7 @@ ISC_TIME Fracoes(THora hora, const TValor& valor) {
     return static_cast<ISC_TIME>(hora.tiques / kTiquesPorFracao);
 }
 
-TDataHora DataHora(const TValor& valor) { return *valor.Converte(TTipoDado::DataHora).Se<TDataHora>(); }
+TDataHora DataHora(const TValor& valor) { return valor.Como<TDataHora>(TTipoDado::DataHora); }
 
 ISC_DATE SoData(const TValor& valor) {
     if (const auto* data = valor.Se<TData>()) return Dias(*data, valor);
@@ -114,10 +114,10 @@ void GravaTexto(XSQLVAR& var, std::vector<char>& memoria, const TValor& valor) {
     GravaBytes(var, memoria, DeUtf8(conjunto, texto ? *texto : valor.ComoTexto()));
 }
 
-/// An empty text is a value of a text alone; every other type takes it as NULL.
+/// A blank text is a value of a text alone; every other type takes it as NULL.
 bool ContaComoNulo(const XSQLVAR& var, const TValor& valor) {
     const bool texto = Tipo(var) == SQL_VARYING || Tipo(var) == SQL_TEXT;
-    return valor.Nulo() || (!texto && valor.Vazio());
+    return valor.Nulo() || (!texto && valor.EmBranco());
 }
 
 }  // namespace
@@ -227,11 +227,11 @@ void GravaValor(XSQLVAR& var, std::vector<char>& memoria, const TValor& valor) {
         case SQL_D_FLOAT:
             return GravaCru(var, Flutuante(valor));
         case SQL_BOOLEAN:
-            return GravaCru(var, static_cast<FB_BOOLEAN>(*valor.Converte(TTipoDado::Logico).Se<bool>() ? 1 : 0));
+            return GravaCru(var, static_cast<FB_BOOLEAN>(valor.Como<bool>(TTipoDado::Logico) ? 1 : 0));
         case SQL_TYPE_DATE:
             return GravaCru(var, SoData(valor));
         case SQL_TYPE_TIME:
-            return GravaCru(var, Fracoes(*valor.Converte(TTipoDado::Hora).Se<THora>(), valor));
+            return GravaCru(var, Fracoes(valor.Como<THora>(TTipoDado::Hora), valor));
         case SQL_TIMESTAMP:
             return GravaCru(var, Momento(valor));
         case SQL_NULL:

@@ -50,7 +50,7 @@ void TParametroOdbc::Define(const TValor& valor, const TColunaFisica* coluna) {
     leitor_.reset();
     fluxo_ = nullptr;
     const bool texto = !coluna || coluna->tipo == TTipoDado::Texto || Longo(*coluna);
-    if (valor.Nulo() || (!texto && coluna->tipo != TTipoDado::Bytes && valor.Vazio())) return Nulo(coluna);
+    if (valor.Nulo() || (!texto && coluna->tipo != TTipoDado::Bytes && valor.EmBranco())) return Nulo(coluna);
     if (coluna)
         DefineDaColuna(valor, *coluna);
     else
@@ -79,16 +79,16 @@ void TParametroOdbc::DefineDaColuna(const TValor& valor, const TColunaFisica& co
         case TTipoDado::Flutuante:
             return Real(Flutuante(valor), IgualSemCaixa(coluna.tipoSql, "real"));
         case TTipoDado::Logico:
-            return Logico(*valor.Converte(TTipoDado::Logico).Se<bool>());
+            return Logico(valor.Como<bool>(TTipoDado::Logico));
         case TTipoDado::Data:
             if (const auto* momento = valor.Se<TDataHora>(); momento && momento->hora.tiques == 0)
                 return Data(momento->data);
-            return Data(*valor.Converte(TTipoDado::Data).Se<TData>());
+            return Data(valor.Como<TData>(TTipoDado::Data));
         case TTipoDado::Hora:
             return Texto(valor.Converte(TTipoDado::Hora).ComoTexto(), false);
         case TTipoDado::DataHora:
             if (valor.Se<THora>()) return Texto(valor.ComoTexto(), false);
-            return Momento(*valor.Converte(TTipoDado::DataHora).Se<TDataHora>(), coluna.escala);
+            return Momento(valor.Como<TDataHora>(TTipoDado::DataHora), coluna.escala);
         case TTipoDado::Blob:
         case TTipoDado::Memo:
             if (const auto* conteudo = valor.Se<std::shared_ptr<const TConteudo>>())
