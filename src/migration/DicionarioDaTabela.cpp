@@ -55,8 +55,8 @@ bool Essencial(std::string_view campo) {
 /// Value of one field of the current row as SATRIB takes it. Throws TErroConversao.
 TValor ValorDoCampo(TContexto& ctx, const TCampoComum& campo, bool preencheObrigatorios) {
     TValor valor = ctx.dm.SatribNovo.Valor(campo.doPacote);
-    if (preencheObrigatorios && campo.destino->requerido && valor.Vazio())
-        valor = ValorObrigatorio(campo.destino->nome);
+    if (preencheObrigatorios && campo.destino->requerido && (valor.Vazio() || SemValor(valor, *campo.destino)))
+        valor = ValorObrigatorio(*campo.destino);
     return ConverteParaColuna(valor.Converte(campo.destino->tipo), *campo.destino);
 }
 
@@ -86,13 +86,16 @@ bool Executa(TContexto& ctx, TComando& inclui) {
 }
 
 /// The package's rows of the table as SATRIB takes them; one that it cannot take is logged and left out.
-std::vector<TLinha> LinhasNovas(TContexto& ctx, const TCamposComuns& campos, bool preencheObrigatorios) {
+std::vector<TLinha> LinhasNovas(TContexto& ctx, const std::string& nome, const TCamposComuns& campos,
+                                bool preencheObrigatorios) {
+    const auto arquivo = LugarDoCampo(campos, "ARQUIVO");
     std::vector<TLinha> linhas;
     TClientDataSet& novo = ctx.dm.SatribNovo;
     for (novo.First(); !novo.Eof(); novo.Next()) {
         try {
             TLinha linha;
             for (const TCampoComum& campo : campos) linha.push_back(ValorOuNulo(ctx, campo, preencheObrigatorios));
+            if (arquivo) linha[*arquivo] = nome;
             linhas.push_back(std::move(linha));
         } catch (const TErroConversao& erro) {
             ctx.Log(erro.what());
@@ -111,15 +114,6 @@ void IncluiLinhas(TContexto& ctx, const TCamposComuns& campos, const std::vector
             ctx.Log(erro.what());
         }
     }
-}
-
-/// The package may spell the table's name otherwise in its columns.
-void AnotaGrafias(TContexto& ctx, std::string_view tabela, const TCamposComuns& campos,
-                  const std::vector<TLinha>& linhas) {
-    ctx.dm.Atualiza.Dicionario().Anota(tabela);
-    const auto arquivo = LugarDoCampo(campos, "ARQUIVO");
-    for (const TLinha& linha : linhas)
-        if (arquivo) ctx.dm.Atualiza.Dicionario().Anota(linha[*arquivo].ComoTexto());
 }
 
 /// Columns of SATRIB that the package does not have.
@@ -179,6 +173,20 @@ bool TemPersonalizadas(const TCamposComuns& campos, const std::vector<TLinha>& l
     return !nome || std::ranges::any_of(linhas, personalizada);
 }
 
+/// The package may spell a table's name in other letter case. SARQUIVO and the customer's columns then take that over:
+/// to whoever compares names exactly, rows under two spellings belong to two tables. Returns the spelling from before.
+std::string SegueGrafia(TContexto& ctx, const std::string& nome) {
+    TClientDataSet& velho = ctx.dm.SarquivoVelho;
+    const std::string antes(Apara(velho.Texto("nome_arquivo")));
+    if (antes == nome || !IgualSemCaixa(antes, nome)) return nome;
+    velho.Edit();
+    velho.SetValor("nome_arquivo", nome);
+    velho.Post();
+    if (!AplicaEmTransacao(velho)) return nome;
+    ctx.dm.Executa("update satrib_user set arquivo = " + Aspas(nome) + " where arquivo = " + Aspas(antes));
+    return antes;
+}
+
 void RelataCriacao(TContexto& ctx, const std::string& linha, std::string_view tabela, std::string_view acao) {
     ctx.repeteTabela = ctx.repeteTabela || ctx.dm.Atualiza.ErroPassageiro();
     ctx.Tela().Memo1(linha);
@@ -188,21 +196,23 @@ void RelataCriacao(TContexto& ctx, const std::string& linha, std::string_view ta
 }  // namespace
 
 void RegravaDicionario(TContexto& ctx, std::string_view tabela, bool reconstrucao) {
+    const std::string nome(tabela), antes = SegueGrafia(ctx, nome);
     const TCamposComuns campos = CamposComuns(ctx);
-    const std::vector<TLinha> linhas = LinhasNovas(ctx, campos, reconstrucao);
+    const std::vector<TLinha> linhas = LinhasNovas(ctx, nome, campos, reconstrucao);
     TLeituraDoDicionario& dicionario = ctx.dm.Atualiza.Dicionario();
-    const bool mescla = reconstrucao || TemPersonalizadas(campos, linhas) || dicionario.ClienteTem(tabela);
-    if (!mescla && Gravadas(ctx, tabela, campos, linhas)) return;
+    const bool mescla = reconstrucao || TemPersonalizadas(campos, linhas) || dicionario.ClienteTem(nome);
+    if (!mescla && antes == nome && Gravadas(ctx, nome, campos, linhas)) return;
 
     TTransacao transacao(ctx.Conexao());
     const std::string daTabela =
-        reconstrucao ? "upper(arquivo) = " + Aspas(Maiusculas(tabela)) : "arquivo = " + Aspas(tabela);
+        reconstrucao ? "upper(arquivo) = " + Aspas(Maiusculas(nome)) : "arquivo = " + Aspas(nome);
     ctx.Conexao().Prepara("delete from satrib where " + daTabela)->Executa();
+    if (antes != nome) ctx.Conexao().Prepara("delete from satrib where arquivo = " + Aspas(antes))->Executa();
     IncluiLinhas(ctx, campos, linhas);
-    if (mescla) ctx.dm.MesclaCamposPersonalizados(tabela);
+    if (mescla) ctx.dm.MesclaCamposPersonalizados(nome);
     transacao.Commit();
-    AnotaGrafias(ctx, tabela, campos, linhas);
-    ctx.desatualizadas.insert(ChaveDeNome(tabela));
+    dicionario.Anota(nome);
+    ctx.desatualizadas.insert(ChaveDeNome(nome));
 }
 
 std::optional<std::string> ColunaForaDoDicionario(TContexto& ctx) {
