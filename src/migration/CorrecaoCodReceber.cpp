@@ -1,7 +1,9 @@
 #include "CorrecaoCodReceber.h"
 
 #include <algorithm>
+#include <vector>
 
+#include "TBComandos.h"
 #include "Texto.h"
 #include "Tolera.h"
 
@@ -22,26 +24,42 @@ void RefazIndice(TContexto& ctx) {
     });
 }
 
-void RefazChaveEIndices(TContexto& ctx, const std::string& tabela) {
-    if (!ctx.dm.ExisteTabela(tabela)) return;
+void Relata(TContexto& ctx, const std::string& tabela, const std::string& erro) {
+    ctx.Tela().Memo2("Tabela: " + tabela + " - " + erro);
+    ctx.Tela().SetLog(erro, tabela, "AjustaCodReceber");
+}
+
+/// The primary key as the dictionary has it; where it has none, the one that was there.
+void RefazChave(TContexto& ctx, const std::string& tabela, const TChavePrimaria& antes) {
     TTB& tb = ctx.dm.Atualiza;
-    for (const auto& operacao : {+[](TTB&t, const std::string&nome) { return t.CriaIndicePrimario(nome, false); },
-                                 +[](TTB&t, const std::string&nome) { return t.CriaIndiceSecundarios(nome); }}) {
-        if (operacao(tb, tabela)) continue;
-        ctx.Tela().Memo2("Tabela: " + tabela + " - " + tb.Erro());
-        ctx.Tela().SetLog(tb.Erro(), tabela, "AjustaCodReceber");
-    }
+    if (tb.CriaIndicePrimario(tabela, false)) return;
+    const std::string erro = tb.Erro();
+    if (antes.nome.empty() || !tb.ColunasDaChave(tabela).empty()) return Relata(ctx, tabela, erro);
+    std::vector<std::string> colunas;
+    for (const auto& coluna : antes.colunas) colunas.push_back(Identificador(coluna, ctx.Banco()));
+    const TResultado refeita =
+        ctx.dm.Executa("alter table " + tabela + " add constraint " + Identificador(antes.nome, ctx.Banco()) +
+                       " primary key (" + Junta(colunas, ",") + ")");
+    if (!refeita) Relata(ctx, tabela, refeita.Mensagem());
+}
+
+void RefazChaveEIndices(TContexto& ctx, const std::string& tabela, const TChavePrimaria& antes) {
+    if (!ctx.dm.ExisteTabela(tabela)) return;
+    RefazChave(ctx, tabela, antes);
+    if (!ctx.dm.Atualiza.CriaIndiceSecundarios(tabela)) Relata(ctx, tabela, ctx.dm.Atualiza.Erro());
 }
 
 }  // namespace
 
 void AjustaCodReceber(TContexto& ctx, std::span<const TTextoPorTipo> passos) {
+    const TChavePrimaria deTcrtlchq = ctx.Conexao().ChavePrimaria("TCRTLCHQ");
+    const TChavePrimaria deTchqcanc = ctx.Conexao().ChavePrimaria("TCHQCANC");
     try {
         for (const TTextoPorTipo& passo : passos)
             if (const auto comando = passo.Para(ctx.Banco()); !comando.empty()) ctx.Conexao().ExecuteDirect(comando);
     } catch (...) {
-        RefazChaveEIndices(ctx, "TCRTLCHQ");
-        RefazChaveEIndices(ctx, "TCHQCANC");
+        RefazChaveEIndices(ctx, "TCRTLCHQ", deTcrtlchq);
+        RefazChaveEIndices(ctx, "TCHQCANC", deTchqcanc);
         RefazIndice(ctx);
         throw;
     }

@@ -82,7 +82,7 @@ class TReconstrucao {
     std::string tabela_, backup_;
     std::vector<std::string> chave_, chaveAntiga_, gatilhos_, restricoes_, calculadas_;
     std::set<std::string> alteradas_;
-    bool existe_ = false, apagada_ = false, terminada_ = false, dispensada_ = false;
+    bool existe_ = false, apagada_ = false, retomada_ = false, terminada_ = false, dispensada_ = false;
     std::int64_t antes_ = 0;
 };
 
@@ -206,7 +206,7 @@ void TReconstrucao::Ergue() {
 /// Goes on with the restore that an earlier run broke off. The table has been in use since, and what is in it stays.
 /// One that the package wants otherwise is whole then, and is rebuilt anew.
 void TReconstrucao::Retoma() {
-    apagada_ = true;
+    apagada_ = retomada_ = true;
     const bool doPacote = ColunasDoPacote();
     const TRestante restante = RestauracaoQueFalta(ctx_, tabela_);
     chave_ = ChaveGuardada(ctx_, tabela_);
@@ -306,14 +306,16 @@ bool TReconstrucao::Restaura(const TRestante& restante) {
 
 TConferencia TReconstrucao::Confere() {
     const TConferencia c = ConfereComBackup(ctx_.Conexao(), backup_, tabela_, alteradas_);
+    // What has been entered since the restore was broken off is in the table alone.
+    const bool entraram = retomada_ && c.naTabela == antes_ && c.diferentes == 0 && c.colunas.empty();
     const std::string contagem =
         " Nº de registros antes: " + std::to_string(antes_) + " Nº de registros depois: " + std::to_string(c.naTabela);
     if (c.naTabela != antes_) {
         ctx_.Tela().Memo2("***** ATENÇÃO *******");
         ctx_.Tela().Memo2("***** TABELA " + tabela_ + contagem);
     }
-    if (c.Igual()) return c;
-    ctx_.Tela().Memo2("***** TABELA " + tabela_ + " Conteúdo diferente de " + backup_ + ": " +
+    if (c.Igual() || entraram) return c;
+    ctx_.Tela().Memo2("Tabela " + tabela_ + ": conteúdo diferente de " + backup_ + ": " +
                       (c.colunas.empty() ? std::to_string(c.diferentes) + " registros" : Junta(c.colunas, ", ")) +
                       contagem);
     return c;

@@ -96,6 +96,31 @@ std::vector<TFonte> Fontes(TContexto& ctx, std::string_view sql, const std::stri
     return fontes;
 }
 
+/// "before insert or update": the number of a trigger's type is one less than a bit for "after" and, above it, two bits
+/// for each event (Firebird's Language Reference, RDB$TRIGGERS).
+std::string MomentoDoGatilho(std::int64_t tipo) {
+    static constexpr const char* kEventos[] = {"", "insert", "update", "delete"};
+    const std::int64_t bits = tipo + 1;
+    std::string texto;
+    for (int lugar = 1; lugar < 6; lugar += 2)
+        if (const auto evento = (bits >> lugar) & 3)
+            texto += (texto.empty() ? "" : " or ") + std::string(kEventos[evento]);
+    return (bits & 1 ? "after " : "before ") + texto;
+}
+
+/// The catalogue keeps the source from "as" on.
+void PoeCabecalhos(TContexto& ctx, const std::string& tabela, std::vector<TFonte>& fontes) {
+    TWKDQuery q(ctx.Conexao(),
+                "select rdb$trigger_type as TIPO, rdb$trigger_sequence as LUGAR,"
+                " coalesce(rdb$trigger_inactive, 0) as INATIVO from rdb$triggers where rdb$relation_name = :tabela"
+                " and coalesce(rdb$system_flag, 0) = 0 order by rdb$trigger_name");
+    q.Param("tabela", tabela).Open();
+    for (auto fonte = fontes.begin(); fonte != fontes.end() && !q.Eof(); ++fonte, q.Next())
+        fonte->texto = "create trigger " + Identificador(fonte->nome, ctx.Banco()) + " for " + tabela +
+                       (q.Inteiro("INATIVO") == 1 ? " inactive " : " active ") + MomentoDoGatilho(q.Inteiro("TIPO")) +
+                       " position " + q.Texto("LUGAR") + "\n" + fonte->texto;
+}
+
 constexpr std::string_view kRestricoesSqlServer =
     "select f.name as NOME, 'foreign key (' + stuff((select ',' + col_name(k.parent_object_id, k.parent_column_id)"
     " from sys.foreign_key_columns k where k.constraint_object_id = f.object_id order by k.constraint_column_id"
@@ -136,14 +161,18 @@ std::vector<std::string> ComandosDeDevolucao(TContexto& ctx, const std::string& 
 }
 
 std::vector<TFonte> GatilhosDaTabela(TContexto& ctx, const std::string& tabela) {
-    return Fontes(ctx,
-                  SqlServer(ctx)
-                      ? "select g.name as NOME, m.definition as FONTE from sys.triggers g join sys.sql_modules m"
-                        " on m.object_id = g.object_id where g.parent_id = object_id(:tabela) order by g.name"
-                      : "select rdb$trigger_name as NOME, cast(rdb$trigger_source as blob sub_type 0) as FONTE"
-                        " from rdb$triggers where rdb$relation_name = :tabela and coalesce(rdb$system_flag, 0) = 0"
-                        " order by 1",
-                  tabela);
+    if (SqlServer(ctx))
+        return Fontes(ctx,
+                      "select g.name as NOME, m.definition as FONTE from sys.triggers g join sys.sql_modules m"
+                      " on m.object_id = g.object_id where g.parent_id = object_id(:tabela) order by g.name",
+                      tabela);
+    auto fontes = Fontes(ctx,
+                         "select rdb$trigger_name as NOME, cast(rdb$trigger_source as blob sub_type 0) as FONTE"
+                         " from rdb$triggers where rdb$relation_name = :tabela and coalesce(rdb$system_flag, 0) = 0"
+                         " order by 1",
+                         tabela);
+    if (!fontes.empty()) PoeCabecalhos(ctx, tabela, fontes);
+    return fontes;
 }
 
 std::vector<TFonte> RestricoesDaTabela(TContexto& ctx, const std::string& tabela) {

@@ -152,6 +152,11 @@ TEST_F(CorrecoesTest, AnAdjustmentThatEndsEarlyLeavesKeyAndIndexesInPlace) {
     ExecutaTudo({"delete from TINI where CHAVE = 'AjustaCodReceber'", "drop index TCRTLCHQ_CODIGO"});
     QuerysPosteriores(ctx_);
     EXPECT_EQ(indices(), "TCRTLCHQ_CODIGO;TCRTLCHQ_TIPO");
+
+    ExecutaTudo({"delete from TINI where CHAVE = 'AjustaCodReceber'", "delete from SATRIB where ARQUIVO = 'TCRTLCHQ'"});
+    QuerysPosteriores(ctx_);
+    EXPECT_EQ(Junta(dm_.SQLConnection1.ChavePrimaria("TCRTLCHQ").colunas, ","), "COD_EMPRESA,COD_RELACIONA,AUT_");
+    EXPECT_TRUE(tela_.memo2.empty()) << "no dictionary tells of the key";
 }
 
 TEST_F(CorrecoesTest, WithoutTheirTablesEveryCorrectionFailsButTheDictionaryOnesAndAllAreRecorded) {

@@ -332,7 +332,7 @@ TEST(NovaTest, TheTableIsRebuiltHoweverItsNameIsWritten) {
         banco.Executa("alter table SATRIB add COD_PLUGIN varchar(5)");
         banco.Executa("alter table SATRIB_USER add COD_PLUGIN varchar(5)");
         banco.Executa("insert into SATRIB_USER (ARQUIVO, NOME, TIPO, TAMANHO, SEQUENCIA) values ('" +
-                      std::string(pacote) + "', 'U_COR', 'ftString', 5, 9)");
+                      std::string(guardada) + "', 'U_COR', 'ftString', 5, 9)");
         banco.Executa("insert into SINDSEC values ('" + std::string(guardada) + "', 'ICLI_NOME', 0)");
         banco.Executa("insert into SINDSECA values ('" + std::string(guardada) + "', 'ICLI_NOME', 'NOME', 1)");
         banco.Executa(
@@ -346,7 +346,7 @@ TEST(NovaTest, TheTableIsRebuiltHoweverItsNameIsWritten) {
         EXPECT_EQ(banco.Le("select ARQUIVO, NOME, TAMANHO from SATRIB order by SEQUENCIA"),
                   Troca("#|CODIGO|0;#|NOME|30;#|VALOR|0;#|TIPO|1;#|U_COR|5", "#", pacote));
         EXPECT_EQ(banco.Conexao().Indices("TCLI").size(), 1U);
-        EXPECT_EQ(banco.Le("select VERSAO from SARQUIVO"), "2");
+        EXPECT_EQ(banco.Le("select NOME_ARQUIVO, VERSAO from SARQUIVO"), std::string(pacote) + "|2");
         EXPECT_TRUE(banco.tela_.memo2.empty()) << Junta(banco.tela_.memo2, "\n");
     }
 }
@@ -375,6 +375,7 @@ TEST(NovaTest, WhatTheDropTakesAlongComesBackOrIsKept) {
     banco.Executa("insert into TPAI select VALOR from TCLI");
     banco.Executa("alter table TCLI add constraint DO_PAI foreign key (VALOR) references TPAI on delete set null");
     banco.Executa("create trigger GCLI for TCLI before insert as begin new.VALOR = 'ç' || 1; end");
+    banco.Executa("create trigger G_TUDO for TCLI inactive after insert or update or delete position 3 as begin end");
     banco.Reconstroi();
     const std::string permissoes =
         "select trim(rdb$privilege), rdb$grant_option, trim(rdb$field_name) from rdb$user_privileges where"
@@ -386,9 +387,50 @@ TEST(NovaTest, WhatTheDropTakesAlongComesBackOrIsKept) {
     EXPECT_EQ(Junta(indices, " "), "ICLI_NOME+ MEU_INDICE-");
     EXPECT_TRUE(TTelaDeTeste::Contem(banco.tela_.memo2, "GCLI"));
     EXPECT_TRUE(TTelaDeTeste::Contem(banco.tela_.memo2, "CERTO, DO_PAI, UNICO"));
-    for (const char* fonte : {"new.VALOR = 'ç' || 1", "unique (NOME,CODIGO)", "check (VALOR > 0)",
+    for (const char* fonte : {"create trigger GCLI for TCLI active before insert position 0\\nas begin",
+                              "create trigger G_TUDO for TCLI inactive after insert or update or delete position 3\\n",
+                              "new.VALOR = 'ç' || 1", "unique (NOME,CODIGO)", "check (VALOR > 0)",
                               "foreign key (VALOR) references TPAI (ID) on update restrict on delete set null"})
         EXPECT_NE(banco.Rejeitados().find(fonte), std::string::npos) << fonte << "\n" << banco.Rejeitados();
+}
+
+TEST(NovaTest, AValueThatIsBlankOrMissingCostsNoRow) {
+    const struct {
+        std::string velha, valor;
+        TAtributo nova;
+        std::string depois;
+    } casos[] = {
+        {"V varchar(5)", "' '", {"V", "ftInteger"}, "V is null"},
+        {"V varchar(5)", "' '", {"V", "ftFloat"}, "V is null"},
+        {"V varchar(5)", "' '", {"V", "ftDate"}, "V is null"},
+        {"V varchar(5)", "' '", {"V", "ftTime"}, "V is null"},
+        {"V varchar(5)", "' '", {"V", "ftDateTime"}, "V is null"},
+        {"V varchar(5)", "' '", {"V", "ftInteger", 0, 1}, "V = 0"},
+        {"V blob", "''", {"V", "ftInteger"}, "V is null"},
+        {"V blob", "'  '", {"V", "ftDate"}, "V is null"},
+        {"DATA date", "null", {"DATA", "ftDate", 0, 1}, "DATA >= current_date - 1"},
+        {"DATA timestamp", "null", {"DATA", "ftDateTime", 0, 1}, "DATA >= current_date - 1"},
+        {"V integer", "1", {"DT_NOVA", "ftDate", 0, 1}, "DT_NOVA >= current_date - 1"},
+        {"V integer", "1", {"DT_HORA", "ftTime", 0, 1}, "DT_HORA is not null"},
+        {"V integer", "1", {"DT_NUMERO", "ftInteger", 0, 1}, "DT_NUMERO = 0"},
+        {"V integer", "1", {"DT_TEXTO", "ftString", 10, 1}, "DT_TEXTO >= cast(current_date - 1 as varchar(10))"},
+        {"V integer", "1", {"DIA", "ftDate", 0, 1}, "DIA >= current_date - 1"},
+    };
+    for (const auto& caso : casos) {
+        SCOPED_TRACE(caso.velha + " " + caso.valor + " " + caso.nova.tipo);
+        TBancoDaNova banco;
+        const std::string nome = caso.velha.substr(0, caso.velha.find(' '));
+        const TAtributo codigo{"CODIGO", "ftInteger", 0, 1};
+        banco.Guardada("TREC", {codigo, {nome, "ftString", 5}});
+        banco.Pacote("TREC", {codigo, caso.nova});
+        banco.Executa("create table TREC (CODIGO integer not null primary key, " + caso.velha + ")");
+        for (const std::string linha : {"1", "2"})
+            banco.Executa("insert into TREC values (" + linha + ", " + caso.valor + ")");
+        banco.Reconstroi();
+        EXPECT_EQ(banco.Le("select CODIGO from TREC where " + caso.depois), "1;2") << Junta(banco.tela_.memo2, "\n");
+        EXPECT_EQ(banco.Le("select VERSAO from SARQUIVO"), "2");
+        EXPECT_EQ(banco.Rejeitados(), "");
+    }
 }
 
 TEST(NovaTest, AnOlderInterruptedRebuildGoesOnFromItsBackup) {

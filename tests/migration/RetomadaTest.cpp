@@ -66,13 +66,29 @@ TEST(RetomadaTest, WorkInAHalfRestoredTableStaysAndTheRestComesBack) {
         EXPECT_EQ(banco.Le("select count(*) from BTCLI where NOME = 'nome' and ANTIGO = 'v'"), "40");
         EXPECT_EQ(banco.Le("select VERSAO from SARQUIVO"), "2");
         EXPECT_EQ(banco.Le("select count(*) from TINI"), "0");
-        EXPECT_TRUE(TTelaDeTeste::Contem(banco.tela_.memo2, "***** TABELA TCLI Conteúdo diferente de BTCLI"))
+        EXPECT_TRUE(TTelaDeTeste::Contem(banco.tela_.memo2, "Tabela TCLI: conteúdo diferente de BTCLI"))
             << Junta(banco.tela_.memo2, "\n");
         EXPECT_FALSE(TTelaDeTeste::Contem(banco.tela_.memo2, "ATENÇÃO")) << Junta(banco.tela_.memo2, "\n");
         EXPECT_TRUE(TTelaDeTeste::Contem(banco.tela_.memo2, "ANTIGO"));
         EXPECT_EQ(banco.IndicesEPermissoes(), "ICLI_A_MAO S");
         EXPECT_TRUE(banco.tela_.infos.empty()) << Junta(banco.tela_.infos, "\n");
     }
+}
+
+TEST(RetomadaTest, WhatWasEnteredSinceIsNoDifference) {
+    TBancoDaNova banco;
+    const TAtributos colunas = {{"CODIGO", "ftInteger", 0, 1}, {"NOME", "ftString", 5}};
+    banco.Guardada("TREC", colunas);
+    banco.Pacote("TREC", colunas);
+    banco.Executa("create table TREC (CODIGO integer not null primary key, NOME varchar(5))");
+    banco.Executa("create table BTREC (CODIGO integer not null, NOME varchar(5))");
+    banco.ExecutaTudo({"insert into BTREC values (1, 'a')", "insert into BTREC values (2, 'b')",
+                       "insert into TREC values (1, 'a')", "insert into TREC values (3, 'nova')",
+                       "update SARQUIVO set VERSAO = -1"});
+    banco.Reconstroi();
+    EXPECT_EQ(banco.Le("select * from TREC order by 1"), "1|a;2|b;3|nova");
+    EXPECT_EQ(banco.Le("select VERSAO from SARQUIVO"), "2");
+    EXPECT_TRUE(banco.tela_.memo2.empty()) << Junta(banco.tela_.memo2, "\n");
 }
 
 TEST(RetomadaTest, AnotherPackageFindsTheTableWholeFirst) {
@@ -88,7 +104,7 @@ TEST(RetomadaTest, AnotherPackageFindsTheTableWholeFirst) {
                   "1|mudado por alguém|X|7;23|nome|N|7;40|nome|N|7;99|entrou|Y|7");
         EXPECT_EQ(banco.Le("select count(*), count(distinct CODIGO) from TCLI"), "41|41");
         EXPECT_EQ(banco.Le("select VERSAO from SARQUIVO"), "2");
-        EXPECT_TRUE(TTelaDeTeste::Contem(banco.tela_.memo2, "Conteúdo diferente de BTCLI"));
+        EXPECT_TRUE(TTelaDeTeste::Contem(banco.tela_.memo2, "conteúdo diferente de BTCLI"));
         EXPECT_EQ(banco.IndicesEPermissoes(), "ICLI_A_MAO S");
         const std::string rejeitados = banco.Rejeitados();
         EXPECT_EQ(std::ranges::count(rejeitados, '\n'), kLinhas) << rejeitados;

@@ -147,7 +147,7 @@ TEST_F(SqlServer, AWholeUpdateCreatesAltersRebuildsAndKeepsEveryRow) {
     EXPECT_TRUE(std::ranges::any_of(indices, [](const auto& i) { return IgualSemCaixa(i.nome, "IX_CLIENTE"); }));
     EXPECT_TRUE(TTelaDeTeste::Contem(tela.memo2, "gatilhos não recriados")) << Junta(tela.memo2, "\n");
     EXPECT_FALSE(TTelaDeTeste::Contem(tela.memo2, "ATENÇÃO"));
-    EXPECT_FALSE(TTelaDeTeste::Contem(tela.memo2, "Conteúdo diferente"));
+    EXPECT_FALSE(TTelaDeTeste::Contem(tela.memo2, "conteúdo diferente"));
     EXPECT_NE(LeArquivo(loja_->Pasta() / "AtualizaWKD.rejeitados.jsonl").find("TG_CONTAS"), std::string::npos);
 
     ConfereRelatoriosEArquivos();
