@@ -76,6 +76,7 @@ class TFMAtualiza : public QDialog {
     // Alias
     void PreencheDados();
     TDadosDoAlias Preenche(const std::string& alias);
+    bool OutraAtualizacao();
     void AbreAliasPedido(const std::string& nome);
 
     // Pages

@@ -27,6 +27,8 @@ class TPastaDeTrabalho {
     /// the name of either is a link or somebody else's.
     explicit TPastaDeTrabalho(const std::filesystem::path& temporaria = std::filesystem::temp_directory_path());
     ~TPastaDeTrabalho();
+    /// Throws as the constructor does when another run holds the lock, and takes nothing.
+    static void ConfereLivre(const std::filesystem::path& temporaria);
     TPastaDeTrabalho(const TPastaDeTrabalho&) = delete;
     TPastaDeTrabalho& operator=(const TPastaDeTrabalho&) = delete;
 

@@ -12,6 +12,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
+constexpr const char* kTrava = "AtualWkd.lock";
+
 template <class TAceita>
 std::vector<fs::path> ArquivosDe(const fs::path& pasta, TAceita aceita) {
     std::vector<fs::path> arquivos;
@@ -28,9 +30,11 @@ std::vector<fs::path> ArquivosDe(const fs::path& pasta, TAceita aceita) {
 }  // namespace
 
 TPastaDeTrabalho::TPastaDeTrabalho(const fs::path& temporaria)
-    : caminho_(temporaria / "AtualWkd"), trava_(std::make_unique<TTrava>(temporaria / "AtualWkd.lock")) {
+    : caminho_(temporaria / "AtualWkd"), trava_(std::make_unique<TTrava>(temporaria / kTrava)) {
     Recria();
 }
+
+void TPastaDeTrabalho::ConfereLivre(const fs::path& temporaria) { const TTrava trava(temporaria / kTrava); }
 
 TPastaDeTrabalho::~TPastaDeTrabalho() {
     std::error_code erro;
