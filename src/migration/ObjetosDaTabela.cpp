@@ -109,16 +109,21 @@ std::string MomentoDoGatilho(std::int64_t tipo) {
 }
 
 /// The catalogue keeps the source from "as" on.
-void PoeCabecalhos(TContexto& ctx, const std::string& tabela, std::vector<TFonte>& fontes) {
+std::vector<TFonte> GatilhosFirebird(TContexto& ctx, const std::string& tabela) {
+    std::vector<TFonte> fontes;
     TWKDQuery q(ctx.Conexao(),
-                "select rdb$trigger_type as TIPO, rdb$trigger_sequence as LUGAR,"
-                " coalesce(rdb$trigger_inactive, 0) as INATIVO from rdb$triggers where rdb$relation_name = :tabela"
-                " and coalesce(rdb$system_flag, 0) = 0 order by rdb$trigger_name");
+                "select rdb$trigger_name as NOME, cast(rdb$trigger_source as blob sub_type 0) as FONTE,"
+                " rdb$trigger_type as TIPO, rdb$trigger_sequence as LUGAR, coalesce(rdb$trigger_inactive, 0) as INATIVO"
+                " from rdb$triggers where rdb$relation_name = :tabela and coalesce(rdb$system_flag, 0) = 0 order by 1");
     q.Param("tabela", tabela).Open();
-    for (auto fonte = fontes.begin(); fonte != fontes.end() && !q.Eof(); ++fonte, q.Next())
-        fonte->texto = "create trigger " + Identificador(fonte->nome, ctx.Banco()) + " for " + tabela +
-                       (q.Inteiro("INATIVO") == 1 ? " inactive " : " active ") + MomentoDoGatilho(q.Inteiro("TIPO")) +
-                       " position " + q.Texto("LUGAR") + "\n" + fonte->texto;
+    for (; !q.Eof(); q.Next()) {
+        const std::string nome(AparaFim(q.Texto("NOME")));
+        fontes.push_back({nome, "create trigger " + Identificador(nome, ctx.Banco()) + " for " + tabela +
+                                    (q.Inteiro("INATIVO") == 1 ? " inactive " : " active ") +
+                                    MomentoDoGatilho(q.Inteiro("TIPO")) + " position " + q.Texto("LUGAR") + "\n" +
+                                    TextoDeBytes(q.Campo("FONTE").ComoBytes())});
+    }
+    return fontes;
 }
 
 constexpr std::string_view kRestricoesSqlServer =
@@ -161,18 +166,11 @@ std::vector<std::string> ComandosDeDevolucao(TContexto& ctx, const std::string& 
 }
 
 std::vector<TFonte> GatilhosDaTabela(TContexto& ctx, const std::string& tabela) {
-    if (SqlServer(ctx))
-        return Fontes(ctx,
-                      "select g.name as NOME, m.definition as FONTE from sys.triggers g join sys.sql_modules m"
-                      " on m.object_id = g.object_id where g.parent_id = object_id(:tabela) order by g.name",
-                      tabela);
-    auto fontes = Fontes(ctx,
-                         "select rdb$trigger_name as NOME, cast(rdb$trigger_source as blob sub_type 0) as FONTE"
-                         " from rdb$triggers where rdb$relation_name = :tabela and coalesce(rdb$system_flag, 0) = 0"
-                         " order by 1",
-                         tabela);
-    if (!fontes.empty()) PoeCabecalhos(ctx, tabela, fontes);
-    return fontes;
+    if (Firebird(ctx)) return GatilhosFirebird(ctx, tabela);
+    return Fontes(ctx,
+                  "select g.name as NOME, m.definition as FONTE from sys.triggers g join sys.sql_modules m"
+                  " on m.object_id = g.object_id where g.parent_id = object_id(:tabela) order by g.name",
+                  tabela);
 }
 
 std::vector<TFonte> RestricoesDaTabela(TContexto& ctx, const std::string& tabela) {
