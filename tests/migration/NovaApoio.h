@@ -34,6 +34,24 @@ inline bool Insere(std::string_view sql, std::string_view tabela) {
     return sql.find("insert into " + std::string(tabela) + " (") != std::string_view::npos;
 }
 
+/// The package's only table, in version 2.
+inline void CarregaPacote(TDataModulo& dm, const std::string& tabela, const TAtributos& atributos) {
+    TTabelaEmMemoria arquivos{
+        {{"COD_MODULO", TTipoDado::Texto, 3}, {"NOME_ARQUIVO", TTipoDado::Texto, 50}, {"VERSAO", TTipoDado::Inteiro}},
+        {{"1", tabela, 2}}};
+    TTabelaEmMemoria colunas;
+    for (const char* texto : {"ARQUIVO", "NOME", "TIPO", "VALOR_PADRAO", "CALCULO", "LOOKUP_ARQUIVO", "DISCRIMINACAO"})
+        colunas.campos.push_back({texto, TTipoDado::Texto, 50});
+    for (const char* inteiro : {"SEQUENCIA", "TAMANHO", "CHAVE_DE_PESQUISA", "PREENCHIMENTO_OBRIGATORIO", "INCREMENTO"})
+        colunas.campos.push_back({inteiro, TTipoDado::Inteiro});
+    for (const auto& a : atributos)
+        colunas.linhas.push_back({tabela, a.nome, a.tipo, a.padrao, "", "", a.titulo,
+                                  static_cast<int>(colunas.linhas.size()), a.tamanho, a.chave, a.obrigatorio,
+                                  a.incremento});
+    dm.SArquivoNovo.Carrega(std::move(arquivos));
+    dm.SatribNovo.Carrega(std::move(colunas));
+}
+
 /// A database with dictionary tables, and a package for it.
 class TBancoDaNova {
   public:
@@ -80,26 +98,7 @@ class TBancoDaNova {
         ExecutaTudo(comandos);
     }
 
-    /// The package's only table, in version 2.
-    void Pacote(const std::string& tabela, const TAtributos& atributos) {
-        TTabelaEmMemoria arquivos{{{"COD_MODULO", TTipoDado::Texto, 3},
-                                   {"NOME_ARQUIVO", TTipoDado::Texto, 50},
-                                   {"VERSAO", TTipoDado::Inteiro}},
-                                  {{"1", tabela, 2}}};
-        TTabelaEmMemoria colunas;
-        for (const char* texto :
-             {"ARQUIVO", "NOME", "TIPO", "VALOR_PADRAO", "CALCULO", "LOOKUP_ARQUIVO", "DISCRIMINACAO"})
-            colunas.campos.push_back({texto, TTipoDado::Texto, 50});
-        for (const char* inteiro :
-             {"SEQUENCIA", "TAMANHO", "CHAVE_DE_PESQUISA", "PREENCHIMENTO_OBRIGATORIO", "INCREMENTO"})
-            colunas.campos.push_back({inteiro, TTipoDado::Inteiro});
-        for (const auto& a : atributos)
-            colunas.linhas.push_back({tabela, a.nome, a.tipo, a.padrao, "", "", a.titulo,
-                                      static_cast<int>(colunas.linhas.size()), a.tamanho, a.chave, a.obrigatorio,
-                                      a.incremento});
-        dm_.SArquivoNovo.Carrega(std::move(arquivos));
-        dm_.SatribNovo.Carrega(std::move(colunas));
-    }
+    void Pacote(const std::string& tabela, const TAtributos& atributos) { CarregaPacote(dm_, tabela, atributos); }
 
     /// As a run does at its beginning and for the table, when its version is not the package's.
     void Reconstroi() {

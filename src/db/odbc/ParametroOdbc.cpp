@@ -1,5 +1,6 @@
 #include "ParametroOdbc.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <limits>
@@ -15,7 +16,8 @@ namespace {
 constexpr std::size_t kPedaco = 64 * 1024;
 constexpr std::size_t kMaiorTexto = 4000;  // characters of nvarchar
 constexpr std::size_t kMaiorBinario = 8000;
-constexpr int kPrimeiroAno = 1753;  // of datetime; FreeTDS 1.3 sends an earlier date wrong, so it goes as text
+constexpr std::size_t kMaisDigitos = 18;  // that every whole number of the program has
+constexpr int kPrimeiroAno = 1753;        // of datetime; FreeTDS 1.3 sends an earlier date wrong, so it goes as text
 
 bool Longo(const TColunaFisica& coluna) { return coluna.tipo == TTipoDado::Blob || coluna.tipo == TTipoDado::Memo; }
 
@@ -29,6 +31,20 @@ std::int64_t InteiroQueCabe(const TValor& valor, const TColunaFisica& coluna) {
     if (tipo.starts_with("smallint")) cabe(INT16_MIN, INT16_MAX);
     if (tipo == "int" || tipo == "integer") cabe(INT32_MIN, INT32_MAX);
     return v;
+}
+
+/// Whether it is a number of more digits than the program's own hold, as one is read from such a column.
+bool NumeroLongo(const TValor& valor, int escala) {
+    const auto* texto = valor.Se<std::string>();
+    if (!texto || texto->empty()) return false;
+    const auto numero = std::string_view(*texto).substr(texto->front() == '-' ? 1 : 0);
+    const auto ponto = std::min(numero.find('.'), numero.size());
+    const auto digitos = [](std::string_view parte) {
+        return std::ranges::all_of(parte, [](char c) { return c >= '0' && c <= '9'; });
+    };
+    const auto casas = numero.substr(std::min(ponto + 1, numero.size()));
+    return numero.size() > kMaisDigitos && digitos(numero.substr(0, ponto)) && digitos(casas) &&
+           std::ssize(casas) <= escala;
 }
 
 /// Rounded to the decimal places of a second that the column has: a driver refuses more.
@@ -75,7 +91,9 @@ void TParametroOdbc::DefineDaColuna(const TValor& valor, const TColunaFisica& co
         case TTipoDado::Inteiro:
             return Inteiro(InteiroQueCabe(valor, coluna));
         case TTipoDado::Decimal:
-            return Decimal({NumeroFixo(valor, coluna.escala), coluna.escala});
+            if (NumeroLongo(valor, coluna.escala)) return NumeroEmTexto(valor.ComoTexto(), coluna.escala);
+            return NumeroEmTexto(TValor(TDecimal{NumeroFixo(valor, coluna.escala), coluna.escala}).ComoTexto(),
+                                 coluna.escala);
         case TTipoDado::Flutuante:
             return Real(Flutuante(valor), IgualSemCaixa(coluna.tipoSql, "real"));
         case TTipoDado::Logico:
@@ -105,7 +123,7 @@ void TParametroOdbc::DefineDaColuna(const TValor& valor, const TColunaFisica& co
 void TParametroOdbc::DefineDoValor(const TValor& valor) {
     if (const auto* inteiro = valor.Se<std::int64_t>()) return Inteiro(*inteiro);
     if (const auto* logico = valor.Se<bool>()) return Logico(*logico);
-    if (const auto* decimal = valor.Se<TDecimal>()) return Decimal(*decimal);
+    if (const auto* decimal = valor.Se<TDecimal>()) return NumeroEmTexto(valor.ComoTexto(), decimal->escala);
     if (const auto* real = valor.Se<double>()) return Real(*real, false);
     if (const auto* bytes = valor.Se<TBytes>()) return Bytes(bytes->bytes, bytes->bytes.size() > kMaiorBinario);
     if (const auto* data = valor.Se<TData>()) return Data(*data);
@@ -124,13 +142,13 @@ void TParametroOdbc::Inteiro(std::int64_t v) {
     indicador_ = sizeof inteiro_;
 }
 
-void TParametroOdbc::Decimal(TDecimal v) {
-    bytes_ = TValor(v).ComoTexto();
+void TParametroOdbc::NumeroEmTexto(std::string numero, int escala) {
+    bytes_ = std::move(numero);
     onde_ = bytes_.data();
     tipoC_ = SQL_C_CHAR;
     tipoSql_ = SQL_DECIMAL;
     tamanho_ = 38;
-    escala_ = static_cast<SQLSMALLINT>(v.escala);
+    escala_ = static_cast<SQLSMALLINT>(escala);
     indicador_ = static_cast<SQLLEN>(bytes_.size());
 }
 

@@ -30,7 +30,7 @@ class TParametroOdbc {
     void DefineDaColuna(const TValor& valor, const TColunaFisica& coluna);
     void DefineDoValor(const TValor& valor);
     void Inteiro(std::int64_t v);
-    void Decimal(TDecimal v);
+    void NumeroEmTexto(std::string numero, int escala);
     void Real(double v, bool simples);
     void Logico(bool v);
     void Texto(std::string_view utf8, bool longo);
