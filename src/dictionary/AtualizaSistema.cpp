@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "DicionarioDoPacote.h"
+#include "IndicesRetirados.h"
 #include "Texto.h"
 
 namespace wkd {
@@ -95,11 +96,13 @@ bool RecarregaTabela(TDataModulo& dm, const std::string& tabela, const std::file
     const auto& fisicas = dm.ColunasFisicas(tabela);
     const auto destinos = Destinos(fisicas, dados.campos, tabela);
     TConnection& conexao = dm.SQLConnection1;
+    const auto retirados = IgualSemCaixa(tabela, "SINDSEC") ? RetiradosPor(dm, dados) : TIndicesRetirados();
     {
         const auto apaga = conexao.Prepara("DELETE FROM " + tabela);
         TTransacao transacao(conexao);
         apaga->Executa();
         InsereLinhas(conexao, tabela, destinos, dados.linhas);
+        GravaRetirados(conexao, retirados);
         transacao.Commit();
     }
     return std::ranges::all_of(dados.campos, [&](const TCampo& campo) {

@@ -38,12 +38,10 @@ bool TTB::Falha(std::string motivo) {
 
 bool TTB::Tenta(const std::function<bool()>& operacao) {
     erro_.clear();
-    passageiro_ = false;
     try {
         return operacao();
     } catch (const TErroBanco& erro) {
         if (erro.ConexaoPerdida()) throw;
-        passageiro_ = erro.Passageiro();
         return Falha(erro.what());
     }
 }

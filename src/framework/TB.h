@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -45,8 +46,13 @@ class TTB {
     /// True drops the primary key, false the secondary indexes; those of constraints stay. Each is dropped on its
     /// own; afterwards throws naming those that could not be.
     void ApagaInidices(std::string_view tabela, bool primario);
-    /// Drops the secondary indexes that CriaIndiceSecundarios makes again, and no others.
-    void ApagaIndicesDoDicionario(std::string_view tabela);
+    /// The physical indexes, none of a constraint, that the dictionary knows or that are among `outros` (names in
+    /// capitals).
+    std::vector<TIndice> IndicesDoDicionario(std::string_view tabela, const std::set<std::string>& outros);
+    /// Whether CriaIndiceSecundarios makes an index of this name, and makes it otherwise.
+    bool MudaNoDicionario(std::string_view tabela, const TIndice& indice);
+    /// Drops these as ApagaInidices does.
+    void ApagaIndices(std::string_view tabela, const std::vector<TIndice>& indices);
     bool ExisteIndicePrimario(std::string_view tabela);
     /// True at once when there is a key. Nullable key columns are made NOT NULL first where the server wants it;
     /// nothing is changed when rows lack a key value or repeat one.
@@ -56,8 +62,6 @@ class TTB {
 
     /// Why the last operation returned false.
     const std::string& Erro() const { return erro_; }
-    /// Whether one of its reasons may pass by itself, such as a lock.
-    bool ErroPassageiro() const { return passageiro_; }
 
     /// CREATE TABLE of the last CriaTabela; empty when it came to none.
     const std::string& UltimaCriacao() const { return comando_; }
@@ -93,7 +97,6 @@ class TTB {
   private:
     bool CriaBackup(std::string_view tabela);
     bool CriaDoDicionario(const std::string& tabela);
-    void ApagaSecundarios(std::string_view tabela, const std::function<bool(const TIndice&)>& apaga);
     /// Row that PosicionaTB found, or that Novo and Editar prepare.
     struct TLinhaAtual {
         enum class TModo { Consulta, Inclusao, Edicao } modo = TModo::Consulta;
@@ -119,7 +122,6 @@ class TTB {
     std::filesystem::path pastaComandos_;
     TLeituraDoDicionario dicionario_;
     std::string comando_, erro_;
-    bool passageiro_ = false;
     TLinhaAtual linha_;
 };
 

@@ -46,6 +46,25 @@ std::string ComandoApagaIndice(const TIndice& indice, std::string_view tabela, T
            (banco == TTipoBanco::tbSQLServer ? " on " + std::string(tabela) : "");
 }
 
+namespace {
+
+std::string ComandoMudaValor(std::string_view tabela, const TColunaFisica& coluna, TTipoBanco banco, bool exige) {
+    const std::string inicio = "alter table " + std::string(tabela) + " alter ";
+    if (banco == TTipoBanco::tbSQLServer)
+        return inicio + "column " + coluna.nome + " " + coluna.tipoSql + (exige ? " not null" : " null");
+    return inicio + coluna.nome + (exige ? " set not null" : " drop not null");
+}
+
+}  // namespace
+
+std::string ComandoExigeValor(std::string_view tabela, const TColunaFisica& coluna, TTipoBanco banco) {
+    return ComandoMudaValor(tabela, coluna, banco, true);
+}
+
+std::string ComandoDispensaValor(std::string_view tabela, const TColunaFisica& coluna, TTipoBanco banco) {
+    return ComandoMudaValor(tabela, coluna, banco, false);
+}
+
 const TColunaFisica* ColunaDeNome(const std::vector<TColunaFisica>& colunas, std::string_view nome) {
     const auto achada =
         std::ranges::find_if(colunas, [&](const TColunaFisica& coluna) { return IgualSemCaixa(coluna.nome, nome); });

@@ -22,6 +22,9 @@ std::string Identificador(std::string_view nome, TTipoBanco banco);
 std::string ComandoCriaIndice(const TIndice& indice, std::string_view tabela, TTipoBanco banco);
 /// Statement that drops an index of a table.
 std::string ComandoApagaIndice(const TIndice& indice, std::string_view tabela, TTipoBanco banco);
+/// Statements that make a column of a table NOT NULL, and nullable again.
+std::string ComandoExigeValor(std::string_view tabela, const TColunaFisica& coluna, TTipoBanco banco);
+std::string ComandoDispensaValor(std::string_view tabela, const TColunaFisica& coluna, TTipoBanco banco);
 /// Column of that name, letter case ignored; null when there is none.
 const TColunaFisica* ColunaDeNome(const std::vector<TColunaFisica>& colunas, std::string_view nome);
 

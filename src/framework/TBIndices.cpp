@@ -39,12 +39,6 @@ std::string Repetidos(std::size_t grupos) {
     return std::to_string(grupos) + (grupos == 1 ? " valor repetido" : " valores repetidos");
 }
 
-std::string FazNotNull(const std::string& tabela, const TColunaFisica& coluna, TTipoBanco banco) {
-    if (banco == TTipoBanco::tbSQLServer)
-        return "alter table " + tabela + " alter column " + coluna.nome + " " + coluna.tipoSql + " not null";
-    return "alter table " + tabela + " alter " + coluna.nome + " set not null";
-}
-
 /// Groups of rows that a unique index would refuse. Firebird takes any number of rows that are NULL in all its
 /// columns, so these are not counted there.
 std::size_t GruposRepetidos(TConnection& conexao, const std::string& tabela, const std::vector<std::string>& colunas) {
@@ -59,26 +53,44 @@ std::size_t GruposRepetidos(TConnection& conexao, const std::string& tabela, con
 }  // namespace
 
 void TTB::ApagaInidices(std::string_view tabela, bool primario) {
-    if (!primario) return ApagaSecundarios(tabela, [](const TIndice&) { return true; });
+    if (!primario) return ApagaIndices(tabela, conexao_.Indices(tabela));
     const auto chave = conexao_.ChavePrimaria(tabela);
     if (chave.nome.empty()) return;
     ExecutaTodos(conexao_, {"alter table " + std::string(tabela) + " drop constraint " +
                             Identificador(chave.nome, conexao_.TipoBanco())});
 }
 
-void TTB::ApagaIndicesDoDicionario(std::string_view tabela) {
-    const auto conhecidos = dicionario_.Indices(tabela);
-    if (conhecidos.empty()) return;
-    ApagaSecundarios(tabela, [&](const TIndice& indice) {
-        return std::ranges::any_of(conhecidos, [&](const auto& c) { return IgualSemCaixa(c.nome, indice.nome); });
+std::vector<TIndice> TTB::IndicesDoDicionario(std::string_view tabela, const std::set<std::string>& outros) {
+    std::set<std::string> nomes = outros;
+    for (const auto& indice : dicionario_.Indices(tabela)) nomes.insert(ChaveDeNome(indice.nome));
+    if (nomes.empty()) return {};
+    auto indices = conexao_.Indices(tabela);
+    std::erase_if(indices, [&](const TIndice& indice) {
+        return !indice.restricao.empty() || !nomes.contains(ChaveDeNome(indice.nome));
     });
+    return indices;
 }
 
-void TTB::ApagaSecundarios(std::string_view tabela, const std::function<bool(const TIndice&)>& apaga) {
-    const TTipoBanco banco = conexao_.TipoBanco();
+bool TTB::MudaNoDicionario(std::string_view tabela, const TIndice& indice) {
+    for (const auto& [nome, unico] : dicionario_.Indices(tabela)) {
+        if (!IgualSemCaixa(nome, indice.nome)) continue;
+        TIndice pedido;
+        pedido.nome = Maiusculas(nome);
+        pedido.unico = unico;
+        for (const auto& coluna : dicionario_.ColunasDoIndice(tabela, nome))
+            pedido.colunas.push_back(Maiusculas(coluna));
+        const auto comando = [&](const TIndice& i) {
+            return Maiusculas(ComandoCriaIndice(i, tabela, conexao_.TipoBanco()));
+        };
+        return comando(pedido) != comando(indice);
+    }
+    return false;
+}
+
+void TTB::ApagaIndices(std::string_view tabela, const std::vector<TIndice>& indices) {
     std::vector<std::string> comandos;
-    for (const auto& indice : conexao_.Indices(tabela))
-        if (indice.restricao.empty() && apaga(indice)) comandos.push_back(ComandoApagaIndice(indice, tabela, banco));
+    for (const auto& indice : indices)
+        if (indice.restricao.empty()) comandos.push_back(ComandoApagaIndice(indice, tabela, conexao_.TipoBanco()));
     ExecutaTodos(conexao_, comandos);
 }
 
@@ -96,7 +108,7 @@ bool TTB::ExigeValores(const std::string& tabela, const std::vector<std::string>
         if (vazias > 0)
             return Falha("A coluna " + nome + " da chave de " + tabela + " está sem valor em " +
                          std::to_string(vazias) + " registro(s)");
-        comandos.push_back(FazNotNull(tabela, *coluna, conexao_.TipoBanco()));
+        comandos.push_back(ComandoExigeValor(tabela, *coluna, conexao_.TipoBanco()));
     }
     const TTipoBanco banco = conexao_.TipoBanco();
     if (banco == TTipoBanco::tbInterbase || banco == TTipoBanco::tbSQLServer) ExecutaTodos(conexao_, comandos);
@@ -148,7 +160,6 @@ bool TTB::CriaSecundario(std::string_view tabela, const std::string& nome, bool 
                                          fisica + "(" + Junta(colunas, ",") + ")");
     } catch (const TErroBanco& erro) {
         if (erro.ConexaoPerdida()) throw;
-        passageiro_ = passageiro_ || erro.Passageiro();
         falha = erro.what();
     }
     return falha.empty();

@@ -24,15 +24,13 @@ struct TContexto {
     TEstado& estado;
     std::string tabelaAtual;
     std::string acaoAtual;
-    bool repeteTabela = false;  // the table met a failure that may pass: the next run analyses it again
+    bool repeteTabela = false;  // something of the table failed: the next run analyses it again
     TEvidencia evidencia = {};
     std::set<std::string> desatualizadas = {};  // tables whose rows in SatribVelho statements have replaced
 
     ITela& Tela() { return dm.Tela(); }
     TConnection& Conexao() { return dm.SQLConnection1; }
     TTipoBanco Banco() const { return dm.SQLConnection1.TipoBanco(); }
-    /// Takes note of a failure of the table under analysis.
-    void Falhou(const TErroBanco& erro) { repeteTabela = repeteTabela || erro.Passageiro(); }
     /// Run-log entry of the current table and action.
     void Log(std::string_view mensagem) { Tela().SetLog(mensagem, tabelaAtual, acaoAtual); }
 };

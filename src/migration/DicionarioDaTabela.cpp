@@ -79,7 +79,7 @@ bool Executa(TContexto& ctx, TComando& inclui) {
         return true;
     } catch (const TErroBanco& erro) {
         if (erro.ConexaoPerdida()) throw;
-        ctx.Falhou(erro);
+        ctx.repeteTabela = true;
         ctx.Log(erro.what());
         return !erro.Passageiro();
     }
@@ -188,7 +188,6 @@ std::string SegueGrafia(TContexto& ctx, const std::string& nome) {
 }
 
 void RelataCriacao(TContexto& ctx, const std::string& linha, std::string_view tabela, std::string_view acao) {
-    ctx.repeteTabela = ctx.repeteTabela || ctx.dm.Atualiza.ErroPassageiro();
     ctx.Tela().Memo1(linha);
     ctx.Tela().SetLog(ctx.dm.Atualiza.Erro(), tabela, acao);
 }
@@ -241,12 +240,16 @@ bool CriaTabelaComIndices(TContexto& ctx, std::string_view tabela) {
     }
     ctx.dm.IncluiNaLista(nome);
 
-    if (!tb.CriaIndicePrimario(nome, false, TTB::TIdade::Nova))
+    if (!tb.CriaIndicePrimario(nome, false, TTB::TIdade::Nova)) {
         RelataCriacao(ctx, "Erro criando indice primário do arquivo :" + nome, nome, "Criando indice primário");
+        ctx.repeteTabela = ctx.repeteTabela || !tb.ColunasDaChave(nome).empty();  // none was told
+    }
     ctx.dm.Commit("Criando indice primário: " + nome);
-    if (!tb.CriaIndiceSecundarios(nome, TTB::TIdade::Nova))
+    if (!tb.CriaIndiceSecundarios(nome, TTB::TIdade::Nova)) {
         RelataCriacao(ctx, "Erro criando indices secundários do arquivo :" + nome + " " + tb.Erro(), nome,
                       "Criando indice secundário");
+        ctx.repeteTabela = true;
+    }
     ctx.dm.Commit("Criando indice secundário: " + nome);
     return true;
 }

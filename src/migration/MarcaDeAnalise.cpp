@@ -15,10 +15,15 @@ constexpr std::size_t kLote = 50;  // marks removed with one commit
 
 TMarcasDeAnalise::TMarcasDeAnalise(TContexto& ctx) : ctx_(ctx), existeTini_(ctx.dm.ExisteTabela("TINI")) {
     if (!existeTini_) return;
-    TWKDQuery q(ctx_.Conexao(), "select chave, valor from tini where sessao = :pSESSAO");
-    q.Param("pSESSAO", kSecao);
-    for (q.Open(); !q.Eof(); q.Next())
-        if (q.Texto("VALOR") == "SIM") marcadas_.insert(ChaveDeNome(q.Texto("CHAVE")));
+    TWKDQuery q(ctx_.Conexao(), "select sessao, chave, valor from tini where sessao in (:pSESSAO, :pRETIRADOS)");
+    q.Param("pSESSAO", kSecao).Param("pRETIRADOS", kSecaoDosRetirados);
+    for (q.Open(); !q.Eof(); q.Next()) {
+        const std::string chave = ChaveDeNome(q.Texto("CHAVE"));
+        if (AparaFim(q.Texto("SESSAO")) == kSecaoDosRetirados)
+            retirados_[ChaveDeNome(q.Texto("VALOR"))].insert(chave);
+        else if (q.Texto("VALOR") == "SIM")
+            marcadas_.insert(chave);
+    }
     gravadas_ = marcadas_;
 }
 
@@ -51,6 +56,17 @@ void TMarcasDeAnalise::Desmarca(std::string_view tabela) {
     marcadas_.erase(nome);
     if (gravadas_.erase(nome) > 0) prontas_.push_back(nome);
     if (prontas_.size() >= kLote) Conclui();
+}
+
+const std::set<std::string>& TMarcasDeAnalise::Retirados(std::string_view tabela) const {
+    static const std::set<std::string> kNenhum;
+    const auto daTabela = retirados_.find(ChaveDeNome(tabela));
+    return daTabela == retirados_.end() ? kNenhum : daTabela->second;
+}
+
+void TMarcasDeAnalise::EsqueceRetirados(std::string_view tabela) {
+    if (const auto daTabela = retirados_.extract(ChaveDeNome(tabela)); daTabela)
+        ApagaRetirados(ctx_.Conexao(), daTabela.mapped());
 }
 
 void TMarcasDeAnalise::Conclui() {

@@ -6,14 +6,15 @@
 #include <vector>
 
 #include "Contexto.h"
+#include "IndicesRetirados.h"
 
 namespace wkd {
 
-/// Marks of tables under analysis, kept in TINI: a table whose mark was left behind by an interrupted run is analysed
-/// by the next one whatever its version. Without TINI there are no marks.
+/// Marks of tables under analysis, kept in TINI: a table whose mark was left behind, by an interrupted run or by one in
+/// which something of the table failed, is analysed by the next one whatever its version. Without TINI there are none.
 class TMarcasDeAnalise {
   public:
-    /// Reads the marks that are there, in one query.
+    /// Reads the marks that are there, and the indexes that releases took out of SINDSEC, in one query.
     explicit TMarcasDeAnalise(TContexto& ctx);
 
     bool Marcada(std::string_view tabela) const;
@@ -26,6 +27,10 @@ class TMarcasDeAnalise {
     /// Removes the marks that still wait for it.
     void Conclui();
 
+    /// Names, in capitals, of the table's indexes that were in an older SINDSEC and wait to be dropped.
+    const std::set<std::string>& Retirados(std::string_view tabela) const;
+    void EsqueceRetirados(std::string_view tabela);
+
   private:
     TContexto& ctx_;
     bool existeTini_;
@@ -33,6 +38,7 @@ class TMarcasDeAnalise {
     std::set<std::string> marcadas_;
     std::set<std::string> gravadas_;  // in TINI
     std::vector<std::string> prontas_;
+    TIndicesRetirados retirados_;
 };
 
 }  // namespace wkd

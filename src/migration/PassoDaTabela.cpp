@@ -5,6 +5,7 @@
 #include "EspacoEmDisco.h"
 #include "EstadoDaReconstrucao.h"
 #include "FimDaReconstrucao.h"
+#include "Impedimento.h"
 #include "Nova.h"
 #include "RegistroDaTabela.h"
 #include "Texto.h"
@@ -26,28 +27,35 @@ void TPassoDaTabela::Executa() {
     if (ctx_.desatualizadas.erase(ChaveDeNome(tabela_)) > 0) ctx_.dm.SatribVelho.Recarrega("ARQUIVO", tabela_);
     decisao_ = DecideTabela(ctx_, marcas_);
     const TRegistroDaTabela registro(ctx_, tabela_, decisao_);
-    if (ctx_.dm.ExisteTabela(tabela_)) TabelaExistente();
+    TIndicesGuardados guardados(ctx_, tabela_, marcas_.Marcada(tabela_));
+    if (ctx_.dm.ExisteTabela(tabela_)) TabelaExistente(guardados);
     if (decisao_.acao == TAcaoDaTabela::Cria) TabelaNova();
-    if (Reconstroi()) Nova(ctx_, tabela_);
-    if (decisao_.alteraDicionario) AlteraTabela();
+    if (Reconstroi()) ReconstroiTabela(guardados);
+    if (decisao_.alteraDicionario) AlteraTabela(guardados);
     ctx_.dm.Commit("Preparando para executar query");
     ExecutaPendentes();
+    guardados.Devolve();
     GravaVersao();
-    const bool inacabada = Reconstroi() && ctx_.estado.falhouApagar;
-    if (ctx_.repeteTabela || inacabada)
-        marcas_.Marca(tabela_);
-    else
-        marcas_.Desmarca(tabela_);
+    Encerra(guardados);
 }
 
-void TPassoDaTabela::TabelaExistente() {
+/// What failed is found again by the next run, which analyses a marked table whatever its version.
+void TPassoDaTabela::Encerra(TIndicesGuardados& guardados) {
+    const bool inacabada = Reconstroi() && ctx_.estado.falhouApagar;
+    if (ctx_.repeteTabela || inacabada) return marcas_.Marca(tabela_);
+    guardados.Esquece();
+    if (decisao_.analisada && TemColunas()) marcas_.EsqueceRetirados(tabela_);
+    marcas_.Desmarca(tabela_);
+}
+
+void TPassoDaTabela::TabelaExistente(TIndicesGuardados& guardados) {
     ctx_.dm.Commit(tabela_);
     if (ctx_.dm.SarquivoVelho.IsEmpty()) IncluiNoSArquivo();
     if (!decisao_.analisada) return;
 
     ctx_.Tela().Memo1("Atualizou o arquivo: " + tabela_);
     marcas_.Marca(tabela_);
-    ApagaIndices();
+    if (TemColunas()) ApagaIndices(guardados);
     CopiaColunasParaODicionario();
 }
 
@@ -61,13 +69,18 @@ void TPassoDaTabela::IncluiNoSArquivo() {
     AplicaEmTransacao(velho);
 }
 
-/// Those of the dictionary, which come back with the new one; indexes that somebody else made stay.
-void TPassoDaTabela::ApagaIndices() {
-    if (ctx_.dm.SatribNovo.IsEmpty()) return;
+/// Those of the dictionary, which come back with the new one, and those that were of an older one; indexes that
+/// somebody else made stay.
+void TPassoDaTabela::ApagaIndices(TIndicesGuardados& guardados) {
+    TTB& tb = ctx_.dm.Atualiza;
     try {
-        ctx_.dm.Atualiza.ApagaIndicesDoDicionario(tabela_);
+        const auto indices = tb.IndicesDoDicionario(tabela_, marcas_.Retirados(tabela_));
+        auto diferentes = indices;
+        std::erase_if(diferentes, [&](const TIndice& indice) { return !tb.MudaNoDicionario(tabela_, indice); });
+        guardados.GuardaIndices(diferentes);
+        tb.ApagaIndices(tabela_, indices);
     } catch (const TErroBanco& erro) {
-        ctx_.Falhou(erro);
+        ctx_.repeteTabela = true;
         ctx_.Tela().SetLog("Apagar Índices", tabela_, erro.what());
     }
     ctx_.dm.Commit("Apagando indices: " + tabela_);
@@ -100,9 +113,19 @@ void TPassoDaTabela::TabelaNova() {
     CriaTabelaComIndices(ctx_, tabela_);
 }
 
-void TPassoDaTabela::AlteraTabela() {
+/// A key that the release takes away for good is not kept.
+void TPassoDaTabela::ReconstroiTabela(TIndicesGuardados& guardados) {
+    std::vector<std::string> chave;
+    for (const auto& coluna : ColunasNovas(ctx_, tabela_))
+        if (coluna.chave == 1 && ColunaFisica(coluna)) chave.push_back(coluna.nome);
+    const bool retirada = chave.empty() && !ctx_.dm.Atualiza.ColunasDaChave(tabela_).empty();
+    if (ctx_.dm.ExisteTabela(tabela_) && !retirada) guardados.GuardaChave(chave);
+    Nova(ctx_, tabela_);
+}
+
+void TPassoDaTabela::AlteraTabela(TIndicesGuardados& guardados) {
     try {
-        Alterar(ctx_, tabela_, decisao_.comandos);
+        Alterar(ctx_, tabela_, decisao_.comandos, guardados);
     } catch (const TErroBanco& erro) {
         ctx_.repeteTabela = true;  // it is without its indexes, or without its dictionary
         ctx_.Tela().SetLog("Verificar Campos", tabela_, erro.what());
@@ -113,7 +136,7 @@ void TPassoDaTabela::ExecutaPendentes() {
     for (const TComandoPendente& comando : decisao_.comandos) {
         ctx_.Tela().Memo1(comando.texto);
         if (const TResultado resultado = ExecutaPendente(ctx_, tabela_, comando); !resultado) {
-            ctx_.Falhou(resultado.Erro());
+            ctx_.repeteTabela = true;
             ctx_.Tela().Memo2(resultado.Mensagem());
             ctx_.Tela().SetLog("Query de alteração de campo" + resultado.Mensagem() + " Query: " + comando.texto,
                                tabela_, "");

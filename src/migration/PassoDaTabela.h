@@ -3,6 +3,7 @@
 #include <string>
 
 #include "DecisaoDaTabela.h"
+#include "IndicesGuardados.h"
 #include "Pendentes.h"
 
 namespace wkd {
@@ -17,15 +18,18 @@ class TPassoDaTabela {
 
   private:
     bool Reconstroi() const { return decisao_.acao == TAcaoDaTabela::Reconstroi; }
-    void TabelaExistente();
+    bool TemColunas() const { return !ctx_.dm.SatribNovo.IsEmpty(); }
+    void TabelaExistente(TIndicesGuardados& guardados);
     void IncluiNoSArquivo();
-    void ApagaIndices();
+    void ApagaIndices(TIndicesGuardados& guardados);
     void CopiaColunasParaODicionario();
     void CopiaColunaParaODicionario();
     void TabelaNova();
-    void AlteraTabela();
+    void ReconstroiTabela(TIndicesGuardados& guardados);
+    void AlteraTabela(TIndicesGuardados& guardados);
     void ExecutaPendentes();
     void GravaVersao();
+    void Encerra(TIndicesGuardados& guardados);
 
     TContexto& ctx_;
     TMarcasDeAnalise& marcas_;

@@ -1,0 +1,3 @@
+Create Table tcli (
+
+ )
