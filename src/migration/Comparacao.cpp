@@ -5,6 +5,7 @@
 #include <initializer_list>
 
 #include "Dialeto.h"
+#include "TBComandos.h"
 #include "Texto.h"
 
 namespace wkd {
@@ -34,6 +35,10 @@ std::string_view TipoDaFamilia(const TColunaFisica& coluna) {
         case TTipoDado::Blob:
         case TTipoDado::Memo:
             return "ftBlob";
+        case TTipoDado::Data:
+        case TTipoDado::Hora:
+        case TTipoDado::DataHora:
+            return "ftDateTime";
         default:
             return "";
     }
@@ -48,11 +53,12 @@ std::string_view Familia(const std::string& tipo) {
     return "";
 }
 
-/// The stored column as the database really has it.
+/// The stored column as the database really has it. Of dates and times only a text can have been made in place.
 TColunaComparada Corrigida(TColunaComparada velha, const TColunaFisica& fisica) {
     const auto familia = TipoDaFamilia(fisica);
     const auto guardada = Familia(velha.tipo);
-    if (!familia.empty() && !guardada.empty() && familia != guardada) {
+    const bool conta = familia == "ftDateTime" ? guardada == "ftString" : !familia.empty() && !guardada.empty();
+    if (conta && familia != guardada) {
         velha.tipo = familia;
         if (familia == "ftString") velha.tamanho = std::to_string(fisica.tamanho);
     } else if (familia == "ftString" && fisica.tamanho < velha.Tamanho()) {
@@ -107,6 +113,23 @@ void ComparaTipos(TDecisaoDaColuna& decisao, std::string_view tabela, const TCol
     }
 }
 
+/// Rows that are there have no value yet; those to come have one, whoever writes them.
+TComandoPendente AcrescentaSemValor(std::string_view tabela, TColunaComparada nova, TTipoBanco banco) {
+    nova.chave = 0;
+    if (nova.valorPadrao.empty()) nova.valorPadrao = "0";
+    return {"alter table " + std::string(tabela) + " ADD " + nova.nome + " " + DefinicaoCampo(nova, banco), "", true};
+}
+
+/// What a key column that is without value gets: its default, or what a required one gets.
+TComandoPendente PreencheChave(std::string_view tabela, const TColunaComparada& nova) {
+    const bool quando = Um(Maiusculas(nova.tipo), {"FTDATE", "FTTIME", "FTDATETIME"});
+    const std::string valor = !nova.valorPadrao.empty() ? Aspas(Maiusculas(nova.valorPadrao))
+                              : quando                  ? "current_timestamp"
+                                                        : Aspas("0");
+    return {"update " + std::string(tabela) + " set " + nova.nome + " = " + valor + " where " + nova.nome + " is null",
+            "", true};
+}
+
 void ComparaChave(TDecisaoDaColuna& decisao, const TColunaComparada& nova, const TColunaComparada& guardada) {
     if (nova.chave != guardada.chave) {
         decisao.reconstroi = true;
@@ -158,6 +181,24 @@ TDecisaoDaColuna ComparaColuna(std::string_view tabela, const TColunaComparada& 
             {"alter table " + std::string(tabela) + " ADD " + nova.nome + " " + DefinicaoCampo(nova, banco), "",
              nova.chave == 1});
     }
+    return decisao;
+}
+
+TDecisaoDaColuna ComparaNoLugar(std::string_view tabela, const TColunaComparada& nova,
+                                const std::optional<TColunaComparada>& velha, const TFatosFisicos& fisica,
+                                TTipoBanco banco) {
+    TDecisaoDaColuna decisao = ComparaColuna(tabela, nova, velha, fisica, banco);
+    const bool eraDaChave = fisica.inacabada ? fisica.naChave : velha && velha->chave == 1;
+    const bool daChave = nova.chave == 1;
+    if (!fisica.coluna && daChave) decisao.comandos = {AcrescentaSemValor(tabela, nova, banco)};
+    if (fisica.coluna && decisao.comandos.empty() && (decisao.reconstroi || (fisica.inacabada && daChave)) &&
+        TipoNormal(fisica.coluna->tipoSql) != TipoNormal(TipoDaColuna(nova.tipo, nova.tamanho, banco)))
+        decisao.comandos.push_back(MudaTipo(tabela, nova, *fisica.coluna, banco));
+    if (daChave && (!eraDaChave || !fisica.coluna)) decisao.comandos.push_back(PreencheChave(tabela, nova));
+    if (!daChave && eraDaChave && fisica.coluna)
+        decisao.comandos.push_back({ComandoDispensaValor(tabela, *fisica.coluna, banco), "", true});
+    decisao.reconstroi = false;
+    decisao.motivo.clear();
     return decisao;
 }
 

@@ -45,6 +45,8 @@ struct TDecisaoDaColuna {
 struct TFatosFisicos {
     const TColunaFisica* coluna = nullptr;  // null: there is no such column
     bool temporaria = false;                // an earlier run left its "_TMP" column behind
+    bool naChave = false;                   // in the physical primary key
+    bool inacabada = false;                 // the table's last update did not come through: what is stored may be ahead
 };
 
 /// Compares a column of the package with the stored one and the physical one. Pure: what comes back is a plan.
@@ -53,6 +55,11 @@ struct TFatosFisicos {
 TDecisaoDaColuna ComparaColuna(std::string_view tabela, const TColunaComparada& nova,
                                const std::optional<TColunaComparada>& velha, const TFatosFisicos& fisica,
                                TTipoBanco banco);
+
+/// The same for a table that is never rebuilt: whatever would rebuild it is tried in place.
+TDecisaoDaColuna ComparaNoLugar(std::string_view tabela, const TColunaComparada& nova,
+                                const std::optional<TColunaComparada>& velha, const TFatosFisicos& fisica,
+                                TTipoBanco banco);
 
 /// Whether the change of an existing column needs exclusive use of the database.
 bool MudancaExclusiva(const TColunaComparada& nova, const TColunaComparada& velha);

@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "EstadoDaReconstrucao.h"
+#include "Impedimento.h"
 #include "TBComandos.h"
 #include "Texto.h"
 
@@ -14,7 +15,8 @@ namespace {
 /// The decision about one table, made step by step as the run takes its steps.
 class TDecide {
   public:
-    TDecide(TContexto& ctx, const TMarcasDeAnalise& marcas) : ctx_(ctx), marcas_(marcas), tabela_(TabelaAtual(ctx)) {}
+    TDecide(TContexto& ctx, const TMarcasDeAnalise& marcas)
+        : ctx_(ctx), marcas_(marcas), tabela_(TabelaAtual(ctx)), noLugar_(NuncaReconstruida(tabela_)) {}
 
     TDecisaoDaTabela Decide() {
         if (tabela_.empty()) return decisao_;
@@ -26,7 +28,7 @@ class TDecide {
         else
             Nova();
         const bool paraReconstruir = decisao_.acao == TAcaoDaTabela::Reconstroi || (existe && Completa());
-        decisao_.alteraDicionario = !paraReconstruir && Pedida() && TemColunas();
+        decisao_.alteraDicionario = !paraReconstruir && (Pedida() || (noLugar_ && decisao_.analisada)) && TemColunas();
         if (decisao_.acao == TAcaoDaTabela::Nada && (decisao_.analisada || decisao_.alteraDicionario))
             decisao_.acao = TAcaoDaTabela::Altera;
         return std::move(decisao_);
@@ -34,7 +36,7 @@ class TDecide {
 
   private:
     /// Whether every existing table is to be rebuilt. One that is not analysed is then not altered either.
-    bool Completa() const { return ctx_.opcoes.completo || ctx_.opcoes.modoCompleto; }
+    bool Completa() const { return !noLugar_ && (ctx_.opcoes.completo || ctx_.opcoes.modoCompleto); }
     bool TemColunas() const { return !ctx_.dm.SatribNovo.IsEmpty(); }
     bool RestauracaoPendente() {
         return ctx_.dm.ExisteTabela(NomeDaBackup(tabela_)) && ReconstrucaoPendente(ctx_, tabela_);
@@ -54,8 +56,11 @@ class TDecide {
         decisao_.motivo = Motivo();
         if (!decisao_.analisada) return;
         if (Completa()) Reconstroi("atualização completa pedida nas opções");
-        if (ctx_.dm.SarquivoVelho.Inteiro("versao") == kVersaoPendente) Reconstroi("reconstrução pendente (versão -1)");
-        ExigeColunasDeChave();
+        if (!noLugar_) {
+            if (ctx_.dm.SarquivoVelho.Inteiro("versao") == kVersaoPendente)
+                Reconstroi("reconstrução pendente (versão -1)");
+            ExigeColunasDeChave();
+        }
         ComparaColunas();
         if (decisao_.acao == TAcaoDaTabela::Reconstroi) decisao_.comandos.clear();
     }
@@ -104,19 +109,29 @@ class TDecide {
 
     void ComparaColunaAtual() {
         const auto nova = ColunaDe(ctx_.dm.SatribNovo);
-        if (!nova || nova->Calculada()) return;
+        if (!nova || !ColunaFisica(*nova)) return;
         const auto& fisicas = ctx_.dm.ColunasFisicas(tabela_);
-        const TFatosFisicos fatos{ColunaDeNome(fisicas, nova->nome),
-                                  ColunaDeNome(fisicas, nova->nome + "_TMP") != nullptr};
-        TDecisaoDaColuna coluna = ComparaColuna(tabela_, *nova, ColunaDe(ctx_.dm.SatribVelho), fatos, ctx_.Banco());
+        TFatosFisicos fatos{ColunaDeNome(fisicas, nova->nome), ColunaDeNome(fisicas, nova->nome + "_TMP") != nullptr};
+        if (noLugar_) {
+            fatos.naChave = NaChave(nova->nome);
+            fatos.inacabada = marcas_.Marcada(tabela_);
+        }
+        const auto compara = noLugar_ ? ComparaNoLugar : ComparaColuna;
+        TDecisaoDaColuna coluna = compara(tabela_, *nova, ColunaDe(ctx_.dm.SatribVelho), fatos, ctx_.Banco());
         if (coluna.reconstroi) Reconstroi(coluna.motivo);
         std::ranges::move(coluna.comandos, std::back_inserter(decisao_.comandos));
         if (coluna.acrescenta) decisao_.novas.push_back(nova->nome);
     }
 
+    bool NaChave(const std::string& coluna) {
+        return std::ranges::any_of(ctx_.dm.ChavePrimaria(tabela_).colunas,
+                                   [&](const std::string& nome) { return IgualSemCaixa(nome, coluna); });
+    }
+
     TContexto& ctx_;
     const TMarcasDeAnalise& marcas_;
     const std::string tabela_;
+    const bool noLugar_;  // never rebuilt
     TDecisaoDaTabela decisao_;
 };
 

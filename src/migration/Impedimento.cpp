@@ -29,11 +29,6 @@ void AcrescentaPersonalizadas(TContexto& ctx, const std::string& tabela, std::ve
     }
 }
 
-/// The rebuild reads the dictionary from it, or keeps there how far it has come.
-bool UsadaPelaReconstrucao(const std::string& tabela) {
-    return tabela == "SATRIB" || tabela == "SARQUIVO" || tabela == "TINI";
-}
-
 bool EhTabelaDoDicionario(TContexto& ctx, const std::string& nome) {
     return ctx.dm.SArquivoNovo.Existe("NOME_ARQUIVO", {nome}) || !ctx.dm.Atualiza.ColunasDoDicionario(nome).empty() ||
            ContaRegistros(ctx.Conexao(),
@@ -41,6 +36,11 @@ bool EhTabelaDoDicionario(TContexto& ctx, const std::string& nome) {
 }
 
 }  // namespace
+
+bool NuncaReconstruida(std::string_view tabela) {
+    static constexpr std::string_view kTabelas[] = {"SATRIB", "SARQUIVO", "TINI"};
+    return std::ranges::any_of(kTabelas, [&](std::string_view nome) { return IgualSemCaixa(nome, tabela); });
+}
 
 std::vector<TColunaDicionario> ColunasNovas(TContexto& ctx, const std::string& tabela) {
     const bool mescla = ctx.dm.ExisteTabela("SATRIB_USER");
@@ -55,7 +55,7 @@ std::vector<TColunaDicionario> ColunasNovas(TContexto& ctx, const std::string& t
 
 std::optional<std::string> ImpedimentoDaReconstrucao(TContexto& ctx, const std::string& nome) {
     const std::string tabela = Maiusculas(nome);
-    if (UsadaPelaReconstrucao(tabela)) return "A própria reconstrução usa a tabela " + tabela;
+    if (NuncaReconstruida(tabela)) return "A própria reconstrução usa a tabela " + tabela;
     if (ctx.dm.SatribNovo.IsEmpty()) return "O pacote não tem colunas da tabela " + tabela;
     if (const std::string backup = NomeDaBackup(tabela); EhTabelaDoDicionario(ctx, backup))
         return "A tabela de backup " + backup + " teria o nome de uma tabela do dicionário";

@@ -261,5 +261,122 @@ TEST_F(RepeticaoTest, AnIndexThatTheReleaseTookOutDoesNotKeepItsColumnFromGrowin
     EXPECT_NE(Colunas("TALT").find("NOME varchar(40)"), std::string::npos);
 }
 
+/// A table that the rebuild itself lives on, as the stored dictionary and the package have it.
+struct TCasoNoLugar {
+    const char *nome, *tabela;
+    std::vector<TColuna> velhas, novas;
+    std::string coluna, chave;  // afterwards
+    int relata = 0;
+    const char* corte = "";  // where a first run is cut
+};
+
+std::vector<TCasoNoLugar> CasosNoLugar() {
+    const TColuna arquivo = {"SATRIB", "ARQUIVO", "ftString", 50, 1}, nome = {"SATRIB", "NOME", "ftString", 25, 1};
+    const TColuna modulo = {"SARQUIVO", "COD_MODULO", "ftString", 3, 1};
+    const TColuna tabela = {"SARQUIVO", "NOME_ARQUIVO", "ftString", 50, 1};
+    const TColuna sessao = {"TINI", "SESSAO", "ftString", 50, 0}, chave = {"TINI", "CHAVE", "ftString", 100, 0};
+    return {
+        {"a key column grows",
+         "SARQUIVO",
+         {modulo, tabela},
+         {{"SARQUIVO", "COD_MODULO", "ftString", 5, 1}, tabela},
+         "COD_MODULO varchar(5)!",
+         "PK_SARQUIVO COD_MODULO,NOME_ARQUIVO"},
+        {"a column enters the key",
+         "SATRIB",
+         {{"SATRIB", "SEQUENCIA", "ftInteger", 0, 0}, arquivo, nome},
+         {{"SATRIB", "SEQUENCIA", "ftInteger", 0, 1}, arquivo, nome},
+         "SEQUENCIA integer!",
+         "PK_SATRIB SEQUENCIA,ARQUIVO,NOME",
+         0,
+         "update SATRIB set SEQUENCIA"},
+        {"a new column is in the key",
+         "SATRIB",
+         {arquivo, nome},
+         {arquivo, nome, {"SATRIB", "IDIOMA", "ftString", 5, 1}},
+         "IDIOMA varchar(5)!",
+         "PK_SATRIB ARQUIVO,NOME,IDIOMA",
+         0,
+         "alter table SATRIB drop constraint"},
+        {"a column leaves the key, whose rows repeat without it",
+         "SATRIB",
+         {arquivo, nome},
+         {arquivo, {"SATRIB", "NOME", "ftString", 25, 0}},
+         "NOME varchar(25)!",
+         "ARQUIVO,NOME",
+         1},
+        {"a key column changes its type to one that the server does not take",
+         "SATRIB",
+         {arquivo, nome},
+         {arquivo, {"SATRIB", "NOME", "ftBlob", 0, 1}},
+         "NOME varchar(25)!",
+         "ARQUIVO,NOME",
+         1},
+        {"a key column shrinks",
+         "SARQUIVO",
+         {modulo, tabela},
+         {modulo, {"SARQUIVO", "NOME_ARQUIVO", "ftString", 30, 1}},
+         "NOME_ARQUIVO varchar(50)!",
+         "COD_MODULO,NOME_ARQUIVO",
+         1},
+        {"the marks' own table gets a key",
+         "TINI",
+         {sessao, chave},
+         {{"TINI", "SESSAO", "ftString", 50, 1}, {"TINI", "CHAVE", "ftString", 100, 1}},
+         "CHAVE varchar(100)!",
+         "PK_TINI SESSAO,CHAVE",
+         0,
+         "alter table TINI  add constraint"},
+    };
+}
+
+TEST_F(RepeticaoTest, TheTablesOfTheDictionaryItselfAreChangedInPlaceAndTheOthersFollow) {
+    Conexao().Close();
+    std::filesystem::copy_file(pasta_ / "loja.fdb", raiz_ / "antes.fdb");
+    for (const auto& caso : CasosNoLugar()) {
+        SCOPED_TRACE(caso.nome);
+        std::filesystem::copy_file(raiz_ / "antes.fdb", pasta_ / "loja.fdb",
+                                   std::filesystem::copy_options::overwrite_existing);
+        Conexao().Open();
+        GravaColunas(Conexao(), caso.velhas);
+        Executa({"delete from SATRIB_USER", "alter table TREC drop U_COR", "delete from SATRIB where NOME = 'U_COR'",
+                 "insert into SARQUIVO (COD_MODULO, NOME_ARQUIVO, VERSAO) values ('001', '" + std::string(caso.tabela) +
+                     "', 1)"});
+        auto novas = caso.novas;
+        novas.insert(novas.end(), std::begin(kNovas), std::end(kNovas));
+        Empacota(pasta_, novas);
+        if (*caso.corte) {
+            EXPECT_NE(Atualiza(Cai(caso.corte)), 0);
+            Conexao().Close();
+            Conexao().Open();
+        }
+        for (int vez = 1; vez <= 2; ++vez) {
+            EXPECT_EQ(Atualiza(), caso.relata) << Junta(tela_.memo2, "\n");
+            EXPECT_NE(Colunas(caso.tabela).find(caso.coluna), std::string::npos) << Colunas(caso.tabela);
+            EXPECT_TRUE(Chave(caso.tabela).ends_with(caso.chave)) << Chave(caso.tabela);
+            EXPECT_EQ(Le("select distinct VERSAO from SARQUIVO"), "2");
+            EXPECT_EQ(Notas().empty(), caso.relata == 0) << Notas();
+        }
+        Conexao().Close();
+    }
+}
+
+TEST_F(RepeticaoTest, ACompleteUpdateChangesTheTablesOfTheDictionaryItselfInPlace) {
+    std::vector<TColuna> novas = {{"SATRIB", "ARQUIVO", "ftString", 50, 1}, {"SATRIB", "NOME", "ftString", 40, 1}};
+    novas.insert(novas.end(), std::begin(kNovas), std::end(kNovas));
+    Empacota(pasta_, novas);
+    const TColuna velhas[] = {novas[0], {"SATRIB", "NOME", "ftString", 25, 1}};
+    GravaColunas(Conexao(), velhas);
+    TOpcoes opcoes = OpcoesDeTeste(pasta_);
+    opcoes.completo = opcoes.modoCompleto = true;
+    for (int vez = 1; vez <= 2; ++vez) {
+        EXPECT_EQ(Atualiza({}, &opcoes), 0) << Junta(tela_.memo2, "\n");
+        EXPECT_NE(Colunas("SATRIB").find("NOME varchar(40)!"), std::string::npos) << Colunas("SATRIB");
+        EXPECT_FALSE(dm_->ExisteTabela("BSATRIB"));
+        EXPECT_TRUE(dm_->ExisteTabela("BTALT"));
+        EXPECT_EQ(Le("select distinct VERSAO from SARQUIVO"), "2");
+    }
+}
+
 }  // namespace
 }  // namespace wkd
