@@ -5,7 +5,8 @@ if(MSVC)
 else()
     target_compile_options(wkd_avisos INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Werror)
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
-        target_compile_options(wkd_avisos INTERFACE -Wno-restrict)  # GCC 12 sees overlaps in std::string's operator+
+        # GCC 12 sees overlaps and overflows that are not there in std::string's operator+ and replace.
+        target_compile_options(wkd_avisos INTERFACE -Wno-restrict -Wno-stringop-overflow -Wno-array-bounds)
     endif()
 endif()
 
