@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <fstream>
 
+#include "MarcaDaBackup.h"
 #include "TBComandos.h"
 #include "Texto.h"
 #include "WKDQuery.h"
@@ -53,14 +54,37 @@ bool TTB::CriaTabela(std::string_view tabela, bool backup) {
     return Tenta([&] { return backup ? CriaBackup(tabela) : CriaDoDicionario(std::string(tabela)); });
 }
 
+bool TTB::EhBackup(const std::string& tabela) {
+    const std::string backup = NomeDaBackup(tabela);
+    if (MarcaDaBackup(conexao_, backup) != TMarcaDaBackup::Nenhuma) return true;
+    const auto daTabela = conexao_.Colunas(tabela);
+    const auto doDicionario = ColunasDoDicionario(tabela);
+    return std::ranges::all_of(conexao_.Colunas(backup), [&](const TColunaFisica& coluna) {
+        return ColunaDeNome(daTabela, coluna.nome) || std::ranges::any_of(doDicionario, [&](const auto& outra) {
+                   return IgualSemCaixa(outra.nome, coluna.nome);
+               });
+    });
+}
+
+std::string TTB::NaoEhBackup(std::string_view tabela) {
+    const std::string nome(tabela), backup = NomeDaBackup(tabela);
+    return "A tabela " + backup + " não é um backup de " + nome +
+           " e fica como está. A reconstrução precisa desse nome: renomeie " + backup + " e rode a atualização de novo";
+}
+
 bool TTB::CriaBackup(std::string_view tabela) {
     const std::string backup = NomeDaBackup(tabela);
     if (!ColunasDoDicionario(backup).empty())
         return Falha("A tabela de backup " + backup + " teria o nome de uma tabela do dicionário");
+    const bool existe = ExisteTabela(backup);
+    if (existe && !EhBackup(std::string(tabela))) return Falha(NaoEhBackup(tabela));
     comando_ = ComandoCriaTabela(tabela, true);
     GuardaComando(pastaComandos_, comando_);
-    if (ExisteTabela(backup)) ExecutaComando(conexao_, "drop table " + backup);
-    ExecutaComando(conexao_, comando_);
+    if (existe) ExecutaComando(conexao_, "drop table " + backup);
+    TTransacao transacao(conexao_);
+    conexao_.Prepara(comando_)->Executa();
+    MarcaBackup(conexao_, backup, TMarcaDaBackup::Guardando);
+    transacao.Commit();
     return true;
 }
 

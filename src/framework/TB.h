@@ -28,16 +28,22 @@ class TTB {
 
     // Physical tables
     bool ExisteTabela(std::string_view tabela);
-    /// Creates `tabela` (backup mode: "B" + `tabela`, an older one dropped first) from its dictionary rows, without
+    /// Creates `tabela` (backup mode: "B" + `tabela`, an older backup dropped first) from its dictionary rows, without
     /// keys and indexes. False when a business table of that name exists already, and when the backup's name is
-    /// itself that of a dictionary table.
+    /// itself that of a dictionary table or of somebody's own.
     bool CriaTabela(std::string_view tabela, bool backup);
+    /// Whether "B" + `tabela` is a backup that may be dropped: marked as one, or with columns alone that the table has,
+    /// or its dictionary, as an earlier generation left it.
+    bool EhBackup(const std::string& tabela);
+    /// What is told of one that is not, with the way out.
+    static std::string NaoEhBackup(std::string_view tabela);
     /// Adds the dictionary columns that the physical table lacks. A key column comes without NOT NULL when the table
     /// has rows; CriaIndicePrimario asks for it later.
     bool AtualizaTabela(std::string_view tabela);
     /// Creates the table anew from the dictionary with its rows, through the backup table, which stays. From the
     /// complete backup to the end its SARQUIVO row carries VERSAO -1. A call after an interrupted one goes on from
     /// the backup (and leaves -1: the version from before is not known); a table that is gone is brought back from it.
+    /// The backup of a rebuild that ended is made anew.
     bool ReCriaTabela(std::string_view tabela);
 
     // Keys and indexes
@@ -113,6 +119,7 @@ class TTB {
     bool ExigeValores(const std::string& tabela, const std::vector<std::string>& chave);
     bool AceitaChave(const std::string& comando);
     bool CriaSecundario(std::string_view tabela, const std::string& nome, bool unico, std::string& falha);
+    bool Esperam(const std::string& tabela);
     bool GuardaNaBackup(const std::string& tabela);
     /// Adds what was entered since an interrupted rebuild: the rows whose key the backup lacks.
     bool CompletaBackup(const std::string& tabela);

@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "MarcaDaBackup.h"
 #include "TB.h"
 #include "TBComandos.h"
 #include "Texto.h"
@@ -20,8 +21,18 @@ std::optional<std::int64_t> Versao(TConnection& conexao, const std::string& tabe
 }
 
 void MudaVersao(TConnection& conexao, const std::string& tabela, std::int64_t versao) {
-    ExecutaComando(conexao, "update SARQUIVO set VERSAO = " + std::to_string(versao) +
-                                " where Upper(NOME_ARQUIVO) = " + Aspas(tabela));
+    conexao
+        .Prepara("update SARQUIVO set VERSAO = " + std::to_string(versao) +
+                 " where Upper(NOME_ARQUIVO) = " + Aspas(tabela))
+        ->Executa();
+}
+
+/// In one transaction: a table of that name is then known to be without its rows, whoever creates it.
+void ApagaEMarca(TConnection& conexao, const std::string& tabela) {
+    TTransacao transacao(conexao);
+    MarcaBackup(conexao, NomeDaBackup(tabela), TMarcaDaBackup::Restaurando);
+    conexao.Prepara("drop table " + tabela)->Executa();
+    transacao.Commit();
 }
 
 std::int64_t Conta(TConnection& conexao, const std::string& tabela) {
@@ -45,6 +56,13 @@ void Copia(TConnection& conexao, const std::string& origem, const std::string& d
 }
 
 }  // namespace
+
+/// Whether rows of the table may wait in the backup of an interrupted rebuild: the old table is not known to be whole.
+bool TTB::Esperam(const std::string& tabela) {
+    const auto marca = MarcaDaBackup(conexao_, NomeDaBackup(tabela));
+    if (marca != TMarcaDaBackup::Nenhuma) return marca == TMarcaDaBackup::Restaurando;
+    return EhBackup(tabela) || Conta(conexao_, tabela) == 0;
+}
 
 bool TTB::GuardaNaBackup(const std::string& tabela) {
     const std::string backup = NomeDaBackup(tabela);
@@ -88,10 +106,12 @@ bool TTB::ReCriaTabela(std::string_view tabela) {
         if (!versao) return Falha("A tabela " + nome + " não está em SARQUIVO");
 
         const bool existe = ExisteTabela(nome);
-        const bool guardada = ExisteTabela(backup) && (!existe || *versao == kRefazendo);
+        const bool guardada = ExisteTabela(backup) && (!existe || (*versao == kRefazendo && Esperam(nome)));
+        const bool marcada = guardada && MarcaDaBackup(conexao_, backup) != TMarcaDaBackup::Nenhuma;
+        if (marcada) MarcaBackup(conexao_, backup, TMarcaDaBackup::Restaurando);
         if (guardada) MudaVersao(conexao_, nome, kRefazendo);
         if (existe && !(guardada ? CompletaBackup(nome) : GuardaNaBackup(nome))) return false;
-        if (existe) ExecutaComando(conexao_, "drop table " + nome);
+        if (existe) ApagaEMarca(conexao_, nome);
         const bool erguida = Tenta([&] {
             if (!CriaTabela(nome, false)) return false;
             if (existe || guardada) Copia(conexao_, backup, nome, "");
@@ -99,7 +119,10 @@ bool TTB::ReCriaTabela(std::string_view tabela) {
         });
         if (!erguida) return Falha("Os registros de " + nome + " estão em " + backup + ": " + erro_);
         const bool indices = RefazIndices(nome);
+        TTransacao fim(conexao_);
         MudaVersao(conexao_, nome, *versao);
+        if (existe || marcada) MarcaBackup(conexao_, backup, TMarcaDaBackup::Concluida);
+        fim.Commit();
         return indices;
     });
 }

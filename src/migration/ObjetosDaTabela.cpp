@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 
+#include "MarcaDaBackup.h"
 #include "TBComandos.h"
 #include "Texto.h"
 #include "WKDQuery.h"
@@ -204,8 +205,6 @@ std::vector<std::string> DependentesDaTabela(TContexto& ctx, const std::string& 
 
 namespace {
 
-/// Firebird keeps the statements in the backup table's comment; each may have lines of its own.
-constexpr char kEntreComandos = '\x1f';
 /// On SQL Server every statement is an extended property of the backup table; one holds at most 7,500 bytes.
 constexpr std::string_view kPropriedade = "WKD_DEVOLUCAO_";
 
@@ -247,19 +246,13 @@ std::vector<std::string> PropriedadesGuardadas(TContexto& ctx, const std::string
 void GuardaDevolucoes(TContexto& ctx, const std::string& backup, const std::vector<std::string>& comandos) {
     if (!Conhecido(ctx) || comandos == DevolucoesGuardadas(ctx, backup)) return;
     if (SqlServer(ctx)) return GuardaPropriedades(ctx, backup, comandos);
-    ExecutaComando(ctx.Conexao(),
-                   "comment on table " + backup + " is " +
-                       (comandos.empty() ? "null" : Aspas(Junta(comandos, std::string(1, kEntreComandos)))));
+    ComentaBackup(ctx.Conexao(), backup, comandos);
 }
 
 std::vector<std::string> DevolucoesGuardadas(TContexto& ctx, const std::string& backup) {
     if (!Conhecido(ctx)) return {};
     if (SqlServer(ctx)) return PropriedadesGuardadas(ctx, backup);
-    TWKDQuery q(ctx.Conexao(),
-                "select cast(rdb$description as blob sub_type 0) as TEXTO from rdb$relations"
-                " where rdb$relation_name = :tabela");
-    q.Param("tabela", backup).Open();
-    return q.Eof() ? std::vector<std::string>() : Divide(TextoDeBytes(q.Campo("TEXTO").ComoBytes()), kEntreComandos);
+    return ComentarioDaBackup(ctx.Conexao(), backup);
 }
 
 }  // namespace wkd

@@ -23,7 +23,7 @@ std::vector<TFonte> RestricoesDaTabela(TContexto& ctx, const std::string& tabela
 /// Views, triggers, procedures and foreign keys of other tables that depend on it, each with its kind.
 std::vector<std::string> DependentesDaTabela(TContexto& ctx, const std::string& tabela);
 
-/// The statements are kept as comment of the backup table, from before the drop to the end of the rebuild.
+/// The statements are kept on the backup table, behind its mark, from before the drop to the end of the rebuild.
 void GuardaDevolucoes(TContexto& ctx, const std::string& backup, const std::vector<std::string>& comandos);
 std::vector<std::string> DevolucoesGuardadas(TContexto& ctx, const std::string& backup);
 

@@ -51,7 +51,7 @@ TEST_F(TBTest, TheBackupTableHoldsEveryValueOfThePhysicalTable) {
                         {"OBS", "ftString", "20", "", "", 0},
                         {"CURTO", "ftString", "9", "", "", 0},
                         {"NOVA", "ftDate", "", "", "", 0}});
-    Executa("create table BTCLI (VELHA integer)");
+    Executa("create table BTCLI (NOVA date, CURTO varchar(3))");
     ASSERT_TRUE(tb_.CriaTabela("TCLI", true)) << tb_.Erro();
     EXPECT_EQ(
         Estrutura("BTCLI"),

@@ -61,7 +61,16 @@ std::string TipoEmTSql(const std::string& tipo) {
 /// What Firebird has no words for, or no object; a SQL Server would take it.
 bool SoDoSqlServer(std::string_view sql) {
     const auto tem = [&](std::string_view texto) { return sql.find(texto) != std::string_view::npos; };
-    return tem("sys.") || tem("extendedproperty") || tem("CLUSTERED") || tem("dateformat") || tem("TCRTLCHQ") || tem("DF__");
+    return tem("sys.") || tem("extendedproperty") || tem("CLUSTERED") || tem("dateformat") || tem("TCRTLCHQ") ||
+           tem("DF__");
+}
+
+/// Whether a query of extended properties asks for this one, of a table: by a name and the table, or by names that
+/// begin alike, of a table that is a parameter.
+bool Pergunta(std::string_view sql, const std::pair<std::string, std::string>& nome) {
+    const auto tem = [&](const std::string& texto) { return sql.find(texto) != std::string_view::npos; };
+    return tem("name like") ? nome.second.starts_with("WKD_DEVOLUCAO_")
+                            : tem("object_id('" + nome.first + "')") && tem("name = '" + nome.second + "'");
 }
 
 TColunaFisica EmTSql(TColunaFisica coluna) {
@@ -110,6 +119,8 @@ std::unique_ptr<TReserva> TConexaoTSql::Reserva(std::string_view tabela) {
 
 void TConexaoTSql::Envia(std::string_view sql) {
     conversa_.Anota(sql);
+    if (constexpr std::string_view kApaga = "drop table "; sql.starts_with(kApaga))
+        std::erase_if(propriedades_, [&](const auto& p) { return p.first.first == sql.substr(kApaga.size()); });
     if (conversa_.antes) conversa_.antes(std::string(sql));
 }
 
@@ -129,7 +140,8 @@ std::unique_ptr<TComando> TConexaoTSql::Responde(std::string_view sql) {
     GuardaPropriedade(std::string(sql));
     if (sql.find("sys.extended_properties") != std::string_view::npos) {
         resposta.resposta.campos = {{"NOME", TTipoDado::Texto, 4000}};
-        for (const auto& [nome, valor] : propriedades_) resposta.resposta.linhas.push_back({valor});
+        for (const auto& [nome, valor] : propriedades_)
+            if (Pergunta(sql, nome)) resposta.resposta.linhas.push_back({valor});
     }
     for (const auto& [texto, linhas] : conversa_.catalogo)
         if (sql.find(texto) != std::string_view::npos) resposta.resposta = linhas;
@@ -137,13 +149,14 @@ std::unique_ptr<TComando> TConexaoTSql::Responde(std::string_view sql) {
 }
 
 void TConexaoTSql::GuardaPropriedade(const std::string& sql) {
-    static const std::regex padrao("@name = N'(\\w+)'(?:, @value = N'(.*)', @level0type)?");
+    static const std::regex padrao("@name = N'(\\w+)'(?:, @value = N'(.*)')?, @level0type.*@level1name = N'(\\w+)'");
     std::smatch partes;
     if (!std::regex_search(sql, partes, padrao)) return;
+    const std::pair<std::string, std::string> nome(partes[3], partes[1]);
     if (partes[2].matched)
-        propriedades_[partes[1]] = Troca(partes[2].str(), "''", "'");
+        propriedades_[nome] = Troca(partes[2].str(), "''", "'");
     else
-        propriedades_.erase(partes[1]);
+        propriedades_.erase(nome);
 }
 
 std::vector<TColunaFisica> TConexaoTSql::Colunas(std::string_view tabela) {

@@ -60,7 +60,7 @@ class TConexaoTSql : public TConnection {
 
     std::unique_ptr<TConnection> firebird_;
     TConversaTSql& conversa_;
-    std::map<std::string, std::string> propriedades_;  // extended properties, by name
+    std::map<std::pair<std::string, std::string>, std::string> propriedades_;  // extended ones, by table and name
     std::deque<TConexaoGravada> respostas_;
 };
 
