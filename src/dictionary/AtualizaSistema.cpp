@@ -112,7 +112,9 @@ bool RecarregaTabela(TDataModulo& dm, const std::string& tabela, const std::file
 
 /// Reloads the files in turn, then merges what the customer added. The first time, whatever fails may be for want of a
 /// table or column, or of its size, that the update is about to make: such files are returned, not reported.
-TArquivos Recarrega(TDataModulo& dm, const TArquivos& arquivos, bool primeiraVez) {
+/// So are those of a table whose rebuild is open, or of its backup: what is in them is not to be taken out.
+TArquivos Recarrega(TDataModulo& dm, const TArquivos& arquivos, const TReconstrucoesAbertas& abertas,
+                    bool primeiraVez) {
     TArquivos adiados;
     ITela& tela = dm.Tela();
     tela.PbAtual().Define(0, static_cast<int>(arquivos.size()), 10, 0);
@@ -122,7 +124,10 @@ TArquivos Recarrega(TDataModulo& dm, const TArquivos& arquivos, bool primeiraVez
         if (DoDicionario(arquivo)) continue;
         tela.LblAtual("Atualizando tabelas de sistema..." + NomeUtf8(arquivo));
         try {
-            if (!RecarregaTabela(dm, TabelaDoArquivo(arquivo), arquivo)) adiados.push_back(arquivo);
+            const std::string tabela = TabelaDoArquivo(arquivo);
+            if (GuardaAberta(abertas, tabela))
+                throw TErroPacote("a reconstrução da tabela não terminou; rode a atualização de novo");
+            if (!RecarregaTabela(dm, tabela, arquivo)) adiados.push_back(arquivo);
         } catch (const std::exception& erro) {
             if (primeiraVez) {
                 adiados.push_back(arquivo);
@@ -141,12 +146,12 @@ TArquivos Recarrega(TDataModulo& dm, const TArquivos& arquivos, bool primeiraVez
 
 }  // namespace
 
-TArquivos AtualizaSistema(TDataModulo& dm, const TPastaDeTrabalho& pasta) {
-    return Recarrega(dm, pasta.Arquivos(".wkd"), true);
+TArquivos AtualizaSistema(TDataModulo& dm, const TPastaDeTrabalho& pasta, const TReconstrucoesAbertas& abertas) {
+    return Recarrega(dm, pasta.Arquivos(".wkd"), abertas, true);
 }
 
 void RecarregaAdiados(TDataModulo& dm, const TArquivos& arquivos) {
-    if (!arquivos.empty()) Recarrega(dm, arquivos, false);
+    if (!arquivos.empty()) Recarrega(dm, arquivos, ReconstrucoesAbertas(dm), false);
 }
 
 }  // namespace wkd

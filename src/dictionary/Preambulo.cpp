@@ -3,6 +3,7 @@
 #include <map>
 
 #include "Dialeto.h"
+#include "ReconstrucoesAbertas.h"
 #include "Texto.h"
 
 namespace wkd {
@@ -112,8 +113,20 @@ std::string ComandoSoma(const TPassoDoDicionario& passo) {
            std::string(passo.tipo);
 }
 
+/// Whether the table is there to be dropped: rows of an interrupted rebuild may be nowhere else, and the drop waits
+/// until the rebuild has ended. So it does when nobody can tell.
+bool PodeApagar(TDataModulo& dm, std::string_view tabela) {
+    try {
+        return dm.ExisteTabela(tabela) && !GuardaAberta(ReconstrucoesAbertas(dm), tabela);
+    } catch (const TErroBanco& erro) {
+        if (erro.ConexaoPerdida()) throw;
+        dm.Tela().Memo2("Tabela " + std::string(tabela) + " não apagada: " + erro.what());
+        return false;
+    }
+}
+
 void Apaga(TDataModulo& dm, const TPassoDoDicionario& passo) {
-    if (dm.ExisteTabela(passo.tabela)) ExecutaEstrutura(dm, passo, std::string(passo.texto));
+    if (PodeApagar(dm, passo.tabela)) ExecutaEstrutura(dm, passo, std::string(passo.texto));
 }
 
 void Cria(TDataModulo& dm, const TPassoDoDicionario& passo) {
@@ -153,7 +166,7 @@ std::vector<TComandoDoDicionario> PendenciasDoDicionario(TDataModulo& dm) {
             const bool vira = criada != criadas.end() && criada->second.find(passo.texto) == std::string::npos;
             if (vira || (existe && !dm.VerificaExisteCampo(tabela, passo.texto)))
                 comandos.push_back({tabela, ComandoSoma(passo), std::string(passo.texto), std::string(passo.tipo)});
-        } else if (passo.passo == TPasso::Apaga && existe) {
+        } else if (passo.passo == TPasso::Apaga && PodeApagar(dm, tabela)) {
             comandos.push_back({tabela, std::string(passo.texto), "", ""});
         } else if (passo.passo != TPasso::Apaga && !existe) {
             criadas[passo.tabela] = ComandoCria(passo, banco);

@@ -103,6 +103,25 @@ TEST_F(AtualizaSistemaTest, AFileThatFailsLeavesItsTableAndTheNextFollows) {
     }
 }
 
+TEST_F(AtualizaSistemaTest, ATableWhoseRebuildIsOpenIsEmptiedOnlyBehindIt) {
+    Executa("create table SARQUIVO (NOME_ARQUIVO varchar(50), VERSAO integer)");
+    Executa("insert into SARQUIVO values ('SISTEMA', -1)");
+    Executa("create table BSISTEMA (CODIGO integer)");
+    Executa("insert into BSISTEMA values (7)");
+    dm_.AtualizaListaDeTabelas();
+    Pacote("SISTEMA.WKD", {"CODIGO"}, {R"(CODIGO="1")"});
+    Pacote("BSISTEMA.WKD", {"CODIGO"}, {R"(CODIGO="2")"});
+    const auto adiados = AtualizaSistema(dm_, pasta_, ReconstrucoesAbertas(dm_));
+    EXPECT_EQ(Nomes(adiados), (std::vector<std::string>{"BSISTEMA.WKD", "SISTEMA.WKD"}));
+    RecarregaAdiados(dm_, adiados);
+    EXPECT_EQ(Linhas("select CODIGO from SISTEMA") + " " + Linhas("select CODIGO from BSISTEMA"), "99 7");
+    ASSERT_EQ(modulo_.Tela().memo2.size(), 2U);
+    EXPECT_NE(modulo_.Tela().memo2[1].find("a reconstrução da tabela não terminou"), std::string::npos);
+    Executa("update SARQUIVO set VERSAO = 2");
+    RecarregaAdiados(dm_, adiados);
+    EXPECT_EQ(Linhas("select CODIGO from SISTEMA") + " " + Linhas("select CODIGO from BSISTEMA"), "1 2");
+}
+
 TEST_F(AtualizaSistemaTest, FilesAheadOfTheirTablesAreLoadedAgainLater) {
     Pacote("SNOVA.WKD", {"A"}, {R"(A="1")"});
     Pacote("SPESQ.WKD", {"ARQUIVO", "NOMEPESQUISA", "TITULO"},

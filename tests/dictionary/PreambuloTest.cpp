@@ -90,6 +90,40 @@ TEST_F(PreambuloTest, BringsAnOldDictionaryToTheCurrentLayoutOnce) {
     EXPECT_EQ(Junta(comandos, "\n"), "");
 }
 
+/// Each of these alone says that the rows of TARQ_VER, or of TARQ_VERB, may be nowhere else.
+TEST_F(PreambuloTest, ABackupOfAnOpenRebuildWaitsForItsEnd) {
+    const struct {
+        const char *marca, *fim, *fica;
+    } casos[] = {
+        {"insert into SARQUIVO (NOME_ARQUIVO, VERSAO) values ('Tarq_Ver', -1)", "update SARQUIVO set VERSAO = 3",
+         "BTARQ_VER"},
+        {"insert into TINI values ('ReconstroiTabela', 'TARQ_VER', 'RESTAURANDO 11')", "delete from TINI", "BTARQ_VER"},
+        {"comment on table BTARQ_VER is 'AtualizaWKD: backup restaurando'",
+         "comment on table BTARQ_VER is 'AtualizaWKD: backup terminado'", "BTARQ_VER"},
+        {"insert into SARQUIVO (NOME_ARQUIVO, VERSAO) values ('TARQ_VERB', -1)", "delete from SARQUIVO", "TARQ_VERB"},
+    };
+    TConnection& conexao = dm_.SQLConnection1;
+    conexao.ExecuteDirect("create table SARQUIVO (COD_MODULO varchar(3), NOME_ARQUIVO varchar(50), VERSAO integer)");
+    conexao.ExecuteDirect("create table TINI (SESSAO varchar(50), CHAVE varchar(50), VALOR varchar(50))");
+    for (const auto& [marca, fim, fica] : casos) {
+        SCOPED_TRACE(marca);
+        for (const char* tabela : {"TARQ_VERB", "BTARQ_VER"})
+            conexao.ExecuteDirect("create table " + std::string(tabela) + " (A integer)");
+        conexao.ExecuteDirect(marca);
+        dm_.AtualizaListaDeTabelas();
+        for (const auto& pendencia : PendenciasDoDicionario(dm_)) EXPECT_NE(pendencia.tabela, fica);
+        AtualizaTabelasDoDicionario(dm_);
+        EXPECT_EQ(dm_.ExisteTabela("TARQ_VERB")   ? "TARQ_VERB"
+                  : dm_.ExisteTabela("BTARQ_VER") ? "BTARQ_VER"
+                                                  : "",
+                  std::string(fica));
+        conexao.ExecuteDirect(fim);
+        AtualizaTabelasDoDicionario(dm_);
+        EXPECT_FALSE(dm_.ExisteTabela(fica));
+        conexao.ExecuteDirect("delete from SARQUIVO");
+    }
+}
+
 TEST_F(PreambuloTest, WhatTheServerRefusesDoesNotStopTheRest) {
     DicionarioAntigo();  // without SADMMOD
     dm_.SQLConnection1.ExecuteDirect("create view SARQ_RELACIONA_PAI as select * from SPESQ");
