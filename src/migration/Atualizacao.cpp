@@ -65,12 +65,14 @@ TFimDaAtualizacao TAtualizacao::Corre(TPastaDeTrabalho& pasta) {
     if (ctx_.estado.usuariosOnline) Passo("QuerysAnteriores", [this] { QuerysAnteriores(ctx_); });
 
     Seleciona(ctx_);
+    ctx_.abertas = ReconstrucoesAbertas(ctx_.dm);
     Passo("VerificaDuplicidadeSarquivo", [this] { VerificaDuplicidadeSarquivo(ctx_); });
     ctx_.dm.SarquivoVelho.Open();
     ctx_.dm.SatribVelho.Open();
+    DesconsideraVersoesNegativas(ctx_);
     if (!LiberadaPelosUsuarios()) return TFimDaAtualizacao::Encerrada;
     ValidaNulos();
-    Passo("AtualizaSistema", [&] { adiados_ = AtualizaSistema(ctx_.dm, pasta); });
+    Passo("AtualizaSistema", [&] { adiados_ = AtualizaSistema(ctx_.dm, pasta, ctx_.abertas); });
     ctx_.Tela().Memo1("Tabelas do sistema............OK!");
 
     Seleciona(ctx_);

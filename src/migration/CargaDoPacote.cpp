@@ -2,6 +2,7 @@
 
 #include "DicionarioDoPacote.h"
 #include "Selecao.h"
+#include "Texto.h"
 
 namespace wkd {
 
@@ -55,6 +56,23 @@ void CarregaDicionarios(TContexto& ctx, const TPastaDeTrabalho& pasta) {
     dm.SatribNovo.Close();
     dm.SArquivoNovo.Carrega(LeSarquivo(pasta.Arquivo(kSarquivo)).Tabela());
     dm.SatribNovo.Carrega(LeSatrib(pasta.Arquivo(kSatrib)).Tabela());
+}
+
+/// That of an open rebuild is not known any more: any version ends it.
+void DesconsideraVersoesNegativas(TContexto& ctx) {
+    TClientDataSet& novo = ctx.dm.SArquivoNovo;
+    for (novo.First(); !novo.Eof(); novo.Next()) {
+        if (novo.Inteiro("versao") >= 0) continue;
+        const std::string tabela(Apara(novo.Texto("nome_arquivo")));
+        const std::string linha = "Tabela " + tabela + ": a versão " + novo.Texto("versao") +
+                                  " do pacote não é válida, e conta a gravada no banco";
+        ctx.Tela().Memo2(linha);
+        ctx.Tela().SetLog(linha, tabela, "Versões do pacote");
+        const TValor gravada = ctx.dm.SarquivoVelho.Valor("versao");
+        novo.Edit();
+        novo.SetValor("versao", gravada.ComoInteiro() < 0 ? TValor() : gravada);
+        novo.Post();
+    }
 }
 
 /// The filter is in force before the first use of the package's tables, so that all steps see the selected ones.

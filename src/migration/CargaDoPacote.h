@@ -13,6 +13,9 @@ bool TemDicionario(TContexto& ctx);
 bool Desempacota(TContexto& ctx, TPastaDeTrabalho& pasta);
 /// Loads the package's dictionary into SArquivoNovo and SatribNovo. Throws TErroPacote when it cannot be used.
 void CarregaDicionarios(TContexto& ctx, const TPastaDeTrabalho& pasta);
+/// A table's negative version in the package, which would say that its rebuild is open, counts as the stored one and is
+/// reported. Expects the stored dictionary open.
+void DesconsideraVersoesNegativas(TContexto& ctx);
 /// From now on SArquivoNovo shows the tables that the options select.
 void Seleciona(TContexto& ctx);
 

@@ -5,7 +5,7 @@
 #include <set>
 
 #include "CamposTexto.h"
-#include "EstadoDaReconstrucao.h"
+#include "ReconstrucoesAbertas.h"
 #include "TBComandos.h"
 #include "Texto.h"
 #include "WKDQuery.h"
@@ -29,7 +29,7 @@ struct TIndiceGuardado {
 
 struct TTabelaGuardada {
     std::string nome;
-    bool pendente = false;  // VERSAO -1
+    bool pendente = false;  // its rebuild is open
     std::vector<TColunaDicionario> colunas;
     std::vector<TIndiceGuardado> indices;
 };
@@ -75,12 +75,13 @@ std::vector<TDesvio> TConfere::Confere() {
 }
 
 void TConfere::LeSarquivo() {
-    TWKDQuery q(conexao_, "select NOME_ARQUIVO, VERSAO from SARQUIVO");
+    const auto abertas = ReconstrucoesAbertas(dm_);
+    TWKDQuery q(conexao_, "select NOME_ARQUIVO from SARQUIVO");
     for (q.Open(); !q.Eof(); q.Next()) {
         const std::string nome(Apara(q.Texto("NOME_ARQUIVO")));
         auto& tabela = guardadas_[ChaveDeNome(nome)];
         tabela.nome = nome;
-        tabela.pendente = tabela.pendente || q.Inteiro("VERSAO") == kVersaoPendente;
+        tabela.pendente = abertas.contains(ChaveDeNome(nome));
     }
 }
 

@@ -209,4 +209,22 @@ TConferencia ConfereComBackup(TConnection& conexao, const std::string& backup, c
     return conferencia;
 }
 
+std::vector<std::string> ConsultasDasDiferentes(TConnection& conexao, const std::string& backup,
+                                                const std::string& tabela, const std::set<std::string>& ignoradas) {
+    const auto daBackup = conexao.Colunas(backup);
+    const auto daTabela = conexao.Colunas(tabela);
+    const TPareamento pareamento = Pareamento(conexao, daBackup, daTabela, tabela, ignoradas);
+    std::vector<std::string> consultas;
+    if (pareamento.condicao.empty()) return consultas;
+    const auto pares = Pares(daBackup, daTabela, ignoradas, conexao.TipoBanco());
+    for (std::size_t i = 0; i < pares.size(); i += kColunasPorConsulta) {
+        std::vector<std::string> condicoes;
+        for (const auto& par : std::span(pares).subspan(i, std::min(kColunasPorConsulta, pares.size() - i)))
+            condicoes.push_back(Difere(par, conexao.TipoBanco()));
+        consultas.push_back("select b.* from " + backup + " b join " + tabela + " t on " + pareamento.condicao +
+                            " where " + Junta(condicoes, " or "));
+    }
+    return consultas;
+}
+
 }  // namespace wkd

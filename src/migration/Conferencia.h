@@ -25,4 +25,9 @@ struct TConferencia {
 TConferencia ConfereComBackup(TConnection& conexao, const std::string& backup, const std::string& tabela,
                               const std::set<std::string>& ignoradas);
 
+/// Queries that give, with all its columns, each row of the backup table that stands in the table under its key with
+/// other values; a row may come more than once when there are hundreds of columns. None when no key pairs the rows.
+std::vector<std::string> ConsultasDasDiferentes(TConnection& conexao, const std::string& backup,
+                                                const std::string& tabela, const std::set<std::string>& ignoradas);
+
 }  // namespace wkd

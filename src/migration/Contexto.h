@@ -7,6 +7,7 @@
 #include "DataModulo.h"
 #include "Evidencia.h"
 #include "Opcoes.h"
+#include "ReconstrucoesAbertas.h"
 
 namespace wkd {
 
@@ -27,6 +28,7 @@ struct TContexto {
     bool repeteTabela = false;  // something of the table failed: the next run analyses it again
     TEvidencia evidencia = {};
     std::set<std::string> desatualizadas = {};  // tables whose rows in SatribVelho statements have replaced
+    TReconstrucoesAbertas abertas = {};         // as the run found them, and as its rebuilds change them
 
     ITela& Tela() { return dm.Tela(); }
     TConnection& Conexao() { return dm.SQLConnection1; }

@@ -21,6 +21,7 @@ struct TCopia {
     std::size_t linhasPorLote = 100;
     std::size_t bytesPorLote = 64 * 1024 * 1024;  // that the values of a batch take on this machine, or one row more
     std::string condicao = {};                    // behind the source's name: alias and where clause
+    std::string fonte = {};                       // query in parentheses to read instead of the source
     std::int64_t pula = 0;                        // rows of the source that an earlier copy has done
     std::function<void(std::int64_t)> aoGravar = nullptr;  // in each transaction: rows of the source done by then
 };

@@ -55,7 +55,7 @@ TResultadoDaCopia TCopiaDeLinhas::Executa(std::int64_t linhas) {
     const std::string lista = ListaDaOrigem(colunas_, ctx_.Banco());
     if (lista.empty()) throw std::runtime_error(copia_.origem + " e " + copia_.destino + " não têm colunas em comum");
     insere_ = ctx_.Conexao().Prepara(ComandoInsere(copia_.destino, colunas_, ctx_.Banco()));
-    servidor_ = TCopiaNoServidor::Para(ctx_.Conexao(), copia_, colunas_, numeradas_);
+    if (copia_.fonte.empty()) servidor_ = TCopiaNoServidor::Para(ctx_.Conexao(), copia_, colunas_, numeradas_);
     if (servidor_)
         PeloServidor();
     else
@@ -69,7 +69,7 @@ TResultadoDaCopia TCopiaDeLinhas::Executa(std::int64_t linhas) {
 
 void TCopiaDeLinhas::PeloCliente() {
     const auto cursor = ctx_.Conexao().Prepara("select " + ListaDaOrigem(colunas_, ctx_.Banco()) + " from " +
-                                               copia_.origem + copia_.condicao);
+                                               (copia_.fonte.empty() ? copia_.origem + copia_.condicao : copia_.fonte));
     cursor->Abre();
     for (std::int64_t feita = 0; feita < copia_.pula && cursor->Proximo();) ++feita;
     for (; cursor->Proximo(); Avanca()) {

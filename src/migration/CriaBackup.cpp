@@ -6,6 +6,7 @@
 #include "Conferencia.h"
 #include "CopiaDeLinhas.h"
 #include "EstadoDaReconstrucao.h"
+#include "SobraDaBackup.h"
 #include "TBComandos.h"
 #include "Texto.h"
 #include "WKDQuery.h"
@@ -20,28 +21,10 @@ std::int64_t Conta(TContexto& ctx, const std::string& tabela) {
     return ContaRegistros(ctx.Conexao(), "select count(*) as total from " + tabela);
 }
 
-bool TemTodas(const std::vector<TColunaFisica>& colunas, const std::vector<TColunaFisica>& outras) {
-    return std::ranges::all_of(colunas, [&](const TColunaFisica& coluna) {
-        return !coluna.expressao.empty() || ColunaDeNome(outras, coluna.nome) != nullptr;
-    });
-}
-
-/// Without a mark: whether the table is the old one, which holds all that its backup holds.
-bool TabelaInteira(TContexto& ctx, const std::string& tabela, const std::string& backup) {
-    const auto daTabela = ctx.Conexao().Colunas(tabela);
-    const auto daBackup = ctx.Conexao().Colunas(backup);
-    return TemTodas(daTabela, daBackup) && TemTodas(daBackup, daTabela) && Conta(ctx, tabela) >= Conta(ctx, backup);
-}
-
 /// Whether the backup of an interrupted rebuild serves: the table is gone, or there is nothing in it to be saved.
 bool Aproveita(TContexto& ctx, const std::string& tabela) {
-    const std::string backup = NomeDaBackup(tabela);
-    if (!ctx.dm.ExisteTabela(backup) || !ReconstrucaoPendente(ctx, tabela)) return false;
-    if (!ctx.dm.ExisteTabela(tabela)) return true;
-
-    const auto etapa = EtapaDaReconstrucao(ctx, tabela);
-    return etapa == TEtapaDaReconstrucao::Restaurando ||
-           (etapa == TEtapaDaReconstrucao::Desconhecida && !TabelaInteira(ctx, tabela, backup));
+    const auto estado = EstadoDaReconstrucao(ctx, tabela);
+    return estado == TEstadoDaReconstrucao::Restaurando || estado == TEstadoDaReconstrucao::Desconhecida;
 }
 
 /// Whether the backup differs from the table in what the copy has rejected, and in nothing else. Without a key to pair
@@ -66,9 +49,10 @@ void ExigeCopiaFiel(TContexto& ctx, const std::string& tabela, const TResultadoD
 
 void Copia(TContexto& ctx, const std::string& tabela, const std::vector<std::string>& chave) {
     ctx.Tela().LblAtual("Obtendo quantidade de registros..." + tabela);
-    // A mark that was left behind must not speak for this copy; "Guardada" says of a broken-off one what is true.
-    if (EtapaDaReconstrucao(ctx, tabela) == TEtapaDaReconstrucao::Restaurando)
-        GravaEtapa(ctx, tabela, TEtapaDaReconstrucao::Desconhecida);
+    const auto estado = EstadoDaReconstrucao(ctx, tabela);
+    if (estado == TEstadoDaReconstrucao::Nenhuma) EsqueceEtapa(ctx, tabela);
+    if (ctx.dm.ExisteTabela(NomeDaBackup(tabela))) GuardaSobra(ctx, tabela, chave);
+    if (estado == TEstadoDaReconstrucao::Guardando) MarcaGuardada(ctx, tabela);  // also one that TINI alone knows
     const bool criada = ctx.dm.Atualiza.CriaTabela(tabela, true);
     const std::string erro = ctx.dm.Atualiza.Erro();
     ctx.dm.AtualizaListaDeTabelas();
@@ -87,7 +71,6 @@ void Copia(TContexto& ctx, const std::string& tabela, const std::vector<std::str
                           .linhasPorLote = kLinhasPorLote},
                          renumeracao);
     ExigeCopiaFiel(ctx, tabela, copia.Executa(Conta(ctx, tabela)));
-    GravaEtapa(ctx, tabela, TEtapaDaReconstrucao::Guardada);
     MarcaReconstrucao(ctx, tabela);
     ctx.Tela().PbAtual().Posicao(0);
 }
@@ -103,7 +86,10 @@ TBackupFeito CriaBackup(TContexto& ctx, const std::string& tabela, const std::ve
     ctx.tabelaAtual = tabela;
     ctx.acaoAtual = "Criar Backup";
     const bool aproveitada = !sempre && Aproveita(ctx, tabela);
-    if (!aproveitada) Copia(ctx, tabela, chave);
+    if (aproveitada)
+        ReabreReconstrucao(ctx, tabela);
+    else
+        Copia(ctx, tabela, chave);
     ctx.Tela().LblAtual("Parado.");
     if (aproveitada) return {Conta(ctx, NomeDaBackup(tabela)), {}};
     return {Conta(ctx, tabela), ctx.Conexao().ChavePrimaria(tabela).colunas};

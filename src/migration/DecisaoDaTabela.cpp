@@ -39,8 +39,10 @@ class TDecide {
     bool Completa() const { return !noLugar_ && (ctx_.opcoes.completo || ctx_.opcoes.modoCompleto); }
     bool TemColunas() const { return !ctx_.dm.SatribNovo.IsEmpty(); }
     bool RestauracaoPendente() {
-        return ctx_.dm.ExisteTabela(NomeDaBackup(tabela_)) && ReconstrucaoPendente(ctx_, tabela_);
+        return ctx_.dm.ExisteTabela(NomeDaBackup(tabela_)) && (Aberta() || ReconstrucaoPendente(ctx_, tabela_));
     }
+    bool Aberta() const { return !noLugar_ && ctx_.abertas.contains(ChaveDeNome(tabela_)); }
+    bool Pendente() const { return ctx_.dm.SarquivoVelho.Inteiro("versao") == kVersaoPendente; }
     void Reconstroi(std::string motivo) {
         if (decisao_.acao != TAcaoDaTabela::Reconstroi) decisao_.motivo = std::move(motivo);
         decisao_.acao = TAcaoDaTabela::Reconstroi;
@@ -57,8 +59,8 @@ class TDecide {
         if (!decisao_.analisada) return;
         if (Completa()) Reconstroi("atualização completa pedida nas opções");
         if (!noLugar_) {
-            if (ctx_.dm.SarquivoVelho.Inteiro("versao") == kVersaoPendente)
-                Reconstroi("reconstrução pendente (versão -1)");
+            if (Pendente()) Reconstroi("reconstrução pendente (versão -1)");
+            if (Aberta()) Reconstroi("a última reconstrução dela não chegou ao fim");
             ExigeColunasDeChave();
         }
         ComparaColunas();
@@ -73,7 +75,7 @@ class TDecide {
     bool Analisa() const {
         const TOpcoes& opcoes = ctx_.opcoes;
         return VersaoDifere() || opcoes.completo || opcoes.todas ||
-               (opcoes.tabelasSelecionadas && !opcoes.tabelas.empty()) || marcas_.Marcada(tabela_);
+               (opcoes.tabelasSelecionadas && !opcoes.tabelas.empty()) || marcas_.Marcada(tabela_) || Aberta();
     }
     bool Pedida() const {
         const TOpcoes& opcoes = ctx_.opcoes;
@@ -83,7 +85,7 @@ class TDecide {
         const TValor& velha = ctx_.dm.SarquivoVelho.Valor("versao");
         const std::string nova = ctx_.dm.SArquivoNovo.Texto("versao");
         if (VersaoDifere()) return "versão " + (velha.Nulo() ? "não registrada" : velha.ComoTexto()) + " para " + nova;
-        if (marcas_.Marcada(tabela_)) return "a última atualização dela não chegou ao fim";
+        if (marcas_.Marcada(tabela_) || Aberta()) return "a última atualização dela não chegou ao fim";
         return decisao_.analisada ? "pedida nas opções" : "na versão do pacote, " + nova;
     }
 

@@ -1,5 +1,6 @@
 #include "DicionarioTabelas.h"
 
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -129,9 +130,13 @@ std::vector<TTabelaDoModulo> TabelasDoSistema(TConnection& conexao) {
 
 }  // namespace
 
+/// The row of an open rebuild stays: its table is known by it.
 void LimpaArquivoInutilizado(TContexto& ctx) {
+    std::optional<TReconstrucoesAbertas> abertas;
     for (const auto& [nome, modulo] : TabelasDoSistema(ctx.Conexao())) {
         if (ctx.dm.SArquivoNovo.Existe("cod_modulo;nome_arquivo", {modulo, nome})) continue;
+        if (!abertas) abertas = ReconstrucoesAbertas(ctx.dm);
+        if (abertas->contains(ChaveDeNome(nome))) continue;
         TWKDQuery(ctx.Conexao(), "delete from sarquivo where (cod_modulo = " + Aspas(modulo) +
                                      ") and (nome_arquivo = " + Aspas(nome) + ")")
             .ExecSQL();

@@ -2,6 +2,8 @@
 
 #include <optional>
 
+#include "Texto.h"
+
 namespace wkd {
 
 namespace {
@@ -17,7 +19,8 @@ TResultado ApagaPar(TContexto& ctx, const TClientDataSet& sarquivo) {
 
 }  // namespace
 
-/// A pair that cannot be deleted does not keep the others; its error is raised at the end.
+/// A pair that cannot be deleted does not keep the others; its error is raised at the end. That of an open rebuild
+/// stays until the rebuild has ended.
 void VerificaDuplicidadeSarquivo(TContexto& ctx) {
     TClientDataSet duplicidade;
     duplicidade.SetProvedor({&ctx.Conexao(), "select * from SARQUIVO", "SARQUIVO", {"COD_MODULO", "NOME_ARQUIVO"}});
@@ -28,7 +31,7 @@ void VerificaDuplicidadeSarquivo(TContexto& ctx) {
     duplicidade.Open();
     for (duplicidade.First(); !duplicidade.Eof(); duplicidade.Next()) {
         const std::string chave = Chave(duplicidade);
-        if (chave == anterior)
+        if (chave == anterior && !ctx.abertas.contains(ChaveDeNome(duplicidade.Texto("NOME_ARQUIVO"))))
             if (const TResultado apagou = ApagaPar(ctx, duplicidade); !apagou) falha = apagou.Erro();
         anterior = chave;
     }

@@ -1,8 +1,11 @@
 #include "EstadoDaReconstrucao.h"
 
+#include <algorithm>
 #include <charconv>
 #include <stdexcept>
 
+#include "MarcaDaBackup.h"
+#include "TBComandos.h"
 #include "Texto.h"
 #include "Tini.h"
 #include "WKDQuery.h"
@@ -11,16 +14,66 @@ namespace wkd {
 
 namespace {
 
-constexpr std::string_view kSecao = "ReconstroiTabela";
+constexpr std::string_view kSecao = kSecaoDaReconstrucao;
 constexpr std::string_view kGuardada = "GUARDADA";
 constexpr std::string_view kRestaurando = "RESTAURANDO";  // a count may follow
 
-std::string Marca(TContexto& ctx, std::string_view tabela) {
+std::string MarcaNoTini(TContexto& ctx, std::string_view tabela) {
     if (!ctx.dm.ExisteTabela("TINI")) return "";
     return LeParametro(kSecao, Maiusculas(tabela), "", &ctx.Conexao());
 }
 
+void MarcaNaBackup(TContexto& ctx, const std::string& tabela, TMarcaDaBackup marca) {
+    const std::string backup = NomeDaBackup(tabela);
+    if (ctx.dm.ExisteTabela(backup) && MarcaDaBackup(ctx.Conexao(), backup) != marca)
+        MarcaBackup(ctx.Conexao(), backup, marca);
+}
+
+void GravaNoTini(TContexto& ctx, const std::string& tabela, std::string_view marca) {
+    if (ctx.dm.ExisteTabela("TINI")) GravaParametro(kSecao, Maiusculas(tabela), marca, &ctx.Conexao());
+}
+
+/// Whether a table without mark may be what an earlier generation's interrupted rebuild has left: its columns are all
+/// columns of the table, or it has the key and most of the others; the table may be the new one already.
+bool ParecidaComATabela(TContexto& ctx, const std::string& tabela) {
+    if (ctx.dm.Atualiza.EhBackup(tabela)) return true;
+    const auto daBackup = ctx.Conexao().Colunas(NomeDaBackup(tabela));
+    const auto daTabela = ctx.Conexao().Colunas(tabela);
+    const auto tem = [&](const std::string& nome) { return ColunaDeNome(daBackup, nome) != nullptr; };
+    const auto comuns = std::ranges::count_if(daTabela, [&](const TColunaFisica& coluna) { return tem(coluna.nome); });
+    return 2 * comuns > std::ssize(daTabela) && std::ranges::all_of(ctx.Conexao().ChavePrimaria(tabela).colunas, tem);
+}
+
+TEstadoDaReconstrucao EstadoSemMarca(TContexto& ctx, const std::string& tabela, bool existe) {
+    const std::string noTini = MarcaNoTini(ctx, tabela);
+    if (!noTini.empty())
+        return existe && noTini == kGuardada ? TEstadoDaReconstrucao::Guardando : TEstadoDaReconstrucao::Restaurando;
+    const bool pendente = ReconstrucaoPendente(ctx, tabela);
+    if (!existe) return pendente ? TEstadoDaReconstrucao::Restaurando : TEstadoDaReconstrucao::Nenhuma;
+    if (pendente)
+        return ParecidaComATabela(ctx, tabela) ? TEstadoDaReconstrucao::Desconhecida : TEstadoDaReconstrucao::Alheia;
+    return ctx.dm.Atualiza.EhBackup(tabela) ? TEstadoDaReconstrucao::Nenhuma : TEstadoDaReconstrucao::Alheia;
+}
+
 }  // namespace
+
+TEstadoDaReconstrucao EstadoDaReconstrucao(TContexto& ctx, const std::string& tabela) {
+    const std::string backup = NomeDaBackup(tabela);
+    if (!ctx.dm.ExisteTabela(backup)) return TEstadoDaReconstrucao::Nenhuma;
+    const bool existe = ctx.dm.ExisteTabela(tabela);
+    switch (MarcaDaBackup(ctx.Conexao(), backup)) {
+        case TMarcaDaBackup::Nenhuma:
+            return EstadoSemMarca(ctx, tabela, existe);
+        case TMarcaDaBackup::Guardando:
+            return existe ? TEstadoDaReconstrucao::Guardando : TEstadoDaReconstrucao::Restaurando;
+        case TMarcaDaBackup::Restaurando:
+            return TEstadoDaReconstrucao::Restaurando;
+        case TMarcaDaBackup::Concluida:  // VERSAO -1 on a table that somebody dropped asks for its rows
+            return !existe && ReconstrucaoPendente(ctx, tabela) ? TEstadoDaReconstrucao::Restaurando
+                                                                : TEstadoDaReconstrucao::Nenhuma;
+    }
+    return TEstadoDaReconstrucao::Nenhuma;
+}
 
 bool ReconstrucaoPendente(TContexto& ctx, std::string_view tabela) {
     return ContaRegistros(ctx.Conexao(),
@@ -28,9 +81,11 @@ bool ReconstrucaoPendente(TContexto& ctx, std::string_view tabela) {
                               " and Upper(NOME_ARQUIVO) = " + Aspas(Maiusculas(tabela))) > 0;
 }
 
-void MarcaReconstrucao(TContexto& ctx, std::string_view tabela) {
+void ReabreReconstrucao(TContexto& ctx, std::string_view tabela) {
     TClientDataSet& velho = ctx.dm.SarquivoVelho;
     if (velho.IsEmpty()) throw std::runtime_error("A tabela " + std::string(tabela) + " não está em SARQUIVO");
+    ctx.abertas.insert(ChaveDeNome(tabela));
+    if (velho.Inteiro("versao") == kVersaoPendente) return;
     velho.Edit();
     velho.SetValor("versao", kVersaoPendente);
     if (velho.Texto("nome_arquivo").empty()) ctx.Tela().Informacao("6");
@@ -39,26 +94,34 @@ void MarcaReconstrucao(TContexto& ctx, std::string_view tabela) {
         throw std::runtime_error("Não foi possível marcar a tabela " + std::string(tabela) + " em SARQUIVO");
 }
 
-TEtapaDaReconstrucao EtapaDaReconstrucao(TContexto& ctx, std::string_view tabela) {
-    const std::string marca = Marca(ctx, tabela);
-    if (marca == kGuardada) return TEtapaDaReconstrucao::Guardada;
-    return marca.starts_with(kRestaurando) ? TEtapaDaReconstrucao::Restaurando : TEtapaDaReconstrucao::Desconhecida;
+void MarcaReconstrucao(TContexto& ctx, std::string_view tabela) {
+    MarcaGuardada(ctx, std::string(tabela));
+    ReabreReconstrucao(ctx, tabela);
 }
 
-void GravaEtapa(TContexto& ctx, std::string_view tabela, TEtapaDaReconstrucao etapa) {
+void MarcaGuardada(TContexto& ctx, const std::string& tabela) {
+    MarcaNaBackup(ctx, tabela, TMarcaDaBackup::Guardando);
+    GravaNoTini(ctx, tabela, kGuardada);
+}
+
+void MarcaRestaurando(TContexto& ctx, const std::string& tabela) {
+    MarcaNaBackup(ctx, tabela, TMarcaDaBackup::Restaurando);
+    GravaNoTini(ctx, tabela, kRestaurando);
+}
+
+void MarcaConcluida(TContexto& ctx, const std::string& tabela) {
+    MarcaNaBackup(ctx, tabela, TMarcaDaBackup::Concluida);
+    EsqueceEtapa(ctx, tabela);
+}
+
+void EsqueceEtapa(TContexto& ctx, const std::string& tabela) {
     if (!ctx.dm.ExisteTabela("TINI")) return;
-    const std::string chave = Maiusculas(tabela);
-    if (etapa == TEtapaDaReconstrucao::Desconhecida) {
-        TWKDQuery q(ctx.Conexao(), "delete from tini where sessao = :pSESSAO and chave = :pCHAVE");
-        q.Param("pSESSAO", kSecao).Param("pCHAVE", chave).ExecSQL();
-        return;
-    }
-    const bool guardada = etapa == TEtapaDaReconstrucao::Guardada;
-    GravaParametro(kSecao, chave, guardada ? kGuardada : kRestaurando, &ctx.Conexao());
+    TWKDQuery q(ctx.Conexao(), "delete from tini where sessao = :pSESSAO and chave = :pCHAVE");
+    q.Param("pSESSAO", kSecao).Param("pCHAVE", Maiusculas(tabela)).ExecSQL();
 }
 
 std::optional<std::int64_t> LinhasRestauradas(TContexto& ctx, std::string_view tabela) {
-    const std::string marca = Marca(ctx, tabela);
+    const std::string marca = MarcaNoTini(ctx, tabela);
     if (!marca.starts_with(kRestaurando)) return std::nullopt;
     const std::string_view numero = Apara(std::string_view(marca).substr(kRestaurando.size()));
     std::int64_t linhas = 0;

@@ -9,24 +9,35 @@
 
 namespace wkd {
 
-/// SARQUIVO.VERSAO of a table whose rows wait in a complete backup table.
-inline constexpr std::int64_t kVersaoPendente = -1;
+/// How far the rebuild of a table has come, as its marks tell: the one on the backup table, the one in TINI, VERSAO -1.
+/// An interruption leaves one of these, and the next rebuild goes on from it:
+enum class TEstadoDaReconstrucao {
+    Nenhuma,       // none is open. The table is saved; the backup of an earlier rebuild gives way.
+    Guardando,     // the backup is being made, or is complete; the table is whole. It is saved anew.
+    Restaurando,   // the old table is gone; one of that name may be half filled, and in use. What is in it stays, and
+                   // the rows that are missing come back.
+    Desconhecida,  // VERSAO -1 over a backup without mark: an earlier generation was interrupted, or somebody wrote -1.
+                   // Table and backup are united.
+    Alheia         // "B" + table is not a backup. Nothing is touched.
+};
+
+TEstadoDaReconstrucao EstadoDaReconstrucao(TContexto& ctx, const std::string& tabela);
 
 /// Whether the table carries VERSAO -1, whatever its module. The answer is that of the database.
 bool ReconstrucaoPendente(TContexto& ctx, std::string_view tabela);
-/// Gives the stored row of the current table VERSAO -1. Throws std::runtime_error when that could not be committed.
+/// Gives the stored row of the current table VERSAO -1, and TINI the mark of a complete backup. Throws
+/// std::runtime_error when that could not be committed.
 void MarcaReconstrucao(TContexto& ctx, std::string_view tabela);
+/// Gives a rebuild that goes on its VERSAO -1 again, should that have gone with its row.
+void ReabreReconstrucao(TContexto& ctx, std::string_view tabela);
 
-/// How far the rebuild of a table has come while it carries VERSAO -1, kept in TINI.
-enum class TEtapaDaReconstrucao {
-    Desconhecida,  // no TINI, or a rebuild that left no mark
-    Guardada,      // the backup is complete and the old table still there, whole
-    Restaurando    // the old table is gone: one of that name may be half filled, and in use
-};
-
-TEtapaDaReconstrucao EtapaDaReconstrucao(TContexto& ctx, std::string_view tabela);
-/// Desconhecida takes the mark away. Does nothing in a database without TINI.
-void GravaEtapa(TContexto& ctx, std::string_view tabela, TEtapaDaReconstrucao etapa);
+// Each writes the mark of the backup table and, in a database that has TINI, the one there; in the open transaction
+// when there is one.
+void MarcaGuardada(TContexto& ctx, const std::string& tabela);
+void MarcaRestaurando(TContexto& ctx, const std::string& tabela);
+void MarcaConcluida(TContexto& ctx, const std::string& tabela);
+/// Takes away a mark of TINI that was left behind, and must not speak for the rebuild that begins.
+void EsqueceEtapa(TContexto& ctx, const std::string& tabela);
 
 /// How many rows of the backup table, from its first on, a restore that keeps count has brought back; nothing when
 /// none does.

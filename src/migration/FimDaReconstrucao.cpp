@@ -50,8 +50,9 @@ bool GravaFim(TContexto& ctx, const std::string& tabela, const std::function<voi
         TTransacao transacao(ctx.Conexao());
         if (velho.ApplyUpdates(0) > 0) throw std::runtime_error("A versão não foi gravada em SARQUIVO");
         GravaNasOutrasLinhas(ctx, tabela, velho.Inteiro("versao"));
-        GravaEtapa(ctx, tabela, TEtapaDaReconstrucao::Desconhecida);
+        MarcaConcluida(ctx, tabela);
         transacao.Commit();
+        ctx.abertas.erase(ChaveDeNome(tabela));
         return true;
     } catch (const std::exception& erro) {
         ctx.Tela().Memo2("Tabela " + tabela + ": " + erro.what());

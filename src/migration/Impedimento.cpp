@@ -5,6 +5,7 @@
 
 #include "Comparacao.h"
 #include "DicionarioDaTabela.h"
+#include "EstadoDaReconstrucao.h"
 #include "TBComandos.h"
 #include "Texto.h"
 #include "WKDQuery.h"
@@ -59,6 +60,7 @@ std::optional<std::string> ImpedimentoDaReconstrucao(TContexto& ctx, const std::
     if (ctx.dm.SatribNovo.IsEmpty()) return "O pacote não tem colunas da tabela " + tabela;
     if (const std::string backup = NomeDaBackup(tabela); EhTabelaDoDicionario(ctx, backup))
         return "A tabela de backup " + backup + " teria o nome de uma tabela do dicionário";
+    if (EstadoDaReconstrucao(ctx, tabela) == TEstadoDaReconstrucao::Alheia) return TTB::NaoEhBackup(tabela);
     if (auto motivo = ColunaForaDoDicionario(ctx)) return motivo;
     return ctx.dm.Atualiza.ImpedimentoParaCriar(tabela, ColunasNovas(ctx, nome));
 }

@@ -19,9 +19,8 @@ std::vector<TColunaDicionario> ColunasNovas(TContexto& ctx, const std::string& n
 /// far it has come.
 bool NuncaReconstruida(std::string_view tabela);
 
-/// Why a table must not be rebuilt: the package's columns of it cannot make a table, its
-/// backup table would have the name of a business table, or the rebuild itself lives on it. Expects SatribNovo on the
-/// table.
+/// Why a table must not be rebuilt: the package's columns of it cannot make a table, its backup table would have the
+/// name of a business table or of somebody's own, or the rebuild itself lives on it. Expects SatribNovo on the table.
 std::optional<std::string> ImpedimentoDaReconstrucao(TContexto& ctx, const std::string& nome);
 
 }  // namespace wkd

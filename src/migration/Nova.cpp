@@ -64,6 +64,7 @@ class TReconstrucao {
 
     void Ergue();
     void Retoma();
+    void RelataRetorno(const TRestante& restante);
     bool ColunasDoPacote();
     bool TemColunas(const std::vector<TColunaDicionario>& colunas);
     void DispensaBackup();
@@ -170,7 +171,7 @@ void TReconstrucao::ApagaEMarca() {
     TResultado apagada;
     try {
         TTransacao transacao(ctx_.Conexao());
-        GravaEtapa(ctx_, tabela_, TEtapaDaReconstrucao::Restaurando);
+        MarcaRestaurando(ctx_, tabela_);
         if (existe_) ctx_.Conexao().Prepara("drop table " + tabela_)->Executa();
         transacao.Commit();
     } catch (const TErroBanco& erro) {
@@ -208,7 +209,9 @@ void TReconstrucao::Ergue() {
 void TReconstrucao::Retoma() {
     apagada_ = retomada_ = true;
     const bool doPacote = ColunasDoPacote();
+    ReabreReconstrucao(ctx_, tabela_);
     const TRestante restante = RestauracaoQueFalta(ctx_, tabela_);
+    RelataRetorno(restante);
     chave_ = ChaveGuardada(ctx_, tabela_);
     antes_ = ContaRegistros(ctx_.Conexao(), "select count(*) as total from " + tabela_) + restante.linhas;
     if (doPacote) RegravaDicionarioNovo();
@@ -222,8 +225,15 @@ void TReconstrucao::Retoma() {
     apagada_ = false;
 }
 
-/// The table holds more than its backup, or may do: the next one takes its place. It gets first what only this one
-/// has, but for values that the package has a column for, and no other place.
+/// Nobody knows whether rows that a backup without mark has, and the table has not, were deleted since.
+void TReconstrucao::RelataRetorno(const TRestante& restante) {
+    if (restante.linhas == 0 || EstadoDaReconstrucao(ctx_, tabela_) != TEstadoDaReconstrucao::Desconhecida) return;
+    ctx_.Tela().Memo1("Tabela " + tabela_ + ": " + std::to_string(restante.linhas) + " registros que só " + backup_ +
+                      " tinha voltam para a tabela");
+}
+
+/// The table holds more than its backup, or may do: the next one takes its place, but for values that the package has a
+/// column for, and no other place.
 void TReconstrucao::DispensaBackup() {
     const auto ficaram = ColunasSoDe(backup_, tabela_);
     std::vector<std::string> pedidas;
@@ -233,13 +243,8 @@ void TReconstrucao::DispensaBackup() {
     if (!pedidas.empty())
         throw std::runtime_error("a tabela mudou desde a reconstrução interrompida, e só " + backup_ +
                                  " tem os valores de " + Junta(pedidas, ", "));
-    const bool comValores = GuardaSobra(ctx_, tabela_, chave_, ficaram);
-    if (!ficaram.empty())
-        ctx_.Tela().Memo2("Tabela " + tabela_ + ": colunas que só " + backup_ + " tinha, " +
-                          (comValores ? "valores no arquivo de rejeitados: " : "sem valores: ") + Junta(ficaram, ", "));
-    LevaRejeitadosAoDisco(ctx_);
     DevolveObjetos();
-    GravaEtapa(ctx_, tabela_, TEtapaDaReconstrucao::Guardada);
+    MarcaGuardada(ctx_, tabela_);
     dispensada_ = true;
 }
 
@@ -253,7 +258,7 @@ bool TReconstrucao::ColunasDoPacote() {
         return textos;
     };
     if (definicoes(ctx_.dm.Atualiza.ColunasDoDicionario(tabela_)) != definicoes(novas)) return false;
-    return EtapaDaReconstrucao(ctx_, tabela_) == TEtapaDaReconstrucao::Restaurando || TemColunas(novas);
+    return EstadoDaReconstrucao(ctx_, tabela_) == TEstadoDaReconstrucao::Restaurando || TemColunas(novas);
 }
 
 /// Whether the table has these columns, of these types, and no others.
@@ -315,6 +320,8 @@ TConferencia TReconstrucao::Confere() {
         ctx_.Tela().Memo2("***** TABELA " + tabela_ + contagem);
     }
     if (c.Igual() || entraram) return c;
+    // A key that somebody has taken since keeps the backup's row out of the table.
+    if (retomada_ && c.diferentes > 0) GuardaDiferentes(ctx_, tabela_, chave_, alteradas_);
     ctx_.Tela().Memo2("Tabela " + tabela_ + ": conteúdo diferente de " + backup_ + ": " +
                       (c.colunas.empty() ? std::to_string(c.diferentes) + " registros" : Junta(c.colunas, ", ")) +
                       contagem);
@@ -365,7 +372,7 @@ void TReconstrucao::Termina(bool confere) {
     if (!ctx_.estado.falhouApagar) MoveMarcadores(ctx_, tabela_);
     const bool encerrada = !ctx_.estado.falhouApagar && EncerraReconstrucao(ctx_, tabela_);
     // Whole again but still with -1: the next run saves it anew, with what is entered until then.
-    if (!encerrada && confere && ficaram.empty()) GravaEtapa(ctx_, tabela_, TEtapaDaReconstrucao::Guardada);
+    if (!encerrada && confere && ficaram.empty()) MarcaGuardada(ctx_, tabela_);
 }
 
 }  // namespace

@@ -115,6 +115,7 @@ void TPassoDaTabela::TabelaNova() {
 
 /// A key that the release takes away for good is not kept.
 void TPassoDaTabela::ReconstroiTabela(TIndicesGuardados& guardados) {
+    if (ctx_.dm.SarquivoVelho.IsEmpty()) IncluiNoSArquivo();
     std::vector<std::string> chave;
     for (const auto& coluna : ColunasNovas(ctx_, tabela_))
         if (coluna.chave == 1 && ColunaFisica(coluna)) chave.push_back(coluna.nome);
@@ -161,7 +162,7 @@ void TPassoDaTabela::GravaVersao() {
             if (comum(campo)) linha.SetValor(campo, novo.Valor(campo));
         if (comum("pesquisa_avancada")) linha.SetValor("pesquisa_avancada", novo.Inteiro("pesquisa_avancada"));
     };
-    if (Reconstroi() && velho.Inteiro("versao") == kVersaoPendente) {
+    if (Reconstroi() && ctx_.abertas.contains(ChaveDeNome(tabela_))) {
         GravaFim(ctx_, Maiusculas(tabela_), preenche);
         return;
     }

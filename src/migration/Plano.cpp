@@ -78,7 +78,9 @@ std::optional<TPlano> TPlanejador::Planeja() {
     Seleciona(ctx_);
     ctx_.dm.SarquivoVelho.Open();
     ctx_.dm.SatribVelho.Open();
+    ctx_.abertas = ReconstrucoesAbertas(ctx_.dm);
     TiraRepetidas();
+    DesconsideraVersoesNegativas(ctx_);
     Prepara();
     LeIndices(pasta);
     LeFormatos();
@@ -112,12 +114,12 @@ void TPlanejador::Prepara() {
     SupoeDicionario(comandos);
 }
 
-/// The run takes the stored rows of a table away that occur more than once.
+/// The run takes the stored rows of a table away that occur more than once, but for those of an open rebuild.
 void TPlanejador::TiraRepetidas() {
     TClientDataSet& velho = ctx_.dm.SarquivoVelho;
     TClientDataSet& novo = ctx_.dm.SArquivoNovo;
     for (novo.First(); !novo.Eof(); novo.Next())
-        if (velho.RecordCount() > 1)
+        if (velho.RecordCount() > 1 && !ctx_.abertas.contains(ChaveDeNome(velho.Texto("nome_arquivo"))))
             while (!velho.IsEmpty()) velho.Delete();
 }
 

@@ -52,6 +52,58 @@ bool RepeteChave(TContexto& ctx, const std::string& tabela, const std::vector<st
                                              " having count(*) > 1) repetidas") > 0;
 }
 
+/// What makes a value comparable with others: the server groups no blobs.
+std::string Comparavel(const TColunaFisica& coluna, TTipoBanco banco) {
+    const std::string nome = Identificador(coluna.nome, banco);
+    if (coluna.tipo != TTipoDado::Blob && coluna.tipo != TTipoDado::Memo) return nome;
+    if (banco == TTipoBanco::tbSQLServer) return "cast(" + nome + " as varbinary(max))";
+    return "hash(" + nome + ") || ' ' || octet_length(" + nome + ")";
+}
+
+/// The columns of both tables by which their rows are compared: select lists of one length, and the names in them.
+struct TComparadas {
+    std::vector<std::string> daBackup, daTabela, nomes;
+
+    void Junta(const std::string& b, const std::string& t) {
+        nomes.push_back("WKD_K" + std::to_string(nomes.size()));
+        daBackup.push_back(b + " as " + nomes.back());
+        daTabela.push_back(t);
+    }
+};
+
+TComparadas Comparadas(TContexto& ctx, const std::string& tabela) {
+    const bool sqlServer = ctx.Banco() == TTipoBanco::tbSQLServer;
+    const auto daTabela = ctx.Conexao().Colunas(tabela);
+    TComparadas comparadas;
+    for (const TColunaFisica& b : ctx.Conexao().Colunas(NomeDaBackup(tabela))) {
+        const TColunaFisica* t = ColunaDeNome(daTabela, b.nome);
+        if (!t || !t->expressao.empty()) continue;
+        const std::string doB = Comparavel(b, ctx.Banco()), doT = Comparavel(*t, ctx.Banco());
+        comparadas.Junta(b.tipo == t->tipo ? doB : "cast(" + doB + " as " + t->tipoSql + ")", doT);
+        const std::string bytes = sqlServer ? "datalength(" : "octet_length(";  // blanks at the end count
+        if (b.tipo == TTipoDado::Texto && t->tipo == b.tipo) comparadas.Junta(bytes + doB + ")", bytes + doT + ")");
+    }
+    return comparadas;
+}
+
+/// The rows that stand more often in the backup than in the table, as often as the table lacks them. Both tables go
+/// into one list with a number for each repetition; what stands there once, and comes from the backup, is missing.
+std::string LinhasAMais(TContexto& ctx, const std::string& tabela) {
+    std::vector<std::string> nomes, nulos;
+    for (const TColunaFisica& coluna : ctx.Conexao().Colunas(NomeDaBackup(tabela))) {
+        nomes.push_back(Identificador(coluna.nome, ctx.Banco()));
+        nulos.emplace_back("null");
+    }
+    const TComparadas comparadas = Comparadas(ctx, tabela);
+    const std::string lista = Junta(nomes, ", "), iguais = Junta(comparadas.nomes, ", ");
+    return "(select " + lista + " from (select r.*, count(*) over (partition by " + iguais +
+           ", WKD_N) as WKD_VEZES from (select u.*, row_number() over (partition by WKD_LADO, " + iguais +
+           " order by WKD_LADO) as WKD_N from (select " + lista + ", " + Junta(comparadas.daBackup, ", ") +
+           ", 0 as WKD_LADO from " + NomeDaBackup(tabela) + " union all select " + Junta(nulos, ", ") + ", " +
+           Junta(comparadas.daTabela, ", ") + ", 1 from " + tabela +
+           ") u) r) v where WKD_LADO = 0 and WKD_VEZES = 1) w";
+}
+
 }  // namespace
 
 TRestante RestauracaoInteira(TContexto& ctx, const std::string& tabela, const std::vector<std::string>& chaveAntiga) {
@@ -63,21 +115,23 @@ TRestante RestauracaoInteira(TContexto& ctx, const std::string& tabela, const st
 
 bool RestauracaoInterrompida(TContexto& ctx, const std::string& tabela) {
     if (!ctx.dm.ExisteTabela(tabela) || !ctx.dm.ExisteTabela(NomeDaBackup(tabela))) return false;
-    if (!ReconstrucaoPendente(ctx, tabela) || Conta(ctx, tabela) == 0) return false;
-    const auto etapa = EtapaDaReconstrucao(ctx, tabela);
-    return etapa == TEtapaDaReconstrucao::Restaurando ||
-           (etapa == TEtapaDaReconstrucao::Desconhecida && !CondicaoPelaChave(ctx, tabela).empty());
+    const auto estado = EstadoDaReconstrucao(ctx, tabela);
+    const bool aberta = estado == TEstadoDaReconstrucao::Restaurando || estado == TEstadoDaReconstrucao::Desconhecida;
+    return aberta && Conta(ctx, tabela) > 0;
 }
 
+/// A count of what is back is the surest. Without one, rows are told apart by the key, else as a whole.
 TRestante RestauracaoQueFalta(TContexto& ctx, const std::string& tabela) {
     const std::string backup = NomeDaBackup(tabela);
     TRestante restante;
     restante.retomada = true;
     const auto feitas = LinhasRestauradas(ctx, tabela);
     if (!feitas) restante.condicao = CondicaoPelaChave(ctx, tabela);
-    restante.conta = restante.condicao.empty();
+    if (!feitas && restante.condicao.empty()) restante.fonte = LinhasAMais(ctx, tabela);
+    restante.conta = feitas.has_value();
     restante.pula = feitas.value_or(0);
-    restante.linhas = std::max<std::int64_t>(Conta(ctx, backup + restante.condicao) - restante.pula, 0);
+    const std::string origem = restante.fonte.empty() ? backup + restante.condicao : restante.fonte;
+    restante.linhas = std::max<std::int64_t>(Conta(ctx, origem) - restante.pula, 0);
     return restante;
 }
 

@@ -11,6 +11,7 @@ namespace wkd {
 /// The rows of "B" + table that a restore has to bring back.
 struct TRestante {
     std::string condicao = {};  // alias and where clause of those that the table lacks by its key; empty: all
+    std::string fonte = {};     // query, in parentheses, of those that the table lacks as a whole, in place of all
     std::int64_t pula = 0;      // rows at the beginning of the backup that are back
     bool conta = false;         // nothing else tells where a restore was broken off: it keeps count
     bool retomada = false;      // an earlier restore was broken off

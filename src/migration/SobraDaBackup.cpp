@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "Conferencia.h"
 #include "Rejeitados.h"
 #include "TBComandos.h"
 #include "Texto.h"
@@ -18,30 +19,56 @@ TPares Campos(TWKDQuery& q, const std::vector<std::string>& nomes) {
     return pares;
 }
 
+struct TColunasDaBackup {
+    std::vector<std::string> todas, daChave, sobram;
+};
+
+TColunasDaBackup ColunasDaBackup(TContexto& ctx, const std::string& tabela, const std::vector<std::string>& chave) {
+    TColunasDaBackup colunas;
+    const auto daTabela = ctx.Conexao().Colunas(tabela);
+    for (const auto& coluna : ctx.Conexao().Colunas(NomeDaBackup(tabela))) {
+        colunas.todas.push_back(coluna.nome);
+        if (std::ranges::any_of(chave, [&](const auto& nome) { return IgualSemCaixa(nome, coluna.nome); }))
+            colunas.daChave.push_back(coluna.nome);
+        if (!ColunaDeNome(daTabela, coluna.nome)) colunas.sobram.push_back(coluna.nome);
+    }
+    return colunas;
+}
+
+/// How many rows the query gave.
+std::int64_t Guarda(TContexto& ctx, const std::string& tabela, const std::string& sql, std::string_view motivo,
+                    const std::vector<std::string>& daChave, const std::vector<std::string>& valores) {
+    TRejeitados rejeitados(ctx, tabela, "Backup refeito");
+    TWKDQuery q(ctx.Conexao(), sql);
+    std::int64_t linhas = 0;
+    for (q.Open(); !q.Eof(); q.Next(), ++linhas)
+        if (!rejeitados.Linha(Campos(q, daChave), motivo, Campos(q, valores)))
+            throw std::runtime_error("o que só " + NomeDaBackup(tabela) +
+                                     " tem não pôde ser guardado: " + Junta(valores, ", "));
+    LevaRejeitadosAoDisco(ctx);
+    return linhas;
+}
+
 }  // namespace
 
-bool GuardaSobra(TContexto& ctx, const std::string& tabela, const std::vector<std::string>& chave,
-                 const std::vector<std::string>& colunas) {
-    if (colunas.empty()) return false;
+void GuardaSobra(TContexto& ctx, const std::string& tabela, const std::vector<std::string>& chave) {
+    const auto [todas, daChave, sobram] = ColunasDaBackup(ctx, tabela, chave);
+    if (sobram.empty()) return;
     const std::string backup = NomeDaBackup(tabela);
-    std::vector<std::string> daChave, todas, comValor;
-    for (const auto& coluna : ctx.Conexao().Colunas(backup)) todas.push_back(coluna.nome);
-    for (const auto& nome : todas)
-        if (std::ranges::any_of(chave, [&](const auto& coluna) { return IgualSemCaixa(coluna, nome); }))
-            daChave.push_back(nome);
-    for (const auto& nome : colunas) comValor.push_back(Identificador(nome, ctx.Banco()) + " is not null");
+    std::vector<std::string> comValor;
+    for (const auto& nome : sobram) comValor.push_back(Identificador(nome, ctx.Banco()) + " is not null");
+    const auto linhas =
+        Guarda(ctx, tabela, "select * from " + backup + " where " + Junta(comValor, " or "),
+               "a tabela não tem a coluna e o backup é refeito", daChave, daChave.empty() ? todas : sobram);
+    ctx.Tela().Memo2("Tabela " + tabela + ": colunas que só " + backup + " tinha, " +
+                     (linhas > 0 ? "valores no arquivo de rejeitados: " : "sem valores: ") + Junta(sobram, ", "));
+}
 
-    TRejeitados rejeitados(ctx, tabela, "Backup refeito");
-    TWKDQuery q(ctx.Conexao(), "select * from " + backup + " where " + Junta(comValor, " or "));
-    bool guardou = false;
-    for (q.Open(); !q.Eof(); q.Next()) {
-        guardou = rejeitados.Linha(Campos(q, daChave), "a tabela não tem a coluna e o backup é refeito",
-                                   Campos(q, daChave.empty() ? todas : colunas));
-        if (!guardou)
-            throw std::runtime_error("os valores que só " + backup +
-                                     " tem não puderam ser guardados: " + Junta(colunas, ", "));
-    }
-    return guardou;
+void GuardaDiferentes(TContexto& ctx, const std::string& tabela, const std::vector<std::string>& chave,
+                      const std::set<std::string>& alteradas) {
+    const auto [todas, daChave, sobram] = ColunasDaBackup(ctx, tabela, chave);
+    for (const auto& sql : ConsultasDasDiferentes(ctx.Conexao(), NomeDaBackup(tabela), tabela, alteradas))
+        Guarda(ctx, tabela, sql, "a tabela tem outro registro com a mesma chave", daChave, todas);
 }
 
 }  // namespace wkd

@@ -47,6 +47,7 @@ std::set<std::string> VoltaBackup(TContexto& ctx, const std::string& tabela, con
                  .inicioDoErro = "Erro ao Voltar backup: ",
                  .linhasPorLote = kLinhasPorLote,
                  .condicao = restante.condicao,
+                 .fonte = restante.fonte,
                  .pula = restante.pula};
     std::optional<TContagemDaRestauracao> contagem;
     if (restante.conta) {
