@@ -36,6 +36,8 @@ struct TConexaoDe {
     const char* conexao;  // "CharacterSet", empty without one
 };
 
+void PrintTo(const TConexaoDe& caso, std::ostream* saida) { *saida << caso.banco << " over " << caso.conexao; }
+
 class FirebirdConjuntos : public testing::TestWithParam<TConexaoDe> {
   protected:
     FirebirdConjuntos() : banco_(GetParam().banco) {

@@ -88,6 +88,8 @@ struct TVarredura {
     bool recriada = false;  // somebody creates the table that the drop has left missing
 };
 
+void PrintTo(const TVarredura& varredura, std::ostream* saida) { *saida << varredura.nome; }
+
 /// Breaks off a rebuild at each of its statements in turn, runs it again, and compares with one that went through.
 template <class TErro>
 void Varre(const TVarredura& varredura, const TErro& erro, bool sempre) {

@@ -91,8 +91,10 @@ inline void GravaColunas(TConnection& banco, std::span<const TColuna> colunas) {
             std::to_string(c.tamanho) + ", " + std::to_string(c.chave) + ")");
 }
 
-/// Writes "pacote.zip" with the dictionary of these columns, each table in version 2 and with the description, if any.
-inline void Empacota(const std::filesystem::path& pasta, std::span<const TColuna> novas, const char* descricao = "") {
+/// Writes "pacote.zip" with the dictionary of these columns, each table in that version and with the description, if
+/// any.
+inline void Empacota(const std::filesystem::path& pasta, std::span<const TColuna> novas, const char* descricao = "",
+                     int versao = 2) {
     TDataPacket tabelas, colunas;
     tabelas.campos = {CampoDePacote("COD_MODULO", TTipoDado::Texto, 3),
                       CampoDePacote("NOME_ARQUIVO", TTipoDado::Texto, 50), CampoDePacote("VERSAO", TTipoDado::Inteiro)};
@@ -105,7 +107,7 @@ inline void Empacota(const std::filesystem::path& pasta, std::span<const TColuna
     int sequencia = 0;
     for (const TColuna& c : novas) {
         if (c.tabela != tabela) {
-            tabelas.linhas.push_back({"001", c.tabela, 2});
+            tabelas.linhas.push_back({"001", c.tabela, versao});
             if (*descricao) tabelas.linhas.back().push_back(descricao);
         }
         tabela = c.tabela;
@@ -141,7 +143,7 @@ class TMolde {
                                                 "/\nDataBase=loja.fdb\nUser_Name=SYSDBA\nPassword=\n");
     }
 
-  private:
+  protected:
     TPastaTemporaria pasta_;
 };
 

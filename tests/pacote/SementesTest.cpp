@@ -14,6 +14,8 @@ struct TAlvo {
     void (*exercita)(const fs::path&);
 };
 
+void PrintTo(const TAlvo& alvo, std::ostream* saida) { *saida << alvo.pasta; }
+
 class Sementes : public testing::TestWithParam<TAlvo> {};
 
 TEST_P(Sementes, NenhumaDerrubaPrendeOuPerde) {

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,6 +31,9 @@ struct TAmbienteDeBanco {
     long memoriaPorBlob = 0;           // how often the driver's own library holds a value in memory
     std::int64_t codigoSemNumero = 0;  // native code of errors that the server does not number
 };
+
+/// For test reports.
+inline void PrintTo(const TAmbienteDeBanco& ambiente, std::ostream* saida) { *saida << ambiente.nome; }
 
 /// Every environment that the contract of TConnection is tested in.
 std::vector<TAmbienteDeBanco> AmbientesDeBanco();
