@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "IndicesGuardados.h"
 #include "Mescla.h"
 #include "Texto.h"
 #include "WKDQuery.h"
@@ -103,7 +104,9 @@ void Relata(TContexto& ctx, const std::string& tabela, bool feito) {
 /// Makes the physical table match its dictionary rows; what cannot be done is reported and the next step follows.
 void InstalaTabela(TContexto& ctx, const std::string& tabela, bool recria) {
     TTB& tb = ctx.dm.Atualiza;
+    TIndicesGuardados guardados(ctx, tabela, recria);
     if (recria) {
+        guardados.GuardaChave(tb.ColunasDaChave(tabela));
         tb.ApagaInidices(tabela, true);
         Relata(ctx, tabela, tb.ReCriaTabela(tabela));
     } else if (tb.ExisteTabela(tabela)) {
@@ -116,6 +119,8 @@ void InstalaTabela(TContexto& ctx, const std::string& tabela, bool recria) {
     // A plug-in may make a table without key.
     Relata(ctx, tabela, tb.CriaIndicePrimario(tabela, false) || tb.ColunasDaChave(tabela).empty());
     Relata(ctx, tabela, tb.CriaIndiceSecundarios(tabela));
+    guardados.Devolve();
+    if (recria && tb.ExisteTabela(tabela)) guardados.Esquece();
 }
 
 }  // namespace

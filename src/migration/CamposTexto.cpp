@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "ColunaPresa.h"
+#include "IndicesGuardados.h"
 #include "Rejeitados.h"
 #include "TBComandos.h"
 #include "Texto.h"
@@ -132,6 +133,26 @@ void Ajusta(TContexto& ctx, const TColunaLonga& coluna) {
     Desmarca(ctx, coluna);
 }
 
+void AlargaCodInterno(TContexto& ctx, const std::string& tabela, TIndicesGuardados& guardados) {
+    TTB& tb = ctx.dm.Atualiza;
+    guardados.GuardaIndices(ctx.Conexao().Indices(tabela));
+    guardados.GuardaChave({});
+    tb.ApagaInidices(tabela, true);
+    tb.ApagaInidices(tabela, false);
+    const auto mudada = ExecutaNaColuna(ctx, tabela, "COD_INTERNO",
+                                        "ALTER TABLE " + tabela + " ALTER COLUMN COD_INTERNO nvarchar(25) not null");
+    if (!mudada) throw mudada.Erro();
+    ctx.dm.EsqueceColunas(tabela);
+}
+
+/// The keys and indexes that are not made otherwise.
+void Devolve(TContexto& ctx, std::vector<TIndicesGuardados>& guardados) {
+    for (auto& daTabela : guardados) {
+        ctx.dm.Atualiza.CriaIndiceSecundarios(daTabela.Tabela());
+        daTabela.Devolve();
+    }
+}
+
 }  // namespace
 
 void AjustaCamposStringMaior2000(TContexto& ctx) {
@@ -156,17 +177,17 @@ void AtualizaCamposVarCharparaNvarChar(TContexto& ctx) {
     if (ctx.Banco() != TTipoBanco::tbSQLServer || LeParametro(kSecao, kChave, "NAO", &ctx.Conexao()) == "SIM") return;
 
     const std::array<std::string, 3> tabelas = {"TSAIDA_FATURADO", "TSAIDA_FATURADO_INDU", "TSAIDA_FATURADO_INDU_PA"};
-    TTB& tb = ctx.dm.Atualiza;
-    for (const auto& tabela : tabelas) {
-        tb.ApagaInidices(tabela, true);
-        tb.ApagaInidices(tabela, false);
-        const auto mudada = ExecutaNaColuna(
-            ctx, tabela, "COD_INTERNO", "ALTER TABLE " + tabela + " ALTER COLUMN COD_INTERNO nvarchar(25) not null");
-        if (!mudada) throw mudada.Erro();
-        ctx.dm.EsqueceColunas(tabela);
+    std::vector<TIndicesGuardados> guardados;
+    try {
+        for (const auto& tabela : tabelas) AlargaCodInterno(ctx, tabela, guardados.emplace_back(ctx, tabela, true));
+        for (const auto& tabela : tabelas)
+            if (!ctx.dm.Atualiza.CriaIndicePrimario(tabela, false)) throw std::runtime_error(ctx.dm.Atualiza.Erro());
+    } catch (...) {
+        Devolve(ctx, guardados);
+        throw;
     }
-    for (const auto& tabela : tabelas)
-        if (!tb.CriaIndicePrimario(tabela, false)) throw std::runtime_error(tb.Erro());
+    Devolve(ctx, guardados);
+    for (auto& daTabela : guardados) daTabela.Esquece();
     GravaParametro(kSecao, kChave, "SIM", &ctx.Conexao());
 }
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "TBComandos.h"
+#include "IndicesGuardados.h"
 #include "Texto.h"
 #include "Tolera.h"
 
@@ -29,38 +29,44 @@ void Relata(TContexto& ctx, const std::string& tabela, const std::string& erro) 
     ctx.Tela().SetLog(erro, tabela, "AjustaCodReceber");
 }
 
-/// The primary key as the dictionary has it; where it has none, the one that was there.
-void RefazChave(TContexto& ctx, const std::string& tabela, const TChavePrimaria& antes) {
-    TTB& tb = ctx.dm.Atualiza;
-    if (tb.CriaIndicePrimario(tabela, false)) return;
-    const std::string erro = tb.Erro();
-    if (antes.nome.empty() || !tb.ColunasDaChave(tabela).empty()) return Relata(ctx, tabela, erro);
-    std::vector<std::string> colunas;
-    for (const auto& coluna : antes.colunas) colunas.push_back(Identificador(coluna, ctx.Banco()));
-    const TResultado refeita =
-        ctx.dm.Executa("alter table " + tabela + " add constraint " + Identificador(antes.nome, ctx.Banco()) +
-                       " primary key (" + Junta(colunas, ",") + ")");
-    if (!refeita) Relata(ctx, tabela, refeita.Mensagem());
+/// What the steps drop in the table, and what a run that was ended between them had dropped.
+TIndicesGuardados Guarda(TContexto& ctx, const std::string& tabela) {
+    TIndicesGuardados guardados(ctx, tabela, true);
+    auto indices = ctx.Conexao().Indices(tabela);
+    std::erase_if(indices, [](const TIndice& indice) { return !IgualSemCaixa(indice.nome, kIndice); });
+    guardados.GuardaIndices(indices);
+    guardados.GuardaChave(ctx.dm.Atualiza.ColunasDaChave(tabela));
+    return guardados;
 }
 
-void RefazChaveEIndices(TContexto& ctx, const std::string& tabela, const TChavePrimaria& antes) {
+/// Key and indexes as the dictionary has them; what it has not, or cannot be made so, as it was.
+void Refaz(TContexto& ctx, const std::string& tabela, TIndicesGuardados& guardados) {
     if (!ctx.dm.ExisteTabela(tabela)) return;
-    RefazChave(ctx, tabela, antes);
-    if (!ctx.dm.Atualiza.CriaIndiceSecundarios(tabela)) Relata(ctx, tabela, ctx.dm.Atualiza.Erro());
+    TTB& tb = ctx.dm.Atualiza;
+    const std::string erroDaChave = tb.CriaIndicePrimario(tabela, false) ? "" : tb.Erro();
+    if (!tb.CriaIndiceSecundarios(tabela)) Relata(ctx, tabela, tb.Erro());
+    guardados.Devolve();
+    const bool pedida = !tb.ColunasDaChave(tabela).empty();
+    if (!erroDaChave.empty() && (pedida || !tb.ExisteIndicePrimario(tabela))) Relata(ctx, tabela, erroDaChave);
 }
 
 }  // namespace
 
 void AjustaCodReceber(TContexto& ctx, std::span<const TTextoPorTipo> passos) {
-    const TChavePrimaria deTcrtlchq = ctx.Conexao().ChavePrimaria("TCRTLCHQ");
-    const TChavePrimaria deTchqcanc = ctx.Conexao().ChavePrimaria("TCHQCANC");
+    TIndicesGuardados deTcrtlchq = Guarda(ctx, "TCRTLCHQ"), deTchqcanc = Guarda(ctx, "TCHQCANC");
+    const auto esquece = [&] {
+        deTcrtlchq.Esquece();
+        deTchqcanc.Esquece();
+    };
     try {
         for (const TTextoPorTipo& passo : passos)
             if (const auto comando = passo.Para(ctx.Banco()); !comando.empty()) ctx.Conexao().ExecuteDirect(comando);
+        esquece();
     } catch (...) {
-        RefazChaveEIndices(ctx, "TCRTLCHQ", deTcrtlchq);
-        RefazChaveEIndices(ctx, "TCHQCANC", deTchqcanc);
         RefazIndice(ctx);
+        Refaz(ctx, "TCRTLCHQ", deTcrtlchq);
+        Refaz(ctx, "TCHQCANC", deTchqcanc);
+        esquece();
         throw;
     }
 }

@@ -40,7 +40,7 @@ std::vector<std::string> Pedacos(std::string_view texto) {
 }  // namespace
 
 TIndicesGuardados::TIndicesGuardados(TContexto& ctx, std::string_view tabela, bool retoma)
-    : ctx_(ctx), tabela_(Maiusculas(tabela)) {
+    : ctx_(ctx), nome_(tabela), tabela_(Maiusculas(tabela)) {
     if (retoma && ctx.dm.ExisteTabela("TINI")) Le();
 }
 
@@ -107,7 +107,7 @@ void TIndicesGuardados::Grava() {
 
 bool TIndicesGuardados::ChavePendente() const {
     if (std::ranges::none_of(guardados_, &TGuardado::Chave)) return false;
-    return !Iguais(ctx_.Conexao().ChavePrimaria(tabela_).colunas, ctx_.dm.Atualiza.ColunasDaChave(tabela_));
+    return !Iguais(ctx_.Conexao().ChavePrimaria(tabela_).colunas, ctx_.dm.Atualiza.ColunasDaChave(nome_));
 }
 
 bool TIndicesGuardados::Falta(const TGuardado& guardado) const {
@@ -134,13 +134,20 @@ void TIndicesGuardados::ExigeValores(const std::vector<std::string>& colunas) {
             ctx_.dm.Executa(ComandoExigeValor(tabela_, *coluna, ctx_.Banco()));
 }
 
-/// The next run tries again what was told; of a key that no dictionary tells nothing was.
+/// Whether the dictionary has it, too.
+bool TIndicesGuardados::Pedido(const TGuardado& guardado) const {
+    if (guardado.Chave()) return !ctx_.dm.Atualiza.ColunasDaChave(nome_).empty();
+    return std::ranges::any_of(ctx_.dm.Atualiza.Dicionario().Indices(nome_),
+                               [&](const auto& indice) { return IgualSemCaixa(indice.nome, guardado.nome); });
+}
+
+/// The next run tries again what was told.
 void TIndicesGuardados::Devolve(const TGuardado& guardado) {
     const std::string qual = (guardado.Chave() ? "a chave " : "o índice ") + guardado.nome;
     ExigeValores(guardado.colunas);
     const TResultado devolvido = ctx_.dm.Executa(guardado.comando);
     ctx_.evidencia.Comando({guardado.comando, "", devolvido.Mensagem()});
-    if (devolvido && guardado.Chave() && ctx_.dm.Atualiza.ColunasDaChave(tabela_).empty())
+    if (devolvido && !Pedido(guardado))
         return ctx_.Tela().Memo1("Tabela " + tabela_ + ": " + qual + " voltou como era");
     ctx_.repeteTabela = true;
     const std::string linha = "Tabela " + tabela_ + ": " + qual +

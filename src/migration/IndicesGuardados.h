@@ -16,6 +16,8 @@ class TIndicesGuardados {
     /// `retoma`: an earlier run may have left some.
     TIndicesGuardados(TContexto& ctx, std::string_view tabela, bool retoma);
 
+    const std::string& Tabela() const { return nome_; }
+
     // Before the drop. What is there now counts, not what an earlier run has kept of that name.
     void GuardaIndices(const std::vector<TIndice>& indices);
     /// `pedida`: columns of the key that takes its place. One that comes back just so is not kept.
@@ -40,10 +42,12 @@ class TIndicesGuardados {
     void Guarda(TGuardado guardado);
     void Grava();
     bool Falta(const TGuardado& guardado) const;
+    bool Pedido(const TGuardado& guardado) const;
     void ExigeValores(const std::vector<std::string>& colunas);
     void Devolve(const TGuardado& guardado);
 
     TContexto& ctx_;
+    const std::string nome_;    // as the dictionary writes it
     const std::string tabela_;  // in capitals
     std::vector<TGuardado> guardados_;
     std::size_t pedacos_ = 0;  // rows of TINI that hold them

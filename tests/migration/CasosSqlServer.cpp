@@ -26,6 +26,7 @@ constexpr const char* kTabelas[] = {
     "create table TNULA (CODIGO int, NOME nvarchar(10))",
     "create table TSAIDA_FATURADO (CODIGO int not null, COD_INTERNO nvarchar(20) not null, constraint "
     "PK_TSAIDA_FATURADO primary key (CODIGO, COD_INTERNO))",
+    "create index TSAIDA_A_MAO on TSAIDA_FATURADO (COD_INTERNO)",
     "create table TSAIDA_FATURADO_INDU (CODIGO int not null, COD_INTERNO nvarchar(20) not null)",
     "create table TSAIDA_FATURADO_INDU_PA (CODIGO int not null, COD_INTERNO nvarchar(20) not null)",
     // of the corrections

@@ -224,6 +224,7 @@ TEST(ComandosTSql, EveryKindOfWorkIsAmongThem) {
         "create NONCLUSTERED INDEX",
         "SELECT TOP 1 COD_FUNCION_SAIDA_AUTO_PA",
         "ALTER TABLE TSAIDA_FATURADO ALTER COLUMN COD_INTERNO nvarchar(25) not null",
+        "create index \"TSAIDA_A_MAO\" on TSAIDA_FATURADO (\"COD_INTERNO\")",
     };
     for (const auto trabalho : kTrabalhos)
         EXPECT_TRUE(std::ranges::any_of(Comandos(), [&](const auto& c) { return Contem(c, trabalho); })) << trabalho;

@@ -157,6 +157,14 @@ TEST_F(CorrecoesTest, AnAdjustmentThatEndsEarlyLeavesKeyAndIndexesInPlace) {
     QuerysPosteriores(ctx_);
     EXPECT_EQ(Junta(dm_.SQLConnection1.ChavePrimaria("TCRTLCHQ").colunas, ","), "COD_EMPRESA,COD_RELACIONA,AUT_");
     EXPECT_TRUE(tela_.memo2.empty()) << "no dictionary tells of the key";
+
+    ExecutaTudo({"delete from TINI where CHAVE = 'AjustaCodReceber'",
+                 "insert into SATRIB (ARQUIVO, SEQUENCIA, NOME, TIPO, CHAVE_DE_PESQUISA) values ('TCRTLCHQ', 1, 'SEM',"
+                 " 'ftInteger', 1)"});
+    QuerysPosteriores(ctx_);
+    EXPECT_EQ(Junta(dm_.SQLConnection1.ChavePrimaria("TCRTLCHQ").colunas, ","), "COD_EMPRESA,COD_RELACIONA,AUT_");
+    EXPECT_TRUE(TTelaDeTeste::Contem(tela_.memo2, "não pôde ser feita como pede o pacote e voltou como era"));
+    EXPECT_EQ(Linhas("select count(*) from TINI where SESSAO = 'VoltaComoEra'"), "0");
 }
 
 TEST_F(CorrecoesTest, WithoutTheirTablesEveryCorrectionFailsButTheDictionaryOnesAndAllAreRecorded) {
