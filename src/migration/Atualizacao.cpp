@@ -26,6 +26,15 @@
 
 namespace wkd {
 
+namespace {
+
+bool DosIndices(const std::filesystem::path& arquivo) {
+    const std::string tabela = Maiusculas(arquivo.stem().string());
+    return tabela == "SINDSEC" || tabela == "SINDSECA";
+}
+
+}  // namespace
+
 TAtualizacao::TAtualizacao(TDataModulo& dm, const TOpcoes& opcoes, TEstado& estado) : ctx_{dm, opcoes, estado, {}, {}} {
     dm.Atualiza.SetPastaComandos(opcoes.pastaCorrente);
 }
@@ -126,7 +135,8 @@ void TAtualizacao::AtualizaTabelas() {
     IBarra& barra = ctx_.Tela().PbGeral();
     barra.Define(0, static_cast<int>(tabelas.RecordCount()), 10, 0);
     TMarcasDeAnalise marcas(ctx_);
-    const auto dicionario = ctx_.dm.Atualiza.Dicionario().Lembra();
+    auto dicionario = ctx_.dm.Atualiza.Dicionario().Lembra();
+    ctx_.indicesAdiados = std::ranges::any_of(adiados_, DosIndices);
     const auto protege = [this](auto&& marca) {
         try {
             marca();
@@ -140,10 +150,19 @@ void TAtualizacao::AtualizaTabelas() {
         barra.Posicao(barra.Posicao() + 1);
     }
     protege([&] { marcas.Conclui(); });
+    dicionario.reset();
     Passo("AtualizaSistema", [this] { RecarregaAdiados(ctx_.dm, adiados_); });
+    if (!ctx_.semIndices.empty()) Passo("Índices", [this] { CompletaIndices(); });
     ctx_.Tela().Memo1("Finalizada as atualizações das tabelas em: " + FormataDataHora(Agora(), "dd/mm hh:mm"));
     barra.Posicao(0);
     ctx_.Tela().LblGeral("Parado.");
+}
+
+/// Of the tables whose turn came before their indexes were in the dictionary.
+void TAtualizacao::CompletaIndices() {
+    TMarcasDeAnalise marcas(ctx_);
+    for (const auto& [tabela, falhou] : ctx_.semIndices) RefazIndices(ctx_, marcas, tabela, falhou);
+    marcas.Conclui();
 }
 
 /// Those of the package that the database has.

@@ -32,6 +32,7 @@ class TAtualizacao {
     bool LiberadaPelosUsuarios();
     void ValidaNulos();
     void AtualizaTabelas();
+    void CompletaIndices();
     std::vector<std::string> TabelasExistentes();
     void TabelaAtual(class TMarcasDeAnalise& marcas);
     void RelatoriosEArquivos(const TPastaDeTrabalho& pasta);

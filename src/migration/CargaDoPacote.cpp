@@ -1,5 +1,9 @@
 #include "CargaDoPacote.h"
 
+#include <map>
+#include <set>
+#include <utility>
+
 #include "DicionarioDoPacote.h"
 #include "Selecao.h"
 #include "Texto.h"
@@ -16,6 +20,52 @@ std::vector<std::string> Extrai(TContexto& ctx, const TPastaDeTrabalho& pasta) {
     } fim{ctx.dm};
     return ExtraiPacote(ctx.opcoes.pacote, pasta.Caminho(),
                         [&ctx](int percentual) { ctx.dm.UnzipTotalPercentDone(percentual); });
+}
+
+using TGrafias = std::map<std::string, std::string>;  // by the name in capitals
+
+/// A table that the package writes in two ways would have each take the other's turn, in every run: the first one
+/// holds. Returns the names of such tables.
+TGrafias UnificaTabelas(TContexto& ctx, TTabelaEmMemoria& tabelas) {
+    const auto campo = [&](std::string_view nome) {
+        return static_cast<std::size_t>(IndiceDoCampo(tabelas.campos, nome));
+    };
+    const std::size_t nome = campo("NOME_ARQUIVO"), modulo = campo("COD_MODULO");
+    TGrafias primeiras, repetidas;
+    std::set<std::pair<std::string, std::string>> vistas;
+    std::vector<TLinha> linhas;
+    for (TLinha& linha : tabelas.linhas) {
+        const std::string escrita(Apara(linha[nome].ComoTexto())), chave = Maiusculas(escrita);
+        const std::string& vale = primeiras.emplace(chave, escrita).first->second;
+        const bool outra = escrita != vale;
+        if (outra && repetidas.emplace(chave, vale).second) {
+            const std::string aviso = "o pacote escreve a tabela também " + escrita + "; vale " + vale;
+            ctx.Tela().Memo2("Tabela " + vale + ": " + aviso);
+            ctx.Tela().SetLog(aviso, vale, "Carregar o pacote");
+        }
+        if (outra) linha[nome] = vale;
+        if (vistas.emplace(ChaveDeNome(linha[modulo].ComoTexto()), chave).second || !outra)
+            linhas.push_back(std::move(linha));
+    }
+    tabelas.linhas = std::move(linhas);
+    return repetidas;
+}
+
+/// Their columns, each once.
+void UnificaColunas(TTabelaEmMemoria& colunas, const TGrafias& grafias) {
+    const auto arquivo = static_cast<std::size_t>(IndiceDoCampo(colunas.campos, "ARQUIVO"));
+    const auto nome = static_cast<std::size_t>(IndiceDoCampo(colunas.campos, "NOME"));
+    std::set<std::pair<std::string, std::string>> vistas;
+    std::vector<TLinha> linhas;
+    for (TLinha& linha : colunas.linhas) {
+        const auto vale = grafias.find(ChaveDeNome(Apara(linha[arquivo].ComoTexto())));
+        const bool repete =
+            vale != grafias.end() && !vistas.emplace(vale->first, ChaveDeNome(Apara(linha[nome].ComoTexto()))).second;
+        if (repete) continue;
+        if (vale != grafias.end()) linha[arquivo] = vale->second;
+        linhas.push_back(std::move(linha));
+    }
+    colunas.linhas = std::move(linhas);
 }
 
 }  // namespace
@@ -54,8 +104,12 @@ void CarregaDicionarios(TContexto& ctx, const TPastaDeTrabalho& pasta) {
     dm.SatribVelho.Close();
     dm.SArquivoNovo.Close();
     dm.SatribNovo.Close();
-    dm.SArquivoNovo.Carrega(LeSarquivo(pasta.Arquivo(kSarquivo)).Tabela());
-    dm.SatribNovo.Carrega(LeSatrib(pasta.Arquivo(kSatrib)).Tabela());
+    auto tabelas = LeSarquivo(pasta.Arquivo(kSarquivo)).Tabela();
+    auto colunas = LeSatrib(pasta.Arquivo(kSatrib)).Tabela();
+    const TGrafias grafias = UnificaTabelas(ctx, tabelas);
+    if (!grafias.empty()) UnificaColunas(colunas, grafias);
+    dm.SArquivoNovo.Carrega(std::move(tabelas));
+    dm.SatribNovo.Carrega(std::move(colunas));
 }
 
 /// That of an open rebuild is not known any more: any version ends it.
@@ -78,7 +132,8 @@ void DesconsideraVersoesNegativas(TContexto& ctx) {
 /// The filter is in force before the first use of the package's tables, so that all steps see the selected ones.
 void Seleciona(TContexto& ctx) {
     TClientDataSet& tabelas = ctx.dm.SArquivoNovo;
-    tabelas.SetFilter(ctx.opcoes.tabelasSelecionadas ? FiltroDeTabelas(ctx.opcoes.tabelas) : std::string());
+    tabelas.SetFilter(ctx.opcoes.tabelasSelecionadas ? FiltroDeTabelas(NomesListados(ctx.opcoes.tabelas))
+                                                     : std::string());
     tabelas.SetFiltered(ctx.opcoes.tabelasSelecionadas);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <set>
 #include <string>
 #include <string_view>
@@ -29,6 +30,9 @@ struct TContexto {
     TEvidencia evidencia = {};
     std::set<std::string> desatualizadas = {};  // tables whose rows in SatribVelho statements have replaced
     TReconstrucoesAbertas abertas = {};         // as the run found them, and as its rebuilds change them
+
+    bool indicesAdiados = false;                  // the package's SINDSEC or SINDSECA is loaded behind the tables alone
+    std::map<std::string, bool> semIndices = {};  // tables that wait for it, and whether something of them failed
 
     ITela& Tela() { return dm.Tela(); }
     TConnection& Conexao() { return dm.SQLConnection1; }

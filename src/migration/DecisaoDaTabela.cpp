@@ -5,6 +5,7 @@
 
 #include "EstadoDaReconstrucao.h"
 #include "Impedimento.h"
+#include "Selecao.h"
 #include "TBComandos.h"
 #include "Texto.h"
 
@@ -75,7 +76,8 @@ class TDecide {
     bool Analisa() const {
         const TOpcoes& opcoes = ctx_.opcoes;
         return VersaoDifere() || opcoes.completo || opcoes.todas ||
-               (opcoes.tabelasSelecionadas && !opcoes.tabelas.empty()) || marcas_.Marcada(tabela_) || Aberta();
+               (opcoes.tabelasSelecionadas && !NomesListados(opcoes.tabelas).empty()) || marcas_.Marcada(tabela_) ||
+               Aberta();
     }
     bool Pedida() const {
         const TOpcoes& opcoes = ctx_.opcoes;

@@ -67,7 +67,8 @@ bool EncerraReconstrucao(TContexto& ctx, const std::string& tabela) {
     const TClientDataSet& novo = ctx.dm.SArquivoNovo;
     TClientDataSet& velho = ctx.dm.SarquivoVelho;
     if (velho.IsEmpty() || ctx.dm.SatribNovo.IsEmpty()) return false;
-    if (novo.Inteiro("versao") == velho.Inteiro("versao")) return false;
+    const bool deOutraLinha = velho.Inteiro("versao") != kVersaoPendente && ctx.abertas.contains(ChaveDeNome(tabela));
+    if (novo.Inteiro("versao") == velho.Inteiro("versao") && !deOutraLinha) return false;
     return GravaFim(ctx, tabela, [&](TClientDataSet& linha) {
         CopiaCampos(novo, linha);
         if (linha.Texto("nome_arquivo").empty()) ctx.Tela().Informacao("1");

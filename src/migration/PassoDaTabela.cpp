@@ -12,6 +12,44 @@
 
 namespace wkd {
 
+namespace {
+
+/// Those of the dictionary, which come back with the new one, and those that were of an older one; indexes that
+/// somebody else made stay.
+void ApagaIndices(TContexto& ctx, const std::string& tabela, const TMarcasDeAnalise& marcas,
+                  TIndicesGuardados& guardados) {
+    TTB& tb = ctx.dm.Atualiza;
+    try {
+        const auto indices = tb.IndicesDoDicionario(tabela, marcas.Retirados(tabela));
+        auto diferentes = indices;
+        std::erase_if(diferentes, [&](const TIndice& indice) { return !tb.MudaNoDicionario(tabela, indice); });
+        guardados.GuardaIndices(diferentes);
+        tb.ApagaIndices(tabela, indices);
+    } catch (const TErroBanco& erro) {
+        ctx.repeteTabela = true;
+        ctx.Tela().SetLog("Apagar Índices", tabela, erro.what());
+    }
+    ctx.dm.Commit("Apagando indices: " + tabela);
+}
+
+}  // namespace
+
+void RefazIndices(TContexto& ctx, TMarcasDeAnalise& marcas, const std::string& tabela, bool falhou) {
+    TIndicesGuardados guardados(ctx, tabela, true);
+    ctx.repeteTabela = falhou;
+    ApagaIndices(ctx, tabela, marcas, guardados);
+    if (!ctx.dm.Atualiza.CriaIndiceSecundarios(tabela)) {
+        ctx.repeteTabela = true;
+        ctx.Tela().Memo1("Erro criando indices secundários do arquivo :" + tabela + " " + ctx.dm.Atualiza.Erro());
+        ctx.Tela().SetLog(ctx.dm.Atualiza.Erro(), tabela, "Criando indice secundário");
+    }
+    guardados.Devolve();
+    if (ctx.repeteTabela) return;
+    guardados.Esquece();
+    marcas.EsqueceRetirados(tabela);
+    marcas.Desmarca(tabela);
+}
+
 TPassoDaTabela::TPassoDaTabela(TContexto& ctx, TMarcasDeAnalise& marcas) : ctx_(ctx), marcas_(marcas) {}
 
 void TPassoDaTabela::Executa() {
@@ -42,7 +80,10 @@ void TPassoDaTabela::Executa() {
 /// What failed is found again by the next run, which analyses a marked table whatever its version.
 void TPassoDaTabela::Encerra(TIndicesGuardados& guardados) {
     const bool inacabada = Reconstroi() && ctx_.estado.falhouApagar;
-    if (ctx_.repeteTabela || inacabada) return marcas_.Marca(tabela_);
+    const bool tocada = decisao_.analisada || decisao_.acao == TAcaoDaTabela::Cria;
+    const bool espera = ctx_.indicesAdiados && tocada && TemColunas() && ctx_.dm.ExisteTabela(tabela_) && !inacabada;
+    if (espera) ctx_.semIndices[tabela_] = ctx_.repeteTabela;
+    if (ctx_.repeteTabela || inacabada || espera) return marcas_.Marca(tabela_);
     guardados.Esquece();
     if (decisao_.analisada && TemColunas()) marcas_.EsqueceRetirados(tabela_);
     marcas_.Desmarca(tabela_);
@@ -55,7 +96,7 @@ void TPassoDaTabela::TabelaExistente(TIndicesGuardados& guardados) {
 
     ctx_.Tela().Memo1("Atualizou o arquivo: " + tabela_);
     marcas_.Marca(tabela_);
-    if (TemColunas()) ApagaIndices(guardados);
+    if (TemColunas()) ApagaIndices(ctx_, tabela_, marcas_, guardados);
     CopiaColunasParaODicionario();
 }
 
@@ -67,23 +108,6 @@ void TPassoDaTabela::IncluiNoSArquivo() {
     if (velho.Texto("nome_arquivo").empty()) ctx_.Tela().Informacao("2");
     velho.Post();
     AplicaEmTransacao(velho);
-}
-
-/// Those of the dictionary, which come back with the new one, and those that were of an older one; indexes that
-/// somebody else made stay.
-void TPassoDaTabela::ApagaIndices(TIndicesGuardados& guardados) {
-    TTB& tb = ctx_.dm.Atualiza;
-    try {
-        const auto indices = tb.IndicesDoDicionario(tabela_, marcas_.Retirados(tabela_));
-        auto diferentes = indices;
-        std::erase_if(diferentes, [&](const TIndice& indice) { return !tb.MudaNoDicionario(tabela_, indice); });
-        guardados.GuardaIndices(diferentes);
-        tb.ApagaIndices(tabela_, indices);
-    } catch (const TErroBanco& erro) {
-        ctx_.repeteTabela = true;
-        ctx_.Tela().SetLog("Apagar Índices", tabela_, erro.what());
-    }
-    ctx_.dm.Commit("Apagando indices: " + tabela_);
 }
 
 void TPassoDaTabela::CopiaColunasParaODicionario() {
@@ -146,28 +170,25 @@ void TPassoDaTabela::ExecutaPendentes() {
     }
 }
 
-/// Without a stored row one is made; its version stays open while the last rebuild could not drop its table.
+/// Without a stored row one is made; its version stays open while the last rebuild could not drop its table. What a
+/// rebuild could not record is recorded just so.
 void TPassoDaTabela::GravaVersao() {
     TClientDataSet& velho = ctx_.dm.SarquivoVelho;
     const TClientDataSet& novo = ctx_.dm.SArquivoNovo;
     if (velho.IsEmpty()) IncluiNoSArquivo();
     if (ctx_.estado.falhouApagar) return;
-
-    const auto preenche = [&novo](TClientDataSet& linha) {
-        linha.SetValor("Versao", novo.Inteiro("versao"));
-        const auto comum = [&](std::string_view campo) {
-            return novo.IndiceDoCampo(campo) >= 0 && linha.IndiceDoCampo(campo) >= 0;
-        };
-        for (const std::string_view campo : {"arquivo_pai", "descricao_tabela"})
-            if (comum(campo)) linha.SetValor(campo, novo.Valor(campo));
-        if (comum("pesquisa_avancada")) linha.SetValor("pesquisa_avancada", novo.Inteiro("pesquisa_avancada"));
-    };
     if (Reconstroi() && ctx_.abertas.contains(ChaveDeNome(tabela_))) {
-        GravaFim(ctx_, Maiusculas(tabela_), preenche);
+        EncerraReconstrucao(ctx_, Maiusculas(tabela_));
         return;
     }
+    const auto comum = [&](std::string_view campo) {
+        return novo.IndiceDoCampo(campo) >= 0 && velho.IndiceDoCampo(campo) >= 0;
+    };
     velho.Edit();
-    preenche(velho);
+    velho.SetValor("Versao", novo.Inteiro("versao"));
+    for (const std::string_view campo : {"arquivo_pai", "descricao_tabela"})
+        if (comum(campo)) velho.SetValor(campo, novo.Valor(campo));
+    if (comum("pesquisa_avancada")) velho.SetValor("pesquisa_avancada", novo.Inteiro("pesquisa_avancada"));
     velho.Post();
     AplicaEmTransacao(velho);
 }

@@ -21,7 +21,6 @@ class TPassoDaTabela {
     bool TemColunas() const { return !ctx_.dm.SatribNovo.IsEmpty(); }
     void TabelaExistente(TIndicesGuardados& guardados);
     void IncluiNoSArquivo();
-    void ApagaIndices(TIndicesGuardados& guardados);
     void CopiaColunasParaODicionario();
     void CopiaColunaParaODicionario();
     void TabelaNova();
@@ -36,5 +35,9 @@ class TPassoDaTabela {
     std::string tabela_;
     TDecisaoDaTabela decisao_;
 };
+
+/// Makes the table's secondary indexes anew as SINDSEC has them by now, and takes its mark away unless something of it
+/// failed, here or before.
+void RefazIndices(TContexto& ctx, TMarcasDeAnalise& marcas, const std::string& tabela, bool falhou);
 
 }  // namespace wkd

@@ -4,6 +4,13 @@
 
 namespace wkd {
 
+std::vector<std::string> NomesListados(const std::vector<std::string>& linhas) {
+    std::vector<std::string> nomes;
+    for (const auto& linha : linhas)
+        if (const auto nome = Apara(linha); !nome.empty()) nomes.emplace_back(nome);
+    return nomes;
+}
+
 std::string FiltroDeTabelas(const std::vector<std::string>& tabelas) {
     if (tabelas.empty()) return {};
     const auto compara = [](const std::string& tabela) { return "Upper(nome_arquivo) = " + Aspas(Maiusculas(tabela)); };
