@@ -42,11 +42,22 @@ THBNConnection::TDadosConexao THBNConnection::RetornaDadosConexao() const {
             aliases_.INILeString(alias_, "DataBase")};
 }
 
+std::unique_ptr<TConnection> THBNConnection::Outra() const { return fabrica_(tipoBanco_, parametros_); }
+
+std::optional<std::filesystem::path> THBNConnection::ArquivoLocal() const {
+    std::error_code erro;
+    if (StrToTipoBanco(tipoBanco_) != TTipoBanco::tbInterbase || !RetornaDadosConexao().hostname.empty()) return {};
+    auto arquivo = std::filesystem::canonical(parametros_.Valor("Database"), erro);
+    return erro ? std::nullopt : std::optional(std::move(arquivo));
+}
+
 void THBNConnection::Open() {
     Close();
     if (aliasTrocado_) {  // otherwise the same driver object goes on, and with it the commands prepared on it
-        driver_ = fabrica_(tipoBanco_, parametros_);
-        driver_->Observa(observador_);
+        std::shared_ptr<TConnection> novo = fabrica_(tipoBanco_, parametros_);
+        novo->Observa(observador_);
+        const std::lock_guard trava(guarda_);
+        driver_.swap(novo);
         aliasTrocado_ = false;
     }
     driver_->Open();
@@ -88,6 +99,32 @@ std::optional<std::uintmax_t> THBNConnection::EspacoLivre() { return Driver().Es
 
 std::unique_ptr<TReserva> THBNConnection::Reserva(std::string_view tabela) { return Driver().Reserva(tabela); }
 
+bool THBNConnection::Trava(std::string_view anuncio) { return Driver().Trava(anuncio); }
+void THBNConnection::Anuncia(std::string_view anuncio) { Driver().Anuncia(anuncio); }
+std::optional<std::string> THBNConnection::QuemTrava() { return Driver().QuemTrava(); }
+
+bool THBNConnection::Perdida() const { return driver_ && driver_->Perdida(); }
+
+std::chrono::milliseconds THBNConnection::Espera() const {
+    const auto driver = DriverDeOutraThread();
+    return driver ? driver->Espera() : std::chrono::milliseconds();
+}
+
+void THBNConnection::Cancela() noexcept {
+    if (const auto driver = DriverDeOutraThread()) driver->Cancela();
+}
+
+std::string THBNConnection::Numero() const {
+    const auto driver = DriverDeOutraThread();
+    return driver ? driver->Numero() : "";
+}
+
+bool THBNConnection::Trabalha(std::string_view numero) { return Driver().Trabalha(numero); }
+
+void THBNConnection::Derruba(std::string_view numero) noexcept {
+    if (driver_) driver_->Derruba(numero);
+}
+
 void THBNConnection::ExecuteDirect(std::string_view sql) {
     const bool temCommit = Minusculas(sql).find("commit") != std::string::npos;
     if (TipoBanco() == TTipoBanco::tbInterbase && temCommit) return;
@@ -121,6 +158,11 @@ void THBNConnection::SAtrbi(std::string_view tabela, TClientDataSet& alvo) {
 }
 
 void THBNConnection::AtualizaSAtrib() { satrib_.Carrega(*this); }
+
+std::shared_ptr<TConnection> THBNConnection::DriverDeOutraThread() const {
+    const std::lock_guard trava(guarda_);
+    return driver_;
+}
 
 TConnection& THBNConnection::Driver() const {
     if (driver_) return *driver_;

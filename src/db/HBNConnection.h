@@ -2,6 +2,8 @@
 
 #include <filesystem>
 #include <memory>
+#include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -31,6 +33,11 @@ class THBNConnection : public TConnection {
     std::string GetIniPath() const { return aliases_.Caminho().string(); }
     const TParametrosConexao& Parametros() const { return parametros_; }
 
+    /// A further connection to the alias's database, not opened.
+    std::unique_ptr<TConnection> Outra() const;
+    /// The alias's database file, when the embedded engine is to open it.
+    std::optional<std::filesystem::path> ArquivoLocal() const;
+
     struct TDadosConexao {
         std::string hostname, path, database;
         /// Host, ":", path, "\" and database; no ":" without host, no second separator when the path ends with one.
@@ -59,6 +66,15 @@ class THBNConnection : public TConnection {
     void MarcaPonto(std::string_view nome) override;
     void VoltaAoPonto(std::string_view nome) override;
     std::unique_ptr<TReserva> Reserva(std::string_view tabela) override;
+    bool Trava(std::string_view anuncio) override;
+    void Anuncia(std::string_view anuncio) override;
+    std::optional<std::string> QuemTrava() override;
+    bool Perdida() const override;
+    std::chrono::milliseconds Espera() const override;
+    void Cancela() noexcept override;
+    std::string Numero() const override;
+    bool Trabalha(std::string_view numero) override;
+    void Derruba(std::string_view numero) noexcept override;
     std::optional<std::uintmax_t> EspacoLivre() override;
     /// On Firebird a text that contains "commit" runs nothing: transactions are managed here.
     void ExecuteDirect(std::string_view sql) override;
@@ -82,6 +98,7 @@ class THBNConnection : public TConnection {
 
   private:
     TConnection& Driver() const;
+    std::shared_ptr<TConnection> DriverDeOutraThread() const;
     std::vector<std::string> TabelasDoUsuarioOracle();
 
     TAliases aliases_;
@@ -91,7 +108,8 @@ class THBNConnection : public TConnection {
     TParametrosConexao parametros_;
     bool aliasTrocado_ = true;
     int aberturas_ = 0;
-    std::unique_ptr<TConnection> driver_;
+    mutable std::mutex guarda_;  // what other threads ask of the driver, while another alias's replaces it
+    std::shared_ptr<TConnection> driver_;
     TObservador observador_;
     TCacheSatrib satrib_;
 };

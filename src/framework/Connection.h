@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -76,6 +77,31 @@ class TConnection {
     /// Keeps every writer, this connection too, out of a table. TErroBanco (EmUso) when one is at work for longer than
     /// 10 s. Null where the driver has no such means.
     virtual std::unique_ptr<TReserva> Reserva(std::string_view /*tabela*/) { return nullptr; }
+
+    // One update a database
+    /// Takes the lock under which one update at a time works on the database, and announces who has it; gone when this
+    /// connection ends, however it ends. False while another connection has it. Here without lock.
+    virtual bool Trava(std::string_view /*anuncio*/) { return true; }
+    /// Of the holder: announces anew. A server that answers nothing else answers this.
+    virtual void Anuncia(std::string_view /*anuncio*/) {}
+    /// What the holder of the lock announced and what the server knows of him; nothing when nobody else has it, or when
+    /// this user is not shown it.
+    virtual std::optional<std::string> QuemTrava() { return std::nullopt; }
+
+    // Loss and silence
+    /// Whether it was open and is lost: whatever it is asked fails until Open() makes another.
+    virtual bool Perdida() const { return false; }
+    /// How long the call under way has been waiting for the server; 0 without one. Of any thread, as Cancela().
+    virtual std::chrono::milliseconds Espera() const { return {}; }
+    /// Gives the call under way up: it fails, and the connection is lost. For a server that does not answer.
+    virtual void Cancela() noexcept {}
+    /// Number of the connection on its server, the last one of a lost connection; empty where there is none.
+    virtual std::string Numero() const { return {}; }
+    /// Whether the server has been at work, since it was last asked here, for its connection of that number.
+    virtual bool Trabalha(std::string_view /*numero*/) { return false; }
+    /// Ends, on the server, a lost connection of this program, so that nothing it was sent is done later on. What
+    /// fails is left to the server.
+    virtual void Derruba(std::string_view /*numero*/) noexcept {}
 
     /// Bytes that the disk of the database has left; nothing where that cannot be seen from here.
     virtual std::optional<std::uintmax_t> EspacoLivre() { return std::nullopt; }

@@ -33,6 +33,8 @@ class ITela {
     /// Busy indicator; `percentual` below 0 shows none.
     virtual void MostraOcupado(std::string_view texto, int percentual) = 0;
     virtual void EscondeOcupado() = 0;
+    /// Beside the progress while the server does not answer; empty when it does again. Called by another thread.
+    virtual void SemResposta(std::string_view /*texto*/) {}
     /// The folder that the package's files are read from.
     virtual void PastaDoPacote(const std::filesystem::path& /*pasta*/) {}
     /// Serves pending window messages.

@@ -135,5 +135,25 @@ TEST_P(ContratoDriver, AFailedStatementLeavesItsTransactionToTheCallerAndItsOwnR
     EXPECT_EQ(Linhas("select A from T order by A"), "1,2");
 }
 
+TEST_P(ContratoDriver, OneConnectionHasTheLockAndTheOthersSeeWhoAndTheLockGoesWithIt) {
+    if (!Completo()) GTEST_SKIP() << "a server without locks of its own";
+    auto dela = banco_->Outra();
+    auto outra = banco_->Outra();
+    EXPECT_FALSE(outra->QuemTrava());
+    ASSERT_TRUE(dela->Trava("eu em casa"));
+    EXPECT_FALSE(outra->Trava("ela"));
+    ASSERT_TRUE(outra->QuemTrava());
+    EXPECT_NE(outra->QuemTrava()->find("eu em casa"), std::string::npos) << *outra->QuemTrava();
+    dela->Anuncia("eu em TCLI_CON");
+    EXPECT_NE(outra->QuemTrava()->find("TCLI_CON"), std::string::npos) << *outra->QuemTrava();
+    Executa("create table T (A integer)");  // nobody's statements wait for it
+    Executa("drop table T");
+    dela->Close();
+    EXPECT_TRUE(outra->Trava("ela"));
+    dela->Open();
+    EXPECT_FALSE(dela->Trava("eu em casa"));
+    EXPECT_NE(dela->QuemTrava()->find("ela"), std::string::npos);
+}
+
 }  // namespace
 }  // namespace wkd

@@ -14,6 +14,7 @@ namespace wkd {
 namespace {
 
 using TModo = TTransacaoFirebird::TModo;
+using TChamada = TRelogioDeEspera::TChamada;
 
 /// A blob of at most so many bytes goes along with its row; all parameters together have 64 KB.
 constexpr std::size_t kBlobCurto = 1024;
@@ -52,6 +53,7 @@ int NumeroDaInformacao(const char* p) {
 TInstrucaoFirebird::TInstrucaoFirebird(TSessaoFirebird& sessao, TTransacaoFirebird& transacao, const std::string& texto,
                                        std::string_view comando)
     : geracao_(sessao.Geracao()) {
+    const TChamada chamada(sessao.Relogio());
     Aloca(sessao, comando);
     TEstadoFirebird estado;
     isc_dsql_prepare(estado, transacao.Handle(), &handle_, 0, texto.c_str(), SQL_DIALECT_V6, colunas_.Da());
@@ -102,6 +104,7 @@ void TComandoFirebird::Prepara() {
 }
 
 void TComandoFirebird::DescreveParametros() {
+    const TChamada chamada(sessao_->Relogio());
     TEstadoFirebird estado;
     do {
         isc_dsql_describe_bind(estado, instrucao_->Handle(), SQLDA_VERSION1, entrada_.Da());
@@ -117,6 +120,7 @@ void TComandoFirebird::DescreveParametros() {
 }
 
 TComandoFirebird::TEspecie TComandoFirebird::PerguntaEspecie() {
+    const TChamada chamada(sessao_->Relogio());
     TEstadoFirebird estado;
     char item = isc_info_sql_stmt_type;
     char resposta[16];
@@ -199,6 +203,7 @@ void TComandoFirebird::Abre() {
 void TComandoFirebird::Roda(TTransacaoFirebird& transacao, XSQLDA* saida) {
     Codifica(transacao);
     sessao_->Observa(sql_);
+    const TChamada chamada(sessao_->Relogio());
     TEstadoFirebird estado;
     if (saida)
         isc_dsql_execute2(estado, transacao.Handle(), instrucao_->Handle(), SQLDA_VERSION1, entrada_.Da(), saida);
@@ -214,7 +219,10 @@ bool TComandoFirebird::Proximo() {
         return true;
     }
     TEstadoFirebird estado;
-    const auto codigo = isc_dsql_fetch(estado, instrucao_->Handle(), SQLDA_VERSION1, instrucao_->Colunas().Da());
+    const auto codigo = [&] {
+        const TChamada chamada(sessao_->Relogio());
+        return isc_dsql_fetch(estado, instrucao_->Handle(), SQLDA_VERSION1, instrucao_->Colunas().Da());
+    }();
     if (codigo == 0) return true;
     Fecha();
     if (codigo != 100) throw sessao_->Erro(estado, sql_);
@@ -223,6 +231,7 @@ bool TComandoFirebird::Proximo() {
 
 void TComandoFirebird::Fecha() noexcept {
     if (cursor_ == TCursor::Aberto && instrucao_) {
+        const TChamada chamada(sessao_->Relogio());
         TEstadoFirebird estado;
         isc_dsql_free_statement(estado, instrucao_->Handle(), DSQL_close);
     }
@@ -295,6 +304,7 @@ void TComandoFirebird::GravaIdDeBlob(std::size_t posicao, const ISC_QUAD& id) {
 std::int64_t TComandoFirebird::LinhasTocadas() {
     if (especie_ == TEspecie::Insercao) return 1;  // saves a question, over the network a round trip
     if (especie_ == TEspecie::Consulta || especie_ == TEspecie::Definicao) return 0;
+    const TChamada chamada(sessao_->Relogio());
     TEstadoFirebird estado;
     char item = isc_info_sql_records;
     char resposta[64] = {};

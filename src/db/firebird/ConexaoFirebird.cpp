@@ -7,6 +7,7 @@
 #include "ErroFirebird.h"
 #include "MetadadosFirebird.h"
 #include "Texto.h"
+#include "TravaFirebird.h"
 
 namespace wkd {
 namespace {
@@ -28,7 +29,8 @@ class TConexaoFirebird : public TConnection {
     explicit TConexaoFirebird(const TParametrosConexao& parametros)
         : conjunto_(parametros.Valor("CharacterSet")),
           sessao_(std::make_shared<TSessaoFirebird>(parametros)),
-          metadados_(sessao_) {}
+          metadados_(sessao_),
+          trava_(sessao_) {}
     ~TConexaoFirebird() override { Close(); }
 
     void Open() override {
@@ -62,6 +64,35 @@ class TConexaoFirebird : public TConnection {
 
     std::unique_ptr<TReserva> Reserva(std::string_view tabela) override {
         return std::make_unique<TReservaFirebird>(sessao_, metadados_.NomeExato(tabela));
+    }
+
+    bool Trava(std::string_view anuncio) override { return trava_.Toma(anuncio); }
+    void Anuncia(std::string_view anuncio) override { trava_.Anuncia(anuncio); }
+    std::optional<std::string> QuemTrava() override { return trava_.Quem(); }
+
+    bool Perdida() const override { return sessao_->Perdida(); }
+    std::chrono::milliseconds Espera() const override { return sessao_->Relogio().Espera(); }
+    void Cancela() noexcept override { sessao_->Cancela(); }
+    std::string Numero() const override { return sessao_->Numero() ? std::to_string(sessao_->Numero()) : ""; }
+
+    /// While an index is made at its commit no statement is active, but pages are read and written.
+    bool Trabalha(std::string_view numero) override {
+        TComandoFirebird comando(sessao_,
+                                 "select a.mon$state, s.mon$page_fetches + s.mon$page_reads + s.mon$page_writes"
+                                 " from mon$attachments a join mon$io_stats s on s.mon$stat_id = a.mon$stat_id"
+                                 " where a.mon$attachment_id = " +
+                                     std::string(numero));
+        comando.Abre();
+        if (!comando.Proximo()) return false;
+        const auto antes = std::exchange(paginas_, comando.Valor(1).ComoInteiro());
+        return comando.Valor(0).ComoInteiro() == 1 || (antes && paginas_ != antes);
+    }
+
+    void Derruba(std::string_view numero) noexcept override {
+        try {
+            ExecuteDirect("delete from mon$attachments where mon$attachment_id = " + std::string(numero));
+        } catch (const std::exception&) {  // the user may not, or it is gone
+        }
     }
 
     /// The embedded engine's file is on this machine.
@@ -105,6 +136,7 @@ class TConexaoFirebird : public TConnection {
     void Executa(TTransacaoFirebird& transacao, std::string_view sql) {
         sessao_->Observa(sql);
         TInstrucaoFirebird instrucao(*sessao_, transacao, sessao_->TextoSql(sql), sql);
+        const TRelogioDeEspera::TChamada chamada(sessao_->Relogio());
         TEstadoFirebird estado;
         isc_dsql_execute(estado, transacao.Handle(), instrucao.Handle(), SQLDA_VERSION1, nullptr);
         sessao_->Confere(estado, sql);
@@ -113,6 +145,8 @@ class TConexaoFirebird : public TConnection {
     std::string conjunto_;
     std::shared_ptr<TSessaoFirebird> sessao_;
     TMetadadosFirebird metadados_;
+    TTravaFirebird trava_;
+    std::optional<std::int64_t> paginas_;  // that the connection asked about had used
 };
 
 std::string BlocoDeCriacao(const TParametrosConexao& parametros, int tamanhoPagina) {

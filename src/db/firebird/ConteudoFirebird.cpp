@@ -16,11 +16,14 @@ namespace {
 constexpr std::size_t kSegmento = 32 * 1024;
 constexpr std::string_view kLeitura = "leitura de um blob";
 
+using TChamada = TRelogioDeEspera::TChamada;
+
 /// Open blob of a transaction; one that was being written is gone unless Fecha() was called.
 class TBlobAberto {
   public:
     explicit TBlobAberto(TSessaoFirebird& sessao) : sessao_(sessao) {}
     ~TBlobAberto() {
+        const TChamada chamada(sessao_.Relogio());
         TEstadoFirebird estado;
         if (handle_ != 0) isc_cancel_blob(estado, &handle_);
     }
@@ -28,6 +31,7 @@ class TBlobAberto {
     TBlobAberto& operator=(const TBlobAberto&) = delete;
 
     void Abre(TTransacaoFirebird& transacao, ISC_QUAD id) {
+        const TChamada chamada(sessao_.Relogio());
         TEstadoFirebird estado;
         isc_open_blob2(estado, sessao_.Banco(), transacao.Handle(), &handle_, &id, 0, nullptr);
         sessao_.Confere(estado, kLeitura);
@@ -35,6 +39,7 @@ class TBlobAberto {
 
     /// Next bytes; 0 at the end.
     std::size_t Le(std::span<char> destino) {
+        const TChamada chamada(sessao_.Relogio());
         TEstadoFirebird estado;
         unsigned short lidos = 0;
         const auto cabem = static_cast<unsigned short>(std::min(destino.size(), kSegmento));
@@ -47,6 +52,7 @@ class TBlobAberto {
     }
 
     ISC_QUAD Cria(TTransacaoFirebird& transacao, std::string_view comando) {
+        const TChamada chamada(sessao_.Relogio());
         TEstadoFirebird estado;
         ISC_QUAD id{};
         isc_create_blob2(estado, sessao_.Banco(), transacao.Handle(), &handle_, &id, 0, nullptr);
@@ -55,6 +61,7 @@ class TBlobAberto {
     }
 
     void Escreve(std::string_view bytes, std::string_view comando) {
+        const TChamada chamada(sessao_.Relogio());
         TEstadoFirebird estado;
         for (; !bytes.empty(); bytes.remove_prefix(std::min(bytes.size(), kSegmento))) {
             const auto parte = static_cast<unsigned short>(std::min(bytes.size(), kSegmento));
@@ -64,6 +71,7 @@ class TBlobAberto {
     }
 
     void Fecha(std::string_view comando) {
+        const TChamada chamada(sessao_.Relogio());
         TEstadoFirebird estado;
         isc_close_blob(estado, &handle_);
         sessao_.Confere(estado, comando);

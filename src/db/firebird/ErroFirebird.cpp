@@ -122,6 +122,8 @@ std::string_view Conselho(std::string_view texto) {
 
 }  // namespace
 
+bool TemCodigo(const ISC_STATUS* estado, ISC_STATUS codigo) { return Tem(Codigos(estado), codigo); }
+
 TErroBanco ErroFirebird(const ISC_STATUS* estado, std::string_view comando) {
     TErroBanco::TDados dados;
     dados.mensagem = TextoDoEstado(estado);

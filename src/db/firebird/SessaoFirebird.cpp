@@ -8,6 +8,8 @@
 namespace wkd {
 namespace {
 
+using TChamada = TRelogioDeEspera::TChamada;
+
 std::string BlocoDeTransacao(TTransacaoFirebird::TModo modo, std::string_view protegida) {
     const bool escrita = modo == TTransacaoFirebird::TModo::Escrita;
     std::string bloco{isc_tpb_version3, static_cast<char>(escrita ? isc_tpb_write : isc_tpb_read),
@@ -24,6 +26,35 @@ std::string BlocoDeTransacao(TTransacaoFirebird::TModo modo, std::string_view pr
 std::uint32_t LimiteDeConexao(const TParametrosConexao& parametros) {
     const auto limite = parametros.Valor("ConnectTimeout");
     return limite.empty() ? 20 : static_cast<std::uint32_t>(std::stoul(limite));
+}
+
+std::int64_t NumeroDaLigacao(isc_db_handle* banco) {
+    TEstadoFirebird estado;
+    const char item = isc_info_attachment_id;
+    char resposta[32] = {};
+    isc_database_info(estado, banco, 1, &item, sizeof resposta, resposta);
+    if (resposta[0] != isc_info_attachment_id) return 0;
+    return isc_portable_integer(reinterpret_cast<const ISC_UCHAR*>(resposta + 3),
+                                static_cast<short>(isc_vax_integer(resposta + 1, 2)));
+}
+
+/// Whether the database's own pages could not be read or written.
+bool DoDisco(const ISC_STATUS* estado) {
+    for (const ISC_STATUS codigo : {isc_io_error, isc_db_corrupt, isc_bad_db_format})
+        if (TemCodigo(estado, codigo)) return true;
+    return false;
+}
+
+TErroBanco Cancelada(const TErroBanco& erro) {
+    return TErroBanco(
+        {.mensagem = "O comando foi cancelado e a conexão, encerrada: o servidor ficou mudo até o limite (chave "
+                     "TempoLimite do alias) ou a trava do banco se perdeu.\n" +
+                     std::string(erro.what()),
+         .codigoNativo = erro.CodigoNativo(),
+         .sqlstate = erro.SqlState(),
+         .comando = erro.Comando(),
+         .falha = erro.Falha(),
+         .conexaoPerdida = true});
 }
 
 }  // namespace
@@ -58,9 +89,15 @@ void TSessaoFirebird::Liga(std::string_view conjunto) {
     const auto bloco = BlocoDeConexao(parametros_, conjunto);
     const auto arquivo = parametros_.Valor("Database");
     TEstadoFirebird estado;
-    isc_attach_database(estado, 0, arquivo.c_str(), &banco_, static_cast<short>(bloco.size()), bloco.data());
+    {
+        const TChamada chamada(relogio_);
+        isc_attach_database(estado, 0, arquivo.c_str(), &banco_, static_cast<short>(bloco.size()), bloco.data());
+    }
     wkd::Confere(estado, "");
+    paraCancelar_ = banco_;
     condenada_.clear();
+    perdida_ = cancelada_ = false;
+    numero_ = NumeroDaLigacao(&banco_);
     ++geracao_;
     nomeDoConjunto_ = conjunto;
     const auto conhecido = ConjuntoDoNome(conjunto);
@@ -77,8 +114,17 @@ void TSessaoFirebird::Desliga() noexcept {
     transacao.reset();
     catalogo_.reset();
     TEstadoFirebird estado;
+    const TChamada chamada(relogio_);
     isc_detach_database(estado, &banco_);
-    banco_ = 0;
+    banco_ = paraCancelar_ = 0;
+}
+
+void TSessaoFirebird::Cancela() noexcept {
+    isc_db_handle banco = paraCancelar_;
+    if (banco == 0) return;
+    cancelada_ = true;
+    TEstadoFirebird estado;
+    fb_cancel_operation(estado, &banco, fb_cancel_abort);
 }
 
 TTransacaoFirebird& TSessaoFirebird::Catalogo() {
@@ -92,7 +138,11 @@ void TSessaoFirebird::Confere(const ISC_STATUS* estado, std::string_view comando
 
 TErroBanco TSessaoFirebird::Erro(const ISC_STATUS* estado, std::string_view comando) {
     TErroBanco erro = ErroFirebird(estado, comando);
-    if (erro.ConexaoPerdida() && condenada_.empty()) condenada_ = erro.what();
+    if (!erro.ConexaoPerdida()) return erro;
+    if (cancelada_) erro = Cancelada(erro);
+    if (!condenada_.empty()) return erro;
+    condenada_ = erro.what();
+    perdida_ = !DoDisco(estado);
     return erro;
 }
 
@@ -118,7 +168,11 @@ TTransacaoFirebird::TTransacaoFirebird(TSessaoFirebird& sessao, TModo modo, std:
     sessao_.ConfereConexao();
     const auto bloco = BlocoDeTransacao(modo, protegida);
     TEstadoFirebird estado;
-    isc_start_transaction(estado, &handle_, 1, sessao.Banco(), static_cast<unsigned short>(bloco.size()), bloco.data());
+    {
+        const TChamada chamada(sessao_.Relogio());
+        isc_start_transaction(estado, &handle_, 1, sessao.Banco(), static_cast<unsigned short>(bloco.size()),
+                              bloco.data());
+    }
     sessao_.Confere(estado, "start transaction");
     sessao_.abertas_.push_back(this);
 }
@@ -131,7 +185,10 @@ TTransacaoFirebird::~TTransacaoFirebird() {
 void TTransacaoFirebird::Commit(std::string_view comando) {
     if (modo_ == TModo::Escrita) sessao_.Observa("commit");
     TEstadoFirebird estado;
-    if (isc_commit_transaction(estado, &handle_) == 0) return;
+    {
+        const TChamada chamada(sessao_.Relogio());
+        if (isc_commit_transaction(estado, &handle_) == 0) return;
+    }
     const auto erro = sessao_.Erro(estado, comando);
     Rollback();
     try {
@@ -144,6 +201,7 @@ void TTransacaoFirebird::Commit(std::string_view comando) {
 void TTransacaoFirebird::Rollback() noexcept {
     if (handle_ == 0) return;
     TEstadoFirebird estado;
+    const TChamada chamada(sessao_.Relogio());
     isc_rollback_transaction(estado, &handle_);
     handle_ = 0;
 }

@@ -2,6 +2,7 @@
 
 #include <ibase.h>
 
+#include <atomic>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -12,6 +13,7 @@
 #include "ConjuntoFirebird.h"
 #include "Connection.h"
 #include "ParametrosConexao.h"
+#include "RelogioDeEspera.h"
 
 namespace wkd {
 
@@ -51,6 +53,15 @@ class TSessaoFirebird {
     /// full disk as well, and may then put them in wrong places: the header of a database was lost in this way.
     void ConfereConexao();
 
+    /// Condemned by something that another connection mends: the network or the server, not the disk.
+    bool Perdida() const { return perdida_; }
+    /// Every call that may wait for the server is noted here while it lasts.
+    TRelogioDeEspera& Relogio() { return relogio_; }
+    /// Breaks the line to the server, so that the call under way fails; of any thread. An embedded engine has none.
+    void Cancela() noexcept;
+    /// Number of the attachment, 0 before the first.
+    std::int64_t Numero() const { return numero_; }
+
     void DefineObservador(TConnection::TObservador observador) { observador_ = std::move(observador); }
     void Observa(std::string_view comando) const {
         if (observador_) observador_(comando);
@@ -70,6 +81,11 @@ class TSessaoFirebird {
     TConjunto conjunto_ = TConjunto::Utf8;
     isc_db_handle banco_ = 0;
     std::string condenada_;  // by this error
+    bool perdida_ = false;
+    std::int64_t numero_ = 0;
+    TRelogioDeEspera relogio_;
+    std::atomic<isc_db_handle> paraCancelar_ = 0;  // banco_, for other threads
+    std::atomic<bool> cancelada_ = false;
     unsigned geracao_ = 0;
     TConnection::TObservador observador_;
     std::unique_ptr<TTransacaoFirebird> catalogo_;

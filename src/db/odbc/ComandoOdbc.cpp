@@ -146,6 +146,7 @@ void TComandoOdbc::LigaParametros() {
 void TComandoOdbc::Roda() {
     LigaParametros();
     sessao_->Observa(sql_);
+    const TEmCurso::TChamada chamada(ligacao_->EmCurso(), instrucao_->Handle());
     SQLRETURN retorno;
     if (posicoes_.empty()) {
         TTextoOdbc texto(texto_);
@@ -200,7 +201,10 @@ void TComandoOdbc::Adianta() {
 bool TComandoOdbc::Busca() {
     if (!aberto_) return false;
     atual_.clear();
-    const auto retorno = SQLFetch(instrucao_->Handle());
+    const auto retorno = [&] {
+        const TEmCurso::TChamada chamada(ligacao_->EmCurso(), instrucao_->Handle());
+        return SQLFetch(instrucao_->Handle());
+    }();
     if (SQL_SUCCEEDED(retorno)) return true;
     const auto erro =
         retorno == SQL_NO_DATA ? std::nullopt : std::optional(ErroOdbc(SQL_HANDLE_STMT, instrucao_->Handle(), sql_));

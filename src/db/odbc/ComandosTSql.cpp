@@ -10,7 +10,39 @@ std::string DaTabela(std::string_view tabela) {
     return tabela.empty() ? std::string() : " where c.object_id = object_id(" + Aspas(tabela) + ")";
 }
 
+constexpr std::size_t kBytesDoAnuncio = 128;
+
+std::string Hexa(std::string_view bytes) {
+    std::string texto = "0x";
+    for (const char byte : bytes) {
+        texto += "0123456789ABCDEF"[static_cast<unsigned char>(byte) >> 4];
+        texto += "0123456789ABCDEF"[static_cast<unsigned char>(byte) & 15];
+    }
+    return texto;
+}
+
 }  // namespace
+
+std::string AnuncioTSql(std::string_view texto) {
+    return "set context_info " + Hexa((std::string(kMarcaDoAnuncio) + std::string(texto)).substr(0, kBytesDoAnuncio));
+}
+
+std::string QuemTravaTSql() {
+    return "select context_info, login_name, cast(session_id as varchar(10)) from sys.dm_exec_sessions"
+           " where session_id <> @@spid and database_id = db_id()"
+           " and substring(context_info, 1, " +
+           std::to_string(kMarcaDoAnuncio.size()) + ") = " + Hexa(kMarcaDoAnuncio);
+}
+
+std::string TrabalhaTSql(std::string_view numero) {
+    return "select count(*) from sys.dm_exec_requests where session_id = " + std::string(numero);
+}
+
+std::string DerrubaTSql(std::string_view numero) {
+    return "if exists (select 1 from sys.dm_exec_sessions where session_id = " + std::string(numero) +
+           " and program_name = 'AtualizaWKD' and host_name = host_name() and login_name = suser_sname()) kill " +
+           std::string(numero);
+}
 
 std::string MarcaPontoTSql(std::string_view nome) { return "SAVE TRANSACTION " + std::string(nome); }
 

@@ -12,8 +12,23 @@ namespace wkd {
 /// value at 64 KB). A table in use is waited for 10 s.
 inline constexpr std::array<std::string_view, 2> kAjustesTSql = {"set textsize 2147483647", "set lock_timeout 10000"};
 inline constexpr std::string_view kTransacoesTSql = "select @@trancount";
+inline constexpr std::string_view kNumeroTSql = "select @@spid";
+/// Whether the server works at something for its connection of that number, as far as the user may see it.
+std::string TrabalhaTSql(std::string_view numero);
+/// Ends the connection of that number if it is of this program, computer and user still.
+std::string DerrubaTSql(std::string_view numero);
 /// Schema of the user's own tables.
 inline constexpr std::string_view kEsquemaTSql = "select schema_name()";
+
+/// Takes the lock of one update a database, which goes with the connection; below 0 when another one has it.
+inline constexpr std::string_view kTravaTSql =
+    "declare @r int; exec @r = sp_getapplock @Resource = 'AtualizaWKD', @LockMode = 'Exclusive',"
+    " @LockOwner = 'Session', @LockTimeout = 0; select @r as resultado";
+/// Who has it says so in the 128 bytes that the server keeps for each connection, ...
+std::string AnuncioTSql(std::string_view texto);
+inline constexpr std::string_view kMarcaDoAnuncio = "AtualizaWKD ";
+/// ... and shows, with login and number of the connection, to whoever may see the server's state.
+std::string QuemTravaTSql();
 
 std::string MarcaPontoTSql(std::string_view nome);
 std::string VoltaAoPontoTSql(std::string_view nome);

@@ -80,6 +80,40 @@ class TConexaoOdbc : public TConnection {
         return std::make_unique<TReservaOdbc>(sessao_->Nova(), tabela);
     }
 
+    bool Trava(std::string_view anuncio) override {
+        if (!sessao_->SqlServer()) return true;
+        if (NaPrincipal(kTravaTSql).ComoInteiro() < 0) return false;
+        Anuncia(anuncio);
+        return true;
+    }
+    void Anuncia(std::string_view anuncio) override {
+        if (sessao_->SqlServer()) ExecuteDirect(AnuncioTSql(anuncio));
+    }
+    std::optional<std::string> QuemTrava() override {
+        if (!sessao_->SqlServer()) return std::nullopt;
+        TComandoOdbc comando(sessao_, QuemTravaTSql());
+        comando.Abre();
+        if (!comando.Proximo()) return std::nullopt;
+        std::string anuncio = TextoDeBytes(comando.Valor(0).ComoBytes());
+        anuncio = anuncio.substr(0, anuncio.find('\0')).substr(kMarcaDoAnuncio.size());
+        return anuncio + " (usuário " + comando.Valor(1).ComoTexto() + ", conexão " + comando.Valor(2).ComoTexto() +
+               ")";
+    }
+
+    bool Perdida() const override { return sessao_->Perdida(); }
+    std::chrono::milliseconds Espera() const override { return sessao_->EmCurso().Espera(); }
+    void Cancela() noexcept override { sessao_->EmCurso().Cancela(); }
+    std::string Numero() const override { return sessao_->Numero(); }
+    bool Trabalha(std::string_view numero) override {
+        return sessao_->SqlServer() && NaPrincipal(TrabalhaTSql(numero)).ComoInteiro() > 0;
+    }
+    void Derruba(std::string_view numero) noexcept override {
+        try {
+            if (sessao_->SqlServer()) ExecutaSozinho(DerrubaTSql(numero));
+        } catch (const std::exception&) {  // the user may not, or it is gone
+        }
+    }
+
     void ExecuteDirect(std::string_view sql) override {
         if (sessao_->Comecada()) throw std::logic_error("ExecuteDirect dentro de uma transação: " + std::string(sql));
         const auto inicio = Inicio(sql);
@@ -100,6 +134,17 @@ class TConexaoOdbc : public TConnection {
     void Observa(TObservador observador) override { sessao_->DefineObservador(std::move(observador)); }
 
   private:
+    /// The only value of a query that must not go over a reading connection.
+    TValor NaPrincipal(std::string_view sql) {
+        TTransacao transacao(*this);
+        TComandoOdbc comando(sessao_, sql);
+        comando.Abre();
+        TValor valor = comando.Proximo() ? comando.Valor(0) : TValor();
+        comando.Fecha();
+        transacao.Commit();
+        return valor;
+    }
+
     void NaTransacao(const std::string& sql) {
         if (!sessao_->Comecada()) throw std::logic_error("não há transação aberta");
         Executa(sql);

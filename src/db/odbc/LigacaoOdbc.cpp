@@ -36,7 +36,26 @@ TErroBanco Explicado(const TErroBanco& erro, std::string_view senha) {
 
 }  // namespace
 
-TLigacaoOdbc::TLigacaoOdbc(const std::string& cadeia, unsigned segundos, std::string_view senha) : env_(Ambiente()) {
+TEmCurso::TChamada::TChamada(TEmCurso& emCurso, SQLHSTMT instrucao) : emCurso_(emCurso), relogio_(emCurso.relogio_) {
+    const std::lock_guard trava(emCurso_.guarda_);
+    emCurso_.instrucao_ = instrucao;
+}
+
+TEmCurso::TChamada::~TChamada() {
+    const std::lock_guard trava(emCurso_.guarda_);
+    emCurso_.instrucao_ = SQL_NULL_HSTMT;
+}
+
+void TEmCurso::Cancela() noexcept {
+    const std::lock_guard trava(guarda_);
+    if (instrucao_ == SQL_NULL_HSTMT) return;
+    cancelado_ = true;
+    SQLCancel(instrucao_);
+}
+
+TLigacaoOdbc::TLigacaoOdbc(const std::string& cadeia, unsigned segundos, std::string_view senha,
+                           std::shared_ptr<TEmCurso> emCurso)
+    : emCurso_(std::move(emCurso)), env_(Ambiente()) {
     SQLAllocHandle(SQL_HANDLE_DBC, env_, &dbc_);
     try {
         Conecta(cadeia, segundos, senha);
@@ -58,16 +77,18 @@ void TLigacaoOdbc::Conecta(const std::string& cadeia, unsigned segundos, std::st
     TTextoOdbc texto(cadeia);
     SQLWCHAR completa[1024];
     SQLSMALLINT tamanho = 0;
+    const TEmCurso::TChamada chamada(*emCurso_, SQL_NULL_HSTMT);
     const auto retorno =
         SQLDriverConnectW(dbc_, nullptr, texto.Dados(), texto.Tamanho(), completa, 1024, &tamanho, SQL_DRIVER_NOPROMPT);
     if (!SQL_SUCCEEDED(retorno)) throw Explicado(ErroOdbc(SQL_HANDLE_DBC, dbc_, ""), senha);
     ligada_ = true;
 }
 
-void TLigacaoOdbc::Desliga() noexcept {
+void TLigacaoOdbc::Desliga(bool perdida) noexcept {
     if (!ligada_) return;
     ligada_ = false;
-    SQLEndTran(SQL_HANDLE_DBC, dbc_, SQL_ROLLBACK);
+    const TEmCurso::TChamada chamada(*emCurso_, SQL_NULL_HSTMT);
+    if (!perdida) SQLEndTran(SQL_HANDLE_DBC, dbc_, SQL_ROLLBACK);
     SQLDisconnect(dbc_);
 }
 
@@ -78,6 +99,7 @@ void TLigacaoOdbc::CommitAutomatico(bool liga) {
 }
 
 void TLigacaoOdbc::Termina(SQLSMALLINT como, std::string_view comando) {
+    const TEmCurso::TChamada chamada(*emCurso_, SQL_NULL_HSTMT);
     ConfereOdbc(SQLEndTran(SQL_HANDLE_DBC, dbc_, como), SQL_HANDLE_DBC, dbc_, comando);
 }
 
@@ -107,6 +129,7 @@ void TInstrucaoOdbc::Confere(SQLRETURN retorno, std::string_view comando) const 
 }
 
 void TInstrucaoOdbc::Executa(std::string_view sql, std::string_view comando) {
+    const TEmCurso::TChamada chamada(ligacao_->EmCurso(), stmt_);
     TTextoOdbc texto(sql);
     Confere(SQLExecDirectW(stmt_, texto.Dados(), texto.Tamanho<SQLINTEGER>()), comando);
     Esgota(comando);

@@ -3,29 +3,62 @@
 #include <sql.h>
 #include <sqlext.h>
 
+#include <atomic>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "RelogioDeEspera.h"
+
 namespace wkd {
 
 class TComandoOdbc;
+
+/// The call to the server that a session has under way.
+class TEmCurso {
+  public:
+    class TChamada {
+      public:
+        TChamada(TEmCurso& emCurso, SQLHSTMT instrucao);
+        ~TChamada();
+        TChamada(const TChamada&) = delete;
+        TChamada& operator=(const TChamada&) = delete;
+
+      private:
+        TEmCurso& emCurso_;
+        TRelogioDeEspera::TChamada relogio_;
+    };
+
+    std::chrono::milliseconds Espera() const { return relogio_.Espera(); }
+    /// Asks the driver to give the statement under way up; of any thread.
+    void Cancela() noexcept;
+    bool Cancelado() const { return cancelado_; }
+    void Recomeca() { cancelado_ = false; }
+
+  private:
+    TRelogioDeEspera relogio_;
+    std::mutex guarda_;
+    SQLHSTMT instrucao_ = SQL_NULL_HSTMT;  // behind guarda_
+    std::atomic<bool> cancelado_ = false;
+};
 
 /// One connection of the driver. A driver may take but one active statement on it: the command whose rows are being
 /// read is `cursor`.
 class TLigacaoOdbc {
   public:
     /// Connects. `segundos` is how long the server may take; `senha` is left out of what an error says.
-    TLigacaoOdbc(const std::string& cadeia, unsigned segundos, std::string_view senha);
+    TLigacaoOdbc(const std::string& cadeia, unsigned segundos, std::string_view senha,
+                 std::shared_ptr<TEmCurso> emCurso);
     ~TLigacaoOdbc();
     TLigacaoOdbc(const TLigacaoOdbc&) = delete;
     TLigacaoOdbc& operator=(const TLigacaoOdbc&) = delete;
 
     SQLHDBC Handle() { return dbc_; }
-    /// Disconnects; every statement of it is gone.
-    void Desliga() noexcept;
+    /// Disconnects; every statement of it is gone. A lost one is not asked to end its transaction first.
+    void Desliga(bool perdida = false) noexcept;
     bool Ligada() const { return ligada_; }
     /// Without it, statements wait for Termina().
     void CommitAutomatico(bool liga);
@@ -36,11 +69,14 @@ class TLigacaoOdbc {
     /// Whether the driver wants to know how long a content is before it takes it in pieces.
     bool QuerTamanhoAntes();
 
+    TEmCurso& EmCurso() { return *emCurso_; }
+
     TComandoOdbc* cursor = nullptr;
 
   private:
     void Conecta(const std::string& cadeia, unsigned segundos, std::string_view senha);
 
+    std::shared_ptr<TEmCurso> emCurso_;
     SQLHENV env_ = SQL_NULL_HENV;
     SQLHDBC dbc_ = SQL_NULL_HDBC;
     bool ligada_ = false;

@@ -12,14 +12,6 @@
 namespace wkd {
 namespace {
 
-[[noreturn]] void Fechada() {
-    TErroBanco::TDados dados;
-    dados.mensagem = "A conexão com o banco de dados está fechada";
-    dados.sqlstate = "08003";
-    dados.falha = TFalha::Conexao;
-    throw TErroBanco(std::move(dados));
-}
-
 unsigned Segundos(const std::string& texto) {
     unsigned segundos = 60;
     std::from_chars(texto.data(), texto.data() + texto.size(), segundos);
@@ -30,26 +22,41 @@ unsigned Segundos(const std::string& texto) {
 
 void TSessaoOdbc::Liga() {
     ajustes_.clear();
+    perdida_ = false;
+    emCurso_->Recomeca();
     const auto ligacao = Conecta();
     sqlServer_ = ligacao->Informacao(SQL_DBMS_NAME).find("SQL Server") != std::string::npos;
     if (sqlServer_) ajustes_.assign(kAjustesTSql.begin(), kAjustesTSql.end());
     Ajusta(ligacao);
     ligacao->CommitAutomatico(false);
     principal_ = ligacao;
+    if (sqlServer_) numero_ = std::to_string(Pergunta(kNumeroTSql));
 }
 
 void TSessaoOdbc::Desliga() noexcept {
     emTransacao_ = desfeita_ = false;
-    for (const auto& leitora : leitoras_) leitora->Desliga();
-    if (principal_) principal_->Desliga();
+    for (const auto& leitora : leitoras_) leitora->Desliga(perdida_);
+    if (principal_) principal_->Desliga(perdida_);
     leitoras_.clear();
     principal_.reset();
+}
+
+/// On a lost connection nothing more is tried: the step that met it has failed, and the next one gets another.
+void TSessaoOdbc::ExigeLigacao() const {
+    if (Ligada() && !perdida_) return;
+    TErroBanco::TDados dados;
+    dados.mensagem = perdida_ ? "A conexão com o banco de dados foi perdida: " + motivo_
+                              : "A conexão com o banco de dados está fechada";
+    dados.sqlstate = "08003";
+    dados.falha = TFalha::Conexao;
+    dados.conexaoPerdida = perdida_;
+    throw TErroBanco(std::move(dados));
 }
 
 std::shared_ptr<TLigacaoOdbc> TSessaoOdbc::Conecta() {
     const auto cadeia = CadeiaDeConexao(parametros_, DriversInstalados());
     return std::make_shared<TLigacaoOdbc>(cadeia, Segundos(parametros_.Valor("ConnectTimeout")),
-                                          parametros_.Valor("Password"));
+                                          parametros_.Valor("Password"), emCurso_);
 }
 
 void TSessaoOdbc::Ajusta(const std::shared_ptr<TLigacaoOdbc>& ligacao) {
@@ -57,21 +64,21 @@ void TSessaoOdbc::Ajusta(const std::shared_ptr<TLigacaoOdbc>& ligacao) {
 }
 
 std::shared_ptr<TLigacaoOdbc> TSessaoOdbc::Nova() {
-    if (!Ligada()) Fechada();
+    ExigeLigacao();
     auto ligacao = Conecta();
     Ajusta(ligacao);
     return ligacao;
 }
 
 std::shared_ptr<TLigacaoOdbc> TSessaoOdbc::Principal() {
-    if (!Ligada()) Fechada();
+    ExigeLigacao();
     if (principal_->cursor) principal_->cursor->GuardaLinhas();
     return principal_;
 }
 
 std::shared_ptr<TLigacaoOdbc> TSessaoOdbc::ParaLer() {
     if (emTransacao_) return Principal();
-    if (!Ligada()) Fechada();
+    ExigeLigacao();
     std::erase_if(leitoras_, [](const auto& leitora) { return !leitora->Ligada(); });
     const auto livre = std::ranges::find_if(leitoras_, [](const auto& leitora) { return !leitora->cursor; });
     if (livre != leitoras_.end()) return *livre;
@@ -109,35 +116,49 @@ void TSessaoOdbc::Rollback() noexcept {
     desfeita_ = false;
     if (!Ligada()) return;
     if (principal_->cursor) principal_->cursor->Fecha();
+    if (perdida_) return;
     try {
         principal_->Termina(SQL_ROLLBACK, "rollback");
     } catch (const TErroBanco&) {
-        // a connection that is lost has no transaction any more
+        perdida_ = true;  // it has no transaction any more
     }
 }
 
 void TSessaoOdbc::DepoisDoErro(const TErroBanco& erro) noexcept {
-    if (!Ligada() || desfeita_) return;
+    if (!Ligada() || perdida_) return;
+    perdida_ = erro.ConexaoPerdida() || emCurso_->Cancelado();
+    if (perdida_ || !desfeita_) motivo_ = Motivo(erro);
+    if (!perdida_ && desfeita_) return;
     try {
-        if (emTransacao_ && TransacaoDePe()) return;
-        principal_->Termina(SQL_ROLLBACK, "rollback");
+        if (!perdida_ && emTransacao_ && TransacaoDePe()) return;
+        if (!perdida_) principal_->Termina(SQL_ROLLBACK, "rollback");
     } catch (const TErroBanco&) {
-        // the connection is lost, and its transaction with it
+        perdida_ = true;  // and its transaction with it
     }
     desfeita_ = emTransacao_;
-    motivo_ = erro.what();
 }
 
-bool TSessaoOdbc::TransacaoDePe() {
-    if (!sqlServer_) return true;
+/// With what to do, where the call was given up.
+std::string TSessaoOdbc::Motivo(const TErroBanco& erro) const {
+    if (!emCurso_->Cancelado()) return erro.what();
+    return "O comando foi cancelado e a conexão, encerrada: o servidor ficou mudo até o limite (chave TempoLimite do "
+           "alias) ou a trava do banco se perdeu.\n" +
+           std::string(erro.what());
+}
+
+bool TSessaoOdbc::TransacaoDePe() { return !sqlServer_ || Pergunta(kTransacoesTSql) > 0; }
+
+/// A number that the main connection is asked for.
+std::int32_t TSessaoOdbc::Pergunta(std::string_view sql) {
     TInstrucaoOdbc instrucao(principal_);
-    TTextoOdbc texto(kTransacoesTSql);
-    instrucao.Confere(SQLExecDirectW(instrucao.Handle(), texto.Dados(), SQL_NTS), kTransacoesTSql);
-    SQLINTEGER abertas = 0;
+    const TEmCurso::TChamada chamada(*emCurso_, instrucao.Handle());
+    TTextoOdbc texto(sql);
+    instrucao.Confere(SQLExecDirectW(instrucao.Handle(), texto.Dados(), SQL_NTS), sql);
+    SQLINTEGER numero = 0;
     SQLLEN indicador = 0;
-    instrucao.Confere(SQLFetch(instrucao.Handle()), kTransacoesTSql);
-    SQLGetData(instrucao.Handle(), 1, SQL_C_SLONG, &abertas, sizeof abertas, &indicador);
-    return abertas > 0;
+    instrucao.Confere(SQLFetch(instrucao.Handle()), sql);
+    SQLGetData(instrucao.Handle(), 1, SQL_C_SLONG, &numero, sizeof numero, &indicador);
+    return numero;
 }
 
 }  // namespace wkd

@@ -44,6 +44,11 @@ class TSessaoOdbc {
     /// still stands.
     void DepoisDoErro(const TErroBanco& erro) noexcept;
 
+    /// Whether the main connection met a loss.
+    bool Perdida() const { return perdida_; }
+    TEmCurso& EmCurso() { return *emCurso_; }
+    const std::string& Numero() const { return numero_; }
+
     void DefineObservador(TConnection::TObservador observador) { observador_ = std::move(observador); }
     void Observa(std::string_view comando) const {
         if (observador_) observador_(comando);
@@ -51,10 +56,16 @@ class TSessaoOdbc {
 
   private:
     std::shared_ptr<TLigacaoOdbc> Conecta();
+    void ExigeLigacao() const;
     void Ajusta(const std::shared_ptr<TLigacaoOdbc>& ligacao);
+    std::int32_t Pergunta(std::string_view sql);
     bool TransacaoDePe();
+    std::string Motivo(const TErroBanco& erro) const;
 
     TParametrosConexao parametros_;
+    std::shared_ptr<TEmCurso> emCurso_ = std::make_shared<TEmCurso>();
+    bool perdida_ = false;
+    std::string numero_;  // of the main connection, on a SQL Server
     bool sqlServer_ = false;
     std::shared_ptr<TLigacaoOdbc> principal_;
     std::vector<std::shared_ptr<TLigacaoOdbc>> leitoras_;
