@@ -14,6 +14,7 @@ bool Diz(std::string_view rotulo) { return !rotulo.empty() && rotulo != "Parado.
 
 std::string TextoDoAndamento(const TAndamento& andamento) {
     std::vector<std::string> partes;
+    if (!andamento.semResposta.empty()) partes.emplace_back(andamento.semResposta);
     if (Diz(andamento.geral))
         partes.push_back("Tabela " + std::to_string(andamento.tabelasFeitas + 1) + " de " +
                          std::to_string(andamento.tabelas));

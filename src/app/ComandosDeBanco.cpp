@@ -6,6 +6,8 @@
 #include "PlanoEmTexto.h"
 #include "PreencheDados.h"
 #include "TelaDoConsole.h"
+#include "TravaDoBanco.h"
+#include "Vigia.h"
 
 namespace wkd {
 
@@ -22,10 +24,15 @@ TCodigoDeSaida NoAlias(const TAmbiente& ambiente, const std::string& alias, F&& 
     TTelaDoConsole tela;
     TEstado estado;
     std::optional<TDataModulo> dm;
+    std::optional<TVigia> vigia;
     try {
         dm.emplace(TAliases(LocalizaIni(ambiente.locais)), tela);
+        vigia.emplace(dm->SQLConnection1, TPrazos::DoAlias(dm->SQLConnection1.Aliases(), alias),
+                      [&](std::string_view texto) { tela.SemResposta(texto); });
         const TDadosDoAlias dados = PreencheDados(*dm, estado, alias);
         if (!dm->SQLConnection1.Connected()) return Falha(dados.erro, TCodigoDeSaida::SemConexao);
+        if (const auto quem = QuemAtualiza(dm->SQLConnection1))
+            EscreveNosErros("Aviso: uma atualização deste banco de dados está em andamento: " + *quem + ".");
     } catch (const std::exception& erro) {
         return Falha(erro.what(), TCodigoDeSaida::SemConexao);
     }

@@ -11,7 +11,6 @@
 #include "Controles.h"
 #include "EstiloAmetista.h"
 #include "NovaVersao.h"
-#include "Pacote.h"
 #include "PaginaAlias.h"
 #include "PaginaAtualizacao.h"
 #include "PaginaBackup.h"
@@ -151,10 +150,6 @@ void TFMAtualiza::FormShow() {
 
 void TFMAtualiza::LeArgumentos() {
     if (executando_) return QTimer::singleShot(TTelaDaJanela::kIntervalo, this, &TFMAtualiza::LeArgumentos);
-    if (inicio_.pacote && OutraAtualizacao()) {
-        close();
-        return;
-    }
     const std::size_t fim = inicio_.primeiro.find(';');
     if (fim == std::string::npos)
         aliasAtual_ = S(alias_->Alias());
@@ -166,18 +161,6 @@ void TFMAtualiza::LeArgumentos() {
         btAtualizarClick();
     }
     if (inicio_.pacote || codigo_ != TCodigoDeSaida::Sucesso) close();
-}
-
-/// The database of a run that is under way may refuse a second connection, which would not tell what is the matter.
-bool TFMAtualiza::OutraAtualizacao() {
-    try {
-        TPastaDeTrabalho::ConfereLivre(meios_.ambiente.temporaria);
-        return false;
-    } catch (const TErroPacote& erro) {
-        codigo_ = TCodigoDeSaida::Encerrada;
-        meios_.tela.Informacao(erro.what());
-        return true;
-    }
 }
 
 void TFMAtualiza::RestauraPreferencias() {

@@ -24,6 +24,7 @@ class TPaginaAlias;
 class TPaginaAtualizacao;
 class TPaginaBackup;
 class TPaginaOpcoes;
+class TVigia;
 struct TDadosDoAlias;
 
 /// What the program was started with.
@@ -76,7 +77,6 @@ class TFMAtualiza : public QDialog {
     // Alias
     void PreencheDados();
     TDadosDoAlias Preenche(const std::string& alias);
-    bool OutraAtualizacao();
     void AbreAliasPedido(const std::string& nome);
 
     // Pages
@@ -90,6 +90,8 @@ class TFMAtualiza : public QDialog {
     void btAtualizarClick();
     void btPlanoClick();
     TCodigoDeSaida Executa();
+    /// Over the connection, while it is in another thread's hands.
+    TVigia Vigia(const std::string& alias);
     void NoBanco(const std::function<void()>& trabalho);
     void Relata(TEvidencia evidencia);
     void Conclui();

@@ -4,6 +4,7 @@
 #include <fstream>
 
 #include "Atualizacao.h"
+#include "CargaDoPacote.h"
 #include "FMAtualiza.h"
 #include "IndicesPrimarios.h"
 #include "PaginaAlias.h"
@@ -15,6 +16,7 @@
 #include "SegundoPlano.h"
 #include "Texto.h"
 #include "TextoQt.h"
+#include "Vigia.h"
 
 namespace wkd {
 
@@ -96,8 +98,15 @@ void TFMAtualiza::NoBanco(const std::function<void()>& trabalho) {
     };
     ocupa(true);
     const auto libera = qScopeGuard([&] { ocupa(false); });
+    const TVigia vigia = Vigia(aliasAtual_);
     EmSegundoPlano(trabalho);
     meios_.tela.Descarrega();
+}
+
+TVigia TFMAtualiza::Vigia(const std::string& alias) {
+    THBNConnection& conexao = dm_->SQLConnection1;
+    return {conexao, TPrazos::DoAlias(conexao.Aliases(), alias),
+            [this](std::string_view texto) { meios_.tela.SemResposta(texto); }};
 }
 
 void TFMAtualiza::Conclui() {
@@ -125,6 +134,7 @@ void TFMAtualiza::Button1Click() {
     try {
         NoBanco([this, opcoes = Opcoes()] {
             TContexto ctx{*dm_, opcoes, estado_, {}, {}};
+            ServidorVivo(ctx.Conexao());
             verificaIndicesPrimarios(ctx);
         });
     } catch (const std::exception& erro) {

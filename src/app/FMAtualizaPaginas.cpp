@@ -14,6 +14,7 @@
 #include "SegundoPlano.h"
 #include "Texto.h"
 #include "TextoQt.h"
+#include "Vigia.h"
 
 namespace wkd {
 
@@ -32,6 +33,7 @@ void TFMAtualiza::Espera(const std::function<void()>& pedido) {
         executando_ = false;
         QApplication::restoreOverrideCursor();
     });
+    const TVigia vigia = Vigia(aliasAtual_);
     EmSegundoPlano(pedido, QEventLoop::ExcludeUserInputEvents);
 }
 
@@ -55,7 +57,7 @@ void TFMAtualiza::AbreAliasPedido(const std::string& nome) {
     alias_->Escolhe(Q(nome));
     const TDadosDoAlias dados = Preenche(nome);
     if (dm_->SQLConnection1.Connected()) return;
-    codigo_ = TCodigoDeSaida::SemConexao;
+    codigo_ = dados.outraAtualizacao ? TCodigoDeSaida::Encerrada : TCodigoDeSaida::SemConexao;
     meios_.tela.Informacao(kSemConexao);
     if (meios_.tela.Desassistida() && !dados.erro.empty()) meios_.tela.Informacao(dados.erro);
 }

@@ -1,5 +1,7 @@
 #include "PreencheDados.h"
 
+#include "TravaDoBanco.h"
+
 namespace wkd {
 
 namespace {
@@ -12,6 +14,14 @@ void Abre(TDataModulo& dm, const std::string& alias, TDadosDoAlias& dados) {
     } catch (const std::exception& erro) {
         dados.erro = erro.what();
     }
+}
+
+/// The embedded engine says only that somebody has the file.
+void DizQuemAtualiza(TDataModulo& dm, TDadosDoAlias& dados) {
+    const auto quem = dm.SQLConnection1.Connected() ? std::nullopt : QuemAtualiza(dm.SQLConnection1);
+    if (!quem) return;
+    dados.outraAtualizacao = true;
+    dados.erro = TOutraAtualizacao(*quem).what();
 }
 
 }  // namespace
@@ -30,6 +40,7 @@ TDadosDoAlias PreencheDados(TDataModulo& dm, TEstado& estado, const std::string&
     }
     estado.usuariosOnline = dados.usuariosOnline;
     try {
+        DizQuemAtualiza(dm, dados);
         dados.caminhoBanco = dm.SQLConnection1.RetornaDadosConexao().Texto();
     } catch (const TErroConfiguracao& erro) {
         if (dados.erro.empty()) dados.erro = erro.what();

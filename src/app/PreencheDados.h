@@ -13,8 +13,9 @@ struct TDadosDoAlias {
     std::string numUsuarios;  // or "-1 (Versão HBN3)"
     std::vector<TUsuarioOnline> usuarios;
     std::string caminhoBanco;
-    bool usuariosOnline = false;  // the database has its table of connected users
-    std::string erro;             // why the alias could not be opened; empty otherwise
+    bool usuariosOnline = false;    // the database has its table of connected users
+    std::string erro;               // why the alias could not be opened; empty otherwise
+    bool outraAtualizacao = false;  // which has the database file: that is why
 };
 
 /// Opens the alias on the data module's connection and lists its connected users; sets the online-users flag.

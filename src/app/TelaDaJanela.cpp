@@ -78,7 +78,8 @@ void TTelaDaJanela::Desenha(qsizetype linhasPorVez) {
 
 void TTelaDaJanela::MostraAndamento() {
     const std::string geral = lblGeral_.Texto(), atual = lblAtual_.Texto(), estimativa = pbAtual_.Estimativa();
-    const TAndamento andamento{pbGeral_.Posicao(), pbGeral_.Maximo(), geral, atual, estimativa};
+    const std::string semResposta = semResposta_.Texto();
+    const TAndamento andamento{pbGeral_.Posicao(), pbGeral_.Maximo(), geral, atual, estimativa, semResposta};
     status_->Estimativa(Q(TextoDoAndamento(andamento)));
     const auto agora = std::chrono::steady_clock::now();
     if (!desassistida_ || agora < proximaLinha_) return;
@@ -128,6 +129,11 @@ void TTelaDaJanela::MostraOcupado(std::string_view texto, int percentual) {
 
 void TTelaDaJanela::EscondeOcupado() {
     Anota([](TNovidades& novidades) { novidades.ocupado = TOcupadoDaTela{}; });
+}
+
+void TTelaDaJanela::SemResposta(std::string_view texto) {
+    semResposta_.Texto(texto);
+    PedeDesenho();
 }
 
 void TTelaDaJanela::PastaDoPacote(const std::filesystem::path& pasta) {

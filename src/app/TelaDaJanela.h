@@ -52,6 +52,7 @@ class TTelaDaJanela : public ITela {
     IBarra& PbGeral() override { return pbGeral_; }
     void MostraOcupado(std::string_view texto, int percentual) override;
     void EscondeOcupado() override;
+    void SemResposta(std::string_view texto) override;
     void PastaDoPacote(const std::filesystem::path& pasta) override;
     /// The window serves its messages by itself.
     void ProcessaMensagens() override { PedeDesenho(); }
@@ -89,7 +90,7 @@ class TTelaDaJanela : public ITela {
     QPointer<TPaginaStatus> status_;
     QPointer<TPainelOcupado> ocupado_;
     TBarraDaTela pbAtual_, pbGeral_;
-    TRotuloDaTela lblAtual_, lblGeral_;
+    TRotuloDaTela lblAtual_, lblGeral_, semResposta_;
     std::mutex console_;
     TLinhaDoTerminal linha_;  // behind console_
     std::chrono::steady_clock::time_point proximaLinha_{};

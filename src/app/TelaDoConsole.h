@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+
 #include "Eco.h"
 #include "TelaSilenciosa.h"
 
@@ -10,6 +12,15 @@ class TTelaDoConsole : public TTelaSilenciosa {
   public:
     void Memo2(std::string_view linha) override { EscreveNosErros(linha); }
     void Informacao(std::string_view texto) override { EscreveNosErros(texto); }
+    void SemResposta(std::string_view texto) override {
+        const auto agora = std::chrono::steady_clock::now();
+        if (texto.empty() || agora < proxima_) return;
+        proxima_ = agora + std::chrono::seconds(30);
+        EscreveNosErros(texto);
+    }
+
+  private:
+    std::chrono::steady_clock::time_point proxima_{};
 };
 
 }  // namespace wkd

@@ -19,16 +19,15 @@ class TErroPacote : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// Working directory "AtualWkd" below the temporary directory, for the current user alone. The lock file beside it,
-/// "AtualWkd.lock", keeps a second run out; both go with the object, the lock also with the process.
+/// Working directory "AtualWkd" below the temporary directory, for the current user alone, guarded by the lock file
+/// "AtualWkd.lock" beside it; both go with the object, the lock also with the process. While a run on another database
+/// has it, "AtualWkd2" is taken, "AtualWkd3" and so on.
 class TPastaDeTrabalho {
   public:
-    /// Takes the lock and makes the directory, empty. Throws TErroPacote when another run holds the lock, or when
-    /// the name of either is a link or somebody else's.
+    /// Takes a lock and makes the directory, empty. Throws TErroPacote when the name of either is a link or somebody
+    /// else's.
     explicit TPastaDeTrabalho(const std::filesystem::path& temporaria = std::filesystem::temp_directory_path());
     ~TPastaDeTrabalho();
-    /// Throws as the constructor does when another run holds the lock, and takes nothing.
-    static void ConfereLivre(const std::filesystem::path& temporaria);
     TPastaDeTrabalho(const TPastaDeTrabalho&) = delete;
     TPastaDeTrabalho& operator=(const TPastaDeTrabalho&) = delete;
 
@@ -43,8 +42,8 @@ class TPastaDeTrabalho {
     std::filesystem::path Arquivo(std::string_view nome) const;
 
   private:
-    std::filesystem::path caminho_;
     std::unique_ptr<TTrava> trava_;
+    std::filesystem::path caminho_;
 };
 
 struct TLimitesDoPacote {

@@ -12,7 +12,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char* kTrava = "AtualWkd.lock";
+constexpr int kPastas = 1000;  // more runs at a time than any machine stands
 
 template <class TAceita>
 std::vector<fs::path> ArquivosDe(const fs::path& pasta, TAceita aceita) {
@@ -29,12 +29,17 @@ std::vector<fs::path> ArquivosDe(const fs::path& pasta, TAceita aceita) {
 
 }  // namespace
 
-TPastaDeTrabalho::TPastaDeTrabalho(const fs::path& temporaria)
-    : caminho_(temporaria / "AtualWkd"), trava_(std::make_unique<TTrava>(temporaria / kTrava)) {
+TPastaDeTrabalho::TPastaDeTrabalho(const fs::path& temporaria) {
+    for (int n = 1; !trava_; ++n) {
+        const std::string nome = "AtualWkd" + (n > 1 ? std::to_string(n) : "");
+        if (n > kPastas)
+            throw TErroPacote("Todas as pastas de trabalho de '" + TextoDoCaminho(temporaria) + "' estão em uso, até " +
+                              nome + ". Espere que uma das atualizações termine.");
+        caminho_ = temporaria / nome;
+        trava_ = TTrava::Tenta(temporaria / (nome + ".lock"));
+    }
     Recria();
 }
-
-void TPastaDeTrabalho::ConfereLivre(const fs::path& temporaria) { const TTrava trava(temporaria / kTrava); }
 
 TPastaDeTrabalho::~TPastaDeTrabalho() {
     std::error_code erro;

@@ -1,5 +1,10 @@
 #include "PastaPrivada.h"
 
+#include <random>
+
+#include "Caminho.h"
+#include "Pacote.h"
+
 #ifndef _WIN32
 #include <sys/stat.h>
 #include <unistd.h>
@@ -29,6 +34,21 @@ bool CriaPastaPrivada(const fs::path& pasta) {
 #else
     return mkdir(pasta.c_str(), 0700) == 0;
 #endif
+}
+
+TPastaPassageira::TPastaPassageira(const fs::path& temporaria) {
+    std::random_device acaso;
+    for (int tentativa = 0; tentativa < 100; ++tentativa) {
+        caminho_ = temporaria / ("wkd-" + std::to_string(acaso()));
+        if (!fs::exists(caminho_) && CriaPastaPrivada(caminho_)) return;
+    }
+    throw TErroPacote("Não foi possível criar uma pasta temporária em '" + TextoDoCaminho(temporaria) +
+                      "'. Verifique as permissões e o espaço em disco.");
+}
+
+TPastaPassageira::~TPastaPassageira() {
+    std::error_code erro;
+    fs::remove_all(caminho_, erro);
 }
 
 }  // namespace wkd

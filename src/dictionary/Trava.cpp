@@ -21,10 +21,7 @@ namespace wkd {
 
 namespace {
 
-[[noreturn]] void OutraExecucao(const std::filesystem::path& arquivo) {
-    throw TErroPacote("Outra atualização está em andamento (trava '" + TextoDoCaminho(arquivo) +
-                      "'). Espere que ela termine.");
-}
+constexpr std::size_t kTexto = 1024;  // bytes of it that are read
 
 [[noreturn]] void TravaInutil(const std::filesystem::path& arquivo, const std::string& causa) {
     throw TErroPacote("A trava '" + TextoDoCaminho(arquivo) + "' não pode ser usada: " + causa + ".");
@@ -34,12 +31,41 @@ namespace {
 
 #ifdef _WIN32
 
-TTrava::TTrava(std::filesystem::path arquivo) : arquivo_(std::move(arquivo)) {
-    aberta_ = CreateFileW(arquivo_.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
-                          FILE_FLAG_DELETE_ON_CLOSE | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
-    if (aberta_ != INVALID_HANDLE_VALUE) return;
-    if (GetLastError() == ERROR_SHARING_VIOLATION) OutraExecucao(arquivo_);
-    TravaInutil(arquivo_, "erro " + std::to_string(GetLastError()) + " do sistema");
+namespace {
+
+/// While it is open, others may read it and nobody may write.
+HANDLE Abre(const std::filesystem::path& arquivo) {
+    return CreateFileW(arquivo.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_ALWAYS,
+                       FILE_FLAG_DELETE_ON_CLOSE | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+}
+
+}  // namespace
+
+std::unique_ptr<TTrava> TTrava::Tenta(const std::filesystem::path& arquivo) {
+    const HANDLE aberta = Abre(arquivo);
+    if (aberta != INVALID_HANDLE_VALUE) return std::unique_ptr<TTrava>(new TTrava(arquivo, aberta));
+    if (GetLastError() == ERROR_SHARING_VIOLATION) return nullptr;
+    TravaInutil(arquivo, "erro " + std::to_string(GetLastError()) + " do sistema");
+}
+
+std::optional<std::string> TTrava::QuemTem(const std::filesystem::path& arquivo) {
+    const HANDLE lida =
+        CreateFileW(arquivo.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                    OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+    if (lida == INVALID_HANDLE_VALUE) return std::nullopt;  // it goes with its holder
+    std::string texto(kTexto, '\0');
+    DWORD lidos = 0;
+    ReadFile(lida, texto.data(), kTexto, &lidos, nullptr);
+    CloseHandle(lida);
+    texto.resize(lidos);
+    return texto;
+}
+
+void TTrava::Escreve(std::string_view texto) {
+    DWORD escritos = 0;
+    SetFilePointer(aberta_, 0, nullptr, FILE_BEGIN);
+    WriteFile(aberta_, texto.data(), static_cast<DWORD>(texto.size()), &escritos, nullptr);
+    SetEndOfFile(aberta_);
 }
 
 TTrava::~TTrava() { CloseHandle(aberta_); }
@@ -71,8 +97,8 @@ bool AindaNoLugar(const std::filesystem::path& arquivo, const struct stat& abert
     return lstat(arquivo.c_str(), &atual) == 0 && atual.st_ino == aberto.st_ino && atual.st_dev == aberto.st_dev;
 }
 
-/// The locked file; -1 when it was removed before the lock was had.
-int Trava(const std::filesystem::path& arquivo) {
+/// The locked file; -1 when it was removed before the lock was had; nothing when another process has the lock.
+std::optional<int> Trava(const std::filesystem::path& arquivo) {
     const int aberta = Abre(arquivo);
     struct stat estado {};
     std::string defeito = fstat(aberta, &estado) != 0 ? std::generic_category().message(errno) : Defeito(estado);
@@ -84,16 +110,38 @@ int Trava(const std::filesystem::path& arquivo) {
     const int erro = errno;
     close(aberta);
     if (!defeito.empty()) TravaInutil(arquivo, defeito);
-    if (erro == EWOULDBLOCK) OutraExecucao(arquivo);
+    if (erro == EWOULDBLOCK) return std::nullopt;
     TravaInutil(arquivo, std::generic_category().message(erro));
 }
 
 }  // namespace
 
-TTrava::TTrava(std::filesystem::path arquivo) : arquivo_(std::move(arquivo)) {
+std::unique_ptr<TTrava> TTrava::Tenta(const std::filesystem::path& arquivo) {
     constexpr int kTentativas = 100;
-    for (int i = 0; i < kTentativas && aberta_ < 0; ++i) aberta_ = Trava(arquivo_);
-    if (aberta_ < 0) OutraExecucao(arquivo_);
+    for (int i = 0; i < kTentativas; ++i) {
+        const auto aberta = Trava(arquivo);
+        if (!aberta) return nullptr;
+        if (*aberta >= 0) return std::unique_ptr<TTrava>(new TTrava(arquivo, *aberta));
+    }
+    return nullptr;
+}
+
+std::optional<std::string> TTrava::QuemTem(const std::filesystem::path& arquivo) {
+    const int aberta = open(arquivo.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK);
+    if (aberta < 0) return std::nullopt;
+    std::string texto(kTexto, '\0');
+    const bool livre = flock(aberta, LOCK_SH | LOCK_NB) == 0;
+    const auto lidos = pread(aberta, texto.data(), texto.size(), 0);
+    close(aberta);
+    if (livre) return std::nullopt;
+    texto.resize(lidos > 0 ? static_cast<std::size_t>(lidos) : 0);
+    return texto;
+}
+
+void TTrava::Escreve(std::string_view texto) {
+    if (pwrite(aberta_, texto.data(), texto.size(), 0) == static_cast<ssize_t>(texto.size()) &&
+        ftruncate(aberta_, static_cast<off_t>(texto.size())) == 0)
+        return;
 }
 
 TTrava::~TTrava() {

@@ -1,27 +1,39 @@
 #pragma once
 
 #include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
 
 namespace wkd {
 
-/// Lock file held by one process at a time. The system releases it when the process ends, however it ends; the
-/// file itself goes with the object.
+/// Lock file held by one process at a time, in which the holder says who he is. The system releases it when the
+/// process ends, however it ends; the file itself goes with the object.
 class TTrava {
   public:
-    /// Throws TErroPacote when another process holds the lock, or when the name is a link, no ordinary file or
+    /// Null when another process holds the lock. Throws TErroPacote when the name is a link, no ordinary file or
     /// somebody else's.
-    explicit TTrava(std::filesystem::path arquivo);
+    static std::unique_ptr<TTrava> Tenta(const std::filesystem::path& arquivo);
+    /// What the process that holds the lock has written into it; nothing when nobody holds it.
+    static std::optional<std::string> QuemTem(const std::filesystem::path& arquivo);
     ~TTrava();
     TTrava(const TTrava&) = delete;
     TTrava& operator=(const TTrava&) = delete;
 
+    /// Replaces the text in the file; what cannot be written is left out.
+    void Escreve(std::string_view texto);
+
   private:
-    std::filesystem::path arquivo_;
 #ifdef _WIN32
-    void* aberta_ = nullptr;
+    using TAberta = void*;
 #else
-    int aberta_ = -1;
+    using TAberta = int;
 #endif
+    TTrava(std::filesystem::path arquivo, TAberta aberta) : arquivo_(std::move(arquivo)), aberta_(aberta) {}
+
+    std::filesystem::path arquivo_;
+    TAberta aberta_;
 };
 
 }  // namespace wkd

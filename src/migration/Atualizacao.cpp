@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <thread>
 
 #include "ArquivosSistema.h"
 #include "AtualizaSistema.h"
@@ -43,11 +44,13 @@ TFimDaAtualizacao TAtualizacao::Executa() {
     TFimDaAtualizacao fim = TFimDaAtualizacao::Encerrada;
     try {
         Identifica();
+        trava_.emplace(ctx_.dm.SQLConnection1);
         TPastaDeTrabalho pasta(ctx_.opcoes.temporaria);
         fim = Corre(pasta);
     } catch (const std::exception& erro) {
         ctx_.Tela().Informacao(erro.what());
     }
+    trava_.reset();
     ctx_.evidencia.fim = Agora();
     ctx_.evidencia.concluida = fim == TFimDaAtualizacao::Concluida;
     return fim;
@@ -59,7 +62,45 @@ void TAtualizacao::Identifica() {
     evidencia.alias = ctx_.opcoes.alias;
     evidencia.pacote = ctx_.opcoes.pacote.string();
     evidencia.banco = ctx_.dm.SQLConnection1.RetornaDadosConexao().Texto();
-    evidencia.servidor = ctx_.Conexao().VersaoServidor();
+    evidencia.servidor = ServidorVivo(ctx_.Conexao());
+}
+
+void TAtualizacao::GaranteConexao() {
+    if (!ctx_.Conexao().Perdida() && trava_->Nossa()) return;
+    constexpr int kTentativas = 3;
+    std::string motivo = "A conexão com o banco de dados foi perdida.";
+    ctx_.Tela().Memo2(motivo);
+    ctx_.Tela().SetLog(motivo, "", "Conexão");
+    for (int vez = 0; vez < kTentativas; ++vez) {
+        std::this_thread::sleep_for(vez * ctx_.opcoes.pausaDeReconexao);
+        try {
+            return Reabre();
+        } catch (const TErroBanco& erro) {
+            motivo = erro.what();
+        }
+    }
+    throw std::runtime_error(
+        "A conexão com o banco de dados foi perdida e não pôde ser reaberta. Rode de novo quando o servidor responder: "
+        "a próxima execução continua desta.\n" +
+        motivo);
+}
+
+/// What the server did with the last commit is not known: all that was read is read again.
+void TAtualizacao::Reabre() {
+    TDataModulo& dm = ctx_.dm;
+    trava_->Garante();
+    if (ctx_.Conexao().Perdida()) {
+        const std::string perdida = ctx_.Conexao().Numero();
+        ctx_.Conexao().Open();
+        ctx_.Conexao().Derruba(perdida);
+    }
+    dm.AtualizaListaDeTabelas();
+    for (TClientDataSet* velho : {&dm.SarquivoVelho, &dm.SatribVelho}) {
+        const bool aberto = velho->Active();
+        velho->Close();
+        if (aberto) velho->Open();
+    }
+    ctx_.Tela().Memo1("Conexão com o banco de dados reaberta: a atualização segue com o próximo passo.");
 }
 
 TFimDaAtualizacao TAtualizacao::Corre(TPastaDeTrabalho& pasta) {
@@ -88,11 +129,13 @@ TFimDaAtualizacao TAtualizacao::Corre(TPastaDeTrabalho& pasta) {
     AtualizaTabelas();
     RelatoriosEArquivos(pasta);
     PassosFinais();
+    GaranteConexao();
     Encerra();
     return TFimDaAtualizacao::Concluida;
 }
 
 void TAtualizacao::Inicia() {
+    GaranteConexao();
     ctx_.Conexao().Close();
     ctx_.Conexao().Open();
     ctx_.dm.AtualizaListaDeTabelas();
@@ -149,6 +192,7 @@ void TAtualizacao::AtualizaTabelas() {
         TabelaAtual(marcas);
         barra.Posicao(barra.Posicao() + 1);
     }
+    GaranteConexao();
     protege([&] { marcas.Conclui(); });
     dicionario.reset();
     Passo("AtualizaSistema", [this] { RecarregaAdiados(ctx_.dm, adiados_); });
@@ -176,10 +220,12 @@ std::vector<std::string> TAtualizacao::TabelasExistentes() {
 }
 
 void TAtualizacao::TabelaAtual(TMarcasDeAnalise& marcas) {
+    const std::string tabela = ctx_.dm.SArquivoNovo.Texto("nome_arquivo");
+    GaranteConexao();
+    trava_->Atividade(tabela);
     try {
         TPassoDaTabela(ctx_, marcas).Executa();
     } catch (const std::exception& erro) {
-        const std::string tabela = ctx_.dm.SArquivoNovo.Texto("nome_arquivo");
         ctx_.Tela().Memo2("Tabela: " + tabela + " - " + erro.what());
         ctx_.Tela().SetLog(erro.what(), tabela, "Atualizar tabela");
     }
@@ -228,6 +274,8 @@ template <class F>
 void TAtualizacao::Passo(std::string_view nome, F&& passo) {
     const auto inicio = std::chrono::steady_clock::now();
     std::string falha;
+    GaranteConexao();
+    trava_->Atividade(nome);
     try {
         ctx_.Tela().ProcessaMensagens();
         passo();

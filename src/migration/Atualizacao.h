@@ -1,11 +1,13 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string_view>
 #include <vector>
 
 #include "Contexto.h"
 #include "Pacote.h"
+#include "TravaDoBanco.h"
 
 namespace wkd {
 
@@ -39,6 +41,9 @@ class TAtualizacao {
     void PassosFinais();
     void Encerra();
 
+    /// Before a step: after a loss the connection is opened again, with the lock. Throws when that cannot be.
+    void GaranteConexao();
+    void Reabre();
     /// Runs one pass; what it raises is reported under its name and the run goes on.
     template <class F>
     void Passo(std::string_view nome, F&& passo);
@@ -46,6 +51,7 @@ class TAtualizacao {
     bool MarcadaParaNaoCriar() const;
 
     TContexto ctx_;
+    std::optional<TTravaDoBanco> trava_;
     TDataHora inicio_;
     std::vector<std::filesystem::path> adiados_;
 };

@@ -70,6 +70,16 @@ void UnificaColunas(TTabelaEmMemoria& colunas, const TGrafias& grafias) {
 
 }  // namespace
 
+std::string ServidorVivo(TConnection& conexao) {
+    try {
+        return conexao.VersaoServidor();
+    } catch (const TErroBanco&) {
+        if (!conexao.Perdida() || conexao.InTransaction()) throw;
+    }
+    conexao.Open();
+    return conexao.VersaoServidor();
+}
+
 bool TemDicionario(TContexto& ctx) {
     ctx.dm.AtualizaListaDeTabelas();
     for (const std::string_view tabela : {"SARQUIVO", "SATRIB"}) {

@@ -7,6 +7,8 @@ namespace wkd {
 
 // First steps of whatever works with a package. Those that answer false have said why.
 
+/// What the connection's server is. A connection found dead is opened again: nothing has been begun on it.
+std::string ServidorVivo(TConnection& conexao);
 /// Whether the database has the dictionary; reads the table-name list.
 bool TemDicionario(TContexto& ctx);
 /// Extracts the package of the options into the working directory.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -17,6 +18,8 @@ struct TOpcoes {
     bool todas = false;                // cbAtualizaTodas
     bool querysAnteriores = true;      // chkQuerysAnteriores
     bool querysPosteriores = true;     // chkQuerysPosteriores
+
+    std::chrono::milliseconds pausaDeReconexao{10'000};  // before the second try of three, twice that before the third
 
     std::filesystem::path marcaNaoCria;         // its presence turns null validation, layouts and system files off
     std::filesystem::path temporaria;           // below it the working directory is made

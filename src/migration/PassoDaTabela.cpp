@@ -83,7 +83,7 @@ void TPassoDaTabela::Encerra(TIndicesGuardados& guardados) {
     const bool tocada = decisao_.analisada || decisao_.acao == TAcaoDaTabela::Cria;
     const bool espera = ctx_.indicesAdiados && tocada && TemColunas() && ctx_.dm.ExisteTabela(tabela_) && !inacabada;
     if (espera) ctx_.semIndices[tabela_] = ctx_.repeteTabela;
-    if (ctx_.repeteTabela || inacabada || espera) return marcas_.Marca(tabela_);
+    if (ctx_.repeteTabela || inacabada || espera || ctx_.Conexao().Perdida()) return marcas_.Marca(tabela_);
     guardados.Esquece();
     if (decisao_.analisada && TemColunas()) marcas_.EsqueceRetirados(tabela_);
     marcas_.Desmarca(tabela_);

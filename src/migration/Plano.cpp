@@ -11,6 +11,7 @@
 #include "ExameDosDados.h"
 #include "Impedimento.h"
 #include "ObjetosDaTabela.h"
+#include "PastaPrivada.h"
 #include "Preambulo.h"
 #include "TBComandos.h"
 #include "Texto.h"
@@ -69,7 +70,9 @@ class TPlanejador {
 };
 
 std::optional<TPlano> TPlanejador::Planeja() {
-    TPastaDeTrabalho pasta(ctx_.opcoes.temporaria);
+    const TPastaPassageira privada(ctx_.opcoes.temporaria);
+    TPastaDeTrabalho pasta(privada.Caminho());
+    plano_.servidor = ServidorVivo(ctx_.Conexao());
     if (!TemDicionario(ctx_)) return std::nullopt;
     const TSuposicoes suposicoes(ctx_.dm);
     Identifica();
@@ -94,7 +97,6 @@ std::optional<TPlano> TPlanejador::Planeja() {
 void TPlanejador::Identifica() {
     plano_.alias = ctx_.opcoes.alias;
     plano_.banco = ctx_.dm.SQLConnection1.RetornaDadosConexao().Texto();
-    plano_.servidor = ctx_.Conexao().VersaoServidor();
     plano_.pacote = ctx_.opcoes.pacote.string();
     try {
         plano_.usuarios = ContaUsuariosOnline(ctx_.Conexao());

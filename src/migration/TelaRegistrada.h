@@ -26,6 +26,7 @@ class TTelaRegistrada : public ITela {
     void MostraOcupado(std::string_view texto, int percentual) override { tela_.MostraOcupado(texto, percentual); }
     void EscondeOcupado() override { tela_.EscondeOcupado(); }
     void PastaDoPacote(const std::filesystem::path& pasta) override { tela_.PastaDoPacote(pasta); }
+    void SemResposta(std::string_view texto) override { tela_.SemResposta(texto); }
     void ProcessaMensagens() override { tela_.ProcessaMensagens(); }
     void Informacao(std::string_view texto) override;
     bool Confirmacao(std::string_view texto, bool semPessoa) override;

@@ -7,23 +7,9 @@
 #include <vector>
 
 #include "Pacote.h"
+#include "PastaPrivada.h"
 
 namespace wkd {
-
-/// Folder of one's own below the temporary one, for the current user alone, removed with all it holds at the end.
-class TPastaPassageira {
-  public:
-    /// Throws TErroPacote when none can be made.
-    TPastaPassageira();
-    ~TPastaPassageira();
-    TPastaPassageira(const TPastaPassageira&) = delete;
-    TPastaPassageira& operator=(const TPastaPassageira&) = delete;
-
-    const std::filesystem::path& Caminho() const { return caminho_; }
-
-  private:
-    std::filesystem::path caminho_;
-};
 
 /// A package and its files, extracted for as long as the object lives.
 class TPacoteAberto {

@@ -71,6 +71,9 @@ TEST(Andamento, diz_a_tabela_o_que_esta_feito_e_o_que_falta_nesta_ordem) {
     EXPECT_EQ(LinhaDeAndamento({2, 12, "Analisando Tabela: TCLI_CON", "Parado.", ""}),
               "Tabela 3 de 12 | Analisando Tabela: TCLI_CON");
     EXPECT_EQ(LinhaDeAndamento({0, 12, "Parado.", "Parado.", ""}), "");
+    EXPECT_EQ(
+        LinhaDeAndamento({2, 12, "Analisando Tabela: TCLI_CON", "Parado.", "", "sem resposta do servidor há 31 s"}),
+        "sem resposta do servidor há 31 s | Tabela 3 de 12 | Analisando Tabela: TCLI_CON");
 }
 
 TEST(Andamento, a_linha_cabe_na_largura_do_terminal) {

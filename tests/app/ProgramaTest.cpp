@@ -1,8 +1,5 @@
 // The program from outside: command line, settings file, package, database, log, exit code.
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/file.h>
-#include <unistd.h>
 
 #include "Linhas.h"
 #include "ProgramaApoio.h"
@@ -155,17 +152,6 @@ TEST(Programa, recusa_um_banco_sem_dicionario) {
     EXPECT_EQ(saida.codigo, 2) << saida.erros;
     EXPECT_TRUE(saida.Diz("SATRIB"));
     EXPECT_EQ(Diferencas(antes, loja.Retrato()), "");
-}
-
-TEST(Programa, nao_roda_duas_vezes_ao_mesmo_tempo) {
-    const TProgramaInstalado loja;
-    const int trava = open((loja / "tmp/AtualWkd.lock").c_str(), O_CREAT | O_RDWR, 0600);
-    ASSERT_EQ(flock(trava, LOCK_EX), 0);
-    const auto banco = loja.Banco();  // the embedded engine lets one process in
-    const auto saida = loja.Atualiza();
-    close(trava);
-    EXPECT_EQ(saida.codigo, 2) << saida.saida << saida.erros;
-    EXPECT_FALSE(saida.Diz("Iniciando atualização"));
 }
 
 TEST(Programa, para_diante_de_usuarios_conectados_quando_a_mudanca_e_exclusiva) {

@@ -54,13 +54,16 @@ TEST_F(PastaDeTrabalhoTest, RecriaNaoSegueLinks) {
     EXPECT_EQ(LeArquivo(temp / "alheia/arquivo"), "intacto");
 }
 
-TEST_F(PastaDeTrabalhoTest, UmaSegundaExecucaoFicaDeForaEnquantoAPrimeiraDura) {
-    {
-        TPastaDeTrabalho primeira(temp.Caminho());
-        EXPECT_TRUE(Contem(Erro(), "Outra atualização está em andamento")) << Erro();
-        EXPECT_TRUE(fs::exists(nome));
-    }
-    EXPECT_EQ(Erro(), "");
+TEST_F(PastaDeTrabalhoTest, CadaExecucaoTemASuaEAPrimeiraLivreServeDeNovo) {
+    auto primeira = std::make_unique<TPastaDeTrabalho>(temp.Caminho());
+    const TPastaDeTrabalho segunda(temp.Caminho()), terceira(temp.Caminho());
+    EXPECT_EQ(primeira->Caminho(), nome);
+    EXPECT_EQ(segunda.Caminho(), temp / "AtualWkd2");
+    EXPECT_EQ(terceira.Caminho(), temp / "AtualWkd3");
+    EscreveArquivo(segunda.Caminho() / "SISTEMA.WKD", "da segunda");
+    primeira.reset();
+    EXPECT_EQ(TPastaDeTrabalho(temp.Caminho()).Caminho(), nome);
+    EXPECT_EQ(LeArquivo(temp / "AtualWkd2/SISTEMA.WKD"), "da segunda");
 }
 
 TEST_F(PastaDeTrabalhoTest, ATravaDeUmProcessoMortoNaoImpedeOProximo) {

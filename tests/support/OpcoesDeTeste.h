@@ -13,6 +13,7 @@ inline TOpcoes OpcoesDeTeste(const std::filesystem::path& pasta) {
     opcoes.pacote = pasta / "pacote.zip";
     opcoes.marcaNaoCria = pasta / "naocria.wkd";
     opcoes.temporaria = opcoes.pastaPrograma = opcoes.pastaCorrente = pasta;
+    opcoes.pausaDeReconexao = std::chrono::milliseconds(100);
     return opcoes;
 }
 

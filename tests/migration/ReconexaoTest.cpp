@@ -1,0 +1,241 @@
+// An update over a network that fails: connections that end, and servers that fall silent.
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <mutex>
+
+#include "Atualizacao.h"
+#include "Intermediario.h"
+#include "Linhas.h"
+#include "OpcoesDeTeste.h"
+#include "Plano.h"
+#include "QuedaApoio.h"
+#include "ServidorFirebird.h"
+#include "TelaDeTeste.h"
+#include "Texto.h"
+#include "Vigia.h"
+
+namespace wkd {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+
+/// Prazos that no server is given but in tests.
+constexpr TPrazos kCurtos{.aviso = 150ms, .pergunta = 100ms, .limite = 1200ms};
+
+class TTelaVigiada : public TTelaDeTeste {
+  public:
+    void SemResposta(std::string_view texto) override {
+        const std::lock_guard trava(guarda_);
+        silencios_.emplace_back(texto);
+    }
+    bool Disse(std::string_view texto) {
+        const std::lock_guard trava(guarda_);
+        return Contem(silencios_, texto);
+    }
+
+  private:
+    std::mutex guarda_;
+    std::vector<std::string> silencios_;
+};
+
+class Reconexao : public testing::Test {
+  protected:
+    void SetUp() override {
+        if (!TServidorFirebird::Instalado()) GTEST_SKIP() << "no Firebird server installed";
+        molde_.CopiaPara(raiz_ / "inteira");
+        ASSERT_EQ(Corre(raiz_ / "inteira", 0), 0) << LeArquivo(raiz_ / "inteira/erros.txt");
+        comandos_ = std::stoi(LeArquivo(raiz_ / "inteira/saida.txt"));
+        ASSERT_EQ(Corre(raiz_ / "inteira", 0), 0);
+        esperado_ = RetratoDe(raiz_ / "inteira");
+        const auto endereco = TServidorFirebird::DoProcesso().Endereco();
+        rede_ = std::make_unique<TIntermediario>(std::stoi(endereco.substr(endereco.find('/') + 1)));
+    }
+
+    /// Alias "LOJA" of the folder's database, behind the network; "DIRETA" is beside it.
+    void Prepara() {
+        molde_.CopiaPara(pasta_);
+        EscreveArquivo(pasta_ / "naocria.wkd", "");
+        TAlias alias;
+        alias.tipoBanco = "tbInterbase";
+        alias.path = (pasta_ / "").string();
+        alias.database = "loja.fdb";
+        alias.usuario = "SYSDBA";
+        alias.senha = "masterkey";
+        alias.nome = "LOJA";
+        alias.hostname = "127.0.0.1/" + std::to_string(rede_->Porta());
+        TAliases(pasta_ / "rede.ini").AdicionaAlias(alias, false);
+        alias.nome = "DIRETA";
+        alias.hostname = TServidorFirebird::DoProcesso().Endereco();
+        TAliases(pasta_ / "rede.ini").AdicionaAlias(alias, false);
+    }
+
+    /// An update during which `acao` is called before the n-th statement that holds the text.
+    TFimDaAtualizacao Atualiza(std::string_view comando, int vez, const std::function<void()>& acao,
+                               const TPrazos& prazos = {}) {
+        tela_ = std::make_unique<TTelaVigiada>();
+        TDataModulo dm(TAliases(pasta_ / "rede.ini"), *tela_);
+        dm.SQLConnection1.SetAlias("LOJA");
+        dm.SQLConnection1.Open();
+        int vezes = 0;
+        dm.SQLConnection1.Observa([&](std::string_view sql) {
+            if (sql.find(comando) != std::string_view::npos && ++vezes == vez) acao();
+        });
+        TEstado estado;
+        TOpcoes opcoes = OpcoesDeTeste(pasta_);
+        opcoes.pausaDeReconexao = 100ms;
+        const TVigia vigia(dm.SQLConnection1, prazos, [&](std::string_view t) { tela_->SemResposta(t); });
+        const auto fim = TAtualizacao(dm, opcoes, estado).Executa();
+        EXPECT_GE(vezes, vez) << "the statement was not reached";
+        return fim;
+    }
+
+    /// The server closes a database a moment after its last connection has ended.
+    void EsperaLivre() {
+        for (int vez = 0; vez < 200; ++vez) try {
+                CriaConexaoFirebird(ParametrosFirebird(pasta_ / "loja.fdb"))->Open();
+                return;
+            } catch (const TErroBanco&) {
+                std::this_thread::sleep_for(50ms);
+            }
+    }
+
+    void EsperaConserto() {
+        EsperaLivre();
+        const int segunda = Corre(pasta_, 0);
+        EXPECT_EQ(Diferencas(esperado_, RetratoDe(pasta_)), "");
+        EXPECT_EQ(segunda, 0) << LeArquivo(pasta_ / "erros.txt");
+    }
+
+    bool Reabriu() const { return TTelaDeTeste::Contem(tela_->memo1, "Conexão com o banco de dados reaberta"); }
+    std::string Erros() const { return Junta(tela_->memo2, "\n") + Junta(tela_->infos, "\n"); }
+
+    const TMolde molde_;
+    const TPastaTemporaria raiz_;
+    const fs::path pasta_ = raiz_ / "loja";
+    std::string esperado_;
+    int comandos_ = 0;
+    std::unique_ptr<TIntermediario> rede_;
+    std::unique_ptr<TTelaVigiada> tela_;
+};
+
+TEST_F(Reconexao, uma_conexao_que_acaba_custa_um_passo_e_a_proxima_tabela_segue) {
+    struct TCaso {
+        const char* comando;
+        int vez;
+    };
+    for (const TCaso& caso : {TCaso{"alter table TALT", 1}, TCaso{"insert into BTREC", 1}, TCaso{"drop table TREC", 1},
+                              TCaso{"Create Table TREC", 1}, TCaso{"insert into TREC", 2}})
+        for (const bool semVolta : {false, true}) {
+            SCOPED_TRACE(std::string(caso.comando) + (semVolta ? ", the answer lost" : ", cut before"));
+            Prepara();
+            const auto fim =
+                Atualiza(caso.comando, caso.vez, [&] { semVolta ? rede_->CortaAVolta() : rede_->Corta(); });
+            EXPECT_EQ(fim, TFimDaAtualizacao::Concluida) << Erros();
+            EXPECT_TRUE(Reabriu()) << Erros();
+            EXPECT_FALSE(Erros().empty());
+            EXPECT_TRUE(TTelaDeTeste::Contem(tela_->memo1, "Criou a tabela: TNOVA")) << "the next table";
+            EsperaConserto();
+        }
+}
+
+TEST_F(Reconexao, uma_conexao_que_morreu_antes_e_reaberta_e_nada_se_relata) {
+    Prepara();
+    TTelaVigiada tela;
+    TDataModulo dm(TAliases(pasta_ / "rede.ini"), tela);
+    dm.SQLConnection1.SetAlias("LOJA");
+    dm.SQLConnection1.Open();
+    TEstado estado;
+    const TOpcoes opcoes = OpcoesDeTeste(pasta_);
+    rede_->Corta();
+    EXPECT_TRUE(Planeja(dm, opcoes, estado));
+    rede_->Corta();
+    EXPECT_EQ(TAtualizacao(dm, opcoes, estado).Executa(), TFimDaAtualizacao::Concluida);
+    EXPECT_EQ(Junta(tela.memo2, "\n") + Junta(tela.infos, "\n"), "");
+    dm.SQLConnection1.Close();
+    EsperaConserto();
+}
+
+TEST_F(Reconexao, onde_quer_que_a_rede_caia_a_corrida_seguinte_termina) {
+    std::vector<int> falhas;
+    for (int n = 3; n < comandos_; n += 17) {
+        SCOPED_TRACE("statement " + std::to_string(n) + " of " + std::to_string(comandos_));
+        Prepara();
+        Atualiza("", n, [&] { n % 2 ? rede_->CortaAVolta() : rede_->Corta(); });
+        EXPECT_FALSE(Erros().empty() && tela_->log.empty() && !Reabriu()) << "nobody was told";
+        EsperaConserto();
+    }
+}
+
+TEST_F(Reconexao, um_servidor_que_nao_volta_encerra_a_corrida_com_aviso) {
+    Prepara();
+    const auto fim = Atualiza("insert into BTREC", 1, [&] {
+        rede_->Aceita(false);
+        rede_->Corta();
+    });
+    EXPECT_EQ(fim, TFimDaAtualizacao::Encerrada);
+    EXPECT_NE(Erros().find("não pôde ser reaberta"), std::string::npos) << Erros();
+    EXPECT_FALSE(TTelaDeTeste::Contem(tela_->memo1, "Criou a tabela: TNOVA"));
+    EsperaConserto();
+}
+
+TEST_F(Reconexao, se_outra_atualizacao_tomou_a_trava_nada_mais_e_tocado) {
+    Prepara();
+    THBNConnection direta(TAliases(pasta_ / "rede.ini"));
+    direta.SetAlias("DIRETA");
+    direta.Open();
+    std::optional<TTravaDoBanco> dela;
+    std::string retrato;
+    const auto fim = Atualiza("alter table TALT", 1, [&] {
+        rede_->Corta();
+        for (int vez = 0; vez < 100 && !dela; ++vez) try {
+                dela.emplace(direta);
+            } catch (const TOutraAtualizacao&) {  // the server has not seen the end of the others yet
+                std::this_thread::sleep_for(20ms);
+            }
+        retrato = Retrato(direta);
+    });
+    EXPECT_EQ(fim, TFimDaAtualizacao::Encerrada);
+    EXPECT_NE(Erros().find("Outra atualização deste banco de dados está em andamento"), std::string::npos) << Erros();
+    EXPECT_EQ(Diferencas(retrato, Retrato(direta)), "");
+    dela.reset();
+    direta.Close();
+    EsperaConserto();
+}
+
+TEST_F(Reconexao, um_servidor_mudo_e_avisado_e_cancelado_no_limite_e_a_corrida_segue) {
+    for (const char* comando : {"alter table TALT", "insert into BTREC", "commit"}) {
+        SCOPED_TRACE(comando);
+        Prepara();
+        const auto inicio = std::chrono::steady_clock::now();
+        const auto fim = Atualiza(
+            comando, *comando == 'c' ? 40 : 1, [&] { rede_->Emudece(); }, kCurtos);
+        EXPECT_LT(std::chrono::steady_clock::now() - inicio, 40s);
+        EXPECT_EQ(fim, TFimDaAtualizacao::Concluida) << Erros();
+        EXPECT_TRUE(tela_->Disse("sem resposta do servidor há "));
+        EXPECT_NE(Erros().find("o servidor ficou mudo até o limite"), std::string::npos) << Erros();
+        EXPECT_TRUE(Reabriu());
+        EsperaConserto();
+    }
+}
+
+TEST_F(Reconexao, um_comando_demorado_de_um_servidor_que_trabalha_nao_e_cancelado) {
+    Prepara();
+    TTelaVigiada tela;
+    THBNConnection conexao(TAliases(pasta_ / "rede.ini"));
+    conexao.SetAlias("LOJA");
+    conexao.Open();
+    conexao.ExecuteDirect("create table GRANDE (A integer, B varchar(100))");
+    const TVigia vigia(conexao, {.aviso = 100ms, .pergunta = 100ms, .limite = 600ms},
+                       [&](std::string_view texto) { tela.SemResposta(texto); });
+    conexao.ExecuteDirect(
+        "execute block as declare i integer = 0; begin while (i < 400000) do begin insert into GRANDE values (:i,"
+        " rand() || 'xxxxxxxxxxxxxxxxxxxxxxxx'); i = i + 1; end end");
+    conexao.ExecuteDirect("create index GRANDE_B on GRANDE (B, A)");
+    EXPECT_TRUE(tela.Disse("o servidor trabalha no mesmo comando há "));
+    EXPECT_EQ(Linhas(conexao, "select count(*) from GRANDE"), "400000");
+}
+
+}  // namespace
+}  // namespace wkd
