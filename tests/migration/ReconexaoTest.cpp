@@ -159,7 +159,7 @@ TEST_F(Reconexao, uma_conexao_que_morreu_antes_e_reaberta_e_nada_se_relata) {
 
 TEST_F(Reconexao, onde_quer_que_a_rede_caia_a_corrida_seguinte_termina) {
     std::vector<int> falhas;
-    for (int n = 3; n < comandos_; n += 17) {
+    for (int n = 3; n < comandos_; n += 37) {
         SCOPED_TRACE("statement " + std::to_string(n) + " of " + std::to_string(comandos_));
         Prepara();
         Atualiza("", n, [&] { n % 2 ? rede_->CortaAVolta() : rede_->Corta(); });
