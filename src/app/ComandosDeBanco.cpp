@@ -55,7 +55,7 @@ TCodigoDeSaida MostraPlano(const TAmbiente& ambiente, const TPedePlano& pedido) 
         const auto plano = Planeja(dm, opcoes, estado);
         if (!plano) return TCodigoDeSaida::Encerrada;
         std::cout << (pedido.json ? PlanoEmJson(*plano) : PlanoEmTexto(*plano)) << std::flush;
-        if (!plano->Muda()) return TCodigoDeSaida::Sucesso;
+        if (!plano->Muda() && plano->achados.empty()) return TCodigoDeSaida::Sucesso;
         return plano->TemAchados() ? TCodigoDeSaida::ComAchados : TCodigoDeSaida::ComMudancas;
     });
 }

@@ -18,8 +18,12 @@ std::string Linhas(const std::vector<std::string>& linhas, std::string_view recu
     return texto;
 }
 
+std::string Registros(std::int64_t registros) {
+    return ComMilhares(registros) + (registros == 1 ? " registro" : " registros");
+}
+
 std::string Volume(std::int64_t registros, std::int64_t bytes) {
-    return ComMilhares(registros) + (registros == 1 ? " registro, " : " registros, ") + ComMilhares(bytes) + " bytes";
+    return Registros(registros) + ", " + ComMilhares(bytes) + " bytes";
 }
 
 std::string EmTexto(const TAchado& achado) {
@@ -46,6 +50,7 @@ struct TContagem {
 
 TContagem Conta(const TPlano& plano) {
     TContagem conta;
+    conta.achados = static_cast<std::int64_t>(plano.achados.size());
     for (const auto& tabela : plano.tabelas) {
         std::int64_t& acao = tabela.acao == TAcaoDaTabela::Cria         ? conta.cria
                              : tabela.acao == TAcaoDaTabela::Altera     ? conta.altera
@@ -103,6 +108,10 @@ std::string PlanoEmTexto(const TPlano& plano) {
     if (!plano.preparacao.empty()) texto += "Antes das tabelas\n" + Linhas(plano.preparacao, "    ") + "\n";
     if (!plano.correcoes.empty())
         texto += "Correções que este banco ainda não viu: " + Junta(plano.correcoes, ", ") + "\n\n";
+    for (const auto& troca : plano.trocas)
+        texto += troca.tabela + ": saem " + Registros(troca.saem) + " e entram " + ComMilhares(troca.entram) + " de " +
+                 troca.arquivo + " do pacote\n\n";
+    for (const auto& achado : plano.achados) texto += EmTexto(achado) + "\n";
     std::vector<std::string> iguais;
     for (const auto& tabela : plano.tabelas) {
         if (tabela.acao == TAcaoDaTabela::Nada)
@@ -126,7 +135,13 @@ std::string PlanoEmJson(const TPlano& plano) {
                   {"recusadaPorUsuarios", plano.EsperaUsuarios()},
                   {"preparacao", plano.preparacao},
                   {"correcoes", plano.correcoes},
+                  {"trocas", TJson::array()},
+                  {"achadosAntes", TJson::array()},
                   {"tabelas", TJson::array()}};
+    for (const auto& troca : plano.trocas)
+        json["trocas"].push_back(
+            {{"tabela", troca.tabela}, {"arquivo", troca.arquivo}, {"saem", troca.saem}, {"entram", troca.entram}});
+    for (const auto& achado : plano.achados) json["achadosAntes"].push_back(EmJson(achado));
     for (const auto& tabela : plano.tabelas) json["tabelas"].push_back(EmJson(tabela));
     return json.dump(2, ' ', false, TJson::error_handler_t::replace) + "\n";
 }

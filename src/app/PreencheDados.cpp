@@ -24,6 +24,21 @@ void DizQuemAtualiza(TDataModulo& dm, TDadosDoAlias& dados) {
     dados.erro = TOutraAtualizacao(*quem).what();
 }
 
+/// False in a database of the older generation. Users that cannot be read look like none of them, and mean nothing.
+bool ListaUsuarios(TConnection& conexao, TDadosDoAlias& dados) {
+    dados.numUsuarios = "-1 (Versão HBN3)";
+    try {
+        const auto total = ContaUsuariosOnline(conexao);
+        auto usuarios = total ? ListaUsuariosOnline(conexao) : std::nullopt;
+        if (!usuarios) return false;
+        dados.numUsuarios = std::to_string(*total);
+        dados.usuarios = std::move(*usuarios);
+        dados.usuariosOnline = true;
+    } catch (const std::exception&) {
+    }
+    return true;
+}
+
 }  // namespace
 
 TDadosDoAlias PreencheDados(TDataModulo& dm, TEstado& estado, const std::string& alias) {
@@ -31,14 +46,7 @@ TDadosDoAlias PreencheDados(TDataModulo& dm, TEstado& estado, const std::string&
     dm.SQLConnection1.Close();
     if (alias.empty()) return dados;
     Abre(dm, alias, dados);
-    try {
-        dados.numUsuarios = std::to_string(ContaUsuariosOnline(dm.SQLConnection1));
-        dados.usuarios = ListaUsuariosOnline(dm.SQLConnection1);
-        dados.usuariosOnline = true;
-    } catch (const std::exception&) {
-        dados.numUsuarios = "-1 (Versão HBN3)";
-    }
-    estado.usuariosOnline = dados.usuariosOnline;
+    estado.usuariosOnline = ListaUsuarios(dm.SQLConnection1, dados);
     try {
         DizQuemAtualiza(dm, dados);
         dados.caminhoBanco = dm.SQLConnection1.RetornaDadosConexao().Texto();

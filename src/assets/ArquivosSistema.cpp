@@ -49,13 +49,13 @@ class TCargaDeArquivos {
 
     /// The statement is issued twice.
     void ApagaPeloServidor(const std::string& nome) {
-        const std::string comando = "delete from tarq_ver where upper(arquivo) = '" + Maiusculas(nome) + "'";
+        const std::string comando = "delete from tarq_ver where upper(arquivo) = " + Aspas(Maiusculas(nome));
         dm_.Executa(comando);
         dm_.Executa(comando);
         dm_.Commit(comando);
     }
 
-    /// What the server left: names that it capitalises in another way, or that hold a quote.
+    /// What the server left: names that it capitalises in another way.
     void ApagaPeloNome(const std::string& nome) {
         const auto [primeiro, ultimo] = guardados_.equal_range(ChaveDeNome(nome));
         for (auto guardado = primeiro; guardado != ultimo; ++guardado)
@@ -95,6 +95,8 @@ void AtualizaArquivosSistema(TDataModulo& dm, const TPastaDeTrabalho& pasta) {
     if (arquivo.empty()) throw TErroPacote("O pacote não contém o arquivo ARQUIVOS. Peça um pacote completo.");
     const TDataPacket pacote = LePacote(arquivo);
     ExigeCampos(pacote, arquivo, {"arquivo"});
+    for (const auto& campo : pacote.campos)
+        if (!NomeDeSql(campo.nome)) throw TErroPacote(RecusaDoNome("Pacote ARQUIVOS, nome de campo", campo.nome));
     TCargaDeArquivos carga(dm, pacote);
 
     ITela& tela = dm.Tela();

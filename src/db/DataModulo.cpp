@@ -18,6 +18,10 @@ constexpr int kUmaAUma = 8;
 
 TDataModulo::TDataModulo(TAliases aliases, ITela& tela, TFabricaDeConexao fabrica)
     : SQLConnection1(std::move(aliases), std::move(fabrica)), Atualiza(SQLConnection1), tela_(tela) {
+    Atualiza.Dicionario().SetRecusa([this](std::string_view tabela, const std::string& texto) {
+        tela_.Memo2(texto);
+        tela_.SetLog(texto, tabela, "Nomes do dicionário");
+    });
     SArquivoNovo.SetFiltered(true);
 
     SatribNovo.SetIndexFieldNames("ARQUIVO");

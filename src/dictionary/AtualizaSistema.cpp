@@ -5,6 +5,7 @@
 #include "DicionarioDoPacote.h"
 #include "IndicesRetirados.h"
 #include "Texto.h"
+#include "WKDQuery.h"
 
 namespace wkd {
 
@@ -26,11 +27,7 @@ bool DoDicionario(const std::filesystem::path& arquivo) {
 std::string TabelaDoArquivo(const std::filesystem::path& arquivo) {
     const std::string nome = NomeUtf8(arquivo);
     const std::string tabela = nome.substr(0, nome.find('.'));
-    const auto serve = [](char c) {
-        return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_' || c == '$';
-    };
-    if (tabela.empty() || !std::ranges::all_of(tabela, serve))
-        throw TErroPacote(nome + ": o nome do arquivo não é nome de tabela");
+    if (!NomeDeSql(tabela)) throw TErroPacote(nome + ": o nome do arquivo não é nome de tabela");
     return tabela;
 }
 
@@ -90,9 +87,20 @@ void InsereLinhas(TConnection& conexao, std::string_view tabela, const std::vect
     }
 }
 
-/// Empties and refills the table in one transaction. True when every field of the file has its column.
-bool RecarregaTabela(TDataModulo& dm, const std::string& tabela, const std::filesystem::path& arquivo) {
-    const TTabelaEmMemoria dados = LePacote(arquivo).Tabela();
+struct TRecarga {
+    bool completa = false;  // every field of the file has its column
+    std::int64_t sairam = 0;
+    std::size_t entraram = 0;
+    std::vector<TLinhaRecusada> recusadas;
+};
+
+/// Empties and refills the table in one transaction.
+TRecarga RecarregaTabela(TDataModulo& dm, const std::string& tabela, const std::filesystem::path& arquivo) {
+    if (!dm.ExisteTabela(tabela)) throw TErroPacote("o banco não tem a tabela " + tabela);
+    TTabelaEmMemoria dados = LePacote(arquivo).Tabela();
+    TRecarga recarga;
+    recarga.recusadas = RecusaNomes(dados, tabela, arquivo);
+    recarga.entraram = dados.linhas.size();
     const auto& fisicas = dm.ColunasFisicas(tabela);
     const auto destinos = Destinos(fisicas, dados.campos, tabela);
     TConnection& conexao = dm.SQLConnection1;
@@ -100,14 +108,28 @@ bool RecarregaTabela(TDataModulo& dm, const std::string& tabela, const std::file
     {
         const auto apaga = conexao.Prepara("DELETE FROM " + tabela);
         TTransacao transacao(conexao);
-        apaga->Executa();
+        recarga.sairam = apaga->Executa();
         InsereLinhas(conexao, tabela, destinos, dados.linhas);
         GravaRetirados(conexao, retirados);
         transacao.Commit();
     }
-    return std::ranges::all_of(dados.campos, [&](const TCampo& campo) {
+    recarga.completa = std::ranges::all_of(dados.campos, [&](const TCampo& campo) {
         return std::ranges::any_of(fisicas, [&](const auto& fisica) { return IgualSemCaixa(fisica.nome, campo.nome); });
     });
+    return recarga;
+}
+
+void RelataTroca(ITela& tela, const std::string& tabela, const std::string& arquivo, const TRecarga& recarga) {
+    if (TrocaRegistrosDoCliente(tabela))
+        tela.Memo1("Tabela " + tabela + ": saíram " + std::to_string(recarga.sairam) + " registro(s) e entraram " +
+                   std::to_string(recarga.entraram) + " de " + arquivo + " do pacote");
+}
+
+void RelataRecusadas(ITela& tela, const TRecarga& recarga) {
+    for (const auto& [tabela, texto] : recarga.recusadas) {
+        tela.Memo2(texto);
+        tela.SetLog(texto, tabela, "Atualizando tabelas de sistema");
+    }
 }
 
 /// Reloads the files in turn, then merges what the customer added. The first time, whatever fails may be for want of a
@@ -122,18 +144,23 @@ TArquivos Recarrega(TDataModulo& dm, const TArquivos& arquivos, const TReconstru
         tela.ProcessaMensagens();
         tela.PbAtual().Posicao(tela.PbAtual().Posicao() + 1);
         if (DoDicionario(arquivo)) continue;
-        tela.LblAtual("Atualizando tabelas de sistema..." + NomeUtf8(arquivo));
+        const std::string nome = NomeUtf8(arquivo);
+        tela.LblAtual("Atualizando tabelas de sistema..." + nome);
         try {
             const std::string tabela = TabelaDoArquivo(arquivo);
             if (GuardaAberta(abertas, tabela))
                 throw TErroPacote("a reconstrução da tabela não terminou; rode a atualização de novo");
-            if (!RecarregaTabela(dm, tabela, arquivo)) adiados.push_back(arquivo);
+            const TRecarga recarga = RecarregaTabela(dm, tabela, arquivo);
+            RelataTroca(tela, tabela, nome, recarga);
+            if (primeiraVez && !recarga.completa)
+                adiados.push_back(arquivo);
+            else
+                RelataRecusadas(tela, recarga);
         } catch (const std::exception& erro) {
             if (primeiraVez) {
                 adiados.push_back(arquivo);
                 continue;
             }
-            const std::string nome = NomeUtf8(arquivo);
             tela.Memo2("Erro atualizando tabela de sistema " + nome + ": " + erro.what());
             tela.SetLog(erro.what(), nome, "Atualizando tabelas de sistema");
         }
@@ -145,6 +172,25 @@ TArquivos Recarrega(TDataModulo& dm, const TArquivos& arquivos, const TReconstru
 }
 
 }  // namespace
+
+bool TrocaRegistrosDoCliente(std::string_view tabela) {
+    return !TabelaDoDicionario(tabela) && !IgualSemCaixa(tabela, "SISTEMA");
+}
+
+std::vector<TTrocaDeRegistros> TrocasDeRegistros(TDataModulo& dm, const TPastaDeTrabalho& pasta) {
+    std::vector<TTrocaDeRegistros> trocas;
+    for (const auto& arquivo : pasta.Arquivos(".wkd")) {
+        const std::string nome = NomeUtf8(arquivo), tabela = nome.substr(0, nome.find('.'));
+        if (!NomeDeSql(tabela) || !TrocaRegistrosDoCliente(tabela) || !dm.ExisteTabela(tabela)) continue;
+        try {
+            const auto entram = static_cast<std::int64_t>(LePacote(arquivo).linhas.size());
+            const auto saem = ContaRegistros(dm.SQLConnection1, "select count(*) as total from " + tabela);
+            trocas.push_back({Maiusculas(tabela), nome, saem, entram});
+        } catch (const TErroPacote&) {  // the update leaves the rows as they are, and says so
+        }
+    }
+    return trocas;
+}
 
 TArquivos AtualizaSistema(TDataModulo& dm, const TPastaDeTrabalho& pasta, const TReconstrucoesAbertas& abertas) {
     return Recarrega(dm, pasta.Arquivos(".wkd"), abertas, true);

@@ -1,5 +1,6 @@
 #include "LeituraDoDicionario.h"
 
+#include <algorithm>
 #include <map>
 #include <optional>
 #include <set>
@@ -216,7 +217,40 @@ void TLeituraDoDicionario::Solta() {
     if (const auto memoria = memoria_.lock()) memoria->Solta();
 }
 
+bool TLeituraDoDicionario::Aceita(std::string_view tabela, std::string_view parte, std::string_view nome) {
+    if (NomeDeSql(Apara(nome))) return true;
+    const std::string texto =
+        RecusaDoNome("Tabela " + std::string(Apara(tabela)) + ", " + std::string(parte) + " do dicionário", nome);
+    if (recusados_.insert(texto).second && recusa_) recusa_(tabela, texto);
+    return false;
+}
+
+std::vector<std::string> TLeituraDoDicionario::TodosOuNenhum(std::string_view tabela, std::vector<std::string> nomes) {
+    const bool todos = std::ranges::all_of(nomes, [&](const auto& nome) { return Aceita(tabela, "coluna", nome); });
+    return todos ? std::move(nomes) : std::vector<std::string>();
+}
+
 std::vector<TColunaDicionario> TLeituraDoDicionario::Colunas(std::string_view tabela) {
+    auto colunas = TodasAsColunas(tabela);
+    std::erase_if(colunas, [&](const auto& coluna) { return !Aceita(tabela, "coluna", coluna.nome); });
+    return colunas;
+}
+
+std::vector<std::string> TLeituraDoDicionario::Chave(std::string_view tabela) {
+    return TodosOuNenhum(tabela, TodaAChave(tabela));
+}
+
+std::vector<TIndiceDicionario> TLeituraDoDicionario::Indices(std::string_view tabela) {
+    auto indices = TodosOsIndices(tabela);
+    std::erase_if(indices, [&](const auto& indice) { return !Aceita(tabela, "índice", indice.nome); });
+    return indices;
+}
+
+std::vector<std::string> TLeituraDoDicionario::ColunasDoIndice(std::string_view tabela, std::string_view indice) {
+    return TodosOuNenhum(tabela, TodasDoIndice(tabela, indice));
+}
+
+std::vector<TColunaDicionario> TLeituraDoDicionario::TodasAsColunas(std::string_view tabela) {
     if (const auto memoria = memoria_.lock())
         if (const TTabelaLida* lida = memoria->Tabela(tabela)) return lida->colunas;
     std::vector<TColunaDicionario> colunas;
@@ -227,7 +261,7 @@ std::vector<TColunaDicionario> TLeituraDoDicionario::Colunas(std::string_view ta
     return colunas;
 }
 
-std::vector<std::string> TLeituraDoDicionario::Chave(std::string_view tabela) {
+std::vector<std::string> TLeituraDoDicionario::TodaAChave(std::string_view tabela) {
     if (const auto memoria = memoria_.lock())
         if (const TTabelaLida* lida = memoria->Tabela(tabela)) return lida->chave;
     std::vector<std::string> chave;
@@ -239,7 +273,7 @@ std::vector<std::string> TLeituraDoDicionario::Chave(std::string_view tabela) {
     return chave;
 }
 
-std::vector<TIndiceDicionario> TLeituraDoDicionario::Indices(std::string_view tabela) {
+std::vector<TIndiceDicionario> TLeituraDoDicionario::TodosOsIndices(std::string_view tabela) {
     if (const auto memoria = memoria_.lock())
         if (const TIndices* lidos = memoria->Indices(tabela)) return *lidos;
     std::vector<TIndiceDicionario> indices;
@@ -248,7 +282,7 @@ std::vector<TIndiceDicionario> TLeituraDoDicionario::Indices(std::string_view ta
     return indices;
 }
 
-std::vector<std::string> TLeituraDoDicionario::ColunasDoIndice(std::string_view tabela, std::string_view indice) {
+std::vector<std::string> TLeituraDoDicionario::TodasDoIndice(std::string_view tabela, std::string_view indice) {
     if (const auto memoria = memoria_.lock())
         if (const TColunasPorIndice* lidas = memoria->Colunas(tabela))
             if (const auto achadas = lidas->find(indice); achadas != lidas->end()) return achadas->second;

@@ -43,6 +43,21 @@ bool IgualSemCaixa(std::string_view a, std::string_view b) {
 
 std::string ChaveDeNome(std::string_view nome) { return Maiusculas(AparaFim(nome)); }
 
+bool NomeDeSql(std::string_view nome) {
+    const auto serve = [](char c) {
+        return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_' || c == '$';
+    };
+    return !nome.empty() && std::all_of(nome.begin(), nome.end(), serve);
+}
+
+std::string RecusaDoNome(std::string_view onde, std::string_view nome) {
+    constexpr std::size_t kMostra = 80;
+    const bool longo = nome.size() > kMostra;
+    const auto inicio = longo ? nome.substr(0, CaracteresInteiros(nome.substr(0, kMostra))) : nome;
+    return std::string(onde) + ": linha ignorada, o nome '" + std::string(inicio) + (longo ? "..." : "") +
+           "' só pode ter letras sem acento, algarismos, \"_\" e \"$\". Corrija o nome e rode de novo.";
+}
+
 std::string Aspas(std::string_view texto) { return "'" + Troca(texto, "'", "''") + "'"; }
 
 std::string Troca(std::string_view texto, std::string_view de, std::string_view para) {

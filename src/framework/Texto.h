@@ -18,6 +18,11 @@ std::string_view AparaFim(std::string_view texto);
 bool IgualSemCaixa(std::string_view a, std::string_view b);
 /// Text as dictionary names are looked up: capitals, no trailing blanks.
 std::string ChaveDeNome(std::string_view nome);
+/// Whether a name of a package or of the dictionary may be pasted into a statement: letters a to z, digits, "_" and "$"
+/// alone. Anything else could be more than a name.
+bool NomeDeSql(std::string_view nome);
+/// What is told of a name that is not one; `onde` says where it stands. The row that has it is passed over.
+std::string RecusaDoNome(std::string_view onde, std::string_view nome);
 /// SQL string literal: in single quotes, embedded quotes doubled.
 std::string Aspas(std::string_view texto);
 /// Every occurrence of `de` replaced by `para`; `de` must not be empty.

@@ -151,15 +151,7 @@ bool TAtualizacao::Confirma() {
 }
 
 bool TAtualizacao::LiberadaPelosUsuarios() {
-    if (VerificaAtualizacao(ctx_)) return true;
-    try {
-        if (ContaUsuariosOnline(ctx_.Conexao()) == 0) return true;
-    } catch (const TErroBanco& erro) {
-        // A database of the older generation has no table of connected users.
-        const TFalha falha = erro.Falha();
-        if (falha == TFalha::ObjetoInexistente || falha == TFalha::ColunaInexistente) return true;
-        throw;
-    }
+    if (VerificaAtualizacao(ctx_) || ContaUsuariosOnline(ctx_.Conexao()).value_or(0) == 0) return true;
     ctx_.Tela().Informacao("Esta atualização requer que todos os usuários fechem o sistema.");
     return false;
 }

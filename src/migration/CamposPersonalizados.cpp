@@ -141,6 +141,7 @@ void InstalaPesquisasPlugin(TContexto& ctx, std::string_view tabela, std::string
 }
 
 void InstalaCamposPlugin(TContexto& ctx, std::string_view tabela, bool recria, std::string_view plugin) {
+    if (!ctx.dm.Atualiza.Dicionario().Aceita(tabela, "tabela", tabela)) return;
     InstalaColunas(ctx, {std::string(tabela), std::string(plugin)});
     InstalaTabela(ctx, std::string(tabela), recria);
     InstalaPesquisasPlugin(ctx, tabela, plugin);

@@ -18,6 +18,7 @@ namespace wkd {
 namespace {
 
 constexpr std::size_t kApaga = 2;  // among the statements, the one that drops the column
+constexpr std::string_view kPasso = "AjustaCamposStringMaior2000";
 constexpr std::string_view kTemporaria = "CAMPO_MIGRA_WKD";
 
 struct TColunaLonga {
@@ -27,8 +28,10 @@ struct TColunaLonga {
 std::vector<TColunaLonga> ColunasLongas(TContexto& ctx) {
     std::vector<TColunaLonga> colunas;
     TWKDQuery q(ctx.Conexao(), "select arquivo,nome,tamanho from satrib where tipo = 'ftString' and tamanho >= 2000");
-    for (q.Open(); !q.Eof(); q.Next())
-        colunas.push_back({std::string(AparaFim(q.Texto("arquivo"))), std::string(AparaFim(q.Texto("nome")))});
+    for (q.Open(); !q.Eof(); q.Next()) {
+        TColunaLonga coluna{std::string(AparaFim(q.Texto("arquivo"))), std::string(AparaFim(q.Texto("nome")))};
+        if (NomeDeSql(coluna.tabela) && NomeDeSql(coluna.nome)) colunas.push_back(std::move(coluna));
+    }
     return colunas;
 }
 
@@ -96,17 +99,31 @@ int PrimeiroComando(TContexto& ctx, const TColunaLonga& coluna) {
     return soNela > 0 ? 2 : 5;
 }
 
-/// Keeps the texts that the conversion is about to cut.
+/// Where clause of the rows whose text is cut.
+std::string Longos(const TColunaLonga& coluna, TTipoBanco banco) {
+    return banco == TTipoBanco::tbSQLServer
+               ? " where len(cast(" + coluna.nome + " as nvarchar(max)) + 'x') > 1999"
+               : " where char_length(" + coluna.nome + ") > " + std::to_string(kLarguraAjustada);
+}
+
+void RelataCortados(TContexto& ctx, const TColunaLonga& coluna, std::int64_t quantos) {
+    if (quantos == 0) return;
+    const std::string linha = "Tabela " + coluna.tabela + ": " + std::to_string(quantos) + " texto(s) da coluna " +
+                              coluna.nome + " cortado(s) em " + std::to_string(kLarguraAjustada) +
+                              " caracteres; inteiros, estão em AtualizaWKD.rejeitados.jsonl";
+    ctx.Tela().Memo2(linha);
+    ctx.Tela().SetLog(linha, coluna.tabela, kPasso);
+}
+
+/// Keeps the texts that the conversion is about to cut, and tells of them.
 void GuardaCortados(TContexto& ctx, const TColunaLonga& coluna) {
-    const bool sqlServer = ctx.Banco() == TTipoBanco::tbSQLServer;
     const std::vector<std::string> chave = ctx.Conexao().ChavePrimaria(coluna.tabela).colunas;
     std::vector<std::string> lidas = {coluna.nome};
     for (const auto& nome : chave) lidas.push_back(Identificador(nome, ctx.Banco()));
-    const std::string longos = sqlServer ? "len(cast(" + coluna.nome + " as nvarchar(max)) + 'x') > 1999"
-                                         : "char_length(" + coluna.nome + ") > " + std::to_string(kLarguraAjustada);
-    TWKDQuery q(ctx.Conexao(), "select " + Junta(lidas, ",") + " from " + coluna.tabela + " where " + longos);
-    TRejeitados rejeitados(ctx, coluna.tabela, "AjustaCamposStringMaior2000");
-    for (q.Open(); !q.Eof(); q.Next()) {
+    TWKDQuery q(ctx.Conexao(), "select " + Junta(lidas, ",") + " from " + coluna.tabela + Longos(coluna, ctx.Banco()));
+    TRejeitados rejeitados(ctx, coluna.tabela, kPasso);
+    std::int64_t quantos = 0;
+    for (q.Open(); !q.Eof(); q.Next(), ++quantos) {
         TPares valores;
         for (const auto& nome : chave) valores.emplace_back(nome, q.Campo(nome));
         const std::string erro = "texto cortado em " + std::to_string(kLarguraAjustada) + " caracteres";
@@ -115,6 +132,7 @@ void GuardaCortados(TContexto& ctx, const TColunaLonga& coluna) {
                                      " não foi ajustada: os textos cortados não puderam ser guardados");
     }
     LevaRejeitadosAoDisco(ctx);
+    RelataCortados(ctx, coluna, quantos);
 }
 
 void Ajusta(TContexto& ctx, const TColunaLonga& coluna) {
@@ -167,7 +185,11 @@ std::vector<TTextoParaAjustar> TextosParaAjustar(TContexto& ctx) {
         const int primeiro = PrimeiroComando(ctx, coluna);
         if (primeiro == 0) continue;
         const auto comandos = Comandos(coluna, ctx.Banco());
-        textos.push_back({coluna.tabela, coluna.nome, {comandos.begin() + primeiro - 1, comandos.end()}});
+        const auto cortados = primeiro > 2
+                                  ? 0
+                                  : ContaRegistros(ctx.Conexao(), "select count(*) as total from " + coluna.tabela +
+                                                                      Longos(coluna, ctx.Banco()));
+        textos.push_back({coluna.tabela, coluna.nome, {comandos.begin() + primeiro - 1, comandos.end()}, cortados});
     }
     return textos;
 }

@@ -1,10 +1,11 @@
 #include "CargaDoPacote.h"
 
+#include <algorithm>
+#include <iterator>
 #include <map>
 #include <set>
 #include <utility>
 
-#include "DicionarioDoPacote.h"
 #include "Selecao.h"
 #include "Texto.h"
 
@@ -82,6 +83,7 @@ std::string ServidorVivo(TConnection& conexao) {
 
 bool TemDicionario(TContexto& ctx) {
     ctx.dm.AtualizaListaDeTabelas();
+    ctx.dm.Atualiza.Dicionario().EsqueceRecusas();
     for (const std::string_view tabela : {"SARQUIVO", "SATRIB"}) {
         if (ctx.dm.ExisteTabela(tabela)) continue;
         ctx.Tela().Informacao("O banco de dados não tem a tabela " + std::string(tabela) +
@@ -108,18 +110,26 @@ bool Desempacota(TContexto& ctx, TPastaDeTrabalho& pasta) {
     return true;
 }
 
-void CarregaDicionarios(TContexto& ctx, const TPastaDeTrabalho& pasta) {
+std::vector<TLinhaRecusada> CarregaDicionarios(TContexto& ctx, const TPastaDeTrabalho& pasta) {
     TDataModulo& dm = ctx.dm;
     dm.SarquivoVelho.Close();
     dm.SatribVelho.Close();
     dm.SArquivoNovo.Close();
     dm.SatribNovo.Close();
-    auto tabelas = LeSarquivo(pasta.Arquivo(kSarquivo)).Tabela();
-    auto colunas = LeSatrib(pasta.Arquivo(kSatrib)).Tabela();
+    auto tabelas = LeSarquivo(pasta.Arquivo(kSarquivo)).Tabela(), colunas = LeSatrib(pasta.Arquivo(kSatrib)).Tabela();
+    auto recusadas = RecusaNomes(tabelas, "SARQUIVO", kSarquivo);
+    std::ranges::move(RecusaNomes(colunas, "SATRIB", kSatrib), std::back_inserter(recusadas));
+    for (const auto& [tabela, texto] : recusadas) {
+        ctx.Tela().Memo2(texto);
+        ctx.Tela().SetLog(texto, tabela, "Carregar pacote");
+    }
+    if (tabelas.linhas.empty() || colunas.linhas.empty())
+        throw TErroPacote("O dicionário do pacote não tem nomes que sirvam. É preciso um pacote completo.");
     const TGrafias grafias = UnificaTabelas(ctx, tabelas);
     if (!grafias.empty()) UnificaColunas(colunas, grafias);
     dm.SArquivoNovo.Carrega(std::move(tabelas));
     dm.SatribNovo.Carrega(std::move(colunas));
+    return recusadas;
 }
 
 /// That of an open rebuild is not known any more: any version ends it.

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <vector>
+
 #include "Contexto.h"
+#include "DicionarioDoPacote.h"
 #include "Pacote.h"
 
 namespace wkd {
@@ -13,8 +16,9 @@ std::string ServidorVivo(TConnection& conexao);
 bool TemDicionario(TContexto& ctx);
 /// Extracts the package of the options into the working directory.
 bool Desempacota(TContexto& ctx, TPastaDeTrabalho& pasta);
-/// Loads the package's dictionary into SArquivoNovo and SatribNovo. Throws TErroPacote when it cannot be used.
-void CarregaDicionarios(TContexto& ctx, const TPastaDeTrabalho& pasta);
+/// Loads the package's dictionary into SArquivoNovo and SatribNovo but the rows that it answers with, which are
+/// reported. Throws TErroPacote when it cannot be used.
+std::vector<TLinhaRecusada> CarregaDicionarios(TContexto& ctx, const TPastaDeTrabalho& pasta);
 /// A table's negative version in the package, which would say that its rebuild is open, counts as the stored one and is
 /// reported. Expects the stored dictionary open.
 void DesconsideraVersoesNegativas(TContexto& ctx);

@@ -60,27 +60,32 @@ TValor ValorDoCampo(TContexto& ctx, const TCampoComum& campo, bool preencheObrig
     return ConverteParaColuna(valor.Converte(campo.destino->tipo), *campo.destino);
 }
 
+/// Entry about a row that SATRIB takes in part, or not at all.
+void LogDaColuna(TContexto& ctx, const std::string& coluna, const std::exception& erro) {
+    ctx.Log("Coluna " + coluna + " em SATRIB: " + erro.what());
+}
+
 /// What does not fit is logged and stays NULL, unless the row would not do without it.
 TValor ValorOuNulo(TContexto& ctx, const TCampoComum& campo, bool preencheObrigatorios) {
     try {
         return ValorDoCampo(ctx, campo, preencheObrigatorios);
     } catch (const TErroConversao& erro) {
         if (Essencial(campo.destino->nome)) throw;
-        ctx.Log(erro.what());
+        LogDaColuna(ctx, ctx.dm.SatribNovo.Texto("NOME"), erro);
         return {};
     }
 }
 
 /// False, and an entry of the run log, when the row was refused by something that may have passed already. The server
 /// takes back a refused row alone; the rows before and behind it stay.
-bool Executa(TContexto& ctx, TComando& inclui) {
+bool Executa(TContexto& ctx, TComando& inclui, const std::string& coluna) {
     try {
         inclui.Executa();
         return true;
     } catch (const TErroBanco& erro) {
         if (erro.ConexaoPerdida()) throw;
         ctx.repeteTabela = true;
-        ctx.Log(erro.what());
+        LogDaColuna(ctx, coluna, erro);
         return !erro.Passageiro();
     }
 }
@@ -98,7 +103,7 @@ std::vector<TLinha> LinhasNovas(TContexto& ctx, const std::string& nome, const T
             if (arquivo) linha[*arquivo] = nome;
             linhas.push_back(std::move(linha));
         } catch (const TErroConversao& erro) {
-            ctx.Log(erro.what());
+            LogDaColuna(ctx, novo.Texto("NOME"), erro);
         }
     }
     return linhas;
@@ -106,12 +111,14 @@ std::vector<TLinha> LinhasNovas(TContexto& ctx, const std::string& nome, const T
 
 void IncluiLinhas(TContexto& ctx, const TCamposComuns& campos, const std::vector<TLinha>& linhas) {
     const auto inclui = ctx.Conexao().Prepara(ComandoInclui(campos));
+    const auto nome = LugarDoCampo(campos, "NOME");
     for (const TLinha& linha : linhas) {
+        const std::string coluna = nome ? linha[*nome].ComoTexto() : std::string();
         try {
             for (std::size_t i = 0; i < linha.size(); ++i) inclui->Atribui(i, linha[i]);
-            if (!Executa(ctx, *inclui)) Executa(ctx, *inclui);
+            if (!Executa(ctx, *inclui, coluna)) Executa(ctx, *inclui, coluna);
         } catch (const TErroConversao& erro) {  // a text that the connection cannot hold
-            ctx.Log(erro.what());
+            LogDaColuna(ctx, coluna, erro);
         }
     }
 }

@@ -1,6 +1,7 @@
 #include "Duplicidade.h"
 
 #include <optional>
+#include <utility>
 
 #include "Texto.h"
 
@@ -8,13 +9,13 @@ namespace wkd {
 
 namespace {
 
-std::string Chave(const TClientDataSet& sarquivo) {
-    return sarquivo.Texto("NOME_ARQUIVO") + sarquivo.Texto("COD_MODULO");
-}
+using TPar = std::pair<std::string, std::string>;
 
-TResultado ApagaPar(TContexto& ctx, const TClientDataSet& sarquivo) {
-    return ctx.dm.Executa("DELETE FROM SARQUIVO WHERE cod_modulo = '" + sarquivo.Texto("COD_MODULO") +
-                          "' and NOME_ARQUIVO = '" + sarquivo.Texto("NOME_ARQUIVO") + "'");
+TPar Par(const TClientDataSet& sarquivo) { return {sarquivo.Texto("COD_MODULO"), sarquivo.Texto("NOME_ARQUIVO")}; }
+
+TResultado ApagaPar(TContexto& ctx, const TPar& par) {
+    return ctx.dm.Executa("DELETE FROM SARQUIVO WHERE cod_modulo = " + Aspas(par.first) +
+                          " and NOME_ARQUIVO = " + Aspas(par.second));
 }
 
 }  // namespace
@@ -27,13 +28,13 @@ void VerificaDuplicidadeSarquivo(TContexto& ctx) {
     duplicidade.SetIndexFieldNames("COD_MODULO;NOME_ARQUIVO");
 
     std::optional<TErroBanco> falha;
-    std::optional<std::string> anterior;
+    std::optional<TPar> anterior;
     duplicidade.Open();
     for (duplicidade.First(); !duplicidade.Eof(); duplicidade.Next()) {
-        const std::string chave = Chave(duplicidade);
-        if (chave == anterior && !ctx.abertas.contains(ChaveDeNome(duplicidade.Texto("NOME_ARQUIVO"))))
-            if (const TResultado apagou = ApagaPar(ctx, duplicidade); !apagou) falha = apagou.Erro();
-        anterior = chave;
+        const TPar par = Par(duplicidade);
+        if (par == anterior && !ctx.abertas.contains(ChaveDeNome(par.second)))
+            if (const TResultado apagou = ApagaPar(ctx, par); !apagou) falha = apagou.Erro();
+        anterior = par;
     }
     if (falha) throw *falha;
 }

@@ -23,7 +23,7 @@ void AcrescentaPersonalizadas(TContexto& ctx, const std::string& tabela, std::ve
         const std::string nome(Apara(q.Texto("NOME")));
         const bool tem = std::any_of(colunas.begin(), colunas.end(),
                                      [&](const auto& coluna) { return IgualSemCaixa(coluna.nome, nome); });
-        if (tem) continue;
+        if (tem || !ctx.dm.Atualiza.Dicionario().Aceita(tabela, "coluna", nome)) continue;
         colunas.push_back({nome, std::string(Apara(q.Texto("TIPO"))), q.Texto("TAMANHO"), q.Texto("VALOR_PADRAO"),
                            q.Texto("CALCULO"), static_cast<int>(q.Inteiro("CHAVE_DE_PESQUISA")),
                            q.Inteiro("SEQUENCIA")});

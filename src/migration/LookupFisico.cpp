@@ -1,5 +1,7 @@
 #include "LookupFisico.h"
 
+#include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "Texto.h"
@@ -28,16 +30,32 @@ std::vector<TColunaLookup> ColunasLookup(TConnection& conexao) {
     return colunas;
 }
 
-/// Pairs of parent and child fields, as the subquery compares them.
-std::string Condicao(TWKDQuery& slookup, const TColunaLookup& coluna) {
-    std::string condicao;
+using TCampos = std::vector<std::pair<std::string, std::string>>;  // parent and child
+
+TCampos CamposLigados(TWKDQuery& slookup, const TColunaLookup& coluna) {
+    TCampos campos;
     slookup.Param("pArquivo", coluna.tabela).Param("pCampo", coluna.nome);
-    for (slookup.Open(); !slookup.Eof(); slookup.Next()) {
-        if (!condicao.empty()) condicao += " and ";
-        condicao += "(" + coluna.tabela + "." + slookup.Texto("campopai") + " = " + coluna.lookup + "." +
-                    slookup.Texto("campofilho") + ")";
-    }
-    return condicao;
+    for (slookup.Open(); !slookup.Eof(); slookup.Next())
+        campos.emplace_back(slookup.Texto("campopai"), slookup.Texto("campofilho"));
+    return campos;
+}
+
+/// As the subquery compares them.
+std::string Condicao(const TCampos& campos, const TColunaLookup& coluna) {
+    std::vector<std::string> partes;
+    for (const auto& [pai, filho] : campos)
+        partes.push_back("(" + coluna.tabela + "." + pai + " = " + coluna.lookup + "." + filho + ")");
+    return Junta(partes, " and ");
+}
+
+/// Whether the names may stand in a statement. A lookup without a field to take fails by itself.
+bool Aceita(TContexto& ctx, const TColunaLookup& coluna, const TCampos& campos) {
+    std::vector<std::string> nomes = {coluna.tabela, coluna.nome, coluna.lookup, coluna.retorno};
+    for (const auto& [pai, filho] : campos) nomes.insert(nomes.end(), {pai, filho});
+    const std::string parte = "lookup " + coluna.nome;
+    return std::ranges::all_of(nomes, [&](const auto& nome) {
+        return Apara(nome).empty() || ctx.dm.Atualiza.Dicionario().Aceita(coluna.tabela, parte, nome);
+    });
 }
 
 /// In a table that is its own lookup table both sides of the condition would be the same row.
@@ -49,10 +67,12 @@ void Ajusta(TContexto& ctx, TWKDQuery& slookup, const TColunaLookup& coluna) {
         ctx.Tela().Memo1("Lookup " + nome + " não ajustado: a tabela de lookup é a própria tabela");
         return;
     }
-    const std::string condicao = Condicao(slookup, coluna);
+    const TCampos campos = CamposLigados(slookup, coluna);
+    if (!Aceita(ctx, coluna, campos)) return;
     Tolera([&] {
         ExecutaComando(ctx.Conexao(), "update " + coluna.tabela + " set " + coluna.nome + " = (select " +
-                                          coluna.retorno + " from " + coluna.lookup + " where " + condicao + ") ");
+                                          coluna.retorno + " from " + coluna.lookup + " where " +
+                                          Condicao(campos, coluna) + ") ");
     });
     ctx.Tela().Memo1("Ajustando Lookup " + nome);
 }

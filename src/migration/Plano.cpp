@@ -51,6 +51,7 @@ class TPlanejador {
 
   private:
     void Identifica();
+    void Recusadas(const std::vector<TLinhaRecusada>& linhas);
     void Prepara();
     void TiraRepetidas();
     void SupoeDicionario(const std::vector<TComandoDoDicionario>& comandos);
@@ -77,7 +78,8 @@ std::optional<TPlano> TPlanejador::Planeja() {
     const TSuposicoes suposicoes(ctx_.dm);
     Identifica();
     if (!Desempacota(ctx_, pasta)) return std::nullopt;
-    CarregaDicionarios(ctx_, pasta);
+    Recusadas(CarregaDicionarios(ctx_, pasta));
+    plano_.trocas = TrocasDeRegistros(ctx_.dm, pasta);
     Seleciona(ctx_);
     ctx_.dm.SarquivoVelho.Open();
     ctx_.dm.SatribVelho.Open();
@@ -98,17 +100,25 @@ void TPlanejador::Identifica() {
     plano_.alias = ctx_.opcoes.alias;
     plano_.banco = ctx_.dm.SQLConnection1.RetornaDadosConexao().Texto();
     plano_.pacote = ctx_.opcoes.pacote.string();
-    try {
-        plano_.usuarios = ContaUsuariosOnline(ctx_.Conexao());
-    } catch (const TErroBanco&) {
-        plano_.usuarios = 0;  // a database of the older generation has no table of connected users
-    }
+    plano_.usuarios = ContaUsuariosOnline(ctx_.Conexao()).value_or(0);
+}
+
+void TPlanejador::Recusadas(const std::vector<TLinhaRecusada>& linhas) {
+    for (const auto& [tabela, texto] : linhas) plano_.achados.push_back({"nome-improprio", tabela, texto, 0, {}});
 }
 
 void TPlanejador::Prepara() {
     const auto textos = TextosParaAjustar(ctx_);
-    for (const auto& texto : textos)
+    for (const auto& texto : textos) {
         plano_.preparacao.insert(plano_.preparacao.end(), texto.comandos.begin(), texto.comandos.end());
+        if (texto.cortados > 0)
+            plano_.achados.push_back({"texto-cortado",
+                                      texto.tabela + "." + texto.coluna,
+                                      "textos seriam cortados em " + std::to_string(kLarguraAjustada) +
+                                          " caracteres; inteiros, ficariam em AtualizaWKD.rejeitados.jsonl",
+                                      texto.cortados,
+                                      {}});
+    }
     const auto comandos = PendenciasDoDicionario(ctx_.dm);
     for (const auto& comando : comandos) plano_.preparacao.push_back(comando.texto);
     for (const auto nome : CorrecoesPendentes(ctx_)) plano_.correcoes.emplace_back(nome);
@@ -168,8 +178,12 @@ void TPlanejador::SupoeAjustes(const std::vector<TTextoParaAjustar>& textos) {
 void TPlanejador::LeIndices(const TPastaDeTrabalho& pasta) {
     const auto le = [&](std::string_view tabela) {
         const auto arquivo = pasta.Arquivo(std::string(tabela) + ".WKD");
-        if (!arquivo.empty()) return LePacote(arquivo).Tabela();
         TTabelaEmMemoria memoria;
+        if (!arquivo.empty()) {
+            memoria = LePacote(arquivo).Tabela();
+            Recusadas(RecusaNomes(memoria, tabela, arquivo));
+            return memoria;
+        }
         if (!ctx_.dm.ExisteTabela(tabela)) return memoria;
         const auto comando = ctx_.Conexao().Prepara("select * from " + std::string(tabela));
         comando->Abre();
@@ -178,6 +192,7 @@ void TPlanejador::LeIndices(const TPastaDeTrabalho& pasta) {
             memoria.linhas.emplace_back();
             for (std::size_t i = 0; i < memoria.campos.size(); ++i) memoria.linhas.back().push_back(comando->Valor(i));
         }
+        Recusadas(RecusaNomes(memoria, tabela, tabela));
         return memoria;
     };
     const auto campo = [](const TTabelaEmMemoria& memoria, const TLinha& linha, std::string_view nome) {
@@ -304,12 +319,13 @@ void TPlanejador::ExaminaDependencias(TPlanoDaTabela& tabela) {
 }  // namespace
 
 bool TPlano::Muda() const {
-    return !preparacao.empty() || !correcoes.empty() ||
+    return !preparacao.empty() || !correcoes.empty() || !trocas.empty() ||
            std::ranges::any_of(tabelas, [](const auto& tabela) { return tabela.acao != TAcaoDaTabela::Nada; });
 }
 
 bool TPlano::TemAchados() const {
-    return EsperaUsuarios() || std::ranges::any_of(tabelas, [](const auto& tabela) { return !tabela.achados.empty(); });
+    return !achados.empty() || EsperaUsuarios() ||
+           std::ranges::any_of(tabelas, [](const auto& tabela) { return !tabela.achados.empty(); });
 }
 
 bool TPlano::EsperaUsuarios() const {

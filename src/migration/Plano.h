@@ -6,6 +6,7 @@
 
 #include "AcaoDaTabela.h"
 #include "Achado.h"
+#include "AtualizaSistema.h"
 #include "DecisaoDaTabela.h"
 
 namespace wkd {
@@ -23,10 +24,12 @@ struct TPlanoDaTabela {
 
 struct TPlano {
     std::string alias, banco, servidor, pacote;
-    std::vector<std::string> preparacao;  // statements before the tables: dictionary tables, texts of 2000 characters
-    std::vector<std::string> correcoes;   // one-off corrections that the database has not seen
-    std::vector<TPlanoDaTabela> tabelas;  // in the order of the package
-    std::int64_t usuarios = 0;            // connected
+    std::vector<std::string> preparacao;    // statements before the tables: dictionary tables, texts of 2000 characters
+    std::vector<std::string> correcoes;     // one-off corrections that the database has not seen
+    std::vector<TTrocaDeRegistros> trocas;  // rows of the customer's that packets would take the place of
+    TAchados achados;                       // before the tables
+    std::vector<TPlanoDaTabela> tabelas;    // in the order of the package
+    std::int64_t usuarios = 0;              // connected
 
     bool Muda() const;
     bool TemAchados() const;

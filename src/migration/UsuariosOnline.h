@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,8 +13,10 @@ struct TUsuarioOnline {
     std::string nomeCompleto, departamento, email;
 };
 
-/// Number of users connected to the business system. Throws TErroBanco when the database has no user table.
-std::int64_t ContaUsuariosOnline(TConnection& conexao);
-std::vector<TUsuarioOnline> ListaUsuariosOnline(TConnection& conexao);
+// Users connected to the business system. Nothing in a database of the older generation, whose table of connected
+// users, or one of its columns, does not exist; any other error is thrown.
+
+std::optional<std::int64_t> ContaUsuariosOnline(TConnection& conexao);
+std::optional<std::vector<TUsuarioOnline>> ListaUsuariosOnline(TConnection& conexao);
 
 }  // namespace wkd

@@ -22,10 +22,12 @@ std::vector<std::string> Comandos(TContexto& ctx) {
     for (q.Open(); !q.Eof(); q.Next()) {
         const std::string arquivo = q.Texto("arquivo");
         const std::string nome = q.Texto("nome");
+        if (!NomeDeSql(Apara(arquivo)) || !NomeDeSql(Apara(nome))) continue;
         if (!ctx.dm.VerificaExisteCampo(Apara(arquivo), Apara(nome))) continue;
         std::string valor = q.Texto("valor_padrao");
         if (q.Texto("tipo") == "ftFloat") valor = Troca(valor, ",", ".");
-        std::string comando = "Update " + arquivo + " set " + nome + " = '" + valor + "' where " + nome + " is null ";
+        std::string comando =
+            "Update " + arquivo + " set " + nome + " = " + Aspas(valor) + " where " + nome + " is null ";
         if (vistos.insert(comando).second) comandos.push_back(std::move(comando));
     }
     return comandos;

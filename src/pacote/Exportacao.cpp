@@ -105,10 +105,6 @@ void TiraDoCliente(TDataPacket& pacote, const TTabelaDoDicionario& tabela, const
 
 }  // namespace
 
-bool TabelaDoDicionario(std::string_view nome) {
-    return std::ranges::any_of(Dicionario(), [&](const auto& tabela) { return IgualSemCaixa(tabela.nome, nome); });
-}
-
 void ExportaDicionario(TConnection& conexao, const std::vector<std::string>& tabelas, TMontagem& montagem) {
     const auto existentes = conexao.NomesDeTabelas();
     const auto exige = [&](const std::string& nome) {

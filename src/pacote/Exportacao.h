@@ -9,8 +9,6 @@
 
 namespace wkd {
 
-/// Whether a table of that name is one of the dictionary's, letter case ignored.
-bool TabelaDoDicionario(std::string_view nome);
 /// Puts the dictionary of a database into a package: SARQUIVO, SATRIB and, where they exist, its other tables, without
 /// the customer's additions: what "U_" names, its searches ("_P_U_" behind the table's name) and indexes over its
 /// columns; then all rows of `tabelas`. Rows come in the order of their names and keys, so that equal dictionaries make

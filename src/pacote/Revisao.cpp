@@ -4,7 +4,7 @@
 #include <charconv>
 #include <set>
 
-#include "Exportacao.h"
+#include "DicionarioDoPacote.h"
 #include "Texto.h"
 
 namespace wkd {
@@ -27,12 +27,9 @@ std::int64_t TamanhoDe(const TColunaDicionario& coluna) {
     return tamanho;
 }
 
+/// What the update would not pass over, and what a server takes without quotes.
 bool Identificador(std::string_view nome) {
-    const auto serve = [](char c) {
-        return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_' || c == '$';
-    };
-    const bool letra = !nome.empty() && ((nome[0] >= 'A' && nome[0] <= 'Z') || (nome[0] >= 'a' && nome[0] <= 'z'));
-    return letra && std::ranges::all_of(nome, serve);
+    return NomeDeSql(nome) && nome[0] != '_' && nome[0] != '$' && nome[0] > '9';
 }
 
 const TColunaDicionario* Coluna(const TTabelaDoPacote& tabela, std::string_view nome) {

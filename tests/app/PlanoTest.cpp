@@ -21,6 +21,8 @@ TJson Plano(const TProgramaInstalado& loja, int codigo) {
     return TJson::parse(saida.saida, nullptr, false);
 }
 
+bool Contem(const std::string& texto, const std::string& parte) { return texto.find(parte) != std::string::npos; }
+
 const TJson& Tabela(const TJson& json, const std::string& nome) {
     for (const auto& tabela : json.at("tabelas"))
         if (tabela.at("tabela") == nome) return tabela;
@@ -235,6 +237,43 @@ TEST(Plano, diz_o_que_espera_pelos_usuarios_conectados) {
     EXPECT_TRUE(plano.at("recusadaPorUsuarios").get<bool>());
     EXPECT_EQ(Tabela(plano, "TCONTAS_REC").at("exclusivas").size(), 1u);
     EXPECT_TRUE(loja.Roda({"--plano", "LOJA;", "pacote.zip"}).Diz("seria recusada até que saiam"));
+}
+
+TEST(Plano, acha_o_que_se_perde_antes_das_tabelas) {
+    const TProgramaInstalado loja;
+    {
+        const auto banco = loja.Banco();
+        banco->ExecuteDirect("alter table TPRODUTO add OBS varchar(2500)");
+        banco->ExecuteDirect(
+            "insert into SATRIB (ARQUIVO, SEQUENCIA, NOME, TIPO, TAMANHO, CHAVE_DE_PESQUISA) values ('TPRODUTO', 9, "
+            "'OBS', 'ftString', 2500, 0)");
+        banco->ExecuteDirect(
+            "update TPRODUTO set OBS = rpad('', iif(CODIGO = (select min(CODIGO) from TPRODUTO), "
+            "1999, 1998), 'x')");
+    }
+    const std::string registros = Linhas(*loja.Banco(), "select count(*) from TVENDEDOR");
+    loja.Escreve("fontes/TVENDEDOR.WKD",
+                 "<?xml version=\"1.0\" standalone=\"yes\"?><DATAPACKET Version=\"2.0\"><METADATA><FIELDS><FIELD "
+                 "attrname=\"CODIGO\" fieldtype=\"i4\"/></FIELDS><PARAMS/></METADATA><ROWDATA><ROW CODIGO=\"1\"/>"
+                 "</ROWDATA></DATAPACKET>");
+    NoPacote(loja, "SAtrib.WKD", "NOME=\"UF\"", "NOME=\"UF int, drop X\"");
+    const TJson plano = Plano(loja, 11);
+    std::string achados;
+    for (const auto& achado : plano.at("achadosAntes"))
+        achados += achado.at("tipo").get<std::string>() + " " + achado.at("coluna").get<std::string>() + " " +
+                   achado.at("quantos").dump() + ";";
+    EXPECT_EQ(achados, "nome-improprio TESTADO 0;texto-cortado TPRODUTO.OBS 1;");
+    const TJson troca = {
+        {"tabela", "TVENDEDOR"}, {"arquivo", "TVENDEDOR.WKD"}, {"saem", std::stoi(registros)}, {"entram", 1}};
+    EXPECT_EQ(plano.at("trocas"), TJson::array({troca}));
+    const auto texto = loja.Roda({"--plano", "LOJA", "pacote.zip"});
+    EXPECT_TRUE(texto.Diz("TVENDEDOR: saem " + registros + " registros e entram 1 de TVENDEDOR.WKD do pacote"));
+    EXPECT_TRUE(texto.Diz("! texto-cortado TPRODUTO.OBS: ") && texto.Diz("! nome-improprio TESTADO: "));
+
+    const auto feita = loja.Atualiza();
+    EXPECT_EQ(feita.codigo, 1);
+    EXPECT_TRUE(Contem(feita.saida, "Tabela TVENDEDOR: saíram " + registros + " registro(s) e entraram 1"));
+    EXPECT_TRUE(Contem(feita.erros, "1 texto(s) da coluna OBS cortado(s)"));
 }
 
 TEST(Plano, termina_com_o_codigo_do_que_falta) {

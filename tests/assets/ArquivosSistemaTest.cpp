@@ -42,6 +42,7 @@ TEST_F(ArquivosSistemaTest, TheRecordsOfThePackageReplaceThoseOfTheSameName) {
     EXPECT_EQ(comandos_.front(), "select * from TARQ_VER");
     EXPECT_EQ(Executados("delete from tarq_ver where upper(arquivo) = 'MENU.CFG'"), 4) << "twice for each record";
     EXPECT_EQ(Executados("delete from tarq_ver where upper(arquivo) = 'RELAçãO.DLL'"), 2);
+    EXPECT_EQ(Executados("delete from tarq_ver where upper(arquivo) = 'D''áGUA.TXT'"), 2);
     EXPECT_EQ(Tela().memo1, (std::vector<std::string>{"Extraindo arquivos....", "Menu.cfg", "RELAçãO.dll", "D'água.txt",
                                                       "Menu.cfg"}));
     EXPECT_EQ(Tela().atuais, std::vector<std::string>{"Extraindo arquivos do sistema"});
@@ -70,6 +71,17 @@ TEST_F(ArquivosSistemaTest, ARecordThatTheTableRefusesIsReportedAndTheNextOneFol
     EXPECT_EQ(Tabela(), "sem coluna.dll|3|<null>") << "only a value needs its column";
     ASSERT_EQ(Tela().log.size(), 3u);
     EXPECT_NE(Tela().log[1].mensagem.find("CONTEUDO"), std::string::npos);
+}
+
+TEST_F(ArquivosSistemaTest, AFieldWhoseNameIsMoreThanANameReachesNoStatement) {
+    Executa("insert into TARQ_VER (ARQUIVO, VERSAO) values ('a.dll', 'velha')");
+    TDataPacket pacote;
+    pacote.campos = {CampoDePacote("ARQUIVO", TTipoDado::Texto, 100),
+                     CampoDePacote("VERSAO) select 'x', :p1 from TARQ_VER --", TTipoDado::Texto, 20)};
+    pacote.linhas = {{"a.dll", "1"}};
+    GravaPacote(pacote, pacote_.Caminho() / "ARQUIVOS", TFormaPacote::Xml);
+    EXPECT_THROW(Atualiza(), TErroPacote);
+    EXPECT_EQ(Tabela(), "a.dll|velha|<null>");
 }
 
 class ArquivosSistemaEmNoneTest : public ArquivosSistemaTest {

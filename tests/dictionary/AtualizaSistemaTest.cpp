@@ -142,5 +142,49 @@ TEST_F(AtualizaSistemaTest, FilesAheadOfTheirTablesAreLoadedAgainLater) {
     EXPECT_TRUE(modulo_.Tela().memo2.empty());
 }
 
+TEST_F(AtualizaSistemaTest, RowsOfTheCustomersThatAPacketReplacesAreToldAndPlanned) {
+    Executa("create table TCLI (CODIGO integer)");
+    Executa("insert into TCLI select 1 from rdb$types rows 3");
+    dm_.AtualizaListaDeTabelas();
+    Pacote("TCLI.wkd", {"CODIGO"}, {R"(CODIGO="7")", R"(CODIGO="8")"});
+    Pacote("SPESQ_USER.WKD", {"ARQUIVO"}, {});
+    Pacote("SPESQ.WKD", {"ARQUIVO"}, {R"(ARQUIVO="TCLI")"});
+    Pacote("SISTEMA.WKD", {"CODIGO"}, {R"(CODIGO="1")"});
+    Pacote("TFALTA.WKD", {"CODIGO"}, {R"(CODIGO="1")"});
+    std::string planejadas;
+    for (const auto& troca : TrocasDeRegistros(dm_, pasta_))
+        planejadas += troca.tabela + " " + std::to_string(troca.saem) + " " + std::to_string(troca.entram) + ";";
+    EXPECT_EQ(planejadas, "SPESQ_USER 1 0;TCLI 3 2;");
+    EXPECT_EQ(Linhas("select count(*) from TCLI"), "3");
+
+    EXPECT_EQ(Nomes(AtualizaSistema(dm_, pasta_)), std::vector<std::string>{"TFALTA.WKD"});
+    EXPECT_EQ(
+        modulo_.Tela().memo1,
+        (std::vector<std::string>{"Tabela SPESQ_USER: saíram 1 registro(s) e entraram 0 de SPESQ_USER.WKD do pacote",
+                                  "Tabela TCLI: saíram 3 registro(s) e entraram 2 de TCLI.wkd do pacote"}));
+    EXPECT_EQ(Linhas("select CODIGO from TCLI order by 1"), "7;8");
+}
+
+TEST_F(AtualizaSistemaTest, IndexesWhoseNamesAreMoreThanNamesStayOutAndAreTold) {
+    Executa("create table SINDSEC (ARQUIVO varchar(50), NOME varchar(60))");
+    Executa("create table SINDSECA (ARQUIVO varchar(50), NOME varchar(60), CAMPO varchar(60))");
+    dm_.AtualizaListaDeTabelas();
+    Pacote(
+        "SINDSEC.WKD", {"ARQUIVO", "NOME"},
+        {R"(ARQUIVO="TCLI" NOME="IX1")", R"(ARQUIVO="TCLI" NOME="IX2 on TCLI(A) --")", R"(ARQUIVO="TCLI" NOME="IX3")"});
+    Pacote("SINDSECA.WKD", {"ARQUIVO", "NOME", "CAMPO"},
+           {R"(ARQUIVO="TCLI" NOME="IX1" CAMPO="A ")", R"(ARQUIVO="TCLI" NOME="IX3" CAMPO="A")",
+            R"(ARQUIVO="TCLI" NOME="IX3" CAMPO="B) --")"});
+    Pacote("MON$ATTACHMENTS.WKD", {"MON$USER"}, {});
+    const auto adiados = AtualizaSistema(dm_, pasta_);
+    RecarregaAdiados(dm_, adiados);
+    EXPECT_EQ(Linhas("select NOME from SINDSEC order by 1"), "IX1;IX3");
+    EXPECT_EQ(Linhas("select NOME, CAMPO from SINDSECA"), "IX1|A ") << "a part of IX3 would be another index";
+    ASSERT_EQ(modulo_.Tela().memo2.size(), 3U);
+    EXPECT_TRUE(modulo_.Tela().memo2[0].starts_with("SINDSEC.WKD, registro 2, campo NOME: "));
+    EXPECT_TRUE(modulo_.Tela().memo2[1].starts_with("SINDSECA.WKD, registro 3, campo CAMPO: "));
+    EXPECT_NE(modulo_.Tela().memo2[2].find("não tem a tabela MON$ATTACHMENTS"), std::string::npos);
+}
+
 }  // namespace
 }  // namespace wkd

@@ -5,6 +5,7 @@
 
 #include "Linhas.h"
 #include "OpcoesDeTeste.h"
+#include "Plano.h"
 #include "QuedaApoio.h"
 #include "TelaDeTeste.h"
 #include "Texto.h"
@@ -29,6 +30,18 @@ class AtualizacaoTest : public testing::Test {
         dm_->SQLConnection1.Observa({});
         dm_->SQLConnection1.Close();
         return fim;
+    }
+    std::optional<TPlano> Plano(const TConnection::TObservador& observador = {}) {
+        dm_->SQLConnection1.Open();
+        dm_->SQLConnection1.Observa(observador);
+        const struct TFecha {
+            TDataModulo& dm;
+            ~TFecha() {
+                dm.SQLConnection1.Observa({});
+                dm.SQLConnection1.Close();
+            }
+        } fecha{*dm_};
+        return Planeja(*dm_, OpcoesDeTeste(pasta_), {});
     }
     /// Runs a statement; the dictionary of TALT afterwards.
     std::string Executa(std::string_view sql) {
@@ -61,6 +74,8 @@ TEST_F(AtualizacaoTest, UsersThatCannotBeCountedEndARunThatNeedsTheDatabaseAlone
                 throw TErroBanco({"recusado", 0, "", "", falha, false});
         };
     };
+    EXPECT_THROW(Plano(recusa(TFalha::Autenticacao)), TErroBanco);
+    EXPECT_TRUE(Plano(recusa(TFalha::ColunaInexistente)));
     EXPECT_EQ(Atualiza(OpcoesDeTeste(pasta_), recusa(TFalha::Autenticacao)), TFimDaAtualizacao::Encerrada);
     EXPECT_TRUE(TTelaDeTeste::Contem(tela_.infos, "recusado"));
     EXPECT_EQ(Versoes(), "TALT|1;TREC|1");
@@ -122,15 +137,67 @@ TEST_F(AtualizacaoTest, AColumnThatTheConnectionCannotHoldOrThatIsTheCustomersCo
     dm_->SQLConnection1.Aliases().INIGravaString("LOJA", "CharacterSet", "ISO8859_1");
     dm_->SQLConnection1.SetAlias("LOJA");
     std::vector<TColuna> novas(std::begin(kNovas), std::end(kNovas));
-    novas.insert(novas.begin() + 1, {{"TALT", "€", "ftInteger", 0, 0}, {"TALT", "U_SUA", "ftInteger", 0, 0}});
+    novas.insert(novas.begin() + 1, {{"TALT", "Z", "ft€", 0, 0}, {"TALT", "U_SUA", "ftInteger", 0, 0}});
     Empacota(pasta_, novas);
     EXPECT_EQ(Atualiza(OpcoesDeTeste(pasta_)), TFimDaAtualizacao::Concluida);
     EXPECT_EQ(Versoes(), "TALT|2;TNOVA|2;TREC|2");
-    const auto recusada = [](const auto& entrada) { return entrada.mensagem.starts_with("parâmetro NOME: "); };
+    const auto recusada = [](const auto& entrada) { return entrada.mensagem.starts_with("Coluna Z em SATRIB: "); };
     EXPECT_EQ(std::ranges::count_if(tela_.log, recusada), 1) << Junta(tela_.memo2, "\n");
     dm_->SQLConnection1.Open();
     EXPECT_EQ(Linhas(dm_->SQLConnection1, "select NOME from SATRIB where ARQUIVO = 'TALT' order by SEQUENCIA"),
               "CODIGO;NOME;VALOR;EXTRA");
+}
+
+/// The statement without its texts.
+std::string SemTextos(std::string_view sql) {
+    std::string resto;
+    for (bool texto = false; const char c : sql) {
+        texto = texto != (c == '\'');
+        if (!texto) resto += c;
+    }
+    return resto;
+}
+
+TEST_F(AtualizacaoTest, NamesThatAreMoreThanNamesReachNoStatementAndAreToldWithPacketAndRow) {
+    std::vector<TColuna> novas(std::begin(kNovas), std::end(kNovas));
+    novas.insert(novas.begin() + 1, {"TALT", "Z int,drop NOME --", "ftInteger", 0, 0});
+    novas.insert(novas.begin() + 5, {"TREC", "U_Y int,--", "ftInteger", 0, 0});
+    for (const TColuna& coluna : std::initializer_list<TColuna>{{"TX (A int) --", "CODIGO", "ftInteger", 0, 1},
+                                                                {"TCHV", "A", "ftInteger", 0, 1},
+                                                                {"TCHV", "B) --", "ftInteger", 0, 1}})
+        novas.push_back(coluna);
+    Empacota(pasta_, novas);
+    for (const char* sql :
+         {"insert into SINDSEC values ('TALT', 'IX on TALT(NOME) --', 0)",
+          "insert into SINDSECA values ('TALT', 'IX on TALT(NOME) --', 1, 'NOME')",
+          "insert into SINDSEC values ('TALT', 'TALT_2', 1)",
+          "insert into SINDSECA values ('TALT', 'TALT_2', 1, 'VALOR')",
+          "insert into SINDSECA values ('TALT', 'TALT_2', 2, 'NOME) --')",
+          "insert into SATRIB_USER values ('TALT', 8, 'U_Z int,drop NOME --', 'ftInteger', 0, 0, null, null)",
+          "insert into SATRIB_USER values ('TREC', 8, 'U_W int,drop NOME --', 'ftInteger', 0, 0, null, null)",
+          "insert into SATRIB_USER values ('TUSR (A int) --', 1, 'U_A', 'ftInteger', 0, 0, null, null)"})
+        Executa(sql);
+    std::string hostis;
+    const auto observa = [&](std::string_view sql) {
+        if (SemTextos(sql).find("--") != std::string::npos) hostis += std::string(sql) + "\n";
+    };
+    const auto plano = Plano(observa);
+    EXPECT_TRUE(plano && plano->TemAchados());
+    tela_.memo2.clear();
+    EXPECT_EQ(Atualiza(OpcoesDeTeste(pasta_), observa), TFimDaAtualizacao::Concluida);
+    EXPECT_EQ(hostis, "");
+    for (const char* linha :
+         {"SAtrib.WKD, registro 2, campo NOME", "SAtrib.WKD, registro 6, campo NOME",
+          "SARQUIVO.WKD, registro 4, campo NOME_ARQUIVO", "SAtrib.WKD, registro 15, campo NOME",
+          "Tabela TALT, índice do dicionário", "Tabela TALT, coluna do dicionário", "Tabela TREC, coluna do dicionário",
+          "tabela do dicionário: linha ignorada, o nome 'TUSR (A int) --'"})
+        EXPECT_TRUE(TTelaDeTeste::Contem(tela_.memo2, linha)) << linha << "\n" << Junta(tela_.memo2, "\n");
+    EXPECT_EQ(Versoes(), "TALT|2;TCHV|2;TNOVA|2;TREC|2");
+    dm_->SQLConnection1.Open();
+    EXPECT_EQ(Linhas(dm_->SQLConnection1, "select count(NOME), count(VALOR), count(EXTRA) from TALT"), "30|30|0");
+    EXPECT_EQ(Linhas(dm_->SQLConnection1, "select count(NOME), count(U_COR) from TREC"), "30|30");
+    EXPECT_TRUE(dm_->SQLConnection1.Colunas("TCHV").empty()) << "half a key would be another one";
+    EXPECT_EQ(dm_->SQLConnection1.Indices("TALT").size(), 1U) << "half an index would be another one";
 }
 
 TEST_F(AtualizacaoTest, AColumnMissingInSarquivoKeepsNoVersionFromBeingRecorded) {

@@ -47,10 +47,24 @@ TEST(CamposTextoTest, LongTextsAreCutOnceAndKept) {
     EXPECT_NE(rejeitados.find("\"chave\": {\"CODIGO\": 1, \"DATE\": 7}"), std::string::npos);
     EXPECT_NE(rejeitados.find(longo + "ba"), std::string::npos);
 
+    EXPECT_EQ(banco.tela_.memo2,
+              std::vector<std::string>{"Tabela TTXT: 1 texto(s) da coluna LONGO cortado(s) em 1998 caracteres; "
+                                       "inteiros, estão em AtualizaWKD.rejeitados.jsonl"});
+    ASSERT_EQ(banco.tela_.log.size(), 1U);
+    EXPECT_EQ(banco.tela_.log[0].tabela + " " + banco.tela_.log[0].acao, "TTXT AjustaCamposStringMaior2000");
+
     int alteracoes = 0;
     banco.Conexao().Observa([&](std::string_view sql) { alteracoes += sql.starts_with("alter"); });
     banco.Ajusta();
     EXPECT_EQ(alteracoes, 0);
+}
+
+TEST(CamposTextoTest, ADictionaryRowWhoseNameIsMoreThanANameRunsNothing) {
+    TBancoDeTextos banco;
+    banco.Executa("alter table TTXT add CAMPO_MIGRA_WKD varchar(1998)");
+    banco.Executa("update SATRIB set NOME = 'X int, drop CURTO --' where NOME = 'FANTASMA'");
+    banco.Ajusta();
+    EXPECT_EQ(banco.Le("select CURTO from TTXT where CODIGO = 1"), "curto");
 }
 
 TEST(CamposTextoTest, AnInterruptedConversionIsFinishedByTheNextRun) {

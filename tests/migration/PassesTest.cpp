@@ -30,13 +30,22 @@ TEST_F(PassesTest, RepeatedTablesLoseAllTheirRowsAndOneThatCannotBeDeletedKeepsN
     for (const std::string par : {"'1', 'TCLI'", "'2', 'TCLI'", "'1', 'TPED'", "'1', 'TCLI'", "'1', 'TCLI'",
                                   "'1', 'D''AGUA'", "'1', 'D''AGUA'", "'2', 'TZ'", "'2', 'TZ'"})
         Executa("insert into SARQUIVO (COD_MODULO, NOME_ARQUIVO) values (" + par + ")");
-
-    EXPECT_THROW(VerificaDuplicidadeSarquivo(ctx_), TErroBanco) << "the quote is not doubled";
-    EXPECT_EQ(Linhas("select COD_MODULO, NOME_ARQUIVO from SARQUIVO order by 1, 2"), "1|D'AGUA;1|D'AGUA;1|TPED;2|TCLI");
-
-    Executa("delete from SARQUIVO where NOME_ARQUIVO starting 'D'");
+    dm_.SQLConnection1.Observa([](std::string_view sql) {
+        if (sql.find("'TCLI'") != std::string_view::npos) throw TErroBanco({"em uso", 0, "", "", TFalha::EmUso, false});
+    });
+    EXPECT_THROW(VerificaDuplicidadeSarquivo(ctx_), TErroBanco);
+    dm_.SQLConnection1.Observa({});
+    EXPECT_EQ(Linhas("select COD_MODULO, NOME_ARQUIVO from SARQUIVO order by 1, 2"),
+              "1|TCLI;1|TCLI;1|TCLI;1|TPED;2|TCLI");
     VerificaDuplicidadeSarquivo(ctx_);
     EXPECT_EQ(Linhas("select NOME_ARQUIVO from SARQUIVO order by 1"), "TCLI;TPED");
+}
+
+TEST_F(PassesTest, TablesOfTwoModulesWhoseNamesReadTheSameTogetherAreTwo) {
+    for (const std::string par : {"'1', 'T1'", "'11', 'T'"})
+        Executa("insert into SARQUIVO (COD_MODULO, NOME_ARQUIVO) values (" + par + ")");
+    VerificaDuplicidadeSarquivo(ctx_);
+    EXPECT_EQ(Linhas("select COD_MODULO, NOME_ARQUIVO from SARQUIVO order by 1, 2"), "1|T1;11|T");
 }
 
 TEST_F(PassesTest, ColumnsAndLookupsOfUnknownTablesAreDeleted) {
@@ -65,7 +74,7 @@ TEST_F(PassesTest, DefaultsFillOnlyTheNullsAndOneThatFailsKeepsNoOther) {
     comandos_.clear();
     AtualizaValorPadrao(ctx_);
     EXPECT_EQ(Linhas("select * from TCLI order by CODIGO"),
-              "1||1,5|<null>|<null>|commit;2|x|1,5|<null>|<null>|commit;3|1.5|1,5|<null>|<null>|commit");
+              "1||1,5|<null>|<null>|o'brien;2|x|1,5|<null>|<null>|o'brien;3|1.5|1,5|<null>|<null>|o'brien");
     EXPECT_EQ(Executados("Update TCLI set A = '1.5' where A is null "), 1);
     EXPECT_EQ(Executados("Update TCLI set NAO_HA"), 0);
     EXPECT_TRUE(tela_.memo1.empty() && tela_.memo2.empty() && tela_.log.empty());
@@ -110,6 +119,30 @@ TEST_F(LookupFisicoTest, LookupColumnsAreFilledOncePerDatabase) {
     Executa("update TCLI set NOME_CID = 'novo'");
     AtualizaLookupFisico(ctx_);
     EXPECT_EQ(Linhas("select distinct NOME_CID from TCLI"), "novo");
+}
+
+TEST_F(LookupFisicoTest, ALookupThatWouldRunMoreThanAComparisonIsPassedOverAndTold) {
+    const struct {
+        const char *lookup, *retorno, *pai, *filho;
+    } casos[] = {{"TCID", "max(1)from TCID),PAI=9--", "UF", "UF"},
+                 {"TCID),PAI=9--", "max(1)", "UF", "UF"},
+                 {"TCID", "COD", "UF or 1=1) ),PAI=9 --", "UF"},
+                 {"TCID", "COD", "UF", "UF) ),PAI=9 --"}};
+    for (const auto& [lookup, retorno, pai, filho] : casos) {
+        ExecutaTudo({"delete from SATRIB", "delete from SLOOKUP", "delete from TINI", "update TCLI set PAI = 1",
+                     "insert into SATRIB (ARQUIVO, NOME, LOOKUP_ARQUIVO, LOOKUP_CP_RETORNO) values ('TCLI', 'CID', '" +
+                         std::string(lookup) + "', '" + retorno + "')",
+                     "insert into SLOOKUP (ARQUIVO, CAMPO, CAMPOPAI, CAMPOFILHO) values ('TCLI', 'CID', '" +
+                         std::string(pai) + "', '" + filho + "')"});
+        tela_.memo2.clear();
+        comandos_.clear();
+        AtualizaLookupFisico(ctx_);
+        EXPECT_EQ(Linhas("select distinct PAI from TCLI"), "1");
+        EXPECT_EQ(Executados("update TCLI"), 0);
+        ASSERT_EQ(tela_.memo2.size(), 1U);
+        EXPECT_TRUE(tela_.memo2[0].starts_with("Tabela TCLI, lookup CID do dicionário: linha ignorada"))
+            << tela_.memo2[0];
+    }
 }
 
 TEST_F(LookupFisicoTest, WithoutFlagTableOrLookupTableNothingIsTouched) {
