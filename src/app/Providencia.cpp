@@ -33,7 +33,7 @@ constexpr TRegra kRegras[] = {
     {"PODE ESTAR EM USO", kFeche},
     {"OUTRA ATUALIZAÇÃO", "Espere a outra atualização terminar e rode de novo."},
     {"DEPENDEM DELA", "Apague ou desfaça o que depende da tabela, rode de novo e recrie depois."},
-    {"CONTEÚDO DIFERENTE", "Não apague a tabela de backup \"B\" + nome: chame o suporte com este relatório."},
+    {"CONTEÚDO DIFERENTE", "Não apague a tabela de backup \"B\" + nome: chame o suporte com o relatório da execução."},
     {"Nº DE REGISTROS ANTES",
      "Não apague a tabela de backup \"B\" + nome; confira AtualizaWKD.rejeitados.jsonl e chame o suporte."},
     {"RECONSTRUÇÃO NÃO CONCLUÍDA",
@@ -81,7 +81,7 @@ std::string_view Providencia(std::string_view mensagem) {
     for (const TRegra& regra : kRegras)
         if (texto.find(regra.texto) != std::string::npos) return regra.providencia;
     return "Corrija a causa e rode a atualização de novo: ela continua de onde parou. Se repetir, chame o suporte com "
-           "este relatório.";
+           "o relatório da execução.";
 }
 
 }  // namespace wkd

@@ -5,6 +5,7 @@
 #include "Andamento.h"
 #include "Eco.h"
 #include "SegundoPlano.h"
+#include "Texto.h"
 #include "TextoQt.h"
 
 namespace wkd {
@@ -91,15 +92,24 @@ void TTelaDaJanela::MostraAndamento() {
 void TTelaDaJanela::EmAndamento(bool andando) {
     andando_ = andando;
     if (status_) status_->Estimativa({});
-    const std::lock_guard trava(console_);
-    linha_.Apaga();
+    NoConsole([this] { erros_.Conclui(); });
 }
 
-void TTelaDaJanela::Ecoa(void (*escreve)(std::string_view), std::string_view linha) {
+template <class F>
+void TTelaDaJanela::NoConsole(F&& escreve) {
     if (!desassistida_) return;
     const std::lock_guard trava(console_);
     linha_.Apaga();
-    escreve(linha);
+    escreve();
+}
+
+std::string TTelaDaJanela::Onde() const {
+    if (!andando_) return {};
+    const std::string geral = lblGeral_.Texto(), atual = lblAtual_.Texto();
+    std::vector<std::string> partes;
+    for (const auto& parte : {geral, atual})
+        if (!parte.empty() && parte != "Parado.") partes.push_back(parte);
+    return partes.empty() ? "Atualização" : Junta(partes, " - ");
 }
 
 void TTelaDaJanela::Descarrega() {
@@ -113,13 +123,16 @@ void TTelaDaJanela::LimparLog() {
 }
 
 void TTelaDaJanela::Memo1(std::string_view linha) {
-    Ecoa(EscreveNaSaida, linha);
+    NoConsole([&] {
+        erros_.Conclui();
+        EscreveNaSaida(linha);
+    });
     Anota([&](TNovidades& novidades) { novidades.memo1 += Q(linha); });
 }
 
 void TTelaDaJanela::Memo2(std::string_view linha) {
     houveErro_ = true;
-    Ecoa(EscreveNosErros, linha);
+    NoConsole([&, onde = Onde()] { erros_.Linha(linha, onde); });
     Anota([&](TNovidades& novidades) { novidades.memo2 += Q(linha); });
 }
 
@@ -179,6 +192,7 @@ TAcaoReconcilia TTelaDaJanela::Reconcilia(std::string_view erro, TAcaoReconcilia
 
 void TTelaDaJanela::SetLog(std::string_view mensagem, std::string_view tabela, std::string_view acao) {
     houveErro_ = true;
+    NoConsole([&, onde = Onde()] { erros_.Entrada(mensagem, tabela, acao, onde); });
     const std::size_t antes = log_.Tamanho();
     try {
         log_.SetLog(mensagem, tabela, acao, Agora());

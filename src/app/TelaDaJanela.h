@@ -9,6 +9,8 @@
 #include <string>
 
 #include "Dialogos.h"
+#include "Eco.h"
+#include "EcoDosErros.h"
 #include "IndicadoresDaTela.h"
 #include "LinhaDoTerminal.h"
 #include "LogDaExecucao.h"
@@ -77,12 +79,15 @@ class TTelaDaJanela : public ITela {
 
     template <class F>
     void Anota(F&& anota);
+    /// What an unattended run tells the console, clear of the progress line.
+    template <class F>
+    void NoConsole(F&& escreve);
+    /// What is under way; empty outside a run.
+    std::string Onde() const;
     void PedeDesenho();
     void Desenha(qsizetype linhasPorVez);
     TNovidades Retira(qsizetype linhasPorVez);
     void MostraAndamento();
-    /// Writes a line to the console of an unattended run, clear of the progress line.
-    void Ecoa(void (*escreve)(std::string_view), std::string_view linha);
 
     TLogDaExecucao& log_;
     IDialogos& dialogos_;
@@ -92,14 +97,15 @@ class TTelaDaJanela : public ITela {
     TBarraDaTela pbAtual_, pbGeral_;
     TRotuloDaTela lblAtual_, lblGeral_, semResposta_;
     std::mutex console_;
-    TLinhaDoTerminal linha_;  // behind console_
+    TLinhaDoTerminal linha_;  // behind console_, as the next
+    TEcoDosErros erros_{EscreveNosErros};
     std::chrono::steady_clock::time_point proximaLinha_{};
     std::mutex guarda_;
     TNovidades novidades_;  // behind guarda_
     std::atomic<bool> desenhoPedido_ = false;
     std::atomic<bool> houveErro_ = false;
     bool logFalhou_ = false;
-    bool andando_ = false;  // of the window's thread
+    std::atomic<bool> andando_ = false;
 };
 
 }  // namespace wkd

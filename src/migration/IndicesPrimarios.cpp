@@ -10,8 +10,8 @@ namespace {
 void VerificaTabela(TContexto& ctx, const std::string& tabela, bool temChave) {
     ITela& tela = ctx.Tela();
     if (!temChave && !ctx.dm.Atualiza.CriaIndicePrimario(tabela, false)) {
-        tela.SetLog("Tabela: ", tabela + " - NÃO POSSUI INDICE PRIMARIO", "");
         tela.Memo2("Tabela: " + tabela + " NÃO POSSUI INDICE PRIMARIO");
+        tela.SetLog("Tabela: ", tabela + " - NÃO POSSUI INDICE PRIMARIO", "");
     }
     tela.LblAtual("Verificando indices primarios: Tabela :" + tabela);
 }

@@ -2,6 +2,10 @@
 
 namespace wkd {
 
+bool MesmoErro(std::string_view linha, std::string_view mensagem) {
+    return linha.find(mensagem) != std::string_view::npos || mensagem.find(linha) != std::string_view::npos;
+}
+
 void TTelaRegistrada::Memo2(std::string_view linha) {
     tela_.Memo2(linha);
     Guarda(linha, "", "");
@@ -31,11 +35,9 @@ void TTelaRegistrada::SetLog(std::string_view mensagem, std::string_view tabela,
 void TTelaRegistrada::Guarda(std::string_view mensagem, std::string_view tabela, std::string_view acao) {
     if (!erros_.empty()) {
         TErroRegistrado& ultimo = erros_.back();
-        const bool contida = ultimo.mensagem.find(mensagem) != std::string::npos;
-        const bool contem = mensagem.find(ultimo.mensagem) != std::string_view::npos;
         const bool mesmo = ultimo.acao.empty() && ultimo.tabela.empty() && (!tabela.empty() || !acao.empty());
-        if (mesmo && (contida || contem)) {
-            if (contem) ultimo.mensagem = mensagem;
+        if (mesmo && MesmoErro(ultimo.mensagem, mensagem)) {
+            if (mensagem.size() > ultimo.mensagem.size()) ultimo.mensagem = mensagem;
             ultimo.tabela = tabela;
             ultimo.acao = acao;
             return;

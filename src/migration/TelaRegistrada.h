@@ -8,6 +8,9 @@
 
 namespace wkd {
 
+/// Whether a line of the error list and the message of a log entry are of one error: either holds the other.
+bool MesmoErro(std::string_view linha, std::string_view mensagem);
+
 /// A screen that passes everything on to another one and keeps what was reported as an error. A line of the error list
 /// and the log entry of the same error count once.
 class TTelaRegistrada : public ITela {
