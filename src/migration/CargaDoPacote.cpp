@@ -122,6 +122,7 @@ std::vector<TLinhaRecusada> CarregaDicionarios(TContexto& ctx, const TPastaDeTra
     for (const auto& [tabela, texto] : recusadas) {
         ctx.Tela().Memo2(texto);
         ctx.Tela().SetLog(texto, tabela, "Carregar pacote");
+        ctx.comRecusadas.insert(ChaveDeNome(tabela));
     }
     if (tabelas.linhas.empty() || colunas.linhas.empty())
         throw TErroPacote("O dicionário do pacote não tem nomes que sirvam. É preciso um pacote completo.");

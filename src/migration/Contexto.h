@@ -28,6 +28,7 @@ struct TContexto {
     std::string acaoAtual;
     bool repeteTabela = false;  // something of the table failed: the next run analyses it again
     TEvidencia evidencia = {};
+    std::set<std::string> comRecusadas = {};    // tables of which a row of the package was passed over
     std::set<std::string> desatualizadas = {};  // tables whose rows in SatribVelho statements have replaced
     TReconstrucoesAbertas abertas = {};         // as the run found them, and as its rebuilds change them
 

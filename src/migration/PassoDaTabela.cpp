@@ -54,7 +54,7 @@ TPassoDaTabela::TPassoDaTabela(TContexto& ctx, TMarcasDeAnalise& marcas) : ctx_(
 
 void TPassoDaTabela::Executa() {
     tabela_ = TabelaAtual(ctx_);
-    ctx_.repeteTabela = false;
+    ctx_.repeteTabela = ctx_.comRecusadas.contains(ChaveDeNome(tabela_));
     ctx_.dm.SatribNovo.SetFiltered(false);
     ctx_.Tela().ProcessaMensagens();
     ctx_.Tela().LblGeral("Analisando Tabela: " + tabela_);

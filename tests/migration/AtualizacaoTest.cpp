@@ -196,6 +196,10 @@ TEST_F(AtualizacaoTest, NamesThatAreMoreThanNamesReachNoStatementAndAreToldWithP
     dm_->SQLConnection1.Open();
     EXPECT_EQ(Linhas(dm_->SQLConnection1, "select count(NOME), count(VALOR), count(EXTRA) from TALT"), "30|30|0");
     EXPECT_EQ(Linhas(dm_->SQLConnection1, "select count(NOME), count(U_COR) from TREC"), "30|30");
+    EXPECT_EQ(Linhas(dm_->SQLConnection1,
+                     "select CHAVE from TINI where SESSAO = 'AtualizaTabela' and VALOR = 'SIM' order by CHAVE"),
+              "TALT;TCHV;TREC")
+        << "the next package may have the same version";
     EXPECT_TRUE(dm_->SQLConnection1.Colunas("TCHV").empty()) << "half a key would be another one";
     EXPECT_EQ(dm_->SQLConnection1.Indices("TALT").size(), 1U) << "half an index would be another one";
 }
