@@ -48,10 +48,13 @@ class TComando {
     virtual TValor Valor(std::size_t campo) = 0;
 };
 
-/// Keeps a table as it is: while it lives, nobody writes into the table. It must go before the table is dropped.
+/// Keeps a table as it is: while it lives, nobody writes into the table. The transaction that drops the table must be
+/// its own, so that nobody comes between.
 class TReserva {
   public:
     virtual ~TReserva() = default;
+    /// Begins the connection's transaction as the one that holds the table until its end. Once.
+    virtual void StartTransaction() = 0;
 };
 
 /// Connection to one database. One thread, one transaction at a time (cursors outside it excepted).
@@ -135,6 +138,10 @@ class TConnection {
 class TTransacao {
   public:
     explicit TTransacao(TConnection& conexao) : conexao_(conexao) { conexao_.StartTransaction(); }
+    /// The transaction of a reservation, when there is one.
+    TTransacao(TConnection& conexao, std::unique_ptr<TReserva> reserva) : conexao_(conexao) {
+        reserva ? reserva->StartTransaction() : conexao_.StartTransaction();
+    }
     ~TTransacao() {
         if (aberta_) conexao_.Rollback();
     }

@@ -27,9 +27,10 @@ void MudaVersao(TConnection& conexao, const std::string& tabela, std::int64_t ve
         ->Executa();
 }
 
-/// In one transaction: a table of that name is then known to be without its rows, whoever creates it.
-void ApagaEMarca(TConnection& conexao, const std::string& tabela) {
-    TTransacao transacao(conexao);
+/// In one transaction: a table of that name is then known to be without its rows, whoever creates it. Nobody has
+/// written into it since it was reserved.
+void ApagaEMarca(TConnection& conexao, const std::string& tabela, std::unique_ptr<TReserva> reserva) {
+    TTransacao transacao(conexao, std::move(reserva));
     MarcaBackup(conexao, NomeDaBackup(tabela), TMarcaDaBackup::Restaurando);
     conexao.Prepara("drop table " + tabela)->Executa();
     transacao.Commit();
@@ -106,12 +107,13 @@ bool TTB::ReCriaTabela(std::string_view tabela) {
         if (!versao) return Falha("A tabela " + nome + " não está em SARQUIVO");
 
         const bool existe = ExisteTabela(nome);
+        auto reserva = existe ? conexao_.Reserva(nome) : nullptr;
         const bool guardada = ExisteTabela(backup) && (!existe || (*versao == kRefazendo && Esperam(nome)));
         const bool marcada = guardada && MarcaDaBackup(conexao_, backup) != TMarcaDaBackup::Nenhuma;
         if (marcada) MarcaBackup(conexao_, backup, TMarcaDaBackup::Restaurando);
         if (guardada) MudaVersao(conexao_, nome, kRefazendo);
         if (existe && !(guardada ? CompletaBackup(nome) : GuardaNaBackup(nome))) return false;
-        if (existe) ApagaEMarca(conexao_, nome);
+        if (existe) ApagaEMarca(conexao_, nome, std::move(reserva));
         const bool erguida = Tenta([&] {
             if (!CriaTabela(nome, false)) return false;
             if (existe || guardada) Copia(conexao_, backup, nome, "");

@@ -44,6 +44,24 @@ TEST_P(ContratoDriver, AnUncommittedRowIsSeenInsideAndNotOutside) {
     EXPECT_EQ(fora->Valor(0).ComoInteiro(), 0);
 }
 
+TEST_P(ContratoDriver, TheTransactionOfAReservationDropsItsTableOrLeavesIt) {
+    Executa("create table T (A integer)");
+    Executa("create table U (A integer)");
+    for (const bool confirma : {false, true}) {
+        {
+            TTransacao transacao(Conexao(), Conexao().Reserva("T"));
+            Conexao().Prepara("insert into U values (1)")->Executa();
+            Conexao().Prepara("drop table T")->Executa();
+            if (confirma) transacao.Commit();
+        }
+        EXPECT_FALSE(Conexao().InTransaction());
+        EXPECT_EQ(Conexao().ExisteTabela("T"), !confirma);
+        EXPECT_EQ(Um("select count(*) from U").ComoInteiro(), confirma ? 1 : 0);
+    }
+    Executa("create table T (A integer, B integer)");
+    EXPECT_EQ(Um("select count(*) from T").ComoInteiro(), 0);
+}
+
 TEST_P(ContratoDriver, CursorsStayOpenSideBySideWhileStatementsRun) {
     Executa("create table T (A integer not null primary key)");
     for (int i = 1; i <= 5; ++i) Executa("insert into T values (" + std::to_string(i) + ")");

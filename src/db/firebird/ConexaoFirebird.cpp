@@ -17,11 +17,18 @@ using TModo = TTransacaoFirebird::TModo;
 class TReservaFirebird : public TReserva {
   public:
     TReservaFirebird(std::shared_ptr<TSessaoFirebird> sessao, std::string_view tabela)
-        : sessao_(std::move(sessao)), transacao_(*sessao_, TModo::Leitura, tabela) {}
+        : sessao_(std::move(sessao)),
+          transacao_(std::make_unique<TTransacaoFirebird>(*sessao_, TModo::Escrita, tabela)) {}
+
+    void StartTransaction() override {
+        if (sessao_->transacao) throw std::logic_error("já há uma transação aberta");
+        sessao_->ConfereConexao();
+        sessao_->transacao = std::move(transacao_);
+    }
 
   private:
     std::shared_ptr<TSessaoFirebird> sessao_;
-    TTransacaoFirebird transacao_;
+    std::unique_ptr<TTransacaoFirebird> transacao_;
 };
 
 class TConexaoFirebird : public TConnection {

@@ -16,7 +16,8 @@ std::string BlocoDeTransacao(TTransacaoFirebird::TModo modo, std::string_view pr
                       isc_tpb_read_committed, isc_tpb_rec_version, isc_tpb_wait};
     if (escrita || !protegida.empty()) AdicionaAoBloco(bloco, isc_tpb_lock_timeout, std::string_view("\x0A\0\0\0", 4));
     if (!protegida.empty()) {
-        AdicionaAoBloco(bloco, isc_tpb_lock_read, protegida);
+        // Protected read would let other writers in as soon as this transaction writes into the table itself.
+        AdicionaAoBloco(bloco, isc_tpb_lock_write, protegida);
         bloco += isc_tpb_protected;
     }
     return bloco;

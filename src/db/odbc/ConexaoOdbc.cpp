@@ -16,14 +16,20 @@ namespace {
 /// A shared lock on the whole table, held by a connection of its own.
 class TReservaOdbc : public TReserva {
   public:
-    TReservaOdbc(std::shared_ptr<TLigacaoOdbc> ligacao, std::string_view tabela) : ligacao_(std::move(ligacao)) {
+    TReservaOdbc(std::shared_ptr<TSessaoOdbc> sessao, std::string_view tabela)
+        : sessao_(std::move(sessao)), ligacao_(sessao_->Nova()) {
         ligacao_->CommitAutomatico(false);
         const auto sql = ReservaTSql(tabela);
         TInstrucaoOdbc(ligacao_).Executa(sql, sql);
     }
-    ~TReservaOdbc() override { ligacao_->Desliga(); }
+    ~TReservaOdbc() override {
+        if (ligacao_) ligacao_->Desliga();
+    }
+
+    void StartTransaction() override { sessao_->StartTransaction(std::move(ligacao_)); }
 
   private:
+    std::shared_ptr<TSessaoOdbc> sessao_;
     std::shared_ptr<TLigacaoOdbc> ligacao_;
 };
 
@@ -77,7 +83,7 @@ class TConexaoOdbc : public TConnection {
 
     std::unique_ptr<TReserva> Reserva(std::string_view tabela) override {
         if (!sessao_->SqlServer()) return nullptr;
-        return std::make_unique<TReservaOdbc>(sessao_->Nova(), tabela);
+        return std::make_unique<TReservaOdbc>(sessao_, tabela);
     }
 
     bool Trava(std::string_view anuncio) override {

@@ -36,9 +36,11 @@ void TSessaoOdbc::Liga() {
 void TSessaoOdbc::Desliga() noexcept {
     emTransacao_ = desfeita_ = false;
     for (const auto& leitora : leitoras_) leitora->Desliga(perdida_);
-    if (principal_) principal_->Desliga(perdida_);
+    for (const auto& ligacao : {principal_, emDescanso_})
+        if (ligacao) ligacao->Desliga(perdida_);
     leitoras_.clear();
     principal_.reset();
+    emDescanso_.reset();
 }
 
 /// On a lost connection nothing more is tried: the step that met it has failed, and the next one gets another.
@@ -92,6 +94,11 @@ void TSessaoOdbc::StartTransaction() {
     desfeita_ = false;
 }
 
+void TSessaoOdbc::StartTransaction(std::shared_ptr<TLigacaoOdbc> ligacao) {
+    StartTransaction();
+    emDescanso_ = std::exchange(principal_, std::move(ligacao));
+}
+
 void TSessaoOdbc::Commit() {
     if (!emTransacao_) throw std::logic_error("não há transação aberta");
     try {
@@ -108,7 +115,7 @@ void TSessaoOdbc::Commit() {
         Rollback();
         throw;
     }
-    emTransacao_ = false;
+    Encerra();
 }
 
 void TSessaoOdbc::Rollback() noexcept {
@@ -122,6 +129,14 @@ void TSessaoOdbc::Rollback() noexcept {
     } catch (const TErroBanco&) {
         perdida_ = true;  // it has no transaction any more
     }
+    Encerra();
+}
+
+void TSessaoOdbc::Encerra() noexcept {
+    emTransacao_ = false;
+    if (!emDescanso_) return;
+    principal_->Desliga();
+    principal_ = std::exchange(emDescanso_, nullptr);
 }
 
 void TSessaoOdbc::DepoisDoErro(const TErroBanco& erro) noexcept {

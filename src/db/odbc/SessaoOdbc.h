@@ -35,6 +35,8 @@ class TSessaoOdbc {
 
     // The program's transaction
     void StartTransaction();
+    /// The one that this connection has open already: it is the main connection until the transaction ends.
+    void StartTransaction(std::shared_ptr<TLigacaoOdbc> ligacao);
     void Commit();
     void Rollback() noexcept;
     bool InTransaction() const { return emTransacao_ && !desfeita_; }
@@ -61,6 +63,7 @@ class TSessaoOdbc {
     std::int32_t Pergunta(std::string_view sql);
     bool TransacaoDePe();
     std::string Motivo(const TErroBanco& erro) const;
+    void Encerra() noexcept;
 
     TParametrosConexao parametros_;
     std::shared_ptr<TEmCurso> emCurso_ = std::make_shared<TEmCurso>();
@@ -68,6 +71,7 @@ class TSessaoOdbc {
     std::string numero_;  // of the main connection, on a SQL Server
     bool sqlServer_ = false;
     std::shared_ptr<TLigacaoOdbc> principal_;
+    std::shared_ptr<TLigacaoOdbc> emDescanso_;  // the main one, while another has the transaction
     std::vector<std::shared_ptr<TLigacaoOdbc>> leitoras_;
     std::vector<std::string> ajustes_;
     bool emTransacao_ = false;
