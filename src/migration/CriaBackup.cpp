@@ -22,26 +22,25 @@ std::int64_t Conta(TContexto& ctx, const std::string& tabela) {
 }
 
 /// Whether the backup of an interrupted rebuild serves: the table is gone, or there is nothing in it to be saved.
+/// Throws std::runtime_error when rows came in between, which the restore must see.
 bool Aproveita(TContexto& ctx, const std::string& tabela) {
     const auto estado = EstadoDaReconstrucao(ctx, tabela);
+    if (estado == TEstadoDaReconstrucao::Restaurando && ctx.dm.ExisteTabela(tabela) && Conta(ctx, tabela) > 0)
+        throw std::runtime_error("a tabela recebeu registros durante a execução: rode de novo");
     return estado == TEstadoDaReconstrucao::Restaurando || estado == TEstadoDaReconstrucao::Desconhecida;
 }
 
-/// Whether the backup differs from the table in what the copy has rejected, and in nothing else. Without a key to pair
-/// the rows, the sums of their columns say nothing as soon as something is rejected.
-bool DifereNosRejeitados(const TConferencia& conferencia, const TResultadoDaCopia& copia) {
-    if (conferencia.naBackup != copia.gravadas || copia.lidas - copia.gravadas != copia.recusadas) return false;
-    const bool rejeitou = copia.recusadas > 0 || copia.incompletas > 0;
-    return conferencia.diferentes <= copia.incompletas && (rejeitou || conferencia.colunas.empty());
-}
-
-/// The table is dropped only when its backup is proven, or what it lacks is in the rejects file.
+/// The table is dropped only when its backup is proven to hold all of it.
 void ExigeCopiaFiel(TContexto& ctx, const std::string& tabela, const TResultadoDaCopia& copia) {
     const std::string backup = NomeDaBackup(tabela);
+    if (const auto faltam = copia.recusadas + copia.incompletas; faltam > 0)
+        throw std::runtime_error(backup + " não recebeu por inteiro " + std::to_string(faltam) +
+                                 " registros, que o arquivo de rejeitados mostra: corrija-os na tabela, ou a coluna em"
+                                 " SATRIB, e rode de novo");
     const TConferencia conferencia = ConfereComBackup(ctx.Conexao(), backup, tabela, copia.alteradas);
     if (conferencia.naTabela != copia.lidas)
         throw std::runtime_error("os registros mudaram durante a cópia para " + backup);
-    if (conferencia.Igual() || DifereNosRejeitados(conferencia, copia)) return;
+    if (conferencia.Igual()) return;
     throw std::runtime_error("a cópia em " + backup + " não confere: " + std::to_string(conferencia.naTabela) +
                              " registros, " + std::to_string(conferencia.naBackup) + " copiados, " +
                              std::to_string(conferencia.diferentes) + " diferentes " + Junta(conferencia.colunas, ","));

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <memory>
 #include <set>
 #include <stdexcept>
 #include <vector>
@@ -43,7 +44,7 @@ class TReconstrucao {
         if (RestauracaoInterrompida(ctx_, tabela_)) {
             if (!Tenta([this] { Retoma(); }, [] {}) || terminada_) return;
         }
-        if (!Tenta([this] { Guarda(); }, [this] { RefazIndices(); }) || !Apaga()) return;
+        if (!Tenta([this] { Guarda(); }, [this] { Desiste(); }) || !Apaga()) return;
         Tenta([this] { Ergue(); }, [] {});
     }
 
@@ -53,7 +54,7 @@ class TReconstrucao {
     template <class TPasso, class TDesfaz>
     bool Tenta(TPasso&& passo, TDesfaz&& desfaz);
     void Falhou(const std::string& causa);
-    void RefazIndices();
+    void Desiste();
 
     void Guarda();
     void GuardaObjetos();
@@ -83,6 +84,7 @@ class TReconstrucao {
     std::string tabela_, backup_;
     std::vector<std::string> chave_, chaveAntiga_, gatilhos_, restricoes_, calculadas_;
     std::set<std::string> alteradas_;
+    std::unique_ptr<TReserva> reserva_;  // from before the first row is saved until the table is gone
     bool existe_ = false, apagada_ = false, retomada_ = false, terminada_ = false, dispensada_ = false;
     std::int64_t antes_ = 0;
 };
@@ -113,8 +115,9 @@ void TReconstrucao::Falhou(const std::string& causa) {
     ctx_.Tela().SetLog(causa, tabela_, ctx_.acaoAtual);
 }
 
-/// The run has dropped them before the rebuild.
-void TReconstrucao::RefazIndices() {
+/// The table is free again, and gets the indexes that the run has dropped before the rebuild.
+void TReconstrucao::Desiste() {
+    reserva_.reset();
     if (!existe_) return;
     if (!ctx_.dm.Atualiza.CriaIndiceSecundarios(nome_)) ctx_.Log(ctx_.dm.Atualiza.Erro());
 }
@@ -122,7 +125,7 @@ void TReconstrucao::RefazIndices() {
 void TReconstrucao::Guarda() {
     existe_ = ctx_.dm.ExisteTabela(tabela_);
     if (const auto impedimento = ImpedimentoDaReconstrucao(ctx_, nome_)) throw std::runtime_error(*impedimento);
-    const auto reserva = existe_ ? ctx_.Conexao().Reserva(tabela_) : nullptr;
+    if (existe_) reserva_ = ctx_.Conexao().Reserva(tabela_);
     chave_ = ChaveGuardada(ctx_, tabela_);
     const TBackupFeito backup = CriaBackup(ctx_, tabela_, chave_, dispensada_);
     antes_ = backup.registros;
@@ -159,18 +162,19 @@ std::vector<std::string> TReconstrucao::GuardaFontes(std::string_view tipo, cons
 }
 
 bool TReconstrucao::Apaga() {
-    if (!Tenta([this] { ApagaEMarca(); }, [this] { RefazIndices(); })) return false;
+    if (!Tenta([this] { ApagaEMarca(); }, [this] { Desiste(); })) return false;
     if (!existe_) return true;
     ctx_.dm.Commit("Erro apagando a tabela: " + tabela_);
     RelataPerdas();
     return true;
 }
 
-/// In one transaction: a table that is gone is known to wait for its rows, whoever creates one of its name.
+/// In one transaction: a table that is gone is known to wait for its rows, whoever creates one of its name. It is the
+/// reservation's, so that nobody writes a row after the copy that would go with the table.
 void TReconstrucao::ApagaEMarca() {
     TResultado apagada;
     try {
-        TTransacao transacao(ctx_.Conexao());
+        TTransacao transacao(ctx_.Conexao(), std::move(reserva_));
         MarcaRestaurando(ctx_, tabela_);
         if (existe_) ctx_.Conexao().Prepara("drop table " + tabela_)->Executa();
         transacao.Commit();

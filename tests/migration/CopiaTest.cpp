@@ -65,24 +65,31 @@ TEST(CopiaTest, ABatchWhoseCommitFailsIsStoredRowByRow) {
     EXPECT_TRUE(banco.tela_.memo2.empty()) << Junta(banco.tela_.memo2, "\n");
 }
 
-TEST(CopiaTest, ARowRefusedTwiceIsMissingAloneAndKept) {
-    for (const bool gravavel : {true, false}) {
-        TBancoDaCopia banco(30);
-        if (!gravavel) banco.opcoes_.pastaPrograma = banco.Pasta() / "não existe";
-        int insercoes = 0;
-        banco.Conexao().Observa([&](std::string_view sql) {
-            if (!Insere(sql, "BTCLI")) return;
-            ++insercoes;  // the batch, then its rows one by one
-            if (insercoes == 1 || insercoes == 8 || insercoes == 9) throw Recusa();
-        });
-        banco.Reconstroi();
-        EXPECT_EQ(banco.tela_.infos, std::vector<std::string>{"recusado"});
-        EXPECT_EQ(banco.tela_.reconciliacoes.size(), gravavel ? 1U : 0U);
-        EXPECT_EQ(banco.Le("select count(*) from TCLI"), gravavel ? "29" : "30");
-        EXPECT_EQ(banco.estado_.falhouApagar, !gravavel) << "without the rejects file the row would be lost";
-        if (gravavel) {
-            EXPECT_EQ(banco.Le("select count(*) from BTCLI where CODIGO <> 7"), "29");
-            EXPECT_NE(banco.Rejeitados().find("\"valores\": {\"CODIGO\": 7, \"NOME\": \"nome\"}"), std::string::npos);
+TEST(CopiaTest, ARowThatTheBackupRefusesEndsTheRebuildBeforeTheDrop) {
+    for (const int chave : {1, 0}) {
+        for (const bool gravavel : {true, false}) {
+            SCOPED_TRACE((chave == 1 ? "with key, " : "without key, ") + std::string(gravavel ? "with" : "without") +
+                         " rejects file");
+            TBancoDaCopia banco(30, chave);
+            if (!gravavel) banco.opcoes_.pastaPrograma = banco.Pasta() / "não existe";
+            int insercoes = 0;
+            banco.Conexao().Observa([&](std::string_view sql) {
+                if (!Insere(sql, "BTCLI")) return;
+                ++insercoes;  // the batch, then its rows one by one
+                if (insercoes == 1 || insercoes == 8 || insercoes == 9) throw Recusa();
+            });
+            banco.Reconstroi();
+            banco.Conexao().Observa({});
+            EXPECT_EQ(banco.tela_.infos, std::vector<std::string>{"recusado"});
+            EXPECT_EQ(banco.tela_.reconciliacoes.size(), gravavel ? 1U : 0U);
+            EXPECT_EQ(banco.Le("select count(*) from TCLI"), "30");
+            EXPECT_TRUE(banco.estado_.falhouApagar);
+            EXPECT_EQ(banco.Le("select VERSAO from SARQUIVO"), "1");
+            EXPECT_TRUE(TTelaDeTeste::Contem(banco.tela_.memo2, "Tabela TCLI não reconstruída"));
+            EXPECT_EQ(banco.Rejeitados().find("\"valores\": {\"CODIGO\": 7, \"NOME\": \"nome\"}") != std::string::npos,
+                      gravavel);
+            banco.Reconstroi();
+            EXPECT_EQ(banco.Le("select count(*), (select VERSAO from SARQUIVO) from TCLI"), "30|2");
         }
     }
 }

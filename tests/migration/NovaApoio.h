@@ -55,7 +55,8 @@ inline void CarregaPacote(TDataModulo& dm, const std::string& tabela, const TAtr
 /// A database with dictionary tables, and a package for it.
 class TBancoDaNova {
   public:
-    explicit TBancoDaNova(std::string_view conjunto = "UTF8", bool comTini = true) : banco_(conjunto) {
+    explicit TBancoDaNova(std::string_view conjunto = "UTF8", bool comTini = true, std::string_view servidor = "")
+        : banco_(conjunto, servidor) {
         ini_.INIGravaString("tbInterbase", "TipoBanco", "tbInterbase");
         opcoes_.pastaPrograma = opcoes_.pastaCorrente = Pasta();
         dm_.Atualiza.SetPastaComandos(Pasta());
