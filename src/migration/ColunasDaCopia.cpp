@@ -31,6 +31,13 @@ bool PadraoServe(const TColunaFisica& coluna) {
     }
 }
 
+/// What every row gets in a column that the source lacks; nothing where that is up to the server.
+std::optional<TValor> ValorSemOrigem(const TColunaFisica& coluna, bool numerada) {
+    if (PadraoServe(coluna)) return numerada ? Literal(coluna.padrao) : std::nullopt;
+    if (coluna.requerido) return ValorObrigatorio(coluna);
+    return numerada || !coluna.padrao.empty() ? std::optional(TValor()) : std::nullopt;
+}
+
 std::size_t Caracteres(std::string_view utf8) {
     return static_cast<std::size_t>(
         std::ranges::count_if(utf8, [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
@@ -77,17 +84,18 @@ TValor ConverteParaColuna(const TValor& valor, const TColunaFisica& coluna) {
     return convertido;
 }
 
-std::vector<TColunaDaCopia> ColunasDaCopia(TConnection& conexao, const std::string& origem,
-                                           const std::string& destino) {
+std::vector<TColunaDaCopia> ColunasDaCopia(TConnection& conexao, const std::string& origem, const std::string& destino,
+                                           const TRenumeracao& renumeracao) {
     const auto daOrigem = conexao.Colunas(origem);
     std::vector<TColunaDaCopia> colunas;
     std::size_t lugar = 0;
     for (const TColunaFisica& coluna : conexao.Colunas(destino)) {
         if (!coluna.expressao.empty()) continue;
+        const bool numerada = renumeracao.Tem(coluna.nome);
         if (const TColunaFisica* igual = ColunaDeNome(daOrigem, coluna.nome))
-            colunas.push_back({coluna, *igual, lugar++, {}});
-        else if (!PadraoServe(coluna) && (coluna.requerido || !coluna.padrao.empty()))
-            colunas.push_back({coluna, std::nullopt, 0, coluna.requerido ? ValorObrigatorio(coluna) : TValor()});
+            colunas.push_back({coluna, *igual, lugar++, {}, numerada});
+        else if (auto fixo = ValorSemOrigem(coluna, numerada))
+            colunas.push_back({coluna, std::nullopt, 0, *std::move(fixo), numerada});
     }
     return colunas;
 }

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Connection.h"
+#include "Renumeracao.h"
 
 namespace wkd {
 
@@ -14,11 +15,13 @@ struct TColunaDaCopia {
     std::optional<TColunaFisica> origem;  // none: every row gets `fixo`
     std::size_t lugar = 0;                // among the columns of the source that are read
     TValor fixo;
+    bool numerada = false;  // a row without a value gets a number
 };
 
-/// Columns that a copy writes: those common to both tables, and those of the target alone that would be refused
-/// without a value (required, no usable default).
-std::vector<TColunaDaCopia> ColunasDaCopia(TConnection& conexao, const std::string& origem, const std::string& destino);
+/// Columns that a copy writes: those common to both tables, and those of the target alone that are numbered or would be
+/// refused without a value (required, no usable default).
+std::vector<TColunaDaCopia> ColunasDaCopia(TConnection& conexao, const std::string& origem, const std::string& destino,
+                                           const TRenumeracao& renumeracao);
 
 /// Names as statements take them.
 std::string ListaDaOrigem(const std::vector<TColunaDaCopia>& colunas, TTipoBanco banco);

@@ -44,10 +44,8 @@ TCopiaDeLinhas::TCopiaDeLinhas(TContexto& ctx, TCopia copia, TRenumeracao& renum
     : ctx_(ctx),
       copia_(std::move(copia)),
       renumeracao_(renumeracao),
-      colunas_(ColunasDaCopia(ctx.Conexao(), copia_.origem, copia_.destino)),
-      rejeitados_(ctx, copia_.tabela, copia_.etapa) {
-    for (const auto& coluna : colunas_) numeradas_.push_back(coluna.origem && renumeracao.Tem(coluna.destino.nome));
-}
+      colunas_(ColunasDaCopia(ctx.Conexao(), copia_.origem, copia_.destino, renumeracao)),
+      rejeitados_(ctx, copia_.tabela, copia_.etapa) {}
 
 TResultadoDaCopia TCopiaDeLinhas::Executa(std::int64_t linhas) {
     IBarra& barra = ctx_.Tela().PbAtual();
@@ -55,7 +53,7 @@ TResultadoDaCopia TCopiaDeLinhas::Executa(std::int64_t linhas) {
     const std::string lista = ListaDaOrigem(colunas_, ctx_.Banco());
     if (lista.empty()) throw std::runtime_error(copia_.origem + " e " + copia_.destino + " não têm colunas em comum");
     insere_ = ctx_.Conexao().Prepara(ComandoInsere(copia_.destino, colunas_, ctx_.Banco()));
-    if (copia_.fonte.empty()) servidor_ = TCopiaNoServidor::Para(ctx_.Conexao(), copia_, colunas_, numeradas_);
+    if (copia_.fonte.empty()) servidor_ = TCopiaNoServidor::Para(ctx_.Conexao(), copia_, colunas_);
     if (servidor_)
         PeloServidor();
     else
@@ -118,7 +116,7 @@ void TCopiaDeLinhas::EnviaAoServidor() {
     std::string chaves;
     for (std::size_t i = primeira; i < lote_.size(); ++i) chaves += lote_[i].chave;
     try {
-        servidor_->Copia(chaves);
+        servidor_->Copia(chaves, renumeracao_);
         return;
     } catch (const TErroBanco& falha) {
         if (falha.ConexaoPerdida()) throw;
@@ -182,11 +180,11 @@ void TCopiaDeLinhas::AplicaRegras(TLinha& linha) {
     for (std::size_t i = 0; i < colunas_.size(); ++i) {
         const TColunaFisica& destino = colunas_[i].destino;
         const bool falta = colunas_[i].origem && destino.requerido && SemValor(linha[i], destino);
-        if (!falta && !numeradas_[i]) continue;
+        if (!falta && !colunas_[i].numerada) continue;
         const TValor antes = linha[i];
         if (falta) linha[i] = ValorObrigatorio(destino);
-        if (numeradas_[i]) linha[i] = renumeracao_.Numera(destino.nome, linha[i]);
-        if (!(antes == linha[i])) resultado_.alteradas.insert(ChaveDeNome(destino.nome));
+        if (colunas_[i].numerada) linha[i] = renumeracao_.Numera(destino.nome, linha[i]);
+        if (colunas_[i].origem && !(antes == linha[i])) resultado_.alteradas.insert(ChaveDeNome(destino.nome));
     }
 }
 
@@ -262,7 +260,10 @@ void TCopiaDeLinhas::RefazLote() {
 }
 
 bool TCopiaDeLinhas::GravaSozinha(TLinhaDoLote& linha) {
-    if (linha.valores.empty()) linha.valores = LePelaChave(linha.chave);
+    if (linha.valores.empty()) {
+        linha.valores = LePelaChave(linha.chave);
+        AplicaRegras(linha.valores);
+    }
     std::string erro;
     for (int tentativa = 1; tentativa <= kTentativas; ++tentativa) {
         try {

@@ -84,7 +84,6 @@ class TCopiaDeLinhas {
     TCopia copia_;
     TRenumeracao& renumeracao_;
     std::vector<TColunaDaCopia> colunas_;
-    std::vector<bool> numeradas_;  // by column
     TRejeitados rejeitados_;
     TResultadoDaCopia resultado_;
     std::unique_ptr<TCopiaNoServidor> servidor_;

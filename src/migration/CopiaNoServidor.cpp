@@ -32,9 +32,9 @@ bool MesmaForma(const TColunaFisica& origem, const TColunaFisica& destino) {
 }
 
 /// What makes a row need the client because of this column; empty for nothing.
-std::string Excecao(const TColunaDaCopia& coluna, bool numerada) {
+std::string Excecao(const TColunaDaCopia& coluna) {
     const std::string nome = Identificador(coluna.origem->nome, kBanco);
-    if (numerada) return "coalesce(" + nome + ", 0) = 0";
+    if (coluna.numerada) return "coalesce(" + nome + ", 0) = 0";
     std::vector<std::string> excecoes;
     if (coluna.destino.requerido) excecoes.push_back(nome + " is null");
     if (TextoVariavel(coluna.destino) && coluna.destino.tamanho < coluna.origem->tamanho)
@@ -42,27 +42,34 @@ std::string Excecao(const TColunaDaCopia& coluna, bool numerada) {
     return Junta(excecoes, " or ");
 }
 
-std::string ConsultaDasChaves(const TCopia& copia, const std::vector<TColunaDaCopia>& colunas,
-                              const std::vector<bool>& numeradas) {
+std::string ConsultaDasChaves(const TCopia& copia, const std::vector<TColunaDaCopia>& colunas) {
     std::vector<std::string> excecoes;
-    for (std::size_t i = 0; i < colunas.size(); ++i) {
-        if (!colunas[i].origem) continue;
-        if (auto excecao = Excecao(colunas[i], numeradas[i]); !excecao.empty()) excecoes.push_back(std::move(excecao));
+    for (const auto& coluna : colunas) {
+        if (!coluna.origem) continue;
+        if (auto excecao = Excecao(coluna); !excecao.empty()) excecoes.push_back(std::move(excecao));
     }
     const std::string precisa = excecoes.empty() ? "0" : "case when " + Junta(excecoes, " or ") + " then 1 else 0 end";
     return "select rdb$db_key, " + precisa + " from " + copia.origem + copia.condicao;
 }
 
-/// One insert for each record number. Columns that the source lacks come as parameters P0, P1, ...
+/// Whether the column counts the rows.
+bool Contada(const TColunaDaCopia& coluna) {
+    return coluna.numerada && !coluna.origem && coluna.fixo.ComoInteiro() == 0;
+}
+
+/// One insert for each record number. Columns that the source lacks come as parameters P0, P1, ..., the last number
+/// given of one that counts.
 std::string Bloco(const TCopia& copia, const std::vector<TColunaDaCopia>& colunas) {
     const std::string bytes = std::to_string(kBytesDaChave);
     std::string fixos;
     std::vector<std::string> nomes, valores;
     for (std::size_t i = 0; i < colunas.size(); ++i) {
-        const auto& [doDestino, daOrigem, lugar, fixo] = colunas[i];
+        const auto& [doDestino, daOrigem, lugar, fixo, numerada] = colunas[i];
+        const std::string numero = std::to_string(i);
         nomes.push_back(Identificador(doDestino.nome, kBanco));
-        valores.push_back(daOrigem ? Identificador(daOrigem->nome, kBanco) : ":p" + std::to_string(i));
-        if (!daOrigem) fixos += ", p" + std::to_string(i) + " " + doDestino.tipoSql + " = :P" + std::to_string(i);
+        valores.push_back(daOrigem ? Identificador(daOrigem->nome, kBanco) : ":p" + numero);
+        if (Contada(colunas[i])) valores.back() += " + :lugar + 1";
+        if (!daOrigem) fixos += ", p" + numero + " " + doDestino.tipoSql + " = :P" + numero;
     }
     return "execute block (quantas integer = :QUANTAS, chaves varchar(" +
            std::to_string(kBytesDaChave * copia.linhasPorLote) + ") character set octets = :CHAVES" + fixos +
@@ -71,12 +78,11 @@ std::string Bloco(const TCopia& copia, const std::vector<TColunaDaCopia>& coluna
            "substring(:chaves from :lugar * " + bytes + " + 1 for " + bytes + "); lugar = lugar + 1; end end";
 }
 
-bool ServeAoServidor(const std::vector<TColunaDaCopia>& colunas, const std::vector<bool>& numeradas) {
-    for (std::size_t i = 0; i < colunas.size(); ++i) {
-        const auto& coluna = colunas[i];
+bool ServeAoServidor(const std::vector<TColunaDaCopia>& colunas) {
+    for (const auto& coluna : colunas) {
         if (!coluna.origem) continue;
         if (!MesmaForma(*coluna.origem, coluna.destino)) return false;
-        if (numeradas[i] && BytesDoInteiro(*coluna.origem) == 0) return false;
+        if (coluna.numerada && BytesDoInteiro(*coluna.origem) == 0) return false;
     }
     return true;
 }
@@ -84,12 +90,11 @@ bool ServeAoServidor(const std::vector<TColunaDaCopia>& colunas, const std::vect
 }  // namespace
 
 std::unique_ptr<TCopiaNoServidor> TCopiaNoServidor::Para(TConnection& conexao, const TCopia& copia,
-                                                         const std::vector<TColunaDaCopia>& colunas,
-                                                         const std::vector<bool>& numeradas) {
-    if (conexao.TipoBanco() != kBanco || !ServeAoServidor(colunas, numeradas)) return nullptr;
+                                                         const std::vector<TColunaDaCopia>& colunas) {
+    if (conexao.TipoBanco() != kBanco || !ServeAoServidor(colunas)) return nullptr;
     std::unique_ptr<TCopiaNoServidor> servidor(new TCopiaNoServidor);
     try {
-        servidor->chaves_ = conexao.Prepara(ConsultaDasChaves(copia, colunas, numeradas));
+        servidor->chaves_ = conexao.Prepara(ConsultaDasChaves(copia, colunas));
         servidor->linha_ =
             conexao.Prepara("select " + ListaDaOrigem(colunas, kBanco) + " from " + copia.origem + kDaChave + ":CHAVE");
         servidor->copia_ = conexao.Prepara(Bloco(copia, colunas));
@@ -97,15 +102,22 @@ std::unique_ptr<TCopiaNoServidor> TCopiaNoServidor::Para(TConnection& conexao, c
         if (erro.ConexaoPerdida()) throw;
         return nullptr;
     }
-    for (std::size_t i = 0; i < colunas.size(); ++i)
-        if (!colunas[i].origem) servidor->copia_->Atribui("P" + std::to_string(i), colunas[i].fixo);
+    for (std::size_t i = 0; i < colunas.size(); ++i) {
+        if (colunas[i].origem) continue;
+        const std::string parametro = "P" + std::to_string(i);
+        servidor->copia_->Atribui(parametro, colunas[i].fixo);
+        if (Contada(colunas[i])) servidor->contadas_.emplace_back(parametro, colunas[i].destino.nome);
+    }
     return servidor;
 }
 
-void TCopiaNoServidor::Copia(std::string_view chaves) {
-    copia_->Atribui("QUANTAS", static_cast<std::int64_t>(chaves.size() / kBytesDaChave));
+void TCopiaNoServidor::Copia(std::string_view chaves, TRenumeracao& renumeracao) {
+    const auto quantas = static_cast<std::int64_t>(chaves.size() / kBytesDaChave);
+    copia_->Atribui("QUANTAS", quantas);
     copia_->Atribui("CHAVES", TBytes{std::string(chaves)});
+    for (const auto& [parametro, coluna] : contadas_) copia_->Atribui(parametro, renumeracao.Ultimo(coluna));
     copia_->Executa();
+    for (const auto& [parametro, coluna] : contadas_) renumeracao.Avanca(coluna, quantas);
 }
 
 TComando& TCopiaNoServidor::Linha(std::string_view chave) {

@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "ColunasDaCopia.h"
@@ -17,10 +18,9 @@ namespace wkd {
 class TCopiaNoServidor {
   public:
     /// Null where every row needs the client: another kind of server, columns that change their type, or a statement
-    /// that the server does not take. `numeradas`, by column, are those that may get numbers.
+    /// that the server does not take.
     static std::unique_ptr<TCopiaNoServidor> Para(TConnection& conexao, const TCopia& copia,
-                                                  const std::vector<TColunaDaCopia>& colunas,
-                                                  const std::vector<bool>& numeradas);
+                                                  const std::vector<TColunaDaCopia>& colunas);
 
     /// Opens the cursor over the source, before its first row.
     void Abre() { chaves_->Abre(); }
@@ -31,7 +31,8 @@ class TCopiaNoServidor {
     bool VaiComoEsta() { return chaves_->Valor(1).ComoInteiro() == 0; }
 
     /// Stores the rows of these record numbers, one behind the other in `chaves`: all of them, or none and TErroBanco.
-    void Copia(std::string_view chaves);
+    /// Columns that the source lacks get the next numbers.
+    void Copia(std::string_view chaves, TRenumeracao& renumeracao);
     /// A cursor that stands on one row of the source, for a row that is done by the client after all; to be closed.
     TComando& Linha(std::string_view chave);
 
@@ -39,6 +40,7 @@ class TCopiaNoServidor {
     TCopiaNoServidor() = default;
 
     std::unique_ptr<TComando> chaves_, copia_, linha_;
+    std::vector<std::pair<std::string, std::string>> contadas_;  // parameter and column that it counts
 };
 
 }  // namespace wkd

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 
+#include "TBComandos.h"
 #include "Texto.h"
+#include "WKDQuery.h"
 
 namespace wkd {
 
@@ -30,11 +32,24 @@ bool TRenumeracao::Tem(std::string_view coluna) const {
                                [&](const auto& contador) { return IgualSemCaixa(contador.coluna, coluna); });
 }
 
+void TRenumeracao::Continua(TConnection& conexao, const std::string& tabela) {
+    const auto colunas = conexao.Colunas(tabela);
+    for (auto& contador : contadores_) {
+        if (!ColunaDeNome(colunas, contador.coluna)) continue;
+        TWKDQuery q(conexao,
+                    "select max(" + Identificador(contador.coluna, conexao.TipoBanco()) + ") as ULTIMO from " + tabela);
+        q.Open();
+        contador.ultimo = std::max<std::int64_t>(q.Inteiro("ULTIMO"), 0);
+    }
+}
+
 TValor TRenumeracao::Numera(std::string_view coluna, const TValor& valor) {
     if (valor.ComoInteiro() != 0) return valor;
-    const auto contador =
-        std::ranges::find_if(contadores_, [&](const auto& c) { return IgualSemCaixa(c.coluna, coluna); });
-    return std::int64_t{++contador->ultimo};
+    return ++Contador(coluna).ultimo;
+}
+
+TRenumeracao::TContador& TRenumeracao::Contador(std::string_view coluna) {
+    return *std::ranges::find_if(contadores_, [&](const auto& c) { return IgualSemCaixa(c.coluna, coluna); });
 }
 
 }  // namespace wkd

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "ClientDataSet.h"
+#include "Connection.h"
 
 namespace wkd {
 
@@ -15,6 +16,8 @@ class TRenumeracao {
     /// Takes the required and key columns that count up from the package's rows of the table; leaves the dataset
     /// behind its last row.
     explicit TRenumeracao(TClientDataSet& satribNovo);
+    /// For a copy that an earlier one has begun: each column goes on behind the largest number that the table holds.
+    void Continua(TConnection& conexao, const std::string& tabela);
 
     /// Whether the column counts up, letter case ignored.
     bool Tem(std::string_view coluna) const;
@@ -22,11 +25,17 @@ class TRenumeracao {
     /// does not read as an integer.
     TValor Numera(std::string_view coluna, const TValor& valor);
 
+    /// The last number that the column has given. Others may give the next ones on their own account.
+    std::int64_t Ultimo(std::string_view coluna) { return Contador(coluna).ultimo; }
+    void Avanca(std::string_view coluna, std::int64_t quantos) { Contador(coluna).ultimo += quantos; }
+
   private:
     struct TContador {
         std::string coluna;
-        std::int32_t ultimo = 0;
+        std::int64_t ultimo = 0;
     };
+    TContador& Contador(std::string_view coluna);
+
     std::vector<TContador> contadores_;
 };
 

@@ -18,9 +18,9 @@ constexpr std::size_t kLinhasPorLote = 11;
 /// Columns, in capitals, in which an earlier part of the restore may have changed values on purpose.
 std::set<std::string> TalvezAlteradas(TContexto& ctx, const std::string& tabela, const TRenumeracao& renumeracao) {
     std::set<std::string> colunas;
-    for (const auto& coluna : ColunasDaCopia(ctx.Conexao(), NomeDaBackup(tabela), tabela)) {
+    for (const auto& coluna : ColunasDaCopia(ctx.Conexao(), NomeDaBackup(tabela), tabela, renumeracao)) {
         const bool preenchida = coluna.origem && coluna.destino.requerido && !coluna.origem->requerido;
-        if (preenchida || renumeracao.Tem(coluna.destino.nome)) colunas.insert(ChaveDeNome(coluna.destino.nome));
+        if (preenchida || coluna.numerada) colunas.insert(ChaveDeNome(coluna.destino.nome));
     }
     return colunas;
 }
@@ -39,6 +39,7 @@ std::set<std::string> VoltaBackup(TContexto& ctx, const std::string& tabela, con
     ctx.Tela().LblAtual("Restaurando backup da tabela: " + tabela);
 
     TRenumeracao renumeracao(ctx.dm.SatribNovo);
+    if (restante.retomada) renumeracao.Continua(ctx.Conexao(), tabela);
     TCopia copia{.tabela = tabela,
                  .origem = backup,
                  .destino = tabela,
