@@ -21,6 +21,7 @@ struct TPar {
     bool bytes = false;       // zeros at the end count
     bool converte = false;    // a value of another form can make the server refuse the comparison
     bool soPresenca = false;  // only whether there is a value
+    bool real = false;        // what is no number (NaN) counts as equal to itself
     std::string bCrua = b, tCrua = t;
 };
 
@@ -70,6 +71,7 @@ TPar Par(const TColunaFisica& b, const TColunaFisica& t, TTipoBanco banco) {
         return par;
     }
     if (EhTexto(b) && EhTexto(t)) return ParDeTextos(std::move(par), b, t);
+    par.real = Numerica(b) && Numerica(t) && (b.tipo == TTipoDado::Flutuante || t.tipo == TTipoDado::Flutuante);
     const bool datas = (b.tipo == TTipoDado::Data && t.tipo == TTipoDado::DataHora) ||
                        (b.tipo == TTipoDado::DataHora && t.tipo == TTipoDado::Data);
     // The same value has another check sum as float than as double precision.
@@ -105,8 +107,18 @@ std::string Difere(const TPar& par, TTipoBanco banco) {
                " is null)";
     if (banco == TTipoBanco::tbSQLServer) return DiferemSqlServer(par.b, par.t, par.bytes);
     const std::string difere = par.b + " is distinct from " + par.t;
+    if (par.real)
+        return difere + " and (" + par.b + " = " + par.b + " or " + par.t + " = " + par.t + " or " + par.b +
+               " is null or " + par.t + " is null)";
     if (!par.texto) return difere;
     return difere + " or char_length(" + par.b + ") is distinct from char_length(" + par.t + ")";
+}
+
+/// Whether a column of the backup has NaN, which equals no other value on Firebird, nor itself.
+bool TemNaN(TConnection& conexao, const std::string& backup, const TColunaFisica& coluna) {
+    if (coluna.tipo != TTipoDado::Flutuante || conexao.TipoBanco() != TTipoBanco::tbInterbase) return false;
+    const std::string nome = Identificador(coluna.nome, TTipoBanco::tbInterbase);
+    return ContaRegistros(conexao, "select count(*) as total from " + backup + " where " + nome + " <> " + nome) > 0;
 }
 
 /// How rows are paired through the table's primary key.
@@ -116,7 +128,7 @@ struct TPareamento {
 };
 
 TPareamento Pareamento(TConnection& conexao, const std::vector<TColunaFisica>& daBackup,
-                       const std::vector<TColunaFisica>& daTabela, const std::string& tabela,
+                       const std::vector<TColunaFisica>& daTabela, const std::string& backup, const std::string& tabela,
                        const std::set<std::string>& ignoradas) {
     TPareamento pareamento;
     std::vector<std::string> partes;
@@ -125,7 +137,7 @@ TPareamento Pareamento(TConnection& conexao, const std::vector<TColunaFisica>& d
         const TColunaFisica* t = ColunaDeNome(daTabela, coluna);
         // Of another type, the key's index would not serve.
         const bool serve = b && t && b->tipo == t->tipo && b->conjunto == t->conjunto;
-        if (!serve || ignoradas.contains(ChaveDeNome(coluna))) return {};
+        if (!serve || ignoradas.contains(ChaveDeNome(coluna)) || TemNaN(conexao, backup, *b)) return {};
         pareamento.coluna = "t." + Identificador(t->nome, conexao.TipoBanco());
         partes.push_back("b." + Identificador(b->nome, conexao.TipoBanco()) + " = " + pareamento.coluna);
     }
@@ -183,7 +195,7 @@ TConferencia ConfereComBackup(TConnection& conexao, const std::string& backup, c
     const auto daBackup = conexao.Colunas(backup);
     const auto daTabela = conexao.Colunas(tabela);
     auto pares = Pares(daBackup, daTabela, ignoradas, conexao.TipoBanco());
-    const TPareamento pareamento = Pareamento(conexao, daBackup, daTabela, tabela, ignoradas);
+    const TPareamento pareamento = Pareamento(conexao, daBackup, daTabela, backup, tabela, ignoradas);
     const auto compara = [&] {
         conferencia.diferentes = 0;
         conferencia.colunas.clear();
