@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <stdexcept>
 #include <vector>
 
@@ -17,7 +18,8 @@ namespace wkd {
 
 namespace {
 
-constexpr std::size_t kApaga = 2;  // among the statements, the one that drops the column
+// Among the statements: the texts go into the temporary column, their own is dropped, and they come back.
+constexpr std::size_t kCopia = 1, kApaga = 2, kVolta = 4;
 constexpr std::string_view kPasso = "AjustaCamposStringMaior2000";
 constexpr std::string_view kTemporaria = "CAMPO_MIGRA_WKD";
 
@@ -93,10 +95,14 @@ int PrimeiroComando(TContexto& ctx, const TColunaLonga& coluna) {
     if (!EmConversao(ctx, coluna)) return fisica ? 1 : 0;
     if (!fisica) return 4;
     if (fisica->tamanho != kLarguraAjustada) return 2;
-    // A column of that width from before the conversion still holds what the temporary one does not.
-    const auto soNela = ContaRegistros(ctx.Conexao(), "select count(*) as total from " + coluna.tabela + " where " +
-                                                          coluna.nome + " is not null and CAMPO_MIGRA_WKD is null");
-    return soNela > 0 ? 2 : 5;
+    // A column of that width from before the conversion still holds what the temporary one does not; in a new one there
+    // may be what was entered since.
+    const auto so = [&](const std::string& uma, const std::string& outra) {
+        return ContaRegistros(ctx.Conexao(), "select count(*) as total from " + coluna.tabela + " where " + uma +
+                                                 " is not null and " + outra + " is null") > 0;
+    };
+    const std::string temporaria(kTemporaria);
+    return so(coluna.nome, temporaria) && !so(temporaria, coluna.nome) ? 2 : 5;
 }
 
 /// Where clause of the rows whose text is cut.
@@ -135,17 +141,35 @@ void GuardaCortados(TContexto& ctx, const TColunaLonga& coluna) {
     RelataCortados(ctx, coluna, quantos);
 }
 
+void Executa(TContexto& ctx, const TColunaLonga& coluna, const std::string& comando, std::string_view apagada = "",
+             const std::function<void()>& antes = nullptr) {
+    ctx.dm.EsqueceColunas(coluna.tabela);
+    if (const auto feito = ExecutaNaColuna(ctx, coluna.tabela, apagada, comando, antes); !feito) throw feito.Erro();
+}
+
+/// The column goes in the transaction that has copied it, and the texts come back over nothing that others have
+/// written: who writes meanwhile waits.
 void Ajusta(TContexto& ctx, const TColunaLonga& coluna) {
     const int primeiro = PrimeiroComando(ctx, coluna);
     if (primeiro == 0) return;
-    if (primeiro <= 2) GuardaCortados(ctx, coluna);
     Marca(ctx, coluna);
     const auto comandos = Comandos(coluna, ctx.Banco());
+    const auto guarda = [&] {
+        GuardaCortados(ctx, coluna);
+        ctx.Conexao().Prepara(comandos[kCopia])->Executa();
+    };
+    const auto guardaNovos = [&] {
+        ctx.Conexao()
+            .Prepara("update " + coluna.tabela + " set CAMPO_MIGRA_WKD = " + coluna.nome + " where " + coluna.nome +
+                     " is not null")
+            ->Executa();
+    };
     for (std::size_t i = static_cast<std::size_t>(primeiro) - 1; i < comandos.size(); ++i) {
-        ctx.dm.EsqueceColunas(coluna.tabela);
-        const bool apaga = i == kApaga;
-        if (const auto feito = ExecutaNaColuna(ctx, coluna.tabela, apaga ? coluna.nome : "", comandos[i]); !feito)
-            throw feito.Erro();
+        if (i == kCopia) ++i;
+        if (i == kApaga)
+            Executa(ctx, coluna, comandos[i], coluna.nome, guarda);
+        else
+            Executa(ctx, coluna, comandos[i], "", i == kVolta ? guardaNovos : std::function<void()>());
     }
     ctx.dm.EsqueceColunas(coluna.tabela);
     Desmarca(ctx, coluna);

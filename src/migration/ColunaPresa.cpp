@@ -45,28 +45,40 @@ void DesviaIndices(TContexto& ctx, const std::string& tabela, std::string_view c
     }
 }
 
+TDesvio Desvio(TContexto& ctx, const std::string& tabela, std::string_view coluna) {
+    TDesvio desvio;
+    DesviaPadrao(ctx, tabela, coluna, desvio);
+    DesviaIndices(ctx, tabela, coluna, desvio);
+    return desvio;
+}
+
 }  // namespace
 
-TResultado ExecutaNaColuna(TContexto& ctx, std::string_view tabela, std::string_view coluna, const std::string& sql) {
-    TResultado resultado = ctx.dm.Executa(sql);
-    const bool sqlServer = ctx.Banco() == TTipoBanco::tbSQLServer;
-    if (resultado || !sqlServer || coluna.empty() || !Presa(resultado.Erro())) return resultado;
-    try {
-        const std::string nome(tabela);
-        TDesvio desvio;
-        DesviaPadrao(ctx, nome, coluna, desvio);
-        DesviaIndices(ctx, nome, coluna, desvio);
-        TConnection& conexao = ctx.Conexao();
-        TTransacao transacao(conexao);
+TResultado ExecutaNaColuna(TContexto& ctx, std::string_view tabela, std::string_view coluna, const std::string& sql,
+                           const std::function<void()>& antes) {
+    const std::string nome(tabela);
+    TConnection& conexao = ctx.Conexao();
+    const auto executa = [&](const TDesvio& desvio) {
+        TTransacao transacao(conexao, antes ? conexao.Reserva(nome) : nullptr);
         for (const auto& comando : desvio.tira) conexao.Prepara(comando)->Executa();
+        if (antes) antes();
         conexao.Prepara(sql)->Executa();
-        if (ColunaDeNome(conexao.Colunas(nome), coluna))
+        if (!desvio.devolve.empty() && ColunaDeNome(conexao.Colunas(nome), coluna))
             for (const auto& comando : desvio.devolve) conexao.Prepara(comando)->Executa();
         transacao.Commit();
-        return TResultado();
-    } catch (const TErroBanco& erro) {
-        return TResultado(erro);
-    }
+    };
+    const auto tenta = [](const auto& passo) {
+        try {
+            passo();
+            return TResultado();
+        } catch (const TErroBanco& erro) {
+            return TResultado(erro);
+        }
+    };
+    const TResultado resultado = antes ? tenta([&] { executa({}); }) : ctx.dm.Executa(sql);
+    const bool sqlServer = ctx.Banco() == TTipoBanco::tbSQLServer;
+    if (resultado || !sqlServer || coluna.empty() || !Presa(resultado.Erro())) return resultado;
+    return tenta([&] { executa(Desvio(ctx, nome, coluna)); });
 }
 
 }  // namespace wkd

@@ -89,5 +89,32 @@ TEST(CamposTextoTest, AnInterruptedConversionIsFinishedByTheNextRun) {
     EXPECT_GT(n, 28);
 }
 
+TEST(CamposTextoTest, WhatIsEnteredInTheNewColumnStaysThere) {
+    TBancoDeTextos banco;
+    banco.Conexao().Observa([](std::string_view sql) {
+        if (sql.starts_with("update  TTXT set  LONGO")) throw TMorte();
+    });
+    EXPECT_THROW(banco.Ajusta(), TMorte);
+    banco.Conexao().Observa({});
+    banco.Executa("insert into TTXT (CODIGO, LONGO) values (3, 'entrou')");
+    banco.Executa("update TTXT set LONGO = 'mudou' where CODIGO = 2");
+    banco.Ajusta();
+    EXPECT_EQ(banco.Le("select CODIGO, substring(LONGO from 1 for 6), char_length(LONGO) from TTXT order by 1"),
+              "1|çababa|1998;2|mudou|5;3|entrou|6");
+}
+
+TEST(CamposTextoTest, NobodyWritesATextBetweenItsCopyAndTheDropOfItsColumn) {
+    TBancoDeTextos banco;
+    bool escreveu = false;
+    banco.Conexao().Observa([&](std::string_view sql) {
+        if (escreveu || !sql.starts_with("alter table TTXT drop LONGO")) return;
+        escreveu = true;  // it has to wait, and is told so
+        EXPECT_THROW(banco.banco_.Outra()->ExecuteDirect("insert into TTXT (CODIGO, LONGO) values (3, 'a')"),
+                     TErroBanco);
+    });
+    banco.Ajusta();
+    EXPECT_TRUE(escreveu);
+}
+
 }  // namespace
 }  // namespace wkd
