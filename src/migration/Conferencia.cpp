@@ -225,7 +225,7 @@ std::vector<std::string> ConsultasDasDiferentes(TConnection& conexao, const std:
                                                 const std::string& tabela, const std::set<std::string>& ignoradas) {
     const auto daBackup = conexao.Colunas(backup);
     const auto daTabela = conexao.Colunas(tabela);
-    const TPareamento pareamento = Pareamento(conexao, daBackup, daTabela, tabela, ignoradas);
+    const TPareamento pareamento = Pareamento(conexao, daBackup, daTabela, backup, tabela, ignoradas);
     std::vector<std::string> consultas;
     if (pareamento.condicao.empty()) return consultas;
     const auto pares = Pares(daBackup, daTabela, ignoradas, conexao.TipoBanco());
