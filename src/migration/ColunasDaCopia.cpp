@@ -65,6 +65,13 @@ void ConfereTexto(const std::string& texto, const TColunaFisica& coluna) {
     BytesNaColuna(texto, coluna);
 }
 
+/// A text blob, of which the server knows the character set.
+bool TextoDoFirebird(const TColunaFisica& coluna, TTipoBanco banco) {
+    return banco == TTipoBanco::tbInterbase && coluna.tipo == TTipoDado::Memo;
+}
+
+std::string EmBytes(const std::string& expressao) { return "cast(" + expressao + " as blob sub_type 0)"; }
+
 }  // namespace
 
 TValor ConverteParaColuna(const TValor& valor, const TColunaFisica& coluna) {
@@ -100,10 +107,15 @@ std::vector<TColunaDaCopia> ColunasDaCopia(TConnection& conexao, const std::stri
     return colunas;
 }
 
+std::string Lida(const TColunaFisica& coluna, TTipoBanco banco, const std::string& apelido) {
+    const std::string nome = Identificador(coluna.nome, banco);
+    return TextoDoFirebird(coluna, banco) ? EmBytes(apelido + nome) + " as " + nome : apelido + nome;
+}
+
 std::string ListaDaOrigem(const std::vector<TColunaDaCopia>& colunas, TTipoBanco banco) {
     std::vector<std::string> nomes;
     for (const auto& coluna : colunas)
-        if (coluna.origem) nomes.push_back(Identificador(coluna.origem->nome, banco));
+        if (coluna.origem) nomes.push_back(Lida(*coluna.origem, banco));
     return Junta(nomes, ",");
 }
 
@@ -111,18 +123,24 @@ std::string ComandoInsere(const std::string& destino, const std::vector<TColunaD
     std::vector<std::string> nomes, parametros;
     for (std::size_t i = 0; i < colunas.size(); ++i) {
         nomes.push_back(Identificador(colunas[i].destino.nome, banco));
-        parametros.push_back(":P" + std::to_string(i));
+        const std::string parametro = ":P" + std::to_string(i);
+        parametros.push_back(TextoDoFirebird(colunas[i].destino, banco) ? EmBytes(parametro) : parametro);
     }
     return "insert into " + destino + " (" + Junta(nomes, ",") + ") values (" + Junta(parametros, ",") + ")";
 }
 
-bool TextoViraBytes(const TColunaDaCopia& coluna) {
-    const bool bytes = coluna.destino.tipo == TTipoDado::Blob || coluna.destino.tipo == TTipoDado::Bytes;
-    return bytes && coluna.origem && coluna.origem->tipo == TTipoDado::Texto;
-}
-
-TValor BytesDoTexto(const TValor& valor, const TColunaFisica& origem) {
-    return valor.Nulo() ? valor : TBytes{BytesNaColuna(valor.ComoTexto(), origem)};
+TValor ValorNaPassagem(const TValor& valor, const TColunaFisica& origem, const TColunaFisica& destino) {
+    const auto um = [](TTipoDado tipo, std::initializer_list<TTipoDado> tipos) {
+        return std::ranges::find(tipos, tipo) != tipos.end();
+    };
+    if (valor.Nulo()) return valor;
+    if (origem.tipo == TTipoDado::Texto && um(destino.tipo, {TTipoDado::Blob, TTipoDado::Memo, TTipoDado::Bytes}))
+        return TBytes{BytesNaColuna(valor.ComoTexto(), destino.tipo == TTipoDado::Memo ? destino : origem)};
+    if (origem.tipo != TTipoDado::Memo || um(destino.tipo, {TTipoDado::Blob, TTipoDado::Memo, TTipoDado::Bytes}))
+        return valor;
+    const auto conjunto = ConjuntoDoNome(origem.conjunto);
+    const bool deUmByte = conjunto == TConjunto::Win1252 || conjunto == TConjunto::Iso8859_1;
+    return deUmByte ? TValor(ParaUtf8(*conjunto, valor.ComoBytes())) : valor;
 }
 
 }  // namespace wkd

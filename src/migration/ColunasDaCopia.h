@@ -23,15 +23,18 @@ struct TColunaDaCopia {
 std::vector<TColunaDaCopia> ColunasDaCopia(TConnection& conexao, const std::string& origem, const std::string& destino,
                                            const TRenumeracao& renumeracao);
 
-/// Names as statements take them.
+/// The column in a select list. A text blob is read as its bytes: by itself the server would turn it into the
+/// connection's character set.
+std::string Lida(const TColunaFisica& coluna, TTipoBanco banco, const std::string& apelido = {});
+/// As statements take them.
 std::string ListaDaOrigem(const std::vector<TColunaDaCopia>& colunas, TTipoBanco banco);
 std::string ComandoInsere(const std::string& destino, const std::vector<TColunaDaCopia>& colunas, TTipoBanco banco);
 
 /// The value as the target takes it. Throws TErroConversao when it cannot hold the value whole.
 TValor ConverteParaColuna(const TValor& valor, const TColunaFisica& coluna);
 
-/// Whether a text moves into a column of bytes: these are then the bytes that the text's own column holds.
-bool TextoViraBytes(const TColunaDaCopia& coluna);
-TValor BytesDoTexto(const TValor& valor, const TColunaFisica& origem);
+/// A value, read as Lida has it, as it goes to another column. Blobs pass byte by byte. A text becomes the bytes
+/// that its own column holds, or those of the text blob's character set; a text blob becomes text by its own set.
+TValor ValorNaPassagem(const TValor& valor, const TColunaFisica& origem, const TColunaFisica& destino);
 
 }  // namespace wkd

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <span>
 
+#include "ColunasDaCopia.h"
+#include "ConferenciaNoCliente.h"
 #include "ConferenciaSqlServer.h"
 #include "TBComandos.h"
 #include "Texto.h"
@@ -23,6 +25,9 @@ struct TPar {
     bool soPresenca = false;  // only whether there is a value
     bool real = false;        // what is no number (NaN) counts as equal to itself
     std::string bCrua = b, tCrua = t;
+    bool longo = false;      // of a size that has no limit
+    bool noCliente = false;  // the server compares no such pair
+    TColunaFisica daBackup = {}, daTabela = {};
 };
 
 bool Longo(const TColunaFisica& coluna) { return coluna.tipo == TTipoDado::Blob || coluna.tipo == TTipoDado::Memo; }
@@ -55,12 +60,25 @@ TPar ParDeTextos(TPar par, const TColunaFisica& b, const TColunaFisica& t) {
     return par;
 }
 
+/// Texts of two character sets would be equal by their letters.
+TPar ParDeBlobs(TPar par, const TColunaFisica& b, const TColunaFisica& t) {
+    if (b.conjunto.empty() || t.conjunto.empty() || b.conjunto == t.conjunto) return par;
+    par.b = "cast(" + par.b + " as blob sub_type 0)";
+    par.t = "cast(" + par.t + " as blob sub_type 0)";
+    return par;
+}
+
 std::string Lido(const std::string& texto, const TColunaFisica& como) {
     return "cast(nullif(trim(" + texto + "), '') as " + como.tipoSql + ")";
 }
 
 TPar Par(const TColunaFisica& b, const TColunaFisica& t, TTipoBanco banco) {
     TPar par{t.nome, "b." + Identificador(b.nome, banco), "t." + Identificador(t.nome, banco)};
+    par.longo = Longo(b) && Longo(t);
+    par.noCliente = SoNoCliente(b, t, banco);
+    par.daBackup = b;
+    par.daTabela = t;
+    if (par.noCliente) return par;
     if (banco == TTipoBanco::tbSQLServer) {
         auto expressoes = ExpressoesSqlServer(b, par.b, t, par.t);
         par.b = std::move(expressoes.b);
@@ -70,6 +88,7 @@ TPar Par(const TColunaFisica& b, const TColunaFisica& t, TTipoBanco banco) {
         par.bytes = expressoes.bytes;
         return par;
     }
+    if (par.longo) return ParDeBlobs(std::move(par), b, t);
     if (EhTexto(b) && EhTexto(t)) return ParDeTextos(std::move(par), b, t);
     par.real = Numerica(b) && Numerica(t) && (b.tipo == TTipoDado::Flutuante || t.tipo == TTipoDado::Flutuante);
     const bool datas = (b.tipo == TTipoDado::Data && t.tipo == TTipoDado::DataHora) ||
@@ -106,10 +125,12 @@ std::string Difere(const TPar& par, TTipoBanco banco) {
         return "(" + par.b + " is null and " + par.t + " is not null or " + par.b + " is not null and " + par.t +
                " is null)";
     if (banco == TTipoBanco::tbSQLServer) return DiferemSqlServer(par.b, par.t, par.bytes);
-    const std::string difere = par.b + " is distinct from " + par.t;
+    std::string difere = par.b + " is distinct from " + par.t;
     if (par.real)
         return difere + " and (" + par.b + " = " + par.b + " or " + par.t + " = " + par.t + " or " + par.b +
                " is null or " + par.t + " is null)";
+    if (par.longo)  // blanks at the end do not count for blobs of bytes either
+        difere = "octet_length(" + par.b + ") is distinct from octet_length(" + par.t + ") or " + difere;
     if (!par.texto) return difere;
     return difere + " or char_length(" + par.b + ") is distinct from char_length(" + par.t + ")";
 }
@@ -161,7 +182,10 @@ std::vector<TValor> Somas(TConnection& conexao, const std::string& origem, std::
     for (const auto& par : pares) {
         campos.push_back(sqlServer ? "count(case when " + par.*lado + " is null then null else 1 end)"
                                    : "count(" + par.*lado + ")");
-        const auto soma = sqlServer ? SomaSqlServer(par.*lado) : "sum(mod(hash(" + par.*lado + "), 2147483647))";
+        const std::string hash = "mod(hash(" + par.*lado + "), 2147483647)";
+        const auto soma = sqlServer   ? SomaSqlServer(par.*lado)
+                          : par.longo ? "sum(" + hash + " + octet_length(" + par.*lado + "))"
+                                      : "sum(" + hash + ")";
         campos.push_back(par.soPresenca ? "0" : soma);
     }
     const auto comando = conexao.Prepara("select " + Junta(campos, ", ") + " from " + origem);
@@ -180,6 +204,23 @@ void ComparaSomas(TConnection& conexao, const std::string& backup, const std::st
         if (!(b[2 * i] == t[2 * i]) || !(b[2 * i + 1] == t[2 * i + 1])) conferencia.colunas.push_back(pares[i].nome);
 }
 
+/// Reads what the server does not compare, or only by its beginning.
+void ComparaNoCliente(TConnection& conexao, const std::string& backup, const std::string& tabela,
+                      const TPareamento& pareamento, const std::vector<TPar>& pares, TConferencia& conferencia) {
+    const bool pareia = !pareamento.condicao.empty();
+    const bool soInicio = !pareia && conexao.TipoBanco() == TTipoBanco::tbSQLServer;
+    const std::string juntas = backup + " b join " + tabela + " t on " + pareamento.condicao;
+    for (const TPar& par : pares) {
+        if (!par.noCliente && !(soInicio && par.longo && !par.soPresenca)) continue;
+        const auto resto = [&](const std::string& coluna) {
+            return par.noCliente ? "" : " where datalength(" + coluna + ") > " + std::to_string(kBytesDoHash);
+        };
+        if (!IguaisNoCliente(conexao, {pareia ? juntas : backup + " b" + resto(par.bCrua), "b.", par.daBackup},
+                             {pareia ? juntas : tabela + " t" + resto(par.tCrua), "t.", par.daTabela}))
+            conferencia.colunas.push_back(par.nome);
+    }
+}
+
 }  // namespace
 
 TConferencia ConfereComBackup(TConnection& conexao, const std::string& backup, const std::string& tabela,
@@ -194,7 +235,9 @@ TConferencia ConfereComBackup(TConnection& conexao, const std::string& backup, c
 
     const auto daBackup = conexao.Colunas(backup);
     const auto daTabela = conexao.Colunas(tabela);
-    auto pares = Pares(daBackup, daTabela, ignoradas, conexao.TipoBanco());
+    const auto todos = Pares(daBackup, daTabela, ignoradas, conexao.TipoBanco());
+    auto pares = todos;
+    std::erase_if(pares, [](const TPar& par) { return par.noCliente; });
     const TPareamento pareamento = Pareamento(conexao, daBackup, daTabela, backup, tabela, ignoradas);
     const auto compara = [&] {
         conferencia.diferentes = 0;
@@ -217,6 +260,7 @@ TConferencia ConfereComBackup(TConnection& conexao, const std::string& backup, c
         }
         compara();
     }
+    ComparaNoCliente(conexao, backup, tabela, pareamento, todos, conferencia);
     conferencia.emParte = conferencia.emParte || std::ranges::any_of(pares, &TPar::soPresenca);
     return conferencia;
 }
@@ -228,12 +272,15 @@ std::vector<std::string> ConsultasDasDiferentes(TConnection& conexao, const std:
     const TPareamento pareamento = Pareamento(conexao, daBackup, daTabela, backup, tabela, ignoradas);
     std::vector<std::string> consultas;
     if (pareamento.condicao.empty()) return consultas;
-    const auto pares = Pares(daBackup, daTabela, ignoradas, conexao.TipoBanco());
+    auto pares = Pares(daBackup, daTabela, ignoradas, conexao.TipoBanco());
+    for (auto& par : pares) par.soPresenca = par.soPresenca || par.noCliente;
+    std::vector<std::string> lidas;
+    for (const auto& coluna : daBackup) lidas.push_back(Lida(coluna, conexao.TipoBanco(), "b."));
     for (std::size_t i = 0; i < pares.size(); i += kColunasPorConsulta) {
         std::vector<std::string> condicoes;
         for (const auto& par : std::span(pares).subspan(i, std::min(kColunasPorConsulta, pares.size() - i)))
             condicoes.push_back(Difere(par, conexao.TipoBanco()));
-        consultas.push_back("select b.* from " + backup + " b join " + tabela + " t on " + pareamento.condicao +
+        consultas.push_back("select " + Junta(lidas, ",") + " from " + backup + " b join " + tabela + " t on " + pareamento.condicao +
                             " where " + Junta(condicoes, " or "));
     }
     return consultas;

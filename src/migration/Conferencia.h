@@ -19,9 +19,10 @@ struct TConferencia {
     bool Igual() const { return naBackup == naTabela && diferentes == 0 && colunas.empty(); }
 };
 
-/// Compares both tables by value on the server over their common columns, types made equal first. Rows are paired by
-/// the table's primary key where the backup has its columns; otherwise each column is compared by counts and check
-/// sums. `ignoradas` (in capitals) were changed on purpose by the copy. Throws TErroBanco.
+/// Compares both tables by value over their common columns, blobs by their bytes. The server does it, types made equal
+/// first; what it cannot compare is read, in pieces. Rows are paired by the table's primary key where the backup has
+/// its columns; otherwise each column is compared by counts and check sums. `ignoradas` (in capitals) were changed on
+/// purpose by the copy. Throws TErroBanco.
 TConferencia ConfereComBackup(TConnection& conexao, const std::string& backup, const std::string& tabela,
                               const std::set<std::string>& ignoradas);
 

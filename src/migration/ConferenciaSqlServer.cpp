@@ -63,10 +63,9 @@ std::string DiferemSqlServer(const std::string& b, const std::string& t, bool by
 }
 
 std::string SomaSqlServer(const std::string& expressao) {
-    // Servers before 2016 make a hash of the first 8,000 bytes only.
     const auto bytes = "cast(" + expressao + " as varbinary(max))";
-    return "sum(cast(cast(substring(hashbytes('MD5', substring(" + bytes + ", 1, 8000)), 1, 4) as int) as bigint) +" +
-           " datalength(" + bytes + "))";
+    return "sum(cast(cast(substring(hashbytes('MD5', substring(" + bytes + ", 1, " + std::to_string(kBytesDoHash) +
+           ")), 1, 4) as int) as bigint) +" + " datalength(" + bytes + "))";
 }
 
 }  // namespace wkd

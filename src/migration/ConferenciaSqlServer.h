@@ -23,7 +23,9 @@ TExpressoes ExpressoesSqlServer(const TColunaFisica& b, const std::string& nomeB
 /// differ in zeros at the end alone, so that their number counts, too.
 std::string DiferemSqlServer(const std::string& b, const std::string& t, bool bytes);
 
-/// Sum over a column that hardly two contents have in common.
+/// Bytes that SomaSqlServer looks at; servers before 2016 make a hash of no more.
+inline constexpr int kBytesDoHash = 8000;
+/// Sum over a column that hardly two contents have in common, of their first bytes and their sizes.
 std::string SomaSqlServer(const std::string& expressao);
 
 }  // namespace wkd

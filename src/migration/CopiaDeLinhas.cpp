@@ -171,8 +171,7 @@ TLinha TCopiaDeLinhas::Le(TComando& linha) {
 }
 
 TValor TCopiaDeLinhas::LeCampo(TComando& linha, const TColunaDaCopia& coluna) {
-    TValor valor = linha.Valor(coluna.lugar);
-    return TextoViraBytes(coluna) ? BytesDoTexto(valor, *coluna.origem) : valor;
+    return ValorNaPassagem(linha.Valor(coluna.lugar), *coluna.origem, coluna.destino);
 }
 
 /// Required columns without value get one, and auto-increment columns their number.

@@ -24,9 +24,17 @@ int BytesDoInteiro(const TColunaFisica& coluna) {
     return tipo == "smallint" ? 2 : tipo == "integer" ? 4 : tipo == "bigint" ? 8 : 0;
 }
 
+/// Between bytes and whatever else a blob holds, the server turns nothing into another character set.
+bool BlobsComoEstao(const TColunaFisica& origem, const TColunaFisica& destino) {
+    const auto longa = [](const TColunaFisica& c) { return c.tipo == TTipoDado::Blob || c.tipo == TTipoDado::Memo; };
+    const auto deBytes = [](const TColunaFisica& c) { return IgualSemCaixa(c.tipoSql, "blob sub_type 0"); };
+    return longa(origem) && longa(destino) && (deBytes(origem) || deBytes(destino));
+}
+
 /// Whether the server gives every value the same form in the target that the client would.
 bool MesmaForma(const TColunaFisica& origem, const TColunaFisica& destino) {
     if (!origem.tipoSql.empty() && IgualSemCaixa(origem.tipoSql, destino.tipoSql)) return true;
+    if (BlobsComoEstao(origem, destino)) return true;
     if (TextoVariavel(origem) && TextoVariavel(destino)) return origem.conjunto == destino.conjunto;
     return BytesDoInteiro(origem) > 0 && BytesDoInteiro(origem) <= BytesDoInteiro(destino);
 }

@@ -131,7 +131,9 @@ void TExame::Valores(const TColunaFisica& fisica, const TColunaFisica& prevista,
     std::vector<std::string> lidas = chave_;
     if (std::ranges::find(lidas, fisica.nome) == lidas.end()) lidas.push_back(fisica.nome);
     std::vector<std::string> nomes;
-    std::ranges::transform(lidas, std::back_inserter(nomes), [this](const auto& coluna) { return Nome(coluna); });
+    std::ranges::transform(lidas, std::back_inserter(nomes), [&](const auto& coluna) {
+        return coluna == fisica.nome ? Lida(fisica, ctx_.Banco()) : Nome(coluna);
+    });
     const std::string longo = Caracteres(ctx_, Nome(fisica.nome)) + " > " + std::to_string(prevista.tamanho);
     const bool soLongos = texto && fisica.conjunto == prevista.conjunto;
     TWKDQuery q(ctx_.Conexao(), "select " + Junta(nomes, ",") + " from " + tabela_ + " where " +
@@ -139,7 +141,7 @@ void TExame::Valores(const TColunaFisica& fisica, const TColunaFisica& prevista,
     TAchado achado{texto ? "texto-longo" : "nao-converte", fisica.nome, "", 0, {}};
     for (q.Open(); !q.Eof(); q.Next()) {
         try {
-            ConverteParaColuna(q.Campo(fisica.nome), prevista);
+            ConverteParaColuna(ValorNaPassagem(q.Campo(fisica.nome), fisica, prevista), prevista);
         } catch (const TErroConversao&) {
             if (++achado.quantos <= static_cast<std::int64_t>(kExemplos)) achado.exemplos.push_back(Exemplo(q, lidas));
         }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "ColunasDaCopia.h"
 #include "Conferencia.h"
 #include "Rejeitados.h"
 #include "TBComandos.h"
@@ -20,7 +21,7 @@ TPares Campos(TWKDQuery& q, const std::vector<std::string>& nomes) {
 }
 
 struct TColunasDaBackup {
-    std::vector<std::string> todas, daChave, sobram;
+    std::vector<std::string> todas, lidas, daChave, sobram;
 };
 
 TColunasDaBackup ColunasDaBackup(TContexto& ctx, const std::string& tabela, const std::vector<std::string>& chave) {
@@ -28,6 +29,7 @@ TColunasDaBackup ColunasDaBackup(TContexto& ctx, const std::string& tabela, cons
     const auto daTabela = ctx.Conexao().Colunas(tabela);
     for (const auto& coluna : ctx.Conexao().Colunas(NomeDaBackup(tabela))) {
         colunas.todas.push_back(coluna.nome);
+        colunas.lidas.push_back(Lida(coluna, ctx.Banco()));
         if (std::ranges::any_of(chave, [&](const auto& nome) { return IgualSemCaixa(nome, coluna.nome); }))
             colunas.daChave.push_back(coluna.nome);
         if (!ColunaDeNome(daTabela, coluna.nome)) colunas.sobram.push_back(coluna.nome);
@@ -52,13 +54,13 @@ std::int64_t Guarda(TContexto& ctx, const std::string& tabela, const std::string
 }  // namespace
 
 void GuardaSobra(TContexto& ctx, const std::string& tabela, const std::vector<std::string>& chave) {
-    const auto [todas, daChave, sobram] = ColunasDaBackup(ctx, tabela, chave);
+    const auto [todas, lidas, daChave, sobram] = ColunasDaBackup(ctx, tabela, chave);
     if (sobram.empty()) return;
     const std::string backup = NomeDaBackup(tabela);
     std::vector<std::string> comValor;
     for (const auto& nome : sobram) comValor.push_back(Identificador(nome, ctx.Banco()) + " is not null");
     const auto linhas =
-        Guarda(ctx, tabela, "select * from " + backup + " where " + Junta(comValor, " or "),
+        Guarda(ctx, tabela, "select " + Junta(lidas, ",") + " from " + backup + " where " + Junta(comValor, " or "),
                "a tabela não tem a coluna e o backup é refeito", daChave, daChave.empty() ? todas : sobram);
     ctx.Tela().Memo2("Tabela " + tabela + ": colunas que só " + backup + " tinha, " +
                      (linhas > 0 ? "valores no arquivo de rejeitados: " : "sem valores: ") + Junta(sobram, ", "));
@@ -66,7 +68,7 @@ void GuardaSobra(TContexto& ctx, const std::string& tabela, const std::vector<st
 
 void GuardaDiferentes(TContexto& ctx, const std::string& tabela, const std::vector<std::string>& chave,
                       const std::set<std::string>& alteradas) {
-    const auto [todas, daChave, sobram] = ColunasDaBackup(ctx, tabela, chave);
+    const auto [todas, lidas, daChave, sobram] = ColunasDaBackup(ctx, tabela, chave);
     for (const auto& sql : ConsultasDasDiferentes(ctx.Conexao(), NomeDaBackup(tabela), tabela, alteradas))
         Guarda(ctx, tabela, sql, "a tabela tem outro registro com a mesma chave", daChave, todas);
 }

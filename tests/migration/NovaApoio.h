@@ -55,8 +55,11 @@ inline void CarregaPacote(TDataModulo& dm, const std::string& tabela, const TAtr
 /// A database with dictionary tables, and a package for it.
 class TBancoDaNova {
   public:
-    explicit TBancoDaNova(std::string_view conjunto = "UTF8", bool comTini = true, std::string_view servidor = "")
-        : banco_(conjunto, servidor) {
+    /// `servidor`: "host/port", the embedded engine when empty. `conexao`: "CharacterSet" of the alias, empty without one.
+    explicit TBancoDaNova(std::string_view conjunto = "UTF8", bool comTini = true, std::string_view servidor = "",
+                          std::string_view conexao = "")
+        : banco_(conjunto, servidor), parametros_(banco_.Parametros()) {
+        if (!conexao.empty()) parametros_.Adiciona("CharacterSet", conexao);
         ini_.INIGravaString("tbInterbase", "TipoBanco", "tbInterbase");
         opcoes_.pastaPrograma = opcoes_.pastaCorrente = Pasta();
         dm_.Atualiza.SetPastaComandos(Pasta());
@@ -135,9 +138,10 @@ class TBancoDaNova {
     std::string Rejeitados() const { return LeArquivo(Pasta() / "AtualizaWKD.rejeitados.jsonl"); }
 
     TBancoTemporario banco_;
+    TParametrosConexao parametros_;
     TAliases ini_{banco_.Arquivo().parent_path() / "WKD.ini"};
     TTelaDeTeste tela_;
-    TDataModulo dm_{ini_, tela_, [this](auto...) { return CriaConexaoFirebird(banco_.Parametros()); }};
+    TDataModulo dm_{ini_, tela_, [this](auto...) { return CriaConexaoFirebird(parametros_); }};
     TOpcoes opcoes_;
     TEstado estado_;
     TContexto ctx_{dm_, opcoes_, estado_, {}, {}};

@@ -15,6 +15,10 @@ namespace {
 /// Above 65,535 bytes the network protocol cuts a segment silently.
 constexpr std::size_t kSegmento = 32 * 1024;
 constexpr std::string_view kLeitura = "leitura de um blob";
+/// Bytes, whatever the blob holds. Otherwise the server turns a text into the connection's character set, also when the
+/// statement has cast it to bytes: that changes the description and not the blob.
+constexpr ISC_UCHAR kComoEsta[] = {isc_bpb_version1, isc_bpb_source_type, 1, isc_blob_untyped, isc_bpb_target_type, 1,
+                                   isc_blob_untyped};
 
 using TChamada = TRelogioDeEspera::TChamada;
 
@@ -30,10 +34,11 @@ class TBlobAberto {
     TBlobAberto(const TBlobAberto&) = delete;
     TBlobAberto& operator=(const TBlobAberto&) = delete;
 
-    void Abre(TTransacaoFirebird& transacao, ISC_QUAD id) {
+    void Abre(TTransacaoFirebird& transacao, ISC_QUAD id, TTipoBlob tipo) {
         const TChamada chamada(sessao_.Relogio());
         TEstadoFirebird estado;
-        isc_open_blob2(estado, sessao_.Banco(), transacao.Handle(), &handle_, &id, 0, nullptr);
+        const ISC_USHORT bytes = tipo.texto ? 0 : sizeof kComoEsta;
+        isc_open_blob2(estado, sessao_.Banco(), transacao.Handle(), &handle_, &id, bytes, kComoEsta);
         sessao_.Confere(estado, kLeitura);
     }
 
@@ -89,7 +94,7 @@ class TLeitorDeBlob : public TLeitorBytes {
         : sessao_(std::move(sessao)), conjunto_(ConjuntoDoNumero(tipo.conjunto)) {
         if (!transacao) propria_.emplace(*sessao_, TTransacaoFirebird::TModo::Leitura);
         blob_.emplace(*sessao_);
-        blob_->Abre(transacao ? *transacao : *propria_, id);
+        blob_->Abre(transacao ? *transacao : *propria_, id, tipo);
     }
 
     std::size_t Le(std::span<char> destino) override {
