@@ -40,9 +40,8 @@ constexpr TRegra kRegras[] = {
      "Rode a atualização de novo: ela continua da tabela de backup, onde estão todos os registros."},
     {"COLUNAS QUE FICARAM SÓ EM", "Guarde a tabela de backup enquanto o conteúdo dessas colunas for preciso."},
     {"GATILHOS NÃO RECRIADOS", "Recrie os gatilhos a partir da fonte em AtualizaWKD.rejeitados.jsonl."},
-    {"RESTRIÇÕES NÃO RECRIADAS",
-     "Recrie as restrições, se ainda forem precisas, a partir da fonte em "
-     "AtualizaWKD.rejeitados.jsonl."},
+    {"FONTE NO ARQUIVO DE REJEITADOS",
+     "Recrie o que falta, se ainda for preciso, a partir da fonte em AtualizaWKD.rejeitados.jsonl."},
     {"REPETIDO", kRepetidos},
     {"DUPLICATE", kRepetidos},
     {"PRIMARY OR UNIQUE KEY", kRepetidos},

@@ -280,8 +280,8 @@ std::vector<std::string> ConsultasDasDiferentes(TConnection& conexao, const std:
         std::vector<std::string> condicoes;
         for (const auto& par : std::span(pares).subspan(i, std::min(kColunasPorConsulta, pares.size() - i)))
             condicoes.push_back(Difere(par, conexao.TipoBanco()));
-        consultas.push_back("select " + Junta(lidas, ",") + " from " + backup + " b join " + tabela + " t on " + pareamento.condicao +
-                            " where " + Junta(condicoes, " or "));
+        consultas.push_back("select " + Junta(lidas, ",") + " from " + backup + " b join " + tabela + " t on " +
+                            pareamento.condicao + " where " + Junta(condicoes, " or "));
     }
     return consultas;
 }

@@ -10,6 +10,7 @@
 #include "Conferencia.h"
 #include "CriaBackup.h"
 #include "DefinicaoCampo.h"
+#include "Devolucoes.h"
 #include "DicionarioDaTabela.h"
 #include "EstadoDaReconstrucao.h"
 #include "FimDaReconstrucao.h"
@@ -58,6 +59,7 @@ class TReconstrucao {
 
     void Guarda();
     void GuardaObjetos();
+    void GuardaOQueVolta();
     std::vector<std::string> GuardaFontes(std::string_view tipo, const std::vector<TFonte>& fontes);
     bool Apaga();
     void ApagaEMarca();
@@ -82,7 +84,7 @@ class TReconstrucao {
     TContexto& ctx_;
     std::string nome_;  // as the package writes it
     std::string tabela_, backup_;
-    std::vector<std::string> chave_, chaveAntiga_, gatilhos_, restricoes_, calculadas_;
+    std::vector<std::string> chave_, chaveAntiga_, gatilhos_, propriedades_, comentarios_;
     std::set<std::string> alteradas_;
     std::unique_ptr<TReserva> reserva_;  // from before the first row is saved until the table is gone
     bool existe_ = false, apagada_ = false, retomada_ = false, terminada_ = false, dispensada_ = false;
@@ -136,17 +138,32 @@ void TReconstrucao::Guarda() {
 }
 
 void TReconstrucao::GuardaObjetos() {
+    GuardaOQueVolta();
+    gatilhos_ = GuardaFontes("Gatilho", GatilhosDaTabela(ctx_, tabela_));
+    propriedades_ = GuardaFontes("Propriedade de coluna", PropriedadesPerdidas(ctx_, tabela_));
+}
+
+/// Comments may have letters that the connection cannot write; these are kept in the rejects file instead.
+void TReconstrucao::GuardaOQueVolta() {
     auto devolucoes = DevolucoesGuardadas(ctx_, backup_);
     for (auto& comando : ComandosDeDevolucao(ctx_, nome_))
         if (std::ranges::find(devolucoes, comando) == devolucoes.end()) devolucoes.push_back(std::move(comando));
+    for (int tentativa = 1; tentativa <= kTentativas; ++tentativa) {
+        try {
+            return GuardaDevolucoes(ctx_, backup_, devolucoes);
+        } catch (const TErroBanco& erro) {
+            if (erro.ConexaoPerdida()) throw;
+        } catch (const TErroConversao&) {
+        }
+    }
+    std::vector<TFonte> comentarios;
+    std::erase_if(devolucoes, [&](const std::string& comando) {
+        const bool comentario = comando.starts_with("comment on ");
+        if (comentario) comentarios.push_back({Divide(comando, ' ').at(3), comando});
+        return comentario;
+    });
     GuardaDevolucoes(ctx_, backup_, devolucoes);
-
-    std::vector<TFonte> calculadas;  // columns that the server computes are known to no dictionary
-    for (const auto& coluna : ctx_.Conexao().Colunas(tabela_))
-        if (!coluna.expressao.empty()) calculadas.push_back({coluna.nome, coluna.expressao});
-    gatilhos_ = GuardaFontes("Gatilho", GatilhosDaTabela(ctx_, tabela_));
-    restricoes_ = GuardaFontes("Restrição", RestricoesDaTabela(ctx_, tabela_));
-    calculadas_ = GuardaFontes("Coluna calculada", calculadas);
+    comentarios_ = GuardaFontes("Comentário", comentarios);
 }
 
 /// Keeps in the rejects file what goes with the table; returns the names.
@@ -194,8 +211,8 @@ void TReconstrucao::RelataPerdas() {
         if (!nomes.empty()) ctx_.Tela().Memo2("Tabela " + tabela_ + ": " + motivo + ": " + Junta(nomes, ", "));
     };
     relata("gatilhos não recriados, fonte no arquivo de rejeitados", gatilhos_);
-    relata("colunas calculadas não recriadas, fonte no arquivo de rejeitados", calculadas_);
-    relata("restrições não recriadas, fonte no arquivo de rejeitados", restricoes_);
+    relata("propriedades de colunas não recriadas, fonte no arquivo de rejeitados", propriedades_);
+    relata("comentários não recriados, fonte no arquivo de rejeitados", comentarios_);
 }
 
 void TReconstrucao::Ergue() {
@@ -338,13 +355,17 @@ void TReconstrucao::CompletaIndices() {
     ctx_.dm.Atualiza.CriaIndiceSecundarios(nome_);
 }
 
+/// What an earlier try has given back, the table itself would ask for by now.
 void TReconstrucao::DevolveObjetos() {
+    const auto devolucoes = DevolucoesGuardadas(ctx_, backup_);
+    if (devolucoes.empty()) return;
     const auto indices = ctx_.Conexao().Indices(tabela_);
-    for (const auto& comando : DevolucoesGuardadas(ctx_, backup_)) {
+    const auto devolvidos = ComandosDeDevolucao(ctx_, nome_);
+    for (const auto& comando : devolucoes) {
         const bool existe = std::ranges::any_of(indices, [&](const TIndice& indice) {
             return comando.find("index " + Identificador(indice.nome, ctx_.Banco()) + " on ") != std::string::npos;
         });
-        if (existe) continue;
+        if (existe || std::ranges::find(devolvidos, comando) != devolvidos.end()) continue;
         TResultado devolvido = ctx_.dm.Executa(comando);
         if (!devolvido) devolvido = ctx_.dm.Executa(comando);
         if (!devolvido) {

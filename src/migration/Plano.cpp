@@ -310,8 +310,8 @@ void TPlanejador::ExaminaDependencias(TPlanoDaTabela& tabela) {
         for (const auto& fonte : fontes) nomes.push_back(fonte.nome);
         relata(std::move(tipo), std::move(texto), std::move(nomes));
     };
-    relataFontes("restricoes", "restrições que não voltam; a fonte fica no arquivo de rejeitados",
-                 RestricoesDaTabela(ctx_, nome));
+    relataFontes("propriedades", "propriedades de colunas que não voltam; a fonte fica no arquivo de rejeitados",
+                 PropriedadesPerdidas(ctx_, nome));
     relataFontes("gatilhos", "gatilhos que não voltam; a fonte fica no arquivo de rejeitados",
                  GatilhosDaTabela(ctx_, nome));
 }

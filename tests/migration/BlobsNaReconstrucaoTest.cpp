@@ -65,7 +65,7 @@ std::vector<std::string> EmBytes(std::vector<std::string> expressoes, const std:
 /// A table with text blobs of every set, one of them (FORA) unknown to the dictionary, which knows them as memos.
 struct TBancoDeBlobs : TBancoDaNova {
     /// `peloCliente`: a column that the server does not move.
-    TBancoDeBlobs(const TCaso& caso, int chave, bool peloCliente) : TBancoDaNova(caso.banco, true, caso.conexao) {
+    TBancoDeBlobs(const TCaso& caso, int chave, bool peloCliente) : TBancoDaNova(caso.banco, true, "", caso.conexao) {
         std::string sql = "create table TCLI (CODIGO integer not null, QTD " +
                           std::string(peloCliente ? "char(5)" : "varchar(5)") +
                           ", B0 blob sub_type 0, FORA blob sub_type 1 character set WIN1252";

@@ -55,7 +55,8 @@ inline void CarregaPacote(TDataModulo& dm, const std::string& tabela, const TAtr
 /// A database with dictionary tables, and a package for it.
 class TBancoDaNova {
   public:
-    /// `servidor`: "host/port", the embedded engine when empty. `conexao`: "CharacterSet" of the alias, empty without one.
+    /// `servidor`: "host/port", the embedded engine when empty. `conexao`: "CharacterSet" of the alias, empty without
+    /// one.
     explicit TBancoDaNova(std::string_view conjunto = "UTF8", bool comTini = true, std::string_view servidor = "",
                           std::string_view conexao = "")
         : banco_(conjunto, servidor), parametros_(banco_.Parametros()) {

@@ -25,6 +25,10 @@ struct TBancoInterrompido : TBancoDaNova {
         ExecutaTudo(comandos);
         Executa("create index ICLI_A_MAO on TCLI (CODIGO, NOME)");
         Executa("grant select on TCLI to MARIA");
+        Executa("alter table TCLI add check (CODIGO > 0)");
+        Executa("alter table TCLI add constraint DO_PAR unique (CODIGO, NOME)");
+        Executa("comment on table TCLI is 'Clientes'");
+        Executa("comment on column TCLI.NOME is 'Nome do cliente'");
         Pacote("TCLI", novos);
     }
 
@@ -32,7 +36,11 @@ struct TBancoInterrompido : TBancoDaNova {
         return Retrato("TCLI") + Le("select * from BTCLI") +
                Le("select rdb$privilege from rdb$user_privileges where rdb$relation_name = 'TCLI' and rdb$user = "
                   "'MARIA'") +
-               Le("select count(*) from rdb$relations where rdb$relation_name = 'BTCLI' and rdb$description is null");
+               Le("select rdb$description from rdb$relations where rdb$relation_name in ('TCLI', 'BTCLI') order by 1") +
+               Le("select rdb$description from rdb$relation_fields where rdb$relation_name in ('TCLI', 'BTCLI')"
+                  " and rdb$description is not null") +
+               Le("select rdb$constraint_type from rdb$relation_constraints where rdb$relation_name = 'TCLI' order by"
+                  " rdb$constraint_type");
     }
 
     /// A rebuild that a view stopped at the drop has left a complete backup; the table has changed since.

@@ -32,7 +32,7 @@ const std::vector<TCasoDificil>& Casos() {
           " constraint FK_TFKS foreign key (PAI) references TPAI)",
           "insert into TFKS values (1, 'filho', 1)"},
          1,
-         "Tabela TFKS: restrições não recriadas, fonte no arquivo de rejeitados: FK_TFKS",
+         "Tabela TFKS: alter table TFKS add constraint FK_TFKS foreign key (PAI) references TPAI (CODIGO): ",
          "select CODIGO, NOME from TFKS",
          "1|filho",
          2},

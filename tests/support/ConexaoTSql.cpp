@@ -138,7 +138,7 @@ std::unique_ptr<TComando> TConexaoTSql::Prepara(std::string_view sql) {
 std::unique_ptr<TComando> TConexaoTSql::Responde(std::string_view sql) {
     TConexaoGravada& resposta = respostas_.emplace_back();
     GuardaPropriedade(std::string(sql));
-    if (sql.find("sys.extended_properties") != std::string_view::npos) {
+    if (sql.find("sys.extended_properties") != std::string_view::npos && sql.find("WKD_") != std::string_view::npos) {
         resposta.resposta.campos = {{"NOME", TTipoDado::Texto, 4000}};
         for (const auto& [nome, valor] : propriedades_)
             if (Pergunta(sql, nome)) resposta.resposta.linhas.push_back({valor});
@@ -149,7 +149,8 @@ std::unique_ptr<TComando> TConexaoTSql::Responde(std::string_view sql) {
 }
 
 void TConexaoTSql::GuardaPropriedade(const std::string& sql) {
-    static const std::regex padrao("@name = N'(\\w+)'(?:, @value = N'(.*)')?, @level0type.*@level1name = N'(\\w+)'");
+    static const std::regex padrao(
+        "@name = N'(WKD_\\w+)'(?:, @value = N'(.*)')?, @level0type.*@level1name = N'(\\w+)'");
     std::smatch partes;
     if (!std::regex_search(sql, partes, padrao)) return;
     const std::pair<std::string, std::string> nome(partes[3], partes[1]);
