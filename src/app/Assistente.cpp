@@ -19,13 +19,24 @@ namespace {
 /// Chooses where windows are drawn; false when there is no place to.
 bool EscolheTela([[maybe_unused]] bool desassistida) {
 #if !defined(_WIN32) && !defined(__APPLE__)
-    if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) return true;
+    const QByteArray pedida = qgetenv("QT_QPA_PLATFORM");
     const bool temTela = qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
-    if (!desassistida) return temTela;
-    // A display that does not answer must not stop a run either.
-    qputenv("QT_QPA_PLATFORM", temTela ? "xcb;wayland;offscreen" : "offscreen");
+    if (!desassistida) return temTela || !pedida.isEmpty();
+    // Neither a platform nor a display that does not work here must stop a run.
+    const QByteArray primeiras = !pedida.isEmpty() ? pedida : QByteArray(temTela ? "xcb;wayland" : "offscreen");
+    qputenv("QT_QPA_PLATFORM", primeiras + ";offscreen;minimal");
 #endif
     return true;
+}
+
+constexpr const char* kSemTela = "Para atualizar sem ela: AtualizaWKD \"ALIAS;\" PACOTE.zip";
+
+/// Qt would end the program by abort(), with a core dump.
+void TelaQueNaoAbre(QtMsgType tipo, const QMessageLogContext&, const QString& texto) {
+    if (tipo != QtFatalMsg) return;
+    EscreveNosErros("Não foi possível abrir a tela do assistente. " + std::string(kSemTela) + "\n" + S(texto));
+    EsperaSaidas();
+    std::_Exit(static_cast<int>(TCodigoDeSaida::UsoIncorreto));
 }
 
 /// An unattended run's error stream holds what the run reports, not what Qt misses on a machine without desktop.
@@ -47,26 +58,21 @@ void Prepara(QApplication& aplicacao) {
     FalaPortugues(aplicacao);
 }
 
-void GravaLog(const TLogDaExecucao& log) {
-    try {
-        log.Salva();
-    } catch (const std::exception& erro) {
-        EscreveNosErros(erro.what());
-    }
-}
-
 }  // namespace
 
 TCodigoDeSaida AbreAssistente(int& argc, char** argv, const TAmbiente& ambiente, TInicio inicio) {
     const bool desassistida = inicio.pacote.has_value();
     if (!EscolheTela(desassistida)) {
-        EscreveNosErros("Não há tela para o assistente. Para atualizar sem ela: AtualizaWKD \"ALIAS;\" PACOTE.zip");
+        EscreveNosErros("Não há tela para o assistente. " + std::string(kSemTela));
         return TCodigoDeSaida::UsoIncorreto;
     }
-    if (desassistida) CalaAvisosDoQt();
+    const auto avisos = qInstallMessageHandler(TelaQueNaoAbre);
     std::setlocale(LC_ALL, "");  // QApplication does it, too, but not while the fonts are read
     std::jthread fontes = LeFontesDoSistema();
+    argc = 1;  // the arguments are ours: Qt would take some of them for its own
     QApplication aplicacao(argc, argv);
+    qInstallMessageHandler(avisos);
+    if (desassistida) CalaAvisosDoQt();
     if (fontes.joinable()) fontes.join();
     Prepara(aplicacao);
 
@@ -75,7 +81,7 @@ TCodigoDeSaida AbreAssistente(int& argc, char** argv, const TAmbiente& ambiente,
     TTelaDaJanela tela(log, dialogos, desassistida);
     TPreferencias preferencias;
     try {
-        log.Carrega();
+        tela.CarregaLog();
         TDataModulo dm(TAliases(LocalizaIni(ambiente.locais)), tela);
         TFMAtualiza janela(dm, {ambiente, log, tela, dialogos, preferencias}, std::move(inicio));
         janela.show();
@@ -83,7 +89,7 @@ TCodigoDeSaida AbreAssistente(int& argc, char** argv, const TAmbiente& ambiente,
         return janela.Codigo();
     } catch (const std::exception& erro) {
         tela.Informacao(erro.what());
-        if (desassistida) GravaLog(log);
+        if (desassistida) tela.SalvaLog();
         return TCodigoDeSaida::SemConexao;
     }
 }

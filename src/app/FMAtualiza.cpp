@@ -191,11 +191,7 @@ void TFMAtualiza::closeEvent(QCloseEvent* evento) {
 void TFMAtualiza::FormClose() {
     alias_->disconnect(this);  // the focus leaves the list now, and no server is to be waited for
     GravaPreferencias();
-    try {
-        meios_.log.Salva();
-    } catch (const std::exception& erro) {
-        meios_.tela.Informacao(erro.what());
-    }
+    meios_.tela.SalvaLog();
 }
 
 void TFMAtualiza::reject() {

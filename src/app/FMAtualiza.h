@@ -8,6 +8,7 @@
 #include "Ambiente.h"
 #include "CodigoDeSaida.h"
 #include "Contexto.h"
+#include "Interrupcao.h"
 #include "Navegacao.h"
 #include "Preferencias.h"
 #include "TelaDaJanela.h"
@@ -81,6 +82,7 @@ class TFMAtualiza : public QDialog {
 
     // Pages
     void btProximoClick();
+    void DeixaAlias();
     void btVoltarClick();
     void MostraPagina(const TPasso& passo);
     bool PacoteExiste();
@@ -93,6 +95,8 @@ class TFMAtualiza : public QDialog {
     /// Over the connection, while it is in another thread's hands.
     TVigia Vigia(const std::string& alias);
     void NoBanco(const std::function<void()>& trabalho);
+    static void AteOFim(const std::function<void()>& trabalho);
+    void Interrompe();
     void Relata(TEvidencia evidencia);
     void Conclui();
     TOpcoes Opcoes() const;
@@ -126,6 +130,9 @@ class TFMAtualiza : public QDialog {
     QPushButton* btProximo_;
     QPushButton* btVoltar_;
     QPushButton* btLog_;
+
+    TOuvinteDeInterrupcao ouvinte_{
+        [this](auto) { QMetaObject::invokeMethod(this, &TFMAtualiza::Interrompe, Qt::QueuedConnection); }};
 };
 
 }  // namespace wkd

@@ -1,12 +1,14 @@
 // The update run as the window sees it.
 
+#include <QApplication>
 #include <QPushButton>
-#include <fstream>
 
 #include "Atualizacao.h"
 #include "CargaDoPacote.h"
+#include "EscritaSegura.h"
 #include "FMAtualiza.h"
 #include "IndicesPrimarios.h"
+#include "Interrupcao.h"
 #include "PaginaAlias.h"
 #include "PaginaAtualizacao.h"
 #include "PaginaBackup.h"
@@ -25,10 +27,12 @@ namespace {
 /// Log and rejected rows are kept in the program's folder: without it nothing is begun.
 bool PastaGravavel(const std::filesystem::path& pasta) {
     const std::filesystem::path prova = pasta / "AtualizaWKD.prova";
-    const bool gravou = static_cast<bool>(std::ofstream(prova) << "prova" << std::flush);
-    std::error_code semErro;
-    std::filesystem::remove(prova, semErro);
-    return gravou;
+    try {
+        const bool gravou = (TSaidaEmArquivo(CriaArquivo(prova)) << "prova" << std::flush).good();
+        return std::filesystem::remove(prova) && gravou;
+    } catch (const std::system_error&) {
+        return false;
+    }
 }
 
 }  // namespace
@@ -38,7 +42,7 @@ void TFMAtualiza::btAtualizarClick() {
     for (QPushButton* botao : {btVoltar_, btProximo_, btSair_}) botao->setEnabled(false);
     status_->PermitePlano(false);
     codigo_ = Executa();
-    if (codigo_ != TCodigoDeSaida::Encerrada) Conclui();
+    if (codigo_ == TCodigoDeSaida::Sucesso || codigo_ == TCodigoDeSaida::ComErros) Conclui();
 }
 
 void TFMAtualiza::btPlanoClick() {
@@ -75,6 +79,7 @@ TCodigoDeSaida TFMAtualiza::Executa() {
         fim = atualizacao.Executa();
         Relata(atualizacao.Evidencia());
     });
+    if (fim == TFimDaAtualizacao::Interrompida) return CodigoDoSinal(TInterrupcao::Sinal());
     if (fim == TFimDaAtualizacao::Encerrada) return TCodigoDeSaida::Encerrada;
     return meios_.tela.HouveErro() ? TCodigoDeSaida::ComErros : TCodigoDeSaida::Sucesso;
 }
@@ -99,7 +104,7 @@ void TFMAtualiza::NoBanco(const std::function<void()>& trabalho) {
     ocupa(true);
     const auto libera = qScopeGuard([&] { ocupa(false); });
     const TVigia vigia = Vigia(aliasAtual_);
-    EmSegundoPlano(trabalho);
+    AteOFim([&] { EmSegundoPlano(trabalho); });
     meios_.tela.Descarrega();
 }
 
@@ -107,6 +112,22 @@ TVigia TFMAtualiza::Vigia(const std::string& alias) {
     THBNConnection& conexao = dm_->SQLConnection1;
     return {conexao, TPrazos::DoAlias(conexao.Aliases(), alias),
             [this](std::string_view texto) { meios_.tela.SemResposta(texto); }};
+}
+
+/// An interruption ends the work; the window closes by itself.
+void TFMAtualiza::AteOFim(const std::function<void()>& trabalho) {
+    try {
+        trabalho();
+    } catch (const TInterrompida&) {
+    }
+}
+
+/// Nobody answers any more, and the window closes once nothing is under way; told again until then.
+void TFMAtualiza::Interrompe() {
+    if (QWidget* pergunta = QApplication::activeModalWidget(); pergunta && pergunta != this)
+        pergunta->close();
+    else if (!executando_ && isVisible())
+        close();
 }
 
 void TFMAtualiza::Conclui() {

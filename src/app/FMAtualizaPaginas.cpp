@@ -25,7 +25,7 @@ constexpr std::string_view kSemConexao =
 
 }  // namespace
 
-/// Asks a server: the pointer tells of waiting, the window is drawn, and what is typed meanwhile is served afterwards.
+/// Asks a server: the pointer tells of waiting, the window is drawn, and what is typed or clicked meanwhile is dropped.
 void TFMAtualiza::Espera(const std::function<void()>& pedido) {
     QApplication::setOverrideCursor(Qt::WaitCursor);
     executando_ = true;
@@ -34,7 +34,7 @@ void TFMAtualiza::Espera(const std::function<void()>& pedido) {
         QApplication::restoreOverrideCursor();
     });
     const TVigia vigia = Vigia(aliasAtual_);
-    EmSegundoPlano(pedido, QEventLoop::ExcludeUserInputEvents);
+    AteOFim([&] { EmSegundoPlano(pedido, TEntrada::Descarta); });
 }
 
 void TFMAtualiza::PreencheDados() {
@@ -56,7 +56,7 @@ void TFMAtualiza::AbreAliasPedido(const std::string& nome) {
     aliasAtual_ = nome;
     alias_->Escolhe(Q(nome));
     const TDadosDoAlias dados = Preenche(nome);
-    if (dm_->SQLConnection1.Connected()) return;
+    if (dm_->SQLConnection1.Connected() || TInterrupcao::Sinal() != 0) return;
     codigo_ = dados.outraAtualizacao ? TCodigoDeSaida::Encerrada : TCodigoDeSaida::SemConexao;
     meios_.tela.Informacao(kSemConexao);
     if (meios_.tela.Desassistida() && !dados.erro.empty()) meios_.tela.Informacao(dados.erro);
@@ -66,7 +66,7 @@ void TFMAtualiza::btProximoClick() {
     if (executando_) return;
     if (navegacao_.Pagina() == TPagina::Status) return btAtualizarClick();
     if (navegacao_.Pagina() == TPagina::Atualizacao && !PacoteExiste()) return;
-    if (navegacao_.Pagina() == TPagina::Alias && !IgualSemCaixa(aliasAtual_, S(alias_->Alias()))) PreencheDados();
+    if (navegacao_.Pagina() == TPagina::Alias) DeixaAlias();
     MostraPagina(navegacao_.Proximo());
     btVoltar_->setEnabled(true);
     if (navegacao_.Pagina() == TPagina::Backup) {
@@ -78,6 +78,12 @@ void TFMAtualiza::btProximoClick() {
         status_->OferecePlano();
         btProximo_->setText("Atualizar");
     }
+}
+
+/// Once: the list fills the page when the focus leaves it.
+void TFMAtualiza::DeixaAlias() {
+    btProximo_->setFocus();
+    if (!IgualSemCaixa(aliasAtual_, S(alias_->Alias()))) PreencheDados();
 }
 
 void TFMAtualiza::btVoltarClick() {

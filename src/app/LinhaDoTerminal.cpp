@@ -1,11 +1,13 @@
 #include "LinhaDoTerminal.h"
 
-#include <cstdio>
 #include <cstdlib>
+
+#include "Eco.h"
 
 #ifdef _WIN32
 #include <io.h>
 #include <windows.h>
+#include <cstdio>
 #else
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -43,11 +45,6 @@ std::size_t Largura() {
 }
 #endif
 
-void Escreve(std::string_view texto) {
-    std::fwrite(texto.data(), 1, texto.size(), stdout);
-    std::fflush(stdout);
-}
-
 bool ComecaCaractere(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; }
 
 }  // namespace
@@ -67,13 +64,13 @@ void TLinhaDoTerminal::Mostra(std::string_view texto) {
     if (!existe_) return;
     const std::string linha = Corta(texto, Largura() - 1);  // a full line would wrap
     if (linha == mostrada_) return;
-    Escreve("\r\x1b[K" + linha);
+    EscreveNoTerminal("\r\x1b[K" + linha);
     mostrada_ = linha;
 }
 
 void TLinhaDoTerminal::Apaga() {
     if (mostrada_.empty()) return;
-    Escreve("\r\x1b[K");
+    EscreveNoTerminal("\r\x1b[K");
     mostrada_.clear();
 }
 

@@ -2,10 +2,10 @@
 
 #include <QString>
 #include <algorithm>
-#include <fstream>
-#include <iterator>
+#include <cerrno>
 #include <system_error>
 
+#include "EscritaSegura.h"
 #include "Formato.h"
 #include "Texto.h"
 
@@ -13,14 +13,9 @@ namespace wkd {
 
 namespace {
 
-[[noreturn]] void Falha(const std::filesystem::path& arquivo, const char* acao) {
-    throw std::system_error(errno, std::generic_category(), std::string(acao) + " " + arquivo.string());
-}
-
-std::string LeTudo(const std::filesystem::path& caminho) {
-    std::ifstream arquivo(caminho, std::ios::binary);
-    if (!arquivo) Falha(caminho, "Não foi possível ler o log");
-    return {std::istreambuf_iterator<char>(arquivo), std::istreambuf_iterator<char>()};
+/// The system's error with what it means here.
+std::system_error Falha(std::string_view acao, const std::filesystem::path& arquivo, const std::system_error& erro) {
+    return {erro.code(), std::string(acao) + " " + arquivo.string()};
 }
 
 std::string ComCrLf(std::string_view texto) {
@@ -36,16 +31,27 @@ std::string ComCrLf(std::string_view texto) {
 
 }  // namespace
 
-TLogDaExecucao::TLogDaExecucao(std::filesystem::path caminho) : caminho_(std::move(caminho)) {}
+TLogDaExecucao::TLogDaExecucao(std::filesystem::path caminho, std::size_t limite)
+    : caminho_(std::move(caminho)), limite_(limite) {}
+
+bool TLogDaExecucao::Existe() const {
+    return std::filesystem::symlink_status(caminho_).type() != std::filesystem::file_type::not_found;
+}
 
 void TLogDaExecucao::Carrega() {
-    if (!std::filesystem::exists(caminho_)) return;
+    if (!Existe()) return;
     ilegivel_ = true;
-    const std::string bytes = LeTudo(caminho_);
+    try {
+        const TArquivo arquivo = AbreParaLer(caminho_);
+        if (std::filesystem::file_size(caminho_) >= limite_) PoeDeLado();
+        const std::string bytes = LeArquivoInteiro(caminho_);
+        marca_ = QStringConverter::encodingForData(bytes);
+        const QString marcado = marca_ ? QStringDecoder(*marca_)(bytes) : QString();
+        texto_ = ComCrLf(marca_ ? marcado.toStdString() : TextoDeBytes(bytes));
+    } catch (const std::system_error& erro) {
+        throw Falha("Não foi possível ler o log", caminho_, erro);
+    }
     ilegivel_ = false;
-    marca_ = QStringConverter::encodingForData(bytes);
-    const QString marcado = marca_ ? QStringDecoder(*marca_)(bytes) : QString();
-    texto_ = ComCrLf(marca_ ? marcado.toStdString() : TextoDeBytes(bytes));
     inicio_ = 0;
 }
 
@@ -54,8 +60,22 @@ void TLogDaExecucao::SetLog(std::string_view mensagem, std::string_view tabela, 
     std::string entrada = "\r\nAção: ";
     entrada.append(acao).append("\r\nTabela: ").append(tabela);
     entrada.append("\r\n[").append(FormataDataHora(quando, "dd/mm/yyyy hh:mm:ss")).append("] ").append(mensagem);
-    PoeNoTopo(ComCrLf(entrada));
-    if (std::filesystem::exists(caminho_)) Salva();
+    ultima_ = ComCrLf(entrada);
+    PoeNoTopo(ultima_);
+    const bool cheio = Tamanho() >= limite_;
+    if (cheio || Existe()) Salva();
+    if (cheio) PoeDeLado();
+}
+
+/// Begins a new file.
+void TLogDaExecucao::PoeDeLado() {
+    const auto antigo = [this](int numero) { return std::filesystem::path(caminho_) += "." + std::to_string(numero); };
+    std::error_code ainda;  // there are not so many yet
+    for (int numero = kAntigos; numero > 1; --numero)
+        std::filesystem::rename(antigo(numero - 1), antigo(numero), ainda);
+    std::filesystem::rename(caminho_, antigo(1));
+    LimparLog();
+    Escreve({});
 }
 
 void TLogDaExecucao::PoeNoTopo(std::string_view texto) {
@@ -71,7 +91,7 @@ void TLogDaExecucao::PoeNoTopo(std::string_view texto) {
 void TLogDaExecucao::Salva() const {
     if (ilegivel_)
         throw std::system_error(EACCES, std::generic_category(), "Não foi possível gravar o log " + caminho_.string());
-    const std::string_view texto = Topo(Tamanho());
+    const std::string_view texto = std::string_view(texto_).substr(inicio_);
     if (!marca_) return Escreve(texto);
     QStringEncoder codificador(*marca_, QStringConverter::Flag::WriteBom);
     const QByteArray bytes = codificador(QString::fromUtf8(texto));
@@ -79,18 +99,15 @@ void TLogDaExecucao::Salva() const {
 }
 
 void TLogDaExecucao::Escreve(std::string_view bytes) const {
-    std::filesystem::path novo = caminho_;
-    novo += ".novo";
+    const std::filesystem::path novo = std::filesystem::path(caminho_) += ".novo";
     try {
-        std::ofstream arquivo(novo, std::ios::binary | std::ios::trunc);
-        arquivo.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-        arquivo.close();
-        if (!arquivo) Falha(caminho_, "Não foi possível gravar o log");
+        if (!(TSaidaEmArquivo(CriaArquivo(novo)) << bytes << std::flush))
+            throw std::system_error(errno, std::generic_category());
         std::filesystem::rename(novo, caminho_);
-    } catch (...) {
+    } catch (const std::system_error& erro) {
         std::error_code ignorado;
         std::filesystem::remove(novo, ignorado);
-        throw;
+        throw Falha("Não foi possível gravar o log", caminho_, erro);
     }
 }
 

@@ -127,7 +127,7 @@ void TPaginaBackup::btRelatoriosBkpClick() {
                 const TOcupado ocupado(tela_, "Fazendo backup dos relatórios...");
                 FazBackupDosRelatorios(pasta, arquivo);
             },
-            QEventLoop::ExcludeUserInputEvents);
+            TEntrada::Descarta);
     } catch (const std::exception& erro) {
         dialogos_.Informacao(Q(erro.what()));
     }

@@ -3,10 +3,13 @@
 #include <cstdio>
 #include <iostream>
 
+#include "Interrupcao.h"
+
 #ifdef _WIN32
 #include <io.h>
 #include <windows.h>
 #else
+#include <poll.h>
 #include <termios.h>
 #include <unistd.h>
 #endif
@@ -32,6 +35,8 @@ class TSemEco {
     HANDLE entrada_;
     DWORD modo_ = 0;
 };
+
+void EsperaEntrada() {}
 #else
 bool EntradaEhTerminal() { return isatty(STDIN_FILENO) != 0; }
 
@@ -50,9 +55,17 @@ class TSemEco {
   private:
     termios antes_{};
 };
+
+/// Who gives up at the question gets the terminal back as it was.
+void EsperaEntrada() {
+    constexpr int kMilissegundos = 100;
+    pollfd entrada{STDIN_FILENO, POLLIN, 0};
+    while (poll(&entrada, 1, kMilissegundos) == 0) TInterrupcao::Confere();
+}
 #endif
 
 std::string LeLinha() {
+    EsperaEntrada();
     std::string linha;
     std::getline(std::cin, linha);
     if (linha.ends_with('\r')) linha.pop_back();

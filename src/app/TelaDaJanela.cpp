@@ -193,14 +193,27 @@ TAcaoReconcilia TTelaDaJanela::Reconcilia(std::string_view erro, TAcaoReconcilia
 void TTelaDaJanela::SetLog(std::string_view mensagem, std::string_view tabela, std::string_view acao) {
     houveErro_ = true;
     NoConsole([&, onde = Onde()] { erros_.Entrada(mensagem, tabela, acao, onde); });
-    const std::size_t antes = log_.Tamanho();
-    try {
-        log_.SetLog(mensagem, tabela, acao, Agora());
-    } catch (const std::exception& erro) {
-        if (!std::exchange(logFalhou_, true)) Memo2(erro.what());
-    }
-    const QString entrada = Q(log_.Topo(log_.Tamanho() - antes)).remove('\r');
+    NoLog([&] { log_.SetLog(mensagem, tabela, acao, Agora()); });
+    const QString entrada = Q(log_.Ultima()).remove('\r');
     Anota([&](TNovidades& novidades) { novidades.log.prepend(entrada); });
+}
+
+/// A log that fails is told once.
+template <class F>
+void TTelaDaJanela::NoLog(F&& operacao) {
+    try {
+        operacao();
+    } catch (const std::exception& erro) {
+        if (!std::exchange(logFalhou_, true)) Memo2(std::string(erro.what()) + ". O arquivo fica como está.");
+    }
+}
+
+void TTelaDaJanela::CarregaLog() {
+    NoLog([this] { log_.Carrega(); });
+}
+
+void TTelaDaJanela::SalvaLog() {
+    NoLog([this] { log_.Salva(); });
 }
 
 }  // namespace wkd

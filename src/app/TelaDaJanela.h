@@ -43,6 +43,9 @@ class TTelaDaJanela : public ITela {
     void EmAndamento(bool andando);
     /// Shows all that is kept.
     void Descarrega();
+    // A log file that cannot be read or written stops nothing: it is reported once, and stays as it is.
+    void CarregaLog();
+    void SalvaLog();
     /// Empties the run log; its file stays until the next write.
     void LimparLog();
 
@@ -61,7 +64,6 @@ class TTelaDaJanela : public ITela {
     void Informacao(std::string_view texto) override;
     bool Confirmacao(std::string_view texto, bool semPessoa) override;
     TAcaoReconcilia Reconcilia(std::string_view erro, TAcaoReconcilia semPessoa) override;
-    /// A log file that cannot be written is reported once; its entries stay in memory for the next write.
     void SetLog(std::string_view mensagem, std::string_view tabela, std::string_view acao) override;
 
   private:
@@ -84,6 +86,8 @@ class TTelaDaJanela : public ITela {
     void NoConsole(F&& escreve);
     /// What is under way; empty outside a run.
     std::string Onde() const;
+    template <class F>
+    void NoLog(F&& operacao);
     void PedeDesenho();
     void Desenha(qsizetype linhasPorVez);
     TNovidades Retira(qsizetype linhasPorVez);

@@ -8,6 +8,8 @@
 #include "CodigoDeSaida.h"
 #include "ComandosDeAlias.h"
 #include "ComandosDeBanco.h"
+#include "Eco.h"
+#include "Interrupcao.h"
 #include "LinhaDeComando.h"
 #include "Versao.h"
 
@@ -44,19 +46,38 @@ struct TPrograma {
     TCodigoDeSaida Abre(const TInicio& inicio) { return AbreAssistente(argc, argv, AmbientePadrao(), inicio); }
 };
 
+/// Only a run has something to finish.
+TInterrupcao::TPrazos PrazosDo(const TPedido& pedido) {
+    using namespace std::chrono_literals;
+    const bool atualiza =
+        std::holds_alternative<TPedeAtualizacao>(pedido) || std::holds_alternative<TPedeJanela>(pedido);
+    return atualiza ? TInterrupcao::TPrazos() : TInterrupcao::TPrazos{0ms, 500ms, 1500ms};
+}
+
+TCodigoDeSaida Atende(int argc, char** argv) {
+    try {
+        const TPedido pedido = LeLinhaDeComando({argv + 1, argv + argc});
+        TInterrupcao::AtendeSinais(PrazosDo(pedido));
+        return std::visit(TPrograma{argc, argv}, pedido);
+    } catch (const std::exception& erro) {
+        EscreveNosErros(erro.what());
+        return TCodigoDeSaida::SemConexao;
+    } catch (const TInterrompida&) {
+        EscreveNosErros("Interrompido.");
+        return CodigoDoSinal(TInterrupcao::Sinal());
+    }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+    AbreSaidasQueFaltam();
     std::setlocale(LC_CTYPE, "C.UTF-8");  // the client library reads path names with it
 #ifndef _WIN32
     std::signal(SIGPIPE, SIG_IGN);  // neither a broken pipe nor a closed terminal ends an update
     std::signal(SIGHUP, SIG_IGN);
 #endif
-    try {
-        const std::vector<std::string> argumentos(argv + 1, argv + argc);
-        return static_cast<int>(std::visit(TPrograma{argc, argv}, LeLinhaDeComando(argumentos)));
-    } catch (const std::exception& erro) {
-        std::cerr << erro.what() << std::endl;
-        return static_cast<int>(TCodigoDeSaida::SemConexao);
-    }
+    const TCodigoDeSaida codigo = Atende(argc, argv);
+    EsperaSaidas();
+    return static_cast<int>(TInterrupcao::Sinal() != 0 ? CodigoDoSinal(TInterrupcao::Sinal()) : codigo);
 }

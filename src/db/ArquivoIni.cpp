@@ -1,8 +1,6 @@
 #include "ArquivoIni.h"
 
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 #include <system_error>
 #include <unordered_set>
 #include <utility>
@@ -19,12 +17,13 @@ constexpr std::string_view kBom = "\xEF\xBB\xBF";
 std::string LeBytes(const std::filesystem::path& caminho) {
     std::error_code erro;
     if (!std::filesystem::exists(caminho, erro) && !erro) return {};
-    std::ifstream arquivo;
-    if (!std::filesystem::is_directory(caminho, erro)) arquivo.open(caminho, std::ios::binary);
-    if (!arquivo.is_open())
+    std::string bytes;
+    try {
+        bytes = LeArquivoInteiro(caminho, true);
+    } catch (const std::system_error&) {
         throw TErroConfiguracao("Não foi possível ler o arquivo \"" + caminho.string() +
                                 "\". Verifique se ele permite leitura.");
-    const std::string bytes{std::istreambuf_iterator<char>(arquivo), {}};
+    }
     if (bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF"))
         throw TErroConfiguracao("O arquivo \"" + caminho.string() + "\" está em UTF-16. Grave-o em UTF-8 ou ANSI.");
     return bytes;
@@ -144,7 +143,7 @@ bool TArquivoIni::ApagaSecao(std::string_view secao) {
 
 void TArquivoIni::Salva() const {
     try {
-        SubstituiArquivo(caminho_, Bytes());
+        SubstituiArquivo(SemLinks(caminho_), Bytes());
     } catch (const std::exception& erro) {
         throw TErroConfiguracao("Não foi possível gravar o arquivo \"" + caminho_.string() + "\": " + erro.what());
     }

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "Dialeto.h"
+#include "Interrupcao.h"
 #include "Texto.h"
 
 namespace wkd {
@@ -55,11 +56,14 @@ void THBNConnection::Open() {
     Close();
     if (aliasTrocado_) {  // otherwise the same driver object goes on, and with it the commands prepared on it
         std::shared_ptr<TConnection> novo = fabrica_(tipoBanco_, parametros_);
-        novo->Observa(observador_);
-        const std::lock_guard trava(guarda_);
-        driver_.swap(novo);
+        {
+            const std::lock_guard trava(guarda_);
+            driver_.swap(novo);
+        }
+        LigaObservador();
         aliasTrocado_ = false;
     }
+    TInterrupcao::Confere();
     driver_->Open();
     ++aberturas_;
     try {
@@ -84,7 +88,12 @@ TTipoBanco THBNConnection::TipoBanco(const std::filesystem::path& ini) const {
 }
 
 std::string THBNConnection::VersaoServidor() { return Driver().VersaoServidor(); }
-void THBNConnection::StartTransaction() { Driver().StartTransaction(); }
+
+void THBNConnection::StartTransaction() {
+    TInterrupcao::Confere();
+    Driver().StartTransaction();
+}
+
 void THBNConnection::Commit() { Driver().Commit(); }
 
 void THBNConnection::Rollback() noexcept {
@@ -149,7 +158,15 @@ std::vector<TIndice> THBNConnection::Indices(std::string_view tabela) { return D
 
 void THBNConnection::Observa(TObservador observador) {
     observador_ = std::move(observador);
-    if (driver_) driver_->Observa(observador_);
+    if (driver_) LigaObservador();
+}
+
+/// Where a process that was asked to end leaves the work: before a statement.
+void THBNConnection::LigaObservador() {
+    driver_->Observa([this](std::string_view comando) {
+        if (observador_) observador_(comando);
+        if (comando != "commit") TInterrupcao::Confere(driver_->InTransaction());
+    });
 }
 
 void THBNConnection::SAtrbi(std::string_view tabela, TClientDataSet& alvo) {

@@ -99,6 +99,7 @@ class THBNConnection : public TConnection {
   private:
     TConnection& Driver() const;
     std::shared_ptr<TConnection> DriverDeOutraThread() const;
+    void LigaObservador();
     std::vector<std::string> TabelasDoUsuarioOracle();
 
     TAliases aliases_;

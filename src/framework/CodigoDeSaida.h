@@ -13,4 +13,7 @@ enum class TCodigoDeSaida {
     UsoIncorreto = 64  // arguments
 };
 
+/// Of a program that a signal asked to end.
+constexpr TCodigoDeSaida CodigoDoSinal(int sinal) { return static_cast<TCodigoDeSaida>(128 + sinal); }
+
 }  // namespace wkd

@@ -1,8 +1,8 @@
 #include "TB.h"
 
 #include <algorithm>
-#include <fstream>
 
+#include "EscritaSegura.h"
 #include "MarcaDaBackup.h"
 #include "TBComandos.h"
 #include "Texto.h"
@@ -15,10 +15,10 @@ namespace {
 /// For whoever wants to see the statement that the server refused; failing to write it stops nothing. The file is made
 /// anew: some file systems bring one that was emptied to the disk at once, ten times slower.
 void GuardaComando(const std::filesystem::path& pasta, const std::string& comando) {
-    const auto arquivo = pasta / "erroCria.sql";
-    std::error_code semErro;
-    std::filesystem::remove(arquivo, semErro);
-    std::ofstream(arquivo, std::ios::binary) << comando;
+    try {
+        TSaidaEmArquivo(CriaArquivo(pasta / "erroCria.sql")) << comando;
+    } catch (const std::system_error&) {
+    }
 }
 
 bool TemLinhas(TConnection& conexao, std::string_view tabela) {

@@ -15,6 +15,7 @@
 #include "Duplicidade.h"
 #include "Formato.h"
 #include "IndicesPrimarios.h"
+#include "Interrupcao.h"
 #include "LookupFisico.h"
 #include "MarcaDeAnalise.h"
 #include "Orfaos.h"
@@ -43,12 +44,17 @@ TAtualizacao::TAtualizacao(TDataModulo& dm, const TOpcoes& opcoes, TEstado& esta
 TFimDaAtualizacao TAtualizacao::Executa() {
     TFimDaAtualizacao fim = TFimDaAtualizacao::Encerrada;
     try {
+        TInterrupcao::Confere();
         Identifica();
         trava_.emplace(ctx_.dm.SQLConnection1);
         TPastaDeTrabalho pasta(ctx_.opcoes.temporaria);
         fim = Corre(pasta);
     } catch (const std::exception& erro) {
         ctx_.Tela().Informacao(erro.what());
+    } catch (const TInterrompida&) {
+        fim = TFimDaAtualizacao::Interrompida;
+        ctx_.Tela().Memo2("Interrompida: rode de novo");
+        ctx_.Tela().SetLog("Interrompida: rode de novo", "", "Sinal " + std::to_string(TInterrupcao::Sinal()));
     }
     trava_.reset();
     ctx_.evidencia.fim = Agora();

@@ -12,8 +12,9 @@
 namespace wkd {
 
 enum class TFimDaAtualizacao {
-    Concluida,  // all steps ran, whatever they reported
-    Encerrada   // ended early: package, refused confirmation, connected users, another run
+    Concluida,     // all steps ran, whatever they reported
+    Interrompida,  // the process was asked to end: what is missing is the next run's
+    Encerrada      // ended early: package, refused confirmation, connected users, another run
 };
 
 /// The update run: brings the database of the open connection up to the dictionary of a package. Reports everything

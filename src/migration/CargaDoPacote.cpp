@@ -6,6 +6,7 @@
 #include <set>
 #include <utility>
 
+#include "Interrupcao.h"
 #include "Selecao.h"
 #include "Texto.h"
 
@@ -19,8 +20,10 @@ std::vector<std::string> Extrai(TContexto& ctx, const TPastaDeTrabalho& pasta) {
         TDataModulo& dm;
         ~TFimDaExtracao() { dm.UnzipUnZipComplete(); }
     } fim{ctx.dm};
-    return ExtraiPacote(ctx.opcoes.pacote, pasta.Caminho(),
-                        [&ctx](int percentual) { ctx.dm.UnzipTotalPercentDone(percentual); });
+    return ExtraiPacote(ctx.opcoes.pacote, pasta.Caminho(), [&ctx](int percentual) {
+        TInterrupcao::Confere();
+        ctx.dm.UnzipTotalPercentDone(percentual);
+    });
 }
 
 using TGrafias = std::map<std::string, std::string>;  // by the name in capitals

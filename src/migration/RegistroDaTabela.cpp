@@ -1,5 +1,6 @@
 #include "RegistroDaTabela.h"
 
+#include "Interrupcao.h"
 #include "TBComandos.h"
 #include "Texto.h"
 #include "WKDQuery.h"
@@ -46,6 +47,13 @@ TRegistroDaTabela::TRegistroDaTabela(TContexto& ctx, const std::string& tabela, 
 TRegistroDaTabela::~TRegistroDaTabela() {
     TTabelaRegistrada& registrada = ctx_.evidencia.tabelas.back();
     registrada.segundos = std::chrono::duration<double>(std::chrono::steady_clock::now() - inicio_).count();
+    try {
+        Mede(registrada);
+    } catch (const TInterrompida&) {  // the next statement ends the run
+    }
+}
+
+void TRegistroDaTabela::Mede(TTabelaRegistrada& registrada) {
     if (!mexe_ || !ctx_.dm.ExisteTabela(tabela_)) return;
     registrada.depois = Conta(tabela_);
     if (registrada.depois.value_or(0) == 0 || *registrada.depois > kLinhasDoHash) return;

@@ -25,6 +25,7 @@ class TRegistroDaTabela {
     TRegistroDaTabela& operator=(const TRegistroDaTabela&) = delete;
 
   private:
+    void Mede(TTabelaRegistrada& registrada);
     std::optional<std::int64_t> Conta(const std::string& tabela);
 
     TContexto& ctx_;

@@ -3,7 +3,6 @@
 #include <filesystem>
 #include <stdexcept>
 
-#include "EscritaSegura.h"
 #include "Json.h"
 
 namespace wkd {
@@ -47,38 +46,50 @@ bool TRejeitados::Valor(const TPares& chave, std::string_view erro, std::string_
     });
 }
 
+/// A line that an earlier run could not write whole, on a full disk, is ended.
+void TRejeitados::Abre() {
+    TArquivo arquivo = AbreParaAcrescentar(Arquivo(ctx_));
+    const bool vazio = std::fseek(arquivo.get(), -1, SEEK_END) != 0;
+    const bool inteira = vazio || std::fgetc(arquivo.get()) == '\n';
+    arquivo_.emplace(std::move(arquivo));
+    if (!inteira) *arquivo_ << '\n';
+}
+
 bool TRejeitados::Acrescenta(const TPares& chave, std::string_view erro,
                              const std::function<void(std::ostream&)>& resto) {
-    const auto caminho = Arquivo(ctx_);
-    if (!arquivo_.is_open()) arquivo_.open(caminho, std::ios::binary | std::ios::app);
-    if (!arquivo_) {  // the one before could not be written whole
-        arquivo_.clear();
-        arquivo_ << '\n';
-    }
     std::string motivo;
     try {
-        arquivo_ << "{\"tabela\": ";
-        EscreveJson(arquivo_, std::string_view(tabela_));
-        arquivo_ << ", \"etapa\": ";
-        EscreveJson(arquivo_, std::string_view(etapa_));
-        arquivo_ << ", \"chave\": ";
-        EscrevePares(arquivo_, chave);
-        arquivo_ << ", \"erro\": ";
-        EscreveJson(arquivo_, erro);
-        arquivo_ << ", ";
-        resto(arquivo_);
-        arquivo_ << "}\n";
-    } catch (const std::runtime_error& falha) {  // a blob that cannot be read
-        arquivo_ << '\n';
+        if (!arquivo_) Abre();
+        if (!*arquivo_) {  // the one before could not be written whole
+            arquivo_->clear();
+            *arquivo_ << '\n';
+        }
+        Escreve(*arquivo_, chave, erro, resto);
+    } catch (const std::runtime_error& falha) {  // a blob that cannot be read, a file that is no ordinary one
+        if (arquivo_) *arquivo_ << '\n';
         motivo = falha.what();
     }
-    arquivo_.flush();
-    const bool gravado = arquivo_.good() && motivo.empty();
+    const bool gravado = motivo.empty() && arquivo_->flush().good();
     if (!gravado && !avisado_) {
-        ctx_.Tela().Memo2("Tabela " + tabela_ + ": não foi possível gravar " + caminho.string() + " " + motivo);
+        ctx_.Tela().Memo2("Tabela " + tabela_ + ": não foi possível gravar " + Arquivo(ctx_).string() + " " + motivo);
         avisado_ = true;
     }
     return gravado;
+}
+
+void TRejeitados::Escreve(std::ostream& saida, const TPares& chave, std::string_view erro,
+                          const std::function<void(std::ostream&)>& resto) const {
+    saida << "{\"tabela\": ";
+    EscreveJson(saida, std::string_view(tabela_));
+    saida << ", \"etapa\": ";
+    EscreveJson(saida, std::string_view(etapa_));
+    saida << ", \"chave\": ";
+    EscrevePares(saida, chave);
+    saida << ", \"erro\": ";
+    EscreveJson(saida, erro);
+    saida << ", ";
+    resto(saida);
+    saida << "}\n";
 }
 
 void LevaRejeitadosAoDisco(const TContexto& ctx) {

@@ -1,13 +1,14 @@
 #pragma once
 
-#include <fstream>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "Contexto.h"
+#include "EscritaSegura.h"
 
 namespace wkd {
 
@@ -27,11 +28,14 @@ class TRejeitados {
     bool Valor(const TPares& chave, std::string_view erro, std::string_view campo, const TValor& valor);
 
   private:
+    void Abre();
     bool Acrescenta(const TPares& chave, std::string_view erro, const std::function<void(std::ostream&)>& resto);
+    void Escreve(std::ostream& saida, const TPares& chave, std::string_view erro,
+                 const std::function<void(std::ostream&)>& resto) const;
 
     TContexto& ctx_;
     std::string tabela_, etapa_;
-    std::ofstream arquivo_;  // opened with the first line
+    std::optional<TSaidaEmArquivo> arquivo_;  // opened with the first line
     bool avisado_ = false;
 };
 

@@ -22,6 +22,11 @@ class TProgramaInstalado {
     /// The unattended update of the alias "LOJA".
     TSaida Atualiza(const std::string& pacote = "pacote.zip") const { return Roda({"LOJA;", pacote}); }
 
+    /// The same update, left under way.
+    TProgramaEmCurso Comeca(int saida = -1, int erros = -1) const {
+        return TProgramaEmCurso("./AtualizaWKD", {"LOJA;", "pacote.zip"}, pasta_.Caminho(), saida, erros);
+    }
+
     std::filesystem::path operator/(const std::filesystem::path& nome) const { return pasta_ / nome; }
     std::string Arquivo(const std::filesystem::path& nome) const;
     void Escreve(const std::filesystem::path& nome, std::string_view bytes) const;

@@ -1,13 +1,17 @@
 // Runs the update of the alias "LOJA" of a folder and ends the process at statement n, as a power cut would: without
 // closing, committing or rolling anything back. Arguments: folder, n. Exit code 9 when it was cut, 0 or 1 when the run
 // ended first (1: something was reported, which goes to standard error). "erro" as third argument makes the server's
-// answer to statement n an error instead.
+// answer to statement n an error instead, "sinal" sends SIGTERM there; exit code 143 when that ended the run.
+#include <signal.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <iostream>
+#include <thread>
 
 #include "Atualizacao.h"
+#include "CodigoDeSaida.h"
+#include "Interrupcao.h"
 #include "OpcoesDeTeste.h"
 #include "TelaDeTeste.h"
 
@@ -32,7 +36,8 @@ int main(int argc, char** argv) {
     if (argc < 3) return 64;
     const std::filesystem::path pasta = argv[1];
     const int ultimo = std::atoi(argv[2]);
-    const bool comErro = argc > 3;
+    const std::string_view como = argc > 3 ? argv[3] : "";
+    TInterrupcao::AtendeSinais({});
 
     TTelaDeTeste tela;
     TDataModulo dm(TAliases(pasta / "WKD.ini"), tela);
@@ -41,8 +46,10 @@ int main(int argc, char** argv) {
     int comandos = 0;
     dm.SQLConnection1.Observa([&](std::string_view comando) {
         if (++comandos != ultimo) return;
-        if (!comErro) _exit(kCortado);
-        throw ErroDoServidor(comando);
+        if (como.empty()) _exit(kCortado);
+        if (como == "erro") throw ErroDoServidor(comando);
+        kill(getpid(), SIGTERM);
+        while (TInterrupcao::Sinal() == 0) std::this_thread::yield();
     });
 
     TEstado estado;
@@ -50,5 +57,6 @@ int main(int argc, char** argv) {
     for (const auto* linhas : {&tela.memo2, &tela.infos})
         for (const std::string& linha : *linhas) std::cerr << linha << '\n';
     std::cout << comandos << '\n';
+    if (TInterrupcao::Sinal() != 0) return static_cast<int>(CodigoDoSinal(TInterrupcao::Sinal()));
     return tela.memo2.empty() && tela.infos.empty() && tela.log.empty() ? 0 : 1;
 }

@@ -92,6 +92,7 @@ void TSessaoFirebird::Liga(std::string_view conjunto) {
     TEstadoFirebird estado;
     {
         const TChamada chamada(relogio_);
+        const std::lock_guard trava(ligando_);
         isc_attach_database(estado, 0, arquivo.c_str(), &banco_, static_cast<short>(bloco.size()), bloco.data());
     }
     wkd::Confere(estado, "");
@@ -114,6 +115,7 @@ void TSessaoFirebird::Desliga() noexcept {
     for (auto* aberta : abertas_) aberta->Rollback();
     transacao.reset();
     catalogo_.reset();
+    const std::lock_guard trava(ligando_);
     TEstadoFirebird estado;
     const TChamada chamada(relogio_);
     isc_detach_database(estado, &banco_);
@@ -128,6 +130,14 @@ void TSessaoFirebird::Cancela() noexcept {
     fb_cancel_operation(estado, &banco, fb_cancel_abort);
 }
 
+void TSessaoFirebird::Interrompe(TInterrupcao::TEtapa etapa) noexcept {
+    if (etapa < TInterrupcao::TEtapa::Cancela) return;
+    const std::unique_lock trava(ligando_, std::try_to_lock);
+    if (!trava || !Ligada()) return;
+    TEstadoFirebird estado;
+    fb_cancel_operation(estado, &banco_, etapa == TInterrupcao::TEtapa::Cancela ? fb_cancel_raise : fb_cancel_abort);
+}
+
 TTransacaoFirebird& TSessaoFirebird::Catalogo() {
     if (!catalogo_) catalogo_ = std::make_unique<TTransacaoFirebird>(*this, TTransacaoFirebird::TModo::Leitura);
     return *catalogo_;
@@ -139,6 +149,7 @@ void TSessaoFirebird::Confere(const ISC_STATUS* estado, std::string_view comando
 
 TErroBanco TSessaoFirebird::Erro(const ISC_STATUS* estado, std::string_view comando) {
     TErroBanco erro = ErroFirebird(estado, comando);
+    if (erro.CodigoNativo() == isc_cancelled || erro.ConexaoPerdida()) TInterrupcao::Confere(true);
     if (!erro.ConexaoPerdida()) return erro;
     if (cancelada_) erro = Cancelada(erro);
     if (!condenada_.empty()) return erro;

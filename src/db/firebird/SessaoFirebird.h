@@ -6,12 +6,14 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "ConjuntoFirebird.h"
 #include "Connection.h"
+#include "Interrupcao.h"
 #include "ParametrosConexao.h"
 #include "RelogioDeEspera.h"
 
@@ -47,7 +49,8 @@ class TSessaoFirebird {
 
     /// Throws the error of a call unless it went well.
     void Confere(const ISC_STATUS* estado, std::string_view comando);
-    /// The error of a failed call. One that the connection is not to outlive condemns it.
+    /// The error of a failed call. One that the connection is not to outlive condemns it. Throws TInterrompida instead
+    /// when the statement was broken off because the process is to end.
     TErroBanco Erro(const ISC_STATUS* estado, std::string_view comando);
     /// Detaches a condemned connection, and throws why. Firebird 3.0 goes on with pages that it could not write, on a
     /// full disk as well, and may then put them in wrong places: the header of a database was lost in this way.
@@ -76,10 +79,14 @@ class TSessaoFirebird {
   private:
     friend class TTransacaoFirebird;
 
+    /// Breaks off what the server is doing for this connection; one that does not answer is closed. Of another thread.
+    void Interrompe(TInterrupcao::TEtapa etapa) noexcept;
+
     TParametrosConexao parametros_;
     std::string nomeDoConjunto_;
     TConjunto conjunto_ = TConjunto::Utf8;
     isc_db_handle banco_ = 0;
+    std::mutex ligando_;     // held while banco_ changes
     std::string condenada_;  // by this error
     bool perdida_ = false;
     std::int64_t numero_ = 0;
@@ -90,6 +97,7 @@ class TSessaoFirebird {
     TConnection::TObservador observador_;
     std::unique_ptr<TTransacaoFirebird> catalogo_;
     std::vector<TTransacaoFirebird*> abertas_;
+    TOuvinteDeInterrupcao ouvinte_{[this](auto etapa) { Interrompe(etapa); }};
 };
 
 /// Transaction of a scope, rolled back by the destructor unless committed.
