@@ -8,7 +8,7 @@ pacotes=(
     firebird-dev firebird3.0-server-core firebird3.0-server firebird3.0-utils
     unixodbc-dev tdsodbc libsqliteodbc
     libzip-dev nlohmann-json3-dev unzip
-    qt6-base-dev qt6-translations-l10n libfontconfig-dev xvfb
+    qt6-base-dev qt6-base-private-dev qt6-translations-l10n libfontconfig-dev xvfb
     libgtest-dev sqlfluff
     "$@"
 )

@@ -126,8 +126,10 @@ void TFMAtualiza::AteOFim(const std::function<void()>& trabalho) {
 void TFMAtualiza::Interrompe() {
     if (QWidget* pergunta = QApplication::activeModalWidget(); pergunta && pergunta != this)
         pergunta->close();
-    else if (!executando_ && isVisible())
-        close();
+    else if (!executando_) {
+        if (isVisible()) close();
+        QCoreApplication::exit();  // a window that closes before it is drawn does not end the program
+    }
 }
 
 void TFMAtualiza::Conclui() {

@@ -1,3 +1,4 @@
+#include <qpa/qwindowsysteminterface.h>
 #include <QAccessible>
 #include <QCheckBox>
 #include <QComboBox>
@@ -327,6 +328,65 @@ TEST_F(JanelaTest, EnterGoesOnButInTheTableBoxItAdds) {
     C<QPushButton>("BitBtn1").setFocus();
     enter(C<QPushButton>("BitBtn1"));
     EXPECT_EQ(Informacoes().size(), 1u);  // already listed
+    EXPECT_EQ(Onde(), "opcoes: Opções de Atualização");
+}
+
+/// Counts how often the page is filled: the list of users is hidden first.
+class TContaPreenchimentos : public QObject {
+  public:
+    explicit TContaPreenchimentos(QObject& grade) { grade.installEventFilter(this); }
+    int vezes = 0;
+
+  protected:
+    bool eventFilter(QObject*, QEvent* evento) override {
+        vezes += evento->type() == QEvent::HideToParent;
+        return false;
+    }
+};
+
+TEST_F(JanelaTest, LeavingTheAliasPageFillsItOnceAndMinimisingNever) {
+    instalacao_.Conexao()->ExecuteDirect("update csenha set flag1 = 1 where codigo = 2");
+    EscolheAlias("LOJA");
+    C<QComboBox>("edAlias").setFocus();
+    janela_->Serve();
+    TContaPreenchimentos conta(C<QTableWidget>("gridUsuariosOnline"));
+    janela_->Janela().showMinimized();
+    janela_->Serve();
+    janela_->Janela().hide();
+    janela_->Janela().showNormal();
+    janela_->Janela().activateWindow();
+    janela_->Serve();
+    EXPECT_EQ(conta.vezes, 0);
+    C<QComboBox>("edAlias").setFocus();
+    ASSERT_TRUE(C<QComboBox>("edAlias").hasFocus());
+    Clica("btProximo");
+    EXPECT_EQ(Onde(), "atualizacao: Definir Alias que será atualizado");
+    EXPECT_EQ(conta.vezes, 1);
+    Clica("btVoltar");
+    C<QComboBox>("edAlias").setCurrentIndex(-1);
+    C<QComboBox>("edAlias").setCurrentIndex(C<QComboBox>("edAlias").findText("LOJA"));
+    conta.vezes = 0;
+    Clica("btProximo");
+    EXPECT_EQ(conta.vezes, 1);
+}
+
+TEST_F(JanelaTest, WhatIsTypedWhileAConnectionIsOpenedGoesNowhere) {
+    EscolheAlias("LOJA");
+    EscolhePacote();
+    Clica("btProximo");
+    QTimer digita;
+    int digitadas = 0;
+    QObject::connect(&digita, &QTimer::timeout, [&] {  // only served while the window waits
+        ++digitadas;
+        for (const auto tipo : {QEvent::KeyPress, QEvent::KeyRelease})
+            QWindowSystemInterface::handleKeyEvent(janela_->Janela().windowHandle(), tipo, Qt::Key_Return,
+                                                   Qt::NoModifier);
+    });
+    digita.start(0);
+    C<QPushButton>("btProximo").click();
+    digita.stop();
+    janela_->Serve();
+    EXPECT_GT(digitadas, 0);
     EXPECT_EQ(Onde(), "opcoes: Opções de Atualização");
 }
 

@@ -76,6 +76,40 @@ TEST_F(LogDaExecucao, muitas_entradas_ficam_em_ordem) {
     }
 }
 
+TEST_F(LogDaExecucao, o_que_cresce_demais_e_posto_de_lado) {
+    constexpr std::size_t kLimite = 1000;
+    Escreve("velho\r\n" + std::string(kLimite, 'x'));
+    TLogDaExecucao log(caminho_, kLimite);
+    log.Carrega();
+    EXPECT_EQ(log.Texto(), "");
+    const auto antigo = [&](int n) { return caminho_.string() + "." + std::to_string(n); };
+    EXPECT_EQ(std::filesystem::file_size(antigo(1)), kLimite + 7);
+    for (int i = 0; i < 100; ++i) log.SetLog(std::to_string(i), "T", "a", quando_);
+    std::string todos = Arquivo();
+    for (int n = 1; std::filesystem::exists(antigo(n)); ++n) {
+        EXPECT_LT(std::filesystem::file_size(antigo(n)), kLimite + 100);
+        std::ifstream f(antigo(n), std::ios::binary);
+        todos.append(std::istreambuf_iterator<char>(f), {});
+        EXPECT_LE(n, TLogDaExecucao::kAntigos);
+    }
+    std::size_t posicao = 0;
+    for (int i = 99; i >= 0; --i) {
+        posicao = todos.find("] " + std::to_string(i) + "\r\n", posicao);
+        ASSERT_NE(posicao, std::string::npos) << i;
+    }
+}
+
+TEST_F(LogDaExecucao, um_link_com_o_seu_nome_nao_e_lido_nem_escrito) {
+    const auto alheio = pasta_ / "alheio";
+    std::ofstream(alheio) << "intacto";
+    std::filesystem::create_symlink(alheio, caminho_);
+    TLogDaExecucao log(caminho_);
+    EXPECT_THROW(log.Carrega(), std::system_error);
+    EXPECT_THROW(log.SetLog("m", "t", "a", quando_), std::system_error);
+    std::ifstream f(alheio);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(f), {}), "intacto");
+}
+
 TEST_F(LogDaExecucao, falha_de_gravacao_deixa_o_arquivo_como_estava) {
     Escreve("velho\r\n");
     std::filesystem::create_directory(caminho_.string() + ".novo");  // nothing can be written in its place
