@@ -1,4 +1,7 @@
 // What may happen beside a run or to it on the SQL Server that the environment variable WKD_SQLSERVER names.
+#include <algorithm>
+#include <set>
+
 #include "Arquivos.h"
 #include "LojaSqlServer.h"
 #include "NovaApoio.h"
@@ -75,6 +78,82 @@ class SqlServerAdverso : public testing::Test {
     TOpcoes opcoes_;
     TEstado estado_;
 };
+
+/// Another program, which writes into TCHAVE before each statement of the run whenever the server lets it.
+class TEscritor {
+  public:
+    explicit TEscritor(std::unique_ptr<TConnection> conexao) : conexao_(std::move(conexao)) {
+        conexao_->ExecuteDirect("set lock_timeout 20");
+    }
+
+    void Escreve() {
+        const std::string numero = std::to_string(++tentativas_);
+        if (Executa("insert into TCHAVE (CODIGO, QUANTO) values ('W" + numero + "', '1')"))
+            incluidas_.insert("W" + numero);
+        if (Executa("update TCHAVE set QUANTO = '" + numero + "' where CODIGO = 'A'")) quanto_ = numero;
+    }
+
+    const std::set<std::string>& Incluidas() const { return incluidas_; }
+    /// What it wrote into the row "A" at last; empty for nothing.
+    const std::string& Quanto() const { return quanto_; }
+
+  private:
+    bool Executa(const std::string& sql) {
+        try {
+            conexao_->ExecuteDirect(sql);
+            return true;
+        } catch (const TErroBanco&) {
+            return false;  // locked, or without table just now
+        }
+    }
+
+    std::unique_ptr<TConnection> conexao_;
+    std::set<std::string> incluidas_;
+    std::string quanto_;
+    int tentativas_ = 0;
+};
+
+TEST_F(SqlServerAdverso, NoRowAndNoUpdateOfAnotherProgramIsLostWhateverTheMomentOfTheRebuild) {
+    for (const std::string_view desde : {"Create Table BTCHAVE", "update SARQUIVO set", "drop table TCHAVE"}) {
+        Monta();
+        TEscritor escritor(Outra());
+        bool escreve = false;
+        Conexao().Observa([&](std::string_view comando) {
+            escreve = escreve || comando.starts_with(desde);
+            if (escreve) escritor.Escreve();
+        });
+        Reconstroi();
+        Conexao().Observa(nullptr);
+        EXPECT_TRUE(escreve) << desde;
+        const auto codigos = Divide(Le("select CODIGO from TCHAVE"), ';');
+        const std::set<std::string> naTabela(codigos.begin(), codigos.end());
+        EXPECT_TRUE(std::ranges::includes(naTabela, escritor.Incluidas()))
+            << desde << ": " << escritor.Incluidas().size() << " written, " << naTabela.size() - 1 << " there";
+        EXPECT_EQ(Le("select QUANTO from TCHAVE where CODIGO = 'A'"),
+                  escritor.Quanto().empty() ? "42" : escritor.Quanto())
+            << desde;
+    }
+}
+
+TEST_F(SqlServerAdverso, ARowThatTheBackupRefusesEndsTheRebuildBeforeTheDrop) {
+    const auto outra = Outra();
+    bool criou = false;
+    Conexao().Observa([&](std::string_view comando) {
+        if (comando.starts_with("insert into BTCHAVE") && !std::exchange(criou, true))
+            outra->ExecuteDirect("alter table BTCHAVE add constraint CK_BTCHAVE check (CODIGO <> 'B')");
+    });
+    Reconstroi();
+    Conexao().Observa(nullptr);
+    EXPECT_TRUE(criou);
+    EXPECT_EQ(Le("select CODIGO, QUANTO from TCHAVE order by CODIGO"), "A|42;B|7");
+    EXPECT_EQ(Le("select VERSAO from SARQUIVO where NOME_ARQUIVO = 'TCHAVE'"), "1");
+    EXPECT_TRUE(estado_.falhouApagar);
+    EXPECT_TRUE(TTelaDeTeste::Contem(loja_->Tela().memo2, "TCHAVE não reconstruída"))
+        << Junta(loja_->Tela().memo2, "\n");
+    Reconstroi();
+    EXPECT_FALSE(estado_.falhouApagar) << "the next run succeeds";
+    EXPECT_EQ(Le("select CODIGO, QUANTO from TCHAVE order by CODIGO"), "A|42;B|7");
+}
 
 TEST_F(SqlServerAdverso, ANumberOfMoreDigitsThanTheProgramsOwnIsCopiedWhole) {
     const std::string linhas = "A|-12345678901234567890123.45;B|99999999999999999999999999999999.99";
