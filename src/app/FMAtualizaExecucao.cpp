@@ -157,7 +157,7 @@ void TFMAtualiza::Button1Click() {
     try {
         NoBanco([this, opcoes = Opcoes()] {
             TContexto ctx{*dm_, opcoes, estado_, {}, {}};
-            ServidorVivo(ctx.Conexao());
+            if (ctx.Conexao().Connected()) ServidorVivo(ctx.Conexao());
             verificaIndicesPrimarios(ctx);
         });
     } catch (const std::exception& erro) {

@@ -97,6 +97,7 @@ TEST(Plano, a_atualizacao_decide_e_comanda_o_que_o_plano_disse) {
 
         const auto atualizacao = loja.Atualiza();
         ASSERT_LE(atualizacao.codigo, 1) << atualizacao.erros;
+        SCOPED_TRACE(atualizacao.erros);
         const auto relatorio = TJson::parse(loja.Arquivo("AtualizaWKD.relatorio.json"));
         EXPECT_EQ(Decisoes(plano), Decisoes(relatorio));
         for (const auto& tabela : plano.at("tabelas")) {
@@ -104,6 +105,7 @@ TEST(Plano, a_atualizacao_decide_e_comanda_o_que_o_plano_disse) {
             EXPECT_EQ(tabela.at("registros"), Tabela(relatorio, tabela.at("tabela")).at("registrosAntes"));
         }
 
+        if (atualizacao.codigo == 1) loja.Atualiza();  // what the server refused is looked at once more
         const auto depois = Plano(loja, 0);
         EXPECT_FALSE(depois.at("muda").get<bool>()) << depois.dump(1);
     }
