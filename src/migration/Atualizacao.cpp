@@ -121,8 +121,10 @@ TFimDaAtualizacao TAtualizacao::Corre(TPastaDeTrabalho& pasta) {
     if (ctx_.estado.usuariosOnline) Passo("QuerysAnteriores", [this] { QuerysAnteriores(ctx_); });
 
     Seleciona(ctx_);
+    GaranteConexao();
     ctx_.abertas = ReconstrucoesAbertas(ctx_.dm);
     Passo("VerificaDuplicidadeSarquivo", [this] { VerificaDuplicidadeSarquivo(ctx_); });
+    GaranteConexao();
     ctx_.dm.SarquivoVelho.Open();
     ctx_.dm.SatribVelho.Open();
     DesconsideraVersoesNegativas(ctx_);
