@@ -96,6 +96,8 @@ struct TQueda {
     std::vector<TPacote> depois = {TPacote::OMesmo};
 
     bool OMesmo() const { return depois.front() == TPacote::OMesmo; }
+    /// Statements from one cut to the next: another package is tried behind a part of the cuts.
+    int Passo() const { return OMesmo() ? kPasso : 7 * kPasso; }
 };
 
 void PrintTo(const TQueda& queda, std::ostream* saida) { *saida << queda.nome; }
@@ -144,13 +146,13 @@ std::string Confere(const TQueda& queda, const std::string& esperado, const fs::
     return erro;
 }
 
-/// Cuts the run at every statement, two at a time; `falha` gets the statement and what is wrong.
+/// Cuts the run at each of its statements, or at some, two at a time; `falha` gets the statement and what is wrong.
 void CortaEmTodos(const TQueda& queda, const TMoldeDaQueda& molde, const fs::path& raiz, const std::string& esperado,
                   int total, const std::function<void(int, const std::string&)>& falha) {
     std::atomic<int> proximo = 1;
     std::mutex trava;
     const auto trabalha = [&](const fs::path& pasta) {
-        for (int n = proximo.fetch_add(kPasso); n <= total; n = proximo.fetch_add(kPasso)) {
+        for (int n = proximo.fetch_add(queda.Passo()); n <= total; n = proximo.fetch_add(queda.Passo())) {
             molde.CopiaPara(pasta);
             molde.Troca(TPacote::OMesmo, pasta);
             const int cortada = Corre(pasta, n, queda.comErro);
