@@ -42,6 +42,7 @@ Código de saída:
   10  --plano: há mudanças a fazer (0: nada a fazer)
   11  --plano: há mudanças a fazer, e achados que alguém precisa ver antes; --confere: há desvios
   64  argumentos incorretos
+  130, 143  interrompida por um sinal: rode de novo
 )";
 
 /// "--name value" pairs and "--name" flags behind the first option.
