@@ -126,8 +126,8 @@ void TSessaoOdbc::Rollback() noexcept {
     if (perdida_) return;
     try {
         principal_->Termina(SQL_ROLLBACK, "rollback");
-    } catch (const TErroBanco&) {
-        perdida_ = true;  // it has no transaction any more
+    } catch (const TErroBanco& erro) {  // there is no transaction any more, or no connection
+        perdida_ = erro.ConexaoPerdida();
     }
     Encerra();
 }
@@ -147,8 +147,8 @@ void TSessaoOdbc::DepoisDoErro(const TErroBanco& erro) noexcept {
     try {
         if (!perdida_ && emTransacao_ && TransacaoDePe()) return;
         if (!perdida_) principal_->Termina(SQL_ROLLBACK, "rollback");
-    } catch (const TErroBanco&) {
-        perdida_ = true;  // and its transaction with it
+    } catch (const TErroBanco& outro) {  // else the server had rolled back what it could
+        perdida_ = perdida_ || outro.ConexaoPerdida();
     }
     desfeita_ = emTransacao_;
 }
