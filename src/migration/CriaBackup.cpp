@@ -23,9 +23,10 @@ std::int64_t Conta(TContexto& ctx, const std::string& tabela) {
 
 /// Whether the backup of an interrupted rebuild serves: the table is gone, or there is nothing in it to be saved.
 /// Throws std::runtime_error when rows came in between, which the restore must see.
-bool Aproveita(TContexto& ctx, const std::string& tabela) {
+bool Aproveita(TContexto& ctx, const std::string& tabela, bool conferida) {
     const auto estado = EstadoDaReconstrucao(ctx, tabela);
-    if (estado == TEstadoDaReconstrucao::Restaurando && ctx.dm.ExisteTabela(tabela) && Conta(ctx, tabela) > 0)
+    if (!conferida && estado == TEstadoDaReconstrucao::Restaurando && ctx.dm.ExisteTabela(tabela) &&
+        Conta(ctx, tabela) > 0)
         throw std::runtime_error("a tabela recebeu registros durante a execução: rode de novo");
     return estado == TEstadoDaReconstrucao::Restaurando || estado == TEstadoDaReconstrucao::Desconhecida;
 }
@@ -81,10 +82,11 @@ std::vector<std::string> ChaveGuardada(TContexto& ctx, const std::string& tabela
     return chave.empty() ? ctx.Conexao().ChavePrimaria(tabela).colunas : chave;
 }
 
-TBackupFeito CriaBackup(TContexto& ctx, const std::string& tabela, const std::vector<std::string>& chave, bool sempre) {
+TBackupFeito CriaBackup(TContexto& ctx, const std::string& tabela, const std::vector<std::string>& chave, bool sempre,
+                        bool conferida) {
     ctx.tabelaAtual = tabela;
     ctx.acaoAtual = "Criar Backup";
-    const bool aproveitada = !sempre && Aproveita(ctx, tabela);
+    const bool aproveitada = !sempre && Aproveita(ctx, tabela, conferida);
     if (aproveitada)
         ReabreReconstrucao(ctx, tabela);
     else

@@ -18,9 +18,11 @@ struct TBackupFeito {
 };
 
 /// Saves the rows of a table, its name in capitals, into "B" + table and gives it VERSAO -1. The backup of an
-/// interrupted rebuild serves as it is, unless the old table is known to be whole or `sempre` asks for a new one.
+/// interrupted rebuild serves as it is, unless the old table is known to be whole or `sempre` asks for a new one; a
+/// table that has rows must be known to hold the backup's (`conferida`).
 /// Expects SarquivoVelho and SatribNovo on the table. Throws std::runtime_error and what it derives: the table must not
 /// be dropped then.
-TBackupFeito CriaBackup(TContexto& ctx, const std::string& tabela, const std::vector<std::string>& chave, bool sempre);
+TBackupFeito CriaBackup(TContexto& ctx, const std::string& tabela, const std::vector<std::string>& chave, bool sempre,
+                        bool conferida);
 
 }  // namespace wkd

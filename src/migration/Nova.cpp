@@ -129,7 +129,10 @@ void TReconstrucao::Guarda() {
     if (const auto impedimento = ImpedimentoDaReconstrucao(ctx_, nome_)) throw std::runtime_error(*impedimento);
     if (existe_) reserva_ = ctx_.Conexao().Reserva(tabela_);
     chave_ = ChaveGuardada(ctx_, tabela_);
-    const TBackupFeito backup = CriaBackup(ctx_, tabela_, chave_, dispensada_);
+    // What the restore just brought back is proven again, now that nobody writes.
+    const bool conferida =
+        retomada_ && !dispensada_ && ConfereComBackup(ctx_.Conexao(), backup_, tabela_, alteradas_).Igual();
+    const TBackupFeito backup = CriaBackup(ctx_, tabela_, chave_, dispensada_, conferida);
     antes_ = backup.registros;
     chaveAntiga_ = backup.chaveDaTabela;
     ctx_.acaoAtual = "Criar Tabela";

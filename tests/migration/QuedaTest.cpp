@@ -161,7 +161,7 @@ void CortaEmTodos(const TQueda& queda, const TMoldeDaQueda& molde, const fs::pat
             if (*queda.comErro == '\0' && cortada != 9)
                 erro += "a primeira corrida não foi cortada: " + std::to_string(cortada);
             const std::lock_guard guarda(trava);
-            if (!erro.empty()) falha(n, erro);
+            if (!erro.empty()) falha(n, LeArquivo(pasta / "erros.txt") + erro);
         }
     };
     std::thread outra(trabalha, raiz / "b");
