@@ -90,7 +90,7 @@ double NossaIdaEVolta(TBancoDaCopia& banco, double& conferencia) {
     TContexto& ctx = banco.Contexto();
     const std::vector<std::string> chave = {"CODIGO"};
     TBackupFeito backup;
-    double tempo = Cronometra([&] { backup = CriaBackup(ctx, "TCLI", chave, true); });
+    double tempo = Cronometra([&] { backup = CriaBackup(ctx, "TCLI", chave, true, false); });
     banco.Executa("drop table TCLI");
     banco.CriaVazia("TCLI", true);
     tempo +=
