@@ -87,8 +87,8 @@ class TConnection {
     virtual bool Trava(std::string_view /*anuncio*/) { return true; }
     /// Of the holder: announces anew. A server that answers nothing else answers this.
     virtual void Anuncia(std::string_view /*anuncio*/) {}
-    /// What the holder of the lock announced and what the server knows of him; nothing when nobody else has it, or when
-    /// this user is not shown it.
+    /// For another connection than the holder's: what he announced and what the server knows of him; empty when this
+    /// user is not shown it, nothing when nobody has the lock.
     virtual std::optional<std::string> QuemTrava() { return std::nullopt; }
 
     // Loss and silence

@@ -44,7 +44,9 @@ std::filesystem::path ArquivoDaTrava(const std::filesystem::path& banco) {
 }
 
 constexpr auto kPrazo = 60s, kPaciencia = 5s;
-constexpr const char* kNaoVisivel = "quem a roda não é visto por este usuário";
+
+/// The name of one whom the user may not see is empty.
+std::string Nome(const std::string& quem) { return quem.empty() ? "quem a roda não é visto por este usuário" : quem; }
 
 }  // namespace
 
@@ -54,7 +56,7 @@ TTravaDoBanco::TTravaDoBanco(THBNConnection& conexao)
     if (const auto banco = conexao.ArquivoLocal()) {
         const auto arquivo = ArquivoDaTrava(*banco);
         arquivo_ = TTrava::Tenta(arquivo);
-        if (!arquivo_) throw TOutraAtualizacao(TTrava::QuemTem(arquivo).value_or(kNaoVisivel));
+        if (!arquivo_) throw TOutraAtualizacao(Nome(TTrava::QuemTem(arquivo).value_or("")));
         arquivo_->Escreve(quem_);
         return;
     }
@@ -98,7 +100,7 @@ void TTravaDoBanco::Trava() {
         quem = conexao_->QuemTrava();
     } catch (const TErroBanco&) {  // the user may not ask
     }
-    throw TOutraAtualizacao(quem.value_or(kNaoVisivel));
+    throw TOutraAtualizacao(Nome(quem.value_or("")));
 }
 
 /// What the server does not answer in that time fails.
@@ -161,7 +163,8 @@ std::optional<std::string> QuemAtualiza(THBNConnection& conexao) {
     if (const auto banco = conexao.ArquivoLocal()) return TTrava::QuemTem(ArquivoDaTrava(*banco));
     if (!conexao.Connected()) return std::nullopt;
     try {
-        return conexao.QuemTrava();
+        const auto quem = conexao.QuemTrava();
+        return quem ? std::optional(Nome(*quem)) : std::nullopt;
     } catch (const TErroBanco&) {  // the user may not ask
         return std::nullopt;
     }

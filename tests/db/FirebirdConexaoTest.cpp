@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <thread>
 
 #include "BancoTemporario.h"
 #include "ContratoDriver.h"
@@ -51,6 +52,43 @@ TEST(FirebirdConexao, AWrongPasswordIsToldFromAMissingDatabase) {
     const auto erro = ErroAoAbrir(parametros);
     EXPECT_EQ(erro.Falha(), TFalha::Autenticacao) << erro.what();
     EXPECT_EQ(erro.SqlState(), "28000");
+}
+
+TEST(FirebirdConexao, TheLockKeepsOutUsersWhoAreNotShownEachOther) {
+    if (!TServidorFirebird::Instalado()) GTEST_SKIP() << "no Firebird server installed";
+    for (const auto& [primeiro, segundo] : {std::pair("ANA", "BIA"), {"BIA", "ANA"}}) {
+        SCOPED_TRACE(std::string(primeiro) + " before " + segundo);
+        TBancoTemporario banco("UTF8", TServidorFirebird::DoProcesso().Endereco());
+        for (const char* nome : {"ANA", "BIA"})
+            banco.Conexao().ExecuteDirect("create or alter user " + std::string(nome) + " password 'masterkey'");
+        banco.Conexao().ExecuteDirect("grant create table to ANA");
+        const auto liga = [&](const char* usuario) {
+            TParametrosConexao parametros;
+            for (const auto& [chave, valor] : {std::pair("User_Name", usuario), {"Password", "masterkey"}})
+                parametros.Adiciona(chave, valor);
+            parametros.Adiciona("Database", banco.Parametros().Valor("Database"));
+            auto conexao = CriaConexaoFirebird(parametros);
+            conexao->Open();
+            return conexao;
+        };
+        if (primeiro == std::string("BIA")) {  // who may make no table finds the one of an earlier run
+            ASSERT_TRUE(liga("ANA")->Trava("ana"));
+            for (int vez = 0; vez < 100 && banco.Conexao().QuemTrava(); ++vez)
+                std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+        auto dela = liga(primeiro), outra = liga(segundo);
+        EXPECT_EQ(outra->QuemTrava(), std::nullopt);
+        ASSERT_TRUE(dela->Trava("ela"));
+        EXPECT_EQ(outra->QuemTrava(), "");
+        EXPECT_FALSE(outra->Trava("outra"));
+        EXPECT_NE(banco.Conexao().QuemTrava().value_or("").find("ela (usuário " + std::string(primeiro)),
+                  std::string::npos);
+        banco.Conexao().ExecuteDirect("create table T (A integer)");
+        EXPECT_EQ(banco.Conexao().NomesDeTabelas(), std::vector<std::string>{"T"});
+        EXPECT_EQ(banco.Conexao().TodasAsColunas().size(), 1u);
+        dela->Close();
+        EXPECT_TRUE(outra->Trava("outra"));
+    }
 }
 
 TEST(FirebirdConexao, AServerThatNeverAnswersIsGivenUp) {

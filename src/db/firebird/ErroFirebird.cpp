@@ -53,6 +53,7 @@ constexpr TFalhaDeCodigo kPorCodigo[] = {
     {isc_lock_timeout, TFalha::EmUso},
     {isc_deadlock, TFalha::EmUso},
     {isc_dsql_relation_err, TFalha::ObjetoInexistente},
+    {isc_tpb_reserv_relnotfound, TFalha::ObjetoInexistente},
     {isc_dsql_procedure_err, TFalha::ObjetoInexistente},
     {isc_dsql_table_not_found, TFalha::ObjetoInexistente},
     {isc_dsql_view_not_found, TFalha::ObjetoInexistente},

@@ -4,6 +4,7 @@
 
 #include "ComandoFirebird.h"
 #include "Texto.h"
+#include "TravaFirebird.h"
 
 namespace wkd {
 namespace {
@@ -45,8 +46,10 @@ std::string SqlDeColunas(const std::string& onde) {
            onde + " order by rf.rdb$relation_name, rf.rdb$field_position";
 }
 
-constexpr std::string_view kTabelaComum =
-    "r.rdb$system_flag = 0 and r.rdb$view_blr is null and coalesce(r.rdb$relation_type, 0) = 0";
+const std::string kTabelaComum =
+    "r.rdb$system_flag = 0 and r.rdb$view_blr is null and coalesce(r.rdb$relation_type, 0) = 0"
+    " and r.rdb$relation_name <> '" +
+    std::string(kTabelaDaTrava) + "'";
 
 std::string LeFonte(TComando& linha, std::size_t coluna) {
     for (const auto parte : {coluna, coluna + 1})
@@ -157,8 +160,8 @@ TValor TMetadadosFirebird::Unico(std::string_view sql) {
 }
 
 std::vector<std::string> TMetadadosFirebird::NomesDeTabelas() {
-    TComandoFirebird comando(
-        sessao_, "select r.rdb$relation_name from rdb$relations r where " + std::string(kTabelaComum) + " order by 1");
+    TComandoFirebird comando(sessao_,
+                             "select r.rdb$relation_name from rdb$relations r where " + kTabelaComum + " order by 1");
     std::vector<std::string> nomes;
     for (comando.Abre(); comando.Proximo();) nomes.push_back(Nome(comando, 0));
     return nomes;
@@ -194,8 +197,7 @@ std::string TMetadadosFirebird::NomeExato(std::string_view tabela) {
 }
 
 bool TMetadadosFirebird::ExisteTabela(std::string_view tabela) {
-    return !NomePor(nomeComum_, "r.rdb$relation_name = :pNome and " + std::string(kTabelaComum), NomeExato(tabela))
-                .empty();
+    return !NomePor(nomeComum_, "r.rdb$relation_name = :pNome and " + kTabelaComum, NomeExato(tabela)).empty();
 }
 
 TColunaFisica TMetadadosFirebird::Coluna(TComando& linha) {
@@ -224,7 +226,7 @@ std::vector<TColunaFisica> TMetadadosFirebird::Colunas(std::string_view tabela) 
 TColunasPorTabela TMetadadosFirebird::TodasAsColunas() {
     TComandoFirebird linha(sessao_, SqlDeColunas("join rdb$relations r on r.rdb$relation_name = rf.rdb$relation_name"
                                                  " where " +
-                                                 std::string(kTabelaComum)));
+                                                 kTabelaComum));
     TColunasPorTabela tabelas;
     for (linha.Abre(); linha.Proximo();) tabelas[Maiusculas(Nome(linha, cTabela))].push_back(Coluna(linha));
     return tabelas;

@@ -11,10 +11,12 @@ namespace {
 using TChamada = TRelogioDeEspera::TChamada;
 
 std::string BlocoDeTransacao(TTransacaoFirebird::TModo modo, std::string_view protegida) {
-    const bool escrita = modo == TTransacaoFirebird::TModo::Escrita;
+    const bool escrita = modo != TTransacaoFirebird::TModo::Leitura;
+    const bool espera = modo != TTransacaoFirebird::TModo::EscritaSemEspera;
     std::string bloco{isc_tpb_version3, static_cast<char>(escrita ? isc_tpb_write : isc_tpb_read),
-                      isc_tpb_read_committed, isc_tpb_rec_version, isc_tpb_wait};
-    if (escrita || !protegida.empty()) AdicionaAoBloco(bloco, isc_tpb_lock_timeout, std::string_view("\x0A\0\0\0", 4));
+                      isc_tpb_read_committed, isc_tpb_rec_version,
+                      static_cast<char>(espera ? isc_tpb_wait : isc_tpb_nowait)};
+    if (escrita && espera) AdicionaAoBloco(bloco, isc_tpb_lock_timeout, std::string_view("\x0A\0\0\0", 4));
     if (!protegida.empty()) {
         // Protected read would let other writers in as soon as this transaction writes into the table itself.
         AdicionaAoBloco(bloco, isc_tpb_lock_write, protegida);
@@ -195,7 +197,7 @@ TTransacaoFirebird::~TTransacaoFirebird() {
 }
 
 void TTransacaoFirebird::Commit(std::string_view comando) {
-    if (modo_ == TModo::Escrita) sessao_.Observa("commit");
+    if (modo_ != TModo::Leitura) sessao_.Observa("commit");
     TEstadoFirebird estado;
     {
         const TChamada chamada(sessao_.Relogio());

@@ -104,9 +104,9 @@ class TSessaoFirebird {
 class TTransacaoFirebird {
   public:
     /// Leitura: read-only, read committed; costs no page write. Escrita: read committed, waits at most 10 s for a lock.
-    enum class TModo { Leitura, Escrita };
+    enum class TModo { Leitura, Escrita, EscritaSemEspera };
 
-    /// With `protegida` nobody writes into the table of that name until the end.
+    /// With `protegida`, for writing, nobody else writes into the table of that name until the end.
     TTransacaoFirebird(TSessaoFirebird& sessao, TModo modo, std::string_view protegida = {});
     ~TTransacaoFirebird();
     TTransacaoFirebird(const TTransacaoFirebird&) = delete;

@@ -10,7 +10,8 @@
 namespace wkd {
 namespace {
 
-constexpr std::string_view kTem = "TEM ", kQuer = "QUER ";
+using TModo = TTransacaoFirebird::TModo;
+
 constexpr std::size_t kTexto = 160;  // bytes: an older server takes 255 for the whole variable
 
 /// Announcements of the others.
@@ -25,60 +26,63 @@ std::string MarcaNova() {
     return std::to_string(acaso()) + "." + std::to_string(acaso()) + " ";
 }
 
-std::string Anuncio(TComando& linha) { return TextoDeBytes(linha.Valor(0).ComoBytes()); }
-
-void EsperaUmPouco() {
-    std::random_device acaso;
-    std::this_thread::sleep_for(std::chrono::milliseconds(20 + acaso() % 200));
-}
-
 }  // namespace
 
 TTravaFirebird::TTravaFirebird(std::shared_ptr<TSessaoFirebird> sessao)
     : sessao_(std::move(sessao)), marca_(MarcaNova()) {}
 
 bool TTravaFirebird::Toma(std::string_view texto) {
-    constexpr int kTentativas = 20;
-    for (int vez = 0; vez < kTentativas; ++vez) {
-        Grava(std::string(kQuer) + marca_);
-        const auto outros = Outros();
-        if (!outros) {
-            Anuncia(texto);
-            return true;
-        }
-        Grava(std::nullopt);
-        if (outros == TVez::Tem) return false;
-        EsperaUmPouco();
+    constexpr int kTentativas = 25;
+    auto reserva = TReserva::Alheia;
+    for (int vez = 0; vez < kTentativas && reserva == TReserva::Alheia; ++vez) {
+        if (Visivel()) return false;
+        if (vez > 0) std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        reserva = Reserva();
+        if (reserva != TReserva::SemTabela) continue;
+        CriaTabela();
+        reserva = Reserva();
     }
+    if (reserva == TReserva::Alheia) return false;
+    Anuncia(texto);
+    if (reserva == TReserva::Nossa || !Visivel()) return true;
+    Grava(std::nullopt);
     return false;
 }
 
-void TTravaFirebird::Anuncia(std::string_view texto) {
-    Grava(std::string(kTem) + marca_ + std::string(texto.substr(0, kTexto)));
-}
+void TTravaFirebird::Anuncia(std::string_view texto) { Grava(marca_ + std::string(texto.substr(0, kTexto))); }
 
 std::optional<std::string> TTravaFirebird::Quem() {
-    TComandoFirebird comando(sessao_, kOutros);
-    for (comando.Abre(); comando.Proximo();) {
-        const std::string anuncio = Anuncio(comando);
-        if (!anuncio.starts_with(kTem)) continue;
-        const auto fim = anuncio.find(' ', kTem.size());
-        return anuncio.substr(fim == std::string::npos ? anuncio.size() : fim + 1) + " (usuário " +
-               comando.Valor(1).ComoTexto() + ", conexão " + comando.Valor(2).ComoTexto() + ")";
-    }
-    return std::nullopt;
+    auto quem = Visivel();
+    if (!quem && Reserva() == TReserva::Alheia) quem = "";
+    reserva_.reset();
+    return quem;
 }
 
-std::optional<TTravaFirebird::TVez> TTravaFirebird::Outros() {
-    std::optional<TVez> vez;
+TTravaFirebird::TReserva TTravaFirebird::Reserva() try {
+    reserva_.reset();
+    reserva_ = std::make_unique<TTransacaoFirebird>(*sessao_, TModo::EscritaSemEspera, kTabelaDaTrava);
+    return TReserva::Nossa;
+} catch (const TErroBanco& erro) {
+    if (erro.Falha() == TFalha::EmUso) return TReserva::Alheia;
+    if (erro.Falha() == TFalha::ObjetoInexistente) return TReserva::SemTabela;
+    throw;
+}
+
+void TTravaFirebird::CriaTabela() try {
+    TComandoFirebird(sessao_, "create table " + std::string(kTabelaDaTrava) + " (NADA integer)").Executa();
+} catch (const TErroBanco& erro) {  // the user may not, or another was quicker
+    if (erro.ConexaoPerdida()) throw;
+}
+
+std::optional<std::string> TTravaFirebird::Visivel() {
     TComandoFirebird comando(sessao_, kOutros);
     for (comando.Abre(); comando.Proximo();) {
-        const std::string anuncio = Anuncio(comando);
-        if (anuncio.find(marca_) != std::string::npos) continue;
-        if (anuncio.starts_with(kTem)) return TVez::Tem;
-        vez = TVez::Quer;
+        const std::string anuncio = TextoDeBytes(comando.Valor(0).ComoBytes());
+        if (anuncio.starts_with(marca_)) continue;
+        return anuncio.substr(anuncio.find(' ') + 1) + " (usuário " + comando.Valor(1).ComoTexto() + ", conexão " +
+               comando.Valor(2).ComoTexto() + ")";
     }
-    return vez;
+    return std::nullopt;
 }
 
 void TTravaFirebird::Grava(const std::optional<std::string>& valor) {

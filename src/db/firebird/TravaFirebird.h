@@ -9,29 +9,35 @@
 
 namespace wkd {
 
-/// The lock of one update a database on a Firebird server: an announcement in a context variable of the attachment,
-/// which goes with it and which the monitoring tables show to every other one (of the same user; of all users to
-/// SYSDBA and to the owner). Nothing is written to the database, no transaction stays open, and no object is needed.
+/// A table of no rows and of no dictionary, made by the first update and left out of what a connection lists.
+inline constexpr std::string_view kTabelaDaTrava = "ATUALIZAWKD$TRAVA";
+
+/// The lock of one update a database on a Firebird server: a reservation of that table, which needs no right to it and
+/// no row, keeps nobody out but another update, and goes with the attachment. It does not tell who has it: a context
+/// variable of the attachment does, which the monitoring tables show to the others of the same user, to SYSDBA and to
+/// the owner. Where nobody could make the table, what these see is the lock.
 class TTravaFirebird {
   public:
     explicit TTravaFirebird(std::shared_ptr<TSessaoFirebird> sessao);
 
-    /// Whoever announces himself looks around afterwards, so that of two at the same time at least one sees the other;
-    /// who sees somebody withdraws, and tries again as long as nobody has it.
+    /// Waits a moment for one whom it does not see: the server may be about to give him up.
     bool Toma(std::string_view texto);
     void Anuncia(std::string_view texto);
-    /// What the holder announced, and his user and attachment.
+    /// For another connection than the holder's: what he announced, his user and attachment; empty when this user may
+    /// not see him.
     std::optional<std::string> Quem();
 
   private:
-    enum class TVez { Quer, Tem };
-    /// The furthest of the others that want it or have it.
-    std::optional<TVez> Outros();
+    enum class TReserva { Nossa, Alheia, SemTabela };
+    TReserva Reserva();
+    void CriaTabela();
+    std::optional<std::string> Visivel();
     void Grava(const std::optional<std::string>& valor);
 
     std::shared_ptr<TSessaoFirebird> sessao_;
     /// Of this object: what it left on a connection that the server takes for alive is no other's.
     std::string marca_;
+    std::unique_ptr<TTransacaoFirebird> reserva_;
 };
 
 }  // namespace wkd
