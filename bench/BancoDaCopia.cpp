@@ -3,10 +3,10 @@
 #include <stdexcept>
 
 #include "BancoTemporario.h"
-#include "DefinicaoCampo.h"
-#include "Texto.h"
-#include "WKDQuery.h"
 #include "firebird/ConexaoFirebird.h"
+#include "rows/WKDQuery.h"
+#include "tables/DefinicaoCampo.h"
+#include "values/Texto.h"
 
 namespace wkd {
 

@@ -4,8 +4,8 @@
 #include <string>
 
 #include "Bancada.h"
-#include "Contexto.h"
 #include "TelaMuda.h"
+#include "run/Contexto.h"
 
 namespace wkd {
 

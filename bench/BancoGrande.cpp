@@ -1,10 +1,10 @@
 #include "BancoGrande.h"
 
 #include "BancoTemporario.h"
-#include "CompactaZip.h"
-#include "DefinicaoCampo.h"
-#include "Texto.h"
 #include "firebird/ConexaoFirebird.h"
+#include "package/Pacote.h"
+#include "tables/DefinicaoCampo.h"
+#include "values/Texto.h"
 
 namespace wkd {
 

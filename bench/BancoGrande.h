@@ -3,12 +3,11 @@
 #include <filesystem>
 #include <memory>
 
-#include "Aliases.h"
-#include "Connection.h"
-#include "DataPacket.h"
-#include "Opcoes.h"
-#include "ParametrosConexao.h"
 #include "PastaTemporaria.h"
+#include "aliases/Aliases.h"
+#include "connection/Connection.h"
+#include "packet/DataPacket.h"
+#include "run/Contexto.h"
 
 namespace wkd {
 

@@ -1,10 +1,10 @@
 #include "BancoDaCopia.h"
 #include "Casos.h"
-#include "Conferencia.h"
-#include "CriaBackup.h"
-#include "TBComandos.h"
-#include "Texto.h"
-#include "VoltaBackup.h"
+#include "copy/Conferencia.h"
+#include "rebuild/CriaBackup.h"
+#include "rebuild/VoltaBackup.h"
+#include "tables/TBComandos.h"
+#include "values/Texto.h"
 
 namespace wkd {
 

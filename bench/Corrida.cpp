@@ -2,9 +2,9 @@
 
 #include <stdexcept>
 
-#include "Atualizacao.h"
 #include "Medida.h"
 #include "TelaMuda.h"
+#include "run/Atualizacao.h"
 
 namespace wkd {
 

@@ -1,7 +1,7 @@
 #include "BancoTemporario.h"
 #include "Casos.h"
-#include "DicionarioDaTabela.h"
 #include "TelaMuda.h"
+#include "alter/DicionarioDaTabela.h"
 #include "firebird/ConexaoFirebird.h"
 
 namespace wkd {

@@ -1,8 +1,8 @@
 #include <fstream>
 
 #include "Casos.h"
-#include "Formato.h"
-#include "LogDaExecucao.h"
+#include "report/LogDaExecucao.h"
+#include "values/TextoDeData.h"
 
 namespace wkd {
 

@@ -3,7 +3,7 @@
 #include <numeric>
 
 #include "Casos.h"
-#include "DataPacket.h"
+#include "packet/DataPacket.h"
 
 namespace wkd {
 

@@ -1,13 +1,9 @@
-#include "CamposPersonalizados.h"
 #include "Casos.h"
-#include "DataPacket.h"
-#include "DicionarioTabelas.h"
-#include "IndicesPrimarios.h"
-#include "LookupFisico.h"
-#include "Orfaos.h"
-#include "Preambulo.h"
 #include "TelaMuda.h"
-#include "ValorPadrao.h"
+#include "layout/Preambulo.h"
+#include "packet/DataPacket.h"
+#include "passes/CamposPersonalizados.h"
+#include "passes/Passes.h"
 
 namespace wkd {
 

@@ -10,7 +10,7 @@
 
 #include "BancoDaCopia.h"
 #include "Casos.h"
-#include "Nova.h"
+#include "rebuild/Nova.h"
 
 namespace wkd {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "TelaSilenciosa.h"
+#include "screen/Tela.h"
 
 namespace wkd {
 

@@ -3,7 +3,7 @@
 
 #include "Casos.h"
 #include "Corrida.h"
-#include "Texto.h"
+#include "values/Texto.h"
 
 namespace wkd {
 

@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "ArquivoIni.h"
 #include "Exercicios.h"
+#include "aliases/ArquivoIni.h"
 
 namespace wkd {
 

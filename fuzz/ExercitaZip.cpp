@@ -1,7 +1,7 @@
 #include <stdexcept>
 
 #include "Exercicios.h"
-#include "Pacote.h"
+#include "package/Pacote.h"
 
 namespace wkd {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "DataPacket.h"
+#include "packet/DataPacket.h"
 
 namespace wkd {
 

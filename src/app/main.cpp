@@ -3,15 +3,14 @@
 #include <iostream>
 #include <variant>
 
-#include "Ambiente.h"
-#include "Assistente.h"
-#include "CodigoDeSaida.h"
-#include "ComandosDeAlias.h"
-#include "ComandosDeBanco.h"
-#include "Eco.h"
-#include "Interrupcao.h"
-#include "LinhaDeComando.h"
-#include "Versao.h"
+#include "commands/ComandosDeAlias.h"
+#include "commands/ComandosDeBanco.h"
+#include "commands/Eco.h"
+#include "commands/LinhaDeComando.h"
+#include "process/Interrupcao.h"
+#include "process/Programa.h"
+#include "window/Assistente.h"
+#include "window/Preferencias.h"
 
 namespace {
 

@@ -5,12 +5,12 @@
 #include <optional>
 #include <vector>
 
-#include "ArquivoNovo.h"
-#include "Caminho.h"
-#include "CompactaZip.h"
-#include "ConteudoDeArquivo.h"
-#include "EscritaSegura.h"
-#include "Texto.h"
+#include "ArquivosSistema.h"
+#include "package/Caminho.h"
+#include "package/Pacote.h"
+#include "packet/EscritoresPacote.h"
+#include "process/EscritaSegura.h"
+#include "values/Texto.h"
 
 namespace wkd {
 

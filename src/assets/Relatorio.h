@@ -2,8 +2,8 @@
 
 #include <filesystem>
 
-#include "DataModulo.h"
-#include "Pacote.h"
+#include "datamodule/DataModulo.h"
+#include "package/Pacote.h"
 
 namespace wkd {
 

@@ -1,6 +1,6 @@
 #include "Restauracao.h"
 
-#include "Formato.h"
+#include "values/TextoDeData.h"
 
 namespace wkd {
 

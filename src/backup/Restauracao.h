@@ -3,8 +3,8 @@
 #include <filesystem>
 #include <string>
 
-#include "Aliases.h"
-#include "Valor.h"
+#include "aliases/Aliases.h"
+#include "values/Valor.h"
 
 namespace wkd {
 

@@ -2,14 +2,14 @@
 
 #include <nlohmann/json.hpp>
 
-#include "Caminho.h"
-#include "Erros.h"
 #include "Exportacao.h"
-#include "HBNConnection.h"
 #include "Inventario.h"
 #include "Montagem.h"
 #include "PacoteJson.h"
 #include "RelatoDoPacote.h"
+#include "connection/Erros.h"
+#include "package/Caminho.h"
+#include "server/HBNConnection.h"
 
 namespace wkd {
 

@@ -2,9 +2,9 @@
 
 #include <ostream>
 
-#include "CodigoDeSaida.h"
-#include "LocalizaIni.h"
 #include "Pedido.h"
+#include "aliases/ArquivoIni.h"
+#include "process/Programa.h"
 
 namespace wkd {
 

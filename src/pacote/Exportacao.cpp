@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <set>
 
-#include "DataPacket.h"
-#include "Erros.h"
-#include "TBComandos.h"
-#include "Texto.h"
+#include "connection/Erros.h"
+#include "packet/DataPacket.h"
+#include "tables/TBComandos.h"
+#include "values/Texto.h"
 
 namespace wkd {
 

@@ -4,8 +4,8 @@
 #include <string_view>
 #include <vector>
 
-#include "Connection.h"
 #include "Montagem.h"
+#include "connection/Connection.h"
 
 namespace wkd {
 

@@ -4,18 +4,39 @@
 #include <map>
 #include <unordered_map>
 
-#include "Caminho.h"
-#include "DicionarioDoPacote.h"
-#include "LinhasNomeadas.h"
-#include "PacoteAberto.h"
-#include "PacoteInteiro.h"
-#include "Texto.h"
+#include "LinhaJson.h"
+#include "package/Caminho.h"
+#include "package/DicionarioDoPacote.h"
+#include "values/Texto.h"
 
 namespace wkd {
 
-namespace {
-
 namespace fs = std::filesystem;
+
+TPacoteAberto::TPacoteAberto(const fs::path& pacote) {
+    pasta_.emplace(temporaria_.Caminho());
+    relatos_ = ExtraiPacote(pacote, pasta_->Caminho(), {});
+    bytes_ = fs::file_size(pacote);
+}
+
+TDataPacket LePacoteInteiro(const std::filesystem::path& arquivo) {
+    auto pacote = LePacote(arquivo);
+    for (const auto& linha : pacote.linhas)
+        for (const auto& valor : linha)
+            if (valor.Se<std::shared_ptr<const TConteudo>>()) BytesDoConteudo(valor);
+    return pacote;
+}
+
+std::uint64_t BytesDoConteudo(const TValor& valor) {
+    const auto* conteudo = valor.Se<std::shared_ptr<const TConteudo>>();
+    if (!conteudo) return valor.ComoBytes().size();
+    std::uint64_t total = 0;
+    char bloco[16384];
+    for (const auto leitor = (*conteudo)->Abre(); const auto lidos = leitor->Le(bloco);) total += lidos;
+    return total;
+}
+
+namespace {
 
 using TPosicoes = std::unordered_map<std::string, std::size_t>;  // by look-up name
 

@@ -2,13 +2,39 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "DataPacket.h"
-#include "DefinicaoCampo.h"
+#include "package/Pacote.h"
+#include "package/Trava.h"
+#include "packet/DataPacket.h"
+#include "tables/DefinicaoCampo.h"
 
 namespace wkd {
+
+/// A package and its files, extracted for as long as the object lives.
+class TPacoteAberto {
+  public:
+    /// Throws TErroPacote for a package that the update could not unpack either.
+    explicit TPacoteAberto(const std::filesystem::path& pacote);
+
+    const TPastaDeTrabalho& Pasta() const { return *pasta_; }
+    std::uint64_t Bytes() const { return bytes_; }
+    /// Entries that were refused or replaced, in words.
+    const std::vector<std::string>& Relatos() const { return relatos_; }
+
+  private:
+    TPastaPassageira temporaria_;
+    std::optional<TPastaDeTrabalho> pasta_;
+    std::uint64_t bytes_ = 0;
+    std::vector<std::string> relatos_;
+};
+
+/// Reads a packet with the content of its blobs, so that a damaged one is found now. Throws TErroPacote.
+TDataPacket LePacoteInteiro(const std::filesystem::path& arquivo);
+/// Length of the content, all of which is read. Throws TErroPacote when it is damaged.
+std::uint64_t BytesDoConteudo(const TValor& valor);
 
 // What a package holds, as a reviewer looks at it.
 

@@ -2,13 +2,13 @@
 
 #include <algorithm>
 
-#include "Caminho.h"
-#include "CompactaZip.h"
-#include "ConteudoDeArquivo.h"
-#include "DicionarioDoPacote.h"
-#include "PacoteInteiro.h"
+#include "ArquivosSistema.h"
+#include "Inventario.h"
 #include "PacoteJson.h"
-#include "Texto.h"
+#include "package/Caminho.h"
+#include "package/DicionarioDoPacote.h"
+#include "package/Pacote.h"
+#include "values/Texto.h"
 
 namespace wkd {
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "DataPacket.h"
-#include "PacoteAberto.h"
+#include "Inventario.h"
+#include "packet/DataPacket.h"
 
 namespace wkd {
 

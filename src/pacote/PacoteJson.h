@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "DataPacket.h"
+#include "packet/DataPacket.h"
 
 namespace wkd {
 

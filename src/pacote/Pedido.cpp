@@ -5,10 +5,10 @@
 #include <optional>
 #include <stdexcept>
 
-#include "Caminho.h"
 #include "PacoteJson.h"
-#include "Texto.h"
-#include "Versao.h"
+#include "package/Caminho.h"
+#include "process/Programa.h"
+#include "values/Texto.h"
 
 namespace wkd {
 

@@ -2,7 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "Texto.h"
+#include "values/Texto.h"
 
 namespace wkd {
 

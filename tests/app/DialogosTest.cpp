@@ -6,9 +6,9 @@
 #include <QLineEdit>
 #include <QMessageBox>
 
-#include "DialogosQt.h"
-#include "Idioma.h"
 #include "JanelaApoio.h"
+#include "window/Dialogos.h"
+#include "window/Preferencias.h"
 
 namespace wkd {
 namespace {

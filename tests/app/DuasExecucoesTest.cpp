@@ -9,7 +9,7 @@
 #include "ProgramaApoio.h"
 #include "Retrato.h"
 #include "ServidorFirebird.h"
-#include "TravaDoBanco.h"
+#include "run/TravaDoBanco.h"
 
 namespace wkd {
 namespace {

@@ -4,12 +4,12 @@
 #include <nlohmann/json.hpp>
 #include <random>
 
-#include "EcoDosErros.h"
 #include "Linhas.h"
 #include "ModuloTemporario.h"
-#include "PreencheDados.h"
 #include "ProgramaApoio.h"
-#include "Texto.h"
+#include "commands/Eco.h"
+#include "values/Texto.h"
+#include "window/PaginaAlias.h"
 
 namespace wkd {
 namespace {

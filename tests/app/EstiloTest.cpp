@@ -1,4 +1,4 @@
-#include "EstiloAmetista.h"
+#include "window/EstiloAmetista.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,8 @@
-#include "Estimativa.h"
+#include "report/Estimativa.h"
 
 #include <gtest/gtest.h>
 
-#include "Andamento.h"
-#include "LinhaDoTerminal.h"
+#include "commands/LinhaDoTerminal.h"
 
 namespace wkd {
 namespace {

@@ -10,7 +10,7 @@
 
 #include "JanelaApoio.h"
 #include "Linhas.h"
-#include "SegundoPlano.h"
+#include "window/TelaDaJanela.h"
 
 namespace wkd {
 namespace {

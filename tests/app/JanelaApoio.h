@@ -10,10 +10,10 @@
 #include <memory>
 #include <string>
 
-#include "CompactaZip.h"
-#include "FMAtualiza.h"
 #include "PastaTemporaria.h"
-#include "TextoQt.h"
+#include "package/Pacote.h"
+#include "window/Controles.h"
+#include "window/FMAtualiza.h"
 
 namespace wkd {
 

@@ -1,4 +1,4 @@
-#include "LinhaDeComando.h"
+#include "commands/LinhaDeComando.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "LogDaExecucao.h"
+#include "report/LogDaExecucao.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

@@ -1,4 +1,4 @@
-#include "Navegacao.h"
+#include "window/Navegacao.h"
 
 #include <gtest/gtest.h>
 

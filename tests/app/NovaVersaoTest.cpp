@@ -1,4 +1,4 @@
-#include "NovaVersao.h"
+#include "window/NovaVersao.h"
 
 #include <QElapsedTimer>
 #include <QLabel>

@@ -8,7 +8,7 @@
 #include "Linhas.h"
 #include "ProgramaApoio.h"
 #include "Retrato.h"
-#include "Texto.h"
+#include "values/Texto.h"
 
 namespace wkd {
 namespace {

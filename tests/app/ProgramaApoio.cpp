@@ -3,9 +3,9 @@
 #include "Arquivos.h"
 #include "BancoDeExemplo.h"
 #include "BancoTemporario.h"
-#include "CompactaZip.h"
 #include "Retrato.h"
 #include "firebird/ConexaoFirebird.h"
+#include "package/Pacote.h"
 
 namespace wkd {
 

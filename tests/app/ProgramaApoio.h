@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "Connection.h"
 #include "PastaTemporaria.h"
 #include "Programa.h"
+#include "connection/Connection.h"
 
 namespace wkd {
 

@@ -6,11 +6,9 @@
 #include "BancoTemporario.h"
 #include "Linhas.h"
 #include "ProgramaApoio.h"
-#include "Providencia.h"
-#include "RegistroDaTabela.h"
-#include "RelatorioDaExecucao.h"
 #include "TelaDeTeste.h"
-#include "TelaRegistrada.h"
+#include "report/RelatorioDaExecucao.h"
+#include "run/RegistroDaExecucao.h"
 
 namespace wkd {
 namespace {

@@ -5,10 +5,10 @@
 #include <chrono>
 #include <thread>
 
-#include "Aliases.h"
 #include "ProgramaApoio.h"
 #include "Retrato.h"
 #include "ServidorFirebird.h"
+#include "aliases/Aliases.h"
 
 namespace wkd {
 namespace {

@@ -7,7 +7,7 @@
 #include <algorithm>
 
 #include "ProgramaApoio.h"
-#include "WKDQuery.h"
+#include "rows/WKDQuery.h"
 
 namespace wkd {
 namespace {

@@ -1,8 +1,8 @@
 #include "ArquivosSistema.h"
 
 #include "AssetsApoio.h"
-#include "DataPacket.h"
-#include "Texto.h"
+#include "packet/DataPacket.h"
+#include "values/Texto.h"
 
 namespace wkd {
 namespace {

@@ -9,10 +9,10 @@
 #include <vector>
 
 #include "Arquivos.h"
-#include "Caminho.h"
 #include "Linhas.h"
 #include "ModuloTemporario.h"
-#include "Pacote.h"
+#include "package/Caminho.h"
+#include "package/Pacote.h"
 
 namespace wkd {
 

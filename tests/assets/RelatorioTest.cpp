@@ -4,7 +4,7 @@
 #include <thread>
 
 #include "AssetsApoio.h"
-#include "Texto.h"
+#include "values/Texto.h"
 
 namespace wkd {
 namespace {

@@ -1,13 +1,11 @@
-#include "Aliases.h"
+#include "aliases/Aliases.h"
 
 #include <gtest/gtest.h>
 
 #include <functional>
 
 #include "Arquivos.h"
-#include "ParametrosConexao.h"
 #include "PastaTemporaria.h"
-#include "Senha.h"
 
 namespace wkd {
 namespace {

@@ -1,4 +1,4 @@
-#include "ArquivoIni.h"
+#include "aliases/ArquivoIni.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

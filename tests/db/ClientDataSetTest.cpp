@@ -1,4 +1,4 @@
-#include "ClientDataSet.h"
+#include "rows/ClientDataSet.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 #include "ContratoDriver.h"
-#include "Texto.h"
+#include "values/Texto.h"
 
 namespace wkd {
 namespace {

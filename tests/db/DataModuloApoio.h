@@ -9,10 +9,10 @@
 #include <vector>
 
 #include "BancoTemporario.h"
-#include "DataModulo.h"
 #include "TelaDeTeste.h"
-#include "WKDQuery.h"
+#include "datamodule/DataModulo.h"
 #include "firebird/ConexaoFirebird.h"
+#include "rows/WKDQuery.h"
 
 namespace wkd {
 

@@ -1,4 +1,4 @@
-#include "DataModulo.h"
+#include "datamodule/DataModulo.h"
 
 #include "DataModuloApoio.h"
 

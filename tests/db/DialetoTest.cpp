@@ -1,4 +1,4 @@
-#include "Dialeto.h"
+#include "dialect/Dialeto.h"
 
 #include <gtest/gtest.h>
 

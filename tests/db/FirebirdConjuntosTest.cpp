@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "BancoTemporario.h"
-#include "Erros.h"
+#include "connection/Erros.h"
 #include "firebird/ConexaoFirebird.h"
 
 namespace wkd {

@@ -1,7 +1,7 @@
-#include "HBNConnection.h"
+#include "server/HBNConnection.h"
 
-#include "ClientDataSet.h"
 #include "DataModuloApoio.h"
+#include "rows/ClientDataSet.h"
 
 namespace wkd {
 namespace {

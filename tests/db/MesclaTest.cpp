@@ -1,4 +1,4 @@
-#include "Mescla.h"
+#include "datamodule/Mescla.h"
 
 #include "DataModuloApoio.h"
 

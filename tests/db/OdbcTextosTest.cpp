@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "ArquivoIni.h"
-#include "odbc/AlvosDosParametros.h"
-#include "odbc/CadeiaDeConexao.h"
+#include "aliases/ArquivoIni.h"
 #include "odbc/ConexaoOdbc.h"
 #include "odbc/LexicoSql.h"
 

@@ -8,9 +8,9 @@
 
 #include "BancoTemporario.h"
 #include "Linhas.h"
-#include "TB.h"
-#include "Texto.h"
-#include "WKDQuery.h"
+#include "rows/WKDQuery.h"
+#include "tables/TB.h"
+#include "values/Texto.h"
 
 namespace wkd {
 

@@ -1,4 +1,4 @@
-#include "TB.h"
+#include "tables/TB.h"
 
 #include "TBApoio.h"
 

@@ -1,4 +1,4 @@
-#include "AtualizaSistema.h"
+#include "layout/AtualizaSistema.h"
 
 #include <gtest/gtest.h>
 

@@ -7,8 +7,8 @@
 #include <string_view>
 
 #include "Arquivos.h"
-#include "DataPacket.h"
 #include "PastaTemporaria.h"
+#include "packet/DataPacket.h"
 
 namespace wkd {
 

@@ -1,9 +1,9 @@
-#include "Preambulo.h"
+#include "layout/Preambulo.h"
 
 #include <gtest/gtest.h>
 
 #include "ModuloTemporario.h"
-#include "Texto.h"
+#include "values/Texto.h"
 
 namespace wkd {
 namespace {

@@ -1,9 +1,9 @@
-#include "Tini.h"
+#include "layout/Tini.h"
 
 #include <gtest/gtest.h>
 
 #include "BancoTemporario.h"
-#include "WKDQuery.h"
+#include "rows/WKDQuery.h"
 
 namespace wkd {
 namespace {

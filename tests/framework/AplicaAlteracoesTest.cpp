@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "ClientDataSet.h"
 #include "ConexaoGravada.h"
+#include "rows/ClientDataSet.h"
 
 namespace wkd {
 namespace {

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <random>
 
-#include "ClientDataSet.h"
 #include "ConexaoGravada.h"
+#include "rows/ClientDataSet.h"
 
 namespace wkd {
 namespace {

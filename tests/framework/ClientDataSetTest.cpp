@@ -1,10 +1,10 @@
-#include "ClientDataSet.h"
+#include "rows/ClientDataSet.h"
 
 #include <gtest/gtest.h>
 
 #include <stdexcept>
 
-#include "Erros.h"
+#include "connection/Erros.h"
 
 namespace wkd {
 namespace {

@@ -1,4 +1,4 @@
-#include "DefinicaoCampo.h"
+#include "tables/DefinicaoCampo.h"
 
 #include <gtest/gtest.h>
 

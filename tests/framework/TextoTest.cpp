@@ -1,8 +1,8 @@
-#include "Texto.h"
+#include "values/Texto.h"
 
 #include <gtest/gtest.h>
 
-#include "Erros.h"
+#include "connection/Erros.h"
 
 namespace wkd {
 namespace {

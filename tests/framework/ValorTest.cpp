@@ -1,11 +1,11 @@
-#include "Valor.h"
+#include "values/Valor.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
 
-#include "Erros.h"
+#include "connection/Erros.h"
 
 namespace wkd {
 namespace {

@@ -4,12 +4,12 @@
 #include <fstream>
 #include <memory>
 
-#include "Atualizacao.h"
 #include "OpcoesDeTeste.h"
 #include "QuedaApoio.h"
 #include "ServidorFirebird.h"
 #include "TelaDeTeste.h"
-#include "Texto.h"
+#include "run/Atualizacao.h"
+#include "values/Texto.h"
 
 namespace wkd {
 namespace {

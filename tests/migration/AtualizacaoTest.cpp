@@ -1,14 +1,14 @@
 // What a whole update does by its options, and when a step before the tables fails.
-#include "Atualizacao.h"
+#include "run/Atualizacao.h"
 
 #include <gtest/gtest.h>
 
 #include "Linhas.h"
 #include "OpcoesDeTeste.h"
-#include "Plano.h"
 #include "QuedaApoio.h"
 #include "TelaDeTeste.h"
-#include "Texto.h"
+#include "plan/Plano.h"
+#include "values/Texto.h"
 
 namespace wkd {
 namespace {

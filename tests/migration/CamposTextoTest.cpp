@@ -1,4 +1,4 @@
-#include "CamposTexto.h"
+#include "passes/CamposTexto.h"
 
 #include "NovaApoio.h"
 

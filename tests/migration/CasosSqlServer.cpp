@@ -2,10 +2,10 @@
 
 #include <map>
 
-#include "CompactaZip.h"
-#include "DataPacket.h"
 #include "PastaTemporaria.h"
-#include "Texto.h"
+#include "package/Pacote.h"
+#include "packet/DataPacket.h"
+#include "values/Texto.h"
 
 namespace wkd {
 namespace {

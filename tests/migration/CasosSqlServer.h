@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "DataModulo.h"
+#include "datamodule/DataModulo.h"
 
 namespace wkd {
 

@@ -8,20 +8,20 @@
 #include <set>
 
 #include "Arquivos.h"
-#include "Atualizacao.h"
 #include "BancoDeExemplo.h"
 #include "BancoTemporario.h"
-#include "CamposPersonalizados.h"
 #include "CasosSqlServer.h"
 #include "ConexaoTSql.h"
-#include "ConfereDicionario.h"
 #include "OpcoesDeTeste.h"
-#include "Plano.h"
-#include "Preambulo.h"
 #include "TelaDeTeste.h"
-#include "Texto.h"
 #include "firebird/ConexaoFirebird.h"
+#include "layout/Preambulo.h"
 #include "odbc/LexicoSql.h"
+#include "passes/CamposPersonalizados.h"
+#include "plan/ConfereDicionario.h"
+#include "plan/Plano.h"
+#include "run/Atualizacao.h"
+#include "values/Texto.h"
 
 namespace wkd {
 namespace {

@@ -1,8 +1,8 @@
-#include "Comparacao.h"
+#include "decision/Comparacao.h"
 
 #include <gtest/gtest.h>
 
-#include "Selecao.h"
+#include "run/CargaDoPacote.h"
 
 namespace wkd {
 namespace {

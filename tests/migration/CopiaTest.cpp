@@ -3,8 +3,8 @@
 #include <fstream>
 #include <utility>
 
-#include "CopiaDeLinhas.h"
 #include "NovaApoio.h"
+#include "copy/CopiaDeLinhas.h"
 
 namespace wkd {
 namespace {

@@ -1,4 +1,4 @@
-#include "Correcoes.h"
+#include "corrections/Correcoes.h"
 
 #include "PassesApoio.h"
 

@@ -10,12 +10,12 @@
 
 #include "Arquivos.h"
 #include "BancoTemporario.h"
-#include "Contexto.h"
 #include "Linhas.h"
-#include "Nova.h"
 #include "TelaDeTeste.h"
-#include "Texto.h"
 #include "firebird/ConexaoFirebird.h"
+#include "rebuild/Nova.h"
+#include "run/Contexto.h"
+#include "values/Texto.h"
 
 namespace wkd {
 

@@ -1,4 +1,4 @@
-#include "Nova.h"
+#include "rebuild/Nova.h"
 
 #include <limits>
 

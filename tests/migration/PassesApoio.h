@@ -8,11 +8,11 @@
 #include <vector>
 
 #include "BancoTemporario.h"
-#include "Contexto.h"
 #include "TelaDeTeste.h"
-#include "Texto.h"
-#include "WKDQuery.h"
 #include "firebird/ConexaoFirebird.h"
+#include "rows/WKDQuery.h"
+#include "run/Contexto.h"
+#include "values/Texto.h"
 
 namespace wkd {
 

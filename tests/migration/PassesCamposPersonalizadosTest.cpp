@@ -1,5 +1,5 @@
-#include "CamposPersonalizados.h"
 #include "PassesApoio.h"
+#include "passes/CamposPersonalizados.h"
 
 namespace wkd {
 namespace {

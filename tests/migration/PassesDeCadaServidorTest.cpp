@@ -1,11 +1,11 @@
 // What each kind of server is sent, on a connection that only takes note of it.
 #include <algorithm>
 
-#include "CamposPersonalizados.h"
 #include "ConexaoGravada.h"
-#include "Correcoes.h"
-#include "Orfaos.h"
 #include "PassesApoio.h"
+#include "corrections/Correcoes.h"
+#include "passes/CamposPersonalizados.h"
+#include "passes/Passes.h"
 
 namespace wkd {
 namespace {

@@ -1,5 +1,5 @@
-#include "DicionarioTabelas.h"
 #include "PassesApoio.h"
+#include "passes/Passes.h"
 
 namespace wkd {
 namespace {

@@ -1,12 +1,8 @@
 #include "Arquivos.h"
-#include "CargaDoPacote.h"
-#include "CompactaZip.h"
-#include "Duplicidade.h"
-#include "IndicesPrimarios.h"
-#include "LookupFisico.h"
-#include "Orfaos.h"
 #include "PassesApoio.h"
-#include "ValorPadrao.h"
+#include "package/Pacote.h"
+#include "passes/Passes.h"
+#include "run/CargaDoPacote.h"
 
 namespace wkd {
 namespace {

@@ -9,11 +9,11 @@
 
 #include "Arquivos.h"
 #include "BancoTemporario.h"
-#include "CompactaZip.h"
-#include "DataPacket.h"
 #include "PastaTemporaria.h"
 #include "Retrato.h"
 #include "firebird/ConexaoFirebird.h"
+#include "package/Pacote.h"
+#include "packet/DataPacket.h"
 
 namespace wkd {
 

@@ -11,7 +11,7 @@
 
 #include "Linhas.h"
 #include "QuedaApoio.h"
-#include "Texto.h"
+#include "values/Texto.h"
 
 namespace wkd {
 namespace {

@@ -4,16 +4,16 @@
 #include <memory>
 #include <mutex>
 
-#include "Atualizacao.h"
 #include "Intermediario.h"
 #include "Linhas.h"
 #include "OpcoesDeTeste.h"
-#include "Plano.h"
 #include "QuedaApoio.h"
 #include "ServidorFirebird.h"
 #include "TelaDeTeste.h"
-#include "Texto.h"
-#include "Vigia.h"
+#include "plan/Plano.h"
+#include "run/Atualizacao.h"
+#include "server/Vigia.h"
+#include "values/Texto.h"
 
 namespace wkd {
 namespace {

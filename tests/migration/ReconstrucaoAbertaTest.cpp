@@ -1,10 +1,9 @@
 // Which "B" + table is a backup, what a rebuild does with it, and when a rebuild is open.
-#include "CargaDoPacote.h"
-#include "DicionarioTabelas.h"
-#include "Duplicidade.h"
-#include "MarcaDaBackup.h"
 #include "NovaApoio.h"
-#include "PassoDaTabela.h"
+#include "alter/PassoDaTabela.h"
+#include "passes/Passes.h"
+#include "run/CargaDoPacote.h"
+#include "tables/MarcaDaBackup.h"
 
 namespace wkd {
 namespace {

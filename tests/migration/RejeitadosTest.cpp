@@ -1,4 +1,4 @@
-#include "Rejeitados.h"
+#include "copy/Rejeitados.h"
 
 #include <gtest/gtest.h>
 

@@ -3,12 +3,12 @@
 
 #include <functional>
 
-#include "Atualizacao.h"
 #include "Linhas.h"
 #include "OpcoesDeTeste.h"
 #include "QuedaApoio.h"
 #include "TelaDeTeste.h"
-#include "Texto.h"
+#include "run/Atualizacao.h"
+#include "values/Texto.h"
 
 namespace wkd {
 namespace {

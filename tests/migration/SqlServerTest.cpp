@@ -5,16 +5,16 @@
 #include <map>
 
 #include "Arquivos.h"
-#include "Atualizacao.h"
 #include "CasosSqlServer.h"
-#include "ColunaPresa.h"
 #include "Linhas.h"
 #include "LojaSqlServer.h"
 #include "OpcoesDeTeste.h"
-#include "Plano.h"
-#include "Preambulo.h"
-#include "TBComandos.h"
-#include "Texto.h"
+#include "alter/Alteracao.h"
+#include "layout/Preambulo.h"
+#include "plan/Plano.h"
+#include "run/Atualizacao.h"
+#include "tables/TBComandos.h"
+#include "values/Texto.h"
 
 namespace wkd {
 namespace {

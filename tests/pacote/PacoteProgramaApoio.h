@@ -5,10 +5,10 @@
 #include <nlohmann/json.hpp>
 
 #include "Arquivos.h"
-#include "DataPacket.h"
-#include "Pacote.h"
 #include "PastaTemporaria.h"
 #include "Programa.h"
+#include "package/Pacote.h"
+#include "packet/DataPacket.h"
 
 namespace wkd {
 

@@ -1,8 +1,8 @@
 // What confere points at, package by package.
 #include <functional>
 
-#include "CompactaZip.h"
 #include "PacoteProgramaApoio.h"
+#include "package/Pacote.h"
 
 namespace wkd {
 namespace {

@@ -9,11 +9,11 @@
 #include <iostream>
 #include <thread>
 
-#include "Atualizacao.h"
-#include "CodigoDeSaida.h"
-#include "Interrupcao.h"
 #include "OpcoesDeTeste.h"
 #include "TelaDeTeste.h"
+#include "process/Interrupcao.h"
+#include "process/Programa.h"
+#include "run/Atualizacao.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Connection.h"
+#include "connection/Connection.h"
 
 namespace wkd {
 

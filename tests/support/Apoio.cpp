@@ -1,1 +1,1 @@
-#include "TipoBanco.h"
+#include "connection/Connection.h"

@@ -7,8 +7,8 @@
 #include <map>
 
 #include "PastaTemporaria.h"
-#include "Texto.h"
 #include "odbc/ConexaoOdbc.h"
+#include "values/Texto.h"
 
 namespace wkd {
 namespace {

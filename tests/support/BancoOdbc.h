@@ -4,7 +4,7 @@
 #include <string>
 
 #include "AmbienteDeBanco.h"
-#include "ParametrosConexao.h"
+#include "aliases/Aliases.h"
 
 namespace wkd {
 

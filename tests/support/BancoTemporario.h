@@ -4,9 +4,9 @@
 #include <string>
 #include <string_view>
 
-#include "Connection.h"
-#include "ParametrosConexao.h"
 #include "PastaTemporaria.h"
+#include "aliases/Aliases.h"
+#include "connection/Connection.h"
 
 namespace wkd {
 

@@ -3,7 +3,7 @@
 #include <functional>
 #include <stdexcept>
 
-#include "Connection.h"
+#include "connection/Connection.h"
 
 namespace wkd {
 

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <regex>
 
-#include "ComandoSql.h"
-#include "Texto.h"
 #include "odbc/ComandosTSql.h"
 #include "odbc/LexicoSql.h"
+#include "rows/WKDQuery.h"
+#include "values/Texto.h"
 
 namespace wkd {
 namespace {

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "WKDQuery.h"
+#include "rows/WKDQuery.h"
 
 namespace wkd {
 

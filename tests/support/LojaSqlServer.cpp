@@ -2,8 +2,8 @@
 
 #include <fstream>
 
-#include "Texto.h"
 #include "odbc/LexicoSql.h"
+#include "values/Texto.h"
 
 namespace wkd {
 namespace {

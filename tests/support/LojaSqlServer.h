@@ -4,9 +4,9 @@
 #include <vector>
 
 #include "BancoOdbc.h"
-#include "DataModulo.h"
 #include "PastaTemporaria.h"
 #include "TelaDeTeste.h"
+#include "datamodule/DataModulo.h"
 
 namespace wkd {
 

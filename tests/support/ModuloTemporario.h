@@ -3,8 +3,8 @@
 #include <string_view>
 
 #include "BancoTemporario.h"
-#include "DataModulo.h"
 #include "TelaDeTeste.h"
+#include "datamodule/DataModulo.h"
 #include "firebird/ConexaoFirebird.h"
 
 namespace wkd {

@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "Opcoes.h"
+#include "run/Contexto.h"
 
 namespace wkd {
 

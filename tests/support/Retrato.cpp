@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "Linhas.h"
-#include "Texto.h"
+#include "values/Texto.h"
 
 namespace wkd {
 

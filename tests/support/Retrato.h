@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "Connection.h"
+#include "connection/Connection.h"
 
 namespace wkd {
 

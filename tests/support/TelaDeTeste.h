@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Tela.h"
+#include "screen/Tela.h"
 
 namespace wkd {
 

@@ -1,14 +1,14 @@
-#include "ComandoFirebird.h"
+#include "firebird/ComandoFirebird.h"
 
 #include <algorithm>
 #include <cstring>
 #include <span>
 #include <stdexcept>
 
-#include "ConteudoFirebird.h"
-#include "ErroFirebird.h"
-#include "Texto.h"
-#include "ValorFirebird.h"
+#include "firebird/ConteudoFirebird.h"
+#include "firebird/ErroFirebird.h"
+#include "firebird/ValorFirebird.h"
+#include "values/Texto.h"
 
 namespace wkd {
 namespace {

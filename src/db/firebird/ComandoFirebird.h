@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "ComandoSql.h"
-#include "DescritorFirebird.h"
-#include "SessaoFirebird.h"
+#include "firebird/SessaoFirebird.h"
+#include "firebird/ValorFirebird.h"
+#include "rows/WKDQuery.h"
 
 namespace wkd {
 

@@ -1,13 +1,13 @@
-#include "ConexaoFirebird.h"
+#include "firebird/ConexaoFirebird.h"
 
 #include <filesystem>
 #include <stdexcept>
 
-#include "ComandoFirebird.h"
-#include "ErroFirebird.h"
-#include "MetadadosFirebird.h"
-#include "Texto.h"
-#include "TravaFirebird.h"
+#include "firebird/ComandoFirebird.h"
+#include "firebird/ErroFirebird.h"
+#include "firebird/MetadadosFirebird.h"
+#include "firebird/SessaoFirebird.h"
+#include "values/Texto.h"
 
 namespace wkd {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <memory>
 
-#include "Connection.h"
-#include "ParametrosConexao.h"
+#include "aliases/Aliases.h"
+#include "connection/Connection.h"
 
 namespace wkd {
 

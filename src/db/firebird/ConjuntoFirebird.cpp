@@ -1,9 +1,9 @@
-#include "ConjuntoFirebird.h"
+#include "firebird/ConjuntoFirebird.h"
 
 #include <algorithm>
 
-#include "Erros.h"
-#include "Texto.h"
+#include "connection/Erros.h"
+#include "values/Texto.h"
 
 namespace wkd {
 namespace {

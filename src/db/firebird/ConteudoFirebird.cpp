@@ -1,13 +1,13 @@
-#include "ConteudoFirebird.h"
+#include "firebird/ConteudoFirebird.h"
 
 #include <algorithm>
 #include <array>
 #include <cstring>
 #include <stdexcept>
 
-#include "ConteudoCopiado.h"
-#include "ErroFirebird.h"
-#include "Texto.h"
+#include "driver/ValorDoDriver.h"
+#include "firebird/ErroFirebird.h"
+#include "values/Texto.h"
 
 namespace wkd {
 namespace {

@@ -5,7 +5,7 @@
 #include <memory>
 #include <optional>
 
-#include "SessaoFirebird.h"
+#include "firebird/SessaoFirebird.h"
 
 namespace wkd {
 

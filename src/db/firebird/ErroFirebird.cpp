@@ -1,10 +1,10 @@
-#include "ErroFirebird.h"
+#include "firebird/ErroFirebird.h"
 
 #include <algorithm>
 #include <string>
 #include <vector>
 
-#include "Texto.h"
+#include "values/Texto.h"
 
 namespace wkd {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-#include "Erros.h"
+#include "connection/Erros.h"
 
 namespace wkd {
 

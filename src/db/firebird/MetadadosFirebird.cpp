@@ -1,10 +1,10 @@
-#include "MetadadosFirebird.h"
+#include "firebird/MetadadosFirebird.h"
 
 #include <ibase.h>
 
-#include "ComandoFirebird.h"
-#include "Texto.h"
-#include "TravaFirebird.h"
+#include "firebird/ComandoFirebird.h"
+#include "firebird/SessaoFirebird.h"
+#include "values/Texto.h"
 
 namespace wkd {
 namespace {

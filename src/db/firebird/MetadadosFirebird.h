@@ -2,8 +2,8 @@
 
 #include <memory>
 
-#include "Metadados.h"
-#include "SessaoFirebird.h"
+#include "connection/Connection.h"
+#include "firebird/SessaoFirebird.h"
 
 namespace wkd {
 

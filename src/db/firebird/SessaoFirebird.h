@@ -1,21 +1,20 @@
 #pragma once
 
 #include <ibase.h>
-
 #include <atomic>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "ConjuntoFirebird.h"
-#include "Connection.h"
-#include "Interrupcao.h"
-#include "ParametrosConexao.h"
-#include "RelogioDeEspera.h"
+#include "aliases/Aliases.h"
+#include "connection/Connection.h"
+#include "firebird/ConjuntoFirebird.h"
+#include "process/Interrupcao.h"
 
 namespace wkd {
 
@@ -128,5 +127,36 @@ std::string BlocoDeConexao(const TParametrosConexao& parametros, std::string_vie
 /// Adds a text or a number to a parameter block. Throws std::invalid_argument for a text above 255 bytes.
 void AdicionaAoBloco(std::string& bloco, char item, std::string_view valor);
 void AdicionaAoBloco(std::string& bloco, char item, std::uint32_t valor);
+
+/// A table of no rows and of no dictionary, made by the first update and left out of what a connection lists.
+inline constexpr std::string_view kTabelaDaTrava = "ATUALIZAWKD$TRAVA";
+
+/// The lock of one update a database on a Firebird server: a reservation of that table, which needs no right to it and
+/// no row, keeps nobody out but another update, and goes with the attachment. It does not tell who has it: a context
+/// variable of the attachment does, which the monitoring tables show to the others of the same user, to SYSDBA and to
+/// the owner. Where nobody could make the table, what these see is the lock.
+class TTravaFirebird {
+  public:
+    explicit TTravaFirebird(std::shared_ptr<TSessaoFirebird> sessao);
+
+    /// Waits a moment for one whom it does not see: the server may be about to give him up.
+    bool Toma(std::string_view texto);
+    void Anuncia(std::string_view texto);
+    /// For another connection than the holder's: what he announced, his user and attachment; empty when this user may
+    /// not see him.
+    std::optional<std::string> Quem();
+
+  private:
+    enum class TReserva { Nossa, Alheia, SemTabela };
+    TReserva Reserva();
+    void CriaTabela();
+    std::optional<std::string> Visivel();
+    void Grava(const std::optional<std::string>& valor);
+
+    std::shared_ptr<TSessaoFirebird> sessao_;
+    /// Of this object: what it left on a connection that the server takes for alive is no other's.
+    std::string marca_;
+    std::unique_ptr<TTransacaoFirebird> reserva_;
+};
 
 }  // namespace wkd

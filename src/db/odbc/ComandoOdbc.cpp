@@ -1,13 +1,12 @@
-#include "ComandoOdbc.h"
+#include "odbc/ComandoOdbc.h"
 
 #include <algorithm>
 #include <optional>
 #include <stdexcept>
 
-#include "ErroOdbc.h"
-#include "LexicoSql.h"
-#include "TBComandos.h"
-#include "TextoOdbc.h"
+#include "odbc/ErroOdbc.h"
+#include "odbc/LexicoSql.h"
+#include "tables/TBComandos.h"
 
 namespace wkd {
 namespace {

@@ -5,13 +5,12 @@
 #include <string>
 #include <vector>
 
-#include "AlvosDosParametros.h"
-#include "ComandoSql.h"
-#include "LigacaoOdbc.h"
-#include "MetadadosOdbc.h"
-#include "ParametroOdbc.h"
-#include "SessaoOdbc.h"
-#include "ValorOdbc.h"
+#include "odbc/LexicoSql.h"
+#include "odbc/MetadadosOdbc.h"
+#include "odbc/ParametroOdbc.h"
+#include "odbc/SessaoOdbc.h"
+#include "odbc/ValorOdbc.h"
+#include "rows/WKDQuery.h"
 
 namespace wkd {
 

@@ -1,7 +1,7 @@
-#include "ComandosTSql.h"
+#include "odbc/ComandosTSql.h"
 
-#include "TBComandos.h"
-#include "Texto.h"
+#include "tables/TBComandos.h"
+#include "values/Texto.h"
 
 namespace wkd {
 namespace {

@@ -1,10 +1,8 @@
-#include "ErroOdbc.h"
+#include "odbc/ErroOdbc.h"
 
 #include <algorithm>
 #include <optional>
 #include <vector>
-
-#include "TextoOdbc.h"
 
 namespace wkd {
 namespace {

@@ -2,13 +2,35 @@
 
 #include <sql.h>
 #include <sqlext.h>
-
 #include <string>
 #include <string_view>
 
-#include "Erros.h"
+#include "connection/Erros.h"
+#include "values/Texto.h"
 
 namespace wkd {
+
+/// A text on its way to the driver, which takes UTF-16 whatever the locale is.
+class TTextoOdbc {
+  public:
+    explicit TTextoOdbc(std::string_view utf8) : texto_(TextoLargo(utf8)) {}
+    SQLWCHAR* Dados() { return reinterpret_cast<SQLWCHAR*>(texto_.data()); }
+    template <class TTamanho = SQLSMALLINT>
+    TTamanho Tamanho() const {
+        return static_cast<TTamanho>(texto_.size());
+    }
+    std::size_t Bytes() const { return texto_.size() * sizeof(SQLWCHAR); }
+
+  private:
+    std::u16string texto_;
+};
+
+static_assert(sizeof(SQLWCHAR) == sizeof(char16_t));
+
+/// A text of so many characters from the driver.
+inline std::string TextoLido(const SQLWCHAR* texto, SQLLEN tamanho) {
+    return TextoEstreito({reinterpret_cast<const char16_t*>(texto), static_cast<std::size_t>(tamanho)});
+}
 
 /// The error that a handle's diagnostics tell, the texts of all its records joined. `comando` is the statement; empty
 /// while a connection is being opened.

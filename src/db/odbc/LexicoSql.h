@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,5 +28,21 @@ std::string NomeDoLexema(const TLexema& lexema);
 /// The statement without the braces of ODBC escape sequences ("{ESCAPE '\'}", "{ts '...'}"), which the FreeTDS driver
 /// mangles; quoted texts stay as they are.
 std::string SemSequenciasOdbc(std::string_view sql);
+
+/// Column that a parameter is stored in: by name, or by its place in an INSERT that names no columns.
+struct TAlvo {
+    std::string coluna;
+    std::optional<std::size_t> posicao;
+    bool Conhecido() const { return posicao || !coluna.empty(); }
+};
+
+/// Table that a statement with "?" writes into, and for every "?" in order the column that takes it as it is. A "?"
+/// inside an expression or a condition has no column.
+struct TAlvosDosParametros {
+    std::string tabela;
+    std::vector<TAlvo> alvos;
+};
+
+TAlvosDosParametros AlvosDosParametros(std::string_view sql);
 
 }  // namespace wkd

@@ -1,11 +1,11 @@
-#include "MetadadosOdbc.h"
+#include "odbc/MetadadosOdbc.h"
 
 #include <algorithm>
 #include <set>
 
-#include "ComandosTSql.h"
-#include "TextoOdbc.h"
-#include "ValorOdbc.h"
+#include "odbc/ComandosTSql.h"
+#include "odbc/ErroOdbc.h"
+#include "odbc/ValorOdbc.h"
 
 namespace wkd {
 namespace {

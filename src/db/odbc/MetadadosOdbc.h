@@ -5,8 +5,8 @@
 #include <optional>
 #include <utility>
 
-#include "Metadados.h"
-#include "SessaoOdbc.h"
+#include "connection/Connection.h"
+#include "odbc/SessaoOdbc.h"
 
 namespace wkd {
 

@@ -1,14 +1,13 @@
-#include "ParametroOdbc.h"
+#include "odbc/ParametroOdbc.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <limits>
 
-#include "ConteudoCopiado.h"
-#include "Erros.h"
-#include "NumeroParaColuna.h"
-#include "Texto.h"
+#include "connection/Erros.h"
+#include "driver/ValorDoDriver.h"
+#include "values/Texto.h"
 
 namespace wkd {
 namespace {

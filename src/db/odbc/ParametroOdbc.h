@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
-#include "LigacaoOdbc.h"
-#include "Metadados.h"
+#include "connection/Connection.h"
+#include "odbc/SessaoOdbc.h"
 
 namespace wkd {
 

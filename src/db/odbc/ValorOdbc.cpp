@@ -1,12 +1,11 @@
-#include "ValorOdbc.h"
+#include "odbc/ValorOdbc.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdlib>
 
-#include "ConteudoCopiado.h"
-#include "ErroOdbc.h"
-#include "TextoOdbc.h"
+#include "driver/ValorDoDriver.h"
+#include "odbc/ErroOdbc.h"
 
 namespace wkd {
 namespace {

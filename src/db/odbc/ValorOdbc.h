@@ -5,8 +5,8 @@
 
 #include <string>
 
-#include "Campo.h"
-#include "LigacaoOdbc.h"
+#include "odbc/SessaoOdbc.h"
+#include "rows/Campo.h"
 
 namespace wkd {
 

@@ -1,0 +1,195 @@
+#include "commands/Eco.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "report/RelatorioDaExecucao.h"
+#include "run/RegistroDaExecucao.h"
+#include "values/Texto.h"
+
+#ifdef _WIN32
+#include <io.h>
+#else
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+#include <cerrno>
+#endif
+
+namespace wkd {
+
+namespace {
+
+#ifdef _WIN32
+constexpr int kSaida = 1, kErros = 2;
+int Grava(int saida, std::string_view texto) {
+    return _write(saida, texto.data(), static_cast<unsigned>(texto.size()));
+}
+bool Terminal(int saida) { return _isatty(saida) != 0; }
+#else
+constexpr int kSaida = STDOUT_FILENO, kErros = STDERR_FILENO;
+/// Waits also where the stream was opened not to.
+ssize_t Grava(int saida, std::string_view texto) {
+    for (;;) {
+        const ssize_t escritos = write(saida, texto.data(), texto.size());
+        if (escritos >= 0 || (errno != EAGAIN && errno != EINTR)) return escritos;
+        pollfd espera{saida, POLLOUT, 0};
+        poll(&espera, 1, -1);
+    }
+}
+bool Terminal(int saida) { return isatty(saida) != 0; }
+#endif
+
+using namespace std::chrono_literals;
+using TRelogio = std::chrono::steady_clock;
+constexpr std::size_t kBytesGuardados = 1 << 20;
+constexpr auto kSemLeitor = 2s;  // without a byte taken nobody reads
+constexpr auto kNoMaximo = 30s;
+
+/// Writes in the order of the calls, which never wait. Never destroyed: a stream that nobody reads holds its thread.
+class TEscritor {
+  public:
+    TEscritor() {
+        std::thread([this] { Trabalha(); }).detach();
+    }
+
+    void Poe(int saida, std::string texto, bool conta) {
+        const std::lock_guard trava(guarda_);
+        if (guardados_ + texto.size() > kBytesGuardados) {
+            omitidas_ += conta;
+            return;
+        }
+        ContaOmitidas(saida);
+        Guarda(saida, std::move(texto));
+    }
+
+    void Espera(int saida) {
+        std::unique_lock trava(guarda_);
+        ContaOmitidas(saida);
+        const auto limite = TRelogio::now() + kNoMaximo;
+        for (std::size_t antes = ~std::size_t{0}; guardados_ > 0 && guardados_ != antes && TRelogio::now() < limite;) {
+            antes = guardados_;
+            saiu_.wait_for(trava, kSemLeitor, [&] { return guardados_ < antes; });
+        }
+    }
+
+  private:
+    void ContaOmitidas(int saida) {
+        if (omitidas_ == 0) return;
+        const auto omitidas = std::exchange(omitidas_, 0);
+        Guarda(saida, "(" + std::to_string(omitidas) + " linhas omitidas: ninguém leu esta saída a tempo)\n");
+    }
+
+    void Guarda(int saida, std::string texto) {
+        guardados_ += texto.size();
+        fila_.emplace_back(saida, std::move(texto));
+        chegou_.notify_one();
+    }
+
+    void Trabalha() {
+        for (std::unique_lock trava(guarda_);;) {
+            chegou_.wait(trava, [this] { return !fila_.empty(); });
+            const auto [saida, texto] = std::move(fila_.front());
+            fila_.pop_front();
+            trava.unlock();
+            for (std::string_view resto = texto; !resto.empty();) {
+                const auto escritos = Grava(saida, resto);
+                if (escritos <= 0) break;  // closed at the other end
+                resto.remove_prefix(static_cast<std::size_t>(escritos));
+            }
+            trava.lock();
+            guardados_ -= texto.size();
+            saiu_.notify_all();
+        }
+    }
+
+    std::mutex guarda_;
+    std::condition_variable chegou_, saiu_;
+    std::deque<std::pair<int, std::string>> fila_;
+    std::size_t guardados_ = 0;  // bytes, those being written included
+    std::size_t omitidas_ = 0;
+};
+
+/// Of the stream; one terminal gets the lines of both in their order.
+TEscritor& Escritor(int saida) {
+    static TEscritor& daSaida = *new TEscritor;
+    if (saida == kSaida) return daSaida;
+    static TEscritor& dosErros = Terminal(kSaida) && Terminal(kErros) ? daSaida : *new TEscritor;
+    return dosErros;
+}
+
+}  // namespace
+
+void EscreveNaSaida(std::string_view linha) { Escritor(kSaida).Poe(kSaida, std::string(linha) + '\n', true); }
+void EscreveNosErros(std::string_view linha) { Escritor(kErros).Poe(kErros, std::string(linha) + '\n', true); }
+void EscreveNoTerminal(std::string_view texto) { Escritor(kSaida).Poe(kSaida, std::string(texto), false); }
+
+void EsperaSaidas() {
+    Escritor(kSaida).Espera(kSaida);
+    Escritor(kErros).Espera(kErros);
+}
+
+void AbreSaidasQueFaltam() {
+#ifndef _WIN32
+    while (true) {
+        const int aberta = open("/dev/null", O_RDWR);
+        if (aberta > STDERR_FILENO) close(aberta);
+        if (aberta < 0 || aberta > STDERR_FILENO) return;
+    }
+#endif
+}
+
+namespace {
+
+/// Those of the parts that the line does not say, in one line.
+std::string Falta(std::string_view linha, const std::vector<std::string>& partes) {
+    std::vector<std::string> faltam;
+    for (const auto& parte : partes)
+        if (const std::string texto(Apara(parte)); !texto.empty() && linha.find(texto) == std::string_view::npos)
+            faltam.push_back(texto);
+    return Junta(faltam, " - ");
+}
+
+std::string SegundaLinha(std::string_view onde, std::string_view erro) {
+    const std::string lugar = onde.empty() ? std::string() : "Em: " + std::string(onde) + ". ";
+    return "    " + lugar + "Providência: " + std::string(Providencia(erro));
+}
+
+}  // namespace
+
+void TEcoDosErros::Linha(std::string_view linha, std::string_view onde) {
+    std::string segunda = onde.empty() ? std::string() : SegundaLinha(onde, linha);
+    if (segunda != pendente_) Conclui();
+    escreve_(linha);
+    linha_ = linha;
+    pendente_ = std::move(segunda);
+}
+
+void TEcoDosErros::Entrada(std::string_view mensagem, std::string_view tabela, std::string_view acao,
+                           std::string_view onde) {
+    const std::string daTabela = tabela.empty() ? std::string() : "Tabela: " + std::string(tabela);
+    if (linha_.empty() || !MesmoErro(linha_, mensagem)) {
+        const std::string passo = Falta(daTabela, {std::string(acao)});
+        const std::string nomes = daTabela + (daTabela.empty() || passo.empty() ? "" : " - ") + passo;
+        const std::string texto = Falta(nomes, {std::string(mensagem)});
+        Linha(nomes + (nomes.empty() || texto.empty() ? "" : " - ") + texto, onde);
+    } else if (!onde.empty() && !(tabela.empty() && acao.empty())) {
+        const std::string resto = Troca(mensagem, linha_, "");
+        pendente_ = SegundaLinha(Falta(linha_, {daTabela, std::string(acao), resto}), mensagem);
+    }
+    linha_.clear();
+}
+
+void TEcoDosErros::Conclui() {
+    if (!pendente_.empty()) escreve_(pendente_);
+    pendente_.clear();
+    linha_.clear();
+}
+
+}  // namespace wkd

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace wkd {
+
+// Lines for whoever started the program in a terminal or a job, UTF-8, written by a thread of their own: nobody who
+// does not read them holds a run. A stream that nobody reads any more ends nothing; what is too much for the buffer is
+// left out, and a line says how many are.
+
+void EscreveNaSaida(std::string_view linha);
+void EscreveNosErros(std::string_view linha);
+/// Text for the terminal at standard output, as it is.
+void EscreveNoTerminal(std::string_view texto);
+
+/// Waits until all is written, as long as somebody reads.
+void EsperaSaidas();
+
+/// To be called first: gives a stream that the program was started without a place to write to. The next file that is
+/// opened, such as a database, would get its number otherwise, and with it the lines.
+void AbreSaidasQueFaltam();
+
+/// What an unattended run tells of its errors. Whatever counts as one has its line: those of the error list as they
+/// stand, and those of the log that no line has told. During a run a second line follows with what the first leaves
+/// out: table and step, and the next thing to do; once for errors in a row that have them in common.
+class TEcoDosErros {
+  public:
+    using TEscreve = std::function<void(std::string_view)>;
+    explicit TEcoDosErros(TEscreve escreve) : escreve_(std::move(escreve)) {}
+
+    /// `onde`: what is under way, for an error that nobody gives a table or step; empty outside a run.
+    void Linha(std::string_view linha, std::string_view onde);
+    /// Log entry: tells more about the line before it when it is of the same error, else is one itself.
+    void Entrada(std::string_view mensagem, std::string_view tabela, std::string_view acao, std::string_view onde);
+    /// What is still to be told about the errors before; to be called before other lines.
+    void Conclui();
+
+  private:
+    TEscreve escreve_;
+    std::string linha_;     // of which no log entry has come yet
+    std::string pendente_;  // the second line
+};
+
+}  // namespace wkd

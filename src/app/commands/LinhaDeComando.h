@@ -1,0 +1,63 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "aliases/Aliases.h"
+
+namespace wkd {
+
+// What the command line asks for.
+
+struct TPedeAjuda {};
+struct TPedeVersao {};
+struct TPedeListaAlias {};
+struct TPedeNovoAlias {
+    TAlias alias;  // its password is still to be asked for
+    bool tambemPadrao = false;
+};
+struct TPedeRemoveAlias {
+    std::string nome;
+};
+struct TPedeTestaAlias {
+    std::string nome;
+};
+/// What an update would do.
+struct TPedePlano {
+    std::string alias;
+    std::filesystem::path pacote;
+    bool json = false;
+};
+/// Whether the database is what its dictionary says.
+struct TPedeConfere {
+    std::string alias;
+    bool json = false;
+};
+/// The wizard; with an alias it is chosen at start.
+struct TPedeJanela {
+    std::string argumento;  // first argument, as given
+};
+/// The unattended run.
+struct TPedeAtualizacao {
+    std::string alias;
+    std::filesystem::path pacote;
+};
+/// Arguments that ask for nothing: why, and what to write instead.
+struct TUsoIncorreto {
+    std::string mensagem;
+};
+
+using TPedido = std::variant<TPedeAjuda, TPedeVersao, TPedeListaAlias, TPedeNovoAlias, TPedeRemoveAlias,
+                             TPedeTestaAlias, TPedePlano, TPedeConfere, TPedeJanela, TPedeAtualizacao, TUsoIncorreto>;
+
+/// Reads the arguments behind the program name. A first argument that begins with "--" is an option; else two or more
+/// arguments are an unattended run: alias followed by ";", package.
+TPedido LeLinhaDeComando(const std::vector<std::string>& argumentos);
+
+/// The text of --help.
+std::string_view TextoDeAjuda();
+
+}  // namespace wkd

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "plan/ConfereDicionario.h"
+#include "plan/Plano.h"
+
+namespace wkd {
+
+/// The plan for people, and for programs (one JSON object).
+std::string PlanoEmTexto(const TPlano& plano);
+std::string PlanoEmJson(const TPlano& plano);
+
+/// The differences for people, a line each by table, and for programs (one JSON object).
+std::string DesviosEmTexto(const std::string& alias, const std::vector<TDesvio>& desvios);
+std::string DesviosEmJson(const std::string& alias, const std::vector<TDesvio>& desvios);
+
+}  // namespace wkd

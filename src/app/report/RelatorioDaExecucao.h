@@ -1,0 +1,24 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+#include "run/Contexto.h"
+
+namespace wkd {
+
+/// The next thing to do about an error, by its text; never empty.
+std::string_view Providencia(std::string_view mensagem);
+
+// The evidence of a run: one JSON object for programs, and one page for people that opens without network and prints
+// on paper.
+
+std::string RelatorioEmJson(const TEvidencia& evidencia);
+std::string RelatorioEmHtml(const TEvidencia& evidencia);
+
+/// Writes both as "AtualizaWKD.relatorio.json" and ".html" into the folder, each whole or not at all. Throws
+/// std::system_error.
+void GravaRelatorio(const TEvidencia& evidencia, const std::filesystem::path& pasta);
+
+}  // namespace wkd

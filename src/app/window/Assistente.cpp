@@ -1,0 +1,96 @@
+#include "window/Assistente.h"
+
+#include <QApplication>
+#include <QIcon>
+#include <QTimer>
+#include <clocale>
+
+#include "commands/Eco.h"
+#include "window/Controles.h"
+#include "window/Dialogos.h"
+#include "window/EstiloAmetista.h"
+#include "window/Preferencias.h"
+
+namespace wkd {
+
+namespace {
+
+/// Chooses where windows are drawn; false when there is no place to.
+bool EscolheTela([[maybe_unused]] bool desassistida) {
+#if !defined(_WIN32) && !defined(__APPLE__)
+    const QByteArray pedida = qgetenv("QT_QPA_PLATFORM");
+    const bool temTela = qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
+    if (!desassistida) return temTela || !pedida.isEmpty();
+    // Neither a platform nor a display that does not work here must stop a run.
+    const QByteArray primeiras = !pedida.isEmpty() ? pedida : QByteArray(temTela ? "xcb;wayland" : "offscreen");
+    qputenv("QT_QPA_PLATFORM", primeiras + ";offscreen;minimal");
+#endif
+    return true;
+}
+
+constexpr const char* kSemTela = "Para atualizar sem ela: AtualizaWKD \"ALIAS;\" PACOTE.zip";
+
+/// Qt would end the program by abort(), with a core dump.
+void TelaQueNaoAbre(QtMsgType tipo, const QMessageLogContext&, const QString& texto) {
+    if (tipo != QtFatalMsg) return;
+    EscreveNosErros("Não foi possível abrir a tela do assistente. " + std::string(kSemTela) + "\n" + S(texto));
+    EsperaSaidas();
+    std::_Exit(static_cast<int>(TCodigoDeSaida::UsoIncorreto));
+}
+
+/// An unattended run's error stream holds what the run reports, not what Qt misses on a machine without desktop.
+void CalaAvisosDoQt() {
+    qInstallMessageHandler([](QtMsgType tipo, const QMessageLogContext&, const QString& texto) {
+        if (tipo == QtCriticalMsg || tipo == QtFatalMsg) EscreveNosErros(S(texto));
+    });
+}
+
+void Prepara(QApplication& aplicacao) {
+    // Qt takes the user's locale over; numbers and path names of the engine go by "C", in UTF-8.
+    std::setlocale(LC_ALL, "C");
+    std::setlocale(LC_CTYPE, "C.UTF-8");
+    QApplication::setStyle(new TEstiloAmetista);
+    QApplication::setApplicationName("AtualizaWKD");
+    QApplication::setDesktopFileName("atualizawkd");
+    // Reading a picture loads all image plugins: not before the window is there.
+    QTimer::singleShot(100, &aplicacao, [] { QApplication::setWindowIcon(QIcon(":/atualizawkd.png")); });
+    FalaPortugues(aplicacao);
+}
+
+}  // namespace
+
+TCodigoDeSaida AbreAssistente(int& argc, char** argv, const TAmbiente& ambiente, TInicio inicio) {
+    const bool desassistida = inicio.pacote.has_value();
+    if (!EscolheTela(desassistida)) {
+        EscreveNosErros("Não há tela para o assistente. " + std::string(kSemTela));
+        return TCodigoDeSaida::UsoIncorreto;
+    }
+    const auto avisos = qInstallMessageHandler(TelaQueNaoAbre);
+    std::setlocale(LC_ALL, "");  // QApplication does it, too, but not while the fonts are read
+    std::jthread fontes = LeFontesDoSistema();
+    argc = 1;  // the arguments are ours: Qt would take some of them for its own
+    QApplication aplicacao(argc, argv);
+    qInstallMessageHandler(avisos);
+    if (desassistida) CalaAvisosDoQt();
+    if (fontes.joinable()) fontes.join();
+    Prepara(aplicacao);
+
+    TLogDaExecucao log(ambiente.pastaPrograma / "AtualizaWKD.log");
+    TDialogosQt dialogos;
+    TTelaDaJanela tela(log, dialogos, desassistida);
+    TPreferencias preferencias;
+    try {
+        tela.CarregaLog();
+        TDataModulo dm(TAliases(LocalizaIni(ambiente.locais)), tela);
+        TFMAtualiza janela(dm, {ambiente, log, tela, dialogos, preferencias}, std::move(inicio));
+        janela.show();
+        QApplication::exec();
+        return janela.Codigo();
+    } catch (const std::exception& erro) {
+        tela.Informacao(erro.what());
+        if (desassistida) tela.SalvaLog();
+        return TCodigoDeSaida::SemConexao;
+    }
+}
+
+}  // namespace wkd

@@ -1,0 +1,125 @@
+#include "window/Dialogos.h"
+
+#include <QApplication>
+#include <QDesktopServices>
+#include <QFileDialog>
+#include <QHeaderView>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTreeView>
+#include <QUrl>
+
+namespace wkd {
+
+namespace {
+
+/// The active window, else the program's own, brought to the foreground.
+QWidget* JanelaNaFrente() {
+    QWidget* janela = QApplication::activeWindow();
+    const QWidgetList todas = QApplication::topLevelWidgets();
+    for (qsizetype i = 0; !janela && i < todas.size(); ++i) {
+        const Qt::WindowType tipo = todas[i]->windowType();  // a tooltip would take its children along when it goes
+        if (todas[i]->isVisible() && (tipo == Qt::Window || tipo == Qt::Dialog)) janela = todas[i];
+    }
+    if (!janela) return nullptr;
+    janela->raise();
+    janela->activateWindow();
+    return janela;
+}
+
+class TCaixa : public QMessageBox {
+  public:
+    TCaixa(Icon icone, const QString& texto) : QMessageBox(icone, "AtualizaWKD", texto, NoButton, JanelaNaFrente()) {
+        setTextFormat(Qt::PlainText);
+        setTextInteractionFlags(Qt::TextSelectableByMouse);
+    }
+
+    /// Its first letter alone presses the button too.
+    QPushButton* Botao(const QString& texto, ButtonRole papel) {
+        QPushButton* botao = addButton(texto, papel);
+        botao->setShortcut(QKeySequence(texto.left(1)));
+        return botao;
+    }
+
+    QAbstractButton* Pergunta(QPushButton* padrao, QPushButton* escape) {
+        setDefaultButton(padrao);
+        setEscapeButton(escape);
+        exec();
+        return clickedButton();
+    }
+};
+
+/// The desktop's own dialog where there is one.
+class TDialogoDeArquivo : public QFileDialog {
+  public:
+    TDialogoDeArquivo(const QString& titulo, const QString& pasta, const QString& filtro)
+        : QFileDialog(JanelaNaFrente(), titulo, pasta, filtro) {
+        resize(800, 460);
+        constexpr int kLarguras[] = {250, 90, 110, 150};
+        const auto* lista = findChild<QTreeView*>();
+        for (int i = 0; lista && i < static_cast<int>(std::size(kLarguras)); ++i)
+            lista->header()->resizeSection(i, kLarguras[i]);
+    }
+
+    /// Empty when cancelled.
+    QString Escolhido() { return exec() == Accepted ? selectedFiles().value(0) : QString(); }
+};
+
+}  // namespace
+
+void TDialogosQt::Informacao(const QString& texto) {
+    TCaixa caixa(QMessageBox::Information, texto);
+    QPushButton* ok = caixa.Botao("OK", QMessageBox::AcceptRole);
+    caixa.Pergunta(ok, ok);
+}
+
+bool TDialogosQt::Confirmacao(const QString& texto) {
+    TCaixa caixa(QMessageBox::Question, texto);
+    QPushButton* sim = caixa.Botao("Sim", QMessageBox::YesRole);
+    QPushButton* nao = caixa.Botao("Não", QMessageBox::NoRole);
+    return caixa.Pergunta(nao, nao) == sim;
+}
+
+TAcaoReconcilia TDialogosQt::Reconcilia(const QString& erro) {
+    TCaixa caixa(QMessageBox::Warning, erro);
+    QPushButton* pula = caixa.Botao("Pular", QMessageBox::AcceptRole);
+    const QPushButton* cancela = caixa.Botao("Cancelar", QMessageBox::RejectRole);
+    const QPushButton* aborta = caixa.Botao("Abortar", QMessageBox::DestructiveRole);
+    const QAbstractButton* resposta = caixa.Pergunta(pula, pula);
+    if (resposta == cancela) return TAcaoReconcilia::Cancela;
+    return resposta == aborta ? TAcaoReconcilia::Aborta : TAcaoReconcilia::Pula;
+}
+
+QString TDialogosQt::ArquivoParaAbrir() {
+    TDialogoDeArquivo dialogo("Arquivo de Atualização", {}, "Arquivos zip (*.zip *.ZIP)");
+    dialogo.setFileMode(QFileDialog::ExistingFile);
+    dialogo.setDefaultSuffix("zip");
+    return dialogo.Escolhido();
+}
+
+QString TDialogosQt::BackupParaAbrir() {
+    TDialogoDeArquivo dialogo("Abrir", {}, "Backup (*.gdk)");
+    dialogo.setFileMode(QFileDialog::ExistingFile);
+    return dialogo.Escolhido();
+}
+
+QString TDialogosQt::ArquivoParaGravar(const QString& proposto) {
+    TDialogoDeArquivo dialogo("Salvar", {}, "Todos os arquivos (*)");
+    dialogo.setAcceptMode(QFileDialog::AcceptSave);
+    dialogo.selectFile(proposto);
+    return dialogo.Escolhido();
+}
+
+QString TDialogosQt::Pasta(const QString& atual) {
+    TDialogoDeArquivo dialogo("Pasta de backup", atual, {});
+    dialogo.setFileMode(QFileDialog::Directory);
+    dialogo.setOption(QFileDialog::ShowDirsOnly);
+    return dialogo.Escolhido();
+}
+
+void TDialogosQt::Abre(const QString& arquivo) {
+    if (!QDesktopServices::openUrl(QUrl::fromLocalFile(arquivo)))
+        Informacao("Não foi possível abrir " + arquivo + ": nenhum programa instalado abre este tipo de arquivo.");
+}
+
+}  // namespace wkd

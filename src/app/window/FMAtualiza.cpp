@@ -1,0 +1,319 @@
+#include "window/FMAtualiza.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QLabel>
+#include <QPushButton>
+#include <QStackedWidget>
+#include <QTimer>
+#include <QToolTip>
+#include <QVBoxLayout>
+
+#include "process/Programa.h"
+#include "server/Vigia.h"
+#include "values/Texto.h"
+#include "window/Controles.h"
+#include "window/EstiloAmetista.h"
+#include "window/NovaVersao.h"
+#include "window/PaginaAlias.h"
+#include "window/PaginaAtualizacao.h"
+#include "window/PaginaBackup.h"
+#include "window/PaginaOpcoes.h"
+#include "window/TelaDaJanela.h"
+
+// The way through the pages, and what the window does on arrival.
+
+namespace wkd {
+
+namespace {
+
+constexpr QSize kAreaCliente{683, 428};
+constexpr const char* kRemembrados[] = {"edCaminhoBackup", "edServerRest", "edBancoRest", "url",
+                                        "edRelatoriosBkp", "edAtualizacao"};
+
+QWidget* FaixaColorida(const QColor& fundo, const QColor& texto) {
+    auto* faixa = new QWidget;
+    QPalette paleta = faixa->palette();
+    paleta.setColor(QPalette::Window, fundo);
+    paleta.setColor(QPalette::WindowText, texto);
+    faixa->setPalette(paleta);
+    faixa->setAutoFillBackground(true);
+    return faixa;
+}
+
+}  // namespace
+
+TFMAtualiza::TFMAtualiza(TDataModulo& daEntrada, const TMeios& meios, TInicio inicio)
+    : meios_(meios), registrada_(meios_.tela), inicio_(std::move(inicio)), http_(new TClienteHttp(this)) {
+    const TAliases& aliases = daEntrada.SQLConnection1.Aliases();
+    setObjectName("FMAtualiza");
+    setWindowTitle("AtualizaWKD v" + Q(kVersao));
+    setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
+                   Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
+    setFixedSize(kAreaCliente);
+    dm_ = std::make_unique<TDataModulo>(aliases, registrada_);
+
+    auto* partes = new QVBoxLayout(this);
+    partes->setContentsMargins(0, 0, 0, 0);
+    partes->setSpacing(0);
+    partes->addWidget(Faixa());
+    partes->addWidget(Paginas(), 1);
+    partes->addWidget(Botoes());
+    btProximo_->setDefault(true);
+    Liga();
+    meios_.tela.Liga(*status_, *new TPainelOcupado(this));
+
+    if (!meios_.tela.Desassistida())
+        VerificaNovaVersao(aliases, *http_, [this](const QString& versao) {
+            lblNovaVersao_->setText("Versão " + versao + " disponível");
+        });
+}
+
+TFMAtualiza::~TFMAtualiza() { alias_->disconnect(this); }
+
+QWidget* TFMAtualiza::Faixa() {
+    QWidget* faixa = FaixaColorida(kAmetista, kTextoSobreAmetista);
+    faixa->setFixedHeight(44);
+    lblTitulo_ = Nomeia(new QLabel(Q(kTituloInicial)), "lblTitulo");
+    QFont fonte = lblTitulo_->font();
+    fonte.setPointSizeF(fonte.pointSizeF() * 1.35);
+    fonte.setBold(true);
+    lblTitulo_->setFont(fonte);
+    lblNovaVersao_ = Nomeia(new QLabel, "lblNovaVersao");
+    auto* linha = new QHBoxLayout(faixa);
+    linha->setContentsMargins(14, 0, 14, 0);
+    linha->addWidget(lblTitulo_, 1);
+    linha->addWidget(lblNovaVersao_);
+    return faixa;
+}
+
+QStackedWidget* TFMAtualiza::Paginas() {
+    const TAliases& aliases = dm_->SQLConnection1.Aliases();
+    ntAtualiza_ = Nomeia(new QStackedWidget, "ntAtualiza");
+    alias_ = new TPaginaAlias;
+    backup_ = new TPaginaBackup(aliases, meios_.ambiente.pastaPrograma, meios_.dialogos, meios_.tela);
+    atualizacao_ = new TPaginaAtualizacao(meios_.dialogos);
+    opcoes_ = new TPaginaOpcoes([this](std::string_view tabela) { return dm_->ExisteTabela(tabela); }, meios_.dialogos);
+    status_ = new TPaginaStatus(meios_.dialogos);
+    for (QWidget* pagina : std::initializer_list<QWidget*>{alias_, backup_, atualizacao_, opcoes_, status_}) {
+        pagina->setObjectName(Q(NomeDaPagina(static_cast<TPagina>(ntAtualiza_->count()))));
+        pagina->layout()->setContentsMargins(14, 10, 14, 10);
+        ntAtualiza_->addWidget(pagina);
+    }
+    return ntAtualiza_;
+}
+
+QWidget* TFMAtualiza::Botoes() {
+    QWidget* faixa = FaixaColorida(kFaixaDosBotoes, palette().color(QPalette::WindowText));
+    faixa->setFixedHeight(48);
+    btLog_ = Botao("btLog", "&Log", "Abrir o log das atualizações");
+    btVoltar_ = Botao("btVoltar", "&Voltar");
+    btProximo_ = Botao("btProximo", "&Próximo");
+    btSair_ = Botao("btSair", "&Sair");
+    btVoltar_->setEnabled(false);
+    auto* linha = new QHBoxLayout(faixa);
+    linha->setContentsMargins(14, 0, 14, 0);
+    linha->addStretch();
+    for (QPushButton* botao : {btLog_, btVoltar_, btProximo_, btSair_}) {
+        botao->setMinimumSize(92, 30);
+        linha->addWidget(botao);
+    }
+    return faixa;
+}
+
+void TFMAtualiza::Liga() {
+    connect(btSair_, &QPushButton::clicked, this, &TFMAtualiza::btSairClick);
+    connect(btProximo_, &QPushButton::clicked, this, &TFMAtualiza::btProximoClick);
+    connect(btVoltar_, &QPushButton::clicked, this, &TFMAtualiza::btVoltarClick);
+    connect(btLog_, &QPushButton::clicked, this, &TFMAtualiza::btLogClick);
+    connect(alias_, &TPaginaAlias::Escolhido, this, &TFMAtualiza::PreencheDados);
+    connect(status_, &TPaginaStatus::Atualizar, this, &TFMAtualiza::btAtualizarClick);
+    connect(status_, &TPaginaStatus::Planejar, this, &TFMAtualiza::btPlanoClick);
+    connect(status_, &TPaginaStatus::VerificarIndices, this, &TFMAtualiza::Button1Click);
+}
+
+void TFMAtualiza::showEvent(QShowEvent* evento) {
+    QDialog::showEvent(evento);
+    if (mostrada_) return;
+    mostrada_ = true;
+    FormShow();
+}
+
+void TFMAtualiza::FormShow() {
+    const THBNConnection& conexao = dm_->SQLConnection1;
+    alias_->Lista(conexao.Aliases().ListaAlias(true), Q(conexao.GetIniPath()));
+    meios_.tela.LblAtual("Parado.");
+    RestauraPreferencias();
+    meios_.tela.Descarrega();
+    ntAtualiza_->setCurrentIndex(0);
+    alias_->setFocus();
+    // The window is drawn before a server is waited for.
+    if (!inicio_.primeiro.empty()) QTimer::singleShot(0, this, &TFMAtualiza::LeArgumentos);
+}
+
+void TFMAtualiza::LeArgumentos() {
+    if (executando_) return QTimer::singleShot(TTelaDaJanela::kIntervalo, this, &TFMAtualiza::LeArgumentos);
+    const std::size_t fim = inicio_.primeiro.find(';');
+    if (fim == std::string::npos)
+        aliasAtual_ = S(alias_->Alias());
+    else
+        AbreAliasPedido(inicio_.primeiro.substr(0, fim));
+    if (Minusculas(inicio_.primeiro).find("nobkp") != std::string::npos) navegacao_.MostraBackup();
+    if (inicio_.pacote && codigo_ == TCodigoDeSaida::Sucesso) {
+        atualizacao_->SetPacote(*inicio_.pacote);
+        btAtualizarClick();
+    }
+    if (inicio_.pacote || codigo_ != TCodigoDeSaida::Sucesso) close();
+}
+
+void TFMAtualiza::RestauraPreferencias() {
+    for (const char* nome : kRemembrados) {
+        const QString valor = meios_.preferencias.Le(nome);
+        if (!valor.trimmed().isEmpty() && QString(nome).toLower() != "edatualizacao")
+            findChild<QLineEdit*>(nome)->setText(valor);
+    }
+}
+
+void TFMAtualiza::GravaPreferencias() {
+    for (const char* nome : kRemembrados) meios_.preferencias.Grava(nome, findChild<QLineEdit*>(nome)->text());
+}
+
+void TFMAtualiza::closeEvent(QCloseEvent* evento) {
+    if (executando_) {
+        QToolTip::showText(mapToGlobal(QPoint(width() / 2, height() / 2)),
+                           "Há trabalho em andamento no banco. Espere o fim para fechar.", this);
+        evento->ignore();
+        return;
+    }
+    FormClose();
+    if (inicio_.pacote && codigo_ == TCodigoDeSaida::Sucesso && meios_.tela.HouveErro())
+        codigo_ = TCodigoDeSaida::ComErros;
+    evento->accept();
+}
+
+void TFMAtualiza::FormClose() {
+    alias_->disconnect(this);  // the focus leaves the list now, and no server is to be waited for
+    GravaPreferencias();
+    meios_.tela.SalvaLog();
+}
+
+void TFMAtualiza::reject() {
+    if (btSair_->isEnabled()) btSairClick();
+}
+
+void TFMAtualiza::btSairClick() {
+    if (executando_) return;
+    if (meios_.dialogos.Confirmacao("Deseja sair do programa de atualização?")) close();
+}
+
+void TFMAtualiza::btLogClick() { AbrirLog(); }
+
+void TFMAtualiza::AbrirLog() { meios_.dialogos.Abre(QCaminho(meios_.log.Caminho())); }
+
+namespace {
+
+constexpr std::string_view kSemConexao =
+    "Não foi possível convetar ao banco, favor informar um alias válido ou verifique as configurações do mesmo";
+
+}  // namespace
+
+/// Asks a server: the pointer tells of waiting, the window is drawn, and what is typed or clicked meanwhile is dropped.
+void TFMAtualiza::Espera(const std::function<void()>& pedido) {
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    executando_ = true;
+    const auto restaura = qScopeGuard([this] {
+        executando_ = false;
+        QApplication::restoreOverrideCursor();
+    });
+    const TVigia vigia = Vigia(aliasAtual_);
+    AteOFim([&] { EmSegundoPlano(pedido, TEntrada::Descarta); });
+}
+
+void TFMAtualiza::PreencheDados() {
+    if (executando_) return;
+    alias_->EscondeUsuarios();
+    const std::string escolhido = S(alias_->Alias());
+    if (!IgualSemCaixa(aliasAtual_, escolhido)) aliasAtual_ = escolhido;
+    Preenche(aliasAtual_);
+}
+
+TDadosDoAlias TFMAtualiza::Preenche(const std::string& alias) {
+    TDadosDoAlias dados;
+    Espera([&] { dados = wkd::PreencheDados(*dm_, estado_, alias); });
+    if (!alias.empty()) alias_->Mostra(dados);
+    return dados;
+}
+
+void TFMAtualiza::AbreAliasPedido(const std::string& nome) {
+    aliasAtual_ = nome;
+    alias_->Escolhe(Q(nome));
+    const TDadosDoAlias dados = Preenche(nome);
+    if (dm_->SQLConnection1.Connected() || TInterrupcao::Sinal() != 0) return;
+    codigo_ = dados.outraAtualizacao ? TCodigoDeSaida::Encerrada : TCodigoDeSaida::SemConexao;
+    meios_.tela.Informacao(kSemConexao);
+    if (meios_.tela.Desassistida() && !dados.erro.empty()) meios_.tela.Informacao(dados.erro);
+}
+
+void TFMAtualiza::btProximoClick() {
+    if (executando_) return;
+    if (navegacao_.Pagina() == TPagina::Status) return btAtualizarClick();
+    if (navegacao_.Pagina() == TPagina::Atualizacao && !PacoteExiste()) return;
+    if (navegacao_.Pagina() == TPagina::Alias) DeixaAlias();
+    MostraPagina(navegacao_.Proximo());
+    btVoltar_->setEnabled(true);
+    if (navegacao_.Pagina() == TPagina::Backup) {
+        dm_->nomeAlias = S(alias_->Alias());
+        backup_->SetAlias(alias_->Alias());
+    } else if (navegacao_.Pagina() == TPagina::Opcoes) {
+        ReabreConexao();
+    } else if (navegacao_.Pagina() == TPagina::Status) {
+        status_->OferecePlano();
+        btProximo_->setText("Atualizar");
+    }
+}
+
+/// Once: the list fills the page when the focus leaves it.
+void TFMAtualiza::DeixaAlias() {
+    btProximo_->setFocus();
+    if (!IgualSemCaixa(aliasAtual_, S(alias_->Alias()))) PreencheDados();
+}
+
+void TFMAtualiza::btVoltarClick() {
+    if (executando_) return;
+    btProximo_->setEnabled(true);
+    btProximo_->setText("&Próximo");
+    MostraPagina(navegacao_.Volta());
+    btVoltar_->setEnabled(navegacao_.Pagina() != TPagina::Alias);
+}
+
+void TFMAtualiza::MostraPagina(const TPasso& passo) {
+    ntAtualiza_->setCurrentIndex(static_cast<int>(passo.pagina));
+    if (passo.titulo) lblTitulo_->setText(Q(*passo.titulo));
+    QWidget* primeiro = ntAtualiza_->currentWidget()->focusProxy();
+    (primeiro ? primeiro : btProximo_)->setFocus();
+}
+
+bool TFMAtualiza::PacoteExiste() {
+    std::error_code semErro;
+    if (std::filesystem::is_regular_file(atualizacao_->Pacote(), semErro)) return true;
+    meios_.tela.Informacao("Arquivo de atualização não foi encontrado");
+    atualizacao_->Corrige();
+    return false;
+}
+
+/// The options page offers the tables as they are now.
+void TFMAtualiza::ReabreConexao() {
+    opcoes_->Oferece({});
+    try {
+        Espera([this] {
+            dm_->SQLConnection1.Close();
+            dm_->SQLConnection1.Open();
+            dm_->AtualizaListaDeTabelas();
+        });
+        opcoes_->Oferece(dm_->ListaDeTabelas());
+    } catch (const std::exception& erro) {
+        meios_.tela.Informacao(erro.what());
+    }
+}
+
+}  // namespace wkd

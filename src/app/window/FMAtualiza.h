@@ -1,0 +1,137 @@
+#pragma once
+
+#include <QDialog>
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include "process/Interrupcao.h"
+#include "process/Programa.h"
+#include "run/Contexto.h"
+#include "run/RegistroDaExecucao.h"
+#include "window/Navegacao.h"
+#include "window/Preferencias.h"
+#include "window/TelaDaJanela.h"
+
+class QLabel;
+class QPushButton;
+class QStackedWidget;
+
+namespace wkd {
+
+class TClienteHttp;
+class TPaginaAlias;
+class TPaginaAtualizacao;
+class TPaginaBackup;
+class TPaginaOpcoes;
+class TVigia;
+struct TDadosDoAlias;
+
+/// What the program was started with.
+struct TInicio {
+    std::string primeiro;                         // first argument; empty: none
+    std::optional<std::filesystem::path> pacote;  // second argument: run at once and close
+};
+
+/// What the window works with; all of it outlives the window.
+struct TMeios {
+    TAmbiente ambiente;
+    TLogDaExecucao& log;
+    TTelaDaJanela& tela;
+    IDialogos& dialogos;
+    TPreferencias& preferencias;
+};
+
+/// The wizard window: its pages, the way through them, and the start of the update run.
+class TFMAtualiza : public QDialog {
+    Q_OBJECT
+  public:
+    /// Makes the data module that it works with; the entry's stays alive beside it.
+    TFMAtualiza(TDataModulo& daEntrada, const TMeios& meios, TInicio inicio);
+    ~TFMAtualiza() override;
+
+    TCodigoDeSaida Codigo() const { return codigo_; }
+    TClienteHttp& Http() { return *http_; }
+
+  protected:
+    void showEvent(QShowEvent* evento) override;
+    void closeEvent(QCloseEvent* evento) override;
+    /// Escape.
+    void reject() override;
+
+  private:
+    // Making of the window
+    QWidget* Faixa();
+    QStackedWidget* Paginas();
+    QWidget* Botoes();
+    void Liga();
+
+    void FormShow();
+    void FormClose();
+    void LeArgumentos();
+    void RestauraPreferencias();
+    void GravaPreferencias();
+
+    void Espera(const std::function<void()>& pedido);
+
+    // Alias
+    void PreencheDados();
+    TDadosDoAlias Preenche(const std::string& alias);
+    void AbreAliasPedido(const std::string& nome);
+
+    // Pages
+    void btProximoClick();
+    void DeixaAlias();
+    void btVoltarClick();
+    void MostraPagina(const TPasso& passo);
+    bool PacoteExiste();
+    void ReabreConexao();
+
+    // Run
+    void btAtualizarClick();
+    void btPlanoClick();
+    TCodigoDeSaida Executa();
+    /// Over the connection, while it is in another thread's hands.
+    TVigia Vigia(const std::string& alias);
+    void NoBanco(const std::function<void()>& trabalho);
+    static void AteOFim(const std::function<void()>& trabalho);
+    void Interrompe();
+    void Relata(TEvidencia evidencia);
+    void Conclui();
+    TOpcoes Opcoes() const;
+    void Button1Click();
+
+    void btSairClick();
+    void btLogClick();
+    void AbrirLog();
+
+    TMeios meios_;
+    TTelaRegistrada registrada_;  // the engine's way to the window's screen
+    TInicio inicio_;
+    TClienteHttp* http_;
+    std::unique_ptr<TDataModulo> dm_;
+    TEstado estado_;
+    TNavegacao navegacao_;
+    std::string aliasAtual_;
+    bool mostrada_ = false;
+    bool executando_ = false;  // the connection is in another thread's hands: nothing else may use it
+    TCodigoDeSaida codigo_ = TCodigoDeSaida::Sucesso;
+
+    QLabel* lblTitulo_;
+    QLabel* lblNovaVersao_;
+    QStackedWidget* ntAtualiza_;
+    TPaginaAlias* alias_;
+    TPaginaBackup* backup_;
+    TPaginaAtualizacao* atualizacao_;
+    TPaginaOpcoes* opcoes_;
+    TPaginaStatus* status_;
+    QPushButton* btSair_;
+    QPushButton* btProximo_;
+    QPushButton* btVoltar_;
+    QPushButton* btLog_;
+
+    TOuvinteDeInterrupcao ouvinte_{
+        [this](auto) { QMetaObject::invokeMethod(this, &TFMAtualiza::Interrompe, Qt::QueuedConnection); }};
+};
+
+}  // namespace wkd

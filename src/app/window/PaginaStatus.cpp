@@ -1,0 +1,182 @@
+#include "window/PaginaStatus.h"
+
+#include <QGridLayout>
+#include <QProgressBar>
+#include <QSaveFile>
+#include <QScrollBar>
+#include <QTextBlock>
+#include <QVBoxLayout>
+
+#include "window/Controles.h"
+#include "window/Dialogos.h"
+#include "window/EstiloAmetista.h"
+#include "window/PaginaOpcoes.h"
+
+namespace wkd {
+
+TMemoDeLinhas::TMemoDeLinhas(QWidget* pai) : QPlainTextEdit(pai) {
+    setReadOnly(true);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored);
+    setUndoRedoEnabled(false);
+    setTabChangesFocus(true);
+    setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+}
+
+void TMemoDeLinhas::Acrescenta(const QStringList& linhas) {
+    if (linhas.isEmpty()) return;
+    appendPlainText(linhas.join('\n'));
+    verticalScrollBar()->setValue(verticalScrollBar()->maximum());
+}
+
+TPainelOcupado::TPainelOcupado(QWidget* janela)
+    : QFrame(janela), texto_(new QLabel), barra_(Nomeia(new QProgressBar, "pbOcupado", "Andamento")) {
+    setObjectName("pnOcupado");
+    setFrameShape(QFrame::StyledPanel);
+    setAutoFillBackground(true);
+    texto_->setTextFormat(Qt::PlainText);
+    texto_->setAlignment(Qt::AlignCenter);
+    auto* linhas = new QVBoxLayout(this);
+    linhas->setContentsMargins(24, 16, 24, 16);
+    linhas->addWidget(texto_);
+    linhas->addWidget(barra_);
+    setFixedWidth(320);
+    hide();
+}
+
+void TPainelOcupado::Mostra(const QString& texto, int percentual) {
+    texto_->setText(texto);
+    setAccessibleName(texto);
+    barra_->setRange(0, percentual < 0 ? 0 : 100);
+    barra_->setValue(percentual);
+    adjustSize();
+    move((parentWidget()->width() - width()) / 2, (parentWidget()->height() - height()) / 2);
+    show();
+    raise();
+}
+
+namespace {
+
+QLabel* RotuloDeAndamento(const char* nome, const QString& texto) {
+    auto* rotulo = Nomeia(new QLabel(texto), nome);
+    rotulo->setTextFormat(Qt::PlainText);
+    rotulo->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);  // a long name does not widen the window
+    return rotulo;
+}
+
+QProgressBar* Barra(const char* nome, const QString& lida) {
+    auto* barra = Nomeia(new QProgressBar, nome, lida);
+    barra->setValue(0);
+    return barra;
+}
+
+}  // namespace
+
+TPaginaStatus::TPaginaStatus(IDialogos& dialogos)
+    : dialogos_(dialogos),
+      memo1_(Nomeia(new TMemoDeLinhas, "Memo1", "Status da Atualização")),
+      memo2_(Nomeia(new TMemoDeLinhas, "Memo2", "Erros")),
+      memoLog_(Nomeia(new QPlainTextEdit, "MemoLog", "Log")),
+      pastas_(Nomeia(new TListaDePastas, "DirectoryListBox1", "Pasta do pacote")),
+      btPlano_(Botao("btPlano", "Pla&no", "Mostra o que a atualização faria, sem mudar nada")),
+      lblAtual_(RotuloDeAndamento("lblAtual", "Atual")),
+      lblGeral_(RotuloDeAndamento("lblGeral", "Geral.")),
+      lblEstimativa_(RotuloDeAndamento("lblEstimativa", "")),
+      pbAtual_(Barra("pbAtual", "Andamento da etapa atual")),
+      pbGeral_(Barra("pbGeral", "Andamento geral")) {
+    btPlano_->hide();
+    btPlano_->setAutoDefault(false);  // Enter goes on through the pages
+    connect(btPlano_, &QPushButton::clicked, this, &TPaginaStatus::Planejar);
+    auto* linhas = new QVBoxLayout(this);
+    linhas->setSpacing(4);
+    auto* titulo = new QHBoxLayout;
+    titulo->addWidget(Cabecalho("Status da Atualização"), 1);
+    titulo->addWidget(btPlano_);
+    linhas->addLayout(titulo);
+    linhas->addWidget(memo1_, 3);
+    linhas->addWidget(Erros(), 2);
+    linhas->addWidget(Andamento());
+    Escondidos();
+}
+
+void TPaginaStatus::Escondidos() {
+    auto* btAtualizar = Botao("btAtualizar", "Atualizar ");
+    auto* button1 = Botao("Button1", "Verificar índice primário");
+    auto* fbArquivo = Nomeia(new TListaDeArquivos("*.wkd"), "FBArquivo", "Arquivos do pacote");
+    memoLog_->setUndoRedoEnabled(false);
+    for (QWidget* escondido : std::initializer_list<QWidget*>{memoLog_, pastas_, fbArquivo, btAtualizar, button1}) {
+        escondido->setParent(this);
+        escondido->hide();
+    }
+    connect(pastas_, &TListaDePastas::Escolhida, fbArquivo, &TListaDeArquivos::Lista);
+    connect(btAtualizar, &QPushButton::clicked, this, &TPaginaStatus::Atualizar);
+    connect(button1, &QPushButton::clicked, this, &TPaginaStatus::VerificarIndices);
+}
+
+QWidget* TPaginaStatus::Erros() {
+    QFont negrito = memo2_->font();
+    negrito.setBold(true);
+    memo2_->setFont(negrito);
+    QPalette vermelha = memo2_->palette();
+    vermelha.setColor(QPalette::Text, kVermelho);
+    memo2_->setPalette(vermelha);
+
+    auto* salva = Botao("SpeedButton2", "Salvar", "Salvar a lista de erros em um arquivo");
+    connect(salva, &QPushButton::clicked, this, &TPaginaStatus::SpeedButton2Click);
+
+    auto* parte = new QWidget;
+    parte->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored);
+    auto* linhas = new QGridLayout(parte);
+    linhas->setContentsMargins(0, 0, 0, 0);
+    linhas->setVerticalSpacing(4);
+    linhas->addWidget(Cabecalho("Erros"), 0, 0);
+    linhas->addWidget(salva, 0, 1);
+    linhas->addWidget(memo2_, 1, 0, 1, 2);
+    linhas->setColumnStretch(0, 1);
+    return parte;
+}
+
+QWidget* TPaginaStatus::Andamento() {
+    auto* parte = new QWidget;
+    auto* linhas = new QGridLayout(parte);
+    linhas->setContentsMargins(0, 0, 0, 0);
+    linhas->setVerticalSpacing(4);
+    linhas->addWidget(lblAtual_, 0, 0);
+    linhas->addWidget(pbAtual_, 0, 1);
+    linhas->addWidget(lblGeral_, 1, 0);
+    linhas->addWidget(pbGeral_, 1, 1);
+    linhas->addWidget(lblEstimativa_, 2, 0, 1, 2);
+    linhas->setColumnStretch(0, 3);
+    linhas->setColumnStretch(1, 2);
+    return parte;
+}
+
+void TPaginaStatus::Estimativa(const QString& texto) {
+    if (texto != lblEstimativa_->text()) lblEstimativa_->setText(texto);
+}
+
+void TPaginaStatus::PermitePlano(bool sim) { btPlano_->setEnabled(sim); }
+
+void TPaginaStatus::OferecePlano() { btPlano_->show(); }
+
+void TPaginaStatus::MostraLog(const QString& texto) { memoLog_->setPlainText(texto); }
+
+void TPaginaStatus::AcrescentaAoLog(const QString& topo) {
+    if (!topo.isEmpty()) QTextCursor(memoLog_->document()).insertText(topo);
+}
+
+void TPaginaStatus::MostraPasta(const QString& pasta) {
+    if (!pasta.isEmpty()) pastas_->Escolhe(pasta);
+}
+
+void TPaginaStatus::SpeedButton2Click() {
+    const QString nome = dialogos_.ArquivoParaGravar("AtualizaQueryErro.log");
+    if (nome.isEmpty()) return;
+    QString texto = memo2_->toPlainText().replace("\n", "\r\n");
+    if (!texto.isEmpty()) texto += "\r\n";
+    QSaveFile arquivo(nome);
+    const QByteArray bytes = texto.toUtf8();
+    if (!arquivo.open(QIODevice::WriteOnly) || arquivo.write(bytes) != bytes.size() || !arquivo.commit())
+        dialogos_.Informacao("Não foi possível gravar " + nome + ": " + arquivo.errorString());
+}
+
+}  // namespace wkd

@@ -1,0 +1,89 @@
+#pragma once
+
+#include <QFrame>
+#include <QPlainTextEdit>
+#include <QWidget>
+
+class QLabel;
+class QProgressBar;
+class QGroupBox;
+class QLabel;
+class QProgressBar;
+class QPushButton;
+
+namespace wkd {
+
+/// Read-only list of lines, the newest one in view.
+class TMemoDeLinhas : public QPlainTextEdit {
+  public:
+    explicit TMemoDeLinhas(QWidget* pai = nullptr);
+
+    /// Adds lines at the end, many at once faster than one by one.
+    void Acrescenta(const QStringList& linhas);
+};
+
+/// Busy indicator over the middle of the window: a text, and a bar where the progress is known.
+class TPainelOcupado : public QFrame {
+  public:
+    explicit TPainelOcupado(QWidget* janela);
+
+    /// A `percentual` below 0 shows a bar that only moves.
+    void Mostra(const QString& texto, int percentual);
+
+  private:
+    QLabel* texto_;
+    QProgressBar* barra_;
+};
+
+class IDialogos;
+class TListaDePastas;
+
+/// Page "status": what the run does, its errors, its progress, and out of sight the run log.
+class TPaginaStatus : public QWidget {
+    Q_OBJECT
+  public:
+    explicit TPaginaStatus(IDialogos& dialogos);
+
+    TMemoDeLinhas& Memo1() { return *memo1_; }
+    TMemoDeLinhas& Memo2() { return *memo2_; }
+    QLabel& LblAtual() { return *lblAtual_; }
+    QLabel& LblGeral() { return *lblGeral_; }
+    QProgressBar& PbAtual() { return *pbAtual_; }
+    QProgressBar& PbGeral() { return *pbGeral_; }
+    /// How far the run is, beside the bars.
+    void Estimativa(const QString& texto);
+    /// Offers the plan, once there is a package to plan with.
+    void OferecePlano();
+    void PermitePlano(bool sim);
+    /// The text of the run log, and more of it at its top.
+    void MostraLog(const QString& texto);
+    void AcrescentaAoLog(const QString& topo);
+    /// The folder whose package files the hidden list holds; an empty one changes nothing.
+    void MostraPasta(const QString& pasta);
+
+  signals:
+    void Atualizar();
+    void Planejar();
+    void VerificarIndices();
+
+  private:
+    QWidget* Erros();
+    QWidget* Andamento();
+    /// Controls out of sight, kept for those who drive the window by name.
+    void Escondidos();
+    void SpeedButton2Click();
+
+    IDialogos& dialogos_;
+    TMemoDeLinhas* memo1_;
+    TMemoDeLinhas* memo2_;
+    QPlainTextEdit* memoLog_;
+    TListaDePastas* pastas_;
+    QPushButton* btPlano_;
+    QLabel* lblAtual_;
+    QLabel* lblGeral_;
+    QLabel* lblEstimativa_;
+    QProgressBar* pbAtual_;
+    QProgressBar* pbGeral_;
+};
+
+}  // namespace wkd

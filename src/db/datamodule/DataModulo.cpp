@@ -1,0 +1,138 @@
+#include "datamodule/DataModulo.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "dialect/Dialeto.h"
+#include "rows/WKDQuery.h"
+#include "values/Texto.h"
+
+namespace wkd {
+
+namespace {
+
+/// Tables whose columns are read one by one before those of all are read at once.
+constexpr int kUmaAUma = 8;
+
+}  // namespace
+
+TDataModulo::TDataModulo(TAliases aliases, ITela& tela, TFabricaDeConexao fabrica)
+    : SQLConnection1(std::move(aliases), std::move(fabrica)), Atualiza(SQLConnection1), tela_(tela) {
+    Atualiza.Dicionario().SetRecusa([this](std::string_view tabela, const std::string& texto) {
+        tela_.Memo2(texto);
+        tela_.SetLog(texto, tabela, "Nomes do dicionário");
+    });
+    SArquivoNovo.SetFiltered(true);
+
+    SatribNovo.SetIndexFieldNames("ARQUIVO");
+    SatribNovo.SetMaster(&SArquivoNovo, "NOME_ARQUIVO");
+
+    SarquivoVelho.SetProvedor({.conexao = &SQLConnection1,
+                               .sql = "select * from SARQUIVO",
+                               .tabela = "SARQUIVO",
+                               .chaves = {"COD_MODULO", "NOME_ARQUIVO"}});
+    SarquivoVelho.SetIndexFieldNames("COD_MODULO;NOME_ARQUIVO");
+    SarquivoVelho.SetMaster(&SArquivoNovo, "COD_MODULO;NOME_ARQUIVO");
+
+    SatribVelho.SetProvedor(
+        {.conexao = &SQLConnection1, .sql = "select * from SATRIB", .tabela = "SATRIB", .chaves = {"ARQUIVO", "NOME"}});
+    SatribVelho.SetIndexFieldNames("ARQUIVO;NOME");
+    SatribVelho.SetMaster(&SatribNovo, "ARQUIVO;NOME");
+    SatribVelho.OnReconcileError = [this](std::string_view erro) {
+        tela_.Informacao("SAtribVelho " + std::string(erro));
+        return TAcaoReconcilia::Pula;
+    };
+}
+
+bool TDataModulo::ExisteTabela(std::string_view tabela) const { return nomes_.contains(ChaveDeNome(tabela)); }
+
+void TDataModulo::AtualizaListaDeTabelas() {
+    tabelas_ = SQLConnection1.NomesDeTabelas();
+    nomes_.clear();
+    for (const auto& nome : tabelas_) nomes_.insert(ChaveDeNome(nome));
+    EsqueceTodasAsColunas();
+}
+
+void TDataModulo::IncluiNaLista(std::string_view tabela) {
+    EsqueceColunas(tabela);
+    if (nomes_.insert(ChaveDeNome(tabela)).second) tabelas_.push_back(Maiusculas(tabela));
+}
+
+bool TDataModulo::VerificaExisteCampo(std::string_view tabela, std::string_view coluna) {
+    const std::string nome = ChaveDeNome(coluna);
+    return std::ranges::any_of(ColunasFisicas(tabela),
+                               [&](const TColunaFisica& fisica) { return ChaveDeNome(fisica.nome) == nome; });
+}
+
+const std::vector<TColunaFisica>& TDataModulo::ColunasFisicas(std::string_view tabela) {
+    ConfereAbertura();
+    const std::string nome = ChaveDeNome(tabela);
+    if (!colunas_.contains(nome) && ++lidasUmaAUma_ == kUmaAUma) colunas_.merge(SQLConnection1.TodasAsColunas());
+    const auto achada = colunas_.find(nome);
+    if (achada != colunas_.end()) return achada->second;
+    return colunas_.emplace(nome, SQLConnection1.Colunas(nome)).first->second;
+}
+
+const TChavePrimaria& TDataModulo::ChavePrimaria(std::string_view tabela) {
+    ConfereAbertura();
+    const std::string nome = ChaveDeNome(tabela);
+    const auto achada = chaves_.find(nome);
+    if (achada != chaves_.end()) return achada->second;
+    return chaves_.emplace(nome, SQLConnection1.ChavePrimaria(tabela)).first->second;
+}
+
+void TDataModulo::ConfereAbertura() {
+    if (aberturaDasColunas_ != SQLConnection1.Aberturas()) EsqueceTodasAsColunas();
+}
+
+void TDataModulo::EsqueceTodasAsColunas() {
+    colunas_.clear();
+    chaves_.clear();
+    lidasUmaAUma_ = 0;
+    aberturaDasColunas_ = SQLConnection1.Aberturas();
+}
+
+void TDataModulo::SupoeColunas(std::string_view tabela, std::vector<TColunaFisica> colunas) {
+    colunas_[ChaveDeNome(tabela)] = std::move(colunas);
+}
+
+void TDataModulo::EsqueceColunas(std::string_view tabela) {
+    colunas_.erase(ChaveDeNome(tabela));
+    chaves_.erase(ChaveDeNome(tabela));
+}
+
+TResultado TDataModulo::Executa(std::string_view sql) {
+    try {
+        ExecutaComando(SQLConnection1, sql);
+        return TResultado();
+    } catch (const TErroBanco& erro) {
+        return TResultado(erro);
+    } catch (const TErroConversao& erro) {  // a text that the connection cannot hold: nothing was sent
+        return TResultado(TErroBanco({erro.what(), 0, "", std::string(sql), TFalha::Conversao, false}));
+    }
+}
+
+void TDataModulo::Commit(std::string_view lugar) {
+    const TTipoBanco banco = SQLConnection1.TipoBanco();
+    const auto executa = [this](std::string_view comando) {
+        if (!comando.empty()) SQLConnection1.ExecuteDirect(comando);
+    };
+    try {
+        executa(ComandoCommit(banco));
+    } catch (const std::exception& erro) {
+        const std::string mensagem = "Tabela: " + std::string(lugar) + "\rErro COMMIT - " + erro.what();
+        tela_.Memo1(mensagem);
+        tela_.Memo2(mensagem);
+        tela_.SetLog(mensagem, lugar, "COMMIT");
+        try {
+            executa(ComandoRollback(banco));
+        } catch (const std::exception&) {  // the commit's error is the one that tells
+        }
+    }
+}
+
+void TDataModulo::UnzipTotalPercentDone(int percentual) { tela_.MostraOcupado("Descompactando...", percentual); }
+
+void TDataModulo::UnzipUnZipComplete() { tela_.EscondeOcupado(); }
+
+}  // namespace wkd

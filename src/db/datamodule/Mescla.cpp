@@ -1,0 +1,152 @@
+#include "datamodule/Mescla.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "datamodule/DataModulo.h"
+#include "rows/WKDQuery.h"
+#include "values/Texto.h"
+
+namespace wkd {
+
+namespace {
+
+using TNomes = std::vector<std::string>;
+
+/// Columns that identify a row of a dictionary table created without primary key.
+struct TIdentificacao {
+    std::string_view tabela, colunas;
+};
+constexpr TIdentificacao kIdentificacoes[] = {
+    {"SATRIB", "ARQUIVO;NOME"},
+    {"SARQUIVO", "COD_MODULO;NOME_ARQUIVO"},
+    {"SPESQ", "ARQUIVO;NOMEPESQUISA"},
+    {"SPESQAUX", "ARQUIVO;NOME;SEQ;CAMPOS"},
+    {"SLOOKUP", "ARQUIVO;CAMPO;CAMPOPAI;CAMPOFILHO"},
+};
+
+TNomes NomesDasColunas(TDataModulo& dm, std::string_view tabela) {
+    TNomes nomes;
+    for (const auto& coluna : dm.ColunasFisicas(tabela)) nomes.push_back(ChaveDeNome(coluna.nome));
+    return nomes;
+}
+
+bool Contem(const TNomes& nomes, std::string_view nome) {
+    return std::ranges::find(nomes, ChaveDeNome(nome)) != nomes.end();
+}
+
+TNomes Comuns(const TNomes& destino, const TNomes& origem) {
+    TNomes comuns = destino;
+    std::erase_if(comuns, [&](const std::string& nome) { return !Contem(origem, nome); });
+    return comuns;
+}
+
+/// The part of a where clause that pairs a customer row with its twin in the destination, here called EXISTENTE.
+std::string Pareamento(const TNomes& chave, std::string_view origem, bool podeSerNulo) {
+    TNomes partes;
+    for (const auto& coluna : chave) {
+        const std::string existente = "EXISTENTE." + coluna;
+        const std::string nova = std::string(origem) + "." + coluna;
+        const std::string igual = existente + " = " + nova;
+        partes.push_back(podeSerNulo ? "(" + igual + " or (" + existente + " is null and " + nova + " is null))"
+                                     : igual);
+    }
+    return Junta(partes, " and ");
+}
+
+/// Condition true for customer rows that the destination has already; empty when nothing tells.
+std::string CondicaoDePresente(TDataModulo& dm, const TMescla& mescla, std::string_view origem, const TNomes& comuns) {
+    TNomes chave = dm.ChavePrimaria(mescla.destino).colunas;
+    const bool semChave = chave.empty();
+    const auto* identificacao = std::ranges::find(kIdentificacoes, mescla.destino, &TIdentificacao::tabela);
+    if (semChave && identificacao != std::end(kIdentificacoes)) chave = Divide(identificacao->colunas, ';');
+    const bool completa = std::ranges::all_of(chave, [&](const auto& coluna) { return Contem(comuns, coluna); });
+    if (chave.empty() || !completa) return "";
+    return "exists (select 1 from " + std::string(mescla.destino) + " EXISTENTE where " +
+           Pareamento(chave, origem, semChave) + ")";
+}
+
+std::string Onde(const std::string& condicao, const std::string& outra) {
+    if (condicao.empty() && outra.empty()) return "";
+    return " where " + condicao + (condicao.empty() || outra.empty() ? "" : " and ") + outra;
+}
+
+}  // namespace
+
+std::string ComandoDeMescla(TDataModulo& dm, const TMescla& mescla) {
+    const std::string de(mescla.de);
+    const std::string origem = de.substr(de.rfind(' ') + 1);
+    const TNomes doDestino = NomesDasColunas(dm, mescla.destino);
+    const TNomes daOrigem = NomesDasColunas(dm, origem);
+    const TNomes comuns = Comuns(doDestino, daOrigem);
+
+    const std::string presente = CondicaoDePresente(dm, mescla, origem, comuns);
+    const bool repete = !presente.empty() && ContaRegistros(dm.SQLConnection1, "select count(*) " + de +
+                                                                                   Onde(mescla.condicao, presente)) > 0;
+    const bool iguais = doDestino == daOrigem || comuns.empty();
+    const std::string lista = Junta(comuns, ",");
+    return "INSERT INTO " + std::string(mescla.destino) +
+           (iguais ? " SELECT * " : " (" + lista + ") SELECT " + lista + " ") + de +
+           Onde(mescla.condicao, repete ? "not " + presente : "");
+}
+
+namespace {
+
+/// Statement that deletes the table's "U_" columns; empty for a kind of server without one.
+std::string ApagaCamposPersonalizados(TTipoBanco banco, const std::string& tabelaEntreAspas) {
+    switch (banco) {
+        case TTipoBanco::tbSQLServer:
+            return "DELETE FROM SATRIB WHERE NOME LIKE 'U\\_%' {ESCAPE '\\'} AND ARQUIVO = " + tabelaEntreAspas;
+        case TTipoBanco::tbInterbase:
+            return "DELETE FROM SATRIB WHERE NOME STARTING 'U_'  AND ARQUIVO = " + tabelaEntreAspas;
+        default:
+            return "";
+    }
+}
+
+void ApagaECopia(TDataModulo& dm, const std::string& apaga, const TMescla& mescla) {
+    if (!apaga.empty()) dm.SQLConnection1.Prepara(apaga)->Executa();
+    dm.SQLConnection1.Prepara(ComandoDeMescla(dm, mescla))->Executa();
+}
+
+/// In the caller's transaction, back to where it was when the merge fails.
+void MesclaNaTransacao(TDataModulo& dm, const std::string& apaga, const TMescla& mescla) {
+    constexpr std::string_view kPonto = "MESCLA";
+    dm.SQLConnection1.MarcaPonto(kPonto);
+    try {
+        ApagaECopia(dm, apaga, mescla);
+    } catch (const TErroBanco&) {
+        dm.SQLConnection1.VoltaAoPonto(kPonto);
+    }
+}
+
+/// Deletes and copies as one: in the caller's open transaction, else in one of its own. A failure is ignored: it
+/// leaves the rows as they were.
+void Mescla(TDataModulo& dm, const std::string& apaga, const TMescla& mescla) {
+    if (dm.SQLConnection1.InTransaction()) return MesclaNaTransacao(dm, apaga, mescla);
+    try {
+        TTransacao transacao(dm.SQLConnection1);
+        ApagaECopia(dm, apaga, mescla);
+        transacao.Commit();
+    } catch (const TErroBanco&) {
+    }
+}
+
+}  // namespace
+
+void TDataModulo::MesclaCamposPersonalizados(std::string_view tabela) {
+    const TTipoBanco banco = SQLConnection1.TipoBanco();
+    const std::string nome = Aspas(tabela);
+    if (banco == TTipoBanco::tbOracle) tela_.Informacao("Implementar para oracle");
+    Mescla(*this, ApagaCamposPersonalizados(banco, nome),
+           {"SATRIB", "from satrib_user", "satrib_user.arquivo = " + nome});
+    Mescla(*this, "", {"SARQUIVO", "from SARQUIVO_user", "NOME_ARQUIVO = " + nome});
+}
+
+void TDataModulo::MesclaPesquisasELookups() {
+    Mescla(*this, "", {"SPESQ", "from SPESQ_user"});
+    Mescla(*this, "", {"SPESQAUX", "from SPESQAUX_user"});
+    Mescla(*this, "", {"SLOOKUP", "FROM SLOOKUP_USER"});
+}
+
+}  // namespace wkd

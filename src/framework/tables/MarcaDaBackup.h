@@ -1,0 +1,32 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "connection/Connection.h"
+
+namespace wkd {
+
+/// The program's mark on a backup table of its own. It stands on the table itself (Firebird: beginning of its comment,
+/// SQL Server: an extended property), so it goes wherever the rows go, a backup and restore of the database included,
+/// and a table that somebody else makes under the name has none.
+enum class TMarcaDaBackup {
+    Nenhuma,      // somebody else's, or of an earlier generation
+    Guardando,    // from its creation on: the table that it saves is whole
+    Restaurando,  // from the drop on: its rows wait here, and what is in a table of that name may be a part of them
+    Concluida     // the rebuild ended: the table has all it is to have
+};
+
+TMarcaDaBackup MarcaDaBackup(TConnection& conexao, const std::string& backup);
+/// In the open transaction when there is one. What else the comment holds stays.
+void MarcaBackup(TConnection& conexao, const std::string& backup, TMarcaDaBackup marca);
+
+/// Names of the backup tables marked Restaurando, in one query.
+std::vector<std::string> BackupsQueGuardam(TConnection& conexao);
+
+/// Further pieces of a Firebird table's comment, each with lines of its own.
+std::vector<std::string> ComentarioDaBackup(TConnection& conexao, const std::string& backup);
+void ComentaBackup(TConnection& conexao, const std::string& backup, const std::vector<std::string>& pedacos);
+
+}  // namespace wkd

@@ -1,0 +1,327 @@
+#include "tables/TB.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "process/EscritaSegura.h"
+#include "rows/WKDQuery.h"
+#include "tables/MarcaDaBackup.h"
+#include "tables/TBComandos.h"
+#include "values/Texto.h"
+
+namespace wkd {
+
+namespace {
+
+/// For whoever wants to see the statement that the server refused; failing to write it stops nothing. The file is made
+/// anew: some file systems bring one that was emptied to the disk at once, ten times slower.
+void GuardaComando(const std::filesystem::path& pasta, const std::string& comando) {
+    try {
+        TSaidaEmArquivo(CriaArquivo(pasta / "erroCria.sql")) << comando;
+    } catch (const std::system_error&) {
+    }
+}
+
+bool TemLinhas(TConnection& conexao, std::string_view tabela) {
+    TWKDQuery q(conexao, "select 1 as um from " + std::string(tabela));
+    q.Open();
+    return !q.Eof();
+}
+
+}  // namespace
+
+TTB::TTB(TConnection& conexao, std::filesystem::path pastaComandos)
+    : conexao_(conexao), pastaComandos_(std::move(pastaComandos)), dicionario_(conexao) {}
+
+bool TTB::Falha(std::string motivo) {
+    erro_ = std::move(motivo);
+    return false;
+}
+
+bool TTB::Tenta(const std::function<bool()>& operacao) {
+    erro_.clear();
+    try {
+        return operacao();
+    } catch (const TErroBanco& erro) {
+        if (erro.ConexaoPerdida()) throw;
+        return Falha(erro.what());
+    }
+}
+
+bool TTB::ExisteTabela(std::string_view tabela) { return conexao_.ExisteTabela(tabela); }
+
+bool TTB::CriaTabela(std::string_view tabela, bool backup) {
+    comando_.clear();
+    return Tenta([&] { return backup ? CriaBackup(tabela) : CriaDoDicionario(std::string(tabela)); });
+}
+
+bool TTB::EhBackup(const std::string& tabela) {
+    const std::string backup = NomeDaBackup(tabela);
+    if (MarcaDaBackup(conexao_, backup) != TMarcaDaBackup::Nenhuma) return true;
+    const auto daTabela = conexao_.Colunas(tabela);
+    const auto doDicionario = ColunasDoDicionario(tabela);
+    return std::ranges::all_of(conexao_.Colunas(backup), [&](const TColunaFisica& coluna) {
+        return ColunaDeNome(daTabela, coluna.nome) || std::ranges::any_of(doDicionario, [&](const auto& outra) {
+                   return IgualSemCaixa(outra.nome, coluna.nome);
+               });
+    });
+}
+
+std::string TTB::NaoEhBackup(std::string_view tabela) {
+    const std::string nome(tabela), backup = NomeDaBackup(tabela);
+    return "A tabela " + backup + " não é um backup de " + nome +
+           " e fica como está. A reconstrução precisa desse nome: renomeie " + backup + " e rode a atualização de novo";
+}
+
+bool TTB::CriaBackup(std::string_view tabela) {
+    const std::string backup = NomeDaBackup(tabela);
+    if (!ColunasDoDicionario(backup).empty())
+        return Falha("A tabela de backup " + backup + " teria o nome de uma tabela do dicionário");
+    const bool existe = ExisteTabela(backup);
+    if (existe && !EhBackup(std::string(tabela))) return Falha(NaoEhBackup(tabela));
+    comando_ = ComandoCriaTabela(tabela, true);
+    GuardaComando(pastaComandos_, comando_);
+    if (existe) ExecutaComando(conexao_, "drop table " + backup);
+    TTransacao transacao(conexao_);
+    conexao_.Prepara(comando_)->Executa();
+    MarcaBackup(conexao_, backup, TMarcaDaBackup::Guardando);
+    transacao.Commit();
+    return true;
+}
+
+bool TTB::CriaDoDicionario(const std::string& tabela) {
+    comando_ = ComandoCriaTabela(tabela, false);
+    GuardaComando(pastaComandos_, comando_);
+    try {
+        ExecutaComando(conexao_, comando_);
+        return true;
+    } catch (const TErroBanco& erro) {
+        if (erro.ConexaoPerdida() || !ExisteTabela(tabela)) throw;
+        return Falha("A tabela " + tabela + " já existe");
+    }
+}
+
+bool TTB::AtualizaTabela(std::string_view tabela) {
+    return Tenta([&] {
+        const auto fisicas = conexao_.Colunas(tabela);
+        if (fisicas.empty()) return Falha("A tabela " + std::string(tabela) + " não existe");
+        std::vector<std::string> falhas;
+        for (auto coluna : ColunasDoDicionario(tabela)) {
+            if (ColunaDeNome(fisicas, coluna.nome)) continue;
+            if (coluna.chave == 1 && TemLinhas(conexao_, tabela)) coluna.chave = 0;
+            try {
+                ExecutaComando(conexao_, "alter table " + std::string(tabela) + " ADD " + coluna.nome + " " +
+                                             DefinicaoCampo(coluna, conexao_.TipoBanco()));
+            } catch (const TErroBanco& erro) {
+                if (erro.ConexaoPerdida()) throw;
+                falhas.push_back(coluna.nome + ": " + erro.what());
+            }
+        }
+        return falhas.empty() || Falha(Junta(falhas, "\n"));
+    });
+}
+
+namespace {
+
+using TValores = std::vector<std::pair<std::string, TValor>>;
+
+/// Names turned by `forma` of (column, parameter number from `primeiro` on).
+template <class TForma>
+std::vector<std::string> Pedacos(const TValores& valores, std::size_t primeiro, TForma forma) {
+    std::vector<std::string> pedacos;
+    for (std::size_t i = 0; i < valores.size(); ++i)
+        pedacos.push_back(forma(valores[i].first, ":p" + std::to_string(primeiro + i)));
+    return pedacos;
+}
+
+std::string Igualdade(const std::string& coluna, const std::string& parametro) { return coluna + " = " + parametro; }
+
+std::string ComandoInsere(const std::string& tabela, const TValores& valores) {
+    const auto colunas = Pedacos(valores, 0, [](const std::string& coluna, const std::string&) { return coluna; });
+    const auto marcas = Pedacos(valores, 0, [](const std::string&, const std::string& marca) { return marca; });
+    return "insert into " + tabela + " (" + Junta(colunas, ",") + ") values (" + Junta(marcas, ",") + ")";
+}
+
+std::string ComandoAltera(const std::string& tabela, const TValores& valores, const TValores& chave,
+                          const std::string& condicao) {
+    const std::string onde = chave.empty() ? condicao : Junta(Pedacos(chave, valores.size(), Igualdade), " and ");
+    return "update " + tabela + " set " + Junta(Pedacos(valores, 0, Igualdade), ",") + " where " + onde;
+}
+
+}  // namespace
+
+bool TTB::PosicionaTB(std::string_view tabela, std::string_view condicao) {
+    linha_ = {};
+    linha_.tabela = tabela;
+    const auto colunas = conexao_.ChavePrimaria(tabela).colunas;
+    TWKDQuery q(conexao_, "select " + (colunas.empty() ? "1 as um" : Junta(colunas, ",")) + " from " + linha_.tabela +
+                              " where " + std::string(condicao));
+    q.Open();
+    if (q.Eof()) return false;
+    for (const auto& coluna : colunas) linha_.chave.emplace_back(coluna, q.Campo(coluna));
+    linha_.condicao = condicao;
+    return true;
+}
+
+void TTB::Novo(std::string_view tabela) {
+    linha_ = {};
+    linha_.tabela = tabela;
+    linha_.modo = TLinhaAtual::TModo::Inclusao;
+}
+
+void TTB::Editar() {
+    if (linha_.condicao.empty()) throw std::logic_error("Editar sem registro posicionado");
+    linha_.valores.clear();
+    linha_.modo = TLinhaAtual::TModo::Edicao;
+}
+
+void TTB::SetValor(std::string_view campo, const TValor& valor) {
+    if (linha_.modo == TLinhaAtual::TModo::Consulta) throw std::logic_error("SetValor fora de Novo ou Editar");
+    for (auto& [nome, atual] : linha_.valores) {
+        if (!IgualSemCaixa(nome, campo)) continue;
+        atual = valor;
+        return;
+    }
+    linha_.valores.emplace_back(campo, valor);
+}
+
+void TTB::Grava() {
+    if (linha_.modo == TLinhaAtual::TModo::Consulta) throw std::logic_error("Grava fora de Novo ou Editar");
+    const TLinhaAtual linha = std::exchange(linha_, {});
+    if (linha.valores.empty()) return;
+
+    const bool inclusao = linha.modo == TLinhaAtual::TModo::Inclusao;
+    const auto comando =
+        conexao_.Prepara(inclusao ? ComandoInsere(linha.tabela, linha.valores)
+                                  : ComandoAltera(linha.tabela, linha.valores, linha.chave, linha.condicao));
+    std::size_t parametro = 0;
+    for (const auto& [nome, valor] : linha.valores) comando->Atribui(parametro++, valor);
+    if (!inclusao)
+        for (const auto& [nome, valor] : linha.chave) comando->Atribui(parametro++, valor);
+    TTransacao transacao(conexao_);
+    comando->Executa();
+    transacao.Commit();
+}
+
+namespace {
+
+constexpr std::int64_t kRefazendo = -1;  // SARQUIVO.VERSAO while the rows wait in a complete backup table
+
+/// Recorded version of the table; nothing without a SARQUIVO row.
+std::optional<std::int64_t> Versao(TConnection& conexao, const std::string& tabela) {
+    TWKDQuery q(conexao, "select VERSAO from SARQUIVO where Upper(NOME_ARQUIVO) = " + Aspas(tabela));
+    q.Open();
+    if (q.Eof()) return std::nullopt;
+    return q.Inteiro("VERSAO");
+}
+
+void MudaVersao(TConnection& conexao, const std::string& tabela, std::int64_t versao) {
+    conexao
+        .Prepara("update SARQUIVO set VERSAO = " + std::to_string(versao) +
+                 " where Upper(NOME_ARQUIVO) = " + Aspas(tabela))
+        ->Executa();
+}
+
+/// In one transaction: a table of that name is then known to be without its rows, whoever creates it. Nobody has
+/// written into it since it was reserved.
+void ApagaEMarca(TConnection& conexao, const std::string& tabela, std::unique_ptr<TReserva> reserva) {
+    TTransacao transacao(conexao, std::move(reserva));
+    MarcaBackup(conexao, NomeDaBackup(tabela), TMarcaDaBackup::Restaurando);
+    conexao.Prepara("drop table " + tabela)->Executa();
+    transacao.Commit();
+}
+
+std::int64_t Conta(TConnection& conexao, const std::string& tabela) {
+    return ContaRegistros(conexao, "select count(*) as total from " + tabela);
+}
+
+/// Server-side copy of the columns that both tables have; `condicao` empty or beginning with " where ".
+void Copia(TConnection& conexao, const std::string& origem, const std::string& destino, const std::string& condicao) {
+    std::vector<std::string> comuns;
+    const auto destinos = conexao.Colunas(destino);
+    for (const auto& coluna : conexao.Colunas(origem)) {
+        const TColunaFisica* igual = ColunaDeNome(destinos, coluna.nome);
+        if (igual && igual->expressao.empty()) comuns.push_back(Identificador(coluna.nome, conexao.TipoBanco()));
+    }
+    const std::string lista = Junta(comuns, ",");
+    const auto comando =
+        conexao.Prepara("insert into " + destino + " (" + lista + ") select " + lista + " from " + origem + condicao);
+    TTransacao transacao(conexao);
+    comando->Executa();
+    transacao.Commit();
+}
+
+}  // namespace
+
+/// Whether rows of the table may wait in the backup of an interrupted rebuild: the old table is not known to be whole.
+bool TTB::Esperam(const std::string& tabela) {
+    const auto marca = MarcaDaBackup(conexao_, NomeDaBackup(tabela));
+    if (marca != TMarcaDaBackup::Nenhuma) return marca == TMarcaDaBackup::Restaurando;
+    return EhBackup(tabela) || Conta(conexao_, tabela) == 0;
+}
+
+bool TTB::GuardaNaBackup(const std::string& tabela) {
+    const std::string backup = NomeDaBackup(tabela);
+    if (!CriaTabela(tabela, true)) return false;
+    Copia(conexao_, tabela, backup, "");
+    if (Conta(conexao_, tabela) != Conta(conexao_, backup))
+        return Falha("A tabela " + tabela + " mudou durante a cópia para " + backup);
+    MudaVersao(conexao_, tabela, kRefazendo);
+    return true;
+}
+
+bool TTB::CompletaBackup(const std::string& tabela) {
+    const std::string backup = NomeDaBackup(tabela);
+    const auto colunas = conexao_.Colunas(backup);
+    std::vector<std::string> iguais;
+    for (const auto& chave : ColunasDaChave(tabela))
+        if (ColunaDeNome(colunas, chave)) iguais.push_back(backup + "." + chave + " = " + tabela + "." + chave);
+    if (!iguais.empty()) {
+        Copia(conexao_, tabela, backup,
+              " where not exists (select 1 from " + backup + " where " + Junta(iguais, " and ") + ")");
+        return true;
+    }
+    const auto linhas = Conta(conexao_, tabela);
+    if (linhas >= Conta(conexao_, backup)) return GuardaNaBackup(tabela);
+    return linhas == 0 || Falha("Sem chave, não se sabe quais registros de " + tabela + " faltam em " + backup);
+}
+
+bool TTB::RefazIndices(const std::string& tabela) {
+    std::vector<std::string> falhas;
+    if (!CriaIndicePrimario(tabela, false)) falhas.push_back(erro_);
+    if (!CriaIndiceSecundarios(tabela)) falhas.push_back(erro_);
+    return falhas.empty() || Falha(Junta(falhas, "\n"));
+}
+
+bool TTB::ReCriaTabela(std::string_view tabela) {
+    return Tenta([&] {
+        const std::string nome = Maiusculas(tabela);
+        const std::string backup = NomeDaBackup(nome);
+        if (const auto impedimento = ImpedimentoParaCriar(nome)) return Falha(*impedimento);
+        const auto versao = Versao(conexao_, nome);
+        if (!versao) return Falha("A tabela " + nome + " não está em SARQUIVO");
+
+        const bool existe = ExisteTabela(nome);
+        auto reserva = existe ? conexao_.Reserva(nome) : nullptr;
+        const bool guardada = ExisteTabela(backup) && (!existe || (*versao == kRefazendo && Esperam(nome)));
+        const bool marcada = guardada && MarcaDaBackup(conexao_, backup) != TMarcaDaBackup::Nenhuma;
+        if (marcada) MarcaBackup(conexao_, backup, TMarcaDaBackup::Restaurando);
+        if (guardada) MudaVersao(conexao_, nome, kRefazendo);
+        if (existe && !(guardada ? CompletaBackup(nome) : GuardaNaBackup(nome))) return false;
+        if (existe) ApagaEMarca(conexao_, nome, std::move(reserva));
+        const bool erguida = Tenta([&] {
+            if (!CriaTabela(nome, false)) return false;
+            if (existe || guardada) Copia(conexao_, backup, nome, "");
+            return true;
+        });
+        if (!erguida) return Falha("Os registros de " + nome + " estão em " + backup + ": " + erro_);
+        const bool indices = RefazIndices(nome);
+        TTransacao fim(conexao_);
+        MudaVersao(conexao_, nome, *versao);
+        if (existe || marcada) MarcaBackup(conexao_, backup, TMarcaDaBackup::Concluida);
+        fim.Commit();
+        return indices;
+    });
+}
+
+}  // namespace wkd

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "values/Valor.h"
+
+namespace wkd {
+
+/// "yyyy-mm-dd"
+std::string TextoDaData(TData data);
+/// "hh:mm:ss", with a fraction of up to 7 digits when there is one.
+std::string TextoDaHora(THora hora);
+std::string TextoDaDataHora(TDataHora quando);
+
+// Readers: blanks around are skipped; nothing for a text of another form or a day or time that does not exist.
+/// "yyyy-mm-dd" or "dd/mm/yyyy".
+std::optional<TData> LeData(std::string_view texto);
+/// "hh:mm" or "hh:mm:ss" with a fraction of up to 7 digits.
+std::optional<THora> LeHora(std::string_view texto);
+/// A date, alone or followed by a blank or "T" and a time.
+std::optional<TDataHora> LeDataHora(std::string_view texto);
+
+/// Date and time by a pattern of dd, mm, yy, yyyy, hh and ss; "mm" behind "hh" stands for minutes; every other
+/// character stands for itself.
+std::string FormataDataHora(TDataHora quando, std::string_view padrao);
+
+/// Seconds from `inicio` to `fim` as "hh:mm:ss".
+std::string FormataDuracao(TDataHora inicio, TDataHora fim);
+std::string FormataDuracao(std::chrono::seconds duracao);
+
+/// A number with a point between thousands.
+std::string ComMilhares(std::int64_t numero);
+
+}  // namespace wkd

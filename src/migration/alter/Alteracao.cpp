@@ -1,0 +1,174 @@
+#include "alter/Alteracao.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "alter/DicionarioDaTabela.h"
+#include "rows/WKDQuery.h"
+#include "tables/TBComandos.h"
+#include "values/Texto.h"
+
+namespace wkd {
+
+namespace {
+
+/// Whether the server did not take the words; types that do not go together are among them.
+bool Recusado(const TErroBanco& erro) { return erro.Falha() == TFalha::Sintaxe || erro.Falha() == TFalha::Conversao; }
+
+}  // namespace
+
+TResultado ExecutaPendente(TContexto& ctx, std::string_view tabela, const TComandoPendente& comando) {
+    std::string executado;
+    TResultado resultado = ExecutaNaColuna(ctx, tabela, comando.coluna, comando.texto);
+    if (!resultado && Recusado(resultado.Erro()) && !comando.alternativa.empty())
+        resultado = ExecutaNaColuna(ctx, tabela, comando.coluna, executado = comando.alternativa);
+    ctx.dm.EsqueceColunas(tabela);
+    ctx.evidencia.Comando({comando.texto, executado, resultado.Mensagem()});
+    return resultado;
+}
+
+namespace {
+
+/// Numbers of SQL Server: an object depends on the column, and what was to be done to it failed therefore.
+constexpr std::int64_t kDepende = 5074, kNaoMudou = 4922;
+
+bool Presa(const TErroBanco& erro) { return erro.CodigoNativo() == kDepende || erro.CodigoNativo() == kNaoMudou; }
+
+/// Statements that take away what stands on a column, and those that bring it back.
+struct TDesvio {
+    std::vector<std::string> tira, devolve;
+};
+
+void DesviaPadrao(TContexto& ctx, const std::string& tabela, std::string_view coluna, TDesvio& desvio) {
+    TWKDQuery q(ctx.Conexao(),
+                "select d.name as NOME, d.definition as TEXTO from sys.default_constraints d join sys.columns c"
+                " on c.object_id = d.parent_object_id and c.column_id = d.parent_column_id"
+                " where d.parent_object_id = object_id(:tabela) and upper(c.name) = :coluna");
+    q.Param("tabela", tabela).Param("coluna", Maiusculas(coluna)).Open();
+    for (; !q.Eof(); q.Next()) {
+        const std::string nome = Identificador(q.Texto("NOME"), ctx.Banco());
+        desvio.tira.push_back("alter table " + tabela + " drop constraint " + nome);
+        desvio.devolve.push_back("alter table " + tabela + " add constraint " + nome + " default " + q.Texto("TEXTO") +
+                                 " for " + Identificador(coluna, ctx.Banco()));
+    }
+}
+
+void DesviaIndices(TContexto& ctx, const std::string& tabela, std::string_view coluna, TDesvio& desvio) {
+    for (const TIndice& indice : ctx.Conexao().Indices(tabela)) {
+        const bool nela =
+            std::ranges::any_of(indice.colunas, [&](const auto& nome) { return IgualSemCaixa(nome, coluna); });
+        if (!nela || !indice.restricao.empty()) continue;
+        desvio.tira.push_back(ComandoApagaIndice(indice, tabela, ctx.Banco()));
+        desvio.devolve.push_back(ComandoCriaIndice(indice, tabela, ctx.Banco()));
+    }
+}
+
+TDesvio Desvio(TContexto& ctx, const std::string& tabela, std::string_view coluna) {
+    TDesvio desvio;
+    DesviaPadrao(ctx, tabela, coluna, desvio);
+    DesviaIndices(ctx, tabela, coluna, desvio);
+    return desvio;
+}
+
+}  // namespace
+
+TResultado ExecutaNaColuna(TContexto& ctx, std::string_view tabela, std::string_view coluna, const std::string& sql,
+                           const std::function<void()>& antes) {
+    const std::string nome(tabela);
+    TConnection& conexao = ctx.Conexao();
+    const auto executa = [&](const TDesvio& desvio) {
+        TTransacao transacao(conexao, antes ? conexao.Reserva(nome) : nullptr);
+        for (const auto& comando : desvio.tira) conexao.Prepara(comando)->Executa();
+        if (antes) antes();
+        conexao.Prepara(sql)->Executa();
+        if (!desvio.devolve.empty() && ColunaDeNome(conexao.Colunas(nome), coluna))
+            for (const auto& comando : desvio.devolve) conexao.Prepara(comando)->Executa();
+        transacao.Commit();
+    };
+    const auto tenta = [](const auto& passo) {
+        try {
+            passo();
+            return TResultado();
+        } catch (const TErroBanco& erro) {
+            return TResultado(erro);
+        }
+    };
+    const TResultado resultado = antes ? tenta([&] { executa({}); }) : ctx.dm.Executa(sql);
+    const bool sqlServer = ctx.Banco() == TTipoBanco::tbSQLServer;
+    if (resultado || !sqlServer || coluna.empty() || !Presa(resultado.Erro())) return resultado;
+    return tenta([&] { executa(Desvio(ctx, nome, coluna)); });
+}
+
+namespace {
+
+void ExecutaComando(TContexto& ctx, std::string_view tabela, const TComandoPendente& comando) {
+    ctx.Tela().Memo1(comando.texto);
+    if (const TResultado resultado = ExecutaPendente(ctx, tabela, comando); !resultado) {
+        ctx.repeteTabela = true;
+        ctx.Tela().Memo2(resultado.Mensagem());
+        ctx.Tela().SetLog(resultado.Mensagem() + " Query: " + comando.texto, ctx.dm.SArquivoNovo.Texto("nome_arquivo"),
+                          "Query de alteração de campo");
+    }
+    ctx.dm.Commit(comando.texto);
+}
+
+/// The server alters no column of a primary key: the key goes first and is made again behind the statements.
+void LiberaChave(TContexto& ctx, std::string_view tabela, const TPendentes& pendentes, TIndicesGuardados& guardados) {
+    TTB& tb = ctx.dm.Atualiza;
+    const bool muda = std::any_of(pendentes.begin(), pendentes.end(), [](const auto& c) { return c.mudaChave; });
+    if (!(muda || guardados.ChavePendente()) || !tb.ExisteIndicePrimario(tabela)) return;
+    guardados.GuardaChave(tb.ColunasDaChave(tabela));
+    tb.ApagaInidices(tabela, true);
+}
+
+void ExecutaTodos(TContexto& ctx, std::string_view tabela, TPendentes& pendentes, TIndicesGuardados& guardados) {
+    try {
+        LiberaChave(ctx, tabela, pendentes, guardados);
+        while (!pendentes.empty()) {
+            const TComandoPendente comando = std::move(pendentes.front());
+            pendentes.erase(pendentes.begin());
+            ExecutaComando(ctx, tabela, comando);
+        }
+    } catch (const TErroBanco& erro) {
+        ctx.repeteTabela = true;
+        ctx.Tela().Memo1("Erro atualizando o arquivo :" + std::string(tabela));
+        ctx.Tela().SetLog(erro.what(), tabela, "Erro atualizando o arquivo");
+    }
+}
+
+void RelataIndice(TContexto& ctx, const std::string& linha, std::string_view tabela, std::string_view acao) {
+    ctx.Tela().Memo1(linha);
+    ctx.Tela().SetLog(ctx.dm.Atualiza.Erro(), tabela, acao);
+}
+
+void CriaIndices(TContexto& ctx, std::string_view tabela) {
+    TTB& tb = ctx.dm.Atualiza;
+    const std::string nome(tabela);
+    if (!tb.CriaIndicePrimario(nome, false)) {
+        RelataIndice(ctx, "Erro criando indice primario do arquivo :" + nome, nome,
+                     "Erro criando indice primario do arquivo");
+        ctx.repeteTabela = ctx.repeteTabela || !tb.ColunasDaChave(nome).empty();  // none was told
+    }
+    if (!tb.CriaIndiceSecundarios(nome)) {
+        RelataIndice(ctx, "Erro criando indice secundario do arquivo:" + nome + " " + tb.Erro(), nome,
+                     "Erro criando indice secundario do arquivo:");
+        ctx.repeteTabela = true;
+    }
+}
+
+}  // namespace
+
+void Alterar(TContexto& ctx, std::string_view tabela, TPendentes& pendentes, TIndicesGuardados& guardados) {
+    ctx.tabelaAtual = tabela;
+    ctx.acaoAtual = "Alterar";
+    try {
+        RegravaDicionario(ctx, tabela, false);
+    } catch (const TErroBanco& erro) {
+        if (!erro.ConexaoPerdida()) CriaIndices(ctx, tabela);  // the run has dropped them
+        throw;
+    }
+    ExecutaTodos(ctx, tabela, pendentes, guardados);
+    CriaIndices(ctx, tabela);
+}
+
+}  // namespace wkd

@@ -1,0 +1,340 @@
+#include "copy/CopiaDeLinhas.h"
+
+#include <algorithm>
+#include <limits>
+#include <stdexcept>
+#include <utility>
+
+#include "copy/ColunasDaCopia.h"
+#include "driver/ValorDoDriver.h"
+#include "plan/ExameDosDados.h"
+#include "values/Texto.h"
+
+namespace wkd {
+
+namespace {
+
+constexpr int kTentativas = 2;  // a failure may pass, such as a lock
+/// What a copy could not store is shown so often: a run log of a hundred thousand entries takes hours to write.
+constexpr std::int64_t kMostrados = 100;
+
+/// A row that is nowhere but in the source of the copy.
+class TSoNaOrigem : public std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// What a column holds of a value that it cannot hold whole: the day of a time stamp, else nothing.
+TValor ParteQueCabe(const TValor& valor, const TColunaFisica& coluna) {
+    const auto* quando = valor.Se<TDataHora>();
+    return quando && coluna.tipo == TTipoDado::Data ? TValor(quando->data) : TValor();
+}
+
+/// Bytes of a value in memory or in a temporary file; a blob may also stay on the server.
+std::size_t BytesAqui(const TValor& valor) {
+    if (const auto* texto = valor.Se<std::string>()) return texto->size();
+    if (const auto* bytes = valor.Se<TBytes>()) return bytes->bytes.size();
+    const auto* conteudo = valor.Se<std::shared_ptr<const TConteudo>>();
+    const auto* copiado = conteudo ? dynamic_cast<const TConteudoCopiado*>(conteudo->get()) : nullptr;
+    return copiado ? copiado->Tamanho() : 0;
+}
+
+}  // namespace
+
+TCopiaDeLinhas::TCopiaDeLinhas(TContexto& ctx, TCopia copia, TRenumeracao& renumeracao)
+    : ctx_(ctx),
+      copia_(std::move(copia)),
+      renumeracao_(renumeracao),
+      colunas_(ColunasDaCopia(ctx.Conexao(), copia_.origem, copia_.destino, renumeracao)),
+      rejeitados_(ctx, copia_.tabela, copia_.etapa) {}
+
+TResultadoDaCopia TCopiaDeLinhas::Executa(std::int64_t linhas) {
+    IBarra& barra = ctx_.Tela().PbAtual();
+    barra.Define(0, static_cast<int>(std::min<std::int64_t>(linhas, std::numeric_limits<int>::max())), 10, 0);
+    const std::string lista = ListaDaOrigem(colunas_, ctx_.Banco());
+    if (lista.empty()) throw std::runtime_error(copia_.origem + " e " + copia_.destino + " não têm colunas em comum");
+    insere_ = ctx_.Conexao().Prepara(ComandoInsere(copia_.destino, colunas_, ctx_.Banco()));
+    if (copia_.fonte.empty()) servidor_ = TCopiaNoServidor::Para(ctx_.Conexao(), copia_, colunas_);
+    if (servidor_)
+        PeloServidor();
+    else
+        PeloCliente();
+    FechaLote();
+    RelataDemais();
+    servidor_.reset();
+    insere_.reset();
+    return std::move(resultado_);
+}
+
+void TCopiaDeLinhas::PeloCliente() {
+    const auto cursor = ctx_.Conexao().Prepara("select " + ListaDaOrigem(colunas_, ctx_.Banco()) + " from " +
+                                               (copia_.fonte.empty() ? copia_.origem + copia_.condicao : copia_.fonte));
+    cursor->Abre();
+    for (std::int64_t feita = 0; feita < copia_.pula && cursor->Proximo();) ++feita;
+    for (; cursor->Proximo(); Avanca()) {
+        Anuncia();
+        TLinha valores = Le(*cursor);
+        if (!transacao_) transacao_.emplace(ctx_.Conexao());
+        if (Guardada([&] { return Posta(valores); })) PoeNoLote({Numero(), {}, std::move(valores)});
+    }
+}
+
+void TCopiaDeLinhas::PeloServidor() {
+    servidor_->Abre();
+    for (std::int64_t feita = 0; feita < copia_.pula && servidor_->Proxima();) ++feita;
+    for (; servidor_->Proxima(); Avanca()) {
+        Anuncia();
+        TLinhaDoLote linha{Numero(), servidor_->Chave(), {}};
+        const bool peloServidor = servidor_->VaiComoEsta();
+        if (!peloServidor) EnviaAoServidor();
+        aoServidor_ += peloServidor;
+        if (peloServidor || Guardada([&] { return Refaz(linha); })) PoeNoLote(std::move(linha));
+    }
+}
+
+void TCopiaDeLinhas::Anuncia() {
+    ctx_.Tela().ProcessaMensagens();
+    if (!copia_.rotulo.empty()) ctx_.Tela().LblAtual(copia_.rotulo);
+    ++resultado_.lidas;
+}
+
+void TCopiaDeLinhas::PoeNoLote(TLinhaDoLote linha) {
+    for (const TValor& valor : linha.valores) bytesNoLote_ += BytesAqui(valor);
+    lote_.push_back(std::move(linha));
+}
+
+void TCopiaDeLinhas::Avanca() {
+    if (lote_.size() >= copia_.linhasPorLote || bytesNoLote_ >= copia_.bytesPorLote) FechaLote();
+    IBarra& barra = ctx_.Tela().PbAtual();
+    barra.Posicao(barra.Posicao() + 1);
+}
+
+/// What the server refuses as a whole is done row by row, so that only an unfit row is missing.
+void TCopiaDeLinhas::EnviaAoServidor() {
+    if (aoServidor_ == 0) return;
+    const std::size_t primeira = lote_.size() - std::exchange(aoServidor_, 0);
+    if (!transacao_) transacao_.emplace(ctx_.Conexao());
+    std::string chaves;
+    for (std::size_t i = primeira; i < lote_.size(); ++i) chaves += lote_[i].chave;
+    try {
+        servidor_->Copia(chaves, renumeracao_);
+        return;
+    } catch (const TErroBanco& falha) {
+        if (falha.ConexaoPerdida()) throw;
+    } catch (const TErroConversao&) {  // a value that every row gets
+    }
+    FicamNoLote(primeira, [this](TLinhaDoLote& linha) { return Refaz(linha); });
+}
+
+/// Of the batch from `primeira` on, the rows that `guarda` stores; each is asked once, in its turn.
+template <class TGuarda>
+void TCopiaDeLinhas::FicamNoLote(std::size_t primeira, TGuarda&& guarda) {
+    std::size_t fica = primeira;
+    for (std::size_t i = primeira; i < lote_.size(); ++i) {
+        if (!Guardada([&] { return guarda(lote_[i]); })) continue;
+        if (fica != i) lote_[fica] = std::move(lote_[i]);
+        ++fica;
+    }
+    lote_.resize(fica);
+}
+
+/// What `guarda` answers; false also for a row that stays in the source alone, when the copy may go on.
+template <class TGuarda>
+bool TCopiaDeLinhas::Guardada(TGuarda&& guarda) {
+    try {
+        return guarda();
+    } catch (const TSoNaOrigem&) {
+        if (copia_.exigente || copia_.aoGravar) throw;
+        ++resultado_.soNaOrigem;
+        return false;
+    }
+}
+
+/// Stores one row of the source by the client, in the open transaction.
+bool TCopiaDeLinhas::Refaz(TLinhaDoLote& linha) {
+    linha.valores = LePelaChave(linha.chave);
+    if (!transacao_) transacao_.emplace(ctx_.Conexao());
+    return Posta(linha.valores);
+}
+
+TLinha TCopiaDeLinhas::LePelaChave(const std::string& chave) {
+    TComando& linha = servidor_->Linha(chave);
+    TLinha valores = Le(linha);
+    linha.Fecha();
+    return valores;
+}
+
+TLinha TCopiaDeLinhas::Le(TComando& linha) {
+    TLinha valores;
+    valores.reserve(colunas_.size());
+    for (const auto& coluna : colunas_) valores.push_back(coluna.origem ? LeCampo(linha, coluna) : coluna.fixo);
+    return valores;
+}
+
+TValor TCopiaDeLinhas::LeCampo(TComando& linha, const TColunaDaCopia& coluna) {
+    return ValorNaPassagem(linha.Valor(coluna.lugar), *coluna.origem, coluna.destino);
+}
+
+/// Required columns without value get one, and auto-increment columns their number.
+void TCopiaDeLinhas::AplicaRegras(TLinha& linha) {
+    for (std::size_t i = 0; i < colunas_.size(); ++i) {
+        const TColunaFisica& destino = colunas_[i].destino;
+        const bool falta = colunas_[i].origem && destino.requerido && SemValor(linha[i], destino);
+        if (!falta && !colunas_[i].numerada) continue;
+        const TValor antes = linha[i];
+        if (falta) linha[i] = ValorObrigatorio(destino);
+        if (colunas_[i].numerada) linha[i] = renumeracao_.Numera(destino.nome, linha[i]);
+        if (colunas_[i].origem && !(antes == linha[i])) resultado_.alteradas.insert(ChaveDeNome(destino.nome));
+    }
+}
+
+/// True when the row is stored in the open transaction. A failed statement is undone by the server alone, so it is
+/// tried a second time, without the values that the target cannot hold.
+bool TCopiaDeLinhas::Posta(TLinha& linha) {
+    std::string erro;
+    bool incompleta = false;
+    try {
+        AplicaRegras(linha);
+    } catch (const TErroConversao& falha) {
+        RejeitaLinha(linha, falha.what());
+        return false;
+    }
+    for (int tentativa = 1; tentativa <= kTentativas; ++tentativa) {
+        try {
+            Envia(linha);
+            resultado_.incompletas += incompleta;
+            return true;
+        } catch (const TErroBanco& falha) {
+            if (falha.ConexaoPerdida()) throw;
+            erro = falha.what();
+        } catch (const TErroConversao& falha) {
+            erro = falha.what();
+        }
+        if (tentativa == 1) incompleta = IsolaCampos(linha);
+    }
+    RejeitaLinha(linha, erro);
+    return false;
+}
+
+void TCopiaDeLinhas::Envia(const TLinha& linha) {
+    for (std::size_t i = 0; i < linha.size(); ++i) insere_->Atribui(i, linha[i]);
+    insere_->Executa();
+}
+
+/// Takes the values that do not fit their columns out of the row; false when all do.
+bool TCopiaDeLinhas::IsolaCampos(TLinha& linha) {
+    bool isolou = false;
+    for (std::size_t i = 0; i < linha.size(); ++i) {
+        try {
+            ConverteParaColuna(linha[i], colunas_[i].destino);
+        } catch (const TErroConversao& falha) {
+            RejeitaCampo(linha, falha.what(), i);
+            linha[i] = ParteQueCabe(linha[i], colunas_[i].destino);
+            isolou = true;
+        }
+    }
+    return isolou;
+}
+
+void TCopiaDeLinhas::FechaLote() {
+    EnviaAoServidor();
+    if (!transacao_) return;
+    ExigeEspacoEmDisco(ctx_);
+    try {
+        Conta(Numero());
+        transacao_->Commit();
+        transacao_.reset();
+    } catch (const TErroBanco& falha) {
+        transacao_.reset();
+        if (falha.ConexaoPerdida()) throw;
+        RefazLote();
+    }
+    resultado_.gravadas += static_cast<std::int64_t>(lote_.size());
+    lote_.clear();
+    bytesNoLote_ = 0;
+}
+
+/// Row by row, so that only an unfit one is missing.
+void TCopiaDeLinhas::RefazLote() {
+    FicamNoLote(0, [this](TLinhaDoLote& linha) { return GravaSozinha(linha); });
+}
+
+bool TCopiaDeLinhas::GravaSozinha(TLinhaDoLote& linha) {
+    if (linha.valores.empty()) {
+        linha.valores = LePelaChave(linha.chave);
+        AplicaRegras(linha.valores);
+    }
+    std::string erro;
+    for (int tentativa = 1; tentativa <= kTentativas; ++tentativa) {
+        try {
+            TTransacao transacao(ctx_.Conexao());
+            Envia(linha.valores);
+            Conta(linha.numero);
+            transacao.Commit();
+            return true;
+        } catch (const TErroBanco& falha) {
+            if (falha.ConexaoPerdida()) throw;
+            erro = falha.what();
+        } catch (const TErroConversao& falha) {
+            erro = falha.what();
+        }
+    }
+    RejeitaLinha(linha.valores, erro);
+    return false;
+}
+
+void TCopiaDeLinhas::Conta(std::int64_t ate) {
+    if (copia_.aoGravar) copia_.aoGravar(ate);
+}
+
+/// False for what is only counted.
+bool TCopiaDeLinhas::Mostra(const std::string& texto) {
+    if (mostrados_ == kMostrados) {
+        ++calados_;
+        return false;
+    }
+    ++mostrados_;
+    ctx_.Tela().Informacao(texto);
+    return true;
+}
+
+void TCopiaDeLinhas::RelataDemais() {
+    if (calados_ == 0) return;
+    const std::string linha = "Tabela " + copia_.tabela + ": mais " + std::to_string(calados_) +
+                              " registros ou valores não gravados em " + copia_.destino +
+                              ", todos no arquivo de rejeitados";
+    ctx_.Tela().Memo2(linha);
+    ctx_.Log(linha);
+}
+
+void TCopiaDeLinhas::RejeitaLinha(const TLinha& linha, const std::string& erro) {
+    ++resultado_.recusadas;
+    const bool mostrada = Mostra(copia_.inicioDoErro + erro);
+    TPares valores;
+    for (std::size_t i = 0; i < linha.size(); ++i) valores.emplace_back(colunas_[i].destino.nome, linha[i]);
+    ConfereGuardado(rejeitados_.Linha(Chave(linha), erro, valores));
+    if (copia_.exigente && mostrada && ctx_.Tela().Reconcilia(erro, TAcaoReconcilia::Pula) == TAcaoReconcilia::Aborta)
+        throw std::runtime_error("cópia de " + copia_.origem + " interrompida: " + erro);
+}
+
+void TCopiaDeLinhas::RejeitaCampo(const TLinha& linha, const std::string& erro, std::size_t coluna) {
+    if (copia_.exigente) Mostra(erro);
+    ConfereGuardado(rejeitados_.Valor(Chave(linha), erro, colunas_[coluna].destino.nome, linha[coluna]));
+}
+
+void TCopiaDeLinhas::ConfereGuardado(bool guardado) {
+    if (!guardado)
+        throw TSoNaOrigem("há dados que não puderam ser gravados nem em " + copia_.destino +
+                          " nem no arquivo de rejeitados");
+}
+
+TPares TCopiaDeLinhas::Chave(const TLinha& linha) const {
+    TPares chave;
+    for (std::size_t i = 0; i < linha.size(); ++i) {
+        const std::string& nome = colunas_[i].destino.nome;
+        if (std::ranges::any_of(copia_.chave, [&](const std::string& coluna) { return IgualSemCaixa(coluna, nome); }))
+            chave.emplace_back(nome, linha[i]);
+    }
+    return chave;
+}
+
+}  // namespace wkd

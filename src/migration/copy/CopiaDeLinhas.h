@@ -1,0 +1,96 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "copy/ColunasDaCopia.h"
+#include "copy/CopiaNoServidor.h"
+#include "copy/Rejeitados.h"
+#include "run/Contexto.h"
+
+namespace wkd {
+
+struct TResultadoDaCopia {
+    std::int64_t lidas = 0, gravadas = 0;
+    std::int64_t recusadas = 0;       // rows not stored
+    std::int64_t incompletas = 0;     // rows stored without a value
+    std::int64_t soNaOrigem = 0;      // rows that neither the target nor the rejects file could take
+    std::set<std::string> alteradas;  // columns in capitals that got other values on purpose: numbers, required ones
+};
+
+/// Rows on their way from a table to its backup or back. A commit every `linhasPorLote` rows keeps memory flat and
+/// whole batches behind an interruption. Rows that change nothing on their way are moved by the server alone where it
+/// can; the others pass through here, each in its turn. What the server refuses is done again row by row.
+///
+/// A value that the target cannot hold is left out of its row, and a row that the server refuses twice out of the
+/// copy; both go to the rejects file, and are shown: the first ones each by itself, the rest as a number. A batch whose
+/// commit fails is stored again row by row. A row that the rejects file cannot take either stays in the source alone:
+/// it ends a copy that is `exigente`, and one that keeps count and would not come back to it; others count it and go
+/// on. A row that cannot be read ends every copy.
+class TCopiaDeLinhas {
+  public:
+    /// `renumeracao` must outlive the copy.
+    TCopiaDeLinhas(TContexto& ctx, TCopia copia, TRenumeracao& renumeracao);
+
+    /// Throws what the reading says, a lost connection, and std::runtime_error for a copy that was given up.
+    TResultadoDaCopia Executa(std::int64_t linhas);
+
+  private:
+    /// A row stored in the open transaction; one that the server moves has its record number alone.
+    struct TLinhaDoLote {
+        std::int64_t numero;  // in the source, from 1
+        std::string chave;
+        TLinha valores;
+    };
+
+    void PeloCliente();
+    void PeloServidor();
+    void Anuncia();
+    void PoeNoLote(TLinhaDoLote linha);
+    void Avanca();
+    void EnviaAoServidor();
+    template <class TGuarda>
+    void FicamNoLote(std::size_t primeira, TGuarda&& guarda);
+    bool Refaz(TLinhaDoLote& linha);
+    template <class TGuarda>
+    bool Guardada(TGuarda&& guarda);
+    TLinha LePelaChave(const std::string& chave);
+    TLinha Le(TComando& linha);
+    TValor LeCampo(TComando& linha, const TColunaDaCopia& coluna);
+    void AplicaRegras(TLinha& linha);
+    bool Posta(TLinha& linha);
+    void Envia(const TLinha& linha);
+    bool IsolaCampos(TLinha& linha);
+    void FechaLote();
+    void RefazLote();
+    bool GravaSozinha(TLinhaDoLote& linha);
+    void Conta(std::int64_t ate);
+    std::int64_t Numero() const { return copia_.pula + resultado_.lidas; }
+    bool Mostra(const std::string& texto);
+    void RelataDemais();
+    void RejeitaLinha(const TLinha& linha, const std::string& erro);
+    void ConfereGuardado(bool guardado);
+    void RejeitaCampo(const TLinha& linha, const std::string& erro, std::size_t coluna);
+    TPares Chave(const TLinha& linha) const;
+
+    TContexto& ctx_;
+    TCopia copia_;
+    TRenumeracao& renumeracao_;
+    std::vector<TColunaDaCopia> colunas_;
+    TRejeitados rejeitados_;
+    TResultadoDaCopia resultado_;
+    std::unique_ptr<TCopiaNoServidor> servidor_;
+    std::unique_ptr<TComando> insere_;
+    std::optional<TTransacao> transacao_;
+    std::vector<TLinhaDoLote> lote_;  // not yet committed
+    std::size_t aoServidor_ = 0;      // of them, at the end: not yet sent
+    std::size_t bytesNoLote_ = 0;     // that their values take on this machine
+    std::int64_t mostrados_ = 0, calados_ = 0;
+};
+
+}  // namespace wkd

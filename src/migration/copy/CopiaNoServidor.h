@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "connection/Connection.h"
+#include "copy/ColunasDaCopia.h"
+
+namespace wkd {
+
+/// One copy of all rows of a table into another one.
+struct TCopia {
+    std::string tabela;  // business table: the one that reports name
+    std::string origem, destino;
+    std::vector<std::string> chave;  // columns that tell a row in reports
+    std::string etapa;               // of the rejects
+    std::string rotulo = {};         // of every row; empty leaves the label alone
+    std::string inicioDoErro = {};   // before the text of a row that failed
+    // Shows also what fails of a single field, asks whether to go on without a refused row that was shown, and ends
+    // when what is missing cannot be written into the rejects file.
+    bool exigente = false;
+    std::size_t linhasPorLote = 100;
+    std::size_t bytesPorLote = 64 * 1024 * 1024;  // that the values of a batch take on this machine, or one row more
+    std::string condicao = {};                    // behind the source's name: alias and where clause
+    std::string fonte = {};                       // query in parentheses to read instead of the source
+    std::int64_t pula = 0;                        // rows of the source that an earlier copy has done
+    std::function<void(std::int64_t)> aoGravar = nullptr;  // in each transaction: rows of the source done by then
+};
+
+/// Rows that the server copies from table to table without the client seeing their values. They are named by record
+/// number (RDB$DB_KEY of Firebird), which needs no key and costs no index; it holds while nobody writes into the
+/// source.
+class TCopiaNoServidor {
+  public:
+    /// Null where every row needs the client: another kind of server, columns that change their type, or a statement
+    /// that the server does not take.
+    static std::unique_ptr<TCopiaNoServidor> Para(TConnection& conexao, const TCopia& copia,
+                                                  const std::vector<TColunaDaCopia>& colunas);
+
+    /// Opens the cursor over the source, before its first row.
+    void Abre() { chaves_->Abre(); }
+    bool Proxima() { return chaves_->Proximo(); }
+    /// Record number of the current row.
+    std::string Chave() { return chaves_->Valor(0).ComoBytes(); }
+    /// Whether the current row goes over as it is: nothing missing, to be numbered or too long.
+    bool VaiComoEsta() { return chaves_->Valor(1).ComoInteiro() == 0; }
+
+    /// Stores the rows of these record numbers, one behind the other in `chaves`: all of them, or none and TErroBanco.
+    /// Columns that the source lacks get the next numbers.
+    void Copia(std::string_view chaves, TRenumeracao& renumeracao);
+    /// A cursor that stands on one row of the source, for a row that is done by the client after all; to be closed.
+    TComando& Linha(std::string_view chave);
+
+  private:
+    TCopiaNoServidor() = default;
+
+    std::unique_ptr<TComando> chaves_, copia_, linha_;
+    std::vector<std::pair<std::string, std::string>> contadas_;  // parameter and column that it counts
+};
+
+}  // namespace wkd

@@ -1,0 +1,215 @@
+#include "decision/Comparacao.h"
+
+#include <algorithm>
+#include <charconv>
+#include <initializer_list>
+
+#include "dialect/Dialeto.h"
+#include "tables/TBComandos.h"
+#include "values/Texto.h"
+
+namespace wkd {
+
+namespace {
+
+std::int64_t Inteiro(std::string_view texto) {
+    std::int64_t numero = 0;
+    texto = Apara(texto);
+    std::from_chars(texto.data(), texto.data() + texto.size(), numero);
+    return numero;
+}
+
+bool Um(const std::string& tipo, std::initializer_list<std::string_view> tipos) {
+    return std::find(tipos.begin(), tipos.end(), tipo) != tipos.end();
+}
+
+/// Field type that a physical column stands for when its stored type is of another family; "" for other families.
+std::string_view TipoDaFamilia(const TColunaFisica& coluna) {
+    switch (coluna.tipo) {
+        case TTipoDado::Inteiro:
+            return "ftInteger";
+        case TTipoDado::Flutuante:
+            return "ftFloat";
+        case TTipoDado::Texto:
+            return "ftString";
+        case TTipoDado::Blob:
+        case TTipoDado::Memo:
+            return "ftBlob";
+        case TTipoDado::Data:
+        case TTipoDado::Hora:
+        case TTipoDado::DataHora:
+            return "ftDateTime";
+        default:
+            return "";
+    }
+}
+
+std::string_view Familia(const std::string& tipo) {
+    const std::string t = Maiusculas(tipo);
+    if (Um(t, {"FTSTRING", "FTGUID", "GUID"})) return "ftString";
+    if (Um(t, {"FTFLOAT", "FTCURRENCY"})) return "ftFloat";
+    if (Um(t, {"FTBLOB", "FTMEMO", "FTGRAPHIC"})) return "ftBlob";
+    if (Um(t, {"FTINTEGER", "FTSMALLINT", "FTBOOLEAN", "FTWORD", "FTAUTOINC", "FTLARGEINT"})) return "ftInteger";
+    return "";
+}
+
+/// The stored column as the database really has it. Of dates and times only a text can have been made in place.
+TColunaComparada Corrigida(TColunaComparada velha, const TColunaFisica& fisica) {
+    const auto familia = TipoDaFamilia(fisica);
+    const auto guardada = Familia(velha.tipo);
+    const bool conta = familia == "ftDateTime" ? guardada == "ftString" : !familia.empty() && !guardada.empty();
+    if (conta && familia != guardada) {
+        velha.tipo = familia;
+        if (familia == "ftString") velha.tamanho = std::to_string(fisica.tamanho);
+    } else if (familia == "ftString" && fisica.tamanho < velha.Tamanho()) {
+        velha.tamanho = std::to_string(fisica.tamanho);
+    }
+    return velha;
+}
+
+TComandoPendente MudaTipo(std::string_view tabela, const TColunaComparada& nova, const TColunaFisica& fisica,
+                          TTipoBanco banco) {
+    const std::string inicio = "alter table " + std::string(tabela) + ChaveAlteraColuna(nova.nome, banco);
+    TComandoPendente comando{inicio + DefinicaoCampo(nova, banco),
+                             inicio + TipoDaColuna(nova.tipo, nova.tamanho, banco), nova.chave == 1, nova.nome};
+    if (banco == TTipoBanco::tbSQLServer && fisica.requerido) {  // which takes a column without it for nullable
+        comando.alternativa += " not null ";
+        if (nova.chave != 1) comando.texto += " not null ";
+    }
+    if (comando.alternativa == comando.texto) comando.alternativa.clear();
+    return comando;
+}
+
+/// A text becomes a blob: the temporary column comes, takes the values, and goes.
+std::vector<TComandoPendente> TextoViraBlob(std::string_view tabela, const TColunaComparada& nova, bool temporaria,
+                                            TTipoBanco banco) {
+    const std::string t(tabela);
+    const std::string& c = nova.nome;
+    TComandoPendente apaga{"alter table " + t + " drop column " + c + "_TMP", "", false};
+    if (banco == TTipoBanco::tbInterbase) apaga.alternativa = "alter table " + t + " drop " + c + "_TMP";
+    TComandoPendente copia{"update  " + t + " set " + c + "_TMP = " + c, "", false};
+    if (banco == TTipoBanco::tbSQLServer)  // which turns no Unicode text into an image by itself
+        copia.alternativa = "update  " + t + " set " + c + "_TMP = cast(" + c + " as varbinary(max))";
+    std::vector<TComandoPendente> comandos = {copia, apaga};
+    if (!temporaria)
+        comandos.insert(comandos.begin(),
+                        {"alter table " + t + " add " + c + "_TMP" + DefinicaoCampo(nova, banco), "", false});
+    return comandos;
+}
+
+void ComparaTipos(TDecisaoDaColuna& decisao, std::string_view tabela, const TColunaComparada& nova,
+                  const TColunaComparada& velha, const TFatosFisicos& fisica, TTipoBanco banco) {
+    const std::string n = Maiusculas(nova.tipo);
+    const std::string o = Maiusculas(velha.tipo);
+    if (Um(n, {"FTFLOAT", "FTCURRENCY"}) && Um(o, {"FTINTEGER", "FTFLOAT", "FTCURRENCY"})) {
+        decisao.comandos.push_back(MudaTipo(tabela, nova, *fisica.coluna, banco));
+    } else if (Um(n, {"FTSTRING", "GUID"}) && o != "FTBLOB") {
+        decisao.comandos.push_back(MudaTipo(tabela, nova, *fisica.coluna, banco));
+    } else if (n == "FTBLOB" && Um(o, {"FTSTRING", "FTGUID"})) {
+        decisao.comandos = TextoViraBlob(tabela, nova, fisica.temporaria, banco);
+    } else if (!Um(o, {"FTINTEGER", "FTFLOAT", "FTCURRENCY", "FTSTRING", "FTGUID"})) {
+        decisao.reconstroi = true;
+        decisao.motivo = "tipo de " + nova.nome + " muda de " + velha.tipo + " para " + nova.tipo;
+    }
+}
+
+/// Rows that are there have no value yet; those to come have one, whoever writes them.
+TComandoPendente AcrescentaSemValor(std::string_view tabela, TColunaComparada nova, TTipoBanco banco) {
+    nova.chave = 0;
+    if (nova.valorPadrao.empty()) nova.valorPadrao = "0";
+    return {"alter table " + std::string(tabela) + " ADD " + nova.nome + " " + DefinicaoCampo(nova, banco), "", true};
+}
+
+/// What a key column that is without value gets: its default, or what a required one gets.
+TComandoPendente PreencheChave(std::string_view tabela, const TColunaComparada& nova) {
+    const bool quando = Um(Maiusculas(nova.tipo), {"FTDATE", "FTTIME", "FTDATETIME"});
+    const std::string valor = !nova.valorPadrao.empty() ? Aspas(Maiusculas(nova.valorPadrao))
+                              : quando                  ? "current_timestamp"
+                                                        : Aspas("0");
+    return {"update " + std::string(tabela) + " set " + nova.nome + " = " + valor + " where " + nova.nome + " is null",
+            "", true};
+}
+
+void ComparaChave(TDecisaoDaColuna& decisao, const TColunaComparada& nova, const TColunaComparada& guardada) {
+    if (nova.chave != guardada.chave) {
+        decisao.reconstroi = true;
+        decisao.motivo = nova.nome + (nova.chave == 1 ? " entra na chave" : " sai da chave");
+    } else if (nova.chave == 1 && nova.tamanho != guardada.tamanho) {
+        decisao.reconstroi = true;
+        decisao.motivo = "coluna de chave " + nova.nome + " muda de tamanho";
+    }
+}
+
+}  // namespace
+
+std::int64_t TColunaComparada::Tamanho() const { return Inteiro(tamanho); }
+
+bool TColunaComparada::Calculada() const { return !Apara(calculo).empty(); }
+
+std::optional<TColunaComparada> ColunaDe(const TClientDataSet& satrib) {
+    if (satrib.IsEmpty()) return std::nullopt;
+    const auto texto = [&satrib](std::string_view campo) {  // older dictionaries lack some of the columns
+        const int indice = satrib.IndiceDoCampo(campo);
+        return indice < 0 ? std::string() : satrib.Valor(static_cast<std::size_t>(indice)).ComoTexto();
+    };
+    TColunaComparada coluna;
+    coluna.nome = Apara(texto("NOME"));
+    coluna.tipo = AparaFim(texto("TIPO"));
+    coluna.tamanho = AparaFim(texto("TAMANHO"));
+    coluna.valorPadrao = texto("VALOR_PADRAO");
+    coluna.calculo = texto("CALCULO");
+    coluna.chave = static_cast<int>(Inteiro(texto("CHAVE_DE_PESQUISA")));
+    coluna.sequencia = Inteiro(texto("SEQUENCIA"));
+    coluna.lookup = texto("LOOKUP_ARQUIVO");
+    return coluna;
+}
+
+TDecisaoDaColuna ComparaColuna(std::string_view tabela, const TColunaComparada& nova,
+                               const std::optional<TColunaComparada>& velha, const TFatosFisicos& fisica,
+                               TTipoBanco banco) {
+    TDecisaoDaColuna decisao;
+    if (velha && fisica.coluna) {
+        const TColunaComparada atual = Corrigida(*velha, *fisica.coluna);
+        if (atual.tipo != nova.tipo)
+            ComparaTipos(decisao, tabela, nova, atual, fisica, banco);
+        else if (Maiusculas(nova.tipo) == "FTSTRING" && nova.Tamanho() > atual.Tamanho())
+            decisao.comandos.push_back(MudaTipo(tabela, nova, *fisica.coluna, banco));
+        ComparaChave(decisao, nova, *velha);
+    } else if (!fisica.coluna) {
+        decisao.acrescenta = true;
+        decisao.comandos.push_back(
+            {"alter table " + std::string(tabela) + " ADD " + nova.nome + " " + DefinicaoCampo(nova, banco), "",
+             nova.chave == 1});
+    }
+    return decisao;
+}
+
+TDecisaoDaColuna ComparaNoLugar(std::string_view tabela, const TColunaComparada& nova,
+                                const std::optional<TColunaComparada>& velha, const TFatosFisicos& fisica,
+                                TTipoBanco banco) {
+    TDecisaoDaColuna decisao = ComparaColuna(tabela, nova, velha, fisica, banco);
+    const bool eraDaChave = fisica.inacabada ? fisica.naChave : velha && velha->chave == 1;
+    const bool daChave = nova.chave == 1;
+    if (!fisica.coluna && daChave) decisao.comandos = {AcrescentaSemValor(tabela, nova, banco)};
+    if (fisica.coluna && decisao.comandos.empty() && (decisao.reconstroi || (fisica.inacabada && daChave)) &&
+        TipoNormal(fisica.coluna->tipoSql) != TipoNormal(TipoDaColuna(nova.tipo, nova.tamanho, banco)))
+        decisao.comandos.push_back(MudaTipo(tabela, nova, *fisica.coluna, banco));
+    if (daChave && (!eraDaChave || !fisica.coluna)) decisao.comandos.push_back(PreencheChave(tabela, nova));
+    if (!daChave && eraDaChave && fisica.coluna)
+        decisao.comandos.push_back({ComandoDispensaValor(tabela, *fisica.coluna, banco), "", true});
+    decisao.reconstroi = false;
+    decisao.motivo.clear();
+    return decisao;
+}
+
+bool MudancaExclusiva(const TColunaComparada& nova, const TColunaComparada& velha) {
+    const std::string n = Maiusculas(nova.tipo);
+    const std::string o = Maiusculas(velha.tipo);
+    const bool deChave = velha.chave == 1 && nova.chave == 1 && velha.tamanho != nova.tamanho;
+    if (nova.tipo != velha.tipo)
+        return deChave || (Um(n, {"FTFLOAT", "FTCURRENCY"}) && !Um(o, {"FTINTEGER", "FTCURRENCY", "FTFLOAT"})) ||
+               (n == "FTSTRING" && o == "FTBLOB") || (n == "FTINTEGER" && !Um(o, {"FTSTRING", "FTGUID"}));
+    return deChave || (Um(o, {"FTSTRING", "FTGUID"}) && nova.Tamanho() < velha.Tamanho()) || velha.chave != nova.chave;
+}
+
+}  // namespace wkd

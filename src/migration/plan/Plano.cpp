@@ -1,0 +1,339 @@
+#include "plan/Plano.h"
+
+#include <algorithm>
+#include <map>
+
+#include "corrections/Correcoes.h"
+#include "decision/DecisaoDaTabela.h"
+#include "layout/Preambulo.h"
+#include "package/Trava.h"
+#include "packet/DataPacket.h"
+#include "passes/CamposTexto.h"
+#include "plan/ExameDosDados.h"
+#include "rebuild/Impedimento.h"
+#include "rebuild/ObjetosDaTabela.h"
+#include "rows/WKDQuery.h"
+#include "run/CargaDoPacote.h"
+#include "run/UsuariosOnline.h"
+#include "tables/TBComandos.h"
+#include "values/Texto.h"
+
+namespace wkd {
+
+namespace {
+
+constexpr std::int64_t kFormatos = 255;  // versions of one table that a Firebird database keeps
+constexpr std::int64_t kFormatosPerto = 200;
+
+/// Forgets at the end of a scope what was supposed about the database.
+class TSuposicoes {
+  public:
+    explicit TSuposicoes(TDataModulo& dm) : dm_(dm) {}
+    ~TSuposicoes() {
+        dm_.SarquivoVelho.Close();
+        dm_.SatribVelho.Close();
+        for (const auto& tabela : dm_.ListaDeTabelas()) dm_.EsqueceColunas(tabela);
+    }
+    TSuposicoes(const TSuposicoes&) = delete;
+    TSuposicoes& operator=(const TSuposicoes&) = delete;
+
+  private:
+    TDataModulo& dm_;
+};
+
+using TIndicesPorTabela = std::map<std::string, std::vector<TIndicePrevisto>>;
+
+class TPlanejador {
+  public:
+    TPlanejador(TDataModulo& dm, const TOpcoes& opcoes, TEstado& estado) : ctx_{dm, opcoes, estado, {}, {}} {}
+
+    std::optional<TPlano> Planeja();
+
+  private:
+    void Identifica();
+    void Recusadas(const std::vector<TLinhaRecusada>& linhas);
+    void Prepara();
+    void TiraRepetidas();
+    void SupoeDicionario(const std::vector<TComandoDoDicionario>& comandos);
+    void SupoeAjustes(const std::vector<TTextoParaAjustar>& textos);
+    void LeIndices(const TPastaDeTrabalho& pasta);
+    void LeFormatos();
+    void Tabelas();
+    TPlanoDaTabela Tabela(const TMarcasDeAnalise& marcas);
+    void Achados(TPlanoDaTabela& tabela, const TDecisaoDaTabela& decisao);
+    void ExaminaFormatos(TPlanoDaTabela& tabela);
+    void ExaminaDependencias(TPlanoDaTabela& tabela);
+
+    TContexto ctx_;
+    TPlano plano_;
+    TIndicesPorTabela indices_;
+    std::map<std::string, std::int64_t> formatos_;
+};
+
+std::optional<TPlano> TPlanejador::Planeja() {
+    const TPastaPassageira privada(ctx_.opcoes.temporaria);
+    TPastaDeTrabalho pasta(privada.Caminho());
+    plano_.servidor = ServidorVivo(ctx_.Conexao());
+    if (!TemDicionario(ctx_)) return std::nullopt;
+    const TSuposicoes suposicoes(ctx_.dm);
+    Identifica();
+    if (!Desempacota(ctx_, pasta)) return std::nullopt;
+    Recusadas(CarregaDicionarios(ctx_, pasta));
+    plano_.trocas = TrocasDeRegistros(ctx_.dm, pasta);
+    Seleciona(ctx_);
+    ctx_.dm.SarquivoVelho.Open();
+    ctx_.dm.SatribVelho.Open();
+    ctx_.abertas = ReconstrucoesAbertas(ctx_.dm);
+    TiraRepetidas();
+    DesconsideraVersoesNegativas(ctx_);
+    Prepara();
+    LeIndices(pasta);
+    LeFormatos();
+    Tabelas();
+    for (const auto& mudanca : MudancasExclusivas(ctx_))
+        for (auto& tabela : plano_.tabelas)
+            if (tabela.nome == Apara(mudanca.tabela)) tabela.exclusivas.push_back(mudanca.linha);
+    return std::move(plano_);
+}
+
+void TPlanejador::Identifica() {
+    plano_.alias = ctx_.opcoes.alias;
+    plano_.banco = ctx_.dm.SQLConnection1.RetornaDadosConexao().Texto();
+    plano_.pacote = ctx_.opcoes.pacote.string();
+    plano_.usuarios = ContaUsuariosOnline(ctx_.Conexao()).value_or(0);
+}
+
+void TPlanejador::Recusadas(const std::vector<TLinhaRecusada>& linhas) {
+    for (const auto& [tabela, texto] : linhas) plano_.achados.push_back({"nome-improprio", tabela, texto, 0, {}});
+}
+
+void TPlanejador::Prepara() {
+    const auto textos = TextosParaAjustar(ctx_);
+    for (const auto& texto : textos) {
+        plano_.preparacao.insert(plano_.preparacao.end(), texto.comandos.begin(), texto.comandos.end());
+        if (texto.cortados > 0)
+            plano_.achados.push_back({"texto-cortado",
+                                      texto.tabela + "." + texto.coluna,
+                                      "textos seriam cortados em " + std::to_string(kLarguraAjustada) +
+                                          " caracteres; inteiros, ficariam em AtualizaWKD.rejeitados.jsonl",
+                                      texto.cortados,
+                                      {}});
+    }
+    const auto comandos = PendenciasDoDicionario(ctx_.dm);
+    for (const auto& comando : comandos) plano_.preparacao.push_back(comando.texto);
+    for (const auto nome : CorrecoesPendentes(ctx_)) plano_.correcoes.emplace_back(nome);
+    SupoeAjustes(textos);
+    SupoeDicionario(comandos);
+}
+
+/// The run takes the stored rows of a table away that occur more than once, but for those of an open rebuild.
+void TPlanejador::TiraRepetidas() {
+    TClientDataSet& velho = ctx_.dm.SarquivoVelho;
+    TClientDataSet& novo = ctx_.dm.SArquivoNovo;
+    for (novo.First(); !novo.Eof(); novo.Next())
+        if (velho.RecordCount() > 1 && !ctx_.abertas.contains(ChaveDeNome(velho.Texto("nome_arquivo"))))
+            while (!velho.IsEmpty()) velho.Delete();
+}
+
+void TPlanejador::SupoeDicionario(const std::vector<TComandoDoDicionario>& comandos) {
+    for (const auto& comando : comandos) {
+        if (comando.coluna.empty() || !ctx_.dm.ExisteTabela(comando.tabela)) continue;
+        auto colunas = ctx_.dm.ColunasFisicas(comando.tabela);
+        TColunaFisica nova;
+        nova.nome = comando.coluna;
+        nova.tipoSql = comando.tipo;
+        nova.tipo = comando.tipo.starts_with("int") ? TTipoDado::Inteiro : TTipoDado::Texto;
+        if (const auto abre = comando.tipo.find('('); abre != std::string::npos)
+            nova.tamanho = std::stoi(comando.tipo.substr(abre + 1));
+        colunas.push_back(std::move(nova));
+        ctx_.dm.SupoeColunas(comando.tabela, std::move(colunas));
+    }
+}
+
+void TPlanejador::SupoeAjustes(const std::vector<TTextoParaAjustar>& textos) {
+    TClientDataSet& velho = ctx_.dm.SatribVelho;
+    for (const auto& texto : textos) {
+        auto colunas = ctx_.dm.ColunasFisicas(texto.tabela);
+        for (auto& coluna : colunas)
+            if (IgualSemCaixa(coluna.nome, texto.coluna)) coluna.tamanho = kLarguraAjustada;
+        ctx_.dm.SupoeColunas(texto.tabela, std::move(colunas));
+    }
+    if (textos.empty()) return;
+    TClientDataSet& tabelas = ctx_.dm.SArquivoNovo;
+    TClientDataSet& novo = ctx_.dm.SatribNovo;
+    for (tabelas.First(); !tabelas.Eof(); tabelas.Next())
+        for (novo.First(); !novo.Eof(); novo.Next()) {
+            const bool ajustado = !velho.IsEmpty() && std::ranges::any_of(textos, [&](const auto& texto) {
+                return IgualSemCaixa(texto.tabela, AparaFim(velho.Texto("arquivo"))) &&
+                       IgualSemCaixa(texto.coluna, AparaFim(velho.Texto("nome")));
+            });
+            if (!ajustado) continue;
+            velho.Edit();
+            velho.SetValor("tamanho", kTamanhoAjustado);
+            velho.Post();
+        }
+}
+
+/// Those of the package where it brings them, else the stored ones.
+void TPlanejador::LeIndices(const TPastaDeTrabalho& pasta) {
+    const auto le = [&](std::string_view tabela) {
+        const auto arquivo = pasta.Arquivo(std::string(tabela) + ".WKD");
+        TTabelaEmMemoria memoria;
+        if (!arquivo.empty()) {
+            memoria = LePacote(arquivo).Tabela();
+            Recusadas(RecusaNomes(memoria, tabela, arquivo));
+            return memoria;
+        }
+        if (!ctx_.dm.ExisteTabela(tabela)) return memoria;
+        const auto comando = ctx_.Conexao().Prepara("select * from " + std::string(tabela));
+        comando->Abre();
+        memoria.campos = comando->Campos();
+        while (comando->Proximo()) {
+            memoria.linhas.emplace_back();
+            for (std::size_t i = 0; i < memoria.campos.size(); ++i) memoria.linhas.back().push_back(comando->Valor(i));
+        }
+        Recusadas(RecusaNomes(memoria, tabela, tabela));
+        return memoria;
+    };
+    const auto campo = [](const TTabelaEmMemoria& memoria, const TLinha& linha, std::string_view nome) {
+        const int indice = IndiceDoCampo(memoria.campos, nome);
+        return indice < 0 ? std::string() : std::string(Apara(linha[static_cast<std::size_t>(indice)].ComoTexto()));
+    };
+    const auto indices = le("SINDSEC");
+    for (const auto& linha : indices.linhas)
+        indices_[ChaveDeNome(campo(indices, linha, "ARQUIVO"))].push_back(
+            {campo(indices, linha, "NOME"), campo(indices, linha, "TIPO") == "1", {}});
+
+    auto colunas = le("SINDSECA");
+    const int sequencia = IndiceDoCampo(colunas.campos, "SEQUENCIA");
+    if (sequencia >= 0)
+        std::ranges::stable_sort(colunas.linhas, {}, [&](const TLinha& linha) {
+            return linha[static_cast<std::size_t>(sequencia)].ComoInteiro();
+        });
+    for (const auto& linha : colunas.linhas)
+        for (auto& indice : indices_[ChaveDeNome(campo(colunas, linha, "ARQUIVO"))])
+            if (IgualSemCaixa(indice.nome, campo(colunas, linha, "NOME")))
+                indice.colunas.push_back(campo(colunas, linha, "CAMPO"));
+}
+
+void TPlanejador::LeFormatos() {
+    if (ctx_.Banco() != TTipoBanco::tbInterbase) return;
+    TWKDQuery q(ctx_.Conexao(),
+                "select rdb$relation_name as NOME, rdb$format as FORMATO from rdb$relations"
+                " where coalesce(rdb$system_flag, 0) = 0 and rdb$format is not null");
+    for (q.Open(); !q.Eof(); q.Next()) formatos_[ChaveDeNome(q.Texto("NOME"))] = q.Inteiro("FORMATO");
+}
+
+void TPlanejador::Tabelas() {
+    const TMarcasDeAnalise marcas(ctx_);
+    TClientDataSet& tabelas = ctx_.dm.SArquivoNovo;
+    for (tabelas.First(); !tabelas.Eof(); tabelas.Next())
+        if (!TabelaAtual(ctx_).empty()) plano_.tabelas.push_back(Tabela(marcas));
+}
+
+TPlanoDaTabela TPlanejador::Tabela(const TMarcasDeAnalise& marcas) {
+    const std::string nome = TabelaAtual(ctx_);
+    ctx_.Tela().LblGeral("Analisando Tabela: " + nome);
+    const TDecisaoDaTabela decisao = DecideTabela(ctx_, marcas);
+    TPlanoDaTabela tabela;
+    tabela.nome = nome;
+    tabela.acao = decisao.acao;
+    tabela.motivo = decisao.motivo;
+    for (const auto& comando : decisao.comandos) tabela.comandos.push_back(comando.texto);
+    const bool recria = decisao.acao == TAcaoDaTabela::Cria || decisao.acao == TAcaoDaTabela::Reconstroi;
+    const bool existe = ctx_.dm.ExisteTabela(nome);
+    if (decisao.acao == TAcaoDaTabela::Reconstroi && existe)
+        tabela.comandos.push_back("drop table " + Maiusculas(nome));
+    if (recria) {
+        const std::string fisica = decisao.acao == TAcaoDaTabela::Cria ? nome : Maiusculas(nome);
+        tabela.comandos.push_back(ctx_.dm.Atualiza.ComandoCriaTabela(fisica, ColunasNovas(ctx_, nome)));
+    }
+    if (decisao.acao != TAcaoDaTabela::Nada) Achados(tabela, decisao);
+    return tabela;
+}
+
+void TPlanejador::Achados(TPlanoDaTabela& tabela, const TDecisaoDaTabela& decisao) {
+    const auto novas = ColunasNovas(ctx_, tabela.nome);
+    if (CorrecaoMexeAntes(ctx_, tabela.nome))
+        tabela.achados.push_back({"correcao-antes",
+                                  "",
+                                  "uma correção que roda antes das tabelas mexe nela: a decisão pode ser outra",
+                                  0,
+                                  {}});
+    if (decisao.acao == TAcaoDaTabela::Reconstroi) ExaminaDependencias(tabela);
+    if (decisao.acao == TAcaoDaTabela::Cria) {
+        if (const auto impede = ctx_.dm.Atualiza.ImpedimentoParaCriar(tabela.nome, novas))
+            tabela.achados.push_back({"impedimento", "", *impede, 0, {}});
+        return;
+    }
+    const bool existe = ctx_.dm.ExisteTabela(tabela.nome);
+    if (decisao.acao == TAcaoDaTabela::Reconstroi) {
+        const auto volume = VolumeDaTabela(ctx_, existe ? tabela.nome : NomeDaBackup(tabela.nome));
+        tabela.registros = volume.registros;
+        tabela.bytes = volume.bytes;
+    }
+    ExaminaFormatos(tabela);
+    if (!existe) return;
+    const auto exame = ExaminaDados(ctx_, tabela.nome, decisao, novas, indices_[ChaveDeNome(tabela.nome)]);
+    tabela.achados.insert(tabela.achados.end(), exame.begin(), exame.end());
+}
+
+void TPlanejador::ExaminaFormatos(TPlanoDaTabela& tabela) {
+    if (tabela.acao != TAcaoDaTabela::Altera) return;
+    const auto formatos = formatos_[ChaveDeNome(tabela.nome)];
+    const auto alteracoes =
+        std::ranges::count_if(tabela.comandos, [](const auto& comando) { return comando.starts_with("alter table"); });
+    const std::string texto = "a tabela já tem " + std::to_string(formatos) + " versões das " +
+                              std::to_string(kFormatos) + " que o banco guarda, e esta atualização pede mais " +
+                              std::to_string(alteracoes);
+    if (formatos + alteracoes > kFormatos)
+        tabela.achados.push_back(
+            {"versoes-esgotadas", "", texto + ": faça backup e restauração do banco antes", formatos, {}});
+    else if (formatos + alteracoes >= kFormatosPerto)
+        tabela.achados.push_back(
+            {"versoes-perto-do-fim", "", texto + ": um backup com restauração as zera", formatos, {}});
+}
+
+void TPlanejador::ExaminaDependencias(TPlanoDaTabela& tabela) {
+    const std::string nome = Maiusculas(tabela.nome);
+    if (const auto impede = ImpedimentoDaReconstrucao(ctx_, tabela.nome))
+        tabela.achados.push_back({"impedimento", "", "não seria reconstruída: " + *impede, 0, {}});
+    if (!ctx_.dm.ExisteTabela(nome)) return;
+    const auto relata = [&](std::string tipo, std::string texto, std::vector<std::string> nomes) {
+        if (nomes.empty()) return;
+        const auto quantos = static_cast<std::int64_t>(nomes.size());
+        tabela.achados.push_back({std::move(tipo), "", std::move(texto), quantos, std::move(nomes)});
+    };
+    relata("dependentes", "dependem da tabela e impedem a reconstrução", DependentesDaTabela(ctx_, nome));
+    const auto relataFontes = [&](std::string tipo, std::string texto, const std::vector<TFonte>& fontes) {
+        std::vector<std::string> nomes;
+        for (const auto& fonte : fontes) nomes.push_back(fonte.nome);
+        relata(std::move(tipo), std::move(texto), std::move(nomes));
+    };
+    relataFontes("propriedades", "propriedades de colunas que não voltam; a fonte fica no arquivo de rejeitados",
+                 PropriedadesPerdidas(ctx_, nome));
+    relataFontes("gatilhos", "gatilhos que não voltam; a fonte fica no arquivo de rejeitados",
+                 GatilhosDaTabela(ctx_, nome));
+}
+
+}  // namespace
+
+bool TPlano::Muda() const {
+    return !preparacao.empty() || !correcoes.empty() || !trocas.empty() ||
+           std::ranges::any_of(tabelas, [](const auto& tabela) { return tabela.acao != TAcaoDaTabela::Nada; });
+}
+
+bool TPlano::TemAchados() const {
+    return !achados.empty() || EsperaUsuarios() ||
+           std::ranges::any_of(tabelas, [](const auto& tabela) { return !tabela.achados.empty(); });
+}
+
+bool TPlano::EsperaUsuarios() const {
+    return usuarios > 0 && std::ranges::any_of(tabelas, [](const auto& tabela) { return !tabela.exclusivas.empty(); });
+}
+
+std::optional<TPlano> Planeja(TDataModulo& dm, const TOpcoes& opcoes, TEstado estado) {
+    return TPlanejador(dm, opcoes, estado).Planeja();
+}
+
+}  // namespace wkd

@@ -1,0 +1,412 @@
+#include "rebuild/Nova.h"
+
+#include <algorithm>
+#include <iterator>
+#include <memory>
+#include <set>
+#include <stdexcept>
+#include <vector>
+
+#include "alter/DicionarioDaTabela.h"
+#include "copy/Conferencia.h"
+#include "copy/Rejeitados.h"
+#include "rebuild/CriaBackup.h"
+#include "rebuild/Devolucoes.h"
+#include "rebuild/EstadoDaReconstrucao.h"
+#include "rebuild/Impedimento.h"
+#include "rebuild/ObjetosDaTabela.h"
+#include "rebuild/VoltaBackup.h"
+#include "rows/WKDQuery.h"
+#include "tables/DefinicaoCampo.h"
+#include "tables/TBComandos.h"
+#include "values/Texto.h"
+
+namespace wkd {
+
+namespace {
+
+constexpr int kTentativas = 2;  // a failure may pass, such as a lock
+
+std::string Causa(const TErroBanco& erro) {
+    return (erro.Falha() == TFalha::EmUso ? "em uso por outra conexão: " : "") + std::string(erro.what());
+}
+
+/// One rebuild. Up to the drop every error leaves the table as it is; behind it the rows are in the backup table, and
+/// VERSAO -1 stays until they are back.
+class TReconstrucao {
+  public:
+    TReconstrucao(TContexto& ctx, std::string_view nome)
+        : ctx_(ctx), nome_(nome), tabela_(Maiusculas(nome)), backup_(NomeDaBackup(tabela_)) {}
+
+    void Executa() {
+        if (RestauracaoInterrompida(ctx_, tabela_)) {
+            if (!Tenta([this] { Retoma(); }, [] {}) || terminada_) return;
+        }
+        if (!Tenta([this] { Guarda(); }, [this] { Desiste(); }) || !Apaga()) return;
+        Tenta([this] { Ergue(); }, [] {});
+    }
+
+  private:
+    /// False when `passo` failed, which is reported and counts as a table that could not be dropped. A lost connection
+    /// is thrown on.
+    template <class TPasso, class TDesfaz>
+    bool Tenta(TPasso&& passo, TDesfaz&& desfaz);
+    void Falhou(const std::string& causa);
+    void Desiste();
+
+    void Guarda();
+    void GuardaObjetos();
+    void GuardaOQueVolta();
+    std::vector<std::string> GuardaFontes(std::string_view tipo, const std::vector<TFonte>& fontes);
+    bool Apaga();
+    void ApagaEMarca();
+    void RelataPerdas();
+
+    void Ergue();
+    void Retoma();
+    void RelataRetorno(const TRestante& restante);
+    bool ColunasDoPacote();
+    bool TemColunas(const std::vector<TColunaDicionario>& colunas);
+    void DispensaBackup();
+    void RegravaDicionarioNovo();
+    std::vector<std::string> ColunasForaDoDicionario();
+    bool Restaura(const TRestante& restante);
+    TConferencia Confere();
+    void CompletaIndices();
+    void DevolveObjetos();
+    void Termina(bool confere);
+    std::vector<std::string> ColunasSoDe(const std::string& uma, const std::string& outra);
+    void RelataColunas(const std::vector<std::string>& ficaram);
+
+    TContexto& ctx_;
+    std::string nome_;  // as the package writes it
+    std::string tabela_, backup_;
+    std::vector<std::string> chave_, chaveAntiga_, gatilhos_, propriedades_, comentarios_;
+    std::set<std::string> alteradas_;
+    std::unique_ptr<TReserva> reserva_;  // from before the first row is saved until the table is gone
+    bool existe_ = false, apagada_ = false, retomada_ = false, terminada_ = false, dispensada_ = false;
+    std::int64_t antes_ = 0;
+};
+
+template <class TPasso, class TDesfaz>
+bool TReconstrucao::Tenta(TPasso&& passo, TDesfaz&& desfaz) {
+    try {
+        passo();
+        return true;
+    } catch (const TErroBanco& erro) {
+        Falhou(Causa(erro));
+        if (erro.ConexaoPerdida()) {
+            desfaz();
+            throw;
+        }
+    } catch (const std::exception& erro) {
+        Falhou(erro.what());
+    }
+    desfaz();
+    return false;
+}
+
+void TReconstrucao::Falhou(const std::string& causa) {
+    ctx_.estado.falhouApagar = true;
+    ctx_.Tela().Memo2(
+        "Tabela " + tabela_ +
+        (apagada_ ? ": reconstrução não concluída, registros em " + backup_ + ": " : " não reconstruída: ") + causa);
+    ctx_.Tela().SetLog(causa, tabela_, ctx_.acaoAtual);
+}
+
+/// The table is free again, and gets the indexes that the run has dropped before the rebuild.
+void TReconstrucao::Desiste() {
+    reserva_.reset();
+    if (!existe_) return;
+    if (!ctx_.dm.Atualiza.CriaIndiceSecundarios(nome_)) ctx_.Log(ctx_.dm.Atualiza.Erro());
+}
+
+void TReconstrucao::Guarda() {
+    existe_ = ctx_.dm.ExisteTabela(tabela_);
+    if (const auto impedimento = ImpedimentoDaReconstrucao(ctx_, nome_)) throw std::runtime_error(*impedimento);
+    if (existe_) reserva_ = ctx_.Conexao().Reserva(tabela_);
+    chave_ = ChaveGuardada(ctx_, tabela_);
+    // What the restore just brought back is proven again, now that nobody writes.
+    const bool conferida =
+        retomada_ && !dispensada_ && ConfereComBackup(ctx_.Conexao(), backup_, tabela_, alteradas_).Igual();
+    const TBackupFeito backup = CriaBackup(ctx_, tabela_, chave_, dispensada_, conferida);
+    antes_ = backup.registros;
+    chaveAntiga_ = backup.chaveDaTabela;
+    ctx_.acaoAtual = "Criar Tabela";
+    if (existe_) GuardaObjetos();
+    LevaRejeitadosAoDisco(ctx_);
+}
+
+void TReconstrucao::GuardaObjetos() {
+    GuardaOQueVolta();
+    gatilhos_ = GuardaFontes("Gatilho", GatilhosDaTabela(ctx_, tabela_));
+    propriedades_ = GuardaFontes("Propriedade de coluna", PropriedadesPerdidas(ctx_, tabela_));
+}
+
+/// Comments may have letters that the connection cannot write; these are kept in the rejects file instead.
+void TReconstrucao::GuardaOQueVolta() {
+    auto devolucoes = DevolucoesGuardadas(ctx_, backup_);
+    for (auto& comando : ComandosDeDevolucao(ctx_, nome_))
+        if (std::ranges::find(devolucoes, comando) == devolucoes.end()) devolucoes.push_back(std::move(comando));
+    for (int tentativa = 1; tentativa <= kTentativas; ++tentativa) {
+        try {
+            return GuardaDevolucoes(ctx_, backup_, devolucoes);
+        } catch (const TErroBanco& erro) {
+            if (erro.ConexaoPerdida()) throw;
+        } catch (const TErroConversao&) {
+        }
+    }
+    std::vector<TFonte> comentarios;
+    std::erase_if(devolucoes, [&](const std::string& comando) {
+        const bool comentario = comando.starts_with("comment on ");
+        if (comentario) comentarios.push_back({Divide(comando, ' ').at(3), comando});
+        return comentario;
+    });
+    GuardaDevolucoes(ctx_, backup_, devolucoes);
+    comentarios_ = GuardaFontes("Comentário", comentarios);
+}
+
+/// Keeps in the rejects file what goes with the table; returns the names.
+std::vector<std::string> TReconstrucao::GuardaFontes(std::string_view tipo, const std::vector<TFonte>& fontes) {
+    TRejeitados rejeitados(ctx_, tabela_, tipo);
+    std::vector<std::string> nomes;
+    for (const auto& [nome, texto] : fontes) {
+        if (!rejeitados.Valor({}, "apagado com a tabela", nome, texto))
+            throw std::runtime_error(std::string(tipo) + " " + nome + ": a fonte não pôde ser guardada");
+        nomes.push_back(nome);
+    }
+    return nomes;
+}
+
+bool TReconstrucao::Apaga() {
+    if (!Tenta([this] { ApagaEMarca(); }, [this] { Desiste(); })) return false;
+    if (!existe_) return true;
+    ctx_.dm.Commit("Erro apagando a tabela: " + tabela_);
+    RelataPerdas();
+    return true;
+}
+
+/// In one transaction: a table that is gone is known to wait for its rows, whoever creates one of its name. It is the
+/// reservation's, so that nobody writes a row after the copy that would go with the table.
+void TReconstrucao::ApagaEMarca() {
+    TResultado apagada;
+    try {
+        TTransacao transacao(ctx_.Conexao(), std::move(reserva_));
+        MarcaRestaurando(ctx_, tabela_);
+        if (existe_) ctx_.Conexao().Prepara("drop table " + tabela_)->Executa();
+        transacao.Commit();
+    } catch (const TErroBanco& erro) {
+        apagada = TResultado(erro);
+    }
+    if (existe_) ctx_.evidencia.Comando({"drop table " + tabela_, "", apagada.Mensagem()});
+    if (apagada) return;
+    if (apagada.Erro().ConexaoPerdida()) throw apagada.Erro();
+    const auto dependentes = DependentesDaTabela(ctx_, tabela_);
+    throw std::runtime_error(Causa(apagada.Erro()) +
+                             (dependentes.empty() ? "" : " Dependem dela: " + Junta(dependentes, ", ")));
+}
+
+void TReconstrucao::RelataPerdas() {
+    const auto relata = [this](const std::string& motivo, const std::vector<std::string>& nomes) {
+        if (!nomes.empty()) ctx_.Tela().Memo2("Tabela " + tabela_ + ": " + motivo + ": " + Junta(nomes, ", "));
+    };
+    relata("gatilhos não recriados, fonte no arquivo de rejeitados", gatilhos_);
+    relata("propriedades de colunas não recriadas, fonte no arquivo de rejeitados", propriedades_);
+    relata("comentários não recriados, fonte no arquivo de rejeitados", comentarios_);
+}
+
+void TReconstrucao::Ergue() {
+    apagada_ = true;
+    ctx_.dm.AtualizaListaDeTabelas();
+    RegravaDicionarioNovo();
+    if (!CriaTabelaComIndices(ctx_, nome_)) throw std::runtime_error(ctx_.dm.Atualiza.Erro());
+    const bool restaurada = Restaura(RestauracaoInteira(ctx_, tabela_, chaveAntiga_));
+    const TConferencia conferencia = Confere();
+    if (restaurada) Termina(conferencia.Igual());
+}
+
+/// Goes on with the restore that an earlier run broke off. The table has been in use since, and what is in it stays.
+/// One that the package wants otherwise is whole then, and is rebuilt anew.
+void TReconstrucao::Retoma() {
+    apagada_ = retomada_ = true;
+    const bool doPacote = ColunasDoPacote();
+    ReabreReconstrucao(ctx_, tabela_);
+    const TRestante restante = RestauracaoQueFalta(ctx_, tabela_);
+    RelataRetorno(restante);
+    chave_ = ChaveGuardada(ctx_, tabela_);
+    antes_ = ContaRegistros(ctx_.Conexao(), "select count(*) as total from " + tabela_) + restante.linhas;
+    if (doPacote) RegravaDicionarioNovo();
+    const bool restaurada = Restaura(restante);
+    const TConferencia conferencia = Confere();
+    if (restaurada && doPacote) Termina(conferencia.Igual());
+    terminada_ = !restaurada || doPacote;
+    if (terminada_) return;
+    const bool temTudo = conferencia.Igual() && !conferencia.emParte && ColunasSoDe(tabela_, backup_).empty();
+    if (!temTudo) DispensaBackup();
+    apagada_ = false;
+}
+
+/// Nobody knows whether rows that a backup without mark has, and the table has not, were deleted since.
+void TReconstrucao::RelataRetorno(const TRestante& restante) {
+    if (restante.linhas == 0 || EstadoDaReconstrucao(ctx_, tabela_) != TEstadoDaReconstrucao::Desconhecida) return;
+    ctx_.Tela().Memo1("Tabela " + tabela_ + ": " + std::to_string(restante.linhas) + " registros que só " + backup_ +
+                      " tinha voltam para a tabela");
+}
+
+/// The table holds more than its backup, or may do: the next one takes its place, but for values that the package has a
+/// column for, and no other place.
+void TReconstrucao::DispensaBackup() {
+    const auto ficaram = ColunasSoDe(backup_, tabela_);
+    std::vector<std::string> pedidas;
+    for (const auto& coluna : ColunasNovas(ctx_, nome_))
+        std::ranges::copy_if(ficaram, std::back_inserter(pedidas),
+                             [&](const std::string& nome) { return IgualSemCaixa(coluna.nome, nome); });
+    if (!pedidas.empty())
+        throw std::runtime_error("a tabela mudou desde a reconstrução interrompida, e só " + backup_ +
+                                 " tem os valores de " + Junta(pedidas, ", "));
+    DevolveObjetos();
+    MarcaGuardada(ctx_, tabela_);
+    dispensada_ = true;
+}
+
+/// Whether the table was created from the package's columns. Without a mark its own columns must say so, too.
+bool TReconstrucao::ColunasDoPacote() {
+    const auto novas = ColunasNovas(ctx_, nome_);
+    const auto definicoes = [this](const std::vector<TColunaDicionario>& colunas) {
+        std::set<std::string> textos;
+        for (const auto& coluna : colunas)
+            if (ColunaFisica(coluna)) textos.insert(Maiusculas(coluna.nome + DefinicaoCampo(coluna, ctx_.Banco())));
+        return textos;
+    };
+    if (definicoes(ctx_.dm.Atualiza.ColunasDoDicionario(tabela_)) != definicoes(novas)) return false;
+    return EstadoDaReconstrucao(ctx_, tabela_) == TEstadoDaReconstrucao::Restaurando || TemColunas(novas);
+}
+
+/// Whether the table has these columns, of these types, and no others.
+bool TReconstrucao::TemColunas(const std::vector<TColunaDicionario>& colunas) {
+    const auto fisicas = ctx_.Conexao().Colunas(tabela_);
+    const auto tem = [&](const TColunaDicionario& coluna) {
+        const TColunaFisica* fisica = ColunaDeNome(fisicas, coluna.nome);
+        return fisica &&
+               TipoNormal(fisica->tipoSql) == TipoNormal(TipoDaColuna(coluna.tipo, coluna.tamanho, ctx_.Banco()));
+    };
+    const auto esperadas = std::ranges::count_if(colunas, ColunaFisica);
+    return std::ssize(fisicas) == esperadas &&
+           std::ranges::all_of(colunas, [&](const auto& coluna) { return !ColunaFisica(coluna) || tem(coluna); });
+}
+
+/// When the server refuses the new rows, the table comes back as the stored ones have it. A column that is missing
+/// among them would leave its values behind in the backup table, so a refused row gets a second try.
+void TReconstrucao::RegravaDicionarioNovo() {
+    std::string causa;
+    for (int tentativa = 1; tentativa <= kTentativas; ++tentativa) {
+        try {
+            RegravaDicionario(ctx_, nome_, true);
+            const auto faltam = ColunasForaDoDicionario();
+            if (faltam.empty()) return;
+            causa = "colunas fora do dicionário: " + Junta(faltam, ", ");
+        } catch (const TErroBanco& erro) {
+            if (erro.ConexaoPerdida()) throw;
+            causa = erro.what();
+        }
+    }
+    Falhou(causa);
+}
+
+std::vector<std::string> TReconstrucao::ColunasForaDoDicionario() {
+    std::set<std::string> guardadas;
+    for (const auto& coluna : ctx_.dm.Atualiza.ColunasDoDicionario(tabela_)) guardadas.insert(ChaveDeNome(coluna.nome));
+    std::vector<std::string> faltam;
+    for (const auto& coluna : ColunasNovas(ctx_, nome_))
+        if (ColunaFisica(coluna) && !guardadas.contains(ChaveDeNome(coluna.nome))) faltam.push_back(coluna.nome);
+    return faltam;
+}
+
+bool TReconstrucao::Restaura(const TRestante& restante) {
+    return Tenta([&] { alteradas_ = VoltaBackup(ctx_, tabela_, chave_, restante); },
+                 [this] {
+                     ctx_.Tela().Informacao("Problema voltando backup da tabela : " + tabela_);
+                     ctx_.Tela().PbAtual().Posicao(0);
+                 });
+}
+
+TConferencia TReconstrucao::Confere() {
+    const TConferencia c = ConfereComBackup(ctx_.Conexao(), backup_, tabela_, alteradas_);
+    // What has been entered since the restore was broken off is in the table alone.
+    const bool entraram = retomada_ && c.naTabela == antes_ && c.diferentes == 0 && c.colunas.empty();
+    const std::string contagem =
+        " Nº de registros antes: " + std::to_string(antes_) + " Nº de registros depois: " + std::to_string(c.naTabela);
+    if (c.naTabela != antes_) {
+        ctx_.Tela().Memo2("***** ATENÇÃO *******");
+        ctx_.Tela().Memo2("***** TABELA " + tabela_ + contagem);
+    }
+    if (c.Igual() || entraram) return c;
+    // A key that somebody has taken since keeps the backup's row out of the table.
+    if (retomada_ && c.diferentes > 0) GuardaDiferentes(ctx_, tabela_, chave_, alteradas_);
+    ctx_.Tela().Memo2("Tabela " + tabela_ + ": conteúdo diferente de " + backup_ + ": " +
+                      (c.colunas.empty() ? std::to_string(c.diferentes) + " registros" : Junta(c.colunas, ", ")) +
+                      contagem);
+    return c;
+}
+
+/// A second try for what could not be created on the empty table; its failure has been reported.
+void TReconstrucao::CompletaIndices() {
+    ctx_.dm.Atualiza.CriaIndicePrimario(nome_, false);
+    ctx_.dm.Atualiza.CriaIndiceSecundarios(nome_);
+}
+
+/// What an earlier try has given back, the table itself would ask for by now.
+void TReconstrucao::DevolveObjetos() {
+    const auto devolucoes = DevolucoesGuardadas(ctx_, backup_);
+    if (devolucoes.empty()) return;
+    const auto indices = ctx_.Conexao().Indices(tabela_);
+    const auto devolvidos = ComandosDeDevolucao(ctx_, nome_);
+    for (const auto& comando : devolucoes) {
+        const bool existe = std::ranges::any_of(indices, [&](const TIndice& indice) {
+            return comando.find("index " + Identificador(indice.nome, ctx_.Banco()) + " on ") != std::string::npos;
+        });
+        if (existe || std::ranges::find(devolvidos, comando) != devolvidos.end()) continue;
+        TResultado devolvido = ctx_.dm.Executa(comando);
+        if (!devolvido) devolvido = ctx_.dm.Executa(comando);
+        if (!devolvido) {
+            ctx_.Tela().Memo2("Tabela " + tabela_ + ": " + comando + ": " + devolvido.Mensagem());
+            ctx_.Tela().SetLog(devolvido.Mensagem(), tabela_, comando);
+        }
+    }
+    GuardaDevolucoes(ctx_, backup_, {});
+}
+
+std::vector<std::string> TReconstrucao::ColunasSoDe(const std::string& uma, const std::string& outra) {
+    const auto daOutra = ctx_.Conexao().Colunas(outra);
+    std::vector<std::string> nomes;
+    for (const auto& coluna : ctx_.Conexao().Colunas(uma))
+        if (!ColunaDeNome(daOutra, coluna.nome)) nomes.push_back(coluna.nome);
+    return nomes;
+}
+
+void TReconstrucao::RelataColunas(const std::vector<std::string>& ficaram) {
+    if (ficaram.empty()) return;
+    ctx_.Tela().Memo2("Tabela " + tabela_ + ": colunas que ficaram só em " + backup_ + ": " + Junta(ficaram, ", "));
+}
+
+void TReconstrucao::Termina(bool confere) {
+    CompletaIndices();
+    DevolveObjetos();
+    const auto ficaram = ColunasSoDe(backup_, tabela_);
+    RelataColunas(ficaram);
+    if (!ctx_.estado.falhouApagar) MoveMarcadores(ctx_, tabela_);
+    const bool encerrada = !ctx_.estado.falhouApagar && EncerraReconstrucao(ctx_, tabela_);
+    // Whole again but still with -1: the next run saves it anew, with what is entered until then.
+    if (!encerrada && confere && ficaram.empty()) MarcaGuardada(ctx_, tabela_);
+}
+
+}  // namespace
+
+void Nova(TContexto& ctx, std::string_view tabela) {
+    ctx.tabelaAtual = Maiusculas(tabela);
+    ctx.acaoAtual = "Criar Tabela";
+    ctx.estado.falhouApagar = false;
+    TReconstrucao(ctx, tabela).Executa();
+}
+
+}  // namespace wkd

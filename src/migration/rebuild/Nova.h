@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string_view>
+
+#include "run/Contexto.h"
+
+namespace wkd {
+
+/// Rebuilds one business table from the package's dictionary with all its rows.
+void Nova(TContexto& ctx, std::string_view tabela);
+
+}  // namespace wkd

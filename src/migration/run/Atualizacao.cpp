@@ -1,0 +1,292 @@
+#include "run/Atualizacao.h"
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
+#include "ArquivosSistema.h"
+#include "Relatorio.h"
+#include "alter/PassoDaTabela.h"
+#include "corrections/Correcoes.h"
+#include "decision/DecisaoDaTabela.h"
+#include "layout/AtualizaSistema.h"
+#include "layout/Preambulo.h"
+#include "passes/CamposPersonalizados.h"
+#include "passes/CamposTexto.h"
+#include "passes/Passes.h"
+#include "process/Interrupcao.h"
+#include "run/CargaDoPacote.h"
+#include "run/MarcaDeAnalise.h"
+#include "run/UsuariosOnline.h"
+#include "values/Texto.h"
+#include "values/TextoDeData.h"
+
+namespace wkd {
+
+namespace {
+
+bool DosIndices(const std::filesystem::path& arquivo) {
+    const std::string tabela = Maiusculas(arquivo.stem().string());
+    return tabela == "SINDSEC" || tabela == "SINDSECA";
+}
+
+}  // namespace
+
+TAtualizacao::TAtualizacao(TDataModulo& dm, const TOpcoes& opcoes, TEstado& estado) : ctx_{dm, opcoes, estado, {}, {}} {
+    dm.Atualiza.SetPastaComandos(opcoes.pastaCorrente);
+}
+
+TFimDaAtualizacao TAtualizacao::Executa() {
+    TFimDaAtualizacao fim = TFimDaAtualizacao::Encerrada;
+    try {
+        TInterrupcao::Confere();
+        Identifica();
+        trava_.emplace(ctx_.dm.SQLConnection1);
+        TPastaDeTrabalho pasta(ctx_.opcoes.temporaria);
+        fim = Corre(pasta);
+    } catch (const std::exception& erro) {
+        ctx_.Tela().Informacao(erro.what());
+    } catch (const TInterrompida&) {
+        fim = TFimDaAtualizacao::Interrompida;
+        ctx_.Tela().Memo2("Interrompida: rode de novo");
+        ctx_.Tela().SetLog("Interrompida: rode de novo", "", "Sinal " + std::to_string(TInterrupcao::Sinal()));
+    }
+    trava_.reset();
+    ctx_.evidencia.fim = Agora();
+    ctx_.evidencia.concluida = fim == TFimDaAtualizacao::Concluida;
+    return fim;
+}
+
+void TAtualizacao::Identifica() {
+    TEvidencia& evidencia = ctx_.evidencia;
+    evidencia.inicio = Agora();
+    evidencia.alias = ctx_.opcoes.alias;
+    evidencia.pacote = ctx_.opcoes.pacote.string();
+    evidencia.banco = ctx_.dm.SQLConnection1.RetornaDadosConexao().Texto();
+    evidencia.servidor = ServidorVivo(ctx_.Conexao());
+}
+
+void TAtualizacao::GaranteConexao() {
+    if (!ctx_.Conexao().Perdida() && trava_->Nossa()) return;
+    constexpr int kTentativas = 3;
+    std::string motivo = "A conexão com o banco de dados foi perdida.";
+    ctx_.Tela().Memo2(motivo);
+    ctx_.Tela().SetLog(motivo, "", "Conexão");
+    for (int vez = 0; vez < kTentativas; ++vez) {
+        std::this_thread::sleep_for(vez * ctx_.opcoes.pausaDeReconexao);
+        try {
+            return Reabre();
+        } catch (const TErroBanco& erro) {
+            motivo = erro.what();
+        }
+    }
+    throw std::runtime_error(
+        "A conexão com o banco de dados foi perdida e não pôde ser reaberta. Rode de novo quando o servidor responder: "
+        "a próxima execução continua desta.\n" +
+        motivo);
+}
+
+/// What the server did with the last commit is not known: all that was read is read again.
+void TAtualizacao::Reabre() {
+    TDataModulo& dm = ctx_.dm;
+    trava_->Garante();
+    if (ctx_.Conexao().Perdida()) {
+        const std::string perdida = ctx_.Conexao().Numero();
+        ctx_.Conexao().Open();
+        ctx_.Conexao().Derruba(perdida);
+    }
+    dm.AtualizaListaDeTabelas();
+    for (TClientDataSet* velho : {&dm.SarquivoVelho, &dm.SatribVelho}) {
+        const bool aberto = velho->Active();
+        velho->Close();
+        if (aberto) velho->Open();
+    }
+    ctx_.Tela().Memo1("Conexão com o banco de dados reaberta: a atualização segue com o próximo passo.");
+}
+
+TFimDaAtualizacao TAtualizacao::Corre(TPastaDeTrabalho& pasta) {
+    if (!TemDicionario(ctx_)) return TFimDaAtualizacao::Encerrada;
+    Passo("AjustaCamposStringMaior2000", [this] { AjustaCamposStringMaior2000(ctx_); });
+    Passo("Tabelas do dicionário", [this] { AtualizaTabelasDoDicionario(ctx_.dm); });
+    Inicia();
+    if (!Confirma()) return TFimDaAtualizacao::Encerrada;
+    AtualizaTabelaSistema();
+    if (!Desempacota(ctx_, pasta)) return TFimDaAtualizacao::Encerrada;
+    CarregaDicionarios(ctx_, pasta);
+    if (ctx_.estado.usuariosOnline) Passo("QuerysAnteriores", [this] { QuerysAnteriores(ctx_); });
+
+    Seleciona(ctx_);
+    GaranteConexao();
+    ctx_.abertas = ReconstrucoesAbertas(ctx_.dm);
+    Passo("VerificaDuplicidadeSarquivo", [this] { VerificaDuplicidadeSarquivo(ctx_); });
+    GaranteConexao();
+    ctx_.dm.SarquivoVelho.Open();
+    ctx_.dm.SatribVelho.Open();
+    DesconsideraVersoesNegativas(ctx_);
+    if (!LiberadaPelosUsuarios()) return TFimDaAtualizacao::Encerrada;
+    ValidaNulos();
+    Passo("AtualizaSistema", [&] { adiados_ = AtualizaSistema(ctx_.dm, pasta, ctx_.abertas); });
+    ctx_.Tela().Memo1("Tabelas do sistema............OK!");
+
+    Seleciona(ctx_);
+    AtualizaTabelas();
+    RelatoriosEArquivos(pasta);
+    PassosFinais();
+    GaranteConexao();
+    Encerra();
+    return TFimDaAtualizacao::Concluida;
+}
+
+void TAtualizacao::Inicia() {
+    GaranteConexao();
+    ctx_.Conexao().Close();
+    ctx_.Conexao().Open();
+    ctx_.dm.AtualizaListaDeTabelas();
+    inicio_ = Agora();
+    ctx_.Tela().Memo1("----------------------------------------------------------");
+    ctx_.Tela().Memo1("");
+    ctx_.Tela().Memo1("Iniciando atualização das tabelas: " + FormataDataHora(inicio_, "dd-mm hh:mm"));
+}
+
+bool TAtualizacao::Confirma() {
+    if (Maiusculas(Apara(ctx_.opcoes.alias)) != "WKD") return true;
+    return ctx_.Tela().Confirmacao("Deseja realmente atualizar a base de dados da WKD Software? certeza mesmo?", false);
+}
+
+bool TAtualizacao::LiberadaPelosUsuarios() {
+    if (VerificaAtualizacao(ctx_) || ContaUsuariosOnline(ctx_.Conexao()).value_or(0) == 0) return true;
+    ctx_.Tela().Informacao("Esta atualização requer que todos os usuários fechem o sistema.");
+    return false;
+}
+
+/// A hook: the null-column validation itself validates nothing.
+void TAtualizacao::ValidaNulos() {
+    if (MarcadaParaNaoCriar()) {
+        ctx_.Tela().Memo1("Verificando nulos.............Skiped!");
+    } else if (!ctx_.estado.pulaNulos) {
+        TOcupado ocupado(ctx_.Tela(), "Validando campos nulos");
+    }
+}
+
+void TAtualizacao::AtualizaTabelas() {
+    TClientDataSet& tabelas = ctx_.dm.SArquivoNovo;
+    IBarra& barra = ctx_.Tela().PbGeral();
+    barra.Define(0, static_cast<int>(tabelas.RecordCount()), 10, 0);
+    TMarcasDeAnalise marcas(ctx_);
+    auto dicionario = ctx_.dm.Atualiza.Dicionario().Lembra();
+    ctx_.indicesAdiados = std::ranges::any_of(adiados_, DosIndices);
+    const auto protege = [this](auto&& marca) {
+        try {
+            marca();
+        } catch (const std::exception& erro) {
+            Reporta("Marcas de análise", erro);
+        }
+    };
+    if (ctx_.opcoes.todas || ctx_.opcoes.completo) protege([&] { marcas.Antecipa(TabelasExistentes()); });
+    for (tabelas.First(); !tabelas.Eof(); tabelas.Next()) {
+        TabelaAtual(marcas);
+        barra.Posicao(barra.Posicao() + 1);
+    }
+    GaranteConexao();
+    protege([&] { marcas.Conclui(); });
+    dicionario.reset();
+    Passo("AtualizaSistema", [this] { RecarregaAdiados(ctx_.dm, adiados_); });
+    if (!ctx_.semIndices.empty()) Passo("Índices", [this] { CompletaIndices(); });
+    ctx_.Tela().Memo1("Finalizada as atualizações das tabelas em: " + FormataDataHora(Agora(), "dd/mm hh:mm"));
+    barra.Posicao(0);
+    ctx_.Tela().LblGeral("Parado.");
+}
+
+/// Of the tables whose turn came before their indexes were in the dictionary.
+void TAtualizacao::CompletaIndices() {
+    TMarcasDeAnalise marcas(ctx_);
+    for (const auto& [tabela, falhou] : ctx_.semIndices) RefazIndices(ctx_, marcas, tabela, falhou);
+    marcas.Conclui();
+}
+
+/// Those of the package that the database has.
+std::vector<std::string> TAtualizacao::TabelasExistentes() {
+    std::vector<std::string> nomes;
+    TClientDataSet& tabelas = ctx_.dm.SArquivoNovo;
+    for (tabelas.First(); !tabelas.Eof(); tabelas.Next())
+        if (std::string nome(Apara(tabelas.Texto("nome_arquivo"))); ctx_.dm.ExisteTabela(nome))
+            nomes.push_back(std::move(nome));
+    return nomes;
+}
+
+void TAtualizacao::TabelaAtual(TMarcasDeAnalise& marcas) {
+    const std::string tabela = ctx_.dm.SArquivoNovo.Texto("nome_arquivo");
+    GaranteConexao();
+    trava_->Atividade(tabela);
+    try {
+        TPassoDaTabela(ctx_, marcas).Executa();
+    } catch (const std::exception& erro) {
+        ctx_.Tela().Memo2("Tabela: " + tabela + " - " + erro.what());
+        ctx_.Tela().SetLog(erro.what(), tabela, "Atualizar tabela");
+    }
+}
+
+void TAtualizacao::RelatoriosEArquivos(const TPastaDeTrabalho& pasta) {
+    if (MarcadaParaNaoCriar()) {
+        ctx_.Tela().Memo1("Atualizando Relatórios........Skiped!");
+        ctx_.Tela().Memo1("Atualizando Arquivos..........Skiped!");
+        return;
+    }
+    Passo("AtualizaRelatorio", [&] { AtualizaRelatorio(ctx_.dm, pasta); });
+    Passo("AtualizaArquivosSistema", [&] { AtualizaArquivosSistema(ctx_.dm, pasta); });
+}
+
+void TAtualizacao::PassosFinais() {
+    struct TPasso {
+        std::string_view titulo, nome;
+        void (*executa)(TContexto&);
+    };
+    static constexpr TPasso kPassos[] = {
+        {"Querys : Estrutura de Tabelas", "ApagaAtributosOrfaos", ApagaAtributosOrfaos},
+        {"Querys : Valor Padrão", "AtualizaValorPadrao", AtualizaValorPadrao},
+        {"Querys : Atualiza Lookup", "AtualizaLookup", AtualizaLookup},
+        {"Querys : Atualiza Lookup Fisico", "AtualizaLookupFisico", AtualizaLookupFisico},
+        {"Querys : Atualiza Campos Personalizados", "AtualizaCamposPersonalizados", AtualizaCamposPersonalizados},
+        {"Querys : Atualiza Campo Texto", "AtualizaCamposVarCharparaNvarChar", AtualizaCamposVarCharparaNvarChar},
+        {"Querys : Verifica Indice Primario", "verificaIndicesPrimarios", verificaIndicesPrimarios},
+        {"Querys : Dicionario de Tabelas", "Dicionario_tabelas", Dicionario_tabelas},
+    };
+    Passo("QuerysPosteriores", [this] { QuerysPosteriores(ctx_); });
+    for (const TPasso& passo : kPassos) {
+        ctx_.Tela().ProcessaMensagens();
+        ctx_.Tela().Memo1(passo.titulo);
+        Passo(passo.nome, [&] { passo.executa(ctx_); });
+    }
+}
+
+void TAtualizacao::Encerra() {
+    const TDataHora fim = Agora();
+    ctx_.Tela().Memo1("Final da Atualização: " + FormataDataHora(fim, "dd-mm hh:mm"));
+    ctx_.Tela().Memo1("Tempo de Atualização: " + FormataDuracao(inicio_, fim));
+}
+
+template <class F>
+void TAtualizacao::Passo(std::string_view nome, F&& passo) {
+    const auto inicio = std::chrono::steady_clock::now();
+    std::string falha;
+    GaranteConexao();
+    trava_->Atividade(nome);
+    try {
+        ctx_.Tela().ProcessaMensagens();
+        passo();
+    } catch (const std::exception& erro) {
+        falha = erro.what();
+        Reporta(nome, erro);
+    }
+    const std::chrono::duration<double> tempo = std::chrono::steady_clock::now() - inicio;
+    ctx_.evidencia.passos.push_back({std::string(nome), tempo.count(), falha});
+}
+
+void TAtualizacao::Reporta(std::string_view acao, const std::exception& erro) {
+    ctx_.Tela().Memo2(std::string(acao) + ": " + erro.what());
+    ctx_.Tela().SetLog(erro.what(), "", acao);
+}
+
+bool TAtualizacao::MarcadaParaNaoCriar() const { return std::filesystem::exists(ctx_.opcoes.marcaNaoCria); }
+
+}  // namespace wkd

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "package/Pacote.h"
+#include "run/Contexto.h"
+#include "run/TravaDoBanco.h"
+
+namespace wkd {
+
+enum class TFimDaAtualizacao {
+    Concluida,     // all steps ran, whatever they reported
+    Interrompida,  // the process was asked to end: what is missing is the next run's
+    Encerrada      // ended early: package, refused confirmation, connected users, another run
+};
+
+/// The update run: brings the database of the open connection up to the dictionary of a package. Reports everything
+/// through the screen and the run log and throws nothing of the database's or the package's.
+class TAtualizacao {
+  public:
+    TAtualizacao(TDataModulo& dm, const TOpcoes& opcoes, TEstado& estado);
+
+    TFimDaAtualizacao Executa();
+    /// What Executa did; without the errors, which go through the screen.
+    const TEvidencia& Evidencia() const { return ctx_.evidencia; }
+
+  private:
+    void Identifica();
+    TFimDaAtualizacao Corre(TPastaDeTrabalho& pasta);
+    void Inicia();
+    bool Confirma();
+    bool LiberadaPelosUsuarios();
+    void ValidaNulos();
+    void AtualizaTabelas();
+    void CompletaIndices();
+    std::vector<std::string> TabelasExistentes();
+    void TabelaAtual(class TMarcasDeAnalise& marcas);
+    void RelatoriosEArquivos(const TPastaDeTrabalho& pasta);
+    void PassosFinais();
+    void Encerra();
+
+    /// Before a step: after a loss the connection is opened again, with the lock. Throws when that cannot be.
+    void GaranteConexao();
+    void Reabre();
+    /// Runs one pass; what it raises is reported under its name and the run goes on.
+    template <class F>
+    void Passo(std::string_view nome, F&& passo);
+    void Reporta(std::string_view acao, const std::exception& erro);
+    bool MarcadaParaNaoCriar() const;
+
+    TContexto ctx_;
+    std::optional<TTravaDoBanco> trava_;
+    TDataHora inicio_;
+    std::vector<std::filesystem::path> adiados_;
+};
+
+}  // namespace wkd

@@ -1,0 +1,180 @@
+#include "run/CargaDoPacote.h"
+
+#include <algorithm>
+#include <iterator>
+#include <map>
+#include <set>
+#include <utility>
+
+#include "process/Interrupcao.h"
+#include "values/Texto.h"
+
+namespace wkd {
+
+std::vector<std::string> NomesListados(const std::vector<std::string>& linhas) {
+    std::vector<std::string> nomes;
+    for (const auto& linha : linhas)
+        if (const auto nome = Apara(linha); !nome.empty()) nomes.emplace_back(nome);
+    return nomes;
+}
+
+std::string FiltroDeTabelas(const std::vector<std::string>& tabelas) {
+    if (tabelas.empty()) return {};
+    const auto compara = [](const std::string& tabela) { return "Upper(nome_arquivo) = " + Aspas(Maiusculas(tabela)); };
+    if (tabelas.size() == 1) return compara(tabelas.front());
+
+    std::string filtro = "((" + compara(tabelas.front()) + ")";
+    for (std::size_t i = 1; i < tabelas.size(); ++i) filtro += " or (" + compara(tabelas[i]) + ")";
+    return filtro + ")";
+}
+
+namespace {
+
+/// The busy panel goes when the extraction ends, whatever it ends with.
+std::vector<std::string> Extrai(TContexto& ctx, const TPastaDeTrabalho& pasta) {
+    const struct TFimDaExtracao {
+        TDataModulo& dm;
+        ~TFimDaExtracao() { dm.UnzipUnZipComplete(); }
+    } fim{ctx.dm};
+    return ExtraiPacote(ctx.opcoes.pacote, pasta.Caminho(), [&ctx](int percentual) {
+        TInterrupcao::Confere();
+        ctx.dm.UnzipTotalPercentDone(percentual);
+    });
+}
+
+using TGrafias = std::map<std::string, std::string>;  // by the name in capitals
+
+/// A table that the package writes in two ways would have each take the other's turn, in every run: the first one
+/// holds. Returns the names of such tables.
+TGrafias UnificaTabelas(TContexto& ctx, TTabelaEmMemoria& tabelas) {
+    const auto campo = [&](std::string_view nome) {
+        return static_cast<std::size_t>(IndiceDoCampo(tabelas.campos, nome));
+    };
+    const std::size_t nome = campo("NOME_ARQUIVO"), modulo = campo("COD_MODULO");
+    TGrafias primeiras, repetidas;
+    std::set<std::pair<std::string, std::string>> vistas;
+    std::vector<TLinha> linhas;
+    for (TLinha& linha : tabelas.linhas) {
+        const std::string escrita(Apara(linha[nome].ComoTexto())), chave = Maiusculas(escrita);
+        const std::string& vale = primeiras.emplace(chave, escrita).first->second;
+        const bool outra = escrita != vale;
+        if (outra && repetidas.emplace(chave, vale).second) {
+            const std::string aviso = "o pacote escreve a tabela também " + escrita + "; vale " + vale;
+            ctx.Tela().Memo2("Tabela " + vale + ": " + aviso);
+            ctx.Tela().SetLog(aviso, vale, "Carregar o pacote");
+        }
+        if (outra) linha[nome] = vale;
+        if (vistas.emplace(ChaveDeNome(linha[modulo].ComoTexto()), chave).second || !outra)
+            linhas.push_back(std::move(linha));
+    }
+    tabelas.linhas = std::move(linhas);
+    return repetidas;
+}
+
+/// Their columns, each once.
+void UnificaColunas(TTabelaEmMemoria& colunas, const TGrafias& grafias) {
+    const auto arquivo = static_cast<std::size_t>(IndiceDoCampo(colunas.campos, "ARQUIVO"));
+    const auto nome = static_cast<std::size_t>(IndiceDoCampo(colunas.campos, "NOME"));
+    std::set<std::pair<std::string, std::string>> vistas;
+    std::vector<TLinha> linhas;
+    for (TLinha& linha : colunas.linhas) {
+        const auto vale = grafias.find(ChaveDeNome(Apara(linha[arquivo].ComoTexto())));
+        const bool repete =
+            vale != grafias.end() && !vistas.emplace(vale->first, ChaveDeNome(Apara(linha[nome].ComoTexto()))).second;
+        if (repete) continue;
+        if (vale != grafias.end()) linha[arquivo] = vale->second;
+        linhas.push_back(std::move(linha));
+    }
+    colunas.linhas = std::move(linhas);
+}
+
+}  // namespace
+
+std::string ServidorVivo(TConnection& conexao) {
+    try {
+        return conexao.VersaoServidor();
+    } catch (const TErroBanco&) {
+        if (!conexao.Perdida() || conexao.InTransaction()) throw;
+    }
+    conexao.Open();
+    return conexao.VersaoServidor();
+}
+
+bool TemDicionario(TContexto& ctx) {
+    ctx.dm.AtualizaListaDeTabelas();
+    ctx.dm.Atualiza.Dicionario().EsqueceRecusas();
+    for (const std::string_view tabela : {"SARQUIVO", "SATRIB"}) {
+        if (ctx.dm.ExisteTabela(tabela)) continue;
+        ctx.Tela().Informacao("O banco de dados não tem a tabela " + std::string(tabela) +
+                              " do dicionário: não é um banco do sistema, ou está incompleto. Verifique o alias " +
+                              ctx.opcoes.alias + ".");
+        return false;
+    }
+    return true;
+}
+
+bool Desempacota(TContexto& ctx, TPastaDeTrabalho& pasta) {
+    std::error_code semErro;
+    if (!std::filesystem::is_regular_file(ctx.opcoes.pacote, semErro)) {
+        ctx.Tela().Informacao("Arquivo de atualizção não existe");
+        return false;
+    }
+    pasta.Recria();
+    const auto recusadas = Extrai(ctx, pasta);
+    ctx.Tela().PastaDoPacote(pasta.Caminho());
+    for (const std::string& recusada : recusadas) {
+        ctx.Tela().Memo2(recusada);
+        ctx.Tela().SetLog(recusada, "", "Descompactar");
+    }
+    return true;
+}
+
+std::vector<TLinhaRecusada> CarregaDicionarios(TContexto& ctx, const TPastaDeTrabalho& pasta) {
+    TDataModulo& dm = ctx.dm;
+    dm.SarquivoVelho.Close();
+    dm.SatribVelho.Close();
+    dm.SArquivoNovo.Close();
+    dm.SatribNovo.Close();
+    auto tabelas = LeSarquivo(pasta.Arquivo(kSarquivo)).Tabela(), colunas = LeSatrib(pasta.Arquivo(kSatrib)).Tabela();
+    auto recusadas = RecusaNomes(tabelas, "SARQUIVO", kSarquivo);
+    std::ranges::move(RecusaNomes(colunas, "SATRIB", kSatrib), std::back_inserter(recusadas));
+    for (const auto& [tabela, texto] : recusadas) {
+        ctx.Tela().Memo2(texto);
+        ctx.Tela().SetLog(texto, tabela, "Carregar pacote");
+        ctx.comRecusadas.insert(ChaveDeNome(tabela));
+    }
+    if (tabelas.linhas.empty() || colunas.linhas.empty())
+        throw TErroPacote("O dicionário do pacote não tem nomes que sirvam. É preciso um pacote completo.");
+    const TGrafias grafias = UnificaTabelas(ctx, tabelas);
+    if (!grafias.empty()) UnificaColunas(colunas, grafias);
+    dm.SArquivoNovo.Carrega(std::move(tabelas));
+    dm.SatribNovo.Carrega(std::move(colunas));
+    return recusadas;
+}
+
+/// That of an open rebuild is not known any more: any version ends it.
+void DesconsideraVersoesNegativas(TContexto& ctx) {
+    TClientDataSet& novo = ctx.dm.SArquivoNovo;
+    for (novo.First(); !novo.Eof(); novo.Next()) {
+        if (novo.Inteiro("versao") >= 0) continue;
+        const std::string tabela(Apara(novo.Texto("nome_arquivo")));
+        const std::string linha = "Tabela " + tabela + ": a versão " + novo.Texto("versao") +
+                                  " do pacote não é válida, e conta a gravada no banco";
+        ctx.Tela().Memo2(linha);
+        ctx.Tela().SetLog(linha, tabela, "Versões do pacote");
+        const TValor gravada = ctx.dm.SarquivoVelho.Valor("versao");
+        novo.Edit();
+        novo.SetValor("versao", gravada.ComoInteiro() < 0 ? TValor() : gravada);
+        novo.Post();
+    }
+}
+
+/// The filter is in force before the first use of the package's tables, so that all steps see the selected ones.
+void Seleciona(TContexto& ctx) {
+    TClientDataSet& tabelas = ctx.dm.SArquivoNovo;
+    tabelas.SetFilter(ctx.opcoes.tabelasSelecionadas ? FiltroDeTabelas(NomesListados(ctx.opcoes.tabelas))
+                                                     : std::string());
+    tabelas.SetFiltered(ctx.opcoes.tabelasSelecionadas);
+}
+
+}  // namespace wkd

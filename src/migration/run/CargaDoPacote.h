@@ -1,0 +1,35 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "package/DicionarioDoPacote.h"
+#include "package/Pacote.h"
+#include "run/Contexto.h"
+
+namespace wkd {
+
+/// The table names among the lines of a list: blank ones are none.
+std::vector<std::string> NomesListados(const std::vector<std::string>& linhas);
+
+/// Filter of SArquivoNovo that shows the listed tables only; empty for an empty list.
+std::string FiltroDeTabelas(const std::vector<std::string>& tabelas);
+
+// First steps of whatever works with a package. Those that answer false have said why.
+
+/// What the connection's server is. A connection found dead is opened again: nothing has been begun on it.
+std::string ServidorVivo(TConnection& conexao);
+/// Whether the database has the dictionary; reads the table-name list.
+bool TemDicionario(TContexto& ctx);
+/// Extracts the package of the options into the working directory.
+bool Desempacota(TContexto& ctx, TPastaDeTrabalho& pasta);
+/// Loads the package's dictionary into SArquivoNovo and SatribNovo but the rows that it answers with, which are
+/// reported. Throws TErroPacote when it cannot be used.
+std::vector<TLinhaRecusada> CarregaDicionarios(TContexto& ctx, const TPastaDeTrabalho& pasta);
+/// A table's negative version in the package, which would say that its rebuild is open, counts as the stored one and is
+/// reported. Expects the stored dictionary open.
+void DesconsideraVersoesNegativas(TContexto& ctx);
+/// From now on SArquivoNovo shows the tables that the options select.
+void Seleciona(TContexto& ctx);
+
+}  // namespace wkd

@@ -1,0 +1,132 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "connection/Erros.h"
+#include "datamodule/DataModulo.h"
+#include "layout/Tini.h"
+#include "values/Valor.h"
+
+namespace wkd {
+
+/// What a run does with a table.
+enum class TAcaoDaTabela { Nada, Cria, Altera, Reconstroi };
+
+constexpr std::string_view NomeDaAcao(TAcaoDaTabela acao) {
+    constexpr std::string_view kNomes[] = {"nada", "criar", "alterar", "reconstruir"};
+    return kNomes[static_cast<int>(acao)];
+}
+
+/// What the wizard's pages say about one update run.
+struct TOpcoes {
+    std::string alias;  // as typed
+    std::filesystem::path pacote;
+    bool tabelasSelecionadas = false;  // cbTabela
+    std::vector<std::string> tabelas;  // mListaTabelas
+    bool modoCompleto = false;         // rgModoAtualizacao on "Completo"
+    bool completo = false;             // cbCompleto
+    bool todas = false;                // cbAtualizaTodas
+    bool querysAnteriores = true;      // chkQuerysAnteriores
+    bool querysPosteriores = true;     // chkQuerysPosteriores
+
+    std::chrono::milliseconds pausaDeReconexao{10'000};  // before the second try of three, twice that before the third
+
+    std::filesystem::path marcaNaoCria;         // its presence turns null validation, layouts and system files off
+    std::filesystem::path temporaria;           // below it the working directory is made
+    std::filesystem::path pastaPrograma;        // log, rejects file
+    std::filesystem::path pastaCorrente = ".";  // "erroCria.sql", marker files of the tables
+};
+
+struct TComandoRegistrado {
+    std::string texto;
+    std::string executado;  // the form of it that the server took, when that was another one
+    std::string erro;       // empty: it ran
+};
+
+struct TTabelaRegistrada {
+    std::string nome;
+    TAcaoDaTabela acao = TAcaoDaTabela::Nada;
+    std::string motivo;
+    std::vector<TComandoRegistrado> comandos;
+    std::optional<std::int64_t> antes, depois;  // rows; nothing where they were not counted
+    std::string hash;                           // of its content afterwards; empty: not computed
+    double segundos = 0;
+};
+
+struct TPassoRegistrado {
+    std::string nome;
+    double segundos = 0;
+    std::string erro;
+};
+
+struct TErroRegistrado {
+    TDataHora quando;
+    std::string tabela, acao, mensagem;
+};
+
+/// What one run did, collected while it does it.
+struct TEvidencia {
+    std::string alias, banco, servidor, pacote;
+    TDataHora inicio, fim;
+    bool concluida = false;  // all steps ran, whatever they reported
+    std::vector<TTabelaRegistrada> tabelas;
+    std::vector<TPassoRegistrado> passos;
+    std::vector<TPassoRegistrado> correcoes;  // those whose turn it was
+    std::vector<TErroRegistrado> erros;
+
+    /// A statement of the table under way.
+    void Comando(TComandoRegistrado comando) {
+        if (!tabelas.empty()) tabelas.back().comandos.push_back(std::move(comando));
+    }
+};
+
+/// What outlives a run: the flags of the wizard.
+struct TEstado {
+    bool usuariosOnline = true;  // false: the database has no table of connected users (older generation)
+    bool pulaNulos = false;      // leaves the null validation out
+    bool falhouApagar = false;   // set when a rebuild could not drop its table; cleared by the next rebuild alone
+};
+
+/// What the passes of one run share.
+struct TContexto {
+    TDataModulo& dm;
+    const TOpcoes& opcoes;
+    TEstado& estado;
+    std::string tabelaAtual;
+    std::string acaoAtual;
+    bool repeteTabela = false;  // something of the table failed: the next run analyses it again
+    TEvidencia evidencia = {};
+    std::set<std::string> comRecusadas = {};    // tables of which a row of the package was passed over
+    std::set<std::string> desatualizadas = {};  // tables whose rows in SatribVelho statements have replaced
+    TReconstrucoesAbertas abertas = {};         // as the run found them, and as its rebuilds change them
+
+    bool indicesAdiados = false;                  // the package's SINDSEC or SINDSECA is loaded behind the tables alone
+    std::map<std::string, bool> semIndices = {};  // tables that wait for it, and whether something of them failed
+
+    ITela& Tela() { return dm.Tela(); }
+    TConnection& Conexao() { return dm.SQLConnection1; }
+    TTipoBanco Banco() const { return dm.SQLConnection1.TipoBanco(); }
+    /// Run-log entry of the current table and action.
+    void Log(std::string_view mensagem) { Tela().SetLog(mensagem, tabelaAtual, acaoAtual); }
+};
+
+/// Runs `operacao` and swallows what it throws, but for a lost connection: nothing could follow on it.
+template <class TOperacao>
+void Tolera(TOperacao&& operacao) {
+    try {
+        operacao();
+    } catch (const TErroBanco& erro) {
+        if (erro.ConexaoPerdida()) throw;
+    } catch (const std::exception&) {  // a text that the connection's character set cannot hold
+    }
+}
+
+}  // namespace wkd
