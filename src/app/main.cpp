@@ -78,5 +78,5 @@ int main(int argc, char** argv) {
 #endif
     const TCodigoDeSaida codigo = Atende(argc, argv);
     EsperaSaidas();
-    return static_cast<int>(TInterrupcao::Sinal() != 0 ? CodigoDoSinal(TInterrupcao::Sinal()) : codigo);
+    EncerraProcesso(TInterrupcao::Sinal() != 0 ? CodigoDoSinal(TInterrupcao::Sinal()) : codigo);
 }

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdio>
+#include <cstdlib>
+#include <iostream>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -141,6 +143,12 @@ TInterrupcao::TEtapa TInterrupcao::Etapa() {
     const auto passados = Passados();
     if (passados >= pedido.prazos.abandona) return TEtapa::Abandona;
     return outra || passados >= pedido.prazos.cancela ? TEtapa::Cancela : TEtapa::Pedida;
+}
+
+void EncerraProcesso(TCodigoDeSaida codigo) {
+    std::cout.flush();
+    std::fflush(nullptr);
+    std::_Exit(static_cast<int>(codigo));
 }
 
 TOuvinteDeInterrupcao::TOuvinteDeInterrupcao(TEscuta escuta) : escuta_(std::move(escuta)) {

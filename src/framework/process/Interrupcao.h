@@ -3,6 +3,8 @@
 #include <chrono>
 #include <functional>
 
+#include "process/Programa.h"
+
 namespace wkd {
 
 /// Thrown where work ends because the process was asked to end. No std::exception: no step may take it for an error
@@ -35,6 +37,10 @@ class TInterrupcao {
     enum class TEtapa { Nenhuma, Pedida, Cancela, Abandona };
     static TEtapa Etapa();
 };
+
+/// The end of a program that has closed all it used. Nothing of it is destroyed any more: at a usual exit the client
+/// library unloads the embedded engine's code, in which a thread of either may have a last step left to do.
+[[noreturn]] void EncerraProcesso(TCodigoDeSaida codigo);
 
 /// While it lives, `escuta` hears of the request, again and again until the process ends, with what it has come to.
 /// Called by a thread of its own; it must neither throw nor wait.
