@@ -20,6 +20,8 @@ std::string Aspas(const std::string& argumento) {
     return texto + "'";
 }
 
+int Codigo(int estado) { return WIFEXITED(estado) ? WEXITSTATUS(estado) : -WTERMSIG(estado); }
+
 }  // namespace
 
 TSaidaDePrograma RodaPrograma(const std::filesystem::path& programa, const std::vector<std::string>& argumentos,
@@ -28,8 +30,7 @@ TSaidaDePrograma RodaPrograma(const std::filesystem::path& programa, const std::
     std::string comando = "cd " + Aspas(pasta.string()) + " && TMPDIR=tmp " + Aspas(programa.string());
     for (const std::string& argumento : argumentos) comando += " " + Aspas(argumento);
     const int estado = std::system((comando + " <entrada.txt >saida.txt 2>erros.txt").c_str());
-    return {WIFEXITED(estado) ? WEXITSTATUS(estado) : -1, LeArquivo(pasta / "saida.txt"),
-            LeArquivo(pasta / "erros.txt")};
+    return {Codigo(estado), LeArquivo(pasta / "saida.txt"), LeArquivo(pasta / "erros.txt")};
 }
 
 TProgramaEmCurso::TProgramaEmCurso(const std::filesystem::path& programa, const std::vector<std::string>& argumentos,
@@ -77,11 +78,11 @@ int TProgramaEmCurso::Espera(std::chrono::milliseconds prazo) {
     const auto limite = std::chrono::steady_clock::now() + prazo;
     int estado = 0;
     while (waitpid(processo_, &estado, WNOHANG) == 0) {
-        if (std::chrono::steady_clock::now() > limite) return -2;
+        if (std::chrono::steady_clock::now() > limite) return kCorreAinda;
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     processo_ = 0;
-    return WIFEXITED(estado) ? WEXITSTATUS(estado) : -1;
+    return Codigo(estado);
 }
 
 }  // namespace wkd

@@ -8,7 +8,7 @@
 
 namespace wkd {
 
-/// What a program said, and its exit code; -1 when a signal ended it.
+/// What a program said, and its exit code; minus the number of the signal that ended it.
 struct TSaidaDePrograma {
     int codigo = -1;
     std::string saida, erros;
@@ -32,7 +32,8 @@ class TProgramaEmCurso {
     /// Waits until it takes signals by itself: before, the system ends it.
     void EsperaAtender() const;
     void Sinaliza(int sinal) const;
-    /// Waits for the end; exit code, -1 when a signal ended it, -2 when it takes longer.
+    static constexpr int kCorreAinda = -1000;
+    /// Waits for the end; the code as in TSaidaDePrograma, kCorreAinda when it takes longer.
     int Espera(std::chrono::milliseconds prazo);
 
   private:
