@@ -7,9 +7,15 @@
 #include <QPushButton>
 #include <QScrollBar>
 #include <QTimer>
+#include <iostream>
 
+#include <signal.h>
+#include <unistd.h>
+
+#include "Arquivos.h"
 #include "JanelaApoio.h"
 #include "Linhas.h"
+#include "process/Interrupcao.h"
 #include "window/TelaDaJanela.h"
 
 namespace wkd {
@@ -54,6 +60,41 @@ TEST(ExecucaoTest, UpdatesFromClickToEndAndStaysAlive) {
     EXPECT_TRUE(memo1.section('\n', -1).startsWith("Tempo de Atualização: ")) << S(memo1.right(200));
     EXPECT_EQ(Linhas(*instalacao.Conexao(), "select versao from sarquivo where nome_arquivo = 'TCLI_CON'"), "4");
     EXPECT_TRUE(janela.Janela().close());
+}
+
+/// In a process of its own: a run in the window that gets the signal. Prints what it left, and ends with its code.
+[[noreturn]] void InterrompeNaJanela(int sinal) {
+    TInterrupcao::AtendeSinais({});
+    TInstalacao instalacao;
+    TJanelaDeTeste janela(instalacao, {"LOJA;", {}});
+    janela.Mostra();
+    janela.C<QLineEdit>("edAtualizacao").setText(QCaminho(instalacao.Pacote()));
+    for (int i = 0; i < 3; ++i) janela.C<QPushButton>("btProximo").click();
+    int vezes = 0, recusadas = 0;
+    QTimer relogio;
+    QObject::connect(&relogio, &QTimer::timeout, [&] {
+        recusadas += janela.Janela().close() ? 0 : 1;
+        if (++vezes == 2) kill(getpid(), sinal);
+    });
+    relogio.start(10);
+    janela.dialogos.aoInformar = [&] { relogio.stop(); };
+    janela.C<QPushButton>("btProximo").click();
+    relogio.stop();
+    EsperaFechar(janela);
+    std::cerr << "fechar recusado " << (recusadas == vezes && vezes > 1 ? "sempre" : "nem sempre") << ", janela "
+              << (janela.Janela().isVisible() ? "aberta" : "fechada") << ", "
+              << janela.dialogos.informacoes.size() + janela.dialogos.perguntas.size()
+              << " perguntas\nlog: " << LeArquivo(instalacao.Pasta() / "AtualizaWKD.log")
+              << "\nrelatório: " << LeArquivo(instalacao.Pasta() / "AtualizaWKD.relatorio.json") << std::endl;
+    std::_Exit(static_cast<int>(janela.Janela().Codigo()));
+}
+
+TEST(ExecucaoDeathTest, ASignalEndsTheRunInTheWindowWithLogAndReport) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    for (const int sinal : {SIGTERM, SIGINT})
+        EXPECT_EXIT(InterrompeNaJanela(sinal), testing::ExitedWithCode(128 + sinal),
+                    "fechar recusado sempre, janela fechada, 0 perguntas[^$]*"
+                    "log: [^$]*Interrompida: rode de novo[^$]*relatório: [^$]*Interrompida: rode de novo");
 }
 
 TEST(ExecucaoTest, AnEarlyEndFreesTheWindowForClosing) {

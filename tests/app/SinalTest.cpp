@@ -86,6 +86,25 @@ void SinalizaEmMuitosMomentos(const std::string& servidor) {
     testing::Test::RecordProperty("maior_espera_ms", static_cast<int>(maior.count()));
 }
 
+TEST(Sinal, um_segundo_nao_espera_e_o_primeiro_da_o_codigo) {
+    const TLojaSobSinais sob("");
+    for (int i = 1; i < 4; ++i) {
+        SCOPED_TRACE("momento " + std::to_string(i));
+        sob.Renova();
+        TProgramaEmCurso programa = sob.loja.Comeca();
+        programa.EsperaAtender();
+        std::this_thread::sleep_for(sob.duracao * i / 5);
+        for (const int sinal : {SIGTERM, SIGINT}) {
+            programa.Sinaliza(sinal);
+            std::this_thread::sleep_for(10ms);
+        }
+        EXPECT_EQ(programa.Espera(12s), 128 + SIGTERM) << sob.loja.Arquivo("erros.txt");
+        EXPECT_NE(sob.loja.Arquivo("AtualizaWKD.log").find("Interrompida: rode de novo"), std::string::npos);
+        EXPECT_EQ(sob.loja.Atualiza().codigo, 0) << sob.loja.Arquivo("erros.txt");
+        EXPECT_EQ(Diferencas(sob.esperado, sob.loja.Retrato()), "");
+    }
+}
+
 TEST(Sinal, interrompe_a_qualquer_momento_e_a_corrida_seguinte_termina) { SinalizaEmMuitosMomentos(""); }
 
 TEST(Sinal, interrompe_a_qualquer_momento_tambem_com_um_servidor) {
