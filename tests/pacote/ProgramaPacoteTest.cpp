@@ -1,5 +1,10 @@
 // PacoteWKD from outside: packages made of a folder and of a database, shown and turned into other forms.
+#include <signal.h>
+
 #include <functional>
+#include <random>
+#include <set>
+#include <thread>
 
 #include "BancoDeExemplo.h"
 #include "BancoTemporario.h"
@@ -36,6 +41,40 @@ TEST_F(TPacoteTest, montaUmaPastaComPacotesLayoutsEArquivos) {
     EXPECT_EQ(LeArquivo(destino / "SAtrib.WKD"), LeArquivo(pasta_ / "fontes/SAtrib.WKD"));
     const auto arquivos = LePacote(destino / "ARQUIVOS");
     EXPECT_EQ(arquivos.linhas.back()[2], TValor(TBytes{"solto\r\n"}));
+}
+
+TEST_F(TPacoteTest, umSinalNaoDeixaPacotePelaMetadeNemArquivosTemporarios) {
+    CopiaExemplo();
+    std::string grande(60 << 20, ' ');
+    std::mt19937 acaso(1);
+    for (char& c : grande) c = static_cast<char>(acaso());
+    Fonte("grande.bin", grande);
+    EscreveArquivo(pasta_ / "p.zip", "o anterior");
+    const auto nomes = [&] {
+        std::set<std::string> todos;
+        for (const auto& item : fs::recursive_directory_iterator(pasta_.Caminho()))
+            todos.insert(item.path().lexically_relative(pasta_.Caminho()).string());
+        return todos;
+    };
+    for (const char* saida : {"saida.txt", "erros.txt"}) EscreveArquivo(pasta_ / saida, "");
+    const auto antes = nomes();
+    int interrompidas = 0;
+    for (const int espera : {0, 50, 200, 400, 800, 1200}) {
+        SCOPED_TRACE(espera);
+        const int sinal = espera % 100 == 0 ? SIGTERM : SIGINT;
+        TProgramaEmCurso programa("./PacoteWKD", {"monta", "p.zip", "--pasta", "fontes", "--versao", "8.1"},
+                                  pasta_.Caminho());
+        programa.EsperaAtender();
+        std::this_thread::sleep_for(std::chrono::milliseconds(espera));
+        programa.Sinaliza(sinal);
+        const int codigo = programa.Espera(std::chrono::seconds(60));
+        EXPECT_EQ(nomes(), antes);
+        if (codigo == 0) continue;
+        ++interrompidas;
+        EXPECT_EQ(codigo, 128 + sinal);
+        EXPECT_EQ(LeArquivo(pasta_ / "p.zip"), "o anterior");
+    }
+    EXPECT_GT(interrompidas, 0);
 }
 
 TEST_F(TPacoteTest, oQueNaoDariaUmPacoteNaoEMontado) {

@@ -11,6 +11,7 @@
 #include "package/Trava.h"
 #include "packet/EscritoresPacote.h"
 #include "process/EscritaSegura.h"
+#include "process/Interrupcao.h"
 #include "values/Texto.h"
 
 namespace wkd {
@@ -250,6 +251,15 @@ void Acrescenta(const TZip& zip, const fs::path& arquivo, const fs::path& arquiv
     Falha(arquivoZip, causa);
 }
 
+/// A process that is asked to end takes along what was written so far.
+void Grava(const TZip& zip, const fs::path& arquivoZip) {
+    const auto desiste = [](zip_t*, void*) -> int { return TInterrupcao::Sinal() != 0; };
+    zip_register_cancel_callback_with_state(zip.get(), desiste, nullptr, nullptr);
+    if (zip_close(zip.get()) == 0) return;
+    TInterrupcao::Confere();
+    Falha(arquivoZip, zip_strerror(zip.get()));
+}
+
 }  // namespace
 
 void CompactaZip(const std::vector<fs::path>& arquivos, const fs::path& arquivoZip) {
@@ -257,7 +267,7 @@ void CompactaZip(const std::vector<fs::path>& arquivos, const fs::path& arquivoZ
     novo += ".novo";
     TZip zip = Cria(novo);
     for (const fs::path& arquivo : arquivos) Acrescenta(zip, arquivo, arquivoZip);
-    if (zip_close(zip.get()) != 0) Falha(arquivoZip, zip_strerror(zip.get()));
+    Grava(zip, arquivoZip);
     static_cast<void>(zip.release());  // the library has freed it
     try {
         SubstituiPor(novo, arquivoZip);
