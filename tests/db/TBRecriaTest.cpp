@@ -116,5 +116,19 @@ TEST_F(TBRecriaTest, RowsEnteredSinceAnInterruptedRebuildAreKept) {
     EXPECT_EQ(Linhas("select CODIGO, NOME from TCLI order by 1"), "1|ana;2|bia;3|eva");
 }
 
+TEST_F(TBRecriaTest, WorkSinceARebuildThatEndedBehindTheRestoreIsKept) {
+    TabelaVelha();
+    conexao_.Observa([](std::string_view comando) {
+        if (comando.find("IX_NOME") != std::string_view::npos) throw TMorte();
+    });
+    EXPECT_THROW((void)tb_.ReCriaTabela("TCLI"), TMorte);
+    conexao_.Observa({});
+    Executa("update TCLI set NOME = 'ana maria', FOTO = null where CODIGO = 1");
+    Executa("insert into TCLI (CODIGO, NOME) values (3, 'eva')");
+    ASSERT_TRUE(tb_.ReCriaTabela("TCLI")) << tb_.Erro();
+    EXPECT_EQ(Linhas("select CODIGO, NOME, FOTO from TCLI order by 1"), "1|ana maria|<null>;2|bia|<null>;3|eva|<null>");
+    EXPECT_EQ(Linhas("select CODIGO, SOBRA from BTCLI order by 1"), "1|9;2|<null>;3|<null>");
+}
+
 }  // namespace
 }  // namespace wkd

@@ -235,20 +235,45 @@ std::int64_t Conta(TConnection& conexao, const std::string& tabela) {
     return ContaRegistros(conexao, "select count(*) as total from " + tabela);
 }
 
-/// Server-side copy of the columns that both tables have; `condicao` empty or beginning with " where ".
-void Copia(TConnection& conexao, const std::string& origem, const std::string& destino, const std::string& condicao) {
+/// Columns that both tables have and the destination stores.
+std::vector<std::string> Comuns(TConnection& conexao, const std::string& origem, const std::string& destino) {
     std::vector<std::string> comuns;
     const auto destinos = conexao.Colunas(destino);
     for (const auto& coluna : conexao.Colunas(origem)) {
         const TColunaFisica* igual = ColunaDeNome(destinos, coluna.nome);
         if (igual && igual->expressao.empty()) comuns.push_back(Identificador(coluna.nome, conexao.TipoBanco()));
     }
-    const std::string lista = Junta(comuns, ",");
-    const auto comando =
-        conexao.Prepara("insert into " + destino + " (" + lista + ") select " + lista + " from " + origem + condicao);
+    return comuns;
+}
+
+void Executa(TConnection& conexao, const std::string& sql) {
+    const auto comando = conexao.Prepara(sql);
     TTransacao transacao(conexao);
     comando->Executa();
     transacao.Commit();
+}
+
+/// Server-side copy of the common columns.
+void Copia(TConnection& conexao, const std::string& origem, const std::string& destino) {
+    const std::string lista = Junta(Comuns(conexao, origem, destino), ",");
+    Executa(conexao, "insert into " + destino + " (" + lista + ") select " + lista + " from " + origem);
+}
+
+/// The rows of `origem` take the place of those of their key, whose other columns stay, and the others are added.
+void Funde(TConnection& conexao, const std::string& origem, const std::string& destino,
+           const std::vector<std::string>& chave) {
+    std::vector<std::string> iguais, valores, muda;
+    for (const auto& coluna : chave)
+        iguais.push_back("d." + Identificador(coluna, conexao.TipoBanco()) + " = o." +
+                         Identificador(coluna, conexao.TipoBanco()));
+    const auto comuns = Comuns(conexao, origem, destino);
+    for (const auto& coluna : comuns) {
+        valores.push_back("o." + coluna);
+        muda.push_back(coluna + " = o." + coluna);
+    }
+    Executa(conexao, "merge into " + destino + " d using " + origem + " o on (" + Junta(iguais, " and ") +
+                         ") when matched then update set " + Junta(muda, ", ") + " when not matched then insert (" +
+                         Junta(comuns, ", ") + ") values (" + Junta(valores, ", ") + ");");
 }
 
 }  // namespace
@@ -263,7 +288,7 @@ bool TTB::Esperam(const std::string& tabela) {
 bool TTB::GuardaNaBackup(const std::string& tabela) {
     const std::string backup = NomeDaBackup(tabela);
     if (!CriaTabela(tabela, true)) return false;
-    Copia(conexao_, tabela, backup, "");
+    Copia(conexao_, tabela, backup);
     if (Conta(conexao_, tabela) != Conta(conexao_, backup))
         return Falha("A tabela " + tabela + " mudou durante a cópia para " + backup);
     MudaVersao(conexao_, tabela, kRefazendo);
@@ -273,12 +298,10 @@ bool TTB::GuardaNaBackup(const std::string& tabela) {
 bool TTB::CompletaBackup(const std::string& tabela) {
     const std::string backup = NomeDaBackup(tabela);
     const auto colunas = conexao_.Colunas(backup);
-    std::vector<std::string> iguais;
-    for (const auto& chave : ColunasDaChave(tabela))
-        if (ColunaDeNome(colunas, chave)) iguais.push_back(backup + "." + chave + " = " + tabela + "." + chave);
-    if (!iguais.empty()) {
-        Copia(conexao_, tabela, backup,
-              " where not exists (select 1 from " + backup + " where " + Junta(iguais, " and ") + ")");
+    std::vector<std::string> chave = ColunasDaChave(tabela);
+    std::erase_if(chave, [&](const std::string& nome) { return !ColunaDeNome(colunas, nome); });
+    if (!chave.empty()) {
+        Funde(conexao_, tabela, backup, chave);
         return true;
     }
     const auto linhas = Conta(conexao_, tabela);
@@ -311,7 +334,7 @@ bool TTB::ReCriaTabela(std::string_view tabela) {
         if (existe) ApagaEMarca(conexao_, nome, std::move(reserva));
         const bool erguida = Tenta([&] {
             if (!CriaTabela(nome, false)) return false;
-            if (existe || guardada) Copia(conexao_, backup, nome, "");
+            if (existe || guardada) Copia(conexao_, backup, nome);
             return true;
         });
         if (!erguida) return Falha("Os registros de " + nome + " estão em " + backup + ": " + erro_);

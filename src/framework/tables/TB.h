@@ -121,7 +121,7 @@ class TTB {
     bool CriaSecundario(std::string_view tabela, const std::string& nome, bool unico, std::string& falha);
     bool Esperam(const std::string& tabela);
     bool GuardaNaBackup(const std::string& tabela);
-    /// Adds what was entered since an interrupted rebuild: the rows whose key the backup lacks.
+    /// Brings what was entered and changed since an interrupted rebuild into the backup, by the key.
     bool CompletaBackup(const std::string& tabela);
     bool RefazIndices(const std::string& tabela);
 
