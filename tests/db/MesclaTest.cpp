@@ -52,6 +52,19 @@ TEST_F(MesclaTest, DifferentLayoutsMeetInTheirCommonColumns) {
     EXPECT_EQ(Satrib(), "TCLI|CODIGO|a;TCLI|U_NOVO|b;TPED|U_VELHO|a");
 }
 
+TEST_F(MesclaTest, ARequiredColumnThatTheCustomersTableLacksGetsAValue) {
+    Executa("drop table SATRIB");
+    Executa(
+        "create table SATRIB (ARQUIVO varchar(50) not null, NOME varchar(25) not null, TIPO varchar(25),"
+        " IDIOMA varchar(5) not null, NIVEL integer default 7 not null, DESDE date not null,"
+        " constraint PK_SATRIB primary key (ARQUIVO, NOME, IDIOMA))");
+    for (int vez = 0; vez < 2; ++vez) {  // present by that key at the second time
+        Executa(ComandoDeMescla(dm_, {"SATRIB", "from satrib_user", "satrib_user.arquivo = 'TCLI'"}));
+        EXPECT_EQ(Linhas("select ARQUIVO, NOME, TIPO, IDIOMA, NIVEL from SATRIB where DESDE >= current_date"),
+                  "TCLI|U_NOVO|b|0|7");
+    }
+}
+
 TEST_F(MesclaTest, AFailingInsertLeavesTheOldColumns) {
     const std::string antes = Satrib();
     Executa("create exception RECUSA 'recusado'");

@@ -5,6 +5,7 @@
 
 #include "datamodule/DataModulo.h"
 #include "rows/WKDQuery.h"
+#include "tables/TBComandos.h"
 #include "values/Texto.h"
 
 namespace wkd {
@@ -25,28 +26,44 @@ constexpr TIdentificacao kIdentificacoes[] = {
     {"SLOOKUP", "ARQUIVO;CAMPO;CAMPOPAI;CAMPOFILHO"},
 };
 
-TNomes NomesDasColunas(TDataModulo& dm, std::string_view tabela) {
+/// A column of the destination and what it gets.
+struct TColunaCopiada {
+    std::string nome, valor;
+};
+using TCopiadas = std::vector<TColunaCopiada>;
+
+TNomes NomesDasColunas(const std::vector<TColunaFisica>& colunas) {
     TNomes nomes;
-    for (const auto& coluna : dm.ColunasFisicas(tabela)) nomes.push_back(ChaveDeNome(coluna.nome));
+    for (const auto& coluna : colunas) nomes.push_back(ChaveDeNome(coluna.nome));
     return nomes;
 }
 
-bool Contem(const TNomes& nomes, std::string_view nome) {
-    return std::ranges::find(nomes, ChaveDeNome(nome)) != nomes.end();
+/// For a required column that the customer's table lacks: a release may bring one that the customer's rows precede.
+std::string ValorQueFalta(const TColunaFisica& coluna) {
+    if (!coluna.padrao.empty()) return coluna.padrao;
+    const bool data =
+        coluna.tipo == TTipoDado::Data || coluna.tipo == TTipoDado::Hora || coluna.tipo == TTipoDado::DataHora;
+    return data ? "current_timestamp" : "'0'";
 }
 
-TNomes Comuns(const TNomes& destino, const TNomes& origem) {
-    TNomes comuns = destino;
-    std::erase_if(comuns, [&](const std::string& nome) { return !Contem(origem, nome); });
-    return comuns;
+TCopiadas Copiadas(const std::vector<TColunaFisica>& destino, const std::vector<TColunaFisica>& origem) {
+    TCopiadas copiadas;
+    for (const auto& coluna : destino) {
+        const std::string nome = ChaveDeNome(coluna.nome);
+        if (ColunaDeNome(origem, coluna.nome))
+            copiadas.push_back({nome, nome});
+        else if (coluna.requerido)
+            copiadas.push_back({nome, ValorQueFalta(coluna)});
+    }
+    return copiadas;
 }
 
 /// The part of a where clause that pairs a customer row with its twin in the destination, here called EXISTENTE.
-std::string Pareamento(const TNomes& chave, std::string_view origem, bool podeSerNulo) {
+std::string Pareamento(const TCopiadas& chave, std::string_view origem, bool podeSerNulo) {
     TNomes partes;
-    for (const auto& coluna : chave) {
-        const std::string existente = "EXISTENTE." + coluna;
-        const std::string nova = std::string(origem) + "." + coluna;
+    for (const auto& [nome, valor] : chave) {
+        const std::string existente = "EXISTENTE." + nome;
+        const std::string nova = valor == nome ? std::string(origem) + "." + nome : valor;
         const std::string igual = existente + " = " + nova;
         partes.push_back(podeSerNulo ? "(" + igual + " or (" + existente + " is null and " + nova + " is null))"
                                      : igual);
@@ -55,13 +72,19 @@ std::string Pareamento(const TNomes& chave, std::string_view origem, bool podeSe
 }
 
 /// Condition true for customer rows that the destination has already; empty when nothing tells.
-std::string CondicaoDePresente(TDataModulo& dm, const TMescla& mescla, std::string_view origem, const TNomes& comuns) {
-    TNomes chave = dm.ChavePrimaria(mescla.destino).colunas;
-    const bool semChave = chave.empty();
+std::string CondicaoDePresente(TDataModulo& dm, const TMescla& mescla, std::string_view origem,
+                               const TCopiadas& copiadas) {
+    TNomes nomes = dm.ChavePrimaria(mescla.destino).colunas;
+    const bool semChave = nomes.empty();
     const auto* identificacao = std::ranges::find(kIdentificacoes, mescla.destino, &TIdentificacao::tabela);
-    if (semChave && identificacao != std::end(kIdentificacoes)) chave = Divide(identificacao->colunas, ';');
-    const bool completa = std::ranges::all_of(chave, [&](const auto& coluna) { return Contem(comuns, coluna); });
-    if (chave.empty() || !completa) return "";
+    if (semChave && identificacao != std::end(kIdentificacoes)) nomes = Divide(identificacao->colunas, ';');
+    TCopiadas chave;
+    for (const auto& nome : nomes) {
+        const auto copiada = std::ranges::find(copiadas, ChaveDeNome(nome), &TColunaCopiada::nome);
+        if (copiada == copiadas.end()) return "";
+        chave.push_back(*copiada);
+    }
+    if (chave.empty()) return "";
     return "exists (select 1 from " + std::string(mescla.destino) + " EXISTENTE where " +
            Pareamento(chave, origem, semChave) + ")";
 }
@@ -76,17 +99,20 @@ std::string Onde(const std::string& condicao, const std::string& outra) {
 std::string ComandoDeMescla(TDataModulo& dm, const TMescla& mescla) {
     const std::string de(mescla.de);
     const std::string origem = de.substr(de.rfind(' ') + 1);
-    const TNomes doDestino = NomesDasColunas(dm, mescla.destino);
-    const TNomes daOrigem = NomesDasColunas(dm, origem);
-    const TNomes comuns = Comuns(doDestino, daOrigem);
+    const auto doDestino = dm.ColunasFisicas(mescla.destino), daOrigem = dm.ColunasFisicas(origem);
+    const TCopiadas copiadas = Copiadas(doDestino, daOrigem);
 
-    const std::string presente = CondicaoDePresente(dm, mescla, origem, comuns);
+    const std::string presente = CondicaoDePresente(dm, mescla, origem, copiadas);
     const bool repete = !presente.empty() && ContaRegistros(dm.SQLConnection1, "select count(*) " + de +
                                                                                    Onde(mescla.condicao, presente)) > 0;
-    const bool iguais = doDestino == daOrigem || comuns.empty();
-    const std::string lista = Junta(comuns, ",");
+    TNomes nomes, valores;
+    for (const auto& [nome, valor] : copiadas) {
+        nomes.push_back(nome);
+        valores.push_back(valor);
+    }
+    const bool iguais = nomes.empty() || NomesDasColunas(doDestino) == NomesDasColunas(daOrigem);
     return "INSERT INTO " + std::string(mescla.destino) +
-           (iguais ? " SELECT * " : " (" + lista + ") SELECT " + lista + " ") + de +
+           (iguais ? " SELECT * " : " (" + Junta(nomes, ",") + ") SELECT " + Junta(valores, ",") + " ") + de +
            Onde(mescla.condicao, repete ? "not " + presente : "");
 }
 
