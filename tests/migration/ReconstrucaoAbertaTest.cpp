@@ -179,6 +179,28 @@ TEST(ReconstrucaoAbertaTest, VersionMinusOneOverABackupWithoutMarkUnitesBoth) {
     }
 }
 
+/// To the server's hash "1A" and "21" are the same.
+TEST(ReconstrucaoAbertaTest, RowsWithoutKeyAreToldApartByTheirBlobs) {
+    for (const char* naTabela : {"'1A'", "'21'"})
+        for (const auto& [primeiro, segundo] : {std::pair("'1A'", "'21'"), {"'21'", "'1A'"}}) {
+            TBancoDaNova banco;
+            const TAtributos colunas = {{"NOME", "ftString", 10}, {"OBS", "ftBlob"}};
+            banco.Guardada("TCLI", colunas);
+            banco.Pacote("TCLI", colunas);
+            for (const char* tabela : {"TCLI", "BTCLI"})
+                banco.Executa("create table " + std::string(tabela) + " (NOME varchar(10), OBS blob)");
+            const auto insere = [&](const char* tabela, std::string_view obs) {
+                banco.Executa("insert into " + std::string(tabela) + " values ('ana', " + std::string(obs) + ")");
+            };
+            for (const char* obs : {"null", naTabela}) insere("TCLI", obs);
+            for (const char* obs : {"null", "''", primeiro, segundo}) insere("BTCLI", obs);
+            banco.Executa("update SARQUIVO set VERSAO = -1");
+            banco.Reconstroi();
+            EXPECT_EQ(banco.Le("select OBS from TCLI order by cast(OBS as varchar(9))"), "<null>;;1A;21")
+                << Junta(banco.tela_.memo2, "\n");
+        }
+}
+
 /// What may become of the marks of an open rebuild; the table has its rows in the backup alone, or a part of them.
 struct TPerda {
     const char* nome;

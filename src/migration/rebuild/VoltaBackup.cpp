@@ -56,12 +56,14 @@ bool RepeteChave(TContexto& ctx, const std::string& tabela, const std::vector<st
                                              " having count(*) > 1) repetidas") > 0;
 }
 
-/// What makes a value comparable with others: the server groups no blobs.
+/// What makes a value comparable with others: the server groups no blobs. Firebird's hash adds each byte to sixteen
+/// times what was before, so that "1A" is "21" to it; another content has to agree with it from the end as well.
 std::string Comparavel(const TColunaFisica& coluna, TTipoBanco banco) {
     const std::string nome = Identificador(coluna.nome, banco);
     if (coluna.tipo != TTipoDado::Blob && coluna.tipo != TTipoDado::Memo) return nome;
     if (banco == TTipoBanco::tbSQLServer) return "cast(" + nome + " as varbinary(max))";
-    return "hash(" + nome + ") || ' ' || octet_length(" + nome + ")";
+    return "hash(" + nome + ") || ' ' || hash(reverse(cast(" + nome + " as blob sub_type 0))) || ' ' || octet_length(" +
+           nome + ")";
 }
 
 /// The columns of both tables by which their rows are compared: select lists of one length, and the names in them.
