@@ -392,6 +392,25 @@ TEST_F(RepeticaoTest, IndexesThatAreKnownOnlyBehindTheTablesAreMadeInTheSameRun)
     EXPECT_EQ(Notas().find("AtualizaTabela|TALT"), std::string::npos) << Notas();
 }
 
+/// What an interrupted run leaves for the next one is kept there.
+TEST_F(RepeticaoTest, ADatabaseWithoutTheTableOfMarksGetsItBeforeTheOthersChange) {
+    std::vector<TColuna> novas(std::begin(kNovas), std::end(kNovas));
+    for (const char* nome : {"SESSAO", "CHAVE", "VALOR"}) novas.push_back({"TINI", nome, "ftString", 100, 0});
+    Empacota(pasta_, novas);
+    Executa({"drop table TINI"});
+    dm_->AtualizaListaDeTabelas();
+    std::string marcas;
+    Atualiza([&](std::string_view sql) {
+        if (!marcas.empty() || !sql.starts_with("alter table TALT")) return;
+        const auto outra = dm_->SQLConnection1.Outra();
+        outra->Open();
+        marcas = Linhas(*outra, "select CHAVE from TINI where SESSAO = 'AtualizaTabela'");
+    });
+    EXPECT_EQ(marcas, "TALT");
+    EXPECT_EQ(Versao("TINI"), "2");
+    EXPECT_EQ(Notas(), "");
+}
+
 TEST_F(RepeticaoTest, AnAggregateIsNoPhysicalColumn) {
     std::vector<TColuna> novas(std::begin(kNovas), std::end(kNovas));
     novas.insert(novas.begin() + 4, {"TALT", "SOMA", "ftAggregate", 0, 0});

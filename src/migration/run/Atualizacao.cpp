@@ -172,6 +172,7 @@ void TAtualizacao::AtualizaTabelas() {
     TClientDataSet& tabelas = ctx_.dm.SArquivoNovo;
     IBarra& barra = ctx_.Tela().PbGeral();
     barra.Define(0, static_cast<int>(tabelas.RecordCount()), 10, 0);
+    CriaTini();
     TMarcasDeAnalise marcas(ctx_);
     auto dicionario = ctx_.dm.Atualiza.Dicionario().Lembra();
     ctx_.indicesAdiados = std::ranges::any_of(adiados_, DosIndices);
@@ -195,6 +196,13 @@ void TAtualizacao::AtualizaTabelas() {
     ctx_.Tela().Memo1("Finalizada as atualizações das tabelas em: " + FormataDataHora(Agora(), "dd/mm hh:mm"));
     barra.Posicao(0);
     ctx_.Tela().LblGeral("Parado.");
+}
+
+/// What a run leaves for the next one is kept there: where the package brings it, it comes before the other tables.
+void TAtualizacao::CriaTini() {
+    if (ctx_.dm.ExisteTabela("TINI") || !ctx_.dm.SArquivoNovo.Locate("NOME_ARQUIVO", {"TINI"})) return;
+    TMarcasDeAnalise semTini(ctx_);
+    TabelaAtual(semTini);
 }
 
 /// Of the tables whose turn came before their indexes were in the dictionary.

@@ -35,6 +35,7 @@ class TAtualizacao {
     bool LiberadaPelosUsuarios();
     void ValidaNulos();
     void AtualizaTabelas();
+    void CriaTini();
     void CompletaIndices();
     std::vector<std::string> TabelasExistentes();
     void TabelaAtual(class TMarcasDeAnalise& marcas);
