@@ -1,25 +1,15 @@
 #include "rebuild/Nova.h"
 
 #include <algorithm>
-#include <iterator>
-#include <memory>
-#include <set>
 #include <stdexcept>
-#include <vector>
 
 #include "alter/DicionarioDaTabela.h"
-#include "copy/Conferencia.h"
 #include "copy/Rejeitados.h"
 #include "rebuild/CriaBackup.h"
 #include "rebuild/Devolucoes.h"
-#include "rebuild/EstadoDaReconstrucao.h"
 #include "rebuild/Impedimento.h"
-#include "rebuild/ObjetosDaTabela.h"
-#include "rebuild/VoltaBackup.h"
+#include "rebuild/Reconstrucao.h"
 #include "rows/WKDQuery.h"
-#include "tables/DefinicaoCampo.h"
-#include "tables/TBComandos.h"
-#include "values/Texto.h"
 
 namespace wkd {
 
@@ -31,62 +21,7 @@ std::string Causa(const TErroBanco& erro) {
     return (erro.Falha() == TFalha::EmUso ? "em uso por outra conexão: " : "") + std::string(erro.what());
 }
 
-/// One rebuild. Up to the drop every error leaves the table as it is; behind it the rows are in the backup table, and
-/// VERSAO -1 stays until they are back.
-class TReconstrucao {
-  public:
-    TReconstrucao(TContexto& ctx, std::string_view nome)
-        : ctx_(ctx), nome_(nome), tabela_(Maiusculas(nome)), backup_(NomeDaBackup(tabela_)) {}
-
-    void Executa() {
-        if (RestauracaoInterrompida(ctx_, tabela_)) {
-            if (!Tenta([this] { Retoma(); }, [] {}) || terminada_) return;
-        }
-        if (!Tenta([this] { Guarda(); }, [this] { Desiste(); }) || !Apaga()) return;
-        Tenta([this] { Ergue(); }, [] {});
-    }
-
-  private:
-    /// False when `passo` failed, which is reported and counts as a table that could not be dropped. A lost connection
-    /// is thrown on.
-    template <class TPasso, class TDesfaz>
-    bool Tenta(TPasso&& passo, TDesfaz&& desfaz);
-    void Falhou(const std::string& causa);
-    void Desiste();
-
-    void Guarda();
-    void GuardaObjetos();
-    void GuardaOQueVolta();
-    std::vector<std::string> GuardaFontes(std::string_view tipo, const std::vector<TFonte>& fontes);
-    bool Apaga();
-    void ApagaEMarca();
-    void RelataPerdas();
-
-    void Ergue();
-    void Retoma();
-    void RelataRetorno(const TRestante& restante);
-    bool ColunasDoPacote();
-    bool TemColunas(const std::vector<TColunaDicionario>& colunas);
-    void DispensaBackup();
-    void RegravaDicionarioNovo();
-    std::vector<std::string> ColunasForaDoDicionario();
-    bool Restaura(const TRestante& restante);
-    TConferencia Confere();
-    void CompletaIndices();
-    void DevolveObjetos();
-    void Termina(bool confere);
-    std::vector<std::string> ColunasSoDe(const std::string& uma, const std::string& outra);
-    void RelataColunas(const std::vector<std::string>& ficaram);
-
-    TContexto& ctx_;
-    std::string nome_;  // as the package writes it
-    std::string tabela_, backup_;
-    std::vector<std::string> chave_, chaveAntiga_, gatilhos_, propriedades_, comentarios_;
-    std::set<std::string> alteradas_;
-    std::unique_ptr<TReserva> reserva_;  // from before the first row is saved until the table is gone
-    bool existe_ = false, apagada_ = false, retomada_ = false, terminada_ = false, dispensada_ = false;
-    std::int64_t antes_ = 0;
-};
+}  // namespace
 
 template <class TPasso, class TDesfaz>
 bool TReconstrucao::Tenta(TPasso&& passo, TDesfaz&& desfaz) {
@@ -104,6 +39,14 @@ bool TReconstrucao::Tenta(TPasso&& passo, TDesfaz&& desfaz) {
     }
     desfaz();
     return false;
+}
+
+void TReconstrucao::Executa() {
+    if (RestauracaoInterrompida(ctx_, tabela_)) {
+        if (!Tenta([this] { Retoma(); }, [] {}) || terminada_) return;
+    }
+    if (!Tenta([this] { Guarda(); }, [this] { Desiste(); }) || !Apaga()) return;
+    Tenta([this] { Ergue(); }, [] {});
 }
 
 void TReconstrucao::Falhou(const std::string& causa) {
@@ -225,76 +168,6 @@ void TReconstrucao::Ergue() {
     if (restaurada) Termina(conferencia.Igual());
 }
 
-/// Goes on with the restore that an earlier run broke off. The table has been in use since, and what is in it stays.
-/// One that the package wants otherwise is whole then, and is rebuilt anew.
-void TReconstrucao::Retoma() {
-    apagada_ = retomada_ = true;
-    const bool doPacote = ColunasDoPacote();
-    ReabreReconstrucao(ctx_, tabela_);
-    const TRestante restante = RestauracaoQueFalta(ctx_, tabela_);
-    RelataRetorno(restante);
-    chave_ = ChaveGuardada(ctx_, tabela_);
-    antes_ = ContaRegistros(ctx_.Conexao(), "select count(*) as total from " + tabela_) + restante.linhas;
-    if (doPacote) RegravaDicionarioNovo();
-    const bool restaurada = Restaura(restante);
-    const TConferencia conferencia = Confere();
-    if (restaurada && doPacote) Termina(conferencia.Igual());
-    terminada_ = !restaurada || doPacote;
-    if (terminada_) return;
-    const bool temTudo = conferencia.Igual() && !conferencia.emParte && ColunasSoDe(tabela_, backup_).empty();
-    if (!temTudo) DispensaBackup();
-    apagada_ = false;
-}
-
-/// Nobody knows whether rows that a backup without mark has, and the table has not, were deleted since.
-void TReconstrucao::RelataRetorno(const TRestante& restante) {
-    if (restante.linhas == 0 || EstadoDaReconstrucao(ctx_, tabela_) != TEstadoDaReconstrucao::Desconhecida) return;
-    ctx_.Tela().Memo1("Tabela " + tabela_ + ": " + std::to_string(restante.linhas) + " registros que só " + backup_ +
-                      " tinha voltam para a tabela");
-}
-
-/// The table holds more than its backup, or may do: the next one takes its place, but for values that the package has a
-/// column for, and no other place.
-void TReconstrucao::DispensaBackup() {
-    const auto ficaram = ColunasSoDe(backup_, tabela_);
-    std::vector<std::string> pedidas;
-    for (const auto& coluna : ColunasNovas(ctx_, nome_))
-        std::ranges::copy_if(ficaram, std::back_inserter(pedidas),
-                             [&](const std::string& nome) { return IgualSemCaixa(coluna.nome, nome); });
-    if (!pedidas.empty())
-        throw std::runtime_error("a tabela mudou desde a reconstrução interrompida, e só " + backup_ +
-                                 " tem os valores de " + Junta(pedidas, ", "));
-    DevolveObjetos();
-    MarcaGuardada(ctx_, tabela_);
-    dispensada_ = true;
-}
-
-/// Whether the table was created from the package's columns. Without a mark its own columns must say so, too.
-bool TReconstrucao::ColunasDoPacote() {
-    const auto novas = ColunasNovas(ctx_, nome_);
-    const auto definicoes = [this](const std::vector<TColunaDicionario>& colunas) {
-        std::set<std::string> textos;
-        for (const auto& coluna : colunas)
-            if (ColunaFisica(coluna)) textos.insert(Maiusculas(coluna.nome + DefinicaoCampo(coluna, ctx_.Banco())));
-        return textos;
-    };
-    if (definicoes(ctx_.dm.Atualiza.ColunasDoDicionario(tabela_)) != definicoes(novas)) return false;
-    return EstadoDaReconstrucao(ctx_, tabela_) == TEstadoDaReconstrucao::Restaurando || TemColunas(novas);
-}
-
-/// Whether the table has these columns, of these types, and no others.
-bool TReconstrucao::TemColunas(const std::vector<TColunaDicionario>& colunas) {
-    const auto fisicas = ctx_.Conexao().Colunas(tabela_);
-    const auto tem = [&](const TColunaDicionario& coluna) {
-        const TColunaFisica* fisica = ColunaDeNome(fisicas, coluna.nome);
-        return fisica &&
-               TipoNormal(fisica->tipoSql) == TipoNormal(TipoDaColuna(coluna.tipo, coluna.tamanho, ctx_.Banco()));
-    };
-    const auto esperadas = std::ranges::count_if(colunas, ColunaFisica);
-    return std::ssize(fisicas) == esperadas &&
-           std::ranges::all_of(colunas, [&](const auto& coluna) { return !ColunaFisica(coluna) || tem(coluna); });
-}
-
 /// When the server refuses the new rows, the table comes back as the stored ones have it. A column that is missing
 /// among them would leave its values behind in the backup table, so a refused row gets a second try.
 void TReconstrucao::RegravaDicionarioNovo() {
@@ -399,8 +272,6 @@ void TReconstrucao::Termina(bool confere) {
     // Whole again but still with -1: the next run saves it anew, with what is entered until then.
     if (!encerrada && confere && ficaram.empty()) MarcaGuardada(ctx_, tabela_);
 }
-
-}  // namespace
 
 void Nova(TContexto& ctx, std::string_view tabela) {
     ctx.tabelaAtual = Maiusculas(tabela);

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "copy/Conferencia.h"
+#include "rebuild/EstadoDaReconstrucao.h"
+#include "rebuild/ObjetosDaTabela.h"
+#include "rebuild/VoltaBackup.h"
+#include "run/Contexto.h"
+#include "tables/TBComandos.h"
+#include "values/Texto.h"
+
+namespace wkd {
+
+/// One rebuild. Up to the drop every error leaves the table as it is; behind it the rows are in the backup table, and
+/// VERSAO -1 stays until they are back.
+class TReconstrucao {
+  public:
+    TReconstrucao(TContexto& ctx, std::string_view nome)
+        : ctx_(ctx), nome_(nome), tabela_(Maiusculas(nome)), backup_(NomeDaBackup(tabela_)) {}
+
+    void Executa();
+
+  private:
+    /// False when `passo` failed, which is reported and counts as a table that could not be dropped. A lost connection
+    /// is thrown on.
+    template <class TPasso, class TDesfaz>
+    bool Tenta(TPasso&& passo, TDesfaz&& desfaz);
+    void Falhou(const std::string& causa);
+    void Desiste();
+
+    void Guarda();
+    void GuardaObjetos();
+    void GuardaOQueVolta();
+    std::vector<std::string> GuardaFontes(std::string_view tipo, const std::vector<TFonte>& fontes);
+    bool Apaga();
+    void ApagaEMarca();
+    void RelataPerdas();
+
+    void Ergue();
+    void RegravaDicionarioNovo();
+    std::vector<std::string> ColunasForaDoDicionario();
+    bool Restaura(const TRestante& restante);
+    TConferencia Confere();
+    void CompletaIndices();
+    void DevolveObjetos();
+    void Termina(bool confere);
+    std::vector<std::string> ColunasSoDe(const std::string& uma, const std::string& outra);
+    void RelataColunas(const std::vector<std::string>& ficaram);
+
+    // Retomada.cpp
+    void Retoma();
+    void RelataRetorno(const TRestante& restante);
+    bool ColunasDoPacote();
+    bool TemColunas(const std::vector<TColunaDicionario>& colunas);
+    void DispensaBackup();
+
+    TContexto& ctx_;
+    std::string nome_;  // as the package writes it
+    std::string tabela_, backup_;
+    std::vector<std::string> chave_, chaveAntiga_, gatilhos_, propriedades_, comentarios_;
+    std::set<std::string> alteradas_;
+    std::unique_ptr<TReserva> reserva_;  // from before the first row is saved until the table is gone
+    bool existe_ = false, apagada_ = false, retomada_ = false, terminada_ = false, dispensada_ = false;
+    std::int64_t antes_ = 0;
+};
+
+}  // namespace wkd
