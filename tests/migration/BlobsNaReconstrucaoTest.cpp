@@ -144,5 +144,26 @@ TEST_P(BlobsNaReconstrucao, ComeBackByteByByteWhenInterruptedToo) {
     }
 }
 
+TEST(BlobsNaReconstrucaoTest, ABackupWithOtherBytesEndsTheRebuildBeforeTheDrop) {
+    for (const int chave : {1, 0})
+        for (const char* coluna : {"B0", "M_UTF8"}) {
+            SCOPED_TRACE(std::string(coluna) + (chave == 1 ? ", key" : ", no key"));
+            TBancoDeBlobs banco({"UTF8", "UTF8"}, chave, false);
+            bool mudou = false;
+            banco.Conexao().Observa([&](std::string_view sql) {
+                if (mudou || sql != "select count(*) as total from BTCLI") return;
+                mudou = true;
+                banco.banco_.Outra()->ExecuteDirect(
+                    "update BTCLI set " + std::string(coluna) +
+                    " = 'fim1A' where CODIGO = (select min(CODIGO) from BTCLI where octet_length(" + coluna + ") > 0)");
+            });
+            banco.Reconstroi();
+            banco.Conexao().Observa({});
+            EXPECT_TRUE(mudou);
+            EXPECT_TRUE(TTelaDeTeste::Contem(banco.tela_.memo2, "não confere")) << Junta(banco.tela_.memo2, "\n");
+            EXPECT_EQ(banco.Diferentes("TCLI", Colunas()), std::vector<std::string>());
+        }
+}
+
 }  // namespace
 }  // namespace wkd

@@ -1,27 +1,16 @@
 #include "Intermediario.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <chrono>
-#include <stdexcept>
 
 namespace wkd {
 namespace {
 
 constexpr int kPassoMs = 5;
-
-sockaddr_in Local(int porta) {
-    sockaddr_in endereco{};
-    endereco.sin_family = AF_INET;
-    endereco.sin_port = htons(static_cast<std::uint16_t>(porta));
-    endereco.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return endereco;
-}
 
 bool Chegou(int soquete) {
     pollfd p{soquete, POLLIN, 0};
@@ -44,23 +33,13 @@ bool Leva(int de, int para) {
 
 }  // namespace
 
-TIntermediario::TIntermediario(int servidor) : escuta_(socket(AF_INET, SOCK_STREAM, 0)), servidor_(servidor) {
-    auto endereco = Local(0);
-    socklen_t tamanho = sizeof endereco;
-    const bool pronto = bind(escuta_, reinterpret_cast<const sockaddr*>(&endereco), tamanho) == 0 &&
-                        listen(escuta_, 16) == 0 &&
-                        getsockname(escuta_, reinterpret_cast<sockaddr*>(&endereco), &tamanho) == 0;
-    if (!pronto) throw std::runtime_error("no free port");
-    porta_ = ntohs(endereco.sin_port);
-    thread_ = std::thread([this] { Atende(); });
-}
+TIntermediario::TIntermediario(int servidor) : servidor_(servidor), thread_([this] { Atende(); }) {}
 
 TIntermediario::~TIntermediario() {
     fim_ = true;
     thread_.join();
     Todas(TModo::Cortada);
     for (auto& linha : linhas_) linha.thread.join();
-    close(escuta_);
 }
 
 void TIntermediario::Emudece() { Todas(TModo::Muda); }
@@ -74,8 +53,8 @@ void TIntermediario::Todas(TModo modo) {
 
 void TIntermediario::Atende() {
     while (!fim_) {
-        if (!Chegou(escuta_)) continue;
-        const int programa = accept(escuta_, nullptr, nullptr);
+        if (!Chegou(escuta_.Soquete())) continue;
+        const int programa = accept(escuta_.Soquete(), nullptr, nullptr);
         if (programa < 0) continue;
         if (aceita_)
             Liga(programa);

@@ -6,6 +6,8 @@
 #include <mutex>
 #include <thread>
 
+#include "Portas.h"
+
 namespace wkd {
 
 /// Stands on a port of 127.0.0.1 between a program and a server there, and fails as a network does.
@@ -16,7 +18,7 @@ class TIntermediario {
     TIntermediario(const TIntermediario&) = delete;
     TIntermediario& operator=(const TIntermediario&) = delete;
 
-    int Porta() const { return porta_; }
+    int Porta() const { return escuta_.Numero(); }
     /// Nothing passes on the open connections any more, and nothing is closed.
     void Emudece();
     /// The open connections end.
@@ -39,7 +41,8 @@ class TIntermediario {
     void Passa(TLinha& linha);
     void Todas(TModo modo);
 
-    int escuta_, porta_ = 0, servidor_;
+    const TPortaMuda escuta_{16};
+    const int servidor_;
     std::atomic<bool> fim_ = false, aceita_ = true;
     std::mutex guarda_;
     std::list<TLinha> linhas_;  // behind guarda_

@@ -1,7 +1,5 @@
 #include "ServidorFirebird.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
@@ -18,14 +16,6 @@ namespace wkd {
 namespace {
 
 constexpr const char* kPrograma = "/usr/sbin/firebird";
-
-sockaddr_in Local(int porta) {
-    sockaddr_in endereco{};
-    endereco.sin_family = AF_INET;
-    endereco.sin_port = htons(static_cast<std::uint16_t>(porta));
-    endereco.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return endereco;
-}
 
 bool Atende(int porta) {
     const int soquete = socket(AF_INET, SOCK_STREAM, 0);
@@ -50,20 +40,6 @@ pid_t Inicia(const std::string& pasta, const std::string& porta) {
 }
 
 }  // namespace
-
-TPortaMuda::TPortaMuda() : soquete_(socket(AF_INET, SOCK_STREAM, 0)) {
-    auto endereco = Local(0);
-    socklen_t tamanho = sizeof endereco;
-    const bool ligado = bind(soquete_, reinterpret_cast<const sockaddr*>(&endereco), tamanho) == 0 &&
-                        listen(soquete_, 1) == 0 &&
-                        getsockname(soquete_, reinterpret_cast<sockaddr*>(&endereco), &tamanho) == 0;
-    if (!ligado) throw std::runtime_error("no free port");
-    numero_ = ntohs(endereco.sin_port);
-}
-
-TPortaMuda::~TPortaMuda() { close(soquete_); }
-
-int PortaLivre() { return TPortaMuda().Numero(); }
 
 TServidorFirebird::TServidorFirebird()
     : porta_(PortaLivre()), processo_(Inicia(pasta_.Caminho().string(), std::to_string(porta_))) {

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "PastaTemporaria.h"
+#include "Portas.h"
 
 namespace wkd {
 
@@ -31,22 +32,5 @@ class TServidorFirebird {
     int porta_;
     pid_t processo_;
 };
-
-/// A port of 127.0.0.1 that takes connections and never answers.
-class TPortaMuda {
-  public:
-    TPortaMuda();
-    ~TPortaMuda();
-    TPortaMuda(const TPortaMuda&) = delete;
-    TPortaMuda& operator=(const TPortaMuda&) = delete;
-
-    int Numero() const { return numero_; }
-
-  private:
-    int soquete_, numero_ = 0;
-};
-
-/// A port of 127.0.0.1 that nobody listens on.
-int PortaLivre();
 
 }  // namespace wkd
