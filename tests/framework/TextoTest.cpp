@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "connection/Erros.h"
+#include "values/Base64.h"
 
 namespace wkd {
 namespace {
@@ -24,6 +25,41 @@ TEST(Texto, NomesSeComparamSemCaixaNemBrancosFinais) {
     EXPECT_EQ(Maiusculas("ação"), "AçãO");
     EXPECT_TRUE(IgualSemCaixa("Nome", "nOME"));
     EXPECT_FALSE(IgualSemCaixa("Nome", "Nome "));
+}
+
+/// Content that comes in pieces of odd sizes.
+class TEmPedacos : public TConteudo {
+  public:
+    explicit TEmPedacos(std::string bytes) : bytes_(std::move(bytes)) {}
+    std::unique_ptr<TLeitorBytes> Abre() const override {
+        struct TLeitor : TLeitorBytes {
+            explicit TLeitor(std::string_view resto) : resto_(resto) {}
+            std::size_t Le(std::span<char> destino) override {
+                const std::size_t lidos =
+                    resto_.copy(destino.data(), std::min<std::size_t>(destino.size(), vez_++ % 7 + 1));
+                resto_.remove_prefix(lidos);
+                return lidos;
+            }
+            std::string_view resto_;
+            std::size_t vez_ = 0;
+        };
+        return std::make_unique<TLeitor>(bytes_);
+    }
+
+  private:
+    std::string bytes_;
+};
+
+TEST(Base64, EhOMesmoInteiroOuEmPedacosDeQualquerTamanho) {
+    EXPECT_EQ(ParaBase64("f") + ParaBase64("fo") + ParaBase64("foo"), "Zg==Zm8=Zm9v");
+    EXPECT_EQ(ParaBase64(std::string("\xff\xfe\x00", 3)), "//4A");
+    for (std::size_t tamanho : {0u, 1u, 2u, 3u, 100u, 1001u}) {
+        std::string bytes;
+        for (std::size_t i = 0; i < tamanho; ++i) bytes += static_cast<char>(i * 37);
+        std::string texto;
+        ParaBase64(TEmPedacos(bytes), [&](std::string_view parte) { texto += parte; });
+        EXPECT_EQ(texto, ParaBase64(bytes)) << tamanho;
+    }
 }
 
 TEST(Codificacao, TodoByte1252VaiEVolta) {

@@ -6,20 +6,20 @@
 #include <cstdint>
 #include <cstring>
 
+#include "values/Base64.h"
 #include "values/Texto.h"
 
 namespace wkd {
 
 namespace {
 
-constexpr std::string_view kAlfabeto = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 constexpr std::uint8_t kEnchimento = 64, kBranco = 65, kReferencia = 66, kInvalido = 0xFF;
 
 constexpr std::array<std::uint8_t, 256> Tabela() {
     std::array<std::uint8_t, 256> tabela{};
     tabela.fill(kInvalido);
-    for (std::size_t i = 0; i < kAlfabeto.size(); ++i)
-        tabela[static_cast<unsigned char>(kAlfabeto[i])] = static_cast<std::uint8_t>(i);
+    for (std::size_t i = 0; i < kSinaisDoBase64.size(); ++i)
+        tabela[static_cast<unsigned char>(kSinaisDoBase64[i])] = static_cast<std::uint8_t>(i);
     for (const char branco : {' ', '\t', '\r', '\n'}) tabela[static_cast<unsigned char>(branco)] = kBranco;
     tabela['='] = kEnchimento;
     tabela['&'] = kReferencia;
@@ -80,19 +80,6 @@ bool GrupoQualquer(std::string_view texto, std::string& saida, std::size_t& posi
 }
 
 }  // namespace
-
-std::string ParaBase64(std::string_view bytes) {
-    std::string texto;
-    texto.reserve((bytes.size() + 2) / 3 * 4);
-    for (std::size_t i = 0; i < bytes.size(); i += 3) {
-        const auto parte = bytes.substr(i, 3);
-        std::uint32_t grupo = 0;
-        for (std::size_t j = 0; j < 3; ++j)
-            grupo = grupo << 8 | (j < parte.size() ? static_cast<unsigned char>(parte[j]) : 0u);
-        for (std::size_t j = 0; j < 4; ++j) texto += j <= parte.size() ? kAlfabeto[grupo >> (18 - 6 * j) & 63] : '=';
-    }
-    return texto;
-}
 
 std::size_t DeBase64(std::string_view resto, std::string& saida, std::size_t limite) {
     std::size_t posicao = 0;

@@ -6,10 +6,10 @@
 #include "packet/Codigos.h"
 #include "packet/EscritoresPacote.h"
 #include "packet/ValoresDoPacote.h"
+#include "values/Base64.h"
 #include "values/Texto.h"
 
 namespace wkd {
-
 namespace {
 
 /// Attribute value: the five entities, and control characters as zero-padded references.
@@ -168,21 +168,10 @@ class TEscritorXml {
     }
 
     void GravaBlob(const TValor& valor) {
-        const auto* conteudo = valor.Se<std::shared_ptr<const TConteudo>>();
-        if (!conteudo) {
+        if (const auto* conteudo = valor.Se<std::shared_ptr<const TConteudo>>())
+            ParaBase64(**conteudo, [this](std::string_view texto) { saida_ << texto; });
+        else
             saida_ << ParaBase64(valor.ComoBytes());
-            return;
-        }
-        const auto leitor = (*conteudo)->Abre();
-        char bloco[16384];
-        std::string resto;  // of a group of three bytes
-        while (const auto lidos = leitor->Le(bloco)) {
-            resto.append(bloco, lidos);
-            const auto inteiros = resto.size() / 3 * 3;
-            saida_ << ParaBase64(std::string_view(resto).substr(0, inteiros));
-            resto.erase(0, inteiros);
-        }
-        saida_ << ParaBase64(resto);
     }
 
     const std::vector<TCampoPacote>& campos_;
