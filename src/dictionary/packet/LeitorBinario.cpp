@@ -7,6 +7,7 @@
 #include "packet/LeitoresPacote.h"
 #include "packet/ValoresDoPacote.h"
 #include "values/Texto.h"
+#include "values/TextoDeData.h"
 
 namespace wkd {
 

@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <charconv>
+#include <chrono>
 #include <cmath>
 #include <cstdio>
+
+#include "values/TextoDeData.h"
 
 namespace wkd {
 
@@ -99,9 +102,14 @@ std::optional<std::string> BcdDeDigitos(const TDigitos& numero, std::size_t tama
 
 namespace {
 
-constexpr std::int64_t kDiaZeroUnix = 719163;  // 1970-01-01
-constexpr std::int64_t kUltimoDia = 3652059;   // 9999-12-31
-constexpr std::int64_t kMsPorDia = 86'400'000;
+using std::chrono::sys_days;
+using namespace std::chrono_literals;
+
+/// Day 1 of a packet is 0001-01-01.
+constexpr std::int64_t DiaDoPacote(sys_days dia) { return (dia - sys_days{1y / 1 / 1}).count() + 1; }
+constexpr std::int64_t kDiaZeroUnix = DiaDoPacote(sys_days{1970y / 1 / 1});
+constexpr std::int64_t kUltimoDia = DiaDoPacote(sys_days{9999y / 12 / 31});
+constexpr std::int64_t kMsPorDia = std::chrono::milliseconds{24h}.count();
 
 /// Takes `quantos` digits off the start of the text; -1, for ever, when they are not there.
 class TDigitosFixos {
@@ -171,13 +179,6 @@ std::optional<TDataHora> DataHoraDeMs(double ms) {
     const auto data = DataDeDias(inteiro / kMsPorDia);
     if (!data) return std::nullopt;
     return TDataHora{*data, *HoraDeMs(inteiro % kMsPorDia)};
-}
-
-std::optional<TData> DataValida(int ano, int mes, int dia) {
-    if (ano < 1 || ano > 9999 || mes < 1 || mes > 12 || dia < 1 || dia > 31) return std::nullopt;
-    const auto data = DataDe(ano, mes, dia);
-    if (CalendarioDe(data).dia != dia) return std::nullopt;
-    return data;
 }
 
 std::int32_t DiasDe(TData data) { return static_cast<std::int32_t>(data.dias + kDiaZeroUnix); }

@@ -39,7 +39,6 @@ inline constexpr std::size_t kMaiorPrecisao = 64;
 std::optional<TData> DataDeDias(std::int64_t dias);
 std::optional<THora> HoraDeMs(std::int64_t ms);
 std::optional<TDataHora> DataHoraDeMs(double ms);
-std::optional<TData> DataValida(int ano, int mes, int dia);
 
 std::int32_t DiasDe(TData data);
 std::int32_t MsDe(THora hora);

@@ -63,9 +63,9 @@ bool TLeitura::Data(TData& data) {
         *this = inicio;
         if (!DiaMesAno(c)) return false;
     }
-    if (c.ano < 1 || c.mes < 1 || c.mes > 12 || c.dia < 1) return false;
-    data = DataDe(c.ano, c.mes, c.dia);
-    return CalendarioDe(data).dia == c.dia;  // a day past the month's end has become one of the next month
+    const auto valida = DataValida(c.ano, c.mes, c.dia);
+    if (valida) data = *valida;
+    return valida.has_value();
 }
 
 bool TLeitura::Hora(THora& hora) {
@@ -128,23 +128,23 @@ std::optional<TDataHora> LeDataHora(std::string_view texto) {
 }
 
 TData DataDe(int ano, int mes, int dia) {
-    if (mes <= 2) --ano;
-    const int era = (ano >= 0 ? ano : ano - 399) / 400;
-    const int anoDaEra = ano - era * 400;
-    const int diaDoAno = (153 * (mes + (mes > 2 ? -3 : 9)) + 2) / 5 + dia - 1;  // the year begins on 1 March
-    const int diaDaEra = anoDaEra * 365 + anoDaEra / 4 - anoDaEra / 100 + diaDoAno;
-    return {era * 146097 + diaDaEra - 719468};
+    using namespace std::chrono;
+    const auto quando = sys_days{year{ano} / mes / dia};
+    return {static_cast<std::int32_t>(quando.time_since_epoch().count())};
+}
+
+std::optional<TData> DataValida(int ano, int mes, int dia) {
+    using namespace std::chrono;
+    // Asked first, since the calendar's own types hold no large number.
+    if (ano < 1 || ano > 9999 || mes < 1 || mes > 12 || dia < 1 || dia > 31) return std::nullopt;
+    if (!year_month_day{year{ano} / mes / dia}.ok()) return std::nullopt;
+    return DataDe(ano, mes, dia);
 }
 
 TCalendario CalendarioDe(TData data) {
-    const int dias = data.dias + 719468;
-    const int era = (dias >= 0 ? dias : dias - 146096) / 146097;
-    const int diaDaEra = dias - era * 146097;
-    const int anoDaEra = (diaDaEra - diaDaEra / 1460 + diaDaEra / 36524 - diaDaEra / 146096) / 365;
-    const int diaDoAno = diaDaEra - (365 * anoDaEra + anoDaEra / 4 - anoDaEra / 100);
-    const int mesDesdeMarco = (5 * diaDoAno + 2) / 153;
-    const int mes = mesDesdeMarco + (mesDesdeMarco < 10 ? 3 : -9);
-    return {anoDaEra + era * 400 + (mes <= 2), mes, diaDoAno - (153 * mesDesdeMarco + 2) / 5 + 1};
+    using namespace std::chrono;
+    const year_month_day dia{sys_days{days{data.dias}}};
+    return {int{dia.year()}, static_cast<int>(unsigned{dia.month()}), static_cast<int>(unsigned{dia.day()})};
 }
 
 TDataHora Agora() {

@@ -24,6 +24,9 @@ std::optional<THora> LeHora(std::string_view texto);
 /// A date, alone or followed by a blank or "T" and a time.
 std::optional<TDataHora> LeDataHora(std::string_view texto);
 
+/// The day of a date that exists, in the years 1 to 9999; nothing for any other three numbers.
+std::optional<TData> DataValida(int ano, int mes, int dia);
+
 /// Date and time by a pattern of dd, mm, yy, yyyy, hh and ss; "mm" behind "hh" stands for minutes; every other
 /// character stands for itself.
 std::string FormataDataHora(TDataHora quando, std::string_view padrao);

@@ -127,8 +127,8 @@ class TValor {
     TVariante v_;
 };
 
-/// Days since 1970-01-01 of a calendar day and back (algorithm: H. Hinnant, "chrono-Compatible Low-Level Date
-/// Algorithms").
+/// Days since 1970-01-01 of a calendar day, and back. The month exists, the year is one from -32767 to 32767; a day
+/// past the month's end is in the next month.
 TData DataDe(int ano, int mes, int dia);
 struct TCalendario {
     int ano = 1970;
