@@ -1,12 +1,12 @@
 #include "Pedido.h"
 
-#include <algorithm>
-#include <map>
 #include <optional>
+#include <span>
 #include <stdexcept>
 
 #include "PacoteJson.h"
 #include "package/Caminho.h"
+#include "process/Argumentos.h"
 #include "process/Programa.h"
 #include "values/Texto.h"
 
@@ -32,6 +32,7 @@ Uso:
       longos demais, chaves e índices sem colunas, e o que encolheu ou sumiu desde o pacote anterior.
 
   --json     resultado em JSON, para outros programas
+  Um valor vem depois da opção ou colado nela: --versao 7.17, --versao=7.17
   --help, --version
 
 Código de saída:
@@ -42,45 +43,9 @@ Código de saída:
   64  argumentos incorretos
 )";
 
-/// Words and options of a command.
-class TArgumentos {
-  public:
-    /// Throws std::invalid_argument for an option that is not among `conhecidas`, or one without its value.
-    TArgumentos(const std::vector<std::string>& argumentos, const std::vector<std::string>& conhecidas) {
-        for (std::size_t i = 1; i < argumentos.size(); ++i) {
-            const auto& argumento = argumentos[i];
-            if (argumento == "--json") {
-                json_ = true;
-            } else if (!argumento.starts_with("--")) {
-                palavras_.push_back(argumento);
-            } else {
-                if (std::ranges::find(conhecidas, argumento) == conhecidas.end())
-                    throw std::invalid_argument("Opção desconhecida: " + argumento + ".");
-                if (++i == argumentos.size()) throw std::invalid_argument("Falta o valor de " + argumento + ".");
-                opcoes_[argumento] = argumentos[i];
-            }
-        }
-    }
-
-    bool Json() const { return json_; }
-    const std::vector<std::string>& Exatamente(std::size_t quantas) const {
-        if (palavras_.size() != quantas) throw std::invalid_argument("Número errado de argumentos.");
-        return palavras_;
-    }
-    std::string Opcao(const std::string& nome) const {
-        const auto achada = opcoes_.find(nome);
-        return achada == opcoes_.end() ? std::string() : achada->second;
-    }
-
-  private:
-    std::vector<std::string> palavras_;
-    std::map<std::string, std::string> opcoes_;
-    bool json_ = false;
-};
-
 TPedeMonta Monta(const TArgumentos& argumentos) {
     TPedeMonta pedido;
-    pedido.pacote = CaminhoDoTexto(argumentos.Exatamente(1)[0]);
+    pedido.pacote = CaminhoDoTexto(argumentos.Palavra(0));
     pedido.pasta = CaminhoDoTexto(argumentos.Opcao("--pasta"));
     pedido.alias = argumentos.Opcao("--alias");
     pedido.versao = argumentos.Opcao("--versao");
@@ -100,8 +65,8 @@ std::optional<TFormaDeArquivo> FormaDoNome(std::string_view nome) {
 }
 
 TPedeConverte Converte(const TArgumentos& argumentos) {
-    const auto& palavras = argumentos.Exatamente(2);
-    TPedeConverte pedido{CaminhoDoTexto(palavras[0]), CaminhoDoTexto(palavras[1]), TFormaDeArquivo::Binario};
+    TPedeConverte pedido{CaminhoDoTexto(argumentos.Palavra(0)), CaminhoDoTexto(argumentos.Palavra(1)),
+                         TFormaDeArquivo::Binario};
     if (NomeDeJson(pedido.destino)) pedido.forma = TFormaDeArquivo::Json;
     if (IgualSemCaixa(TextoDoCaminho(pedido.destino.extension()), ".xml")) pedido.forma = TFormaDeArquivo::Xml;
     if (const auto nome = argumentos.Opcao("--forma"); !nome.empty()) {
@@ -112,28 +77,27 @@ TPedeConverte Converte(const TArgumentos& argumentos) {
     return pedido;
 }
 
+TPedeMostra Mostra(const TArgumentos& argumentos) { return {CaminhoDoTexto(argumentos.Palavra(0))}; }
+
+TPedeRevisao Confere(const TArgumentos& argumentos) {
+    return {CaminhoDoTexto(argumentos.Palavra(0)), CaminhoDoTexto(argumentos.Opcao("--anterior"))};
+}
+
 TPedidoDoPacote Comando(const std::vector<std::string>& argumentos) {
     const auto& nome = argumentos.front();
     if (nome == "--help") return {TPedeTexto{std::string(kAjuda)}};
     if (nome == "--version") return {TPedeTexto{"PacoteWKD " + std::string(kVersao) + "\n"}};
-    if (nome == "monta") {
-        const TArgumentos lidos(argumentos, {"--pasta", "--alias", "--tabelas", "--versao"});
-        return {Monta(lidos), lidos.Json()};
-    }
-    if (nome == "mostra") {
-        const TArgumentos lidos(argumentos, {});
-        return {TPedeMostra{CaminhoDoTexto(lidos.Exatamente(1)[0])}, lidos.Json()};
-    }
-    if (nome == "converte") {
-        const TArgumentos lidos(argumentos, {"--forma"});
-        return {Converte(lidos), lidos.Json()};
-    }
-    if (nome == "confere") {
-        const TArgumentos lidos(argumentos, {"--anterior"});
-        return {TPedeRevisao{CaminhoDoTexto(lidos.Exatamente(1)[0]), CaminhoDoTexto(lidos.Opcao("--anterior"))},
-                lidos.Json()};
-    }
-    throw std::invalid_argument("Comando desconhecido: " + nome + ".");
+    const auto com = [&](auto pedido, std::vector<std::string_view> opcoes, std::size_t palavras) -> TPedidoDoPacote {
+        const TArgumentos lidos(std::span<const std::string>(argumentos).subspan(1),
+                                {std::move(opcoes), {"--json"}, palavras});
+        return {pedido(lidos), lidos.Tem("--json")};
+    };
+    if (nome == "monta") return com(Monta, {"--pasta", "--alias", "--tabelas", "--versao"}, 1);
+    if (nome == "mostra") return com(Mostra, {}, 1);
+    if (nome == "converte") return com(Converte, {"--forma"}, 2);
+    if (nome == "confere") return com(Confere, {"--anterior"}, 1);
+    constexpr std::string_view kComandos[] = {"monta", "mostra", "converte", "confere", "--help", "--version"};
+    throw std::invalid_argument(Desconhecido("Comando desconhecido", nome, kComandos));
 }
 
 }  // namespace

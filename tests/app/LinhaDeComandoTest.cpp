@@ -14,7 +14,7 @@ TEST(LinhaDeComando, separa_assistente_atualizacao_e_opcoes) {
     EXPECT_EQ(pedido.pacote, "p.zip");
 
     EXPECT_TRUE(std::holds_alternative<TPedeAjuda>(LeLinhaDeComando({"--help"})));
-    EXPECT_TRUE(std::holds_alternative<TPedeVersao>(LeLinhaDeComando({"--version", "x"})));
+    EXPECT_TRUE(std::holds_alternative<TPedeVersao>(LeLinhaDeComando({"--version"})));
     EXPECT_EQ(std::get<TPedeTestaAlias>(LeLinhaDeComando({"--testa-alias", "A"})).nome, "A");
 }
 
@@ -23,7 +23,15 @@ TEST(LinhaDeComando, diz_o_que_falta_ou_sobra) {
         {{"LOJA", "p.zip"}, "LOJA;"},
         {{"--nada"}, "--nada"},
         {{"--testa-alias"}, "--testa-alias"},
-        {{"--novo-alias"}, "nome do alias"},
+        {{"--novo-alias"}, "valor de --novo-alias"},
+        {{"--novo-alias", "A", "--tipo", "tbInterbase", "--database", "--usuario", "u"}, "valor de --database"},
+        {{"--plan", "A", "p.zip"}, "Quis dizer --plano?"},
+        {{"--CONFERRE=A"}, "Quis dizer --confere?"},
+        {{"--plano", "A", "p.zip", "--jsom"}, "Quis dizer --json?"},
+        {{"--plano", "A", "p.zip", "--menu"}, "--menu"},
+        {{"--plano", "A", "p.zip", "--json=sim"}, "--json não leva valor"},
+        {{"--plano", "A"}, "Número errado de argumentos"},
+        {{"--plano", "A", "p.zip", "q.zip"}, "Número errado de argumentos"},
         {{"--novo-alias", "A", "--tipo", "tbInterbase", "--database", "d"}, "--usuario"},
         {{"--novo-alias", "A", "--tipo", "firebird", "--database", "d", "--usuario", "u"}, "firebird"},
         {{"--novo-alias", "A", "--tipo", "tbInterbase", "--database", "d", "--usuario", "u", "--senha", "s"},
@@ -36,6 +44,29 @@ TEST(LinhaDeComando, diz_o_que_falta_ou_sobra) {
         EXPECT_NE(std::get<TUsoIncorreto>(pedido).mensagem.find(mencao), std::string::npos)
             << std::get<TUsoIncorreto>(pedido).mensagem;
     }
+}
+
+TEST(LinhaDeComando, nao_sugere_o_que_nao_se_parece) {
+    const TPedido pedido = LeLinhaDeComando({"--desfaz"});
+    EXPECT_EQ(std::get<TUsoIncorreto>(pedido).mensagem, "Opção desconhecida: --desfaz.");
+}
+
+TEST(LinhaDeComando, aceita_o_valor_colado_ou_separado_e_as_chaves_em_qualquer_lugar) {
+    const std::vector<std::string> linhas[] = {{"--plano", "LOJA;", "a=b.zip", "--json"},
+                                               {"--plano=LOJA", "--json", "a=b.zip"},
+                                               {"--plano=LOJA", "a=b.zip", "--json"}};
+    for (const auto& linha : linhas) {
+        const auto plano = std::get<TPedePlano>(LeLinhaDeComando(linha));
+        EXPECT_EQ(plano.alias, "LOJA");
+        EXPECT_EQ(plano.pacote, "a=b.zip");
+        EXPECT_TRUE(plano.json);
+    }
+    const auto novo =
+        std::get<TPedeNovoAlias>(LeLinhaDeComando({"--novo-alias=A", "--tipo=tbInterbase", "--database=--x=y",
+                                                   "--usuario", "velho", "--usuario=novo", "--path="}));
+    EXPECT_EQ(novo.alias.database, "--x=y");
+    EXPECT_EQ(novo.alias.usuario, "novo") << "the last one counts";
+    EXPECT_EQ(novo.alias.path, "");
 }
 
 TEST(LinhaDeComando, le_o_novo_alias_inteiro) {

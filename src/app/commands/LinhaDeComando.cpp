@@ -1,8 +1,9 @@
 #include "commands/LinhaDeComando.h"
 
-#include <map>
+#include <algorithm>
+#include <stdexcept>
 
-#include "values/Texto.h"
+#include "process/Argumentos.h"
 
 namespace wkd {
 
@@ -34,6 +35,8 @@ Aliases (seções do arquivo WKD.ini):
 
   --help, --version
 
+  Um valor vem depois da opção ou colado nela: --tipo tbInterbase, --tipo=tbInterbase
+
 Código de saída:
   0   terminou sem erro
   1   terminou, e algum erro foi relatado
@@ -45,89 +48,78 @@ Código de saída:
   130, 143  interrompida por um sinal: rode de novo
 )";
 
-/// "--name value" pairs and "--name" flags behind the first option.
-class TOpcoesDaLinha {
-  public:
-    TOpcoesDaLinha(const std::vector<std::string>& argumentos, std::size_t primeiro) {
-        for (std::size_t i = primeiro; i < argumentos.size(); ++i) {
-            const std::string& nome = argumentos[i];
-            if (nome == "--menu")
-                valores_[nome] = "";
-            else if (!nome.starts_with("--") || i + 1 == argumentos.size())
-                erro_ = "Argumento sem sentido ou sem valor: " + nome;
-            else
-                valores_[nome] = argumentos[++i];
-        }
-    }
-
-    bool Tem(const std::string& nome) const { return valores_.contains(nome); }
-    std::string Retira(const std::string& nome) {
-        const auto no = valores_.extract(nome);
-        return no.empty() ? std::string() : no.mapped();
-    }
-    std::string Erro() const {
-        if (!erro_.empty() || valores_.empty()) return erro_;
-        return "Opção desconhecida: " + valores_.begin()->first;
-    }
-
-  private:
-    std::map<std::string, std::string> valores_;
-    std::string erro_;
-};
-
-TPedido NovoAlias(const std::vector<std::string>& argumentos) {
-    if (argumentos.size() < 2) return TUsoIncorreto{"Falta o nome do alias depois de --novo-alias."};
-    TOpcoesDaLinha opcoes(argumentos, 2);
+TPedido NovoAlias(const TArgumentos& argumentos) {
     for (const char* obrigatoria : {"--tipo", "--database", "--usuario"})
-        if (!opcoes.Tem(obrigatoria)) return TUsoIncorreto{std::string("Falta a opção ") + obrigatoria + "."};
+        if (!argumentos.Tem(obrigatoria)) return TUsoIncorreto{std::string("Falta a opção ") + obrigatoria + "."};
 
     TPedeNovoAlias pedido;
-    pedido.alias.nome = argumentos[1];
-    pedido.alias.tipoBanco = opcoes.Retira("--tipo");
-    pedido.alias.hostname = opcoes.Retira("--hostname");
-    pedido.alias.path = opcoes.Retira("--path");
-    pedido.alias.database = opcoes.Retira("--database");
-    pedido.alias.usuario = opcoes.Retira("--usuario");
-    if (opcoes.Tem("--autenticacao"))
-        pedido.alias.autenticacao = StrToTipoAutenticacao(opcoes.Retira("--autenticacao"));
-    pedido.tambemPadrao = opcoes.Tem("--menu");
-    opcoes.Retira("--menu");
+    pedido.alias.nome = argumentos.Opcao("--novo-alias");
+    pedido.alias.tipoBanco = argumentos.Opcao("--tipo");
+    pedido.alias.hostname = argumentos.Opcao("--hostname");
+    pedido.alias.path = argumentos.Opcao("--path");
+    pedido.alias.database = argumentos.Opcao("--database");
+    pedido.alias.usuario = argumentos.Opcao("--usuario");
+    if (argumentos.Tem("--autenticacao"))
+        pedido.alias.autenticacao = StrToTipoAutenticacao(argumentos.Opcao("--autenticacao"));
+    pedido.tambemPadrao = argumentos.Tem("--menu");
 
     if (!StrToTipoBanco(pedido.alias.tipoBanco))
         return TUsoIncorreto{"Tipo de banco desconhecido: " + pedido.alias.tipoBanco +
                              ". Use tbInterbase, tbSQLServer ou tbODBC."};
-    if (const std::string erro = opcoes.Erro(); !erro.empty()) return TUsoIncorreto{erro};
     return pedido;
 }
 
 /// As on the line of an update, ";" and what follows are no part of the alias.
 std::string NomeDoAlias(const std::string& argumento) { return argumento.substr(0, argumento.find(';')); }
 
-TPedido Plano(std::vector<std::string> argumentos) {
-    const bool json = std::erase(argumentos, "--json") > 0;
-    if (argumentos.size() != 3) return TUsoIncorreto{"Use --plano ALIAS PACOTE.zip, e --json se quiser."};
-    return TPedePlano{NomeDoAlias(argumentos[1]), argumentos[2], json};
-}
+/// A command is the first option of the line; its own value, where it has one, is among its options.
+struct TComando {
+    std::string_view nome;
+    TArgumentosAceitos aceitos;
+    TPedido (*pedido)(const TArgumentos&);
+};
 
-TPedido Confere(std::vector<std::string> argumentos) {
-    const bool json = std::erase(argumentos, "--json") > 0;
-    if (argumentos.size() != 2) return TUsoIncorreto{"Use --confere ALIAS, e --json se quiser."};
-    return TPedeConfere{NomeDoAlias(argumentos[1]), json};
+const std::vector<TComando>& Comandos() {
+    static const std::vector<TComando> comandos = {
+        {"--help", {{}, {"--help"}}, [](const TArgumentos&) -> TPedido { return TPedeAjuda{}; }},
+        {"--version", {{}, {"--version"}}, [](const TArgumentos&) -> TPedido { return TPedeVersao{}; }},
+        {"--lista-alias", {{}, {"--lista-alias"}}, [](const TArgumentos&) -> TPedido { return TPedeListaAlias{}; }},
+        {"--testa-alias",
+         {{"--testa-alias"}, {}},
+         [](const TArgumentos& a) -> TPedido { return TPedeTestaAlias{a.Opcao("--testa-alias")}; }},
+        {"--remove-alias",
+         {{"--remove-alias"}, {}},
+         [](const TArgumentos& a) -> TPedido { return TPedeRemoveAlias{a.Opcao("--remove-alias")}; }},
+        {"--novo-alias",
+         {{"--novo-alias", "--tipo", "--hostname", "--path", "--database", "--usuario", "--autenticacao"}, {"--menu"}},
+         NovoAlias},
+        {"--plano",
+         {{"--plano"}, {"--json"}, 1},
+         [](const TArgumentos& a) -> TPedido {
+             return TPedePlano{NomeDoAlias(a.Opcao("--plano")), a.Palavra(0), a.Tem("--json")};
+         }},
+        {"--confere",
+         {{"--confere"}, {"--json"}},
+         [](const TArgumentos& a) -> TPedido {
+             return TPedeConfere{NomeDoAlias(a.Opcao("--confere")), a.Tem("--json")};
+         }},
+    };
+    return comandos;
 }
 
 TPedido Opcao(const std::vector<std::string>& argumentos) {
-    const std::string& opcao = argumentos.front();
-    if (opcao == "--help") return TPedeAjuda{};
-    if (opcao == "--version") return TPedeVersao{};
-    if (opcao == "--novo-alias") return NovoAlias(argumentos);
-    if (opcao == "--plano") return Plano(argumentos);
-    if (opcao == "--confere") return Confere(argumentos);
-    if (opcao == "--lista-alias" && argumentos.size() == 1) return TPedeListaAlias{};
-    if (opcao == "--remove-alias" && argumentos.size() == 2) return TPedeRemoveAlias{argumentos[1]};
-    if (opcao == "--testa-alias" && argumentos.size() == 2) return TPedeTestaAlias{argumentos[1]};
-    if (opcao == "--remove-alias" || opcao == "--testa-alias" || opcao == "--lista-alias")
-        return TUsoIncorreto{opcao + ": número errado de argumentos."};
-    return TUsoIncorreto{"Opção desconhecida: " + opcao};
+    const std::string nome = argumentos.front().substr(0, argumentos.front().find('='));
+    const auto comando = std::ranges::find(Comandos(), nome, &TComando::nome);
+    if (comando == Comandos().end()) {
+        std::vector<std::string_view> nomes;
+        for (const auto& conhecido : Comandos()) nomes.push_back(conhecido.nome);
+        return TUsoIncorreto{Desconhecido("Opção desconhecida", nome, nomes)};
+    }
+    try {
+        return comando->pedido(TArgumentos(argumentos, comando->aceitos));
+    } catch (const std::invalid_argument& erro) {
+        return TUsoIncorreto{nome + ": " + erro.what()};
+    }
 }
 
 }  // namespace
