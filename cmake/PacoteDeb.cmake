@@ -1,4 +1,5 @@
-# The Debian package: program and what it writes live in one folder, /opt/AtualizaWKD. scripts/pacote-deb.sh builds it.
+# The Debian package: program and what it writes live in one folder, /opt/AtualizaWKD. scripts/pacote-deb.sh packs it
+# from the release build, whose preset names the folders.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME atualizawkd)
 set(CPACK_PACKAGE_VENDOR "WKD Software")

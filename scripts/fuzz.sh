@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Fuzzes the readers under the sanitizers, one after the other: scripts/fuzz.sh [seconds each] [xml|binario|json|zip|ini...]
+# Fuzzes the readers under the sanitizers, one a processor: scripts/fuzz.sh [seconds each] [xml|binario|json|zip|ini...]
 # What is found stands in build/fuzz/achados; once mended it joins the seeds, which the tests replay.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -19,14 +19,17 @@ TMPDIR=$(mktemp -d -p "$memoria")
 export TMPDIR
 trap 'rm -rf "$TMPDIR"' EXIT
 
-# No input of a few kilobytes needs more memory in all, more in one piece, or more time than this.
-limites=(-max_len=8192 -rss_limit_mb=768 -malloc_limit_mb=128 -timeout=5)
-for alvo in "${alvos[@]}"; do
-    corpus=build/fuzz/corpus/$alvo
-    mkdir -p "$corpus" build/fuzz/achados
-    build/fuzz/bin/fuzz_"$alvo" "${limites[@]}" -max_total_time="$segundos" -print_final_stats=1 \
-        -artifact_prefix=build/fuzz/achados/"$alvo"- "$corpus" "fuzz/sementes/$alvo" 2>build/fuzz/"$alvo".log ||
-        { tail -n 40 build/fuzz/"$alvo".log; exit 1; }
-    echo "$alvo: $(grep -E 'cov: ' build/fuzz/"$alvo".log | tail -n 1)"
-    grep -E 'number_of_executed_units|peak_rss_mb' build/fuzz/"$alvo".log
-done
+fuzza() {
+    local alvo=$1 registro=build/fuzz/$1.log corpus=build/fuzz/corpus/$1
+    # No input of a few kilobytes needs more memory in all, more in one piece, or more time than this.
+    local limites=(-max_len=8192 -rss_limit_mb=768 -malloc_limit_mb=128 -timeout=5)
+    mkdir -p "$corpus" build/fuzz/achados "$TMPDIR/$alvo"
+    TMPDIR=$TMPDIR/$alvo build/fuzz/bin/fuzz_"$alvo" "${limites[@]}" -max_total_time="$segundos" -print_final_stats=1 \
+        -artifact_prefix=build/fuzz/achados/"$alvo"- "$corpus" "fuzz/sementes/$alvo" 2>"$registro" ||
+        { tail -n 40 "$registro"; return 1; }
+    echo "$alvo: $(grep -E 'cov: ' "$registro" | tail -n 1)"
+    grep -E 'number_of_executed_units|peak_rss_mb' "$registro"
+}
+export -f fuzza
+export segundos
+printf '%s\0' "${alvos[@]}" | xargs -0 -n 1 -P "$(nproc)" bash -c 'fuzza "$1"' fuzza

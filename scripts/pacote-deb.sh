@@ -1,15 +1,14 @@
 #!/usr/bin/env bash
-# Builds the Debian package into build/deb, then installs it, updates a database with it, and removes it again.
+# Packs the release build into build/deb/*.deb, then installs it, updates a database with it, and removes it again.
 # scripts/pacote-deb.sh --so-constroi builds it alone.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 scripts/dependencies.sh dpkg-dev
-cmake -S . -B build/deb -G Ninja -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF -DCMAKE_INSTALL_PREFIX=/ \
-    -DWKD_PASTA=opt/AtualizaWKD -DCMAKE_INSTALL_BINDIR=usr/bin -DCMAKE_INSTALL_DATADIR=usr/share \
-    -DCMAKE_INSTALL_MANDIR=usr/share/man ${WKD_CMAKE:-} >/dev/null
-cmake --build build/deb --target AtualizaWKD PacoteWKD manual
-(cd build/deb && rm -f ./*.deb && cpack --config CPackConfig.cmake >cpack.log)
+scripts/build.sh release AtualizaWKD PacoteWKD manual
+mkdir -p build/deb
+rm -rf build/deb/*.deb
+cpack --config build/release/CPackConfig.cmake -B build/deb >build/deb/cpack.log || { cat build/deb/cpack.log; exit 1; }
 deb=$(ls "$PWD"/build/deb/*.deb)
 dpkg-deb --info "$deb" | grep -E '^ (Package|Version|Depends|Recommends|Installed-Size)'
 dpkg-deb --contents "$deb" | awk '{print $1, $6, $7, $8}'
