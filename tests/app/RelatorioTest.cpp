@@ -58,7 +58,7 @@ TEST(Relatorio, conta_o_que_a_atualizacao_fez_em_cada_tabela) {
     const std::string pagina = loja.Arquivo("AtualizaWKD.relatorio.html");
     for (const char* texto : {"Concluída com 1 erro", "TVENDA", "drop table TVENDA", "O que fazer:", "@media print"})
         EXPECT_NE(pagina.find(texto), std::string::npos) << texto;
-    for (const char* deFora : {"http:", "https:", "<script", " src=", "<link", "@import", "url("})
+    for (const char* deFora : {"http:", "https:", "<script", " src=", "<link", "@import", "url(", "{{", "<!-- parte"})
         EXPECT_EQ(pagina.find(deFora), std::string::npos) << deFora;
 
     ASSERT_EQ(loja.Atualiza("nenhum.zip").codigo, 2);
