@@ -48,7 +48,8 @@ TEST(Saida, um_leitor_que_se_atrasa_recebe_todas_as_linhas) {
     const TProgramaInstalado loja;
     const TCanoCheio saida;
     TProgramaEmCurso programa = loja.Comeca(saida.pontas[1]);
-    while (loja.Arquivo("AtualizaWKD.relatorio.html").empty()) ASSERT_EQ(programa.Espera(50ms), TProgramaEmCurso::kCorreAinda);
+    while (loja.Arquivo("AtualizaWKD.relatorio.html").empty())
+        ASSERT_EQ(programa.Espera(50ms), TProgramaEmCurso::kCorreAinda);
     close(saida.pontas[1]);
     std::string lido(1 << 20, '\0');
     std::size_t bytes = 0;
