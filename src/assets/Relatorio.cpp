@@ -5,11 +5,11 @@
 #include <optional>
 #include <vector>
 
-#include "ArquivosSistema.h"
 #include "package/Caminho.h"
 #include "package/Pacote.h"
 #include "packet/EscritoresPacote.h"
 #include "process/EscritaSegura.h"
+#include "values/ConteudoDeArquivo.h"
 #include "values/Texto.h"
 
 namespace wkd {

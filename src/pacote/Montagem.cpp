@@ -2,12 +2,12 @@
 
 #include <algorithm>
 
-#include "ArquivosSistema.h"
 #include "Inventario.h"
 #include "PacoteJson.h"
 #include "package/Caminho.h"
 #include "package/DicionarioDoPacote.h"
 #include "package/Pacote.h"
+#include "values/ConteudoDeArquivo.h"
 #include "values/Texto.h"
 
 namespace wkd {
