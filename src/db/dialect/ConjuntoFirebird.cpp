@@ -1,4 +1,4 @@
-#include "firebird/ConjuntoFirebird.h"
+#include "dialect/ConjuntoFirebird.h"
 
 #include <algorithm>
 

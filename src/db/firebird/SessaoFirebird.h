@@ -13,7 +13,7 @@
 
 #include "aliases/Aliases.h"
 #include "connection/Connection.h"
-#include "firebird/ConjuntoFirebird.h"
+#include "dialect/ConjuntoFirebird.h"
 #include "process/Interrupcao.h"
 
 namespace wkd {

@@ -5,8 +5,8 @@
 #include <limits>
 
 #include "connection/Erros.h"
+#include "dialect/ConjuntoFirebird.h"
 #include "driver/ValorDoDriver.h"
-#include "firebird/ConjuntoFirebird.h"
 #include "values/Texto.h"
 
 namespace wkd {

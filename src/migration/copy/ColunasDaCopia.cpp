@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "firebird/ConjuntoFirebird.h"
+#include "dialect/ConjuntoFirebird.h"
 #include "rows/WKDQuery.h"
 #include "tables/TBComandos.h"
 #include "values/Texto.h"
