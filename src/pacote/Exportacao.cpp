@@ -43,7 +43,7 @@ bool Existe(const std::vector<std::string>& nomes, std::string_view nome) {
     return std::ranges::any_of(nomes, [&](const auto& outro) { return IgualSemCaixa(outro, nome); });
 }
 
-/// Those of the columns that the table has, then its key.
+/// Order by the columns of this list that the table has, then by its key.
 std::string Ordem(TConnection& conexao, const std::string& tabela, std::vector<std::string> colunas) {
     const auto fisicas = conexao.Colunas(tabela);
     std::erase_if(colunas, [&](const auto& coluna) { return !ColunaDeNome(fisicas, coluna); });
@@ -80,7 +80,8 @@ class TNomes {
 
 using TIndices = std::set<std::pair<std::string, std::string>>;  // table and index
 
-/// Those that have a column of the customer's. Without it each would be another index, unique in too little.
+/// The indexes that have a column of the customer's. Without that column each would be another index, unique in too
+/// little.
 TIndices IndicesDoCliente(const TDataPacket& sindseca) {
     const TNomes arquivo(sindseca, "ARQUIVO"), nome(sindseca, "NOME"), campo(sindseca, "CAMPO");
     TIndices indices;

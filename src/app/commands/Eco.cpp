@@ -147,7 +147,7 @@ void AbreSaidasQueFaltam() {
 
 namespace {
 
-/// Those of the parts that the line does not say, in one line.
+/// The parts that the line does not say, in one line.
 std::string Falta(std::string_view linha, const std::vector<std::string>& partes) {
     std::vector<std::string> faltam;
     for (const auto& parte : partes)

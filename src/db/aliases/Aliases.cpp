@@ -30,7 +30,7 @@ std::string Conferencia(std::string_view senha) {
     return bytes;
 }
 
-/// Its own inverse.
+/// Scrambles and unscrambles: done twice it gives the bytes back.
 std::string Embaralha(std::string_view usuario, std::string bytes) {
     std::uint32_t estado = Resumo(Maiusculas(Apara(usuario))) | 1u;
     for (char& c : bytes) {  // xorshift32

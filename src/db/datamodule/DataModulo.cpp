@@ -112,6 +112,8 @@ TResultado TDataModulo::Executa(std::string_view sql) {
     }
 }
 
+// Sends nothing on Firebird, where ExecuteDirect passes over a bare commit, nor on SQL Server, which has no text for
+// it: each statement has committed when Executa returned. The calls mark where a step ends, for servers that need one.
 void TDataModulo::Commit(std::string_view lugar) {
     const TTipoBanco banco = SQLConnection1.TipoBanco();
     const auto executa = [this](std::string_view comando) {

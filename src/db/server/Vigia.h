@@ -18,7 +18,7 @@ struct TPrazos {
     std::chrono::milliseconds pergunta{15'000};  // between two questions whether the server is at work
     std::chrono::milliseconds limite{600'000};   // without a sign from it the call is given up; 0: never
 
-    /// Those of an alias: its key "TempoLimite", in seconds.
+    /// The times of an alias: `limite` is its key "TempoLimite", in seconds.
     static TPrazos DoAlias(const TAliases& aliases, const std::string& alias);
 };
 

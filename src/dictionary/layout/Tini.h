@@ -23,7 +23,7 @@ inline constexpr std::string_view kSecaoDosRetirados = "IndiceRetirado";
 /// Index names by table, all in capitals.
 using TIndicesRetirados = std::map<std::string, std::set<std::string>>;
 
-/// Those of the stored SINDSEC that are not among the rows that will take its place. Nothing without TINI.
+/// The indexes of the stored SINDSEC that are not among the rows that will take its place. Nothing without TINI.
 TIndicesRetirados RetiradosPor(TDataModulo& dm, const TTabelaEmMemoria& nova);
 /// In the open transaction.
 void GravaRetirados(TConnection& conexao, const TIndicesRetirados& retirados);

@@ -112,7 +112,7 @@ std::string NomeDoTipo(std::uint16_t codigo, std::uint16_t tamanho);
 
 /// Parameters of a packet that are kept; letter case ignored.
 bool ParametroConhecido(std::string_view nome);
-/// Those that are lists.
+/// Whether a packet's parameter of that name is a list.
 bool ParametroDeLista(std::string_view nome);
 
 /// Subtypes whose blobs are text.

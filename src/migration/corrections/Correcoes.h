@@ -37,7 +37,7 @@ void AjustaCodReceber(TContexto& ctx, std::span<const TTextoPorTipo> passos);
 
 /// One-off corrections of past releases that run before the tables; each runs once per database.
 void QuerysAnteriores(TContexto& ctx);
-/// Those that run after the tables. On an older-generation database the earlier ones run first, here.
+/// One-off corrections that run after the tables. On an older-generation database the earlier ones run first, here.
 void QuerysPosteriores(TContexto& ctx);
 
 /// Corrections that a run with these options would execute, by name; the database has seen the others.

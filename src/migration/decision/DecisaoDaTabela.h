@@ -14,7 +14,8 @@ struct TMudancaExclusiva {
     std::string tabela;
     std::string linha;  // as the status list shows it
 };
-/// Those of the visible package tables. Leaves both package datasets behind their last rows.
+/// The changes of the visible package tables that need the database for this program alone. Leaves both package
+/// datasets behind their last rows.
 std::vector<TMudancaExclusiva> MudancasExclusivas(TContexto& ctx);
 
 /// Whether the update may run while other users are connected: false as soon as one existing column of the visible

@@ -174,7 +174,7 @@ void TPlanejador::SupoeAjustes(const std::vector<TTextoParaAjustar>& textos) {
         }
 }
 
-/// Those of the package where it brings them, else the stored ones.
+/// Reads SINDSEC and SINDSECA: the package's where it brings them, else the stored ones.
 void TPlanejador::LeIndices(const TPastaDeTrabalho& pasta) {
     const auto le = [&](std::string_view tabela) {
         const auto arquivo = pasta.Arquivo(std::string(tabela) + ".WKD");

@@ -212,7 +212,7 @@ void TAtualizacao::CompletaIndices() {
     marcas.Conclui();
 }
 
-/// Those of the package that the database has.
+/// The tables of the package that the database has.
 std::vector<std::string> TAtualizacao::TabelasExistentes() {
     std::vector<std::string> nomes;
     TClientDataSet& tabelas = ctx_.dm.SArquivoNovo;

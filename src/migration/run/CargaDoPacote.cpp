@@ -152,7 +152,7 @@ std::vector<TLinhaRecusada> CarregaDicionarios(TContexto& ctx, const TPastaDeTra
     return recusadas;
 }
 
-/// That of an open rebuild is not known any more: any version ends it.
+/// The version that an open rebuild (VERSAO -1) began at is not known any more: any version ends it.
 void DesconsideraVersoesNegativas(TContexto& ctx) {
     TClientDataSet& novo = ctx.dm.SArquivoNovo;
     for (novo.First(); !novo.Eof(); novo.Next()) {
