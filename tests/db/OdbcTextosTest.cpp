@@ -2,6 +2,7 @@
 
 #include "aliases/ArquivoIni.h"
 #include "odbc/ConexaoOdbc.h"
+#include "odbc/ErroOdbc.h"
 #include "odbc/LexicoSql.h"
 
 namespace wkd {
@@ -104,6 +105,39 @@ TEST(OdbcTextos, TheConnectionStringNamesTheFirstInstalledDriverAndQuotesItsValu
         for (const auto* nome :
              {"ODBC Driver 18 for SQL Server", "ODBC Driver 17 for SQL Server", "FreeTDS", "tdsodbc"})
             EXPECT_NE(texto.find(nome), std::string::npos) << texto;
+    }
+}
+
+TEST(OdbcTextos, AnErrorIsALostConnectionATableInUseOrTheStatementsOwn) {
+    const std::vector<TRegistroOdbc> fimDaSessao = {{"42000", "the statement has been terminated", 3621},
+                                                    {"HY000", "session is in the kill state", 596}};
+    const struct {
+        std::vector<TRegistroOdbc> registros;
+        const char* comando;
+        bool morta;
+        TFalha falha;
+        bool perdida;
+    } casos[] = {
+        {fimDaSessao, "select 1", false, TFalha::Conexao, true},
+        {{{"23000", "conflict", 547}, {"HY000", "shutdown is in progress", 6005}}, "x", false, TFalha::Conexao, true},
+        {{{"08S01", "communication link failure", 0}}, "x", false, TFalha::Conexao, true},
+        {{{"HY000", "TCP provider: closed by the remote host", 10054}}, "x", false, TFalha::Conexao, true},
+        {{{"HY000", "TCP provider: timed out", 10060}}, "x", false, TFalha::Conexao, true},
+        {{{"HYT01", "connection timeout expired", 0}}, "x", false, TFalha::Conexao, true},
+        {{{"HY000", "Unknown error", 0}}, "x", true, TFalha::Conexao, true},
+        {{}, "commit", true, TFalha::Conexao, true},
+        {{{"HY000", "Unknown error", 0}}, "x", false, TFalha::Outra, false},
+        {{{"HYT00", "login timeout expired", 0}}, "", false, TFalha::Conexao, false},
+        {{{"28000", "login failed", 18456}}, "", false, TFalha::Autenticacao, false},
+        {{{"HYT00", "query timeout expired", 0}}, "x", false, TFalha::EmUso, false},
+        {{{"42000", "lock request time out period exceeded", 1222}}, "x", false, TFalha::EmUso, false},
+        {{{"HYT00", "lock request time out period exceeded", 1222}}, "x", false, TFalha::EmUso, false},
+        {{{"40001", "deadlock victim", 1205}}, "x", false, TFalha::EmUso, false},
+    };
+    for (const auto& caso : casos) {
+        const auto erro = ErroDosRegistros(caso.registros, caso.comando, caso.morta);
+        EXPECT_EQ(erro.Falha(), caso.falha) << erro.what();
+        EXPECT_EQ(erro.ConexaoPerdida(), caso.perdida) << erro.what();
     }
 }
 

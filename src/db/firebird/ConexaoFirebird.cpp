@@ -98,7 +98,7 @@ class TConexaoFirebird : public TConnection {
     void Derruba(std::string_view numero) noexcept override {
         try {
             ExecuteDirect("delete from mon$attachments where mon$attachment_id = " + std::string(numero));
-        } catch (const std::exception&) {  // the user may not, or it is gone
+        } catch (...) {  // the user may not, it is gone, or the process is to end
         }
     }
 

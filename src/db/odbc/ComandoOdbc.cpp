@@ -110,6 +110,7 @@ void TComandoOdbc::PreparaEm(const std::shared_ptr<TLigacaoOdbc>& ligacao) {
     ligacao_ = ligacao;
     if (posicoes_.empty()) return;
     TTextoOdbc texto(texto_);
+    const auto chamada = instrucao_->Chamada();
     instrucao_->Confere(SQLPrepareW(instrucao_->Handle(), texto.Dados(), texto.Tamanho<SQLINTEGER>()), sql_);
 }
 
@@ -145,7 +146,7 @@ void TComandoOdbc::LigaParametros() {
 void TComandoOdbc::Roda() {
     LigaParametros();
     sessao_->Observa(sql_);
-    const TEmCurso::TChamada chamada(ligacao_->EmCurso(), instrucao_->Handle());
+    const auto chamada = instrucao_->Chamada();
     SQLRETURN retorno;
     if (posicoes_.empty()) {
         TTextoOdbc texto(texto_);
@@ -163,6 +164,7 @@ void TComandoOdbc::Roda() {
 
 /// Describes the first result that has columns.
 void TComandoOdbc::DescreveColunas() {
+    const auto chamada = instrucao_->Chamada();
     campos_.clear();
     descricoes_.clear();
     SQLSMALLINT colunas = 0;
@@ -201,12 +203,12 @@ bool TComandoOdbc::Busca() {
     if (!aberto_) return false;
     atual_.clear();
     const auto retorno = [&] {
-        const TEmCurso::TChamada chamada(ligacao_->EmCurso(), instrucao_->Handle());
+        const auto chamada = instrucao_->Chamada();
         return SQLFetch(instrucao_->Handle());
     }();
+    TInterrupcao::Confere(true);
     if (SQL_SUCCEEDED(retorno)) return true;
-    const auto erro =
-        retorno == SQL_NO_DATA ? std::nullopt : std::optional(ErroOdbc(SQL_HANDLE_STMT, instrucao_->Handle(), sql_));
+    const auto erro = retorno == SQL_NO_DATA ? std::nullopt : std::optional(instrucao_->Erro(sql_));
     aberto_ = false;
     ligacao_->cursor = nullptr;
     instrucao_->FechaCursor();
@@ -221,6 +223,8 @@ TLinha TComandoOdbc::LinhaInteira() {
 }
 
 void TComandoOdbc::CompletaAte(std::size_t campo) {
+    if (atual_.size() > campo || !aberto_) return;
+    const auto chamada = instrucao_->Chamada();
     while (atual_.size() <= campo && aberto_)
         atual_.push_back(
             LeValor(*instrucao_, static_cast<SQLUSMALLINT>(atual_.size() + 1), descricoes_[atual_.size()], sql_));

@@ -35,7 +35,7 @@ std::string QuemTravaTSql() {
 }
 
 std::string TrabalhaTSql(std::string_view numero) {
-    return "select count(*) from sys.dm_exec_requests where session_id = " + std::string(numero);
+    return "select count(*) from sys.dm_exec_requests where session_id in (" + std::string(numero) + ")";
 }
 
 std::string DerrubaTSql(std::string_view numero) {

@@ -13,7 +13,7 @@ namespace wkd {
 inline constexpr std::array<std::string_view, 2> kAjustesTSql = {"set textsize 2147483647", "set lock_timeout 10000"};
 inline constexpr std::string_view kTransacoesTSql = "select @@trancount";
 inline constexpr std::string_view kNumeroTSql = "select @@spid";
-/// Whether the server works at something for its connection of that number, as far as the user may see it.
+/// Whether the server works at something for its connections of those numbers, as far as the user may see it.
 std::string TrabalhaTSql(std::string_view numero);
 /// Ends the connection of that number if it is of this program, computer and user still.
 std::string DerrubaTSql(std::string_view numero);

@@ -195,14 +195,20 @@ class TConexaoOdbc : public TConnection {
     bool Perdida() const override { return sessao_->Perdida(); }
     std::chrono::milliseconds Espera() const override { return sessao_->EmCurso().Espera(); }
     void Cancela() noexcept override { sessao_->EmCurso().Cancela(); }
-    std::string Numero() const override { return sessao_->Numero(); }
+    std::string Numero() const override { return sessao_->Numeros(); }
     bool Trabalha(std::string_view numero) override {
-        return sessao_->SqlServer() && NaPrincipal(TrabalhaTSql(numero)).ComoInteiro() > 0;
+        try {
+            return sessao_->SqlServer() && NaPrincipal(TrabalhaTSql(numero)).ComoInteiro() > 0;
+        } catch (const TErroBanco& erro) {  // the user may not ask, or the server has no such view
+            if (erro.ConexaoPerdida()) throw;
+            return false;
+        }
     }
     void Derruba(std::string_view numero) noexcept override {
         try {
-            if (sessao_->SqlServer()) ExecutaSozinho(DerrubaTSql(numero));
-        } catch (const std::exception&) {  // the user may not, or it is gone
+            if (!sessao_->SqlServer()) return;
+            for (const auto& um : Divide(numero, ',')) ExecutaSozinho(DerrubaTSql(um));
+        } catch (...) {  // the user may not, it is gone, or the process is to end
         }
     }
 

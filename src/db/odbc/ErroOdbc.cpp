@@ -7,13 +7,8 @@
 namespace wkd {
 namespace {
 
-struct TRegistro {
-    std::string sqlstate, texto;
-    SQLINTEGER codigo = 0;
-};
-
-std::vector<TRegistro> Registros(SQLSMALLINT tipo, SQLHANDLE handle) {
-    std::vector<TRegistro> registros;
+std::vector<TRegistroOdbc> Registros(SQLSMALLINT tipo, SQLHANDLE handle) {
+    std::vector<TRegistroOdbc> registros;
     for (SQLSMALLINT i = 1; i < 100; ++i) {
         SQLWCHAR estado[6] = {}, texto[4096] = {};
         SQLINTEGER codigo = 0;
@@ -79,6 +74,7 @@ struct TFalhaDeEstado {
 constexpr TFalhaDeEstado kPorSqlState[] = {
     {"28000", TFalha::Autenticacao},
     {"08", TFalha::Conexao},
+    {"HYT01", TFalha::Conexao},
     {"IM00", TFalha::Conexao},
     {"42S01", TFalha::ObjetoExistente},
     {"42S11", TFalha::ObjetoExistente},
@@ -94,8 +90,9 @@ constexpr TFalhaDeEstado kPorSqlState[] = {
     {"37", TFalha::Sintaxe},
 };
 
-/// Codes of the FreeTDS library itself for a connection that is gone.
-constexpr SQLINTEGER kDesligada[] = {20003, 20004, 20006, 20009, 20017, 20047};
+/// A connection that is gone, in codes of the FreeTDS library itself; of the server, which ended the session (596) or
+/// is being shut down (6005); and of the network as Windows counts.
+constexpr SQLINTEGER kDesligada[] = {20003, 20004, 20006, 20009, 20017, 20047, 596, 6005, 10053, 10054, 10060};
 
 std::optional<TFalha> PorCodigo(SQLINTEGER codigo) {
     if (std::ranges::find(kDesligada, codigo) != std::end(kDesligada)) return TFalha::Conexao;
@@ -110,14 +107,28 @@ TFalha PorSqlState(std::string_view sqlstate) {
     return TFalha::Outra;
 }
 
-/// The record that tells what happened; others say only that the statement has been ended.
-const TRegistro& Principal(const std::vector<TRegistro>& registros) {
-    const auto conhecido =
-        std::ranges::find_if(registros, [](const TRegistro& r) { return PorCodigo(r.codigo).has_value(); });
-    return conhecido == registros.end() ? registros.front() : *conhecido;
+TFalha FalhaDe(const TRegistroOdbc& registro) {
+    return PorCodigo(registro.codigo).value_or(PorSqlState(registro.sqlstate));
 }
 
-std::string Textos(const std::vector<TRegistro>& registros) {
+/// The record that tells what happened: the loss of the connection, if there is one; others say only that the statement
+/// has been ended.
+const TRegistroOdbc& Principal(const std::vector<TRegistroOdbc>& registros) {
+    auto achado = std::ranges::find(registros, TFalha::Conexao, FalhaDe);
+    if (achado == registros.end())
+        achado = std::ranges::find_if(registros, [](const auto& r) { return PorCodigo(r.codigo).has_value(); });
+    return achado == registros.end() ? registros.front() : *achado;
+}
+
+/// FreeTDS says no more than "Unknown error" when the other side has hung up.
+bool Morta(SQLHDBC ligacao) {
+    SQLUINTEGER morta = SQL_CD_FALSE;
+    return ligacao != SQL_NULL_HDBC &&
+           SQL_SUCCEEDED(SQLGetConnectAttr(ligacao, SQL_ATTR_CONNECTION_DEAD, &morta, SQL_IS_UINTEGER, nullptr)) &&
+           morta == SQL_CD_TRUE;
+}
+
+std::string Textos(const std::vector<TRegistroOdbc>& registros) {
     std::vector<std::string> textos;
     for (const auto& registro : registros)
         if (std::ranges::find(textos, registro.texto) == textos.end()) textos.push_back(registro.texto);
@@ -126,19 +137,23 @@ std::string Textos(const std::vector<TRegistro>& registros) {
 
 }  // namespace
 
-TErroBanco ErroOdbc(SQLSMALLINT tipo, SQLHANDLE handle, std::string_view comando) {
+TErroBanco ErroDosRegistros(std::vector<TRegistroOdbc> registros, std::string_view comando, bool morta) {
     TErroBanco::TDados dados;
-    auto registros = Registros(tipo, handle);
     if (registros.empty()) registros.push_back({"HY000", "o driver ODBC não disse o motivo da falha", 0});
     const auto& principal = Principal(registros);
-    dados.mensagem = Textos(registros);
+    dados.mensagem = (morta ? "A conexão com o servidor acabou.\n" : "") + Textos(registros);
     dados.codigoNativo = principal.codigo;
     dados.sqlstate = principal.sqlstate;
     dados.comando = comando;
-    dados.falha = PorCodigo(principal.codigo).value_or(PorSqlState(principal.sqlstate));
-    if (comando.empty() && dados.falha == TFalha::Outra) dados.falha = TFalha::Conexao;
+    dados.falha = morta ? TFalha::Conexao : FalhaDe(principal);
+    const bool semMotivo = dados.falha == TFalha::Outra || dados.falha == TFalha::EmUso;  // a time-out, while it opens
+    if (comando.empty() && semMotivo) dados.falha = TFalha::Conexao;
     dados.conexaoPerdida = dados.falha == TFalha::Conexao && !comando.empty();
     return TErroBanco(std::move(dados));
+}
+
+TErroBanco ErroOdbc(SQLSMALLINT tipo, SQLHANDLE handle, std::string_view comando, SQLHDBC ligacao) {
+    return ErroDosRegistros(Registros(tipo, handle), comando, Morta(ligacao));
 }
 
 }  // namespace wkd

@@ -4,6 +4,7 @@
 #include <sqlext.h>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "connection/Erros.h"
 #include "values/Texto.h"
@@ -32,13 +33,25 @@ inline std::string TextoLido(const SQLWCHAR* texto, SQLLEN tamanho) {
     return TextoEstreito({reinterpret_cast<const char16_t*>(texto), static_cast<std::size_t>(tamanho)});
 }
 
-/// The error that a handle's diagnostics tell, the texts of all its records joined. `comando` is the statement; empty
-/// while a connection is being opened.
-TErroBanco ErroOdbc(SQLSMALLINT tipo, SQLHANDLE handle, std::string_view comando);
+/// A diagnostic record of a handle.
+struct TRegistroOdbc {
+    std::string sqlstate, texto;
+    SQLINTEGER codigo = 0;
+};
 
-/// Throws the error of a call unless it went well. "No data" is how drivers report a success without rows, such as DDL.
-inline void ConfereOdbc(SQLRETURN retorno, SQLSMALLINT tipo, SQLHANDLE handle, std::string_view comando) {
-    if (!SQL_SUCCEEDED(retorno) && retorno != SQL_NO_DATA) throw ErroOdbc(tipo, handle, comando);
+/// The error that the records tell, their texts joined. `comando` is the statement; empty while a connection is being
+/// opened. `morta`: the driver knows that the connection is gone, whatever the records say.
+TErroBanco ErroDosRegistros(std::vector<TRegistroOdbc> registros, std::string_view comando, bool morta);
+
+/// The error that a handle's diagnostics tell. `ligacao` is the connection, when it is open.
+TErroBanco ErroOdbc(SQLSMALLINT tipo, SQLHANDLE handle, std::string_view comando, SQLHDBC ligacao);
+
+/// "No data" is how drivers report a success without rows, such as DDL.
+inline bool Correu(SQLRETURN retorno) { return SQL_SUCCEEDED(retorno) || retorno == SQL_NO_DATA; }
+
+/// Throws the error of a call for an open connection unless it went well.
+inline void ConfereOdbc(SQLRETURN retorno, SQLHDBC ligacao, std::string_view comando) {
+    if (!Correu(retorno)) throw ErroOdbc(SQL_HANDLE_DBC, ligacao, comando, ligacao);
 }
 
 }  // namespace wkd

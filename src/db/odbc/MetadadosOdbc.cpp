@@ -94,6 +94,7 @@ template <class TPergunta>
 TMetadadosOdbc::TLinhas TMetadadosOdbc::Pergunta(TPergunta pergunta) {
     const auto ligacao = sessao_->ParaLer();
     TInstrucaoOdbc instrucao(ligacao);
+    const auto chamada = instrucao.Chamada();
     instrucao.Confere(pergunta(instrucao.Handle()), kCatalogo);
     SQLSMALLINT colunas = 0;
     SQLNumResultCols(instrucao.Handle(), &colunas);

@@ -41,23 +41,6 @@ TErroBanco Explicado(const TErroBanco& erro, std::string_view senha) {
 
 }  // namespace
 
-TEmCurso::TChamada::TChamada(TEmCurso& emCurso, SQLHSTMT instrucao) : emCurso_(emCurso), relogio_(emCurso.relogio_) {
-    const std::lock_guard trava(emCurso_.guarda_);
-    emCurso_.instrucao_ = instrucao;
-}
-
-TEmCurso::TChamada::~TChamada() {
-    const std::lock_guard trava(emCurso_.guarda_);
-    emCurso_.instrucao_ = SQL_NULL_HSTMT;
-}
-
-void TEmCurso::Cancela() noexcept {
-    const std::lock_guard trava(guarda_);
-    if (instrucao_ == SQL_NULL_HSTMT) return;
-    cancelado_ = true;
-    SQLCancel(instrucao_);
-}
-
 TLigacaoOdbc::TLigacaoOdbc(const std::string& cadeia, unsigned segundos, std::string_view senha,
                            std::shared_ptr<TEmCurso> emCurso)
     : emCurso_(std::move(emCurso)), env_(Ambiente()) {
@@ -82,30 +65,38 @@ void TLigacaoOdbc::Conecta(const std::string& cadeia, unsigned segundos, std::st
     TTextoOdbc texto(cadeia);
     SQLWCHAR completa[1024];
     SQLSMALLINT tamanho = 0;
-    const TEmCurso::TChamada chamada(*emCurso_, SQL_NULL_HSTMT);
+    const auto chamada = Chamada();
     const auto retorno =
         SQLDriverConnectW(dbc_, nullptr, texto.Dados(), texto.Tamanho(), completa, 1024, &tamanho, SQL_DRIVER_NOPROMPT);
-    if (!SQL_SUCCEEDED(retorno)) throw Explicado(ErroOdbc(SQL_HANDLE_DBC, dbc_, ""), senha);
+    if (!SQL_SUCCEEDED(retorno)) throw Explicado(ErroOdbc(SQL_HANDLE_DBC, dbc_, "", SQL_NULL_HDBC), senha);
     ligada_ = true;
+    soquete_ = std::make_shared<TSoqueteOdbc>(dbc_);
 }
 
 void TLigacaoOdbc::Desliga(bool perdida) noexcept {
     if (!ligada_) return;
     ligada_ = false;
-    const TEmCurso::TChamada chamada(*emCurso_, SQL_NULL_HSTMT);
-    if (!perdida) SQLEndTran(SQL_HANDLE_DBC, dbc_, SQL_ROLLBACK);
+    const auto chamada = Chamada();
+    const bool terminada = !perdida && SQL_SUCCEEDED(SQLEndTran(SQL_HANDLE_DBC, dbc_, SQL_ROLLBACK));
+    if (terminada) emCurso_->Numeros().Tira(numero_);
     SQLDisconnect(dbc_);
+    soquete_.reset();
+}
+
+void TLigacaoOdbc::DefineNumero(const std::string& numero) {
+    numero_ = numero;
+    emCurso_->Numeros().Inclui(numero);
 }
 
 void TLigacaoOdbc::CommitAutomatico(bool liga) {
     const auto modo = liga ? SQL_AUTOCOMMIT_ON : SQL_AUTOCOMMIT_OFF;
-    ConfereOdbc(SQLSetConnectAttr(dbc_, SQL_ATTR_AUTOCOMMIT, Numero(modo), SQL_IS_UINTEGER), SQL_HANDLE_DBC, dbc_,
-                "autocommit");
+    const auto chamada = Chamada();
+    ConfereOdbc(SQLSetConnectAttr(dbc_, SQL_ATTR_AUTOCOMMIT, Numero(modo), SQL_IS_UINTEGER), dbc_, "autocommit");
 }
 
 void TLigacaoOdbc::Termina(SQLSMALLINT como, std::string_view comando) {
-    const TEmCurso::TChamada chamada(*emCurso_, SQL_NULL_HSTMT);
-    ConfereOdbc(SQLEndTran(SQL_HANDLE_DBC, dbc_, como), SQL_HANDLE_DBC, dbc_, comando);
+    const auto chamada = Chamada();
+    ConfereOdbc(SQLEndTran(SQL_HANDLE_DBC, dbc_, como), dbc_, comando);
 }
 
 std::string TLigacaoOdbc::Informacao(SQLUSMALLINT qual) {
@@ -121,21 +112,23 @@ bool TLigacaoOdbc::QuerTamanhoAntes() {
 }
 
 TInstrucaoOdbc::TInstrucaoOdbc(std::shared_ptr<TLigacaoOdbc> ligacao) : ligacao_(std::move(ligacao)) {
-    ConfereOdbc(SQLAllocHandle(SQL_HANDLE_STMT, ligacao_->Handle(), &stmt_), SQL_HANDLE_DBC, ligacao_->Handle(),
-                "statement");
+    ConfereOdbc(SQLAllocHandle(SQL_HANDLE_STMT, ligacao_->Handle(), &stmt_), ligacao_->Handle(), "statement");
 }
 
 TInstrucaoOdbc::~TInstrucaoOdbc() {
-    if (ligacao_->Ligada()) SQLFreeHandle(SQL_HANDLE_STMT, stmt_);
+    if (!ligacao_->Ligada()) return;
+    const auto chamada = ligacao_->Chamada();
+    SQLFreeHandle(SQL_HANDLE_STMT, stmt_);
 }
 
 void TInstrucaoOdbc::Confere(SQLRETURN retorno, std::string_view comando) const {
-    ConfereOdbc(retorno, SQL_HANDLE_STMT, stmt_, comando);
+    TInterrupcao::Confere(true);
+    if (!Correu(retorno)) throw Erro(comando);
 }
 
 void TInstrucaoOdbc::Executa(std::string_view sql, std::string_view comando) {
-    const TEmCurso::TChamada chamada(ligacao_->EmCurso(), stmt_);
     TTextoOdbc texto(sql);
+    const auto chamada = Chamada();
     Confere(SQLExecDirectW(stmt_, texto.Dados(), texto.Tamanho<SQLINTEGER>()), comando);
     Esgota(comando);
     FechaCursor();
@@ -143,6 +136,7 @@ void TInstrucaoOdbc::Executa(std::string_view sql, std::string_view comando) {
 
 SQLLEN TInstrucaoOdbc::Esgota(std::string_view comando) {
     SQLLEN linhas = 0;
+    const auto chamada = Chamada();
     for (;;) {
         SQLSMALLINT colunas = 0;
         SQLNumResultCols(stmt_, &colunas);
@@ -155,7 +149,9 @@ SQLLEN TInstrucaoOdbc::Esgota(std::string_view comando) {
 }
 
 void TInstrucaoOdbc::FechaCursor() noexcept {
-    if (ligacao_->Ligada()) SQLFreeStmt(stmt_, SQL_CLOSE);
+    if (!ligacao_->Ligada()) return;
+    const auto chamada = ligacao_->Chamada();
+    SQLFreeStmt(stmt_, SQL_CLOSE);
 }
 
 std::vector<std::string> DriversInstalados() {
@@ -194,7 +190,6 @@ void TSessaoOdbc::Liga() {
     Ajusta(ligacao);
     ligacao->CommitAutomatico(false);
     principal_ = ligacao;
-    if (sqlServer_) numero_ = std::to_string(Pergunta(kNumeroTSql));
 }
 
 void TSessaoOdbc::Desliga() noexcept {
@@ -227,6 +222,7 @@ std::shared_ptr<TLigacaoOdbc> TSessaoOdbc::Conecta() {
 
 void TSessaoOdbc::Ajusta(const std::shared_ptr<TLigacaoOdbc>& ligacao) {
     for (const auto& ajuste : ajustes_) TInstrucaoOdbc(ligacao).Executa(ajuste, ajuste);
+    if (sqlServer_) ligacao->DefineNumero(std::to_string(Pergunta(ligacao, kNumeroTSql)));
 }
 
 std::shared_ptr<TLigacaoOdbc> TSessaoOdbc::Nova() {
@@ -313,6 +309,8 @@ void TSessaoOdbc::DepoisDoErro(const TErroBanco& erro) noexcept {
         if (!perdida_) principal_->Termina(SQL_ROLLBACK, "rollback");
     } catch (const TErroBanco& outro) {  // else the server had rolled back what it could
         perdida_ = perdida_ || outro.ConexaoPerdida();
+    } catch (const TInterrompida&) {
+        perdida_ = true;
     }
     desfeita_ = emTransacao_;
 }
@@ -325,13 +323,13 @@ std::string TSessaoOdbc::Motivo(const TErroBanco& erro) const {
            std::string(erro.what());
 }
 
-bool TSessaoOdbc::TransacaoDePe() { return !sqlServer_ || Pergunta(kTransacoesTSql) > 0; }
+bool TSessaoOdbc::TransacaoDePe() { return !sqlServer_ || Pergunta(principal_, kTransacoesTSql) > 0; }
 
-/// A number that the main connection is asked for.
-std::int32_t TSessaoOdbc::Pergunta(std::string_view sql) {
-    TInstrucaoOdbc instrucao(principal_);
-    const TEmCurso::TChamada chamada(*emCurso_, instrucao.Handle());
+/// A number that a connection is asked for.
+std::int32_t TSessaoOdbc::Pergunta(const std::shared_ptr<TLigacaoOdbc>& ligacao, std::string_view sql) {
+    TInstrucaoOdbc instrucao(ligacao);
     TTextoOdbc texto(sql);
+    const auto chamada = instrucao.Chamada();
     instrucao.Confere(SQLExecDirectW(instrucao.Handle(), texto.Dados(), SQL_NTS), sql);
     SQLINTEGER numero = 0;
     SQLLEN indicador = 0;

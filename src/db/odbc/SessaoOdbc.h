@@ -2,9 +2,7 @@
 
 #include <sql.h>
 #include <sqlext.h>
-#include <atomic>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -12,38 +10,12 @@
 
 #include "aliases/Aliases.h"
 #include "connection/Connection.h"
+#include "odbc/EmCurso.h"
+#include "odbc/ErroOdbc.h"
 
 namespace wkd {
 
 class TComandoOdbc;
-
-/// The call to the server that a session has under way.
-class TEmCurso {
-  public:
-    class TChamada {
-      public:
-        TChamada(TEmCurso& emCurso, SQLHSTMT instrucao);
-        ~TChamada();
-        TChamada(const TChamada&) = delete;
-        TChamada& operator=(const TChamada&) = delete;
-
-      private:
-        TEmCurso& emCurso_;
-        TRelogioDeEspera::TChamada relogio_;
-    };
-
-    std::chrono::milliseconds Espera() const { return relogio_.Espera(); }
-    /// Asks the driver to give the statement under way up; of any thread.
-    void Cancela() noexcept;
-    bool Cancelado() const { return cancelado_; }
-    void Recomeca() { cancelado_ = false; }
-
-  private:
-    TRelogioDeEspera relogio_;
-    std::mutex guarda_;
-    SQLHSTMT instrucao_ = SQL_NULL_HSTMT;  // behind guarda_
-    std::atomic<bool> cancelado_ = false;
-};
 
 /// One connection of the driver. A driver may take but one active statement on it: the command whose rows are being
 /// read is `cursor`.
@@ -69,7 +41,10 @@ class TLigacaoOdbc {
     /// Whether the driver wants to know how long a content is before it takes it in pieces.
     bool QuerTamanhoAntes();
 
-    TEmCurso& EmCurso() { return *emCurso_; }
+    /// Its number on the server, for those who end it there when it is lost.
+    void DefineNumero(const std::string& numero);
+    /// Scope of a call that may wait for the server.
+    TEmCurso::TChamada Chamada(SQLHSTMT instrucao = SQL_NULL_HSTMT) { return {*emCurso_, soquete_, instrucao}; }
 
     TComandoOdbc* cursor = nullptr;
 
@@ -77,6 +52,8 @@ class TLigacaoOdbc {
     void Conecta(const std::string& cadeia, unsigned segundos, std::string_view senha);
 
     std::shared_ptr<TEmCurso> emCurso_;
+    std::shared_ptr<TSoqueteOdbc> soquete_;
+    std::string numero_;
     SQLHENV env_ = SQL_NULL_HENV;
     SQLHDBC dbc_ = SQL_NULL_HDBC;
     bool ligada_ = false;
@@ -93,7 +70,14 @@ class TInstrucaoOdbc {
 
     SQLHSTMT Handle() { return stmt_; }
     TLigacaoOdbc& Ligacao() { return *ligacao_; }
+    /// Scope of calls for this statement that may wait for the server.
+    TEmCurso::TChamada Chamada() { return ligacao_->Chamada(stmt_); }
+    /// Throws the error of a call unless it went well, TInterrompida when the process is to end: after a cancellation a
+    /// call may look as if it had gone well.
     void Confere(SQLRETURN retorno, std::string_view comando) const;
+    TErroBanco Erro(std::string_view comando) const {
+        return ErroOdbc(SQL_HANDLE_STMT, stmt_, comando, ligacao_->Handle());
+    }
     /// Runs a text without parameters and without rows that anybody wants.
     void Executa(std::string_view sql, std::string_view comando);
     /// Goes through the results that are left, so that no error of theirs is missed; returns the row count of the last
@@ -147,7 +131,7 @@ class TSessaoOdbc {
     /// Whether the main connection met a loss.
     bool Perdida() const { return perdida_; }
     TEmCurso& EmCurso() { return *emCurso_; }
-    const std::string& Numero() const { return numero_; }
+    std::string Numeros() const { return emCurso_->Numeros().Todos(); }
 
     void DefineObservador(TConnection::TObservador observador) { observador_ = std::move(observador); }
     void Observa(std::string_view comando) const {
@@ -158,7 +142,7 @@ class TSessaoOdbc {
     std::shared_ptr<TLigacaoOdbc> Conecta();
     void ExigeLigacao() const;
     void Ajusta(const std::shared_ptr<TLigacaoOdbc>& ligacao);
-    std::int32_t Pergunta(std::string_view sql);
+    static std::int32_t Pergunta(const std::shared_ptr<TLigacaoOdbc>& ligacao, std::string_view sql);
     bool TransacaoDePe();
     std::string Motivo(const TErroBanco& erro) const;
     void Encerra() noexcept;
@@ -166,7 +150,6 @@ class TSessaoOdbc {
     TParametrosConexao parametros_;
     std::shared_ptr<TEmCurso> emCurso_ = std::make_shared<TEmCurso>();
     bool perdida_ = false;
-    std::string numero_;  // of the main connection, on a SQL Server
     bool sqlServer_ = false;
     std::shared_ptr<TLigacaoOdbc> principal_;
     std::shared_ptr<TLigacaoOdbc> emDescanso_;  // the main one, while another has the transaction

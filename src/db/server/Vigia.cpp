@@ -86,7 +86,7 @@ void TVigia::Pergunta() {
         try {
             if (!outra_->Connected() || outra_->Perdida()) outra_->Open();
             return outra_->Trabalha(numero);
-        } catch (const std::exception&) {
+        } catch (...) {  // no answer is no sign, nor is the end of the process
             return false;
         }
     });

@@ -28,16 +28,18 @@ std::optional<TTipoBanco> StrToTipoBanco(std::string_view texto);
 /// Since when a connection has been waiting for its server: set by the connection's thread, read by any.
 class TRelogioDeEspera {
   public:
-    /// One call to the server.
+    /// One call to the server. Inside another one it is that which waits; the outer one begins anew behind it.
     class TChamada {
       public:
-        explicit TChamada(TRelogioDeEspera& relogio) : relogio_(relogio) { relogio_.desde_ = Agora(); }
-        ~TChamada() { relogio_.desde_ = 0; }
+        explicit TChamada(TRelogioDeEspera& relogio)
+            : relogio_(relogio), dentroDeOutra_(relogio.desde_.exchange(Agora()) != 0) {}
+        ~TChamada() { relogio_.desde_ = dentroDeOutra_ ? Agora() : 0; }
         TChamada(const TChamada&) = delete;
         TChamada& operator=(const TChamada&) = delete;
 
       private:
         TRelogioDeEspera& relogio_;
+        const bool dentroDeOutra_;
     };
 
     std::chrono::milliseconds Espera() const {
@@ -161,9 +163,11 @@ class TConnection {
     virtual std::chrono::milliseconds Espera() const { return {}; }
     /// Gives the call under way up: it fails, and the connection is lost. For a server that does not answer.
     virtual void Cancela() noexcept {}
-    /// Number of the connection on its server, the last one of a lost connection; empty where there is none.
+    /// Number of the connection on its server, the last one of a lost connection; empty where there is none. Several,
+    /// separated by commas, where a connection has more than one.
     virtual std::string Numero() const { return {}; }
-    /// Whether the server has been at work, since it was last asked here, for its connection of that number.
+    /// Whether the server has been at work, since it was last asked here, for its connection of that number; also false
+    /// where that cannot be told.
     virtual bool Trabalha(std::string_view /*numero*/) { return false; }
     /// Ends, on the server, a lost connection of this program, so that nothing it was sent is done later on. What
     /// fails is left to the server.

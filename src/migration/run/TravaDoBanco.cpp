@@ -4,6 +4,7 @@
 #include <future>
 
 #include "package/Trava.h"
+#include "process/Interrupcao.h"
 #include "values/TextoDeData.h"
 
 #ifndef _WIN32
@@ -131,6 +132,7 @@ void TTravaDoBanco::Anuncia() {
         Confirma(kPrazo);
     } catch (const TOutraAtualizacao&) {
         doTrabalho_.Cancela();
+    } catch (const TInterrompida&) {   // the run ends as well
     } catch (const std::exception&) {  // Garante tells
     }
 }
