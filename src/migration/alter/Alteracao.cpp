@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "alter/DicionarioDaTabela.h"
+#include "rebuild/ObjetosDaTabela.h"
 #include "rows/WKDQuery.h"
 #include "tables/TBComandos.h"
 #include "values/Texto.h"
@@ -54,12 +55,17 @@ void DesviaPadrao(TContexto& ctx, const std::string& tabela, std::string_view co
 }
 
 void DesviaIndices(TContexto& ctx, const std::string& tabela, std::string_view coluna, TDesvio& desvio) {
-    for (const TIndice& indice : ctx.Conexao().Indices(tabela)) {
-        const bool nela =
-            std::ranges::any_of(indice.colunas, [&](const auto& nome) { return IgualSemCaixa(nome, coluna); });
-        if (!nela || !indice.restricao.empty()) continue;
-        desvio.tira.push_back(ComandoApagaIndice(indice, tabela, ctx.Banco()));
-        desvio.devolve.push_back(ComandoCriaIndice(indice, tabela, ctx.Banco()));
+    auto indices = ctx.Conexao().Indices(tabela);
+    std::erase_if(indices, [](const TIndice& indice) { return !indice.restricao.empty(); });
+    const auto comoEram = IndicesComoEram(ctx, tabela, indices);
+    const std::string noFiltro = "[" + Maiusculas(coluna) + "]";
+    for (std::size_t i = 0; i < indices.size(); ++i) {
+        const auto& [comando, colunas] = comoEram[i];
+        const bool nela = Maiusculas(comando).find(noFiltro) != std::string::npos ||
+                          std::ranges::any_of(colunas, [&](const auto& nome) { return IgualSemCaixa(nome, coluna); });
+        if (!nela) continue;
+        desvio.tira.push_back(ComandoApagaIndice(indices[i], tabela, ctx.Banco()));
+        desvio.devolve.push_back(comando);
     }
 }
 

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <map>
 
+#include "rebuild/ObjetosDaTabela.h"
 #include "rows/WKDQuery.h"
 #include "tables/TBComandos.h"
 #include "values/Texto.h"
@@ -61,10 +62,11 @@ void TIndicesGuardados::Le() {
             guardados_.push_back({campos[0], campos[1], {campos.begin() + 2, campos.end()}});
 }
 
-void TIndicesGuardados::GuardaIndices(const std::vector<TIndice>& indices) {
+void TIndicesGuardados::GuardaIndices(std::vector<TIndice> indices) {
     if (indices.empty()) return;
-    for (const TIndice& indice : indices)
-        if (indice.restricao.empty()) Guarda({indice.nome, ComandoCriaIndice(indice, tabela_, ctx_.Banco()), {}});
+    std::erase_if(indices, [](const TIndice& indice) { return !indice.restricao.empty(); });
+    const auto comoEram = IndicesComoEram(ctx_, tabela_, indices);
+    for (std::size_t i = 0; i < indices.size(); ++i) Guarda({indices[i].nome, comoEram[i].comando, {}});
     Grava();
 }
 

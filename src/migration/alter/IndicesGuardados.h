@@ -19,7 +19,7 @@ class TIndicesGuardados {
     const std::string& Tabela() const { return nome_; }
 
     // Before the drop. What is there now counts, not what an earlier run has kept of that name.
-    void GuardaIndices(const std::vector<TIndice>& indices);
+    void GuardaIndices(std::vector<TIndice> indices);
     /// `pedida`: columns of the key that takes its place. One that comes back just so is not kept.
     void GuardaChave(const std::vector<std::string>& pedida);
 

@@ -15,6 +15,16 @@ namespace wkd {
 /// indexes are looked up in SINDSEC.
 std::vector<std::string> ComandosDeDevolucao(TContexto& ctx, const std::string& nome);
 
+/// How an index is made again as it is, with what its server alone has (SQL Server: directions column by column,
+/// columns that are only kept along, a filter).
+struct TIndiceComoEra {
+    std::string comando;
+    std::vector<std::string> colunas;  // also those kept along
+};
+/// Of these indexes of the table, none a constraint's, in their order.
+std::vector<TIndiceComoEra> IndicesComoEram(TContexto& ctx, const std::string& tabela,
+                                            const std::vector<TIndice>& indices);
+
 struct TFonte {
     std::string nome, texto;
 };
