@@ -63,6 +63,11 @@ class TConexaoFirebird : public TConnection {
         sessao_->transacao = std::make_unique<TTransacaoFirebird>(*sessao_, TModo::Escrita);
     }
 
+    void StartInstantaneo() override {
+        if (InTransaction()) throw std::logic_error("já há uma transação aberta");
+        sessao_->transacao = std::make_unique<TTransacaoFirebird>(*sessao_, TModo::Instantaneo);
+    }
+
     void Commit() override { Aberta(std::exchange(sessao_->transacao, nullptr)).Commit(); }
     void Rollback() noexcept override { sessao_->transacao.reset(); }
     bool InTransaction() const override { return sessao_->transacao != nullptr; }

@@ -10,8 +10,8 @@ namespace wkd {
 /// Connection through libfbclient, embedded engine and server. Parameters read: "Database" ("file",
 /// "host:file" or "host/port:file"), "User_Name", "Password", "CharacterSet" (UTF8 when missing, or WIN1252 when the
 /// database's own default is NONE), "ConnectTimeout" (seconds until a server that does not answer is given up, 20 when
-/// missing). A path with accents needs setlocale(LC_CTYPE, "") in a UTF-8 locale before the first connection of the
-/// process.
+/// missing), "GarbageCollect" (False: what is read is not cleaned up by the way). A path with accents needs
+/// setlocale(LC_CTYPE, "") in a UTF-8 locale before the first connection of the process.
 std::unique_ptr<TConnection> CriaConexaoFirebird(const TParametrosConexao& parametros);
 
 /// Makes an empty database file (page size in bytes, default character set from "CharacterSet", NONE without it) and

@@ -17,6 +17,8 @@ namespace {
 using TChamada = TRelogioDeEspera::TChamada;
 
 std::string BlocoDeTransacao(TTransacaoFirebird::TModo modo, std::string_view protegida) {
+    if (modo == TTransacaoFirebird::TModo::Instantaneo)
+        return {isc_tpb_version3, isc_tpb_read, isc_tpb_concurrency, isc_tpb_wait};
     const bool escrita = modo != TTransacaoFirebird::TModo::Leitura;
     const bool espera = modo != TTransacaoFirebird::TModo::EscritaSemEspera;
     std::string bloco{isc_tpb_version3, static_cast<char>(escrita ? isc_tpb_write : isc_tpb_read),
@@ -89,6 +91,8 @@ std::string BlocoDeConexao(const TParametrosConexao& parametros, std::string_vie
     AdicionaAoBloco(bloco, isc_dpb_sql_dialect, std::string_view("\x03", 1));
     AdicionaAoBloco(bloco, isc_dpb_utf8_filename, "");
     AdicionaAoBloco(bloco, isc_dpb_connect_timeout, LimiteDeConexao(parametros));
+    if (IgualSemCaixa(parametros.Valor("GarbageCollect"), "False"))
+        AdicionaAoBloco(bloco, isc_dpb_no_garbage_collect, std::string_view("\1", 1));
     return bloco;
 }
 

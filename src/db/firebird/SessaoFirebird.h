@@ -103,7 +103,8 @@ class TSessaoFirebird {
 class TTransacaoFirebird {
   public:
     /// Leitura: read-only, read committed; costs no page write. Escrita: read committed, waits at most 10 s for a lock.
-    enum class TModo { Leitura, Escrita, EscritaSemEspera };
+    /// Instantaneo: read-only, of what is committed at its beginning.
+    enum class TModo { Leitura, Escrita, EscritaSemEspera, Instantaneo };
 
     /// With `protegida`, for writing, nobody else writes into the table of that name until the end.
     TTransacaoFirebird(TSessaoFirebird& sessao, TModo modo, std::string_view protegida = {});

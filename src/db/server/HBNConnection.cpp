@@ -105,6 +105,17 @@ THBNConnection::TDadosConexao THBNConnection::RetornaDadosConexao() const {
 
 std::unique_ptr<TConnection> THBNConnection::Outra() const { return fabrica_(tipoBanco_, parametros_); }
 
+TParametrosConexao THBNConnection::ParametrosDe(std::string_view banco) const {
+    TParametrosConexao parametros;
+    for (const auto& [chave, valor] : parametros_.Pares())
+        parametros.Adiciona(chave, IgualSemCaixa(chave, "Database") ? banco : std::string_view(valor));
+    return parametros;
+}
+
+std::unique_ptr<TConnection> THBNConnection::Outra(const TParametrosConexao& parametros) const {
+    return fabrica_(tipoBanco_, parametros);
+}
+
 std::optional<std::filesystem::path> THBNConnection::ArquivoLocal() const {
     std::error_code erro;
     if (StrToTipoBanco(tipoBanco_) != TTipoBanco::tbInterbase || !RetornaDadosConexao().hostname.empty()) return {};
@@ -152,6 +163,11 @@ std::string THBNConnection::VersaoServidor() { return Driver().VersaoServidor();
 void THBNConnection::StartTransaction() {
     TInterrupcao::Confere();
     Driver().StartTransaction();
+}
+
+void THBNConnection::StartInstantaneo() {
+    TInterrupcao::Confere();
+    Driver().StartInstantaneo();
 }
 
 void THBNConnection::Commit() { Driver().Commit(); }

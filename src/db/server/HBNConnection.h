@@ -61,6 +61,10 @@ class THBNConnection : public TConnection {
 
     /// A further connection to the alias's database, not opened.
     std::unique_ptr<TConnection> Outra() const;
+    /// Driver parameters of another database, named as the parameter "Database" takes it, and a connection made of
+    /// them, not opened.
+    TParametrosConexao ParametrosDe(std::string_view banco) const;
+    std::unique_ptr<TConnection> Outra(const TParametrosConexao& parametros) const;
     /// The alias's database file, when the embedded engine is to open it.
     std::optional<std::filesystem::path> ArquivoLocal() const;
 
@@ -86,6 +90,7 @@ class THBNConnection : public TConnection {
     TTipoBanco TipoBanco(const std::filesystem::path& ini) const;
     std::string VersaoServidor() override;
     void StartTransaction() override;
+    void StartInstantaneo() override;
     void Commit() override;
     void Rollback() noexcept override;
     bool InTransaction() const override;

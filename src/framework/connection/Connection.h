@@ -135,6 +135,9 @@ class TConnection {
     virtual std::string VersaoServidor() = 0;
 
     virtual void StartTransaction() = 0;
+    /// Begins a transaction that reads the database as it is now and writes nothing, to be rolled back. Here as far as
+    /// the server keeps rows still.
+    virtual void StartInstantaneo() { StartTransaction(); }
     virtual void Commit() = 0;
     virtual void Rollback() noexcept = 0;
     virtual bool InTransaction() const = 0;

@@ -61,7 +61,8 @@ TArgumentos::TArgumentos(std::span<const std::string> argumentos, const TArgumen
         else if (LeOpcao(argumento, argumentos.empty() ? nullptr : &argumentos.front(), aceitos))
             argumentos = argumentos.subspan(1);
     }
-    if (palavras_.size() != aceitos.palavras) throw std::invalid_argument("Número errado de argumentos.");
+    if (palavras_.size() < aceitos.palavras || palavras_.size() > aceitos.palavras + aceitos.talvez)
+        throw std::invalid_argument("Número errado de argumentos.");
 }
 
 bool TArgumentos::LeOpcao(const std::string& argumento, const std::string* seguinte,

@@ -13,7 +13,8 @@ namespace wkd {
 struct TArgumentosAceitos {
     std::vector<std::string_view> opcoes;  // with a value: "--name value" or "--name=value"
     std::vector<std::string_view> chaves;  // without: "--name"
-    std::size_t palavras = 0;              // how many arguments that are no option, exactly
+    std::size_t palavras = 0;              // how many arguments that are no option
+    std::size_t talvez = 0;                // and how many more there may be
 };
 
 /// The arguments of a command: words in their order, options and switches anywhere between them, the last value of an
@@ -28,6 +29,9 @@ class TArgumentos {
     /// Value of the option; empty when it was not given.
     std::string Opcao(std::string_view nome) const;
     const std::string& Palavra(std::size_t posicao) const { return palavras_.at(posicao); }
+    std::string PalavraSeHouver(std::size_t posicao) const {
+        return posicao < palavras_.size() ? palavras_[posicao] : std::string();
+    }
 
   private:
     /// Whether the value was the argument that follows.

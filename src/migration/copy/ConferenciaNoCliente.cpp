@@ -1,9 +1,9 @@
 #include "copy/ConferenciaNoCliente.h"
 
-#include <array>
 #include <cstdint>
 
 #include "copy/ColunasDaCopia.h"
+#include "values/SomaDeValores.h"
 
 namespace wkd {
 
@@ -12,35 +12,6 @@ namespace {
 constexpr std::size_t kMaiorTexto = 64 * 1024;  // no column of text takes more bytes
 
 bool Longa(const TColunaFisica& coluna) { return coluna.tipo == TTipoDado::Blob || coluna.tipo == TTipoDado::Memo; }
-
-/// FNV-1a, mixed once more so that sums of it say something.
-class THash {
-  public:
-    void Soma(std::string_view bytes) {
-        for (const char c : bytes) hash_ = (hash_ ^ static_cast<unsigned char>(c)) * 0x100000001b3;
-    }
-    std::uint64_t Valor() const { return (hash_ ^ (hash_ >> 29)) * 0xbf58476d1ce4e5b9; }
-
-  private:
-    std::uint64_t hash_ = 0xcbf29ce484222325;
-};
-
-std::uint64_t HashDosBytes(const TValor& valor, std::size_t& tamanho) {
-    THash hash;
-    tamanho = 0;
-    const auto soma = [&](std::string_view bytes) {
-        hash.Soma(bytes);
-        tamanho += bytes.size();
-    };
-    if (const auto* conteudo = valor.Se<std::shared_ptr<const TConteudo>>()) {
-        std::array<char, 32 * 1024> pedaco;
-        const auto leitor = (*conteudo)->Abre();
-        while (const auto lidos = leitor->Le(pedaco)) soma({pedaco.data(), lidos});
-    } else {
-        soma(valor.ComoBytes());
-    }
-    return hash.Valor();
-}
 
 struct TSomas {
     std::uint64_t valores = 0, bytes = 0, textos = 0;
