@@ -84,7 +84,7 @@ class TLojaTSql {
         const auto opcoes = OpcoesDeTeste(pasta_.Caminho());
         TEstado estado;
         EXPECT_TRUE(Planeja(dm_, opcoes, estado));
-        ConfereDicionario(dm_);
+        ConfereDicionario(dm_, pasta_.Caminho());
         bool falta = true;
         conversa_.antes = [&](const std::string& sql) {
             if (sql.starts_with("Create Table TCONTAS_REC ("))  // the new table has nothing of the old one's

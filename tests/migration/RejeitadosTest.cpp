@@ -31,7 +31,8 @@ TEST_F(RejeitadosTest, uma_linha_cortada_ao_meio_nao_engole_o_registro_seguinte)
     EXPECT_TRUE(Rejeita("a"));
     EXPECT_TRUE(Rejeita("b"));
     const std::string registro =
-        "{\"tabela\": \"TCLI\", \"etapa\": \"Restaurar\", \"chave\": {\"CODIGO\": 1}, \"erro\": \"longo\", \"campo\": "
+        "{\"alias\": \"LOJA\", \"tabela\": \"TCLI\", \"etapa\": \"Restaurar\", \"chave\": {\"CODIGO\": 1}, \"erro\": "
+        "\"longo\", \"campo\": "
         "\"NOME\", \"valor\": ";
     EXPECT_EQ(LeArquivo(arquivo_), "{\"tabela\": \"TVEL\n" + registro + "\"a\"}\n" + registro + "\"b\"}\n");
 }

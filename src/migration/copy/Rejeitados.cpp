@@ -3,15 +3,14 @@
 #include <filesystem>
 #include <stdexcept>
 
+#include "copy/Reposicao.h"
 #include "values/Json.h"
 
 namespace wkd {
 
 namespace {
 
-std::filesystem::path Arquivo(const TContexto& ctx) {
-    return ctx.opcoes.pastaPrograma / "AtualizaWKD.rejeitados.jsonl";
-}
+std::filesystem::path Arquivo(const TContexto& ctx) { return ArquivoDeRejeitados(ctx.opcoes.pastaPrograma); }
 
 void EscrevePares(std::ostream& saida, const TPares& pares) {
     std::string_view separador = "{";
@@ -46,14 +45,7 @@ bool TRejeitados::Valor(const TPares& chave, std::string_view erro, std::string_
     });
 }
 
-/// A line that an earlier run could not write whole, on a full disk, is ended.
-void TRejeitados::Abre() {
-    TArquivo arquivo = AbreParaAcrescentar(Arquivo(ctx_));
-    const bool vazio = std::fseek(arquivo.get(), -1, SEEK_END) != 0;
-    const bool inteira = vazio || std::fgetc(arquivo.get()) == '\n';
-    arquivo_.emplace(std::move(arquivo));
-    if (!inteira) *arquivo_ << '\n';
-}
+void TRejeitados::Abre() { arquivo_.emplace(AbreEmLinhaNova(Arquivo(ctx_))); }
 
 bool TRejeitados::Acrescenta(const TPares& chave, std::string_view erro,
                              const std::function<void(std::ostream&)>& resto) {
@@ -79,7 +71,9 @@ bool TRejeitados::Acrescenta(const TPares& chave, std::string_view erro,
 
 void TRejeitados::Escreve(std::ostream& saida, const TPares& chave, std::string_view erro,
                           const std::function<void(std::ostream&)>& resto) const {
-    saida << "{\"tabela\": ";
+    saida << "{\"alias\": ";
+    EscreveJson(saida, std::string_view(ctx_.opcoes.alias));
+    saida << ", \"tabela\": ";
     EscreveJson(saida, std::string_view(tabela_));
     saida << ", \"etapa\": ";
     EscreveJson(saida, std::string_view(etapa_));

@@ -4,6 +4,7 @@
 #include <map>
 #include <set>
 
+#include "copy/Reposicao.h"
 #include "layout/Tini.h"
 #include "passes/CamposTexto.h"
 #include "rows/WKDQuery.h"
@@ -36,7 +37,8 @@ struct TTabelaGuardada {
 
 class TConfere {
   public:
-    explicit TConfere(TDataModulo& dm) : dm_(dm), conexao_(dm.SQLConnection1) {}
+    TConfere(TDataModulo& dm, std::filesystem::path pastaPrograma)
+        : dm_(dm), conexao_(dm.SQLConnection1), pastaPrograma_(std::move(pastaPrograma)) {}
 
     std::vector<TDesvio> Confere();
 
@@ -50,6 +52,8 @@ class TConfere {
     void Chave(const TTabelaGuardada& tabela);
     void Indices(const TTabelaGuardada& tabela);
     void Sobras();
+    void Backup(const std::string& nome, const TTabelaGuardada& tabela);
+    void Rejeitadas();
     void Marcas();
     void Desvio(std::string tipo, const std::string& tabela, const std::string& objeto, std::string texto) {
         desvios_.push_back({std::move(tipo), tabela, objeto, std::move(texto)});
@@ -57,6 +61,7 @@ class TConfere {
 
     TDataModulo& dm_;
     TConnection& conexao_;
+    std::filesystem::path pastaPrograma_;
     std::map<std::string, TTabelaGuardada> guardadas_;  // by name in capitals
     TColunasPorTabela fisicas_;
     std::vector<TDesvio> desvios_;
@@ -70,6 +75,7 @@ std::vector<TDesvio> TConfere::Confere() {
     fisicas_ = conexao_.TodasAsColunas();
     Tabelas();
     Sobras();
+    Rejeitadas();
     Marcas();
     return std::move(desvios_);
 }
@@ -198,9 +204,7 @@ void TConfere::Sobras() {
         if (original == guardadas_.end())
             Desvio("tabela-sobra", nome, "", "está no banco e não no dicionário");
         else if (!original->second.pendente)
-            Desvio("backup-sobra", nome, "",
-                   "tabela de backup da reconstrução de " + original->second.nome +
-                       ", que terminou: pode ser apagada depois de conferida");
+            Backup(nome, original->second);
     }
     for (const auto& [nome, tabela] : guardadas_)
         if (tabela.pendente)
@@ -209,6 +213,48 @@ void TConfere::Sobras() {
                        ? "a reconstrução não terminou e os registros estão em " + NomeDaBackup(nome) +
                              ": rode a atualização de novo"
                        : "marcada para reconstrução (versão -1): a próxima atualização a faz");
+}
+
+/// Rows of a backup table that the table lacks: refused when they came back, or deleted since.
+std::optional<std::int64_t> SoNaBackup(TConnection& conexao, const std::string& backup, const std::string& tabela) {
+    const auto total = [&](const std::string& resto) {
+        return ContaRegistros(conexao, "select count(*) as total from " + resto);
+    };
+    try {
+        std::vector<std::string> pares;
+        const auto daBackup = conexao.Colunas(backup);
+        for (const auto& coluna : conexao.ChavePrimaria(tabela).colunas) {
+            const std::string nome = Identificador(coluna, conexao.TipoBanco());
+            if (ColunaDeNome(daBackup, coluna)) pares.push_back("t." + nome + " = b." + nome);
+        }
+        if (pares.empty()) return std::max<std::int64_t>(0, total(backup) - total(tabela));
+        return total(backup + " b where not exists (select 1 from " + tabela + " t where " + Junta(pares, " and ") +
+                     ")");
+    } catch (const TErroBanco& erro) {
+        if (erro.ConexaoPerdida()) throw;
+        return std::nullopt;  // keys of other types
+    }
+}
+
+void TConfere::Backup(const std::string& nome, const TTabelaGuardada& tabela) {
+    const std::string inicio = "tabela de backup da reconstrução de " + tabela.nome + ", que terminou: ";
+    const auto faltam =
+        fisicas_.contains(ChaveDeNome(tabela.nome)) ? SoNaBackup(conexao_, nome, tabela.nome) : std::nullopt;
+    if (!faltam)
+        Desvio("backup-sobra", nome, "", inicio + "não pôde ser comparada com ela; não a apague sem conferir");
+    else if (*faltam > 0)
+        Desvio("linhas-rejeitadas", tabela.nome, nome,
+               "a tabela de backup " + nome + " tem " + std::to_string(*faltam) +
+                   " registros que a tabela não tem, rejeitados na volta ou apagados depois: rode --repoe, e não a "
+                   "apague antes de conferir");
+    else
+        Desvio("backup-sobra", nome, "", inicio + "pode ser apagada depois de conferida");
+}
+
+void TConfere::Rejeitadas() {
+    for (const auto& [tabela, linhas] : RejeitadasAbertas(pastaPrograma_, dm_.nomeAlias))
+        Desvio("linhas-rejeitadas", tabela, "",
+               std::to_string(linhas) + " registros rejeitados esperam em AtualizaWKD.rejeitados.jsonl: rode --repoe");
 }
 
 void TConfere::Marcas() {
@@ -221,6 +267,8 @@ void TConfere::Marcas() {
 
 }  // namespace
 
-std::vector<TDesvio> ConfereDicionario(TDataModulo& dm) { return TConfere(dm).Confere(); }
+std::vector<TDesvio> ConfereDicionario(TDataModulo& dm, const std::filesystem::path& pastaPrograma) {
+    return TConfere(dm, pastaPrograma).Confere();
+}
 
 }  // namespace wkd

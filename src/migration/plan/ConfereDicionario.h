@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -16,7 +17,8 @@ struct TDesvio {
 };
 
 /// Compares the tables, columns, keys and indexes of the database with SARQUIVO, SATRIB, SINDSEC and SINDSECA, and
-/// looks for what rebuilds left behind. Changes nothing. Throws TErroBanco.
-std::vector<TDesvio> ConfereDicionario(TDataModulo& dm);
+/// looks for what rebuilds left behind, in the database and in the rejects file of the program's folder. Changes
+/// nothing. Throws TErroBanco, std::system_error.
+std::vector<TDesvio> ConfereDicionario(TDataModulo& dm, const std::filesystem::path& pastaPrograma);
 
 }  // namespace wkd

@@ -75,6 +75,7 @@ struct TErroRegistrado {
 /// What one run did, collected while it does it.
 struct TEvidencia {
     std::string alias, banco, servidor, pacote;
+    std::string backup, volta;  // the file made before the run, and the command that goes back; empty without one
     TDataHora inicio, fim;
     bool concluida = false;  // all steps ran, whatever they reported
     std::vector<TTabelaRegistrada> tabelas;
