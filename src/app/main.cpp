@@ -4,6 +4,7 @@
 #include <variant>
 
 #include "commands/ComandosDeAlias.h"
+#include "commands/ComandosDeBackup.h"
 #include "commands/ComandosDeBanco.h"
 #include "commands/Eco.h"
 #include "commands/LinhaDeComando.h"
@@ -34,8 +35,15 @@ struct TPrograma {
     TCodigoDeSaida operator()(const TPedeTestaAlias& pedido) const { return TestaAlias(AmbientePadrao(), pedido); }
     TCodigoDeSaida operator()(const TPedePlano& pedido) const { return MostraPlano(AmbientePadrao(), pedido); }
     TCodigoDeSaida operator()(const TPedeConfere& pedido) const { return MostraDesvios(AmbientePadrao(), pedido); }
-    TCodigoDeSaida operator()(const TPedeJanela& pedido) { return Abre({pedido.argumento, {}}); }
-    TCodigoDeSaida operator()(const TPedeAtualizacao& pedido) { return Abre({pedido.alias + ";", pedido.pacote}); }
+    TCodigoDeSaida operator()(const TPedeBackup& pedido) const { return ComandoBackup(AmbientePadrao(), pedido); }
+    TCodigoDeSaida operator()(const TPedeProva& pedido) const { return ComandoProva(AmbientePadrao(), pedido); }
+    TCodigoDeSaida operator()(const TPedeRestaura& pedido) const { return ComandoRestaura(AmbientePadrao(), pedido); }
+    TCodigoDeSaida operator()(const TPedeEnsaio& pedido) const { return ComandoEnsaio(AmbientePadrao(), pedido); }
+    TCodigoDeSaida operator()(const TPedeRepoe& pedido) const { return ComandoRepoe(AmbientePadrao(), pedido); }
+    TCodigoDeSaida operator()(const TPedeJanela& pedido) { return Abre({pedido.argumento, {}, false}); }
+    TCodigoDeSaida operator()(const TPedeAtualizacao& pedido) {
+        return Abre({pedido.alias + ";", pedido.pacote, pedido.comBackup});
+    }
     TCodigoDeSaida operator()(const TUsoIncorreto& pedido) const {
         std::cerr << pedido.mensagem << "\nVeja AtualizaWKD --help." << std::endl;
         return TCodigoDeSaida::UsoIncorreto;

@@ -38,6 +38,4 @@ std::string NomePropostoDosRelatorios(TDataHora quando) {
     return "Relatorios_" + FormataDataHora(quando, "ddmmyy") + ".zip";
 }
 
-void RestauraBackup(const std::filesystem::path&) {}
-
 }  // namespace wkd

@@ -28,7 +28,4 @@ std::filesystem::path ArquivoPadraoDosRelatorios(const std::filesystem::path& pa
 /// File name proposed when the person chooses one: "Relatorios_<ddmmyy>.zip".
 std::string NomePropostoDosRelatorios(TDataHora quando);
 
-/// Hook of the restore button: this release restores nothing.
-void RestauraBackup(const std::filesystem::path& arquivo);
-
 }  // namespace wkd

@@ -121,7 +121,7 @@ TEST_F(JanelaTest, TabFollowsThePageAndAcceleratorsAreUnambiguous) {
         "edAtualizacao SpeedButton3 btLog btVoltar btProximo btSair",
         "cbAtualizaTodas cbCompleto chkQuerysAnteriores chkQuerysPosteriores cbTabela edTabela BitBtn1 mListaTabelas "
         "rgModoAtualizacao0 btLog btVoltar btProximo btSair",
-        "btPlano Memo1 SpeedButton2 Memo2 btLog btVoltar btProximo btSair",
+        "cbComBackup btPlano btEnsaio Memo1 SpeedButton2 Memo2 btLog btVoltar btProximo btSair",
     };
     for (const char* esperado : esperados) {
         if (Onde().starts_with("opcoes")) C<QCheckBox>("cbTabela").click();
@@ -237,6 +237,61 @@ TEST_F(JanelaTest, TheCommandLineChoosesTheAliasAndTheBackupPage) {
     EXPECT_EQ(Informacoes(), std::vector<std::string>{"Não foi possível convetar ao banco, favor informar um alias "
                                                       "válido ou verifique as configurações do mesmo"});
     EXPECT_FALSE(janela_->Janela().isVisible());
+}
+
+TEST_F(JanelaTest, TheBackupPageBacksUpProvesAndBringsBack) {
+    namespace fs = std::filesystem;
+    Abre({"LOJA;nobkp", {}});
+    Clica("btProximo");
+    EXPECT_FALSE(C<QPushButton>("btExecutaBackup").isEnabled());
+    const fs::path pasta = instalacao_.Pasta() / "backups", copia = instalacao_.Pasta() / "LOJA_res.fdb";
+    fs::create_directory(pasta);
+    janela_->dialogos.arquivo = QCaminho(pasta);
+    Clica("SpeedButton4");
+    Clica("btExecutaBackup");
+    ASSERT_EQ(Informacoes().size(), 1u);
+    ASSERT_TRUE(Informacoes()[0].starts_with("Backup feito: ")) << Informacoes()[0];
+    EXPECT_EQ(C<QLineEdit>("edBancoRest").text(), QCaminho(copia));
+    Clica("btRestauraBackup");
+    ASSERT_EQ(Informacoes().size(), 2u);
+    EXPECT_TRUE(Informacoes()[1].starts_with("O backup é bom")) << Informacoes()[1];
+    EXPECT_TRUE(fs::exists(copia));
+    Clica("btRestauraBackup");  // the copy exists, and nobody says that it may go
+    EXPECT_EQ(Informacoes().size(), 2u);
+    EXPECT_EQ(janela_->dialogos.perguntas.size(), 1u);
+
+    fs::path arquivo;
+    for (const auto& entrada : fs::directory_iterator(pasta))
+        if (entrada.path().extension() == ".fbk") arquivo = entrada.path();
+    janela_->dialogos.arquivo = QCaminho(arquivo);
+    C<QCheckBox>("cbRestaurar").click();
+    Clica("btRestauraBackup");  // asked, and not wanted
+    EXPECT_FALSE(fs::exists(instalacao_.Pasta() / "LOJA_antes.fdb"));
+    janela_->dialogos.respostas = {true};
+    Clica("btRestauraBackup");
+    ASSERT_EQ(Informacoes().size(), 3u);
+    EXPECT_NE(Informacoes()[2].find("guardado, inteiro, em"), std::string::npos) << Informacoes()[2];
+    EXPECT_TRUE(fs::exists(instalacao_.Pasta() / "LOJA_antes.fdb"));
+    EXPECT_TRUE(C<QPushButton>("btProximo").isEnabled());
+}
+
+TEST_F(JanelaTest, ACancelledBackupLeavesNothing) {
+    Abre({"LOJA;nobkp", {}});
+    Clica("btProximo");
+    C<QLineEdit>("edCaminhoBackup").setText(QCaminho(instalacao_.Pasta() / "tmp"));
+    std::filesystem::create_directory(instalacao_.Pasta() / "tmp");
+    C<QCheckBox>("cbRestaurar").click();
+    C<QCheckBox>("cbRestaurar").click();
+    QTimer relogio;
+    QObject::connect(&relogio, &QTimer::timeout, [&] {
+        if (auto& cancelar = C<QPushButton>("btCancelar"); cancelar.isVisible()) cancelar.click();
+    });
+    relogio.start(1);
+    Clica("btExecutaBackup");
+    ASSERT_EQ(Informacoes().size(), 1u);
+    const bool cancelado = Informacoes()[0] == "Cancelado: nada foi gravado.";
+    EXPECT_EQ(std::filesystem::is_empty(instalacao_.Pasta() / "tmp"), cancelado) << Informacoes()[0];
+    EXPECT_FALSE(C<QPushButton>("btCancelar").isVisible());
 }
 
 TEST_F(JanelaTest, ShowsTheConnectedUsersOfAnAlias) {

@@ -54,7 +54,24 @@ void Fotografa(const QString& pasta) {
     capturas.Guarda("alias");
     capturas.Proximo();
     janela.C<QPushButton>("Button2").click();
+    const auto backups = instalacao.Pasta() / "backups";
+    std::filesystem::create_directory(backups);
+    janela.C<QLineEdit>("edCaminhoBackup").setText(QCaminho(backups));
+    janela.C<QCheckBox>("cbRestaurar").click();
+    janela.C<QCheckBox>("cbRestaurar").click();
     capturas.Guarda("backup");
+    QTimer andamento;
+    bool guardado = false;
+    QObject::connect(&andamento, &QTimer::timeout, [&] {
+        const auto& cancelar = janela.C<QPushButton>("btCancelar");
+        if (guardado || !cancelar.isVisible()) return;
+        guardado = true;
+        capturas.Guarda("backup-andamento");
+    });
+    andamento.start(20);
+    janela.C<QPushButton>("btExecutaBackup").click();
+    andamento.stop();
+    janela.C<QPushButton>("btRestauraBackup").click();
     capturas.Proximo();
     janela.C<QLineEdit>("edAtualizacao").setText(QCaminho(instalacao.Pacote()));
     capturas.Guarda("atualizacao");

@@ -17,9 +17,9 @@ TCodigoDeSaida Falha(std::string_view texto, TCodigoDeSaida codigo) {
     return codigo;
 }
 
-/// Opens the alias and hands the data module over. What fails before is "no connection", behind it "ended early".
-template <class F>
-TCodigoDeSaida NoAlias(const TAmbiente& ambiente, const std::string& alias, F&& comando) {
+}  // namespace
+
+TCodigoDeSaida NoAlias(const TAmbiente& ambiente, const std::string& alias, const TComandoNoAlias& comando) {
     TTelaDoConsole tela;
     TEstado estado;
     std::optional<TDataModulo> dm;
@@ -43,16 +43,19 @@ TCodigoDeSaida NoAlias(const TAmbiente& ambiente, const std::string& alias, F&& 
     }
 }
 
-}  // namespace
+TOpcoes OpcoesDoComando(const TAmbiente& ambiente, const std::string& alias, const std::filesystem::path& pacote) {
+    TOpcoes opcoes;
+    opcoes.alias = alias;
+    opcoes.pacote = pacote;
+    opcoes.temporaria = ambiente.temporaria;
+    opcoes.pastaPrograma = ambiente.pastaPrograma;
+    opcoes.marcaNaoCria = ambiente.marcaNaoCria;
+    return opcoes;
+}
 
 TCodigoDeSaida MostraPlano(const TAmbiente& ambiente, const TPedePlano& pedido) {
     return NoAlias(ambiente, pedido.alias, [&](TDataModulo& dm, const TEstado& estado) {
-        TOpcoes opcoes;
-        opcoes.alias = pedido.alias;
-        opcoes.pacote = pedido.pacote;
-        opcoes.temporaria = ambiente.temporaria;
-        opcoes.pastaPrograma = ambiente.pastaPrograma;
-        const auto plano = Planeja(dm, opcoes, estado);
+        const auto plano = Planeja(dm, OpcoesDoComando(ambiente, pedido.alias, pedido.pacote), estado);
         if (!plano) return TCodigoDeSaida::Encerrada;
         std::cout << (pedido.json ? PlanoEmJson(*plano) : PlanoEmTexto(*plano)) << std::flush;
         if (!plano->Muda() && plano->achados.empty()) return TCodigoDeSaida::Sucesso;
@@ -62,10 +65,21 @@ TCodigoDeSaida MostraPlano(const TAmbiente& ambiente, const TPedePlano& pedido) 
 
 TCodigoDeSaida MostraDesvios(const TAmbiente& ambiente, const TPedeConfere& pedido) {
     return NoAlias(ambiente, pedido.alias, [&](TDataModulo& dm, const TEstado&) {
-        const auto desvios = ConfereDicionario(dm);
+        const auto desvios = ConfereDicionario(dm, ambiente.pastaPrograma);
         std::cout << (pedido.json ? DesviosEmJson(pedido.alias, desvios) : DesviosEmTexto(pedido.alias, desvios))
                   << std::flush;
         return desvios.empty() ? TCodigoDeSaida::Sucesso : TCodigoDeSaida::ComAchados;
+    });
+}
+
+TCodigoDeSaida ComandoRepoe(const TAmbiente& ambiente, const TPedeRepoe& pedido) {
+    return NoAlias(ambiente, pedido.alias, [&](TDataModulo& dm, const TEstado&) {
+        const TTravaDoBanco trava(dm.SQLConnection1);
+        const TReposicao reposicao = RepoeRejeitadas(dm.SQLConnection1, ambiente.pastaPrograma, pedido.alias);
+        for (const auto& linha : reposicao.ficam)
+            EscreveNosErros(linha.tabela + " " + linha.chave + ": " + linha.motivo);
+        std::cout << ReposicaoEmTexto(reposicao) << std::flush;
+        return reposicao.ficam.empty() ? TCodigoDeSaida::Sucesso : TCodigoDeSaida::ComErros;
     });
 }
 

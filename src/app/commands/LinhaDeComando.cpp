@@ -22,6 +22,21 @@ Sem mudar nada:
   --plano ALIAS PACOTE.zip [--json]          diz o que a atualização faria, tabela por tabela, com seus motivos e
                                              comandos, e o que nos dados não aceitaria a mudança
   --confere ALIAS [--json]                   diz em que o banco difere do dicionário guardado nele
+  --ensaio ALIAS PACOTE.zip [--json] [--mantem]
+                                             faz a atualização inteira numa cópia do banco e diz se ele pode ser
+                                             atualizado, quanto tempo leva e o que seria rejeitado;
+                                             --mantem deixa a cópia
+
+Backup:
+  --backup ALIAS [PASTA] [--guarda N]        faz um backup do banco inteiro; sem PASTA, na última usada;
+                                             --guarda apaga os mais antigos e deixa os N últimos
+  --prova-backup ARQUIVO [ALIAS]             restaura o backup num banco provisório e o compara com o original
+  --restaura ALIAS ARQUIVO [--sim]           põe o backup no lugar do banco em uso, que fica guardado com outro
+                                             nome; sem ninguém para responder, só com --sim
+  "ALIAS;" PACOTE.zip --com-backup           atualiza só depois de um backup feito e provado
+
+Depois de uma atualização:
+  --repoe ALIAS                              põe de volta os registros rejeitados que agora cabem
 
 Aliases (seções do arquivo WKD.ini):
   --lista-alias                              nomes dos aliases, um por linha
@@ -39,11 +54,12 @@ Aliases (seções do arquivo WKD.ini):
 
 Código de saída:
   0   terminou sem erro
-  1   terminou, e algum erro foi relatado
-  2   terminou antes da hora: pacote, confirmação, usuários conectados ou outra atualização em andamento
+  1   terminou, e algum erro foi relatado; --prova-backup: o backup não é bom; --repoe: algum registro ficou
+  2   terminou antes da hora: pacote, confirmação, usuários conectados, outra atualização em andamento, ou um
+      backup que não pôde ser feito
   3   sem WKD.ini, alias desconhecido ou sem conexão
-  10  --plano: há mudanças a fazer (0: nada a fazer)
-  11  --plano: há mudanças a fazer, e achados que alguém precisa ver antes; --confere: há desvios
+  10  --plano, --ensaio: há mudanças a fazer (0: nada a fazer)
+  11  --plano, --ensaio: há achados que alguém precisa ver antes; --confere: há desvios
   64  argumentos incorretos
   130, 143  interrompida por um sinal: rode de novo
 )";
@@ -71,6 +87,17 @@ TPedido NovoAlias(const TArgumentos& argumentos) {
 
 /// As on the line of an update, ";" and what follows are no part of the alias.
 std::string NomeDoAlias(const std::string& argumento) { return argumento.substr(0, argumento.find(';')); }
+
+TPedido Backup(const TArgumentos& argumentos) {
+    TPedeBackup pedido{NomeDoAlias(argumentos.Opcao("--backup")), argumentos.PalavraSeHouver(0)};
+    if (!argumentos.Tem("--guarda")) return pedido;
+    const std::string quantos = argumentos.Opcao("--guarda");
+    const bool numero = !quantos.empty() && quantos.size() < 6 &&
+                        quantos.find_first_not_of("0123456789") == std::string::npos && std::stoi(quantos) > 0;
+    if (!numero) return TUsoIncorreto{"Depois de --guarda vem quantos backups ficam, 1 ou mais."};
+    pedido.guarda = std::stoi(quantos);
+    return pedido;
+}
 
 /// A command is the first option of the line; its own value, where it has one, is among its options.
 struct TComando {
@@ -103,6 +130,25 @@ const std::vector<TComando>& Comandos() {
          [](const TArgumentos& a) -> TPedido {
              return TPedeConfere{NomeDoAlias(a.Opcao("--confere")), a.Tem("--json")};
          }},
+        {"--backup", {{"--backup", "--guarda"}, {}, 0, 1}, Backup},
+        {"--prova-backup",
+         {{"--prova-backup"}, {}, 0, 1},
+         [](const TArgumentos& a) -> TPedido {
+             return TPedeProva{a.Opcao("--prova-backup"), NomeDoAlias(a.PalavraSeHouver(0))};
+         }},
+        {"--restaura",
+         {{"--restaura"}, {"--sim"}, 1},
+         [](const TArgumentos& a) -> TPedido {
+             return TPedeRestaura{NomeDoAlias(a.Opcao("--restaura")), a.Palavra(0), a.Tem("--sim")};
+         }},
+        {"--ensaio",
+         {{"--ensaio"}, {"--json", "--mantem"}, 1},
+         [](const TArgumentos& a) -> TPedido {
+             return TPedeEnsaio{NomeDoAlias(a.Opcao("--ensaio")), a.Palavra(0), a.Tem("--json"), a.Tem("--mantem")};
+         }},
+        {"--repoe",
+         {{"--repoe"}, {}},
+         [](const TArgumentos& a) -> TPedido { return TPedeRepoe{NomeDoAlias(a.Opcao("--repoe"))}; }},
     };
     return comandos;
 }
@@ -124,15 +170,17 @@ TPedido Opcao(const std::vector<std::string>& argumentos) {
 
 }  // namespace
 
-TPedido LeLinhaDeComando(const std::vector<std::string>& argumentos) {
+TPedido LeLinhaDeComando(std::vector<std::string> argumentos) {
     if (!argumentos.empty() && argumentos.front().starts_with("--")) return Opcao(argumentos);
     if (argumentos.size() < 2) return TPedeJanela{argumentos.empty() ? std::string() : argumentos.front()};
 
+    const bool comBackup = std::erase(argumentos, "--com-backup") > 0;
+    if (argumentos.size() < 2) return TUsoIncorreto{"Use \"ALIAS;\" PACOTE.zip --com-backup."};
     const std::string& primeiro = argumentos.front();
     const std::size_t fim = primeiro.find(';');
     if (fim == std::string::npos)
         return TUsoIncorreto{"O primeiro argumento deve ser o nome do alias seguido de \";\": \"" + primeiro + ";\"."};
-    return TPedeAtualizacao{primeiro.substr(0, fim), argumentos[1]};
+    return TPedeAtualizacao{primeiro.substr(0, fim), argumentos[1], comBackup};
 }
 
 std::string_view TextoDeAjuda() { return kAjuda; }

@@ -36,6 +36,33 @@ struct TPedeConfere {
     std::string alias;
     bool json = false;
 };
+/// A backup of the whole database.
+struct TPedeBackup {
+    std::string alias;
+    std::filesystem::path pasta;  // empty: the remembered one
+    int guarda = 0;               // 0: all
+};
+/// Whether a backup comes back as it was.
+struct TPedeProva {
+    std::filesystem::path arquivo;
+    std::string alias;  // empty: that of the file's manifest
+};
+/// A backup in the place of the database in use.
+struct TPedeRestaura {
+    std::string alias;
+    std::filesystem::path arquivo;
+    bool sim = false;
+};
+/// The update on a copy.
+struct TPedeEnsaio {
+    std::string alias;
+    std::filesystem::path pacote;
+    bool json = false, mantem = false;
+};
+/// The rejected rows that fit now.
+struct TPedeRepoe {
+    std::string alias;
+};
 /// The wizard; with an alias it is chosen at start.
 struct TPedeJanela {
     std::string argumento;  // first argument, as given
@@ -44,6 +71,7 @@ struct TPedeJanela {
 struct TPedeAtualizacao {
     std::string alias;
     std::filesystem::path pacote;
+    bool comBackup = false;
 };
 /// Arguments that ask for nothing: why, and what to write instead.
 struct TUsoIncorreto {
@@ -51,11 +79,12 @@ struct TUsoIncorreto {
 };
 
 using TPedido = std::variant<TPedeAjuda, TPedeVersao, TPedeListaAlias, TPedeNovoAlias, TPedeRemoveAlias,
-                             TPedeTestaAlias, TPedePlano, TPedeConfere, TPedeJanela, TPedeAtualizacao, TUsoIncorreto>;
+                             TPedeTestaAlias, TPedePlano, TPedeConfere, TPedeBackup, TPedeProva, TPedeRestaura,
+                             TPedeEnsaio, TPedeRepoe, TPedeJanela, TPedeAtualizacao, TUsoIncorreto>;
 
 /// Reads the arguments behind the program name. A first argument that begins with "--" is an option; else two or more
 /// arguments are an unattended run: alias followed by ";", package.
-TPedido LeLinhaDeComando(const std::vector<std::string>& argumentos);
+TPedido LeLinhaDeComando(std::vector<std::string> argumentos);
 
 /// The text of --help.
 std::string_view TextoDeAjuda();

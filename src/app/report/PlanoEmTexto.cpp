@@ -156,6 +156,22 @@ std::string DesviosEmTexto(const std::string& alias, const std::vector<TDesvio>&
            (desvios.size() == 1 ? " desvio" : " desvios") + " do dicionário em " + alias + ".\n";
 }
 
+std::string ReposicaoEmTexto(const TReposicao& reposicao) {
+    const auto quantos = [](std::int64_t numero, const char* um, const char* varios) {
+        return ComMilhares(numero) + (numero == 1 ? um : varios);
+    };
+    std::string texto =
+        quantos(reposicao.repostas, " registro reposto", " registros repostos") + "; " +
+        quantos(reposicao.presentes, " já estava na tabela", " já estavam na tabela") + "; " +
+        quantos(static_cast<std::int64_t>(reposicao.ficam.size()), " ainda não cabe", " ainda não cabem") + ".\n";
+    if (!reposicao.ficam.empty()) texto += "Corrija o que cada linha diz e rode --repoe de novo.\n";
+    if (reposicao.antigas > 0)
+        texto += quantos(reposicao.antigas, " linha de uma versão anterior não diz",
+                         " linhas de versões anteriores não dizem") +
+                 " de que banco é: lance-as no sistema.\n";
+    return texto;
+}
+
 std::string DesviosEmJson(const std::string& alias, const std::vector<TDesvio>& desvios) {
     using TJson = nlohmann::ordered_json;
     TJson json = {{"programa", "AtualizaWKD " + std::string(kVersao)}, {"alias", alias}, {"desvios", TJson::array()}};

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "copy/Reposicao.h"
 #include "plan/ConfereDicionario.h"
 #include "plan/Plano.h"
 
@@ -14,6 +15,8 @@ std::string PlanoEmJson(const TPlano& plano);
 
 /// The differences for people, a line each by table, and for programs (one JSON object).
 std::string DesviosEmTexto(const std::string& alias, const std::vector<TDesvio>& desvios);
+/// What became of the rejected rows, for people.
+std::string ReposicaoEmTexto(const TReposicao& reposicao);
 std::string DesviosEmJson(const std::string& alias, const std::vector<TDesvio>& desvios);
 
 }  // namespace wkd

@@ -154,6 +154,7 @@ std::string RelatorioEmJson(const TEvidencia& evidencia) {
                   {"passos", EmJson(evidencia.passos)},
                   {"correcoes", EmJson(evidencia.correcoes)},
                   {"erros", TJson::array()}};
+    if (!evidencia.backup.empty()) json["backup"] = {{"arquivo", evidencia.backup}, {"volta", evidencia.volta}};
     for (const auto& tabela : evidencia.tabelas) json["tabelas"].push_back(EmJson(tabela));
     for (const auto& erro : evidencia.erros) json["erros"].push_back(EmJson(erro));
     return json.dump(2, ' ', false, TJson::error_handler_t::replace) + "\n";

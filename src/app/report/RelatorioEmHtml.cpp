@@ -155,26 +155,29 @@ std::string RelatorioEmHtml(const TEvidencia& evidencia) {
         return Quantos(std::ranges::count(evidencia.tabelas, acao, &TTabelaRegistrada::acao));
     };
     const bool certo = evidencia.concluida && evidencia.erros.empty();
-    return Preenche("pagina",
-                    {{"alias", evidencia.alias},
-                     {"classe", certo ? "certo" : "erro"},
-                     {"estado", Estado(evidencia)},
-                     {"banco", evidencia.banco},
-                     {"servidor", evidencia.servidor},
-                     {"pacote", evidencia.pacote},
-                     {"inicio", FormataDataHora(evidencia.inicio, "dd/mm/yyyy hh:mm:ss")},
-                     {"duracao", FormataDuracao(evidencia.inicio, evidencia.fim)},
-                     {"versao", std::string(kVersao)},
-                     {"criadas", acoes(TAcaoDaTabela::Cria)},
-                     {"alteradas", acoes(TAcaoDaTabela::Altera)},
-                     {"reconstruidas", acoes(TAcaoDaTabela::Reconstroi)},
-                     {"iguais", acoes(TAcaoDaTabela::Nada)},
-                     {"correcoes", Quantos(evidencia.correcoes.size())},
-                     {"erros", Quantos(evidencia.erros.size())},
-                     {"falhas", Falhas(evidencia)},
-                     {"tabelas", Tabelas(evidencia)},
-                     {"passos", Passos("Passos", evidencia.passos) + Passos("Correções", evidencia.correcoes) +
-                                    (evidencia.correcoes.empty() ? "" : Preenche("correcoes", {}))}});
+    return Preenche(
+        "pagina",
+        {{"alias", evidencia.alias},
+         {"classe", certo ? "certo" : "erro"},
+         {"estado", Estado(evidencia)},
+         {"banco", evidencia.banco},
+         {"servidor", evidencia.servidor},
+         {"pacote", evidencia.pacote},
+         {"backup", evidencia.backup.empty() ? "nenhum por esta execução"
+                                             : evidencia.backup + " (para voltar atrás: " + evidencia.volta + ")"},
+         {"inicio", FormataDataHora(evidencia.inicio, "dd/mm/yyyy hh:mm:ss")},
+         {"duracao", FormataDuracao(evidencia.inicio, evidencia.fim)},
+         {"versao", std::string(kVersao)},
+         {"criadas", acoes(TAcaoDaTabela::Cria)},
+         {"alteradas", acoes(TAcaoDaTabela::Altera)},
+         {"reconstruidas", acoes(TAcaoDaTabela::Reconstroi)},
+         {"iguais", acoes(TAcaoDaTabela::Nada)},
+         {"correcoes", Quantos(evidencia.correcoes.size())},
+         {"erros", Quantos(evidencia.erros.size())},
+         {"falhas", Falhas(evidencia)},
+         {"tabelas", Tabelas(evidencia)},
+         {"passos", Passos("Passos", evidencia.passos) + Passos("Correções", evidencia.correcoes) +
+                        (evidencia.correcoes.empty() ? "" : Preenche("correcoes", {}))}});
 }
 
 }  // namespace wkd

@@ -98,7 +98,9 @@ QString TDialogosQt::ArquivoParaAbrir() {
 }
 
 QString TDialogosQt::BackupParaAbrir() {
-    TDialogoDeArquivo dialogo("Abrir", {}, "Backup (*.gdk)");
+    const QString doBanco = "Backup do banco (*.fbk *.bak)";
+    TDialogoDeArquivo dialogo("Abrir", {}, "Backup (*.gdk);;" + doBanco);
+    dialogo.selectNameFilter(doBanco);
     dialogo.setFileMode(QFileDialog::ExistingFile);
     return dialogo.Escolhido();
 }

@@ -31,6 +31,8 @@ constexpr QSize kAreaCliente{683, 428};
 constexpr const char* kRemembrados[] = {"edCaminhoBackup", "edServerRest", "edBancoRest", "url",
                                         "edRelatoriosBkp", "edAtualizacao"};
 
+constexpr const char* kComBackup = "cbComBackup";
+
 QWidget* FaixaColorida(const QColor& fundo, const QColor& texto) {
     auto* faixa = new QWidget;
     QPalette paleta = faixa->palette();
@@ -61,7 +63,8 @@ TFMAtualiza::TFMAtualiza(TDataModulo& daEntrada, const TMeios& meios, TInicio in
     partes->addWidget(Botoes());
     btProximo_->setDefault(true);
     Liga();
-    meios_.tela.Liga(*status_, *new TPainelOcupado(this));
+    ocupado_ = new TPainelOcupado(this);
+    meios_.tela.Liga(*status_, *ocupado_);
 
     if (!meios_.tela.Desassistida())
         VerificaNovaVersao(aliases, *http_, [this](const QString& versao) {
@@ -129,6 +132,9 @@ void TFMAtualiza::Liga() {
     connect(alias_, &TPaginaAlias::Escolhido, this, &TFMAtualiza::PreencheDados);
     connect(status_, &TPaginaStatus::Atualizar, this, &TFMAtualiza::btAtualizarClick);
     connect(status_, &TPaginaStatus::Planejar, this, &TFMAtualiza::btPlanoClick);
+    connect(status_, &TPaginaStatus::Ensaiar, this, &TFMAtualiza::btEnsaioClick);
+    connect(backup_, &TPaginaBackup::FazerBackup, this, &TFMAtualiza::btExecutaBackupClick);
+    connect(backup_, &TPaginaBackup::Restaurar, this, &TFMAtualiza::btRestauraBackupClick);
     connect(status_, &TPaginaStatus::VerificarIndices, this, &TFMAtualiza::Button1Click);
 }
 
@@ -172,10 +178,12 @@ void TFMAtualiza::RestauraPreferencias() {
         if (!valor.trimmed().isEmpty() && QString(nome).toLower() != "edatualizacao")
             findChild<QLineEdit*>(nome)->setText(valor);
     }
+    status_->SetComBackup(meios_.preferencias.Le(kComBackup) == "1" && !inicio_.pacote);
 }
 
 void TFMAtualiza::GravaPreferencias() {
     for (const char* nome : kRemembrados) meios_.preferencias.Grava(nome, findChild<QLineEdit*>(nome)->text());
+    if (!inicio_.pacote) meios_.preferencias.Grava(kComBackup, status_->ComBackup() ? "1" : "0");
 }
 
 void TFMAtualiza::closeEvent(QCloseEvent* evento) {

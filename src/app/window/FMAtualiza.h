@@ -1,10 +1,12 @@
 #pragma once
 
 #include <QDialog>
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <optional>
 
+#include "Progresso.h"
 #include "process/Interrupcao.h"
 #include "process/Programa.h"
 #include "run/Contexto.h"
@@ -24,6 +26,7 @@ class TPaginaAlias;
 class TPaginaAtualizacao;
 class TPaginaBackup;
 class TPaginaOpcoes;
+class TPainelOcupado;
 class TVigia;
 struct TDadosDoAlias;
 
@@ -31,6 +34,7 @@ struct TDadosDoAlias;
 struct TInicio {
     std::string primeiro;                         // first argument; empty: none
     std::optional<std::filesystem::path> pacote;  // second argument: run at once and close
+    bool comBackup = false;                       // no update without a good backup
 };
 
 /// What the window works with; all of it outlives the window.
@@ -87,9 +91,17 @@ class TFMAtualiza : public QDialog {
     bool PacoteExiste();
     void ReabreConexao();
 
+    // Backup
+    void ComAndamento(const std::function<std::string(const TAcompanha&)>& trabalho);
+    void btExecutaBackupClick();
+    void btRestauraBackupClick();
+    void RestauraNaCopia(const std::filesystem::path& arquivo);
+
     // Run
     void btAtualizarClick();
     void btPlanoClick();
+    void btEnsaioClick();
+    bool BackupAntes(const std::filesystem::path& pasta, TEvidencia& evidencia);
     TCodigoDeSaida Executa();
     /// Over the connection, while it is in another thread's hands.
     TVigia Vigia(const std::string& alias);
@@ -114,6 +126,7 @@ class TFMAtualiza : public QDialog {
     TNavegacao navegacao_;
     std::string aliasAtual_;
     bool mostrada_ = false;
+    std::atomic<bool> cancelado_ = false;
     bool executando_ = false;  // the connection is in another thread's hands: nothing else may use it
     TCodigoDeSaida codigo_ = TCodigoDeSaida::Sucesso;
 
@@ -125,6 +138,7 @@ class TFMAtualiza : public QDialog {
     TPaginaAtualizacao* atualizacao_;
     TPaginaOpcoes* opcoes_;
     TPaginaStatus* status_;
+    TPainelOcupado* ocupado_;
     QPushButton* btSair_;
     QPushButton* btProximo_;
     QPushButton* btVoltar_;

@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QPushButton>
 
+#include "commands/ComandosDeBackup.h"
 #include "passes/Passes.h"
 #include "process/EscritaSegura.h"
 #include "process/Interrupcao.h"
@@ -72,12 +73,20 @@ TCodigoDeSaida TFMAtualiza::Executa() {
                                ", onde ficam o log e as linhas rejeitadas. Dê a permissão e rode de novo.");
         return TCodigoDeSaida::Encerrada;
     }
-    TFimDaAtualizacao fim{};
+    TFimDaAtualizacao fim = TFimDaAtualizacao::Encerrada;
+    const bool comBackup = inicio_.comBackup || status_->ComBackup();
+    const auto pasta =
+        backup_->Pasta().empty() ? PastaDeBackup(meios_.ambiente, meios_.preferencias) : backup_->Pasta();
     NoBanco([&, opcoes = Opcoes()] {
         registrada_.RetiraErros();
+        TEvidencia doBackup;
+        if (comBackup && !BackupAntes(pasta, doBackup)) return;
         TAtualizacao atualizacao(*dm_, opcoes, estado_);
         fim = atualizacao.Executa();
-        Relata(atualizacao.Evidencia());
+        TEvidencia evidencia = atualizacao.Evidencia();
+        evidencia.backup = doBackup.backup;
+        evidencia.volta = doBackup.volta;
+        Relata(std::move(evidencia));
     });
     if (fim == TFimDaAtualizacao::Interrompida) return CodigoDoSinal(TInterrupcao::Sinal());
     if (fim == TFimDaAtualizacao::Encerrada) return TCodigoDeSaida::Encerrada;

@@ -4,6 +4,7 @@
 #include <QHeaderView>
 #include <QTableWidget>
 
+#include "Troca.h"
 #include "run/TravaDoBanco.h"
 #include "window/Controles.h"
 #include "window/PaginaOpcoes.h"
@@ -92,6 +93,17 @@ void TPaginaAlias::Mostra(const TDadosDoAlias& dados) {
 
 namespace {
 
+/// A restore that was cut off may have left the place of the database empty, or half filled.
+void DizOndeEsta(THBNConnection& conexao, TDadosDoAlias& dados) {
+    const bool foraDoLugar =
+        dados.erro.find("No such file") != std::string::npos || dados.erro.find("shutdown") != std::string::npos;
+    if (!foraDoLugar) return;
+    try {
+        for (const auto& linha : RestosDeBackup(conexao)) dados.erro += "\n" + linha;
+    } catch (const std::exception&) {  // the first error tells the cause
+    }
+}
+
 void Abre(TDataModulo& dm, const std::string& alias, TDadosDoAlias& dados) {
     try {
         dm.nomeAlias = alias;
@@ -99,6 +111,7 @@ void Abre(TDataModulo& dm, const std::string& alias, TDadosDoAlias& dados) {
         dm.SQLConnection1.Open();
     } catch (const std::exception& erro) {
         dados.erro = erro.what();
+        DizOndeEsta(dm.SQLConnection1, dados);
     }
 }
 

@@ -34,8 +34,8 @@ TPaginaBackup::TPaginaBackup(const TAliases& aliases, std::filesystem::path past
     linhas->addWidget(
         Cabecalho("É obrigatório que faça  o backup e depois restaure para certificar de que o banco esteja "
                   "sem problema algum antes que seja atualizado."));
-    linhas->addWidget(Destino());
-    linhas->addWidget(Restaurar());
+    linhas->addWidget(GrupoDoDestino());
+    linhas->addWidget(GrupoRestaurar());
     linhas->addWidget(Relatorios());
     auto* botoes = new QHBoxLayout;
     auto* relatorios = Botao("btRelatoriosBkp", "Fazer Backup dos relatórios");
@@ -48,10 +48,46 @@ TPaginaBackup::TPaginaBackup(const TAliases& aliases, std::filesystem::path past
     connect(cbRestaurar_, &QCheckBox::toggled, this, &TPaginaBackup::cbRestaurarClick);
     connect(button2, &QPushButton::clicked, this, &TPaginaBackup::Button2Click);
     connect(relatorios, &QPushButton::clicked, this, &TPaginaBackup::btRelatoriosBkpClick);
-    connect(btRestauraBackup_, &QPushButton::clicked, this, [] { RestauraBackup({}); });
+    connect(btExecutaBackup_, &QPushButton::clicked, this, &TPaginaBackup::FazerBackup);
+    connect(btRestauraBackup_, &QPushButton::clicked, this, &TPaginaBackup::Restaurar);
+    connect(edCaminhoBackup_, &QLineEdit::textEdited, this, &TPaginaBackup::PastaEscolhida);
 }
 
-QWidget* TPaginaBackup::Destino() {
+void TPaginaBackup::SetAlias(const QString& alias) {
+    if (alias != alias_) feito_.clear();
+    alias_ = alias;
+    if (!edCaminhoBackup_->text().trimmed().isEmpty()) PastaEscolhida(edCaminhoBackup_->text());
+}
+
+/// A backup needs its folder, and while the way back is chosen it is not what is wanted.
+void TPaginaBackup::PastaEscolhida(const QString& pasta) {
+    if (!cbRestaurar_->isChecked()) btExecutaBackup_->setEnabled(!pasta.trimmed().isEmpty());
+}
+
+std::filesystem::path TPaginaBackup::Pasta() const { return Caminho(edCaminhoBackup_->text().trimmed()); }
+
+std::string TPaginaBackup::Destino() const {
+    const std::string servidor = S(edServerRest_->text().trimmed());
+    return (servidor.empty() ? "" : servidor + ":") + S(edBancoRest_->text().trimmed());
+}
+
+bool TPaginaBackup::NaBaseOriginal() const {
+    const TDestinoDaRestauracao original = DestinoDaRestauracao(aliases_, S(alias_), true);
+    return edBancoRest_->text().trimmed() == Q(original.banco);
+}
+
+std::filesystem::path TPaginaBackup::Arquivo() {
+    if (!feito_.empty() && !NaBaseOriginal()) return feito_;
+    return Caminho(dialogos_.BackupParaAbrir());
+}
+
+void TPaginaBackup::BackupFeito(const std::filesystem::path& arquivo) {
+    feito_ = arquivo;
+    MostraDestino(false);
+    btRestauraBackup_->setEnabled(true);
+}
+
+QWidget* TPaginaBackup::GrupoDoDestino() {
     auto* grupo = new QGroupBox("Destino do Backup");
     auto* linha = new QHBoxLayout(grupo);
     linha->setContentsMargins(10, 4, 10, 8);
@@ -63,7 +99,7 @@ QWidget* TPaginaBackup::Destino() {
     return grupo;
 }
 
-QWidget* TPaginaBackup::Restaurar() {
+QWidget* TPaginaBackup::GrupoRestaurar() {
     auto* grupo = new QGroupBox("Restaurar em:");
     auto* linhas = new QGridLayout(grupo);
     linhas->setContentsMargins(10, 4, 10, 8);
@@ -109,7 +145,9 @@ void TPaginaBackup::Button2Click() {
 
 void TPaginaBackup::SpeedButton4Click() {
     const QString pasta = dialogos_.Pasta(edCaminhoBackup_->text());
-    if (!pasta.isEmpty()) edCaminhoBackup_->setText(pasta);
+    if (pasta.isEmpty()) return;
+    edCaminhoBackup_->setText(pasta);
+    PastaEscolhida(pasta);
 }
 
 void TPaginaBackup::SpeedButton5Click() {

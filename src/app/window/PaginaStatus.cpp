@@ -1,5 +1,6 @@
 #include "window/PaginaStatus.h"
 
+#include <QCheckBox>
 #include <QGridLayout>
 #include <QProgressBar>
 #include <QSaveFile>
@@ -29,7 +30,10 @@ void TMemoDeLinhas::Acrescenta(const QStringList& linhas) {
 }
 
 TPainelOcupado::TPainelOcupado(QWidget* janela)
-    : QFrame(janela), texto_(new QLabel), barra_(Nomeia(new QProgressBar, "pbOcupado", "Andamento")) {
+    : QFrame(janela),
+      texto_(new QLabel),
+      barra_(Nomeia(new QProgressBar, "pbOcupado", "Andamento")),
+      cancelar_(Botao("btCancelar", "Cancelar", "Parar sem deixar nada")) {
     setObjectName("pnOcupado");
     setFrameShape(QFrame::StyledPanel);
     setAutoFillBackground(true);
@@ -39,8 +43,21 @@ TPainelOcupado::TPainelOcupado(QWidget* janela)
     linhas->setContentsMargins(24, 16, 24, 16);
     linhas->addWidget(texto_);
     linhas->addWidget(barra_);
+    linhas->addWidget(cancelar_, 0, Qt::AlignCenter);
+    cancelar_->hide();
+    cancelar_->setAutoDefault(false);
+    connect(cancelar_, &QPushButton::clicked, this, [this] {
+        cancelar_->setEnabled(false);
+        if (cancela_) cancela_();
+    });
     setFixedWidth(320);
     hide();
+}
+
+void TPainelOcupado::OfereceCancelar(std::function<void()> cancela) {
+    cancela_ = std::move(cancela);
+    cancelar_->setVisible(static_cast<bool>(cancela_));
+    cancelar_->setEnabled(true);
 }
 
 void TPainelOcupado::Mostra(const QString& texto, int percentual) {
@@ -78,19 +95,24 @@ TPaginaStatus::TPaginaStatus(IDialogos& dialogos)
       memoLog_(Nomeia(new QPlainTextEdit, "MemoLog", "Log")),
       pastas_(Nomeia(new TListaDePastas, "DirectoryListBox1", "Pasta do pacote")),
       btPlano_(Botao("btPlano", "Pla&no", "Mostra o que a atualização faria, sem mudar nada")),
+      btEnsaio_(Botao("btEnsaio", "&Ensaio", "Faz a atualização numa cópia do banco e diz se ele pode ser atualizado")),
+      cbComBackup_(Nomeia(new QCheckBox("&Backup provado antes"), "cbComBackup")),
       lblAtual_(RotuloDeAndamento("lblAtual", "Atual")),
       lblGeral_(RotuloDeAndamento("lblGeral", "Geral.")),
       lblEstimativa_(RotuloDeAndamento("lblEstimativa", "")),
       pbAtual_(Barra("pbAtual", "Andamento da etapa atual")),
       pbGeral_(Barra("pbGeral", "Andamento geral")) {
-    btPlano_->hide();
-    btPlano_->setAutoDefault(false);  // Enter goes on through the pages
+    for (QPushButton* botao : {btPlano_, btEnsaio_}) botao->setAutoDefault(false);  // Enter goes on through the pages
+    for (QWidget* oferta : std::initializer_list<QWidget*>{btPlano_, btEnsaio_, cbComBackup_}) oferta->hide();
+    cbComBackup_->setToolTip("Só atualiza depois de fazer um backup do banco e de prová-lo");
     connect(btPlano_, &QPushButton::clicked, this, &TPaginaStatus::Planejar);
+    connect(btEnsaio_, &QPushButton::clicked, this, &TPaginaStatus::Ensaiar);
     auto* linhas = new QVBoxLayout(this);
     linhas->setSpacing(4);
     auto* titulo = new QHBoxLayout;
     titulo->addWidget(Cabecalho("Status da Atualização"), 1);
-    titulo->addWidget(btPlano_);
+    for (QWidget* oferta : std::initializer_list<QWidget*>{cbComBackup_, btPlano_, btEnsaio_})
+        titulo->addWidget(oferta);
     linhas->addLayout(titulo);
     linhas->addWidget(memo1_, 3);
     linhas->addWidget(Erros(), 2);
@@ -154,9 +176,17 @@ void TPaginaStatus::Estimativa(const QString& texto) {
     if (texto != lblEstimativa_->text()) lblEstimativa_->setText(texto);
 }
 
-void TPaginaStatus::PermitePlano(bool sim) { btPlano_->setEnabled(sim); }
+void TPaginaStatus::PermitePlano(bool sim) {
+    for (QWidget* oferta : std::initializer_list<QWidget*>{cbComBackup_, btPlano_, btEnsaio_}) oferta->setEnabled(sim);
+}
 
-void TPaginaStatus::OferecePlano() { btPlano_->show(); }
+void TPaginaStatus::OferecePlano() {
+    for (QWidget* oferta : std::initializer_list<QWidget*>{cbComBackup_, btPlano_, btEnsaio_}) oferta->show();
+}
+
+bool TPaginaStatus::ComBackup() const { return cbComBackup_->isChecked(); }
+
+void TPaginaStatus::SetComBackup(bool sim) { cbComBackup_->setChecked(sim); }
 
 void TPaginaStatus::MostraLog(const QString& texto) { memoLog_->setPlainText(texto); }
 

@@ -3,12 +3,14 @@
 #include <QFrame>
 #include <QPlainTextEdit>
 #include <QWidget>
+#include <functional>
 
 class QLabel;
 class QProgressBar;
 class QGroupBox;
 class QLabel;
 class QProgressBar;
+class QCheckBox;
 class QPushButton;
 
 namespace wkd {
@@ -29,10 +31,14 @@ class TPainelOcupado : public QFrame {
 
     /// A `percentual` below 0 shows a bar that only moves.
     void Mostra(const QString& texto, int percentual);
+    /// A button "Cancelar" that calls this, once; none without it.
+    void OfereceCancelar(std::function<void()> cancela);
 
   private:
     QLabel* texto_;
     QProgressBar* barra_;
+    QPushButton* cancelar_;
+    std::function<void()> cancela_;
 };
 
 class IDialogos;
@@ -55,6 +61,9 @@ class TPaginaStatus : public QWidget {
     /// Offers the plan, once there is a package to plan with.
     void OferecePlano();
     void PermitePlano(bool sim);
+    /// Whether the update waits for a backup that was proven.
+    bool ComBackup() const;
+    void SetComBackup(bool sim);
     /// The text of the run log, and more of it at its top.
     void MostraLog(const QString& texto);
     void AcrescentaAoLog(const QString& topo);
@@ -64,6 +73,7 @@ class TPaginaStatus : public QWidget {
   signals:
     void Atualizar();
     void Planejar();
+    void Ensaiar();
     void VerificarIndices();
 
   private:
@@ -79,6 +89,8 @@ class TPaginaStatus : public QWidget {
     QPlainTextEdit* memoLog_;
     TListaDePastas* pastas_;
     QPushButton* btPlano_;
+    QPushButton* btEnsaio_;
+    QCheckBox* cbComBackup_;
     QLabel* lblAtual_;
     QLabel* lblGeral_;
     QLabel* lblEstimativa_;

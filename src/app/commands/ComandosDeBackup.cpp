@@ -1,0 +1,201 @@
+#include "commands/ComandosDeBackup.h"
+
+#include <chrono>
+#include <iostream>
+
+#ifdef _WIN32
+#include <io.h>
+#else
+#include <unistd.h>
+#endif
+
+#include "Backup.h"
+#include "Explicacao.h"
+#include "Troca.h"
+#include "commands/ComandosDeBanco.h"
+#include "commands/LinhaDoTerminal.h"
+#include "package/Caminho.h"
+#include "report/EnsaioEmTexto.h"
+#include "run/TravaDoBanco.h"
+#include "window/Controles.h"
+#include "window/Preferencias.h"
+
+namespace wkd {
+
+namespace {
+
+/// The progress as the terminal's last line; nothing where there is no terminal.
+class TAndamentoNoTerminal {
+  public:
+    TAcompanha Acompanha() {
+        return [this](const TProgresso& progresso) {
+            const auto agora = std::chrono::steady_clock::now();
+            if (agora < proxima_) return;
+            proxima_ = agora + std::chrono::milliseconds(200);
+            linha_.Mostra(progresso.texto +
+                          (progresso.percentual < 0 ? "" : " (" + std::to_string(progresso.percentual) + "%)"));
+        };
+    }
+
+  private:
+    TLinhaDoTerminal linha_;
+    std::chrono::steady_clock::time_point proxima_{};
+};
+
+TCodigoDeSaida ComExplicacao(const std::function<TCodigoDeSaida()>& trabalho) {
+    try {
+        return trabalho();
+    } catch (const std::exception& erro) {
+        EscreveNosErros(ExplicaFalha(erro));
+        return TCodigoDeSaida::Encerrada;
+    }
+}
+
+void EscreveVeredito(const TVeredito& veredito) {
+    for (const auto& achado : veredito.achados) EscreveNosErros(achado);
+    std::cout << veredito.frase << std::endl;
+}
+
+void DizRestos(THBNConnection& conexao) {
+    for (const auto& linha : RestosDeBackup(conexao)) EscreveNosErros("Aviso: " + linha);
+}
+
+std::string AliasDaProva(const TPedeProva& pedido) {
+    if (!pedido.alias.empty()) return pedido.alias;
+    if (const auto manifesto = LeManifesto(pedido.arquivo)) return manifesto->alias;
+    std::error_code semErro;
+    if (!std::filesystem::exists(pedido.arquivo, semErro))
+        throw TErroDeBackup("O arquivo de backup " + TextoDoCaminho(pedido.arquivo) +
+                            " não existe. Confira o nome e repita.");
+    throw TErroDeBackup("Falta o arquivo " + TextoDoCaminho(CaminhoDoManifesto(pedido.arquivo)) +
+                        ", que diz de que banco é o backup. Dê o alias: --prova-backup ARQUIVO ALIAS.");
+}
+
+/// Whoever runs the command answers at the terminal.
+bool Confirma(const std::string& pergunta) {
+    if (!isatty(0)) return false;
+    std::cout << pergunta << " [s/N] " << std::flush;
+    std::string resposta;
+    std::getline(std::cin, resposta);
+    return resposta == "s" || resposta == "S" || resposta == "sim";
+}
+
+TCodigoDeSaida Restaura(const TAmbiente& ambiente, const TPedeRestaura& pedido) {
+    TPreferencias preferencias;
+    THBNConnection conexao{TAliases(LocalizaIni(ambiente.locais))};
+    conexao.SetAlias(pedido.alias);
+    const std::string banco = conexao.RetornaDadosConexao().Texto();
+    const std::string pergunta = "Pôr o backup " + TextoDoCaminho(pedido.arquivo) + " no lugar do banco em uso, " +
+                                 banco + "? O que está nele desde o backup fica só na cópia guardada.";
+    if (!pedido.sim && !Confirma(pergunta)) {
+        EscreveNosErros("Nada foi feito. Sem ninguém para responder, confirme com --sim.");
+        return TCodigoDeSaida::Encerrada;
+    }
+    DizRestos(conexao);
+    if (const auto quem = QuemAtualiza(conexao)) throw TOutraAtualizacao(*quem);
+    TRestauracao restauracao;
+    {
+        TAndamentoNoTerminal andamento;
+        restauracao = RestauraNaOriginal(conexao, {pedido.alias, pedido.arquivo, PastaDeBackup(ambiente, preferencias)},
+                                         andamento.Acompanha());
+    }
+    EscreveVeredito(restauracao.veredito);
+    std::cout << "O banco em uso é agora o do backup: " << banco << '\n';
+    if (!restauracao.antigo.empty())
+        std::cout << "O de antes está guardado, inteiro, em " << restauracao.antigo
+                  << ". Apague-o quando não for mais preciso." << std::endl;
+    return TCodigoDeSaida::Sucesso;
+}
+
+TCodigoDeSaida CodigoDoEnsaio(const TEnsaio& ensaio) {
+    if (!ensaio.terminou) return TCodigoDeSaida::Encerrada;
+    if (!ensaio.Pode() || !ensaio.desvios.empty()) return TCodigoDeSaida::ComAchados;
+    return ensaio.Muda() ? TCodigoDeSaida::ComMudancas : TCodigoDeSaida::Sucesso;
+}
+
+}  // namespace
+
+std::filesystem::path PastaDeBackup(const TAmbiente& ambiente, TPreferencias& preferencias) {
+    if (const QString lembrada = preferencias.Le("edCaminhoBackup").trimmed(); !lembrada.isEmpty())
+        return Caminho(lembrada);
+    const auto pasta = ambiente.pastaPrograma / "Backup";
+    std::error_code semErro;  // said by whoever writes there
+    std::filesystem::create_directory(pasta, semErro);
+    return pasta;
+}
+
+TCodigoDeSaida ComandoBackup(const TAmbiente& ambiente, const TPedeBackup& pedido) {
+    return NoAlias(ambiente, pedido.alias, [&](TDataModulo& dm, const TEstado&) {
+        return ComExplicacao([&] {
+            TPreferencias preferencias;
+            const auto pasta =
+                pedido.pasta.empty() ? PastaDeBackup(ambiente, preferencias) : std::filesystem::absolute(pedido.pasta);
+            DizRestos(dm.SQLConnection1);
+            TBackupFeito feito;
+            {
+                TAndamentoNoTerminal andamento;
+                feito = FazBackup(dm.SQLConnection1, {pedido.alias, pasta, pedido.guarda}, andamento.Acompanha());
+            }
+            if (!pedido.pasta.empty()) preferencias.Grava("edCaminhoBackup", QCaminho(pasta));
+            for (const auto& resto : feito.restos)
+                EscreveNosErros("Aviso: um backup interrompido deixou " + TextoDoCaminho(resto) +
+                                ". Apague esse resto.");
+            for (const auto& apagado : feito.apagados)
+                std::cout << "Apagado, por ser mais antigo: " << TextoDoCaminho(apagado) << '\n';
+            std::cout << "Backup feito: " << TextoDoCaminho(feito.arquivo) << " ("
+                      << TamanhoEmTexto(feito.manifesto.tamanho) << ")\n"
+                      << "Só vale depois de provado: AtualizaWKD --prova-backup \"" << TextoDoCaminho(feito.arquivo)
+                      << '"' << std::endl;
+            return TCodigoDeSaida::Sucesso;
+        });
+    });
+}
+
+TCodigoDeSaida ComandoProva(const TAmbiente& ambiente, const TPedeProva& pedido) {
+    return ComExplicacao([&] {
+        const std::string alias = AliasDaProva(pedido);
+        return NoAlias(ambiente, alias, [&](TDataModulo& dm, const TEstado&) {
+            return ComExplicacao([&] {
+                DizRestos(dm.SQLConnection1);
+                TVeredito veredito;
+                {
+                    TAndamentoNoTerminal andamento;
+                    veredito = ProvaBackup(dm.SQLConnection1, {pedido.arquivo, ""}, andamento.Acompanha());
+                }
+                EscreveVeredito(veredito);
+                return veredito.bom ? TCodigoDeSaida::Sucesso : TCodigoDeSaida::ComErros;
+            });
+        });
+    });
+}
+
+TCodigoDeSaida ComandoRestaura(const TAmbiente& ambiente, const TPedeRestaura& pedido) {
+    return ComExplicacao([&] {
+        try {
+            return Restaura(ambiente, pedido);
+        } catch (const TErroConfiguracao& erro) {
+            EscreveNosErros(erro.what());
+            return TCodigoDeSaida::SemConexao;
+        }
+    });
+}
+
+TCodigoDeSaida ComandoEnsaio(const TAmbiente& ambiente, const TPedeEnsaio& pedido) {
+    return NoAlias(ambiente, pedido.alias, [&](TDataModulo& dm, const TEstado&) {
+        return ComExplicacao([&] {
+            TPreferencias preferencias;
+            TPedidoDeEnsaio ensaiado{OpcoesDoComando(ambiente, pedido.alias, pedido.pacote),
+                                     PastaDeBackup(ambiente, preferencias), pedido.mantem};
+            DizRestos(dm.SQLConnection1);
+            TEnsaio ensaio;
+            {
+                TAndamentoNoTerminal andamento;
+                ensaio = Ensaia(dm.SQLConnection1, ensaiado, andamento.Acompanha());
+            }
+            std::cout << (pedido.json ? EnsaioEmJson(ensaio) : EnsaioEmTexto(ensaio)) << std::flush;
+            return CodigoDoEnsaio(ensaio);
+        });
+    });
+}
+
+}  // namespace wkd

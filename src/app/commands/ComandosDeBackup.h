@@ -1,0 +1,25 @@
+#pragma once
+
+#include <filesystem>
+
+#include "commands/LinhaDeComando.h"
+#include "process/Programa.h"
+#include "window/Preferencias.h"
+
+namespace wkd {
+
+class TPreferencias;
+
+// Commands on whole databases.
+
+TCodigoDeSaida ComandoBackup(const TAmbiente& ambiente, const TPedeBackup& pedido);
+/// 1: the backup is not good.
+TCodigoDeSaida ComandoProva(const TAmbiente& ambiente, const TPedeProva& pedido);
+TCodigoDeSaida ComandoRestaura(const TAmbiente& ambiente, const TPedeRestaura& pedido);
+TCodigoDeSaida ComandoEnsaio(const TAmbiente& ambiente, const TPedeEnsaio& pedido);
+
+/// The folder of backups: that of the wizard's page, which remembers it, else "Backup" in the program's folder, which
+/// is made.
+std::filesystem::path PastaDeBackup(const TAmbiente& ambiente, TPreferencias& preferencias);
+
+}  // namespace wkd

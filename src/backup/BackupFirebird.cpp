@@ -1,0 +1,202 @@
+#include "BackupFirebird.h"
+
+#include <cstdio>
+
+#include "firebird/ServicosFirebird.h"
+#include "package/Caminho.h"
+#include "process/EscritaSegura.h"
+#include "rows/WKDQuery.h"
+#include "values/Sha256.h"
+#include "values/Texto.h"
+#include "values/TextoDeData.h"
+
+namespace wkd {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Everything before the name of the file.
+std::string PastaDe(const std::string& banco) { return banco.substr(0, banco.find_last_of("/\\:") + 1); }
+
+/// A backup on its way to the disk.
+class TGravacao {
+  public:
+    /// For its owner alone: all that the database holds is in it.
+    explicit TGravacao(const fs::path& arquivo) : arquivo_(arquivo), aberto_(CriaArquivo(arquivo)) {
+        fs::permissions(arquivo, fs::perms::owner_read | fs::perms::owner_write);
+    }
+
+    void Soma(std::string_view bytes) {
+        if (std::fwrite(bytes.data(), 1, bytes.size(), aberto_.get()) != bytes.size()) Falha();
+        soma_.Soma(bytes);
+        tamanho_ += bytes.size();
+    }
+    std::uintmax_t Tamanho() const { return tamanho_; }
+
+    TArquivoFeito Conclui() {
+        if (std::fflush(aberto_.get()) != 0) Falha();
+        aberto_.reset();
+        LevaAoDisco(arquivo_);
+        return {tamanho_, soma_.Valor()};
+    }
+
+  private:
+    [[noreturn]] void Falha() const { throw std::system_error(errno, std::generic_category(), arquivo_.string()); }
+
+    fs::path arquivo_;
+    TArquivo aberto_;
+    TSha256 soma_;
+    std::uintmax_t tamanho_ = 0;
+};
+
+/// A backup on its way to the service.
+class TLeituraDoBackup : public TLeitorBytes {
+  public:
+    explicit TLeituraDoBackup(const fs::path& arquivo) : arquivo_(arquivo), aberto_(AbreParaLer(arquivo, true)) {}
+
+    std::size_t Le(std::span<char> destino) override {
+        const auto lidos = std::fread(destino.data(), 1, destino.size(), aberto_.get());
+        if (std::ferror(aberto_.get())) throw std::system_error(errno, std::generic_category(), arquivo_.string());
+        lidos_ += lidos;
+        return lidos;
+    }
+    std::uintmax_t Lidos() const { return lidos_; }
+
+  private:
+    fs::path arquivo_;
+    TArquivo aberto_;
+    std::uintmax_t lidos_ = 0;
+};
+
+/// The name that a line of the service tells, such as "gbak:restoring data for table TVENDA ".
+std::string TabelaDaLinha(std::string_view linha) {
+    constexpr std::string_view kMarca = "data for table ";
+    const auto onde = linha.find(kMarca);
+    return onde == std::string_view::npos ? "" : std::string(Apara(linha.substr(onde + kMarca.size())));
+}
+
+}  // namespace
+
+std::string TBackupFirebird::BancoEmUso() const { return conexao_.Parametros().Valor("Database"); }
+
+std::string TBackupFirebird::NomeDaCopia(const std::string& fim) const {
+    return PastaDe(BancoEmUso()) + conexao_.Alias() + fim + ".fdb";
+}
+
+TArquivoFeito TBackupFirebird::FazBackup(const fs::path& arquivo, const std::function<void()>& comecou,
+                                         const TAcompanha& acompanha) {
+    const auto total = TamanhoDoBanco();
+    TGravacao gravacao(arquivo);
+    TServicosFirebird(conexao_.Parametros()).FazBackup([&](std::string_view bytes) {
+        if (gravacao.Tamanho() == 0 && !bytes.empty()) comecou();
+        gravacao.Soma(bytes);
+        acompanha({"Fazendo o backup: " + TamanhoEmTexto(gravacao.Tamanho()), Percentual(gravacao.Tamanho(), total)});
+    });
+    return gravacao.Conclui();
+}
+
+void TBackupFirebird::Restaura(const fs::path& arquivo, const std::string& banco, const TAcompanha& acompanha) {
+    if (Existe(banco)) throw TErroDeBackup("Já existe o banco " + banco + ". Apague-o, ou mude-lhe o nome, e repita.");
+    const auto total = fs::file_size(arquivo);
+    TLeituraDoBackup fonte(arquivo);
+    std::string tabela;
+    try {
+        TServicosFirebird(conexao_.ParametrosDe(banco)).Restaura(fonte, [&](std::string_view linha) {
+            if (auto nova = TabelaDaLinha(linha); !nova.empty()) tabela = std::move(nova);
+            acompanha({"Restaurando " + (tabela.empty() ? "" : tabela + ": ") + TamanhoEmTexto(fonte.Lidos()) + " de " +
+                           TamanhoEmTexto(total),
+                       Percentual(fonte.Lidos(), total)});
+        });
+    } catch (const TErroBanco& erro) {
+        const bool alheio = std::string_view(erro.what()).find("already exists") != std::string_view::npos;
+        if (!alheio) DescartaPedaco(banco);
+        throw;
+    } catch (...) {
+        DescartaPedaco(banco);
+        throw;
+    }
+}
+
+/// A database that a restore began is whole for whoever opens it, with the rows that it got so far.
+void TBackupFirebird::DescartaPedaco(const std::string& banco) noexcept {
+    try {
+        Apaga(banco);
+    } catch (const std::exception&) {  // it was not made, or is named by the next start
+    }
+}
+
+bool TBackupFirebird::Existe(const std::string& banco) {
+    if (NestaMaquina()) return fs::exists(CaminhoDoTexto(banco));
+    try {
+        conexao_.Outra(conexao_.ParametrosDe(banco))->Open();
+        return true;
+    } catch (const TErroBanco& erro) {
+        if (erro.Falha() == TFalha::Conexao) return false;
+        throw;
+    }
+}
+
+void TBackupFirebird::Apaga(const std::string& banco) { ApagaBancoFirebird(conexao_.ParametrosDe(banco)); }
+
+std::unique_ptr<TConnection> TBackupFirebird::Abre(const std::string& banco) {
+    TParametrosConexao parametros = conexao_.ParametrosDe(banco);
+    parametros.Adiciona("GarbageCollect", "False");
+    auto outra = conexao_.Outra(parametros);
+    outra->Open();
+    return outra;
+}
+
+/// A second name for the old file, and the new one over the first: the place is never empty. A file system that gives
+/// no second names gets two renames.
+void TBackupFirebird::PoeNoLugar(const std::string& novo, const std::string& antigo) {
+    const fs::path emUso = SemLinks(CaminhoDoTexto(BancoEmUso()));
+    if (!antigo.empty()) {
+        std::error_code semLigacao;
+        fs::create_hard_link(emUso, CaminhoDoTexto(antigo), semLigacao);
+        if (semLigacao) fs::rename(emUso, CaminhoDoTexto(antigo));
+    }
+    SubstituiPor(CaminhoDoTexto(novo), emUso);
+}
+
+void TBackupFirebird::Devolve(const std::string& antigo) {
+    if (fs::exists(CaminhoDoTexto(antigo))) fs::rename(CaminhoDoTexto(antigo), SemLinks(CaminhoDoTexto(BancoEmUso())));
+}
+
+std::vector<std::string> TBackupFirebird::CopiasPassageiras() {
+    std::vector<std::string> nomes;
+    std::error_code erro;
+    if (!NestaMaquina()) return nomes;
+    for (const auto& entrada : fs::directory_iterator(CaminhoDoTexto(PastaDe(BancoEmUso())), erro)) {
+        const std::string nome = NomeDoArquivo(entrada.path());
+        for (const char* meio : {"_prova_", "_ensaio_"})
+            if (nome.starts_with(conexao_.Alias() + meio) && nome.ends_with(".fdb"))
+                nomes.push_back(TextoDoCaminho(entrada.path()));
+    }
+    return nomes;
+}
+
+std::uintmax_t TBackupFirebird::TamanhoDoBanco() {
+    return static_cast<std::uintmax_t>(
+        ContaRegistros(conexao_, "select mon$pages * mon$page_size as total from mon$database"));
+}
+
+std::optional<std::uintmax_t> TBackupFirebird::EspacoParaCopia() {
+    return NestaMaquina() ? conexao_.EspacoLivre() : std::nullopt;
+}
+
+std::vector<std::string> TBackupFirebird::Conectados() {
+    std::vector<std::string> linhas;
+    TWKDQuery q(conexao_,
+                "select mon$user, mon$remote_address, mon$remote_process, mon$timestamp from mon$attachments"
+                " where mon$system_flag = 0 and mon$attachment_id <> current_connection");
+    for (q.Open(); !q.Eof(); q.Next()) {
+        std::string linha = std::string(AparaFim(q.Texto("MON$USER")));
+        if (const auto de = q.Texto("MON$REMOTE_ADDRESS"); !de.empty()) linha += ", de " + de;
+        if (const auto programa = q.Texto("MON$REMOTE_PROCESS"); !programa.empty()) linha += ", com " + programa;
+        linhas.push_back(linha + ", desde " + q.Texto("MON$TIMESTAMP").substr(0, 16));
+    }
+    return linhas;
+}
+
+}  // namespace wkd

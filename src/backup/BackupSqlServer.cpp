@@ -1,0 +1,134 @@
+#include "BackupSqlServer.h"
+
+#include "package/Caminho.h"
+#include "rows/WKDQuery.h"
+#include "values/Texto.h"
+
+namespace wkd {
+
+namespace {
+
+constexpr std::string_view kMestre = "master";
+
+std::string Colchetes(std::string_view nome) { return "[" + Troca(nome, "]", "]]") + "]"; }
+std::string Literal(std::string_view texto) { return "N" + Aspas(texto); }
+
+/// With the separator that the path uses itself.
+std::string PastaDoServidor(const std::string& caminho) { return caminho.substr(0, caminho.find_last_of("/\\") + 1); }
+
+}  // namespace
+
+std::string BackupTSql(std::string_view banco, std::string_view arquivo) {
+    return "backup database " + Colchetes(banco) + " to disk = " + Literal(arquivo) +
+           " with copy_only, noinit, checksum";
+}
+
+std::string ListaDoBackupTSql(std::string_view arquivo) {
+    return "restore filelistonly from disk = " + Literal(arquivo);
+}
+
+std::string RestauraTSql(std::string_view banco, std::string_view arquivo,
+                         const std::vector<std::pair<std::string, std::string>>& lugares) {
+    std::string comando = "restore database " + Colchetes(banco) + " from disk = " + Literal(arquivo) + " with ";
+    for (const auto& [nome, lugar] : lugares) comando += "move " + Literal(nome) + " to " + Literal(lugar) + ", ";
+    return comando + "checksum";
+}
+
+std::vector<std::string> RenomeiaTSql(std::string_view de, std::string_view para) {
+    return {"alter database " + Colchetes(de) + " set single_user with no_wait",
+            "alter database " + Colchetes(de) + " modify name = " + Colchetes(para),
+            "alter database " + Colchetes(para) + " set multi_user"};
+}
+
+/// The backup shows the database at the end of its reading.
+TArquivoFeito TBackupSqlServer::FazBackup(const std::filesystem::path& arquivo, const std::function<void()>& comecou,
+                                          const TAcompanha& acompanha) {
+    acompanha({"Fazendo o backup no servidor", -1});
+    Abre(std::string(kMestre))->ExecuteDirect(BackupTSql(BancoEmUso(), TextoDoCaminho(arquivo)));
+    comecou();
+    return {};
+}
+
+std::vector<std::pair<std::string, std::string>> TBackupSqlServer::Lugares(TConnection& mestre,
+                                                                           const std::string& arquivo,
+                                                                           const std::string& banco) {
+    TWKDQuery daqui(conexao_, "select top 1 physical_name as LUGAR from sys.database_files");
+    daqui.Open();
+    const std::string pasta = PastaDoServidor(daqui.Texto("LUGAR"));
+    std::vector<std::pair<std::string, std::string>> lugares;
+    TWKDQuery q(mestre, ListaDoBackupTSql(arquivo));
+    for (q.Open(); !q.Eof(); q.Next()) {
+        const std::string fim = q.Texto("Type") == "L" ? ".ldf" : ".mdf";
+        lugares.emplace_back(q.Texto("LogicalName"), pasta + banco + "_" + std::to_string(lugares.size()) + fim);
+    }
+    return lugares;
+}
+
+void TBackupSqlServer::Restaura(const std::filesystem::path& arquivo, const std::string& banco,
+                                const TAcompanha& acompanha) {
+    if (Existe(banco)) throw TErroDeBackup("Já existe o banco " + banco + ". Apague-o, ou mude-lhe o nome, e repita.");
+    acompanha({"Restaurando " + banco + " no servidor", -1});
+    const auto mestre = Abre(std::string(kMestre));
+    const std::string nome = TextoDoCaminho(arquivo);
+    mestre->ExecuteDirect(RestauraTSql(banco, nome, Lugares(*mestre, nome, banco)));
+}
+
+bool TBackupSqlServer::Existe(const std::string& banco) {
+    const auto mestre = Abre(std::string(kMestre));
+    return ContaRegistros(*mestre, "select count(*) as total from sys.databases where name = " + Literal(banco)) > 0;
+}
+
+void TBackupSqlServer::Apaga(const std::string& banco) {
+    Abre(std::string(kMestre))->ExecuteDirect("drop database " + Colchetes(banco));
+}
+
+std::unique_ptr<TConnection> TBackupSqlServer::Abre(const std::string& banco) {
+    auto outra = conexao_.Outra(conexao_.ParametrosDe(banco));
+    outra->Open();
+    return outra;
+}
+
+void TBackupSqlServer::Renomeia(const std::string& de, const std::string& para) {
+    const auto mestre = Abre(std::string(kMestre));
+    for (const auto& comando : RenomeiaTSql(de, para)) mestre->ExecuteDirect(comando);
+}
+
+void TBackupSqlServer::PoeNoLugar(const std::string& novo, const std::string& antigo) {
+    if (!antigo.empty()) Renomeia(BancoEmUso(), antigo);
+    Renomeia(novo, BancoEmUso());
+}
+
+void TBackupSqlServer::Devolve(const std::string& antigo) {
+    if (!Existe(antigo)) return;
+    if (Existe(BancoEmUso())) Renomeia(BancoEmUso(), NomeDaCopia("_recusado"));
+    Renomeia(antigo, BancoEmUso());
+}
+
+std::vector<std::string> TBackupSqlServer::CopiasPassageiras() {
+    std::vector<std::string> nomes;
+    const auto mestre = Abre(std::string(kMestre));
+    TWKDQuery q(*mestre, "select name as NOME from sys.databases");
+    for (q.Open(); !q.Eof(); q.Next())
+        for (const char* meio : {"_prova_", "_ensaio_"})
+            if (q.Texto("NOME").starts_with(conexao_.Alias() + meio)) nomes.push_back(q.Texto("NOME"));
+    return nomes;
+}
+
+std::uintmax_t TBackupSqlServer::TamanhoDoBanco() {
+    return static_cast<std::uintmax_t>(
+        ContaRegistros(conexao_, "select sum(cast(size as bigint)) * 8192 as total from sys.database_files"));
+}
+
+std::vector<std::string> TBackupSqlServer::Conectados() {
+    std::vector<std::string> linhas;
+    TWKDQuery q(
+        conexao_,
+        "select login_name as USUARIO, coalesce(host_name, '') as MAQUINA, coalesce(program_name, '') as PROGRAMA"
+        " from sys.dm_exec_sessions where is_user_process = 1 and database_id = db_id()"
+        " and session_id <> @@spid");
+    for (q.Open(); !q.Eof(); q.Next())
+        linhas.push_back(q.Texto("USUARIO") + ", de " + q.Texto("MAQUINA") + ", com " + q.Texto("PROGRAMA"));
+    return linhas;
+}
+
+}  // namespace wkd

@@ -1,0 +1,88 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Progresso.h"
+#include "server/HBNConnection.h"
+
+namespace wkd {
+
+/// Size and check sum of a backup file.
+struct TArquivoFeito {
+    std::uintmax_t tamanho = 0;
+    std::string sha256;
+};
+
+/// What a backup asks of the server of an alias, in its own words. Databases are named as the driver parameter
+/// "Database" names them. Everything throws TErroBanco, TErroDeBackup or std::system_error.
+class IServidorDeBackup {
+  public:
+    virtual ~IServidorDeBackup() = default;
+
+    /// Of backup files, with ".".
+    virtual std::string Extensao() const = 0;
+    /// Whether backup files lie on this machine.
+    virtual bool ArquivosAqui() const = 0;
+    /// The alias's own database.
+    virtual std::string BancoEmUso() const = 0;
+    /// Name for another database beside it: the alias's name with that end.
+    virtual std::string NomeDaCopia(const std::string& fim) const = 0;
+
+    /// Makes a backup file, which must not exist, and brings it down to the disk. `comecou` is called once the moment
+    /// that the backup shows is past.
+    virtual TArquivoFeito FazBackup(const std::filesystem::path& arquivo, const std::function<void()>& comecou,
+                                    const TAcompanha& acompanha) = 0;
+    /// Makes a database, which must not exist, of a backup. A failure leaves nothing.
+    virtual void Restaura(const std::filesystem::path& arquivo, const std::string& banco,
+                          const TAcompanha& acompanha) = 0;
+    virtual bool Existe(const std::string& banco) = 0;
+    virtual void Apaga(const std::string& banco) = 0;
+    /// Connection for reading a database as it stands, open.
+    virtual std::unique_ptr<TConnection> Abre(const std::string& banco) = 0;
+
+    // The place of the database in use, which nobody has open meanwhile
+    /// Whether databases can be renamed.
+    virtual bool TrocaNomes() const = 0;
+    /// A database takes the place; the one that is there gets the other name, when one is given. Killed anywhere, this
+    /// leaves the old one under one of the two names.
+    virtual void PoeNoLugar(const std::string& novo, const std::string& antigo) = 0;
+    /// The old one, if it is under that name, takes its place again.
+    virtual void Devolve(const std::string& antigo) = 0;
+
+    /// Copies that a proof or a rehearsal could not remove, as far as they can be seen.
+    virtual std::vector<std::string> CopiasPassageiras() = 0;
+
+    /// Bytes that the database in use takes, and those that its disk has left; nothing where it cannot be seen.
+    virtual std::uintmax_t TamanhoDoBanco() = 0;
+    virtual std::optional<std::uintmax_t> EspacoParaCopia() = 0;
+    /// Who is connected to the database in use, but for this program: one line each.
+    virtual std::vector<std::string> Conectados() = 0;
+};
+
+/// A database made by a backup's restore, removed at the end of a scope unless it stays.
+class TCopiaPassageira {
+  public:
+    TCopiaPassageira(IServidorDeBackup& servidor, std::string banco) : servidor_(servidor), banco_(std::move(banco)) {}
+    ~TCopiaPassageira();
+    TCopiaPassageira(const TCopiaPassageira&) = delete;
+    TCopiaPassageira& operator=(const TCopiaPassageira&) = delete;
+
+    /// From now on there is one.
+    void Existe() { existe_ = true; }
+    void Fica() { existe_ = false; }
+    const std::string& Banco() const { return banco_; }
+
+  private:
+    IServidorDeBackup& servidor_;
+    std::string banco_;
+    bool existe_ = false;
+};
+
+/// The connection is the open one of the alias.
+std::unique_ptr<IServidorDeBackup> CriaServidorDeBackup(THBNConnection& conexao);
+
+}  // namespace wkd
