@@ -22,6 +22,8 @@ constexpr std::string_view kSenha =
     "O servidor recusou o usuário ou a senha do alias. Corrija-os (--novo-alias grava de novo) e repita.";
 constexpr std::string_view kSemDireito =
     "O servidor recusou o serviço ao usuário do alias. Use um alias com SYSDBA, ou com o dono do banco, e repita.";
+constexpr std::string_view kSoLeitura =
+    "O arquivo do banco só pode ser lido. Dê permissão de gravação nele e na pasta, e repita.";
 constexpr std::string_view kSemServico =
     "O servidor não atende serviços de backup. Peça ao administrador do servidor que os ligue, ou faça o backup nele.";
 constexpr std::string_view kEmUso =
@@ -43,6 +45,7 @@ constexpr TRegra kRegras[] = {
     {"user name and password are not defined", kSenha},
     {"Error occurred during login", kSenha},
     {"Login failed", kSenha},
+    {"no permission for read-write access", kSoLeitura},
     {"no permission", kSemDireito},
     {"nable to perform operation", kSemDireito},
     {"permission denied in database", kSemDireito},

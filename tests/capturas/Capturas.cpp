@@ -48,6 +48,9 @@ class TCapturas {
 void Fotografa(const QString& pasta) {
     TInstalacao instalacao;
     instalacao.Conexao()->ExecuteDirect("update csenha set flag1 = 1");
+    instalacao.Conexao()->ExecuteDirect(
+        "execute block as declare i integer = 0; begin while (i < 120000) do begin insert into TCONTAS_REC (DOCUMENTO, "
+        "PARCELA, VALOR) values ('N' || :i, 1, :i); i = i + 1; end end");
     TJanelaDeTeste janela(instalacao, {"LOJA;nobkp", {}});
     TCapturas capturas(janela, pasta);
     janela.Mostra();
@@ -85,9 +88,6 @@ void Fotografa(const QString& pasta) {
     janela.C<QCheckBox>("cbTabela").click();
     capturas.Proximo();
     instalacao.Conexao()->ExecuteDirect("update csenha set flag1 = 0");
-    instalacao.Conexao()->ExecuteDirect(
-        "execute block as declare i integer = 0; begin while (i < 120000) do begin insert into TCONTAS_REC (DOCUMENTO, "
-        "PARCELA, VALOR) values ('N' || :i, 1, :i); i = i + 1; end end");
     const auto& estimativa = janela.C<QLabel>("lblEstimativa");
     QTimer relogio;
     QObject::connect(&relogio, &QTimer::timeout, [&] {
