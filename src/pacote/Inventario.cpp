@@ -116,7 +116,7 @@ class TLeituraDoInventario {
     void Indice(const std::pair<std::string, std::string>& nome, const std::vector<std::string>& colunas) {
         auto& indices = Tabela(nome.first).indices;
         auto achado = std::ranges::find_if(
-            indices, [&](const TIndiceDoPacote& i) { return ChaveDeNome(i.nome) == ChaveDeNome(nome.second); });
+            indices, [&](const TIndiceDicionario& i) { return ChaveDeNome(i.nome) == ChaveDeNome(nome.second); });
         if (achado == indices.end()) achado = indices.insert(indices.end(), {nome.second, false, {}});
         achado->colunas = colunas;
     }

@@ -38,17 +38,11 @@ std::uint64_t BytesDoConteudo(const TValor& valor);
 
 // What a package holds, as a reviewer looks at it.
 
-struct TIndiceDoPacote {
-    std::string nome;
-    bool unico = false;
-    std::vector<std::string> colunas;  // in their order
-};
-
 struct TTabelaDoPacote {
     std::string modulo, nome, descricao;
     std::int64_t versao = 0;
     std::vector<TColunaDicionario> colunas;  // in their order
-    std::vector<TIndiceDoPacote> indices;
+    std::vector<TIndiceDicionario> indices;
 };
 
 /// Packet file whose rows refill a table; `erro` says why it cannot be read.

@@ -118,7 +118,7 @@ class TRevisao {
              "o tamanho " + coluna.tamanho + (nenhum ? " não existe" : " passa dos 4000 caracteres do SQL Server"));
     }
 
-    void Indice(const TTabelaDoPacote& tabela, const TIndiceDoPacote& indice) {
+    void Indice(const TTabelaDoPacote& tabela, const TIndiceDicionario& indice) {
         if (!Identificador(indice.nome))
             Acha("nome-invalido", tabela, indice.nome, "o nome do índice não serve a um comando SQL");
         if (indice.nome.size() > kMaiorNome)

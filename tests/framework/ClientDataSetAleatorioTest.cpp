@@ -52,7 +52,7 @@ class ClientDataSetAleatorio : public testing::TestWithParam<unsigned> {
         filtrado = acaso() % 2;
         dados.SetIndexFieldNames(ligado ? "GRUPO" : "NOME;GRUPO");
         dados.SetMaster(ligado ? &mestre : nullptr, ligado ? "G" : "");
-        dados.SetFilter("nome = 'X' or nome = 'y'");
+        dados.SetFilter("nome", {"X", "y"});
         dados.SetFiltered(filtrado);
     }
     TPares TodasAsLinhas() {

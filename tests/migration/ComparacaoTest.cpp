@@ -2,13 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include "run/CargaDoPacote.h"
+#include <optional>
 
 namespace wkd {
 namespace {
 
-TColunaComparada Coluna(std::string tipo, std::string tamanho = "0", int chave = 0, std::string padrao = "") {
-    TColunaComparada coluna;
+TColunaDicionario Coluna(std::string tipo, std::string tamanho = "0", int chave = 0, std::string padrao = "") {
+    TColunaDicionario coluna;
     coluna.nome = "C";
     coluna.tipo = std::move(tipo);
     coluna.tamanho = std::move(tamanho);
@@ -25,10 +25,16 @@ TColunaFisica Fisica(TTipoDado tipo, int tamanho = 0) {
     return coluna;
 }
 
+/// Of the table T, whose stored column is that one, if any.
+TDecisaoDaColuna Compara(const TColunaDicionario& nova, const std::optional<TColunaDicionario>& velha,
+                         const TFatosFisicos& fatos, TTipoBanco banco) {
+    return ComparaColuna("T", nova, velha ? &*velha : nullptr, fatos, banco);
+}
+
 struct TCaso {
     const char* nome;
-    TColunaComparada nova;
-    std::optional<TColunaComparada> velha;
+    TColunaDicionario nova;
+    std::optional<TColunaDicionario> velha;
     std::optional<TColunaFisica> fisica;
     std::vector<std::string> comandos;
     bool reconstroi = false;
@@ -93,7 +99,7 @@ TEST(ComparaColuna, decide_alterar_reconstruir_acrescentar_ou_nada) {
     for (const TCaso& caso : casos) {
         SCOPED_TRACE(caso.nome);
         const TFatosFisicos fatos{caso.fisica ? &*caso.fisica : nullptr, false};
-        const auto decisao = ComparaColuna("T", caso.nova, caso.velha, fatos, TTipoBanco::tbInterbase);
+        const auto decisao = Compara(caso.nova, caso.velha, fatos, TTipoBanco::tbInterbase);
         std::vector<std::string> textos;
         for (const auto& comando : decisao.comandos) textos.push_back(comando.texto);
         if (!caso.reconstroi) {
@@ -107,34 +113,33 @@ TEST(ComparaColuna, decide_alterar_reconstruir_acrescentar_ou_nada) {
 
 TEST(ComparaColuna, prepara_o_que_fazer_quando_o_servidor_recusa) {
     const auto fisica = Fisica(TTipoDado::Texto, 10);
-    const auto comDefault = ComparaColuna("T", Coluna("ftString", "20", 0, "x"), Coluna("ftString", "10", 0, "x"),
-                                          {&fisica, false}, TTipoBanco::tbInterbase);
+    const auto comDefault = Compara(Coluna("ftString", "20", 0, "x"), Coluna("ftString", "10", 0, "x"),
+                                    {&fisica, false}, TTipoBanco::tbInterbase);
     ASSERT_EQ(comDefault.comandos.size(), 1u);
     EXPECT_EQ(comDefault.comandos[0].texto, "alter table T alter C type  varchar (20)default 'x'");
     EXPECT_EQ(comDefault.comandos[0].alternativa, "alter table T alter C type  varchar (20)");
 
     auto obrigatoria = fisica;
     obrigatoria.requerido = true;
-    const auto noSqlServer = ComparaColuna("T", Coluna("ftString", "20", 0, "x"), Coluna("ftString", "10"),
-                                           {&obrigatoria, false}, TTipoBanco::tbSQLServer);
+    const auto noSqlServer = Compara(Coluna("ftString", "20", 0, "x"), Coluna("ftString", "10"), {&obrigatoria, false},
+                                     TTipoBanco::tbSQLServer);
     EXPECT_EQ(noSqlServer.comandos[0].alternativa, "alter table T alter COLUMN C Nvarchar (20) not null ");
-    const auto semDefault = ComparaColuna("T", Coluna("ftString", "20"), Coluna("ftString", "10"),
-                                          {&obrigatoria, false}, TTipoBanco::tbSQLServer);
+    const auto semDefault =
+        Compara(Coluna("ftString", "20"), Coluna("ftString", "10"), {&obrigatoria, false}, TTipoBanco::tbSQLServer);
     EXPECT_EQ(semDefault.comandos[0].texto, "alter table T alter COLUMN C Nvarchar (20) not null ")
         << "without it the server makes the column nullable";
     const auto viraBlob =
-        ComparaColuna("T", Coluna("ftBlob"), Coluna("ftString", "10"), {&fisica, false}, TTipoBanco::tbSQLServer);
+        Compara(Coluna("ftBlob"), Coluna("ftString", "10"), {&fisica, false}, TTipoBanco::tbSQLServer);
     EXPECT_EQ(viraBlob.comandos[1].alternativa, "update  T set C_TMP = cast(C as varbinary(max))");
 
-    const auto sobrou =
-        ComparaColuna("T", Coluna("ftBlob"), Coluna("ftString", "10"), {&fisica, true}, TTipoBanco::tbInterbase);
+    const auto sobrou = Compara(Coluna("ftBlob"), Coluna("ftString", "10"), {&fisica, true}, TTipoBanco::tbInterbase);
     ASSERT_EQ(sobrou.comandos.size(), 2u) << "the temporary column of an interrupted run is used again";
     EXPECT_EQ(sobrou.comandos[1].alternativa, "alter table T drop C_TMP");
 }
 
 TEST(MudancaExclusiva, separa_o_que_pode_mudar_com_usuarios_conectados) {
     struct {
-        TColunaComparada nova, velha;
+        TColunaDicionario nova, velha;
         bool exclusiva;
     } casos[] = {
         {Coluna("ftString", "80"), Coluna("ftString", "60"), false},
@@ -158,13 +163,6 @@ TEST(MudancaExclusiva, separa_o_que_pode_mudar_com_usuarios_conectados) {
         EXPECT_EQ(MudancaExclusiva(caso.nova, caso.velha), caso.exclusiva)
             << caso.velha.tipo << "(" << caso.velha.tamanho << ") -> " << caso.nova.tipo << "(" << caso.nova.tamanho
             << ")";
-}
-
-TEST(FiltroDeTabelas, junta_as_tabelas_escolhidas) {
-    EXPECT_EQ(FiltroDeTabelas({}), "");
-    EXPECT_EQ(FiltroDeTabelas({"tcli_con"}), "Upper(nome_arquivo) = 'TCLI_CON'");
-    EXPECT_EQ(FiltroDeTabelas({"a", "B", "c"}),
-              "((Upper(nome_arquivo) = 'A') or (Upper(nome_arquivo) = 'B') or (Upper(nome_arquivo) = 'C'))");
 }
 
 }  // namespace

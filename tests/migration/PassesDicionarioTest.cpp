@@ -26,7 +26,7 @@ class PassesDicionarioTest : public TPassesTest {
 };
 
 TEST_F(PassesDicionarioTest, TheReportDictionaryFollowsThePackage) {
-    dm_.SArquivoNovo.SetFilter("nome_arquivo = 'TCLI'");
+    dm_.SArquivoNovo.SetFilter("nome_arquivo", {"TCLI"});
     Dicionario_tabelas(ctx_);
     EXPECT_EQ(Linhas("select COD_MODULO, NOME_ARQUIVO from SARQUIVO order by 2"), "1|TCLI;1|TPED;1|U_MEU")
         << "the filter hides tables, it does not take them out of the package";

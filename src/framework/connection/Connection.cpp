@@ -41,4 +41,16 @@ TChavesPorTabela TConnection::TodasAsChaves() {
     return chaves;
 }
 
+TTabelaEmMemoria LeTudo(TComando& consulta) {
+    TTabelaEmMemoria tabela;
+    consulta.Abre();
+    tabela.campos = consulta.Campos();
+    while (consulta.Proximo()) {
+        TLinha& linha = tabela.linhas.emplace_back();
+        linha.reserve(tabela.campos.size());
+        for (std::size_t i = 0; i < tabela.campos.size(); ++i) linha.push_back(consulta.Valor(i));
+    }
+    return tabela;
+}
+
 }  // namespace wkd

@@ -122,6 +122,9 @@ class TReserva {
     virtual void StartTransaction() = 0;
 };
 
+/// All rows of a query, in memory. Throws TErroBanco.
+TTabelaEmMemoria LeTudo(TComando& consulta);
+
 /// Connection to one database. One thread, one transaction at a time (cursors outside it excepted).
 class TConnection {
   public:

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "values/Valor.h"
@@ -27,6 +28,18 @@ int IndiceDoCampo(const std::vector<TCampo>& campos, std::string_view nome);
 struct TTabelaEmMemoria {
     std::vector<TCampo> campos;
     std::vector<TLinha> linhas;
+};
+
+/// Rows that stand elsewhere, and must outlive it.
+struct TLinhasVistas {
+    const std::vector<TCampo>* campos;
+    std::vector<const TLinha*> linhas;
+
+    TLinhasVistas(const std::vector<TCampo>& deCampos, std::vector<const TLinha*> vistas)
+        : campos(&deCampos), linhas(std::move(vistas)) {}
+    TLinhasVistas(const TTabelaEmMemoria& tabela) : campos(&tabela.campos) {
+        for (const TLinha& linha : tabela.linhas) linhas.push_back(&linha);
+    }
 };
 
 }  // namespace wkd

@@ -13,22 +13,6 @@
 
 namespace wkd {
 
-namespace {
-
-TTabelaEmMemoria LeTudo(TComando& consulta) {
-    TTabelaEmMemoria tabela;
-    consulta.Abre();
-    tabela.campos = consulta.Campos();
-    while (consulta.Proximo()) {
-        TLinha& linha = tabela.linhas.emplace_back();
-        linha.reserve(tabela.campos.size());
-        for (std::size_t i = 0; i < tabela.campos.size(); ++i) linha.push_back(consulta.Valor(i));
-    }
-    return tabela;
-}
-
-}  // namespace
-
 void TClientDataSet::Open() {
     if (provedor_.conexao) Carrega(LeTudo(*provedor_.conexao->Prepara(provedor_.sql)));
     ativo_ = true;
@@ -61,6 +45,13 @@ void TClientDataSet::Carrega(TTabelaEmMemoria tabela) {
     Invalida();
 }
 
+TLinhasVistas TClientDataSet::Todas() const {
+    std::vector<const TLinha*> linhas;
+    for (TIdLinha id = 0; id < linhas_.Total(); ++id)
+        if (linhas_.Existe(id)) linhas.push_back(&linhas_[id]);
+    return {campos_, std::move(linhas)};
+}
+
 void TClientDataSet::SetIndexFieldNames(std::string_view nomes) {
     camposIndice_ = Divide(nomes, ';');
     Invalida();
@@ -73,8 +64,10 @@ void TClientDataSet::SetMaster(TClientDataSet* mestre, std::string_view camposMe
     Invalida();
 }
 
-void TClientDataSet::SetFilter(std::string_view filtro) {
-    filtro_ = TFiltro(filtro);
+void TClientDataSet::SetFilter(std::string_view campo, const TLinha& valores) {
+    campoDoFiltro_ = campo;
+    filtro_.clear();
+    for (const TValor& valor : valores) filtro_.insert(ChaveDeValor(valor));
     if (filtrado_) Invalida();
 }
 
@@ -185,11 +178,10 @@ void TClientDataSet::SegueMestre() const {
 void TClientDataSet::MontaVisao() const {
     if (!ativo_ || campos_.empty()) return visao_.Monta(linhas_, {}, {});
     const auto indice = Posicoes(camposIndice_);
-    if (filtrado_) filtro_.LocalizaCampos(campos_);
     if (mestre_ && indice.size() != camposMestre_.size())
         throw std::invalid_argument("A ligação ao mestre pede tantos campos quantos tem o índice");
     auto ids = Candidatas(indice);
-    std::erase_if(ids, [this](TIdLinha id) { return filtrado_ && !filtro_.Aceita(linhas_[id]); });
+    std::erase_if(ids, [this](TIdLinha id) { return !PassaNoFiltro(id); });
     visao_.Monta(linhas_, std::move(ids), mestre_ ? std::vector<std::size_t>() : indice);
 }
 
@@ -199,20 +191,22 @@ std::vector<TIdLinha> TClientDataSet::Candidatas(const std::vector<std::size_t>&
         if (!mestreVisto_.chave) return {};
         return linhas_.Indice(indice).Procura(*mestreVisto_.chave);
     }
-    if (const auto igualdade = filtrado_ ? filtro_.Igualdade() : std::nullopt)
-        return linhas_.Indice({igualdade->campo}).Procura(ChaveDeValores({igualdade->texto}));
     std::vector<TIdLinha> ids(linhas_.Total());
     std::iota(ids.begin(), ids.end(), TIdLinha{0});
     std::erase_if(ids, [this](TIdLinha id) { return !linhas_.Existe(id); });
     return ids;
 }
 
+bool TClientDataSet::PassaNoFiltro(TIdLinha id) const {
+    if (!filtrado_ || filtro_.empty()) return true;
+    const TValor& valor = linhas_[id][Posicao(campoDoFiltro_)];
+    return !valor.Nulo() && filtro_.contains(ChaveDeValor(valor));
+}
+
 /// Whether link and filter show the row.
 bool TClientDataSet::Passa(TIdLinha id) const {
     if (mestre_ && ChaveDaLinha(linhas_[id], Posicoes(camposIndice_)) != mestreVisto_.chave) return false;
-    if (!filtrado_) return true;
-    filtro_.LocalizaCampos(campos_);
-    return filtro_.Aceita(linhas_[id]);
+    return PassaNoFiltro(id);
 }
 
 void TClientDataSet::Append() {

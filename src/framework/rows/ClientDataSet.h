@@ -3,12 +3,12 @@
 #include <cstddef>
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "rows/Campo.h"
-#include "rows/FiltroDataSet.h"
 #include "rows/LinhasDoDataSet.h"
 #include "screen/Tela.h"
 
@@ -60,14 +60,16 @@ class TClientDataSet {
     /// -1 when there is none.
     int IndiceDoCampo(std::string_view nome) const { return wkd::IndiceDoCampo(campos_, nome); }
 
+    /// All rows as they are by now, link and filter aside; for as long as nothing changes them.
+    TLinhasVistas Todas() const;
+
     // Index, link, filter
     /// Field names joined by ";"; the order of the rows is that of these fields, compared as texts.
     void SetIndexFieldNames(std::string_view nomes);
     /// `mestre` null takes the link off. `camposMestre` joined by ";", as many as index fields.
     void SetMaster(TClientDataSet* mestre, std::string_view camposMestre);
-    /// Comparisons "campo = literal" or "Upper(campo) = 'X'", joined by and / or, with parentheses; empty shows all.
-    /// Throws std::invalid_argument for any other text.
-    void SetFilter(std::string_view filtro);
+    /// Shows the rows whose field is one of these values, compared as keys are; all of them when there is none.
+    void SetFilter(std::string_view campo, const TLinha& valores);
     void SetFiltered(bool ligado);
 
     // Cursor over the visible rows
@@ -128,6 +130,7 @@ class TClientDataSet {
     void SegueMestre() const;
     void MontaVisao() const;
     std::vector<TIdLinha> Candidatas(const std::vector<std::size_t>& indice) const;
+    bool PassaNoFiltro(TIdLinha id) const;
     bool Passa(TIdLinha id) const;
     std::optional<TIdLinha> LinhaAtual() const;
     void Invalida() { desatualizada_ = true; }
@@ -148,7 +151,8 @@ class TClientDataSet {
     std::vector<std::string> camposIndice_;
     TClientDataSet* mestre_ = nullptr;
     std::vector<std::string> camposMestre_;
-    mutable TFiltro filtro_;
+    std::string campoDoFiltro_;
+    std::set<std::string> filtro_;
     bool filtrado_ = false;
 
     // Visible rows and cursor, brought up to date by Sincroniza before they are used

@@ -1,23 +1,12 @@
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <string_view>
 
 #include "connection/Connection.h"
+#include "tables/Dicionario.h"
 
 namespace wkd {
-
-/// A dictionary column as far as its physical definition goes.
-struct TColunaDicionario {
-    std::string nome;
-    std::string tipo;     // field-type name, any letter case
-    std::string tamanho;  // text; empty or "0" counts as "150"
-    std::string valorPadrao;
-    std::string calculo;         // non-empty: the column is not physical
-    int chave = 0;               // 1: part of the primary key
-    std::int64_t sequencia = 0;  // place in the table
-};
 
 /// False for calculated and aggregate columns.
 bool ColunaFisica(const TColunaDicionario& coluna);

@@ -14,11 +14,6 @@ namespace wkd {
 
 class TConnection;
 
-struct TIndiceDicionario {
-    std::string nome;
-    bool unico = false;
-};
-
 /// Reads the stored dictionary table by table, or, where many tables are taken in turn, from one reading of the whole.
 /// The letter case of a table's name counts for its indexes alone. What reads throws TErroBanco.
 ///

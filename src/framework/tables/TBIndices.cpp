@@ -190,7 +190,7 @@ std::vector<TIndice> TTB::IndicesDoDicionario(std::string_view tabela, const std
 }
 
 bool TTB::MudaNoDicionario(std::string_view tabela, const TIndice& indice) {
-    for (const auto& [nome, unico] : dicionario_.Indices(tabela)) {
+    for (const auto& [nome, unico, colunas] : dicionario_.Indices(tabela)) {
         if (!IgualSemCaixa(nome, indice.nome)) continue;
         TIndice pedido;
         pedido.nome = Maiusculas(nome);
@@ -289,7 +289,7 @@ bool TTB::CriaIndiceSecundarios(std::string_view tabela, TIdade idade) {
         const auto doDicionario = dicionario_.Indices(tabela);
         if (doDicionario.empty()) return true;
         const auto fisicos = idade == TIdade::Nova ? std::vector<TIndice>() : conexao_.Indices(tabela);
-        for (const auto& [nome, unico] : doDicionario) {
+        for (const auto& [nome, unico, colunas] : doDicionario) {
             if (std::ranges::any_of(fisicos, [&, &procurado = nome](const auto& fisico) {
                     return IgualSemCaixa(fisico.nome, procurado);
                 }))

@@ -52,16 +52,19 @@ void RefazIndices(TContexto& ctx, TMarcasDeAnalise& marcas, const std::string& t
 TPassoDaTabela::TPassoDaTabela(TContexto& ctx, TMarcasDeAnalise& marcas) : ctx_(ctx), marcas_(marcas) {}
 
 void TPassoDaTabela::Executa() {
-    tabela_ = TabelaAtual(ctx_);
+    const TTabelaDicionario* atual = TabelaAtual(ctx_);
+    tabela_ = atual ? atual->nome : "";
     ctx_.repeteTabela = ctx_.comRecusadas.contains(ChaveDeNome(tabela_));
-    ctx_.dm.SatribNovo.SetFiltered(false);
     ctx_.Tela().ProcessaMensagens();
     ctx_.Tela().LblGeral("Analisando Tabela: " + tabela_);
 
     if (tabela_.empty()) return;
     if (IgualSemCaixa(tabela_, "SATRIB")) ctx_.dm.Atualiza.Dicionario().Solta();
     ExigeEspacoEmDisco(ctx_);
-    if (ctx_.desatualizadas.erase(ChaveDeNome(tabela_)) > 0) ctx_.dm.SatribVelho.Recarrega("ARQUIVO", tabela_);
+    if (ctx_.desatualizadas.erase(ChaveDeNome(tabela_)) > 0) {
+        ctx_.dm.SatribVelho.Recarrega("ARQUIVO", tabela_);
+        ctx_.gravado.TrocaColunas(tabela_, ctx_.dm.SatribVelho.Todas());
+    }
     decisao_ = DecideTabela(ctx_, marcas_);
     const TRegistroDaTabela registro(ctx_, tabela_, decisao_);
     TIndicesGuardados guardados(ctx_, tabela_, marcas_.Marcada(tabela_));

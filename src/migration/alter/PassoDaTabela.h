@@ -18,7 +18,7 @@ class TPassoDaTabela {
 
   private:
     bool Reconstroi() const { return decisao_.acao == TAcaoDaTabela::Reconstroi; }
-    bool TemColunas() const { return !ctx_.dm.SatribNovo.IsEmpty(); }
+    bool TemColunas() const { return !ctx_.novo.Colunas(tabela_).empty(); }
     void TabelaExistente(TIndicesGuardados& guardados);
     void IncluiNoSArquivo();
     void CopiaColunasParaODicionario();

@@ -1,7 +1,6 @@
 #include "decision/Comparacao.h"
 
 #include <algorithm>
-#include <charconv>
 #include <initializer_list>
 
 #include "dialect/Dialeto.h"
@@ -11,13 +10,6 @@
 namespace wkd {
 
 namespace {
-
-std::int64_t Inteiro(std::string_view texto) {
-    std::int64_t numero = 0;
-    texto = Apara(texto);
-    std::from_chars(texto.data(), texto.data() + texto.size(), numero);
-    return numero;
-}
 
 bool Um(const std::string& tipo, std::initializer_list<std::string_view> tipos) {
     return std::find(tipos.begin(), tipos.end(), tipo) != tipos.end();
@@ -54,7 +46,7 @@ std::string_view Familia(const std::string& tipo) {
 }
 
 /// The stored column as the database really has it. Of dates and times only a text can have been made in place.
-TColunaComparada Corrigida(TColunaComparada velha, const TColunaFisica& fisica) {
+TColunaDicionario Corrigida(TColunaDicionario velha, const TColunaFisica& fisica) {
     const auto familia = TipoDaFamilia(fisica);
     const auto guardada = Familia(velha.tipo);
     const bool conta = familia == "ftDateTime" ? guardada == "ftString" : !familia.empty() && !guardada.empty();
@@ -67,7 +59,7 @@ TColunaComparada Corrigida(TColunaComparada velha, const TColunaFisica& fisica) 
     return velha;
 }
 
-TComandoPendente MudaTipo(std::string_view tabela, const TColunaComparada& nova, const TColunaFisica& fisica,
+TComandoPendente MudaTipo(std::string_view tabela, const TColunaDicionario& nova, const TColunaFisica& fisica,
                           TTipoBanco banco) {
     const std::string inicio = "alter table " + std::string(tabela) + ChaveAlteraColuna(nova.nome, banco);
     TComandoPendente comando{inicio + DefinicaoCampo(nova, banco),
@@ -81,7 +73,7 @@ TComandoPendente MudaTipo(std::string_view tabela, const TColunaComparada& nova,
 }
 
 /// A text becomes a blob: the temporary column comes, takes the values, and goes.
-std::vector<TComandoPendente> TextoViraBlob(std::string_view tabela, const TColunaComparada& nova, bool temporaria,
+std::vector<TComandoPendente> TextoViraBlob(std::string_view tabela, const TColunaDicionario& nova, bool temporaria,
                                             TTipoBanco banco) {
     const std::string t(tabela);
     const std::string& c = nova.nome;
@@ -97,31 +89,67 @@ std::vector<TComandoPendente> TextoViraBlob(std::string_view tabela, const TColu
     return comandos;
 }
 
-void ComparaTipos(TDecisaoDaColuna& decisao, std::string_view tabela, const TColunaComparada& nova,
-                  const TColunaComparada& velha, const TFatosFisicos& fisica, TTipoBanco banco) {
-    const std::string n = Maiusculas(nova.tipo);
-    const std::string o = Maiusculas(velha.tipo);
-    if (Um(n, {"FTFLOAT", "FTCURRENCY"}) && Um(o, {"FTINTEGER", "FTFLOAT", "FTCURRENCY"})) {
-        decisao.comandos.push_back(MudaTipo(tabela, nova, *fisica.coluna, banco));
-    } else if (Um(n, {"FTSTRING", "GUID"}) && o != "FTBLOB") {
-        decisao.comandos.push_back(MudaTipo(tabela, nova, *fisica.coluna, banco));
-    } else if (n == "FTBLOB" && Um(o, {"FTSTRING", "FTGUID"})) {
-        decisao.comandos = TextoViraBlob(tabela, nova, fisica.temporaria, banco);
-    } else if (!Um(o, {"FTINTEGER", "FTFLOAT", "FTCURRENCY", "FTSTRING", "FTGUID"})) {
-        decisao.reconstroi = true;
-        decisao.motivo = "tipo de " + nova.nome + " muda de " + velha.tipo + " para " + nova.tipo;
+/// What becomes of a column whose type changes.
+enum class TEfeito { Nada, MudaTipo, ViraBlob, Reconstroi };
+
+struct TRegra {
+    std::string_view novos, velhos;  // field types; "*" are all
+    TEfeito efeito;
+    bool exclusiva;  // nobody else may use the database meanwhile
+};
+
+/// The first that fits the new type and the old one holds, in the decision and in what is detected before a run.
+constexpr TRegra kRegras[] = {
+    {"FTFLOAT FTCURRENCY", "FTINTEGER FTFLOAT FTCURRENCY", TEfeito::MudaTipo, false},
+    {"FTFLOAT FTCURRENCY", "FTSTRING FTGUID", TEfeito::Nada, true},
+    {"FTFLOAT FTCURRENCY", "*", TEfeito::Reconstroi, true},
+    {"FTSTRING", "FTBLOB", TEfeito::Reconstroi, true},
+    {"GUID", "FTBLOB", TEfeito::Reconstroi, false},
+    {"FTSTRING GUID", "*", TEfeito::MudaTipo, false},
+    {"FTBLOB", "FTSTRING FTGUID", TEfeito::ViraBlob, false},
+    {"FTINTEGER", "FTSTRING FTGUID", TEfeito::Nada, false},
+    {"FTINTEGER", "FTINTEGER FTFLOAT FTCURRENCY", TEfeito::Nada, true},
+    {"FTINTEGER", "*", TEfeito::Reconstroi, true},
+    {"*", "FTINTEGER FTFLOAT FTCURRENCY FTSTRING FTGUID", TEfeito::Nada, false},
+    {"*", "*", TEfeito::Reconstroi, false},
+};
+
+bool Tem(std::string_view tipos, const std::string& tipo) {
+    return tipos == "*" || std::ranges::count(Divide(tipos, ' '), tipo) > 0;
+}
+
+const TRegra& Regra(const TColunaDicionario& nova, const TColunaDicionario& velha) {
+    const std::string n = Maiusculas(nova.tipo), o = Maiusculas(velha.tipo);
+    return *std::ranges::find_if(kRegras,
+                                 [&](const TRegra& regra) { return Tem(regra.novos, n) && Tem(regra.velhos, o); });
+}
+
+void ComparaTipos(TDecisaoDaColuna& decisao, std::string_view tabela, const TColunaDicionario& nova,
+                  const TColunaDicionario& velha, const TFatosFisicos& fisica, TTipoBanco banco) {
+    switch (Regra(nova, velha).efeito) {
+        case TEfeito::Nada:
+            return;
+        case TEfeito::MudaTipo:
+            decisao.comandos.push_back(MudaTipo(tabela, nova, *fisica.coluna, banco));
+            return;
+        case TEfeito::ViraBlob:
+            decisao.comandos = TextoViraBlob(tabela, nova, fisica.temporaria, banco);
+            return;
+        case TEfeito::Reconstroi:
+            decisao.reconstroi = true;
+            decisao.motivo = "tipo de " + nova.nome + " muda de " + velha.tipo + " para " + nova.tipo;
     }
 }
 
 /// Rows that are there have no value yet; those to come have one, whoever writes them.
-TComandoPendente AcrescentaSemValor(std::string_view tabela, TColunaComparada nova, TTipoBanco banco) {
+TComandoPendente AcrescentaSemValor(std::string_view tabela, TColunaDicionario nova, TTipoBanco banco) {
     nova.chave = 0;
     if (nova.valorPadrao.empty()) nova.valorPadrao = "0";
     return {"alter table " + std::string(tabela) + " ADD " + nova.nome + " " + DefinicaoCampo(nova, banco), "", true};
 }
 
 /// What a key column that is without value gets: its default, or what a required one gets.
-TComandoPendente PreencheChave(std::string_view tabela, const TColunaComparada& nova) {
+TComandoPendente PreencheChave(std::string_view tabela, const TColunaDicionario& nova) {
     const bool quando = Um(Maiusculas(nova.tipo), {"FTDATE", "FTTIME", "FTDATETIME"});
     const std::string valor = !nova.valorPadrao.empty() ? Aspas(Maiusculas(nova.valorPadrao))
                               : quando                  ? "current_timestamp"
@@ -130,7 +158,7 @@ TComandoPendente PreencheChave(std::string_view tabela, const TColunaComparada& 
             "", true};
 }
 
-void ComparaChave(TDecisaoDaColuna& decisao, const TColunaComparada& nova, const TColunaComparada& guardada) {
+void ComparaChave(TDecisaoDaColuna& decisao, const TColunaDicionario& nova, const TColunaDicionario& guardada) {
     if (nova.chave != guardada.chave) {
         decisao.reconstroi = true;
         decisao.motivo = nova.nome + (nova.chave == 1 ? " entra na chave" : " sai da chave");
@@ -142,34 +170,11 @@ void ComparaChave(TDecisaoDaColuna& decisao, const TColunaComparada& nova, const
 
 }  // namespace
 
-std::int64_t TColunaComparada::Tamanho() const { return Inteiro(tamanho); }
-
-bool TColunaComparada::Calculada() const { return !Apara(calculo).empty(); }
-
-std::optional<TColunaComparada> ColunaDe(const TClientDataSet& satrib) {
-    if (satrib.IsEmpty()) return std::nullopt;
-    const auto texto = [&satrib](std::string_view campo) {  // older dictionaries lack some of the columns
-        const int indice = satrib.IndiceDoCampo(campo);
-        return indice < 0 ? std::string() : satrib.Valor(static_cast<std::size_t>(indice)).ComoTexto();
-    };
-    TColunaComparada coluna;
-    coluna.nome = Apara(texto("NOME"));
-    coluna.tipo = AparaFim(texto("TIPO"));
-    coluna.tamanho = AparaFim(texto("TAMANHO"));
-    coluna.valorPadrao = texto("VALOR_PADRAO");
-    coluna.calculo = texto("CALCULO");
-    coluna.chave = static_cast<int>(Inteiro(texto("CHAVE_DE_PESQUISA")));
-    coluna.sequencia = Inteiro(texto("SEQUENCIA"));
-    coluna.lookup = texto("LOOKUP_ARQUIVO");
-    return coluna;
-}
-
-TDecisaoDaColuna ComparaColuna(std::string_view tabela, const TColunaComparada& nova,
-                               const std::optional<TColunaComparada>& velha, const TFatosFisicos& fisica,
-                               TTipoBanco banco) {
+TDecisaoDaColuna ComparaColuna(std::string_view tabela, const TColunaDicionario& nova, const TColunaDicionario* velha,
+                               const TFatosFisicos& fisica, TTipoBanco banco) {
     TDecisaoDaColuna decisao;
     if (velha && fisica.coluna) {
-        const TColunaComparada atual = Corrigida(*velha, *fisica.coluna);
+        const TColunaDicionario atual = Corrigida(*velha, *fisica.coluna);
         if (atual.tipo != nova.tipo)
             ComparaTipos(decisao, tabela, nova, atual, fisica, banco);
         else if (Maiusculas(nova.tipo) == "FTSTRING" && nova.Tamanho() > atual.Tamanho())
@@ -184,9 +189,8 @@ TDecisaoDaColuna ComparaColuna(std::string_view tabela, const TColunaComparada& 
     return decisao;
 }
 
-TDecisaoDaColuna ComparaNoLugar(std::string_view tabela, const TColunaComparada& nova,
-                                const std::optional<TColunaComparada>& velha, const TFatosFisicos& fisica,
-                                TTipoBanco banco) {
+TDecisaoDaColuna ComparaNoLugar(std::string_view tabela, const TColunaDicionario& nova, const TColunaDicionario* velha,
+                                const TFatosFisicos& fisica, TTipoBanco banco) {
     TDecisaoDaColuna decisao = ComparaColuna(tabela, nova, velha, fisica, banco);
     const bool eraDaChave = fisica.inacabada ? fisica.naChave : velha && velha->chave == 1;
     const bool daChave = nova.chave == 1;
@@ -202,13 +206,10 @@ TDecisaoDaColuna ComparaNoLugar(std::string_view tabela, const TColunaComparada&
     return decisao;
 }
 
-bool MudancaExclusiva(const TColunaComparada& nova, const TColunaComparada& velha) {
-    const std::string n = Maiusculas(nova.tipo);
+bool MudancaExclusiva(const TColunaDicionario& nova, const TColunaDicionario& velha) {
     const std::string o = Maiusculas(velha.tipo);
     const bool deChave = velha.chave == 1 && nova.chave == 1 && velha.tamanho != nova.tamanho;
-    if (nova.tipo != velha.tipo)
-        return deChave || (Um(n, {"FTFLOAT", "FTCURRENCY"}) && !Um(o, {"FTINTEGER", "FTCURRENCY", "FTFLOAT"})) ||
-               (n == "FTSTRING" && o == "FTBLOB") || (n == "FTINTEGER" && !Um(o, {"FTSTRING", "FTGUID"}));
+    if (nova.tipo != velha.tipo) return deChave || Regra(nova, velha).exclusiva;
     return deChave || (Um(o, {"FTSTRING", "FTGUID"}) && nova.Tamanho() < velha.Tamanho()) || velha.chave != nova.chave;
 }
 

@@ -3,9 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "decision/Comparacao.h"
 #include "rebuild/EstadoDaReconstrucao.h"
-#include "rebuild/Impedimento.h"
 #include "run/CargaDoPacote.h"
 #include "tables/TBComandos.h"
 #include "values/Texto.h"
@@ -15,40 +13,35 @@ namespace wkd {
 namespace {
 
 /// Lookup and calculated columns are not examined, nor is a column that the database does not know yet.
-bool Examina(const TColunaComparada& nova) { return Apara(nova.lookup).empty() && !nova.Calculada(); }
+bool Examina(const TColunaDicionario& nova) { return Apara(nova.lookup).empty() && Apara(nova.calculo).empty(); }
 
-std::string Linha(const TClientDataSet& novo, const TClientDataSet& velho) {
-    return "Tabela = " + novo.Texto("arquivo") + " | Campo = " + novo.Texto("nome") + " de " + velho.Texto("Tipo") +
-           "(" + velho.Texto("TAMANHO") + ") para " + novo.Texto("Tipo") + "(" + novo.Texto("tamanho") + ")";
-}
-
-bool ColunaPodeMudar(TContexto& ctx) {
-    const auto nova = ColunaDe(ctx.dm.SatribNovo);
-    if (!nova || !Examina(*nova)) return true;
-    const auto velha = ColunaDe(ctx.dm.SatribVelho);
-    return !velha || !MudancaExclusiva(*nova, *velha);
+std::string Linha(const TColunaDicionario& nova, const TColunaDicionario& velha) {
+    return "Tabela = " + nova.tabela + " | Campo = " + nova.nome + " de " + velha.tipo + "(" + velha.tamanho +
+           ") para " + nova.tipo + "(" + nova.tamanho + ")";
 }
 
 }  // namespace
 
-std::vector<TMudancaExclusiva> MudancasExclusivas(TContexto& ctx) {
+std::vector<TMudancaExclusiva> MudancasExclusivas(const TDicionario& novo, const TDicionario& gravado) {
     std::vector<TMudancaExclusiva> mudancas;
-    TClientDataSet& tabelas = ctx.dm.SArquivoNovo;
-    TClientDataSet& colunas = ctx.dm.SatribNovo;
-    for (tabelas.First(); !tabelas.Eof(); tabelas.Next()) {
-        for (colunas.First(); !colunas.Eof(); colunas.Next()) {
-            ctx.Tela().ProcessaMensagens();
-            if (!ColunaPodeMudar(ctx))
-                mudancas.push_back({tabelas.Texto("nome_arquivo"), Linha(colunas, ctx.dm.SatribVelho)});
+    for (const auto& tabela : novo.Tabelas())
+        for (const auto& nova : novo.Colunas(tabela.nome)) {
+            const auto* velha = Examina(nova) ? gravado.Coluna(tabela.nome, nova.nome) : nullptr;
+            if (velha && MudancaExclusiva(nova, *velha)) mudancas.push_back({tabela.nome, Linha(nova, *velha)});
         }
-    }
     return mudancas;
 }
 
 bool VerificaAtualizacao(TContexto& ctx) {
-    const auto mudancas = MudancasExclusivas(ctx);
+    ctx.Tela().ProcessaMensagens();
+    const auto mudancas = MudancasExclusivas(ctx.novo, ctx.gravado);
     for (const auto& mudanca : mudancas) ctx.Tela().Memo1(mudanca.linha);
     return mudancas.empty();
+}
+
+bool NuncaReconstruida(std::string_view tabela) {
+    static constexpr std::string_view kTabelas[] = {"SATRIB", "SARQUIVO", "TINI"};
+    return std::ranges::any_of(kTabelas, [&](std::string_view nome) { return IgualSemCaixa(nome, tabela); });
 }
 
 namespace {
@@ -56,34 +49,44 @@ namespace {
 /// The decision about one table, made step by step as the run takes its steps.
 class TDecide {
   public:
-    TDecide(TContexto& ctx, const TMarcasDeAnalise& marcas)
-        : ctx_(ctx), marcas_(marcas), tabela_(TabelaAtual(ctx)), noLugar_(NuncaReconstruida(tabela_)) {}
+    TDecide(const TTabelaDicionario& tabela, const TDicionario& novo, const TDicionario& gravado,
+            const TFatosDaTabela& fatos, const TOpcoes& opcoes, TTipoBanco banco)
+        : tabela_(tabela),
+          colunas_(novo.Colunas(tabela.nome)),
+          gravado_(gravado),
+          gravada_(gravado.Tabela(tabela.modulo, tabela.nome)),
+          fatos_(fatos),
+          opcoes_(opcoes),
+          banco_(banco),
+          noLugar_(NuncaReconstruida(tabela.nome)) {}
 
     TDecisaoDaTabela Decide() {
-        if (tabela_.empty()) return decisao_;
-        const bool existe = ctx_.dm.ExisteTabela(tabela_);
-        if (existe)
+        if (fatos_.existe)
             Existente();
-        else if (RestauracaoPendente())
-            Reconstroi("reconstrução interrompida: os registros estão em " + NomeDaBackup(tabela_));
+        else if (fatos_.restauracaoPendente)
+            Reconstroi("reconstrução interrompida: os registros estão em " + NomeDaBackup(tabela_.nome));
         else
             Nova();
-        const bool paraReconstruir = decisao_.acao == TAcaoDaTabela::Reconstroi || (existe && Completa());
+        const bool paraReconstruir = decisao_.acao == TAcaoDaTabela::Reconstroi || (fatos_.existe && Completa());
         decisao_.alteraDicionario = !paraReconstruir && (Pedida() || (noLugar_ && decisao_.analisada)) && TemColunas();
         if (decisao_.acao == TAcaoDaTabela::Nada && (decisao_.analisada || decisao_.alteraDicionario))
             decisao_.acao = TAcaoDaTabela::Altera;
         return std::move(decisao_);
     }
 
+    bool Analisa() const {
+        return VersaoDifere() || opcoes_.completo || opcoes_.todas ||
+               (opcoes_.tabelasSelecionadas && !NomesListados(opcoes_.tabelas).empty()) || fatos_.marcada ||
+               fatos_.aberta;
+    }
+
   private:
     /// Whether every existing table is to be rebuilt. One that is not analysed is then not altered either.
-    bool Completa() const { return !noLugar_ && (ctx_.opcoes.completo || ctx_.opcoes.modoCompleto); }
-    bool TemColunas() const { return !ctx_.dm.SatribNovo.IsEmpty(); }
-    bool RestauracaoPendente() {
-        return ctx_.dm.ExisteTabela(NomeDaBackup(tabela_)) && (Aberta() || ReconstrucaoPendente(ctx_, tabela_));
-    }
-    bool Aberta() const { return !noLugar_ && ctx_.abertas.contains(ChaveDeNome(tabela_)); }
-    bool Pendente() const { return ctx_.dm.SarquivoVelho.Inteiro("versao") == kVersaoPendente; }
+    bool Completa() const { return !noLugar_ && (opcoes_.completo || opcoes_.modoCompleto); }
+    bool TemColunas() const { return !colunas_.empty(); }
+    std::optional<std::int64_t> VersaoGravada() const { return gravada_ ? gravada_->versao : std::nullopt; }
+    bool VersaoDifere() const { return tabela_.versao != VersaoGravada(); }
+    bool Pedida() const { return VersaoDifere() || opcoes_.todas || opcoes_.tabelasSelecionadas || fatos_.marcada; }
     void Reconstroi(std::string motivo) {
         if (decisao_.acao != TAcaoDaTabela::Reconstroi) decisao_.motivo = std::move(motivo);
         decisao_.acao = TAcaoDaTabela::Reconstroi;
@@ -100,89 +103,84 @@ class TDecide {
         if (!decisao_.analisada) return;
         if (Completa()) Reconstroi("atualização completa pedida nas opções");
         if (!noLugar_) {
-            if (Pendente()) Reconstroi("reconstrução pendente (versão -1)");
-            if (Aberta()) Reconstroi("a última reconstrução dela não chegou ao fim");
+            if (VersaoGravada() == kVersaoPendente) Reconstroi("reconstrução pendente (versão -1)");
+            if (fatos_.aberta) Reconstroi("a última reconstrução dela não chegou ao fim");
             ExigeColunasDeChave();
         }
-        ComparaColunas();
+        for (const auto& nova : colunas_)
+            if (decisao_.acao != TAcaoDaTabela::Reconstroi && ColunaFisica(nova)) Compara(nova);
         if (decisao_.acao == TAcaoDaTabela::Reconstroi) decisao_.comandos.clear();
     }
 
-    bool VersaoDifere() const {
-        const TValor& nova = ctx_.dm.SArquivoNovo.Valor("versao");
-        const TValor& velha = ctx_.dm.SarquivoVelho.Valor("versao");
-        return nova.Nulo() != velha.Nulo() || nova.ComoInteiro() != velha.ComoInteiro();
-    }
-    bool Analisa() const {
-        const TOpcoes& opcoes = ctx_.opcoes;
-        return VersaoDifere() || opcoes.completo || opcoes.todas ||
-               (opcoes.tabelasSelecionadas && !NomesListados(opcoes.tabelas).empty()) || marcas_.Marcada(tabela_) ||
-               Aberta();
-    }
-    bool Pedida() const {
-        const TOpcoes& opcoes = ctx_.opcoes;
-        return VersaoDifere() || opcoes.todas || opcoes.tabelasSelecionadas || marcas_.Marcada(tabela_);
-    }
     std::string Motivo() const {
-        const TValor& velha = ctx_.dm.SarquivoVelho.Valor("versao");
-        const std::string nova = ctx_.dm.SArquivoNovo.Texto("versao");
-        if (VersaoDifere()) return "versão " + (velha.Nulo() ? "não registrada" : velha.ComoTexto()) + " para " + nova;
-        if (marcas_.Marcada(tabela_) || Aberta()) return "a última atualização dela não chegou ao fim";
+        const auto velha = VersaoGravada();
+        const std::string nova = tabela_.versao ? std::to_string(*tabela_.versao) : "";
+        if (VersaoDifere()) return "versão " + (velha ? std::to_string(*velha) : "não registrada") + " para " + nova;
+        if (fatos_.marcada || fatos_.aberta) return "a última atualização dela não chegou ao fim";
         return decisao_.analisada ? "pedida nas opções" : "na versão do pacote, " + nova;
     }
 
     /// A key column of the package that the stored dictionary lacks.
     void ExigeColunasDeChave() {
-        TClientDataSet& novo = ctx_.dm.SatribNovo;
-        novo.SetFilter("chave_de_pesquisa = 1");
-        novo.SetFiltered(true);
-        for (novo.First(); !novo.Eof(); novo.Next())
-            if (ctx_.dm.SatribVelho.IsEmpty())
-                Reconstroi("coluna de chave nova: " + std::string(Apara(novo.Texto("nome"))));
-        novo.SetFilter("");
-        novo.SetFiltered(false);
+        for (const auto& nova : colunas_)
+            if (nova.chave == 1 && !gravado_.Coluna(tabela_.nome, nova.nome))
+                Reconstroi("coluna de chave nova: " + nova.nome);
     }
 
-    void ComparaColunas() {
-        TClientDataSet& novo = ctx_.dm.SatribNovo;
-        for (novo.First(); !novo.Eof(); novo.Next()) {
-            ctx_.Tela().ProcessaMensagens();
-            if (decisao_.acao != TAcaoDaTabela::Reconstroi) ComparaColunaAtual();
-        }
-    }
-
-    void ComparaColunaAtual() {
-        const auto nova = ColunaDe(ctx_.dm.SatribNovo);
-        if (!nova || !ColunaFisica(*nova)) return;
-        const auto& fisicas = ctx_.dm.ColunasFisicas(tabela_);
-        TFatosFisicos fatos{ColunaDeNome(fisicas, nova->nome), ColunaDeNome(fisicas, nova->nome + "_TMP") != nullptr};
+    void Compara(const TColunaDicionario& nova) {
+        TFatosFisicos fatos{ColunaDeNome(fatos_.colunas, nova.nome),
+                            ColunaDeNome(fatos_.colunas, nova.nome + "_TMP") != nullptr};
         if (noLugar_) {
-            fatos.naChave = NaChave(nova->nome);
-            fatos.inacabada = marcas_.Marcada(tabela_);
+            fatos.naChave = std::ranges::any_of(
+                fatos_.chave.colunas, [&](const std::string& nome) { return IgualSemCaixa(nome, nova.nome); });
+            fatos.inacabada = fatos_.marcada;
         }
         const auto compara = noLugar_ ? ComparaNoLugar : ComparaColuna;
-        TDecisaoDaColuna coluna = compara(tabela_, *nova, ColunaDe(ctx_.dm.SatribVelho), fatos, ctx_.Banco());
+        TDecisaoDaColuna coluna = compara(tabela_.nome, nova, gravado_.Coluna(tabela_.nome, nova.nome), fatos, banco_);
         if (coluna.reconstroi) Reconstroi(coluna.motivo);
         std::ranges::move(coluna.comandos, std::back_inserter(decisao_.comandos));
-        if (coluna.acrescenta) decisao_.novas.push_back(nova->nome);
+        if (coluna.acrescenta) decisao_.novas.push_back(nova.nome);
     }
 
-    bool NaChave(const std::string& coluna) {
-        return std::ranges::any_of(ctx_.dm.ChavePrimaria(tabela_).colunas,
-                                   [&](const std::string& nome) { return IgualSemCaixa(nome, coluna); });
-    }
-
-    TContexto& ctx_;
-    const TMarcasDeAnalise& marcas_;
-    const std::string tabela_;
+    const TTabelaDicionario& tabela_;
+    const TDicionario::TColunas& colunas_;
+    const TDicionario& gravado_;
+    const TTabelaDicionario* gravada_;
+    const TFatosDaTabela& fatos_;
+    const TOpcoes& opcoes_;
+    const TTipoBanco banco_;
     const bool noLugar_;  // never rebuilt
     TDecisaoDaTabela decisao_;
 };
 
+/// The columns are read for a table that is to be analysed alone.
+TFatosDaTabela FatosDaTabela(TContexto& ctx, const TTabelaDicionario& tabela, const TMarcasDeAnalise& marcas) {
+    const bool noLugar = NuncaReconstruida(tabela.nome);
+    TFatosDaTabela fatos;
+    fatos.existe = ctx.dm.ExisteTabela(tabela.nome);
+    fatos.marcada = marcas.Marcada(tabela.nome);
+    fatos.aberta = !noLugar && ctx.abertas.contains(ChaveDeNome(tabela.nome));
+    if (!fatos.existe)
+        fatos.restauracaoPendente =
+            ctx.dm.ExisteTabela(NomeDaBackup(tabela.nome)) && (fatos.aberta || ReconstrucaoPendente(ctx, tabela.nome));
+    else if (TDecide(tabela, ctx.novo, ctx.gravado, fatos, ctx.opcoes, ctx.Banco()).Analisa()) {
+        fatos.colunas = ctx.dm.ColunasFisicas(tabela.nome);
+        if (noLugar) fatos.chave = ctx.dm.ChavePrimaria(tabela.nome);
+    }
+    return fatos;
+}
+
 }  // namespace
 
-TDecisaoDaTabela DecideTabela(TContexto& ctx, const TMarcasDeAnalise& marcas) { return TDecide(ctx, marcas).Decide(); }
+TDecisaoDaTabela DecideTabela(const TTabelaDicionario& tabela, const TDicionario& novo, const TDicionario& gravado,
+                              const TFatosDaTabela& fatos, const TOpcoes& opcoes, TTipoBanco banco) {
+    return TDecide(tabela, novo, gravado, fatos, opcoes, banco).Decide();
+}
 
-std::string TabelaAtual(TContexto& ctx) { return std::string(Apara(ctx.dm.SArquivoNovo.Texto("nome_arquivo"))); }
+TDecisaoDaTabela DecideTabela(TContexto& ctx, const TMarcasDeAnalise& marcas) {
+    const TTabelaDicionario* tabela = TabelaAtual(ctx);
+    if (!tabela) return {};
+    return DecideTabela(*tabela, ctx.novo, ctx.gravado, FatosDaTabela(ctx, *tabela, marcas), ctx.opcoes, ctx.Banco());
+}
 
 }  // namespace wkd

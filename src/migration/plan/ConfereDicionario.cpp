@@ -22,19 +22,6 @@ const std::set<std::string> kDoSistema = {
     "SADMMOD",  "SRELATOR",      "SISTEMA",     "SARQ_RELACIONA_PAI", "SLISTA_CONTROLE", "TINI",
     "TRBTABLE", "TRBFIELD",      "TRELATORIOS", "TARQ_VER",           "CSENHA"};
 
-struct TIndiceGuardado {
-    std::string nome;
-    bool unico = false;
-    std::vector<std::string> colunas;
-};
-
-struct TTabelaGuardada {
-    std::string nome;
-    bool pendente = false;  // its rebuild is open
-    std::vector<TColunaDicionario> colunas;
-    std::vector<TIndiceGuardado> indices;
-};
-
 class TConfere {
   public:
     TConfere(TDataModulo& dm, std::filesystem::path pastaPrograma)
@@ -43,16 +30,15 @@ class TConfere {
     std::vector<TDesvio> Confere();
 
   private:
-    void LeSarquivo();
-    void LeSatrib();
-    void LeIndices();
+    void Le();
+    std::vector<TColunaDicionario> Fisicas(const std::string& tabela) const;
     void Tabelas();
-    void Colunas(const TTabelaGuardada& tabela);
-    void Tipo(const TTabelaGuardada& tabela, const TColunaDicionario& coluna, const TColunaFisica& fisica);
-    void Chave(const TTabelaGuardada& tabela);
-    void Indices(const TTabelaGuardada& tabela);
+    void Colunas(const std::string& tabela);
+    void Tipo(const std::string& tabela, const TColunaDicionario& coluna, const TColunaFisica& fisica);
+    void Chave(const std::string& tabela);
+    void Indices(const std::string& tabela);
     void Sobras();
-    void Backup(const std::string& nome, const TTabelaGuardada& tabela);
+    void Backup(const std::string& nome, const std::string& tabela);
     void Rejeitadas();
     void Marcas();
     void Desvio(std::string tipo, const std::string& tabela, const std::string& objeto, std::string texto) {
@@ -62,16 +48,16 @@ class TConfere {
     TDataModulo& dm_;
     TConnection& conexao_;
     std::filesystem::path pastaPrograma_;
-    std::map<std::string, TTabelaGuardada> guardadas_;  // by name in capitals
+    TDicionario gravado_;
+    std::map<std::string, std::string> nomes_;  // of its tables, by ChaveDeNome
+    TReconstrucoesAbertas abertas_;
     TColunasPorTabela fisicas_;
     std::vector<TDesvio> desvios_;
 };
 
 std::vector<TDesvio> TConfere::Confere() {
     dm_.AtualizaListaDeTabelas();
-    LeSarquivo();
-    LeSatrib();
-    LeIndices();
+    Le();
     fisicas_ = conexao_.TodasAsColunas();
     Tabelas();
     Sobras();
@@ -80,57 +66,28 @@ std::vector<TDesvio> TConfere::Confere() {
     return std::move(desvios_);
 }
 
-void TConfere::LeSarquivo() {
-    const auto abertas = ReconstrucoesAbertas(dm_);
-    TWKDQuery q(conexao_, "select NOME_ARQUIVO from SARQUIVO");
-    for (q.Open(); !q.Eof(); q.Next()) {
-        const std::string nome(Apara(q.Texto("NOME_ARQUIVO")));
-        auto& tabela = guardadas_[ChaveDeNome(nome)];
-        tabela.nome = nome;
-        tabela.pendente = abertas.contains(ChaveDeNome(nome));
-    }
+/// The stored dictionary, whose physical columns count.
+void TConfere::Le() {
+    const auto le = [this](const std::string& sql) { return LeTudo(*conexao_.Prepara(sql)); };
+    gravado_.LeTabelas(le("select COD_MODULO, NOME_ARQUIVO from SARQUIVO"));
+    gravado_.LeColunas(
+        le("select ARQUIVO, NOME, TIPO, TAMANHO, CHAVE_DE_PESQUISA, CALCULO from SATRIB order by ARQUIVO, SEQUENCIA"));
+    if (dm_.ExisteTabela("SINDSEC") && dm_.ExisteTabela("SINDSECA"))
+        gravado_.LeIndices(le("select * from SINDSEC"), le("select * from SINDSECA"));
+    for (const auto& tabela : gravado_.Tabelas()) nomes_[ChaveDeNome(tabela.nome)] = tabela.nome;
+    abertas_ = ReconstrucoesAbertas(dm_);
 }
 
-void TConfere::LeSatrib() {
-    TWKDQuery q(
-        conexao_,
-        "select ARQUIVO, NOME, TIPO, TAMANHO, CHAVE_DE_PESQUISA, CALCULO from SATRIB order by ARQUIVO, SEQUENCIA");
-    for (q.Open(); !q.Eof(); q.Next()) {
-        const auto tabela = guardadas_.find(ChaveDeNome(q.Texto("ARQUIVO")));
-        TColunaDicionario coluna;
-        coluna.nome = Apara(q.Texto("NOME"));
-        coluna.tipo = Apara(q.Texto("TIPO"));
-        coluna.tamanho = q.Texto("TAMANHO");
-        coluna.calculo = q.Texto("CALCULO");
-        coluna.chave = static_cast<int>(q.Inteiro("CHAVE_DE_PESQUISA"));
-        if (tabela != guardadas_.end() && ColunaFisica(coluna)) tabela->second.colunas.push_back(std::move(coluna));
-    }
-}
-
-void TConfere::LeIndices() {
-    if (!dm_.ExisteTabela("SINDSEC") || !dm_.ExisteTabela("SINDSECA")) return;
-    TWKDQuery q(conexao_, "select * from SINDSEC");
-    for (q.Open(); !q.Eof(); q.Next()) {
-        const auto tabela = guardadas_.find(ChaveDeNome(q.Texto("ARQUIVO")));
-        if (tabela == guardadas_.end()) continue;
-        const bool temTipo = IndiceDoCampo(q.Campos(), "TIPO") >= 0;
-        tabela->second.indices.push_back(
-            {std::string(Apara(q.Texto("NOME"))), temTipo && Apara(q.Texto("TIPO")) == "1", {}});
-    }
-    TWKDQuery colunas(conexao_, "select ARQUIVO, NOME, CAMPO from SINDSECA order by SEQUENCIA");
-    for (colunas.Open(); !colunas.Eof(); colunas.Next()) {
-        const auto tabela = guardadas_.find(ChaveDeNome(colunas.Texto("ARQUIVO")));
-        if (tabela == guardadas_.end()) continue;
-        for (auto& indice : tabela->second.indices)
-            if (IgualSemCaixa(indice.nome, Apara(colunas.Texto("NOME"))))
-                indice.colunas.emplace_back(Apara(colunas.Texto("CAMPO")));
-    }
+std::vector<TColunaDicionario> TConfere::Fisicas(const std::string& tabela) const {
+    std::vector<TColunaDicionario> colunas;
+    std::ranges::copy_if(gravado_.Colunas(tabela), std::back_inserter(colunas), ColunaFisica);
+    return colunas;
 }
 
 void TConfere::Tabelas() {
-    for (const auto& [chave, tabela] : guardadas_) {
+    for (const auto& [chave, tabela] : nomes_) {
         if (!fisicas_.contains(chave)) {
-            Desvio("tabela-falta", tabela.nome, "", "está no dicionário e não no banco");
+            Desvio("tabela-falta", tabela, "", "está no dicionário e não no banco");
             continue;
         }
         Colunas(tabela);
@@ -139,76 +96,75 @@ void TConfere::Tabelas() {
     }
 }
 
-void TConfere::Colunas(const TTabelaGuardada& tabela) {
-    const auto& fisicas = fisicas_.at(ChaveDeNome(tabela.nome));
-    for (const auto& coluna : tabela.colunas) {
+void TConfere::Colunas(const std::string& tabela) {
+    const auto& fisicas = fisicas_.at(ChaveDeNome(tabela));
+    for (const auto& coluna : Fisicas(tabela)) {
         if (const TColunaFisica* fisica = ColunaDeNome(fisicas, coluna.nome))
             Tipo(tabela, coluna, *fisica);
         else
-            Desvio("coluna-falta", tabela.nome, coluna.nome, "está no dicionário e não na tabela");
+            Desvio("coluna-falta", tabela, coluna.nome, "está no dicionário e não na tabela");
     }
     for (const auto& fisica : fisicas) {
         const bool guardada = std::ranges::any_of(
-            tabela.colunas, [&](const auto& coluna) { return IgualSemCaixa(coluna.nome, fisica.nome); });
-        if (!guardada) Desvio("coluna-sobra", tabela.nome, fisica.nome, "está na tabela e não no dicionário");
+            Fisicas(tabela), [&](const auto& coluna) { return IgualSemCaixa(coluna.nome, fisica.nome); });
+        if (!guardada) Desvio("coluna-sobra", tabela, fisica.nome, "está na tabela e não no dicionário");
     }
 }
 
 /// A narrowed text keeps ten characters more than the dictionary says.
-void TConfere::Tipo(const TTabelaGuardada& tabela, const TColunaDicionario& coluna, const TColunaFisica& fisica) {
+void TConfere::Tipo(const std::string& tabela, const TColunaDicionario& coluna, const TColunaFisica& fisica) {
     const std::string esperado = TipoDaColuna(coluna.tipo, coluna.tamanho, conexao_.TipoBanco());
     const std::string normal = TipoNormal(esperado), fisico = TipoNormal(fisica.tipoSql);
     if (normal == fisico) return;
     const bool texto = normal.substr(0, normal.find('(')) == fisico.substr(0, fisico.find('('));
     if (texto && fisica.tamanho == kLarguraAjustada && TamanhoDoTexto(coluna.tamanho) == kTamanhoAjustado) return;
     Desvio(
-        texto ? "tamanho" : "tipo", tabela.nome, coluna.nome,
+        texto ? "tamanho" : "tipo", tabela, coluna.nome,
         "é " + fisica.tipoSql + "; o dicionário diz " + (esperado.empty() ? coluna.tipo : Minusculas(Apara(esperado))));
 }
 
-void TConfere::Chave(const TTabelaGuardada& tabela) {
+void TConfere::Chave(const std::string& tabela) {
     std::vector<std::string> esperada;
-    for (const auto& coluna : tabela.colunas)
+    for (const auto& coluna : Fisicas(tabela))
         if (coluna.chave == 1) esperada.push_back(coluna.nome);
-    const auto fisica = conexao_.ChavePrimaria(tabela.nome).colunas;
+    const auto fisica = conexao_.ChavePrimaria(tabela).colunas;
     if (std::ranges::equal(esperada, fisica, IgualSemCaixa)) return;
     const auto lista = [](const auto& colunas) { return colunas.empty() ? "nenhuma" : Junta(colunas, ", "); };
-    Desvio("chave", tabela.nome, "", "chave primária: " + lista(fisica) + "; o dicionário diz " + lista(esperada));
+    Desvio("chave", tabela, "", "chave primária: " + lista(fisica) + "; o dicionário diz " + lista(esperada));
 }
 
-void TConfere::Indices(const TTabelaGuardada& tabela) {
-    auto fisicos = conexao_.Indices(tabela.nome);
-    for (const auto& indice : tabela.indices) {
+void TConfere::Indices(const std::string& tabela) {
+    auto fisicos = conexao_.Indices(tabela);
+    for (const auto& indice : gravado_.Indices(tabela)) {
         const auto fisico = std::ranges::find_if(
             fisicos, [&](const TIndice& candidato) { return IgualSemCaixa(candidato.nome, indice.nome); });
         if (fisico == fisicos.end()) {
-            Desvio("indice-falta", tabela.nome, indice.nome, "está no dicionário e não na tabela");
+            Desvio("indice-falta", tabela, indice.nome, "está no dicionário e não na tabela");
             continue;
         }
         if (fisico->unico != indice.unico || !std::ranges::equal(fisico->colunas, indice.colunas, IgualSemCaixa))
-            Desvio("indice-difere", tabela.nome, indice.nome,
+            Desvio("indice-difere", tabela, indice.nome,
                    std::string(fisico->unico ? "único sobre " : "sobre ") + Junta(fisico->colunas, ", ") +
                        "; o dicionário diz " + (indice.unico ? "único sobre " : "sobre ") +
                        Junta(indice.colunas, ", "));
         fisicos.erase(fisico);
     }
     for (const auto& fisico : fisicos)
-        if (fisico.restricao.empty())
-            Desvio("indice-sobra", tabela.nome, fisico.nome, "está na tabela e não no dicionário");
+        if (fisico.restricao.empty()) Desvio("indice-sobra", tabela, fisico.nome, "está na tabela e não no dicionário");
 }
 
 void TConfere::Sobras() {
     for (const auto& [nome, colunas] : fisicas_) {
-        if (guardadas_.contains(nome) || kDoSistema.contains(nome)) continue;
-        const auto original = nome.starts_with('B') ? guardadas_.find(nome.substr(1)) : guardadas_.end();
-        if (original == guardadas_.end())
+        if (nomes_.contains(nome) || kDoSistema.contains(nome)) continue;
+        const auto original = nome.starts_with('B') ? nomes_.find(nome.substr(1)) : nomes_.end();
+        if (original == nomes_.end())
             Desvio("tabela-sobra", nome, "", "está no banco e não no dicionário");
-        else if (!original->second.pendente)
+        else if (!abertas_.contains(original->first))
             Backup(nome, original->second);
     }
-    for (const auto& [nome, tabela] : guardadas_)
-        if (tabela.pendente)
-            Desvio("reconstrucao-pendente", tabela.nome, "",
+    for (const auto& [nome, tabela] : nomes_)
+        if (abertas_.contains(nome))
+            Desvio("reconstrucao-pendente", tabela, "",
                    fisicas_.contains(NomeDaBackup(nome))
                        ? "a reconstrução não terminou e os registros estão em " + NomeDaBackup(nome) +
                              ": rode a atualização de novo"
@@ -236,14 +192,14 @@ std::optional<std::int64_t> SoNaBackup(TConnection& conexao, const std::string& 
     }
 }
 
-void TConfere::Backup(const std::string& nome, const TTabelaGuardada& tabela) {
-    const std::string inicio = "tabela de backup da reconstrução de " + tabela.nome + ", que terminou: ";
+void TConfere::Backup(const std::string& nome, const std::string& tabela) {
+    const std::string inicio = "tabela de backup da reconstrução de " + tabela + ", que terminou: ";
     const auto faltam =
-        fisicas_.contains(ChaveDeNome(tabela.nome)) ? SoNaBackup(conexao_, nome, tabela.nome) : std::nullopt;
+        fisicas_.contains(ChaveDeNome(tabela)) ? SoNaBackup(conexao_, nome, tabela) : std::nullopt;
     if (!faltam)
         Desvio("backup-sobra", nome, "", inicio + "não pôde ser comparada com ela; não a apague sem conferir");
     else if (*faltam > 0)
-        Desvio("linhas-rejeitadas", tabela.nome, nome,
+        Desvio("linhas-rejeitadas", tabela, nome,
                "a tabela de backup " + nome + " tem " + std::to_string(*faltam) +
                    " registros que a tabela não tem, rejeitados na volta ou apagados depois: rode --repoe, e não a "
                    "apague antes de conferir");

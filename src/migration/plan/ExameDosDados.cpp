@@ -90,7 +90,7 @@ class TExame {
 
     void Colunas(const TDecisaoDaTabela& decisao, const std::vector<TColunaDicionario>& novas);
     void Chave(const TDecisaoDaTabela& decisao, const std::vector<TColunaDicionario>& novas);
-    void Indices(const std::vector<TIndicePrevisto>& indices, const std::vector<TColunaDicionario>& novas);
+    void Indices(const std::vector<TIndiceDicionario>& indices, const std::vector<TColunaDicionario>& novas);
 
     TAchados achados;
 
@@ -250,7 +250,7 @@ void TExame::Chave(const TDecisaoDaTabela& decisao, const std::vector<TColunaDic
                            {}});
 }
 
-void TExame::Indices(const std::vector<TIndicePrevisto>& indices, const std::vector<TColunaDicionario>& novas) {
+void TExame::Indices(const std::vector<TIndiceDicionario>& indices, const std::vector<TColunaDicionario>& novas) {
     const auto fisicos = ctx_.Conexao().Indices(tabela_);
     for (const auto& indice : indices) {
         std::vector<std::string> existentes, faltam;
@@ -281,7 +281,7 @@ void TExame::Indices(const std::vector<TIndicePrevisto>& indices, const std::vec
 }  // namespace
 
 TAchados ExaminaDados(TContexto& ctx, const std::string& tabela, const TDecisaoDaTabela& decisao,
-                      const std::vector<TColunaDicionario>& novas, const std::vector<TIndicePrevisto>& indices) {
+                      const std::vector<TColunaDicionario>& novas, const std::vector<TIndiceDicionario>& indices) {
     TExame exame(ctx, tabela);
     exame.Colunas(decisao, novas);
     exame.Chave(decisao, novas);

@@ -41,8 +41,6 @@ class TSuposicoes {
     TDataModulo& dm_;
 };
 
-using TIndicesPorTabela = std::map<std::string, std::vector<TIndicePrevisto>>;
-
 class TPlanejador {
   public:
     TPlanejador(TDataModulo& dm, const TOpcoes& opcoes, TEstado& estado) : ctx_{dm, opcoes, estado, {}, {}} {}
@@ -59,14 +57,13 @@ class TPlanejador {
     void LeIndices(const TPastaDeTrabalho& pasta);
     void LeFormatos();
     void Tabelas();
-    TPlanoDaTabela Tabela(const TMarcasDeAnalise& marcas);
+    TPlanoDaTabela Tabela(const std::string& nome, const TMarcasDeAnalise& marcas);
     void Achados(TPlanoDaTabela& tabela, const TDecisaoDaTabela& decisao);
     void ExaminaFormatos(TPlanoDaTabela& tabela);
     void ExaminaDependencias(TPlanoDaTabela& tabela);
 
     TContexto ctx_;
     TPlano plano_;
-    TIndicesPorTabela indices_;
     std::map<std::string, std::int64_t> formatos_;
 };
 
@@ -81,8 +78,7 @@ std::optional<TPlano> TPlanejador::Planeja() {
     Recusadas(CarregaDicionarios(ctx_, pasta));
     plano_.trocas = TrocasDeRegistros(ctx_.dm, pasta);
     Seleciona(ctx_);
-    ctx_.dm.SarquivoVelho.Open();
-    ctx_.dm.SatribVelho.Open();
+    LeDicionarioGravado(ctx_);
     ctx_.abertas = ReconstrucoesAbertas(ctx_.dm);
     TiraRepetidas();
     DesconsideraVersoesNegativas(ctx_);
@@ -90,9 +86,9 @@ std::optional<TPlano> TPlanejador::Planeja() {
     LeIndices(pasta);
     LeFormatos();
     Tabelas();
-    for (const auto& mudanca : MudancasExclusivas(ctx_))
+    for (const auto& mudanca : MudancasExclusivas(ctx_.novo, ctx_.gravado))
         for (auto& tabela : plano_.tabelas)
-            if (tabela.nome == Apara(mudanca.tabela)) tabela.exclusivas.push_back(mudanca.linha);
+            if (tabela.nome == mudanca.tabela) tabela.exclusivas.push_back(mudanca.linha);
     return std::move(plano_);
 }
 
@@ -128,11 +124,11 @@ void TPlanejador::Prepara() {
 
 /// The run takes the stored rows of a table away that occur more than once, but for those of an open rebuild.
 void TPlanejador::TiraRepetidas() {
-    TClientDataSet& velho = ctx_.dm.SarquivoVelho;
-    TClientDataSet& novo = ctx_.dm.SArquivoNovo;
-    for (novo.First(); !novo.Eof(); novo.Next())
-        if (velho.RecordCount() > 1 && !ctx_.abertas.contains(ChaveDeNome(velho.Texto("nome_arquivo"))))
-            while (!velho.IsEmpty()) velho.Delete();
+    std::map<std::pair<std::string, std::string>, int> vezes;
+    for (const auto& tabela : ctx_.gravado.Tabelas()) ++vezes[{tabela.modulo, ChaveDeNome(tabela.nome)}];
+    for (const auto& tabela : ctx_.novo.Tabelas())
+        if (vezes[{tabela.modulo, ChaveDeNome(tabela.nome)}] > 1 && !ctx_.abertas.contains(ChaveDeNome(tabela.nome)))
+            ctx_.gravado.EsqueceTabela(tabela.modulo, tabela.nome);
 }
 
 void TPlanejador::SupoeDicionario(const std::vector<TComandoDoDicionario>& comandos) {
@@ -151,27 +147,14 @@ void TPlanejador::SupoeDicionario(const std::vector<TComandoDoDicionario>& coman
 }
 
 void TPlanejador::SupoeAjustes(const std::vector<TTextoParaAjustar>& textos) {
-    TClientDataSet& velho = ctx_.dm.SatribVelho;
     for (const auto& texto : textos) {
         auto colunas = ctx_.dm.ColunasFisicas(texto.tabela);
         for (auto& coluna : colunas)
             if (IgualSemCaixa(coluna.nome, texto.coluna)) coluna.tamanho = kLarguraAjustada;
         ctx_.dm.SupoeColunas(texto.tabela, std::move(colunas));
+        if (TColunaDicionario* gravada = ctx_.gravado.Coluna(texto.tabela, texto.coluna))
+            gravada->tamanho = std::to_string(kTamanhoAjustado);
     }
-    if (textos.empty()) return;
-    TClientDataSet& tabelas = ctx_.dm.SArquivoNovo;
-    TClientDataSet& novo = ctx_.dm.SatribNovo;
-    for (tabelas.First(); !tabelas.Eof(); tabelas.Next())
-        for (novo.First(); !novo.Eof(); novo.Next()) {
-            const bool ajustado = !velho.IsEmpty() && std::ranges::any_of(textos, [&](const auto& texto) {
-                return IgualSemCaixa(texto.tabela, AparaFim(velho.Texto("arquivo"))) &&
-                       IgualSemCaixa(texto.coluna, AparaFim(velho.Texto("nome")));
-            });
-            if (!ajustado) continue;
-            velho.Edit();
-            velho.SetValor("tamanho", kTamanhoAjustado);
-            velho.Post();
-        }
 }
 
 /// Reads SINDSEC and SINDSECA: the package's where it brings them, else the stored ones.
@@ -185,35 +168,12 @@ void TPlanejador::LeIndices(const TPastaDeTrabalho& pasta) {
             return memoria;
         }
         if (!ctx_.dm.ExisteTabela(tabela)) return memoria;
-        const auto comando = ctx_.Conexao().Prepara("select * from " + std::string(tabela));
-        comando->Abre();
-        memoria.campos = comando->Campos();
-        while (comando->Proximo()) {
-            memoria.linhas.emplace_back();
-            for (std::size_t i = 0; i < memoria.campos.size(); ++i) memoria.linhas.back().push_back(comando->Valor(i));
-        }
+        memoria = LeTudo(*ctx_.Conexao().Prepara("select * from " + std::string(tabela)));
         Recusadas(RecusaNomes(memoria, tabela, tabela));
         return memoria;
     };
-    const auto campo = [](const TTabelaEmMemoria& memoria, const TLinha& linha, std::string_view nome) {
-        const int indice = IndiceDoCampo(memoria.campos, nome);
-        return indice < 0 ? std::string() : std::string(Apara(linha[static_cast<std::size_t>(indice)].ComoTexto()));
-    };
-    const auto indices = le("SINDSEC");
-    for (const auto& linha : indices.linhas)
-        indices_[ChaveDeNome(campo(indices, linha, "ARQUIVO"))].push_back(
-            {campo(indices, linha, "NOME"), campo(indices, linha, "TIPO") == "1", {}});
-
-    auto colunas = le("SINDSECA");
-    const int sequencia = IndiceDoCampo(colunas.campos, "SEQUENCIA");
-    if (sequencia >= 0)
-        std::ranges::stable_sort(colunas.linhas, {}, [&](const TLinha& linha) {
-            return linha[static_cast<std::size_t>(sequencia)].ComoInteiro();
-        });
-    for (const auto& linha : colunas.linhas)
-        for (auto& indice : indices_[ChaveDeNome(campo(colunas, linha, "ARQUIVO"))])
-            if (IgualSemCaixa(indice.nome, campo(colunas, linha, "NOME")))
-                indice.colunas.push_back(campo(colunas, linha, "CAMPO"));
+    const auto indices = le("SINDSEC"), colunas = le("SINDSECA");
+    ctx_.novo.LeIndices(indices, colunas);
 }
 
 void TPlanejador::LeFormatos() {
@@ -228,11 +188,10 @@ void TPlanejador::Tabelas() {
     const TMarcasDeAnalise marcas(ctx_);
     TClientDataSet& tabelas = ctx_.dm.SArquivoNovo;
     for (tabelas.First(); !tabelas.Eof(); tabelas.Next())
-        if (!TabelaAtual(ctx_).empty()) plano_.tabelas.push_back(Tabela(marcas));
+        if (const auto* tabela = TabelaAtual(ctx_)) plano_.tabelas.push_back(Tabela(tabela->nome, marcas));
 }
 
-TPlanoDaTabela TPlanejador::Tabela(const TMarcasDeAnalise& marcas) {
-    const std::string nome = TabelaAtual(ctx_);
+TPlanoDaTabela TPlanejador::Tabela(const std::string& nome, const TMarcasDeAnalise& marcas) {
     ctx_.Tela().LblGeral("Analisando Tabela: " + nome);
     const TDecisaoDaTabela decisao = DecideTabela(ctx_, marcas);
     TPlanoDaTabela tabela;
@@ -274,7 +233,7 @@ void TPlanejador::Achados(TPlanoDaTabela& tabela, const TDecisaoDaTabela& decisa
     }
     ExaminaFormatos(tabela);
     if (!existe) return;
-    const auto exame = ExaminaDados(ctx_, tabela.nome, decisao, novas, indices_[ChaveDeNome(tabela.nome)]);
+    const auto exame = ExaminaDados(ctx_, tabela.nome, decisao, novas, ctx_.novo.Indices(tabela.nome));
     tabela.achados.insert(tabela.achados.end(), exame.begin(), exame.end());
 }
 

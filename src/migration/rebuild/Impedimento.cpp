@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "alter/DicionarioDaTabela.h"
-#include "decision/Comparacao.h"
+#include "decision/DecisaoDaTabela.h"
 #include "rebuild/EstadoDaReconstrucao.h"
 #include "rows/WKDQuery.h"
 #include "tables/TBComandos.h"
@@ -38,17 +38,11 @@ bool EhTabelaDoDicionario(TContexto& ctx, const std::string& nome) {
 
 }  // namespace
 
-bool NuncaReconstruida(std::string_view tabela) {
-    static constexpr std::string_view kTabelas[] = {"SATRIB", "SARQUIVO", "TINI"};
-    return std::ranges::any_of(kTabelas, [&](std::string_view nome) { return IgualSemCaixa(nome, tabela); });
-}
-
 std::vector<TColunaDicionario> ColunasNovas(TContexto& ctx, const std::string& tabela) {
     const bool mescla = ctx.dm.ExisteTabela("SATRIB_USER");
     std::vector<TColunaDicionario> colunas;
-    TClientDataSet& novo = ctx.dm.SatribNovo;
-    for (novo.First(); !novo.Eof(); novo.Next())
-        if (auto coluna = ColunaDe(novo); coluna && !(mescla && DoUsuario(coluna->nome))) colunas.push_back(*coluna);
+    for (const auto& coluna : ctx.novo.Colunas(tabela))
+        if (!(mescla && DoUsuario(coluna.nome))) colunas.push_back(coluna);
     if (mescla && !colunas.empty()) AcrescentaPersonalizadas(ctx, tabela, colunas);
     std::ranges::stable_sort(colunas, {}, &TColunaDicionario::sequencia);
     return colunas;
@@ -57,7 +51,7 @@ std::vector<TColunaDicionario> ColunasNovas(TContexto& ctx, const std::string& t
 std::optional<std::string> ImpedimentoDaReconstrucao(TContexto& ctx, const std::string& nome) {
     const std::string tabela = Maiusculas(nome);
     if (NuncaReconstruida(tabela)) return "A própria reconstrução usa a tabela " + tabela;
-    if (ctx.dm.SatribNovo.IsEmpty()) return "O pacote não tem colunas da tabela " + tabela;
+    if (ctx.novo.Colunas(nome).empty()) return "O pacote não tem colunas da tabela " + tabela;
     if (const std::string backup = NomeDaBackup(tabela); EhTabelaDoDicionario(ctx, backup))
         return "A tabela de backup " + backup + " teria o nome de uma tabela do dicionário";
     if (EstadoDaReconstrucao(ctx, tabela) == TEstadoDaReconstrucao::Alheia) return TTB::NaoEhBackup(tabela);

@@ -15,10 +15,6 @@ namespace wkd {
 /// The table's columns as the dictionary will have them, those of the customer among them.
 std::vector<TColunaDicionario> ColunasNovas(TContexto& ctx, const std::string& nome);
 
-/// Whether the table is altered in place whatever changes: the rebuild reads the dictionary from it, or keeps there how
-/// far it has come.
-bool NuncaReconstruida(std::string_view tabela);
-
 /// Why a table must not be rebuilt: the package's columns of it cannot make a table, its backup table would have the
 /// name of a business table or of somebody's own, or the rebuild itself lives on it. Expects SatribNovo on the table.
 std::optional<std::string> ImpedimentoDaReconstrucao(TContexto& ctx, const std::string& nome);

@@ -96,10 +96,10 @@ void TAtualizacao::Reabre() {
         ctx_.Conexao().Derruba(perdida);
     }
     dm.AtualizaListaDeTabelas();
-    for (TClientDataSet* velho : {&dm.SarquivoVelho, &dm.SatribVelho}) {
-        const bool aberto = velho->Active();
-        velho->Close();
-        if (aberto) velho->Open();
+    if (const bool aberto = dm.SarquivoVelho.Active(); aberto) {
+        dm.SarquivoVelho.Close();
+        dm.SatribVelho.Close();
+        LeDicionarioGravado(ctx_);
     }
     ctx_.Tela().Memo1("Conexão com o banco de dados reaberta: a atualização segue com o próximo passo.");
 }
@@ -120,8 +120,7 @@ TFimDaAtualizacao TAtualizacao::Corre(TPastaDeTrabalho& pasta) {
     ctx_.abertas = ReconstrucoesAbertas(ctx_.dm);
     Passo("VerificaDuplicidadeSarquivo", [this] { VerificaDuplicidadeSarquivo(ctx_); });
     GaranteConexao();
-    ctx_.dm.SarquivoVelho.Open();
-    ctx_.dm.SatribVelho.Open();
+    LeDicionarioGravado(ctx_);
     DesconsideraVersoesNegativas(ctx_);
     if (!LiberadaPelosUsuarios()) return TFimDaAtualizacao::Encerrada;
     ValidaNulos();

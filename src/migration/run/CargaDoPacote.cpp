@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "process/Interrupcao.h"
+#include "rows/LinhasDoDataSet.h"
 #include "values/Texto.h"
 
 namespace wkd {
@@ -16,16 +17,6 @@ std::vector<std::string> NomesListados(const std::vector<std::string>& linhas) {
     for (const auto& linha : linhas)
         if (const auto nome = Apara(linha); !nome.empty()) nomes.emplace_back(nome);
     return nomes;
-}
-
-std::string FiltroDeTabelas(const std::vector<std::string>& tabelas) {
-    if (tabelas.empty()) return {};
-    const auto compara = [](const std::string& tabela) { return "Upper(nome_arquivo) = " + Aspas(Maiusculas(tabela)); };
-    if (tabelas.size() == 1) return compara(tabelas.front());
-
-    std::string filtro = "((" + compara(tabelas.front()) + ")";
-    for (std::size_t i = 1; i < tabelas.size(); ++i) filtro += " or (" + compara(tabelas[i]) + ")";
-    return filtro + ")";
 }
 
 namespace {
@@ -147,34 +138,53 @@ std::vector<TLinhaRecusada> CarregaDicionarios(TContexto& ctx, const TPastaDeTra
         throw TErroPacote("O dicionário do pacote não tem nomes que sirvam. É preciso um pacote completo.");
     const TGrafias grafias = UnificaTabelas(ctx, tabelas);
     if (!grafias.empty()) UnificaColunas(colunas, grafias);
+    ctx.novo.LeTabelas(tabelas);
+    ctx.novo.LeColunas(colunas);
     dm.SArquivoNovo.Carrega(std::move(tabelas));
     dm.SatribNovo.Carrega(std::move(colunas));
     return recusadas;
 }
 
+void LeDicionarioGravado(TContexto& ctx) {
+    TDataModulo& dm = ctx.dm;
+    dm.SarquivoVelho.Open();
+    dm.SatribVelho.Open();
+    ctx.gravado.LeTabelas(dm.SarquivoVelho.Todas());
+    ctx.gravado.LeColunas(dm.SatribVelho.Todas());
+}
+
 /// The version that an open rebuild (VERSAO -1) began at is not known any more: any version ends it.
 void DesconsideraVersoesNegativas(TContexto& ctx) {
-    TClientDataSet& novo = ctx.dm.SArquivoNovo;
-    for (novo.First(); !novo.Eof(); novo.Next()) {
-        if (novo.Inteiro("versao") >= 0) continue;
-        const std::string tabela(Apara(novo.Texto("nome_arquivo")));
-        const std::string linha = "Tabela " + tabela + ": a versão " + novo.Texto("versao") +
+    TClientDataSet& linhas = ctx.dm.SArquivoNovo;
+    for (linhas.First(); !linhas.Eof(); linhas.Next()) {
+        const TTabelaDicionario* tabela = TabelaAtual(ctx);
+        if (!tabela || tabela->versao.value_or(0) >= 0) continue;
+        const std::string linha = "Tabela " + tabela->nome + ": a versão " + std::to_string(*tabela->versao) +
                                   " do pacote não é válida, e conta a gravada no banco";
         ctx.Tela().Memo2(linha);
-        ctx.Tela().SetLog(linha, tabela, "Versões do pacote");
-        const TValor gravada = ctx.dm.SarquivoVelho.Valor("versao");
-        novo.Edit();
-        novo.SetValor("versao", gravada.ComoInteiro() < 0 ? TValor() : gravada);
-        novo.Post();
+        ctx.Tela().SetLog(linha, tabela->nome, "Versões do pacote");
+        const TTabelaDicionario* gravada = ctx.gravado.Tabela(tabela->modulo, tabela->nome);
+        const auto vale = gravada && gravada->versao.value_or(0) >= 0 ? gravada->versao : std::nullopt;
+        ctx.novo.SupoeVersao(tabela->modulo, tabela->nome, vale);
+        linhas.Edit();
+        linhas.SetValor("versao", vale ? TValor(*vale) : TValor());
+        linhas.Post();
     }
 }
 
 /// The filter is in force before the first use of the package's tables, so that all steps see the selected ones.
 void Seleciona(TContexto& ctx) {
-    TClientDataSet& tabelas = ctx.dm.SArquivoNovo;
-    tabelas.SetFilter(ctx.opcoes.tabelasSelecionadas ? FiltroDeTabelas(NomesListados(ctx.opcoes.tabelas))
-                                                     : std::string());
-    tabelas.SetFiltered(ctx.opcoes.tabelasSelecionadas);
+    if (!ctx.opcoes.tabelasSelecionadas) return ctx.dm.SArquivoNovo.SetFiltered(false);
+    const auto nomes = NomesListados(ctx.opcoes.tabelas);
+    ctx.novo.LimitaA(nomes);
+    ctx.dm.SArquivoNovo.SetFilter("nome_arquivo", TLinha(nomes.begin(), nomes.end()));
+    ctx.dm.SArquivoNovo.SetFiltered(true);
+}
+
+const TTabelaDicionario* TabelaAtual(const TContexto& ctx) {
+    const TClientDataSet& atual = ctx.dm.SArquivoNovo;
+    const std::string nome = atual.Texto("nome_arquivo");
+    return Apara(nome).empty() ? nullptr : ctx.novo.Tabela(ChaveDeValor(atual.Valor("cod_modulo")), nome);
 }
 
 }  // namespace wkd

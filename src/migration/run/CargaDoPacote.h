@@ -12,9 +12,6 @@ namespace wkd {
 /// The table names among the lines of a list: blank ones are none.
 std::vector<std::string> NomesListados(const std::vector<std::string>& linhas);
 
-/// Filter of SArquivoNovo that shows the listed tables only; empty for an empty list.
-std::string FiltroDeTabelas(const std::vector<std::string>& tabelas);
-
 // First steps of whatever works with a package. Those that answer false have said why.
 
 /// What the connection's server is. A connection found dead is opened again: nothing has been begun on it.
@@ -23,13 +20,17 @@ std::string ServidorVivo(TConnection& conexao);
 bool TemDicionario(TContexto& ctx);
 /// Extracts the package of the options into the working directory.
 bool Desempacota(TContexto& ctx, TPastaDeTrabalho& pasta);
-/// Loads the package's dictionary into SArquivoNovo and SatribNovo but the rows that it answers with, which are
-/// reported. Throws TErroPacote when it cannot be used.
+/// Loads the package's dictionary, into SArquivoNovo and SatribNovo as well, but the rows that it answers with, which
+/// are reported. Throws TErroPacote when it cannot be used.
 std::vector<TLinhaRecusada> CarregaDicionarios(TContexto& ctx, const TPastaDeTrabalho& pasta);
+/// Reads the stored dictionary, into SarquivoVelho and SatribVelho as well. Throws TErroBanco.
+void LeDicionarioGravado(TContexto& ctx);
 /// A table's negative version in the package, which would say that its rebuild is open, counts as the stored one and is
-/// reported. Expects the stored dictionary open.
+/// reported. Expects the stored dictionary read.
 void DesconsideraVersoesNegativas(TContexto& ctx);
-/// From now on SArquivoNovo shows the tables that the options select.
+/// From now on SArquivoNovo and the package's dictionary show the tables that the options select.
 void Seleciona(TContexto& ctx);
+/// The current table of SArquivoNovo; null where it has no name.
+const TTabelaDicionario* TabelaAtual(const TContexto& ctx);
 
 }  // namespace wkd

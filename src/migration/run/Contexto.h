@@ -13,6 +13,7 @@
 #include "connection/Erros.h"
 #include "datamodule/DataModulo.h"
 #include "layout/Tini.h"
+#include "tables/Dicionario.h"
 #include "values/Valor.h"
 
 namespace wkd {
@@ -105,6 +106,8 @@ struct TContexto {
     std::string acaoAtual;
     bool repeteTabela = false;  // something of the table failed: the next run analyses it again
     TEvidencia evidencia = {};
+    TDicionario novo = {};                      // of the package
+    TDicionario gravado = {};                   // of the database, as the run found it
     std::set<std::string> comRecusadas = {};    // tables of which a row of the package was passed over
     std::set<std::string> desatualizadas = {};  // tables whose rows in SatribVelho statements have replaced
     TReconstrucoesAbertas abertas = {};         // as the run found them, and as its rebuilds change them
