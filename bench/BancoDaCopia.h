@@ -5,7 +5,7 @@
 
 #include "Bancada.h"
 #include "TelaMuda.h"
-#include "run/Contexto.h"
+#include "context/Contexto.h"
 
 namespace wkd {
 

@@ -6,8 +6,8 @@
 #include "PastaTemporaria.h"
 #include "aliases/Aliases.h"
 #include "connection/Connection.h"
+#include "context/Contexto.h"
 #include "packet/DataPacket.h"
-#include "run/Contexto.h"
 
 namespace wkd {
 

@@ -8,10 +8,10 @@
 #include "commands/ComandosDeBanco.h"
 #include "commands/Eco.h"
 #include "commands/LinhaDeComando.h"
+#include "commands/Preferencias.h"
 #include "process/Interrupcao.h"
 #include "process/Programa.h"
 #include "window/Assistente.h"
-#include "window/Preferencias.h"
 
 namespace {
 

@@ -5,9 +5,9 @@
 #include <optional>
 #include <vector>
 
+#include "package/ArquivoNovo.h"
 #include "package/Caminho.h"
 #include "package/Pacote.h"
-#include "packet/EscritoresPacote.h"
 #include "process/EscritaSegura.h"
 #include "values/ConteudoDeArquivo.h"
 #include "values/Texto.h"

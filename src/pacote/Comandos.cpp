@@ -7,9 +7,9 @@
 #include "Montagem.h"
 #include "PacoteJson.h"
 #include "RelatoDoPacote.h"
-#include "connection/Erros.h"
 #include "package/Caminho.h"
 #include "server/HBNConnection.h"
+#include "values/Erros.h"
 
 namespace wkd {
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <set>
 
-#include "connection/Erros.h"
 #include "packet/DataPacket.h"
 #include "tables/TBComandos.h"
+#include "values/Erros.h"
 #include "values/Texto.h"
 
 namespace wkd {

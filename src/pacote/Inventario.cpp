@@ -6,7 +6,7 @@
 
 #include "LinhaJson.h"
 #include "package/Caminho.h"
-#include "package/DicionarioDoPacote.h"
+#include "packet/DicionarioDoPacote.h"
 #include "values/Texto.h"
 
 namespace wkd {

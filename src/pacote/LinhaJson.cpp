@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
-#include "connection/Erros.h"
 #include "packet/Codigos.h"
 #include "packet/FontePacote.h"
 #include "packet/FormaXml.h"
+#include "values/Erros.h"
 #include "values/Texto.h"
 
 namespace wkd {

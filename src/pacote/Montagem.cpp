@@ -5,8 +5,8 @@
 #include "Inventario.h"
 #include "PacoteJson.h"
 #include "package/Caminho.h"
-#include "package/DicionarioDoPacote.h"
 #include "package/Pacote.h"
+#include "packet/DicionarioDoPacote.h"
 #include "values/ConteudoDeArquivo.h"
 #include "values/Texto.h"
 

@@ -5,7 +5,7 @@
 #include <set>
 #include <unordered_map>
 
-#include "package/DicionarioDoPacote.h"
+#include "packet/DicionarioDoPacote.h"
 #include "values/Texto.h"
 
 namespace wkd {

@@ -7,8 +7,8 @@
 #include <QMessageBox>
 
 #include "JanelaApoio.h"
+#include "commands/Preferencias.h"
 #include "window/Dialogos.h"
-#include "window/Preferencias.h"
 
 namespace wkd {
 namespace {

@@ -8,8 +8,8 @@
 #include "ModuloTemporario.h"
 #include "ProgramaApoio.h"
 #include "commands/Eco.h"
+#include "commands/PreencheDados.h"
 #include "values/Texto.h"
-#include "window/PaginaAlias.h"
 
 namespace wkd {
 namespace {

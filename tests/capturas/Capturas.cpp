@@ -9,9 +9,9 @@
 #include <iostream>
 
 #include "../app/JanelaApoio.h"
+#include "commands/Preferencias.h"
 #include "window/Dialogos.h"
 #include "window/EstiloAmetista.h"
-#include "window/Preferencias.h"
 
 using namespace wkd;
 

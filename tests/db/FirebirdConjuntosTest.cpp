@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "BancoTemporario.h"
-#include "connection/Erros.h"
 #include "firebird/ConexaoFirebird.h"
+#include "values/Erros.h"
 
 namespace wkd {
 namespace {

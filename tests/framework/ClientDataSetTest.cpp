@@ -4,7 +4,7 @@
 
 #include <stdexcept>
 
-#include "connection/Erros.h"
+#include "values/Erros.h"
 
 namespace wkd {
 namespace {

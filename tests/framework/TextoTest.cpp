@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "connection/Erros.h"
 #include "values/Base64.h"
+#include "values/Erros.h"
 
 namespace wkd {
 namespace {

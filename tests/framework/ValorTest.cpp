@@ -5,7 +5,7 @@
 #include <cmath>
 #include <limits>
 
-#include "connection/Erros.h"
+#include "values/Erros.h"
 
 namespace wkd {
 namespace {

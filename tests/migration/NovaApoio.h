@@ -12,9 +12,9 @@
 #include "BancoTemporario.h"
 #include "Linhas.h"
 #include "TelaDeTeste.h"
+#include "context/Contexto.h"
 #include "firebird/ConexaoFirebird.h"
 #include "rebuild/Nova.h"
-#include "run/Contexto.h"
 #include "values/Texto.h"
 
 namespace wkd {

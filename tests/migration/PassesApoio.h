@@ -9,9 +9,9 @@
 
 #include "BancoTemporario.h"
 #include "TelaDeTeste.h"
+#include "context/Contexto.h"
 #include "firebird/ConexaoFirebird.h"
 #include "rows/WKDQuery.h"
-#include "run/Contexto.h"
 #include "values/Texto.h"
 
 namespace wkd {

@@ -1,8 +1,8 @@
 #include "Arquivos.h"
 #include "PassesApoio.h"
+#include "context/CargaDoPacote.h"
 #include "package/Pacote.h"
 #include "passes/Passes.h"
-#include "run/CargaDoPacote.h"
 
 namespace wkd {
 namespace {

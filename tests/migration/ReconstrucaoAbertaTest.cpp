@@ -1,8 +1,8 @@
 // Which "B" + table is a backup, what a rebuild does with it, and when a rebuild is open.
 #include "NovaApoio.h"
-#include "alter/PassoDaTabela.h"
+#include "context/CargaDoPacote.h"
 #include "passes/Passes.h"
-#include "run/CargaDoPacote.h"
+#include "run/PassoDaTabela.h"
 #include "tables/MarcaDaBackup.h"
 
 namespace wkd {
@@ -250,6 +250,9 @@ TEST(ReconstrucaoAbertaTest, ANegativeVersionOfThePackageCountsAsTheStoredOne) {
     banco.dm_.SArquivoNovo.SetValor("versao", -1);
     banco.dm_.SArquivoNovo.Post();
     banco.LimpaTela();
+    LeDicionarioNovo(banco.ctx_);
+    LeDicionarioGravado(banco.ctx_);
+    banco.dm_.SArquivoNovo.First();
     DesconsideraVersoesNegativas(banco.ctx_);
     EXPECT_NE(banco.Memo2().find("Tabela TCLI: a versão -1 do pacote não é válida"), std::string::npos);
     banco.Passo();

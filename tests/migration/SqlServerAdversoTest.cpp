@@ -11,7 +11,7 @@
 #include "odbc/ConexaoOdbc.h"
 #include "package/Pacote.h"
 #include "packet/DataPacket.h"
-#include "rebuild/ObjetosDaTabela.h"
+#include "alter/ObjetosDaTabela.h"
 #include "run/Atualizacao.h"
 #include "server/Vigia.h"
 #include "tables/TBComandos.h"

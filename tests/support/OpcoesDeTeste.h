@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "run/Contexto.h"
+#include "context/Contexto.h"
 
 namespace wkd {
 

@@ -3,10 +3,10 @@
 #include <iostream>
 
 #include "commands/LinhaDoTerminal.h"
+#include "commands/PreencheDados.h"
 #include "report/PlanoEmTexto.h"
 #include "run/TravaDoBanco.h"
 #include "server/Vigia.h"
-#include "window/PaginaAlias.h"
 
 namespace wkd {
 

@@ -3,9 +3,8 @@
 #include <functional>
 
 #include "commands/LinhaDeComando.h"
+#include "commands/Preferencias.h"
 #include "process/Programa.h"
-#include "run/Contexto.h"
-#include "window/Preferencias.h"
 
 namespace wkd {
 

@@ -6,10 +6,10 @@
 #include <clocale>
 
 #include "commands/Eco.h"
+#include "commands/Preferencias.h"
 #include "window/Controles.h"
 #include "window/Dialogos.h"
 #include "window/EstiloAmetista.h"
-#include "window/Preferencias.h"
 
 namespace wkd {
 

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "commands/Preferencias.h"
 #include "process/Programa.h"
 #include "window/FMAtualiza.h"
-#include "window/Preferencias.h"
 
 namespace wkd {
 

@@ -7,12 +7,12 @@
 #include <optional>
 
 #include "Progresso.h"
+#include "commands/Preferencias.h"
+#include "context/Contexto.h"
 #include "process/Interrupcao.h"
 #include "process/Programa.h"
-#include "run/Contexto.h"
 #include "run/RegistroDaExecucao.h"
 #include "window/Navegacao.h"
-#include "window/Preferencias.h"
 #include "window/TelaDaJanela.h"
 
 class QLabel;

@@ -4,13 +4,13 @@
 #include <QPushButton>
 
 #include "commands/ComandosDeBackup.h"
+#include "context/CargaDoPacote.h"
 #include "passes/Passes.h"
 #include "process/EscritaSegura.h"
 #include "process/Interrupcao.h"
 #include "report/PlanoEmTexto.h"
 #include "report/RelatorioDaExecucao.h"
 #include "run/Atualizacao.h"
-#include "run/CargaDoPacote.h"
 #include "server/Vigia.h"
 #include "values/Texto.h"
 #include "window/Controles.h"

@@ -4,8 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "run/Contexto.h"
-#include "run/UsuariosOnline.h"
+#include "commands/PreencheDados.h"
 
 class QLabel;
 class QLineEdit;
@@ -14,7 +13,6 @@ class QTableWidget;
 namespace wkd {
 
 class TListaDeAlias;
-struct TDadosDoAlias;
 
 /// Page "alias": which database, and who is connected to it.
 class TPaginaAlias : public QWidget {
@@ -39,18 +37,5 @@ class TPaginaAlias : public QWidget {
     QLabel* lblNumUsuarios_;
     QTableWidget* gridUsuariosOnline_;
 };
-
-/// What the alias page shows of the chosen alias.
-struct TDadosDoAlias {
-    std::string numUsuarios;  // or "-1 (Versão HBN3)"
-    std::vector<TUsuarioOnline> usuarios;
-    std::string caminhoBanco;
-    bool usuariosOnline = false;    // the database has its table of connected users
-    std::string erro;               // why the alias could not be opened; empty otherwise
-    bool outraAtualizacao = false;  // which has the database file: that is why
-};
-
-/// Opens the alias on the data module's connection and lists its connected users; sets the online-users flag.
-TDadosDoAlias PreencheDados(TDataModulo& dm, TEstado& estado, const std::string& alias);
 
 }  // namespace wkd

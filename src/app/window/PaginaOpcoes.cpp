@@ -5,7 +5,7 @@
 #include <QPlainTextEdit>
 #include <QRadioButton>
 
-#include "run/Contexto.h"
+#include "context/Contexto.h"
 #include "window/Controles.h"
 #include "window/Dialogos.h"
 

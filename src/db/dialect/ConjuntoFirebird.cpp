@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "connection/Erros.h"
+#include "values/Erros.h"
 #include "values/Texto.h"
 
 namespace wkd {

@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "connection/Erros.h"
+#include "values/Erros.h"
 
 namespace wkd {
 

@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-#include "connection/Erros.h"
+#include "values/Erros.h"
 
 namespace wkd {
 

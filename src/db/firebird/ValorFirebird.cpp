@@ -4,9 +4,9 @@
 #include <cstring>
 #include <limits>
 
-#include "connection/Erros.h"
 #include "dialect/ConjuntoFirebird.h"
 #include "driver/ValorDoDriver.h"
+#include "values/Erros.h"
 #include "values/Texto.h"
 
 namespace wkd {

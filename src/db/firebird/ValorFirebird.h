@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "rows/Campo.h"
+#include "values/Campo.h"
 
 namespace wkd {
 

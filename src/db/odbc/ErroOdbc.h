@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "connection/Erros.h"
+#include "values/Erros.h"
 #include "values/Texto.h"
 
 namespace wkd {

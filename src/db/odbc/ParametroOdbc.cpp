@@ -5,8 +5,8 @@
 #include <cmath>
 #include <limits>
 
-#include "connection/Erros.h"
 #include "driver/ValorDoDriver.h"
+#include "values/Erros.h"
 #include "values/Texto.h"
 
 namespace wkd {

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "odbc/SessaoOdbc.h"
-#include "rows/Campo.h"
+#include "values/Campo.h"
 
 namespace wkd {
 

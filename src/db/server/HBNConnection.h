@@ -12,7 +12,7 @@
 
 #include "aliases/Aliases.h"
 #include "connection/Connection.h"
-#include "rows/Campo.h"
+#include "values/Campo.h"
 
 namespace wkd {
 

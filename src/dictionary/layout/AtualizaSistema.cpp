@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "layout/Tini.h"
-#include "package/DicionarioDoPacote.h"
+#include "packet/DicionarioDoPacote.h"
 #include "rows/WKDQuery.h"
 #include "values/Texto.h"
 

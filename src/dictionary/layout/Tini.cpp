@@ -109,6 +109,12 @@ TReconstrucoesAbertas ReconstrucoesAbertas(TDataModulo& dm) {
     return abertas;
 }
 
+bool ReconstrucaoPendente(TConnection& conexao, std::string_view tabela) {
+    return ContaRegistros(conexao,
+                          "select count(*) as total from SARQUIVO where VERSAO = " + std::to_string(kVersaoPendente) +
+                              " and Upper(NOME_ARQUIVO) = " + Aspas(Maiusculas(tabela))) > 0;
+}
+
 bool GuardaAberta(const TReconstrucoesAbertas& abertas, std::string_view tabela) {
     const std::string nome = ChaveDeNome(tabela);
     return abertas.contains(nome) || (TemNomeDeBackup(nome) && abertas.contains(nome.substr(1)));

@@ -31,6 +31,8 @@ void ApagaRetirados(TConnection& conexao, const std::set<std::string>& nomes);
 
 /// SARQUIVO.VERSAO of a table whose rows wait in a complete backup table.
 inline constexpr std::int64_t kVersaoPendente = -1;
+/// Whether the table carries it, whatever its module. The answer is that of the database.
+bool ReconstrucaoPendente(TConnection& conexao, std::string_view tabela);
 /// Section of TINI with a mark for each open rebuild, by table in capitals.
 inline constexpr std::string_view kSecaoDaReconstrucao = "ReconstroiTabela";
 

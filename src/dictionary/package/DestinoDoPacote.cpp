@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <system_error>
 
+#include "package/ArquivoNovo.h"
 #include "package/Caminho.h"
-#include "packet/EscritoresPacote.h"
 #include "values/Texto.h"
 
 namespace wkd {

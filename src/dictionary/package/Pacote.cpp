@@ -6,10 +6,10 @@
 #include <memory>
 #include <string>
 
+#include "package/ArquivoNovo.h"
 #include "package/Caminho.h"
 #include "package/DestinoDoPacote.h"
 #include "package/Trava.h"
-#include "packet/EscritoresPacote.h"
 #include "process/EscritaSegura.h"
 #include "process/Interrupcao.h"
 #include "values/Texto.h"

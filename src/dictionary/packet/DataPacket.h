@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "package/Pacote.h"
-#include "rows/Campo.h"
+#include "values/Campo.h"
 #include "values/Valor.h"
 
 namespace wkd {

@@ -3,10 +3,10 @@
 #include <cmath>
 #include <stdexcept>
 
-#include "connection/Erros.h"
 #include "packet/Codigos.h"
 #include "packet/EscritoresPacote.h"
 #include "packet/ValoresDoPacote.h"
+#include "values/Erros.h"
 #include "values/Texto.h"
 
 namespace wkd {

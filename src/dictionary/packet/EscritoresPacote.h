@@ -8,30 +8,10 @@
 #include <system_error>
 #include <vector>
 
+#include "package/ArquivoNovo.h"
 #include "packet/DataPacket.h"
 
 namespace wkd {
-
-/// File that did not exist before; an existing name, a link included, is an error. Every operation throws
-/// TErroPacote with the system's cause.
-class TArquivoNovo {
-  public:
-    explicit TArquivoNovo(std::filesystem::path caminho);
-    ~TArquivoNovo();
-    TArquivoNovo(const TArquivoNovo&) = delete;
-    TArquivoNovo& operator=(const TArquivoNovo&) = delete;
-
-    void Grava(std::string_view bytes);
-    /// The bytes are stored when it returns.
-    void Fecha();
-
-  private:
-    std::filesystem::path caminho_;
-    std::FILE* arquivo_;
-};
-
-/// Throws TErroPacote for a path that cannot be written.
-[[noreturn]] void NaoGrava(const std::filesystem::path& caminho, std::error_code erro);
 
 /// Packet file being written, under another name until it is complete: the old file may be the source of blobs.
 class TSaidaPacote {

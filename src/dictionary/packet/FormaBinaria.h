@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "packet/FontePacote.h"
-#include "rows/Campo.h"
+#include "values/Campo.h"
 
 namespace wkd {
 

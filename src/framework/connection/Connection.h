@@ -11,8 +11,8 @@
 #include <string_view>
 #include <vector>
 
-#include "connection/Erros.h"
-#include "rows/Campo.h"
+#include "values/Campo.h"
+#include "values/Erros.h"
 
 namespace wkd {
 

@@ -8,9 +8,9 @@
 #include <string_view>
 #include <vector>
 
-#include "rows/Campo.h"
 #include "rows/LinhasDoDataSet.h"
 #include "screen/Tela.h"
+#include "values/Campo.h"
 
 namespace wkd {
 

@@ -8,7 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "rows/Campo.h"
+#include "values/Campo.h"
 
 namespace wkd {
 

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "rows/Campo.h"
+#include "values/Campo.h"
 
 namespace wkd {
 

@@ -7,7 +7,7 @@
 #include <optional>
 #include <stdexcept>
 
-#include "connection/Erros.h"
+#include "values/Erros.h"
 
 // Character sets of Texto.h: UTF-8 and Windows-1252.
 

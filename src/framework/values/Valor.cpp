@@ -5,7 +5,7 @@
 #include <cstring>
 #include <optional>
 
-#include "connection/Erros.h"
+#include "values/Erros.h"
 #include "values/Texto.h"
 #include "values/TextoDeData.h"
 #include "values/TextoDeNumero.h"

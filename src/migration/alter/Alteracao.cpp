@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "alter/DicionarioDaTabela.h"
-#include "rebuild/ObjetosDaTabela.h"
+#include "alter/ObjetosDaTabela.h"
 #include "rows/WKDQuery.h"
 #include "tables/TBComandos.h"
 #include "values/Texto.h"

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "alter/IndicesGuardados.h"
+#include "context/Contexto.h"
 #include "decision/Comparacao.h"
-#include "run/Contexto.h"
 
 namespace wkd {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "run/Contexto.h"
+#include "context/Contexto.h"
 
 namespace wkd {
 

@@ -5,9 +5,9 @@
 #include <stdexcept>
 #include <utility>
 
+#include "context/EspacoEmDisco.h"
 #include "copy/ColunasDaCopia.h"
 #include "driver/ValorDoDriver.h"
-#include "plan/ExameDosDados.h"
 #include "values/Texto.h"
 
 namespace wkd {

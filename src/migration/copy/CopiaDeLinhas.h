@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
+#include "context/Contexto.h"
 #include "copy/ColunasDaCopia.h"
 #include "copy/CopiaNoServidor.h"
 #include "copy/Rejeitados.h"
-#include "run/Contexto.h"
 
 namespace wkd {
 

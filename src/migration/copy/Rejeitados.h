@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "context/Contexto.h"
 #include "process/EscritaSegura.h"
-#include "run/Contexto.h"
 
 namespace wkd {
 

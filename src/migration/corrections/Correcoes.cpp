@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "alter/IndicesGuardados.h"
+#include "context/Contexto.h"
 #include "dialect/Dialeto.h"
 #include "layout/Tini.h"
-#include "run/Contexto.h"
 #include "values/Texto.h"
 
 namespace wkd {

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "connection/Connection.h"
-#include "run/Contexto.h"
+#include "context/Contexto.h"
 
 namespace wkd {
 

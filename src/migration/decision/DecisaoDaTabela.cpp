@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "rebuild/EstadoDaReconstrucao.h"
-#include "run/CargaDoPacote.h"
+#include "context/CargaDoPacote.h"
 #include "tables/TBComandos.h"
 #include "values/Texto.h"
 
@@ -161,8 +160,8 @@ TFatosDaTabela FatosDaTabela(TContexto& ctx, const TTabelaDicionario& tabela, co
     fatos.marcada = marcas.Marcada(tabela.nome);
     fatos.aberta = !noLugar && ctx.abertas.contains(ChaveDeNome(tabela.nome));
     if (!fatos.existe)
-        fatos.restauracaoPendente =
-            ctx.dm.ExisteTabela(NomeDaBackup(tabela.nome)) && (fatos.aberta || ReconstrucaoPendente(ctx, tabela.nome));
+        fatos.restauracaoPendente = ctx.dm.ExisteTabela(NomeDaBackup(tabela.nome)) &&
+                                    (fatos.aberta || ReconstrucaoPendente(ctx.Conexao(), tabela.nome));
     else if (TDecide(tabela, ctx.novo, ctx.gravado, fatos, ctx.opcoes, ctx.Banco()).Analisa()) {
         fatos.colunas = ctx.dm.ColunasFisicas(tabela.nome);
         if (noLugar) fatos.chave = ctx.dm.ChavePrimaria(tabela.nome);

@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "connection/Connection.h"
+#include "context/CargaDoPacote.h"
+#include "context/MarcaDeAnalise.h"
 #include "decision/Comparacao.h"
-#include "run/CargaDoPacote.h"
-#include "run/MarcaDeAnalise.h"
 #include "tables/Dicionario.h"
 
 namespace wkd {

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "run/Contexto.h"
+#include "context/Contexto.h"
 
 namespace wkd {
 

@@ -6,9 +6,9 @@
 #include <utility>
 #include <vector>
 
+#include "context/Contexto.h"
 #include "layout/Tini.h"
 #include "rows/WKDQuery.h"
-#include "run/Contexto.h"
 #include "values/Texto.h"
 
 namespace wkd {

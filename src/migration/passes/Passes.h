@@ -1,6 +1,6 @@
 #pragma once
 
-#include "run/Contexto.h"
+#include "context/Contexto.h"
 
 namespace wkd {
 

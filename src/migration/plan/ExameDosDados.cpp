@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <stdexcept>
 #include <string>
 
 #include "copy/ColunasDaCopia.h"
@@ -12,20 +11,6 @@
 #include "values/Texto.h"
 
 namespace wkd {
-
-namespace {
-
-constexpr std::uintmax_t kMega = 1024 * 1024;
-constexpr std::uintmax_t kMinimo = 64 * kMega;  // more than the engine keeps unwritten
-
-}  // namespace
-
-void ExigeEspacoEmDisco(TContexto& ctx) {
-    const auto livre = ctx.Conexao().EspacoLivre();
-    if (!livre || *livre >= kMinimo) return;
-    throw std::runtime_error("o disco do banco de dados está quase cheio: " + std::to_string(*livre / kMega) +
-                             " MB livres, são necessários pelo menos " + std::to_string(kMinimo / kMega) + " MB");
-}
 
 namespace {
 

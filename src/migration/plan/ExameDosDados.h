@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "context/Contexto.h"
 #include "decision/DecisaoDaTabela.h"
-#include "run/Contexto.h"
 
 namespace wkd {
 
@@ -18,10 +18,6 @@ struct TAchado {
     std::vector<std::string> exemplos;  // a few keys, with the value where there is one
 };
 using TAchados = std::vector<TAchado>;
-
-/// Throws std::runtime_error when the disk of the database is about to be full. Firebird 3.0 can damage a database
-/// that it cannot make larger, so nothing is begun, and a copy ends, before that happens.
-void ExigeEspacoEmDisco(TContexto& ctx);
 
 /// What an existing table holds that the change decided for it would not take: texts longer than the new size, values
 /// that the new type cannot hold, rows without key value or with a repeated key. Reads through the rule by which rows

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 
+#include "context/CargaDoPacote.h"
 #include "corrections/Correcoes.h"
 #include "decision/DecisaoDaTabela.h"
 #include "layout/Preambulo.h"
@@ -11,9 +12,8 @@
 #include "passes/CamposTexto.h"
 #include "plan/ExameDosDados.h"
 #include "rebuild/Impedimento.h"
-#include "rebuild/ObjetosDaTabela.h"
+#include "alter/ObjetosDaTabela.h"
 #include "rows/WKDQuery.h"
-#include "run/CargaDoPacote.h"
 #include "run/UsuariosOnline.h"
 #include "tables/TBComandos.h"
 #include "values/Texto.h"

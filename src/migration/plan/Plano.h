@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
+#include "context/Contexto.h"
 #include "decision/DecisaoDaTabela.h"
 #include "layout/AtualizaSistema.h"
 #include "plan/ExameDosDados.h"
-#include "run/Contexto.h"
 
 namespace wkd {
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "run/Contexto.h"
+#include "context/Contexto.h"
 
 namespace wkd {
 

@@ -49,7 +49,7 @@ TEstadoDaReconstrucao EstadoSemMarca(TContexto& ctx, const std::string& tabela, 
     const std::string noTini = MarcaNoTini(ctx, tabela);
     if (!noTini.empty())
         return existe && noTini == kGuardada ? TEstadoDaReconstrucao::Guardando : TEstadoDaReconstrucao::Restaurando;
-    const bool pendente = ReconstrucaoPendente(ctx, tabela);
+    const bool pendente = ReconstrucaoPendente(ctx.Conexao(), tabela);
     if (!existe) return pendente ? TEstadoDaReconstrucao::Restaurando : TEstadoDaReconstrucao::Nenhuma;
     if (pendente)
         return ParecidaComATabela(ctx, tabela) ? TEstadoDaReconstrucao::Desconhecida : TEstadoDaReconstrucao::Alheia;
@@ -70,16 +70,10 @@ TEstadoDaReconstrucao EstadoDaReconstrucao(TContexto& ctx, const std::string& ta
         case TMarcaDaBackup::Restaurando:
             return TEstadoDaReconstrucao::Restaurando;
         case TMarcaDaBackup::Concluida:  // VERSAO -1 on a table that somebody dropped asks for its rows
-            return !existe && ReconstrucaoPendente(ctx, tabela) ? TEstadoDaReconstrucao::Restaurando
-                                                                : TEstadoDaReconstrucao::Nenhuma;
+            return !existe && ReconstrucaoPendente(ctx.Conexao(), tabela) ? TEstadoDaReconstrucao::Restaurando
+                                                                          : TEstadoDaReconstrucao::Nenhuma;
     }
     return TEstadoDaReconstrucao::Nenhuma;
-}
-
-bool ReconstrucaoPendente(TContexto& ctx, std::string_view tabela) {
-    return ContaRegistros(ctx.Conexao(),
-                          "select count(*) as total from SARQUIVO where VERSAO = " + std::to_string(kVersaoPendente) +
-                              " and Upper(NOME_ARQUIVO) = " + Aspas(Maiusculas(tabela))) > 0;
 }
 
 void ReabreReconstrucao(TContexto& ctx, std::string_view tabela) {
@@ -147,7 +141,7 @@ namespace {
 
 /// Another module's row of the same table may carry the mark of the rebuild, too.
 void GravaNasOutrasLinhas(TContexto& ctx, const std::string& tabela, std::int64_t versao) {
-    if (versao == kVersaoPendente || !ReconstrucaoPendente(ctx, tabela)) return;
+    if (versao == kVersaoPendente || !ReconstrucaoPendente(ctx.Conexao(), tabela)) return;
     ctx.Conexao()
         .Prepara("update SARQUIVO set VERSAO = " + std::to_string(versao) +
                  " where VERSAO = " + std::to_string(kVersaoPendente) + " and Upper(NOME_ARQUIVO) = " + Aspas(tabela))

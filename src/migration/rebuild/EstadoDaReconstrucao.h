@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "run/Contexto.h"
+#include "context/Contexto.h"
 
 namespace wkd {
 
@@ -24,8 +24,6 @@ enum class TEstadoDaReconstrucao {
 
 TEstadoDaReconstrucao EstadoDaReconstrucao(TContexto& ctx, const std::string& tabela);
 
-/// Whether the table carries VERSAO -1, whatever its module. The answer is that of the database.
-bool ReconstrucaoPendente(TContexto& ctx, std::string_view tabela);
 /// Gives the stored row of the current table VERSAO -1, and TINI the mark of a complete backup. Throws
 /// std::runtime_error when that could not be committed.
 void MarcaReconstrucao(TContexto& ctx, std::string_view tabela);

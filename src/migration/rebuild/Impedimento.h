@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "run/Contexto.h"
+#include "context/Contexto.h"
 #include "tables/DefinicaoCampo.h"
 
 namespace wkd {

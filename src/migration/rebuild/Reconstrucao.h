@@ -7,11 +7,11 @@
 #include <string_view>
 #include <vector>
 
+#include "context/Contexto.h"
 #include "copy/Conferencia.h"
 #include "rebuild/EstadoDaReconstrucao.h"
-#include "rebuild/ObjetosDaTabela.h"
+#include "alter/ObjetosDaTabela.h"
 #include "rebuild/VoltaBackup.h"
-#include "run/Contexto.h"
 #include "tables/TBComandos.h"
 #include "values/Texto.h"
 

@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include "context/Contexto.h"
 #include "package/Pacote.h"
-#include "run/Contexto.h"
 #include "run/TravaDoBanco.h"
 
 namespace wkd {

@@ -5,8 +5,8 @@
 #include <utility>
 #include <vector>
 
+#include "context/Contexto.h"
 #include "decision/DecisaoDaTabela.h"
-#include "run/Contexto.h"
 #include "screen/Tela.h"
 
 namespace wkd {

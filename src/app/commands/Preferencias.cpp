@@ -1,4 +1,4 @@
-#include "window/Preferencias.h"
+#include "commands/Preferencias.h"
 
 #include <QApplication>
 #include <QLibraryInfo>

@@ -10,10 +10,10 @@
 #include <string_view>
 #include <vector>
 
-#include "connection/Erros.h"
 #include "datamodule/DataModulo.h"
 #include "layout/Tini.h"
 #include "tables/Dicionario.h"
+#include "values/Erros.h"
 #include "values/Valor.h"
 
 namespace wkd {

@@ -1,8 +1,8 @@
-#include "alter/PassoDaTabela.h"
+#include "run/PassoDaTabela.h"
 
 #include "alter/Alteracao.h"
 #include "alter/DicionarioDaTabela.h"
-#include "plan/ExameDosDados.h"
+#include "context/EspacoEmDisco.h"
 #include "rebuild/EstadoDaReconstrucao.h"
 #include "rebuild/Impedimento.h"
 #include "rebuild/Nova.h"

@@ -1,4 +1,4 @@
-#include "package/DicionarioDoPacote.h"
+#include "packet/DicionarioDoPacote.h"
 
 #include <algorithm>
 #include <optional>

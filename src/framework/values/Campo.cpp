@@ -1,4 +1,4 @@
-#include "rows/Campo.h"
+#include "values/Campo.h"
 
 #include "values/Texto.h"
 

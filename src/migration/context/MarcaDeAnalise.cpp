@@ -1,4 +1,4 @@
-#include "run/MarcaDeAnalise.h"
+#include "context/MarcaDeAnalise.h"
 
 #include "layout/Tini.h"
 #include "rows/WKDQuery.h"

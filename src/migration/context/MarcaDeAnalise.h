@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include "context/Contexto.h"
 #include "layout/Tini.h"
-#include "run/Contexto.h"
 
 namespace wkd {
 

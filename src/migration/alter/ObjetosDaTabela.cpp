@@ -1,4 +1,4 @@
-#include "rebuild/ObjetosDaTabela.h"
+#include "alter/ObjetosDaTabela.h"
 
 #include <algorithm>
 #include <map>

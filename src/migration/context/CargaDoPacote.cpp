@@ -1,4 +1,4 @@
-#include "run/CargaDoPacote.h"
+#include "context/CargaDoPacote.h"
 
 #include <algorithm>
 #include <iterator>

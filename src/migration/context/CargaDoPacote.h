@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "package/DicionarioDoPacote.h"
+#include "context/Contexto.h"
 #include "package/Pacote.h"
-#include "run/Contexto.h"
+#include "packet/DicionarioDoPacote.h"
 
 namespace wkd {
 
