@@ -3,6 +3,7 @@
 #include <stdexcept>
 
 #include "BancoTemporario.h"
+#include "context/CargaDoPacote.h"
 #include "firebird/ConexaoFirebird.h"
 #include "rows/WKDQuery.h"
 #include "tables/DefinicaoCampo.h"
@@ -64,8 +65,8 @@ TBancoDaCopia::TBancoDaCopia(const TLugar& lugar, int linhas)
     Enche(linhas);
     CarregaPacote();
     dm_.AtualizaListaDeTabelas();
-    dm_.SarquivoVelho.Open();
-    dm_.SatribVelho.Open();
+    LeDicionarioNovo(ctx_);
+    LeDicionarioGravado(ctx_);
     dm_.SArquivoNovo.First();
 }
 

@@ -12,6 +12,7 @@
 #include "BancoTemporario.h"
 #include "Linhas.h"
 #include "TelaDeTeste.h"
+#include "context/CargaDoPacote.h"
 #include "context/Contexto.h"
 #include "firebird/ConexaoFirebird.h"
 #include "rebuild/Nova.h"
@@ -109,8 +110,8 @@ class TBancoDaNova {
     void Reconstroi() {
         Conexao().Rollback();
         dm_.AtualizaListaDeTabelas();
-        dm_.SarquivoVelho.Open();
-        dm_.SatribVelho.Open();
+        LeDicionarioNovo(ctx_);
+        LeDicionarioGravado(ctx_);
         dm_.SArquivoNovo.First();
         if (dm_.SarquivoVelho.Inteiro("versao") == 2) return;
         Nova(ctx_, dm_.SArquivoNovo.Texto("nome_arquivo"));

@@ -57,9 +57,9 @@ struct TBancoDaBackup : TBancoDaNova {
         ctx_.abertas = ReconstrucoesAbertas(dm_);
         VerificaDuplicidadeSarquivo(ctx_);
         dm_.SarquivoVelho.Close();
-        dm_.SarquivoVelho.Open();
         dm_.SatribVelho.Close();
-        dm_.SatribVelho.Open();
+        LeDicionarioNovo(ctx_);
+        LeDicionarioGravado(ctx_);
         TMarcasDeAnalise marcas(ctx_);
         dm_.SArquivoNovo.First();
         TPassoDaTabela(ctx_, marcas).Executa();

@@ -7,11 +7,12 @@
 #include "LojaSqlServer.h"
 #include "NovaApoio.h"
 #include "OpcoesDeTeste.h"
+#include "alter/ObjetosDaTabela.h"
+#include "context/CargaDoPacote.h"
 #include "copy/Conferencia.h"
 #include "odbc/ConexaoOdbc.h"
 #include "package/Pacote.h"
 #include "packet/DataPacket.h"
-#include "alter/ObjetosDaTabela.h"
 #include "run/Atualizacao.h"
 #include "server/Vigia.h"
 #include "tables/TBComandos.h"
@@ -106,10 +107,10 @@ class SqlServerAdverso : public testing::Test {
 
     void Reconstroi() {
         Modulo().AtualizaListaDeTabelas();
-        Modulo().SarquivoVelho.Open();
-        Modulo().SatribVelho.Open();
-        Modulo().SArquivoNovo.First();
         TContexto ctx{Modulo(), opcoes_, estado_, {}, {}};
+        LeDicionarioNovo(ctx);
+        LeDicionarioGravado(ctx);
+        Modulo().SArquivoNovo.First();
         Nova(ctx, "TCHAVE");
     }
 

@@ -138,11 +138,15 @@ std::vector<TLinhaRecusada> CarregaDicionarios(TContexto& ctx, const TPastaDeTra
         throw TErroPacote("O dicionário do pacote não tem nomes que sirvam. É preciso um pacote completo.");
     const TGrafias grafias = UnificaTabelas(ctx, tabelas);
     if (!grafias.empty()) UnificaColunas(colunas, grafias);
-    ctx.novo.LeTabelas(tabelas);
-    ctx.novo.LeColunas(colunas);
     dm.SArquivoNovo.Carrega(std::move(tabelas));
     dm.SatribNovo.Carrega(std::move(colunas));
+    LeDicionarioNovo(ctx);
     return recusadas;
+}
+
+void LeDicionarioNovo(TContexto& ctx) {
+    ctx.novo.LeTabelas(ctx.dm.SArquivoNovo.Todas());
+    ctx.novo.LeColunas(ctx.dm.SatribNovo.Todas());
 }
 
 void LeDicionarioGravado(TContexto& ctx) {

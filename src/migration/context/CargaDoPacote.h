@@ -23,6 +23,8 @@ bool Desempacota(TContexto& ctx, TPastaDeTrabalho& pasta);
 /// Loads the package's dictionary, into SArquivoNovo and SatribNovo as well, but the rows that it answers with, which
 /// are reported. Throws TErroPacote when it cannot be used.
 std::vector<TLinhaRecusada> CarregaDicionarios(TContexto& ctx, const TPastaDeTrabalho& pasta);
+/// Makes the package's dictionary of the rows of SArquivoNovo and SatribNovo.
+void LeDicionarioNovo(TContexto& ctx);
 /// Reads the stored dictionary, into SarquivoVelho and SatribVelho as well. Throws TErroBanco.
 void LeDicionarioGravado(TContexto& ctx);
 /// A table's negative version in the package, which would say that its rebuild is open, counts as the stored one and is
