@@ -225,7 +225,7 @@ TEST(ComandosTSql, EveryKindOfWorkIsAmongThem) {
         "@value = N'Valor d''oeste', @level0type = N'SCHEMA', @level0name = @esquema, @level1type = N'TABLE', "
         "@level1name"
         " = N'TCONTAS_REC', @level2type = N'COLUMN', @level2name = N'VALOR'",
-        "cast(databasepropertyex(db_name(), 'Collation') as nvarchar(128))",
+        "select d.collation_name from sys.databases d where d.name = db_name()",
         "drop table TCONTAS_REC",
         "Create Table TCONTAS_REC (",
         "alter table TCONTAS_REC  add constraint PK_TCONTAS_REC primary key(DOCUMENTO,PARCELA)",
