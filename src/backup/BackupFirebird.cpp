@@ -5,8 +5,8 @@
 #include "firebird/ServicosFirebird.h"
 #include "package/Caminho.h"
 #include "process/EscritaSegura.h"
+#include "process/Sha256.h"
 #include "rows/WKDQuery.h"
-#include "values/Sha256.h"
 #include "values/Texto.h"
 #include "values/TextoDeData.h"
 

@@ -5,6 +5,7 @@
 
 #include "Backup.h"
 #include "Prova.h"
+#include "context/CargaDoPacote.h"
 #include "firebird/ServicosFirebird.h"
 #include "package/Caminho.h"
 #include "package/Trava.h"
@@ -13,7 +14,6 @@
 #include "process/Interrupcao.h"
 #include "rows/WKDQuery.h"
 #include "run/Atualizacao.h"
-#include "run/CargaDoPacote.h"
 #include "run/RegistroDaExecucao.h"
 #include "run/UsuariosOnline.h"
 #include "screen/Tela.h"

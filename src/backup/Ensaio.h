@@ -3,9 +3,9 @@
 #include <optional>
 
 #include "Manifesto.h"
+#include "context/Contexto.h"
 #include "copy/Reposicao.h"
 #include "plan/ConfereDicionario.h"
-#include "run/Contexto.h"
 #include "server/HBNConnection.h"
 
 namespace wkd {

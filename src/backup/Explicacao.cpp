@@ -3,7 +3,7 @@
 #include <system_error>
 
 #include "Progresso.h"
-#include "connection/Erros.h"
+#include "values/Erros.h"
 
 namespace wkd {
 

@@ -5,8 +5,8 @@
 #include "Backup.h"
 #include "package/Caminho.h"
 #include "process/Interrupcao.h"
+#include "process/Sha256.h"
 #include "rows/WKDQuery.h"
-#include "values/Sha256.h"
 #include "values/Texto.h"
 #include "values/TextoDeData.h"
 

@@ -11,7 +11,7 @@
 
 #include "Explicacao.h"
 #include "LojaDeBackup.h"
-#include "values/Sha256.h"
+#include "process/Sha256.h"
 #include "values/Texto.h"
 
 namespace wkd {

@@ -14,11 +14,11 @@
 #include "Troca.h"
 #include "commands/ComandosDeBanco.h"
 #include "commands/LinhaDoTerminal.h"
+#include "commands/Preferencias.h"
+#include "commands/TextoQt.h"
 #include "package/Caminho.h"
 #include "report/EnsaioEmTexto.h"
 #include "run/TravaDoBanco.h"
-#include "window/Controles.h"
-#include "window/Preferencias.h"
 
 namespace wkd {
 

@@ -3,8 +3,8 @@
 #include <filesystem>
 
 #include "commands/LinhaDeComando.h"
+#include "commands/Preferencias.h"
 #include "process/Programa.h"
-#include "window/Preferencias.h"
 
 namespace wkd {
 

@@ -4,6 +4,7 @@
 
 #include "commands/LinhaDeComando.h"
 #include "commands/Preferencias.h"
+#include "context/Contexto.h"
 #include "process/Programa.h"
 
 namespace wkd {

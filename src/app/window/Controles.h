@@ -7,20 +7,12 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QString>
-#include <filesystem>
 #include <string>
 #include <string_view>
 
+#include "commands/TextoQt.h"
+
 namespace wkd {
-
-// Texts of the engine (UTF-8) as texts of the window, and back.
-
-inline QString Q(std::string_view texto) {
-    return QString::fromUtf8(texto.data(), static_cast<qsizetype>(texto.size()));
-}
-inline QString QCaminho(const std::filesystem::path& caminho) { return QString::fromStdU16String(caminho.u16string()); }
-inline std::string S(const QString& texto) { return texto.toStdString(); }
-inline std::filesystem::path Caminho(const QString& texto) { return {texto.toStdU16String()}; }
 
 /// Combo box whose typed text turns to capitals; Enter asks for its text to be taken.
 class TComboMaiusculo : public QComboBox {

@@ -194,8 +194,7 @@ std::optional<std::int64_t> SoNaBackup(TConnection& conexao, const std::string& 
 
 void TConfere::Backup(const std::string& nome, const std::string& tabela) {
     const std::string inicio = "tabela de backup da reconstrução de " + tabela + ", que terminou: ";
-    const auto faltam =
-        fisicas_.contains(ChaveDeNome(tabela)) ? SoNaBackup(conexao_, nome, tabela) : std::nullopt;
+    const auto faltam = fisicas_.contains(ChaveDeNome(tabela)) ? SoNaBackup(conexao_, nome, tabela) : std::nullopt;
     if (!faltam)
         Desvio("backup-sobra", nome, "", inicio + "não pôde ser comparada com ela; não a apague sem conferir");
     else if (*faltam > 0)

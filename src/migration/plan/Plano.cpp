@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 
+#include "alter/ObjetosDaTabela.h"
 #include "context/CargaDoPacote.h"
 #include "corrections/Correcoes.h"
 #include "decision/DecisaoDaTabela.h"
@@ -12,7 +13,6 @@
 #include "passes/CamposTexto.h"
 #include "plan/ExameDosDados.h"
 #include "rebuild/Impedimento.h"
-#include "alter/ObjetosDaTabela.h"
 #include "rows/WKDQuery.h"
 #include "run/UsuariosOnline.h"
 #include "tables/TBComandos.h"

@@ -7,10 +7,10 @@
 #include <string_view>
 #include <vector>
 
+#include "alter/ObjetosDaTabela.h"
 #include "context/Contexto.h"
 #include "copy/Conferencia.h"
 #include "rebuild/EstadoDaReconstrucao.h"
-#include "alter/ObjetosDaTabela.h"
 #include "rebuild/VoltaBackup.h"
 #include "tables/TBComandos.h"
 #include "values/Texto.h"

@@ -1,4 +1,4 @@
-#include "values/Sha256.h"
+#include "process/Sha256.h"
 
 #include <algorithm>
 #include <bit>
