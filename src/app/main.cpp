@@ -53,12 +53,17 @@ struct TPrograma {
     TCodigoDeSaida Abre(const TInicio& inicio) { return AbreAssistente(argc, argv, AmbientePadrao(), inicio); }
 };
 
-/// Only a run has something to finish.
+template <class... T>
+bool EhUm(const TPedido& pedido) {
+    return (std::holds_alternative<T>(pedido) || ...);
+}
+
+/// Only what writes has something to finish, or to take away.
 TInterrupcao::TPrazos PrazosDo(const TPedido& pedido) {
     using namespace std::chrono_literals;
-    const bool atualiza =
-        std::holds_alternative<TPedeAtualizacao>(pedido) || std::holds_alternative<TPedeJanela>(pedido);
-    return atualiza ? TInterrupcao::TPrazos() : TInterrupcao::TPrazos{0ms, 500ms, 1500ms};
+    const bool escreve =
+        EhUm<TPedeAtualizacao, TPedeJanela, TPedeBackup, TPedeProva, TPedeRestaura, TPedeEnsaio, TPedeRepoe>(pedido);
+    return escreve ? TInterrupcao::TPrazos() : TInterrupcao::TPrazos{0ms, 500ms, 1500ms};
 }
 
 TCodigoDeSaida Atende(int argc, char** argv) {

@@ -97,6 +97,30 @@ TEST(BackupDoPrograma, ensaia_sem_tocar_no_banco) {
     EXPECT_EQ(acoes(ensaio.at("execucao")), acoes(relatorio));
 }
 
+TEST(BackupDoPrograma, o_ensaio_mostra_cada_rejeitado_com_a_sua_chave) {
+    const TProgramaComBackup loja;
+    std::string colunas = loja.Arquivo("fontes/SAtrib.WKD");
+    const std::string de = "NOME=\"HISTORICO\" TIPO=\"ftString\" TAMANHO=\"80\"";
+    const auto onde = colunas.find(de);
+    ASSERT_NE(onde, std::string::npos);
+    loja.Escreve("fontes/SAtrib.WKD",
+                 colunas.replace(onde, de.size(), "NOME=\"HISTORICO\" TIPO=\"ftInteger\" TAMANHO=\"0\""));
+    loja.Empacota();
+    const std::string antes = loja.Retrato();
+    const auto linhas = ContaRegistros(*loja.Banco(), "select count(*) as total from TCONTAS_REC");
+    const auto saida = loja.Roda({"--ensaio", "LOJA", "pacote.zip", "--json"});
+    EXPECT_EQ(saida.codigo, 11) << saida.erros;
+    const auto ensaio = TJson::parse(saida.saida);
+    EXPECT_FALSE(ensaio.at("pode").get<bool>());
+    std::set<std::string> chaves;
+    for (const auto& rejeitada : ensaio.at("rejeitadas"))
+        if (rejeitada.at("tabela") == "TCONTAS_REC") chaves.insert(rejeitada.at("chave").dump());
+    EXPECT_EQ(static_cast<std::int64_t>(chaves.size()), linhas) << ensaio.at("rejeitadas").dump(1);
+    EXPECT_TRUE(chaves.contains("{\"DOCUMENTO\":\"NF00001\",\"PARCELA\":1}")) << ensaio.at("rejeitadas").dump(1);
+    EXPECT_EQ(loja.Retrato(), antes);
+    EXPECT_FALSE(fs::exists(loja / "AtualizaWKD.rejeitados.jsonl"));
+}
+
 TEST(BackupDoPrograma, o_ensaio_deixa_a_copia_e_diz_por_que_nao) {
     const TProgramaComBackup loja;
     loja.Escreve("pacote.zip", "não é um pacote");
