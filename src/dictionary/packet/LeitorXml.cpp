@@ -88,7 +88,7 @@ class TLeitorXml {
             if (IgualSemCaixa(nome, "attrname")) nomeNaLinha = valor;
             if (IgualSemCaixa(nome, "fieldname")) campo.nome = Texto(valor);
             if (IgualSemCaixa(nome, "fieldtype")) tipo = valor;
-            if (IgualSemCaixa(nome, "SUBTYPE")) campo.subtipo = Texto(valor);
+            if (IgualSemCaixa(nome, "SUBTYPE")) campo.subtipo = Texto(valor).c_str();  // a zero ends it, as in binary
             if (IgualSemCaixa(nome, "WIDTH")) largura = valor;
             if (IgualSemCaixa(nome, "DECIMALS")) campo.escala = NumeroDe(valor);
             if (IgualSemCaixa(nome, "readonly")) campo.somenteLeitura = sim();
