@@ -1,6 +1,7 @@
 #include "packet/DataPacket.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "package/Caminho.h"
 #include "packet/EscritoresPacote.h"
@@ -158,6 +159,13 @@ std::string NomeDoTipo(std::uint16_t codigo, std::uint16_t tamanho) {
 bool ParametroDeLista(std::string_view nome) {
     return IgualSemCaixa(nome, "CHANGE_LOG") || IgualSemCaixa(nome, "DEFAULT_ORDER") ||
            IgualSemCaixa(nome, "PRIMARY_KEY");
+}
+
+bool ParametroInteiro(const TParametroPacote& parametro) {
+    const auto& numeros = parametro.numeros;
+    if (ParametroDeLista(parametro.nome))
+        return std::ranges::all_of(numeros, [](auto numero) { return std::in_range<std::uint32_t>(numero); });
+    return numeros.size() == 1 && std::in_range<std::int32_t>(numeros.front());
 }
 
 bool ParametroConhecido(std::string_view nome) {

@@ -114,6 +114,8 @@ std::string NomeDoTipo(std::uint16_t codigo, std::uint16_t tamanho);
 bool ParametroConhecido(std::string_view nome);
 /// Whether a packet's parameter of that name is a list.
 bool ParametroDeLista(std::string_view nome);
+/// Whether both forms hold its numbers: 32 bits each, without sign in a list; one alone elsewhere.
+bool ParametroInteiro(const TParametroPacote& parametro);
 
 /// Subtypes whose blobs are text.
 bool MemoAnsi(std::string_view subtipo);

@@ -200,9 +200,16 @@ class TLeitorBinario {
     void GuardaParametro(const TPropriedade& propriedade) {
         TParametroPacote parametro{Maiusculas(propriedade.nome), {}};
         for (std::size_t i = 0; i < propriedade.Elementos(); ++i)
-            parametro.numeros.push_back(static_cast<std::int64_t>(propriedade.Numero(i)));
+            parametro.numeros.push_back(NumeroDoParametro(propriedade, i));
         orcamento_.Gasta(parametro.numeros.size() * sizeof(std::int64_t), cursor_.Onde());
-        pacote_.parametros.push_back(std::move(parametro));
+        if (ParametroInteiro(parametro)) pacote_.parametros.push_back(std::move(parametro));
+    }
+
+    /// A list is of numbers without sign, what stands alone has one.
+    static std::int64_t NumeroDoParametro(const TPropriedade& propriedade, std::size_t i) {
+        const auto numero = propriedade.Numero(i);
+        return propriedade.matriz || propriedade.tamanho != 4 ? static_cast<std::int64_t>(numero)
+                                                              : static_cast<std::int32_t>(numero);
     }
 
     void LeLinhas() {

@@ -130,7 +130,7 @@ class TLeitorXml {
         }
     }
 
-    /// One that is not all numbers is passed over.
+    /// One that is not all numbers, or not such as a packet holds, is passed over.
     void GuardaParametro(std::string_view nome, std::string_view valor) {
         TParametroPacote parametro{Maiusculas(nome), {}};
         while (!(valor = Apara(valor)).empty()) {
@@ -140,7 +140,7 @@ class TLeitorXml {
             parametro.numeros.push_back(numero);
             valor.remove_prefix(static_cast<std::size_t>(lido.ptr - valor.data()));
         }
-        pacote_.parametros.push_back(std::move(parametro));
+        if (ParametroInteiro(parametro)) pacote_.parametros.push_back(std::move(parametro));
     }
 
     /// Position of the field with that name in rows; the number of fields when there is none. Attributes mostly

@@ -201,7 +201,8 @@ TReposicaoDeLinhas::TPresenca TReposicaoDeLinhas::Presenca(const std::string& ta
     std::vector<TValor> valores;
     for (const auto& [coluna, valor] : pares) {
         lidas.push_back(Lida(coluna, conexao_.TipoBanco()));
-        const bool daChave = std::ranges::any_of(chave, [&](const auto& c) { return IgualSemCaixa(c, coluna.nome); });
+        const auto tem = [&nome = coluna.nome](const auto& daChave) { return IgualSemCaixa(daChave, nome); };
+        const bool daChave = std::ranges::any_of(chave, tem);
         const bool comparavel = !valor.Nulo() && coluna.tipo != TTipoDado::Blob && coluna.tipo != TTipoDado::Memo;
         if (chave.empty() ? !comparavel : !daChave) continue;
         condicoes.push_back(Identificador(coluna.nome, conexao_.TipoBanco()) + " = :P" +
