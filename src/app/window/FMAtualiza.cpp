@@ -21,8 +21,6 @@
 #include "window/PaginaOpcoes.h"
 #include "window/TelaDaJanela.h"
 
-// The way through the pages, and what the window does on arrival.
-
 namespace wkd {
 
 namespace {

@@ -8,9 +8,6 @@
 #include "rows/EnvioDeAlteracoes.h"
 #include "values/Texto.h"
 
-// Opening, cursor, link and filter of TClientDataSet.
-// Editing of TClientDataSet, and sending of its pending changes.
-
 namespace wkd {
 
 void TClientDataSet::Open() {

@@ -9,8 +9,6 @@
 
 #include "values/Erros.h"
 
-// Character sets of Texto.h: UTF-8 and Windows-1252.
-
 namespace wkd {
 
 namespace {

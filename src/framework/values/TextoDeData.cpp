@@ -8,8 +8,6 @@
 #include "values/Texto.h"
 #include "values/Valor.h"
 
-// Calendar and clock of Valor.h.
-
 namespace wkd {
 
 namespace {

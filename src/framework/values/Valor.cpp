@@ -10,8 +10,6 @@
 #include "values/TextoDeData.h"
 #include "values/TextoDeNumero.h"
 
-// Conversion of a TValor to the type of a field; what would lose part of the value is refused.
-
 namespace wkd {
 
 namespace {
