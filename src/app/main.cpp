@@ -91,5 +91,5 @@ int main(int argc, char** argv) {
 #endif
     const TCodigoDeSaida codigo = Atende(argc, argv);
     EsperaSaidas();
-    EncerraProcesso(TInterrupcao::Sinal() != 0 ? CodigoDoSinal(TInterrupcao::Sinal()) : codigo);
+    EncerraProcesso(codigo);
 }

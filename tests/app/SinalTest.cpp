@@ -114,6 +114,16 @@ TEST(Sinal, um_segundo_nao_espera_e_o_primeiro_da_o_codigo) {
     }
 }
 
+TEST(Sinal, depois_do_fim_o_codigo_e_o_da_corrida) {
+    const TLojaSobSinais sob("");
+    sob.Renova();
+    TProgramaEmCurso programa = sob.loja.Comeca();
+    while (!fs::exists(sob.loja / "AtualizaWKD.relatorio.json")) std::this_thread::sleep_for(1ms);
+    programa.Sinaliza(SIGTERM);
+    EXPECT_EQ(programa.Espera(12s), 0) << sob.loja.Arquivo("erros.txt");
+    EXPECT_EQ(sob.loja.Arquivo("AtualizaWKD.relatorio.json").find("Interrompida"), std::string::npos);
+}
+
 TEST(Sinal, interrompe_a_qualquer_momento_e_a_corrida_seguinte_termina) { SinalizaEmMuitosMomentos(""); }
 
 TEST(Sinal, interrompe_a_qualquer_momento_tambem_com_um_servidor) {

@@ -166,8 +166,14 @@ void TFMAtualiza::LeArgumentos() {
     if (inicio_.pacote && codigo_ == TCodigoDeSaida::Sucesso) {
         atualizacao_->SetPacote(*inicio_.pacote);
         btAtualizarClick();
+        executada_ = true;
     }
     if (inicio_.pacote || codigo_ != TCodigoDeSaida::Sucesso) close();
+}
+
+TCodigoDeSaida TFMAtualiza::Codigo() const {
+    const int sinal = TInterrupcao::Sinal();
+    return executada_ || sinal == 0 ? codigo_ : CodigoDoSinal(sinal);
 }
 
 void TFMAtualiza::RestauraPreferencias() {

@@ -54,7 +54,8 @@ class TFMAtualiza : public QDialog {
     TFMAtualiza(TDataModulo& daEntrada, const TMeios& meios, TInicio inicio);
     ~TFMAtualiza() override;
 
-    TCodigoDeSaida Codigo() const { return codigo_; }
+    /// What the unattended run came to, whatever was asked after its end; else the signal that closed the window.
+    TCodigoDeSaida Codigo() const;
     TClienteHttp& Http() { return *http_; }
 
   protected:
@@ -129,6 +130,7 @@ class TFMAtualiza : public QDialog {
     std::atomic<bool> cancelado_ = false;
     bool executando_ = false;  // the connection is in another thread's hands: nothing else may use it
     TCodigoDeSaida codigo_ = TCodigoDeSaida::Sucesso;
+    bool executada_ = false;  // the unattended run is over: codigo_ is what it came to
 
     QLabel* lblTitulo_;
     QLabel* lblNovaVersao_;

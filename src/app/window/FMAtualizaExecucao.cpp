@@ -73,14 +73,17 @@ TCodigoDeSaida TFMAtualiza::Executa() {
                                ", onde ficam o log e as linhas rejeitadas. Dê a permissão e rode de novo.");
         return TCodigoDeSaida::Encerrada;
     }
-    TFimDaAtualizacao fim = TFimDaAtualizacao::Encerrada;
+    TFimDaAtualizacao fim = TFimDaAtualizacao::Interrompida;  // unless it comes to an end of its own
     const bool comBackup = inicio_.comBackup || status_->ComBackup();
     const auto pasta =
         backup_->Pasta().empty() ? PastaDeBackup(meios_.ambiente, meios_.preferencias) : backup_->Pasta();
     NoBanco([&, opcoes = Opcoes()] {
         registrada_.RetiraErros();
         TEvidencia doBackup;
-        if (comBackup && !BackupAntes(pasta, doBackup)) return;
+        if (comBackup && !BackupAntes(pasta, doBackup)) {
+            fim = TFimDaAtualizacao::Encerrada;
+            return;
+        }
         TAtualizacao atualizacao(*dm_, opcoes, estado_);
         fim = atualizacao.Executa();
         TEvidencia evidencia = atualizacao.Evidencia();
