@@ -9,6 +9,7 @@
 #include "commands/Eco.h"
 #include "commands/LinhaDeComando.h"
 #include "commands/Preferencias.h"
+#include "firebird/ConexaoFirebird.h"
 #include "process/Interrupcao.h"
 #include "process/Programa.h"
 #include "window/Assistente.h"
@@ -26,7 +27,9 @@ struct TPrograma {
         return TCodigoDeSaida::Sucesso;
     }
     TCodigoDeSaida operator()(const TPedeVersao&) const {
-        std::cout << "AtualizaWKD " << kVersao << '\n';
+        const std::string cliente = VersaoDoClienteFirebird();
+        std::cout << "AtualizaWKD " << kVersao << "\nCliente do Firebird: "
+                  << (cliente.empty() ? "não encontrado; faz falta aos aliases tbInterbase" : cliente) << '\n';
         return TCodigoDeSaida::Sucesso;
     }
     TCodigoDeSaida operator()(const TPedeListaAlias&) const { return ListaAliases(AmbientePadrao()); }

@@ -47,6 +47,30 @@ TEST(Programa, ajuda_versao_e_argumentos_errados) {
     EXPECT_EQ(loja.Roda({"--nada"}).codigo, 64);
 }
 
+/// On a machine without Firebird: its client library cannot be loaded.
+TSaidaDePrograma RodaSemFirebird(const TProgramaInstalado& loja, std::vector<std::string> argumentos) {
+    argumentos.insert(argumentos.begin(),
+                      {"ASAN_OPTIONS=verify_asan_link_order=0", "LD_PRELOAD=" WKD_SEM_FIREBIRD, "./AtualizaWKD"});
+    return RodaPrograma("/usr/bin/env", argumentos, loja / "");
+}
+
+TEST(Programa, sem_o_cliente_do_firebird_diz_o_que_instalar_e_atende_os_outros_servidores) {
+    const TProgramaInstalado loja;
+    EXPECT_TRUE(loja.Roda({"--version"}).Diz("Cliente do Firebird: LI-V"));
+    const auto versao = RodaSemFirebird(loja, {"--version"});
+    EXPECT_EQ(versao.codigo, 0) << versao.erros;
+    EXPECT_TRUE(versao.Diz("7.17") && versao.Diz("não encontrado")) << versao.saida;
+    for (const auto& pedido : {std::vector<std::string>{"--testa-alias", "LOJA"}, {"LOJA;", "pacote.zip"}}) {
+        const auto teste = RodaSemFirebird(loja, pedido);
+        EXPECT_EQ(teste.codigo, 3) << teste.erros;
+        EXPECT_TRUE(teste.Diz("Instale o pacote libfbclient2")) << teste.erros;
+    }
+    loja.Escreve("WKD.ini", "[CAIXA]\nTipoBanco=tbSQLServer\nHostname=127.0.0.1,1\nDataBase=caixa\n");
+    const auto outro = RodaSemFirebird(loja, {"--testa-alias", "CAIXA"});
+    EXPECT_EQ(outro.erros, loja.Roda({"--testa-alias", "CAIXA"}).erros);  // nobody answers at that port
+    EXPECT_NE(outro.erros, "");
+}
+
 TEST(Programa, mantem_os_aliases) {
     const TProgramaInstalado loja;
     const std::vector<std::string> novo = {

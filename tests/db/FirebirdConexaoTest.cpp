@@ -6,6 +6,7 @@
 #include "BancoTemporario.h"
 #include "ContratoDriver.h"
 #include "ServidorFirebird.h"
+#include "firebird/ClienteFirebird.h"
 #include "firebird/ConexaoFirebird.h"
 
 namespace wkd {
@@ -40,6 +41,27 @@ TEST(FirebirdConexao, AnOpeningThatFailsTellsWhy) {
     auto parametros = banco.Parametros();
     parametros.Adiciona("CharacterSet", "NADA");
     EXPECT_EQ(ErroAoAbrir(parametros).SqlState(), "2C000");
+}
+
+TEST(FirebirdConexao, AMissingOrForeignClientLibraryIsNamedWithWhatToInstall) {
+    const struct {
+        const char* lugar;
+        const char* motivo;
+    } casos[] = {{"/nao/existe/libfbclient.so.2", "cannot open shared object file"},
+                 {"libm.so.6", "não tem a função fb_cancel_operation"}};
+    for (const auto& [lugar, motivo] : casos) {
+        const std::filesystem::path lugares[] = {lugar};
+        try {
+            CarregaClienteFirebird(lugares);
+            ADD_FAILURE() << lugar;
+        } catch (const TErroConfiguracao& erro) {
+            const std::string_view texto = erro.what();
+            for (const auto* parte : {"Instale o pacote libfbclient2", lugar, motivo})
+                EXPECT_NE(texto.find(parte), std::string_view::npos) << parte << " in: " << texto;
+        }
+    }
+    const std::filesystem::path depois[] = {"/nao/existe/libfbclient.so.2", "libfbclient.so.2"};
+    EXPECT_NO_THROW(CarregaClienteFirebird(depois));
 }
 
 TEST(FirebirdConexao, AWrongPasswordIsToldFromAMissingDatabase) {

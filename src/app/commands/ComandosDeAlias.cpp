@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <iostream>
 
+#include "firebird/ConexaoFirebird.h"
 #include "process/Interrupcao.h"
 #include "server/HBNConnection.h"
 
@@ -147,6 +148,8 @@ TCodigoDeSaida TestaAlias(const TAmbiente& ambiente, const TPedeTestaAlias& pedi
         std::cout << "Tipo: " << TipoBancoToStr(conexao.TipoBanco()) << '\n'
                   << "Local: " << conexao.RetornaDadosConexao().Texto() << '\n'
                   << "Servidor: " << conexao.VersaoServidor() << '\n';
+        if (conexao.TipoBanco() == TTipoBanco::tbInterbase)
+            std::cout << "Cliente: " << VersaoDoClienteFirebird() << '\n';
     });
 }
 

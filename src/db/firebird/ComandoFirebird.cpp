@@ -5,6 +5,7 @@
 #include <span>
 #include <stdexcept>
 
+#include "firebird/ClienteFirebird.h"
 #include "firebird/ConteudoFirebird.h"
 #include "firebird/ErroFirebird.h"
 #include "firebird/ValorFirebird.h"
@@ -45,7 +46,7 @@ std::string Tudo(TLeitorBytes& fonte) {
 
 /// Numbers of an information buffer: one byte of item, two of length, the number.
 int NumeroDaInformacao(const char* p) {
-    return static_cast<int>(isc_vax_integer(p + 2, static_cast<short>(isc_vax_integer(p, 2))));
+    return static_cast<int>(Cliente().isc_vax_integer(p + 2, static_cast<short>(Cliente().isc_vax_integer(p, 2))));
 }
 
 }  // namespace
@@ -56,26 +57,27 @@ TInstrucaoFirebird::TInstrucaoFirebird(TSessaoFirebird& sessao, TTransacaoFirebi
     const TChamada chamada(sessao.Relogio());
     Aloca(sessao, comando);
     TEstadoFirebird estado;
-    isc_dsql_prepare(estado, transacao.Handle(), &handle_, 0, texto.c_str(), SQL_DIALECT_V6, colunas_.Da());
-    if (estado[1] == 0 && colunas_.Cresce()) isc_dsql_describe(estado, &handle_, SQLDA_VERSION1, colunas_.Da());
+    Cliente().isc_dsql_prepare(estado, transacao.Handle(), &handle_, 0, texto.c_str(), SQL_DIALECT_V6, colunas_.Da());
+    if (estado[1] == 0 && colunas_.Cresce())
+        Cliente().isc_dsql_describe(estado, &handle_, SQLDA_VERSION1, colunas_.Da());
     if (estado[1] == 0) {
         colunas_.AlocaLinha();
         return;
     }
     const auto erro = sessao.Erro(estado, comando);
-    isc_dsql_free_statement(estado, &handle_, DSQL_drop);
+    Cliente().isc_dsql_free_statement(estado, &handle_, DSQL_drop);
     throw erro;
 }
 
 void TInstrucaoFirebird::Aloca(TSessaoFirebird& sessao, std::string_view comando) {
     TEstadoFirebird estado;
-    isc_dsql_allocate_statement(estado, sessao.Banco(), &handle_);
+    Cliente().isc_dsql_allocate_statement(estado, sessao.Banco(), &handle_);
     sessao.Confere(estado, comando);
 }
 
 TInstrucaoFirebird::~TInstrucaoFirebird() {
     TEstadoFirebird estado;
-    isc_dsql_free_statement(estado, &handle_, DSQL_drop);
+    Cliente().isc_dsql_free_statement(estado, &handle_, DSQL_drop);
 }
 
 TComandoFirebird::TComandoFirebird(std::shared_ptr<TSessaoFirebird> sessao, std::string_view sql, TLeitura leitura)
@@ -107,7 +109,7 @@ void TComandoFirebird::DescreveParametros() {
     const TChamada chamada(sessao_->Relogio());
     TEstadoFirebird estado;
     do {
-        isc_dsql_describe_bind(estado, instrucao_->Handle(), SQLDA_VERSION1, entrada_.Da());
+        Cliente().isc_dsql_describe_bind(estado, instrucao_->Handle(), SQLDA_VERSION1, entrada_.Da());
         sessao_->Confere(estado, sql_);
     } while (entrada_.Cresce());
     if (entrada_.Quantos() != analise_.posicoes.size())
@@ -124,7 +126,7 @@ TComandoFirebird::TEspecie TComandoFirebird::PerguntaEspecie() {
     TEstadoFirebird estado;
     char item = isc_info_sql_stmt_type;
     char resposta[16];
-    isc_dsql_sql_info(estado, instrucao_->Handle(), 1, &item, sizeof resposta, resposta);
+    Cliente().isc_dsql_sql_info(estado, instrucao_->Handle(), 1, &item, sizeof resposta, resposta);
     sessao_->Confere(estado, sql_);
     switch (NumeroDaInformacao(resposta + 1)) {
         case isc_info_sql_stmt_select:
@@ -206,9 +208,10 @@ void TComandoFirebird::Roda(TTransacaoFirebird& transacao, XSQLDA* saida) {
     const TChamada chamada(sessao_->Relogio());
     TEstadoFirebird estado;
     if (saida)
-        isc_dsql_execute2(estado, transacao.Handle(), instrucao_->Handle(), SQLDA_VERSION1, entrada_.Da(), saida);
+        Cliente().isc_dsql_execute2(estado, transacao.Handle(), instrucao_->Handle(), SQLDA_VERSION1, entrada_.Da(),
+                                    saida);
     else
-        isc_dsql_execute(estado, transacao.Handle(), instrucao_->Handle(), SQLDA_VERSION1, entrada_.Da());
+        Cliente().isc_dsql_execute(estado, transacao.Handle(), instrucao_->Handle(), SQLDA_VERSION1, entrada_.Da());
     sessao_->Confere(estado, sql_);
 }
 
@@ -221,7 +224,7 @@ bool TComandoFirebird::Proximo() {
     TEstadoFirebird estado;
     const auto codigo = [&] {
         const TChamada chamada(sessao_->Relogio());
-        return isc_dsql_fetch(estado, instrucao_->Handle(), SQLDA_VERSION1, instrucao_->Colunas().Da());
+        return Cliente().isc_dsql_fetch(estado, instrucao_->Handle(), SQLDA_VERSION1, instrucao_->Colunas().Da());
     }();
     if (codigo == 0) return true;
     Fecha();
@@ -233,7 +236,7 @@ void TComandoFirebird::Fecha() noexcept {
     if (cursor_ == TCursor::Aberto && instrucao_) {
         const TChamada chamada(sessao_->Relogio());
         TEstadoFirebird estado;
-        isc_dsql_free_statement(estado, instrucao_->Handle(), DSQL_close);
+        Cliente().isc_dsql_free_statement(estado, instrucao_->Handle(), DSQL_close);
     }
     cursor_ = TCursor::Fechado;
     propria_.reset();
@@ -308,11 +311,11 @@ std::int64_t TComandoFirebird::LinhasTocadas() {
     TEstadoFirebird estado;
     char item = isc_info_sql_records;
     char resposta[64] = {};
-    isc_dsql_sql_info(estado, instrucao_->Handle(), 1, &item, sizeof resposta, resposta);
+    Cliente().isc_dsql_sql_info(estado, instrucao_->Handle(), 1, &item, sizeof resposta, resposta);
     sessao_->Confere(estado, sql_);
     if (resposta[0] != isc_info_sql_records) return 0;
     std::int64_t linhas = 0;
-    for (const char* p = resposta + 3; *p != isc_info_end; p += 3 + isc_vax_integer(p + 1, 2))
+    for (const char* p = resposta + 3; *p != isc_info_end; p += 3 + Cliente().isc_vax_integer(p + 1, 2))
         if (*p != isc_info_req_select_count) linhas += NumeroDaInformacao(p + 1);
     return linhas;
 }

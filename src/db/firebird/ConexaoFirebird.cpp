@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <stdexcept>
 
+#include "firebird/ClienteFirebird.h"
 #include "firebird/ComandoFirebird.h"
 #include "firebird/ErroFirebird.h"
 #include "firebird/MetadadosFirebird.h"
@@ -150,7 +151,7 @@ class TConexaoFirebird : public TConnection {
         TInstrucaoFirebird instrucao(*sessao_, transacao, sessao_->TextoSql(sql), sql);
         const TRelogioDeEspera::TChamada chamada(sessao_->Relogio());
         TEstadoFirebird estado;
-        isc_dsql_execute(estado, transacao.Handle(), instrucao.Handle(), SQLDA_VERSION1, nullptr);
+        Cliente().isc_dsql_execute(estado, transacao.Handle(), instrucao.Handle(), SQLDA_VERSION1, nullptr);
         sessao_->Confere(estado, sql);
     }
 
@@ -182,9 +183,10 @@ void CriaBancoFirebird(const TParametrosConexao& parametros, int tamanhoPagina) 
     const auto arquivo = parametros.Valor("Database");
     isc_db_handle banco = 0;
     TEstadoFirebird estado;
-    isc_create_database(estado, 0, arquivo.c_str(), &banco, static_cast<short>(bloco.size()), bloco.data(), 0);
+    Cliente().isc_create_database(estado, 0, arquivo.c_str(), &banco, static_cast<short>(bloco.size()), bloco.data(),
+                                  0);
     Confere(estado, "");
-    isc_detach_database(estado, &banco);
+    Cliente().isc_detach_database(estado, &banco);
     Confere(estado, "");
 }
 

@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "driver/ValorDoDriver.h"
+#include "firebird/ClienteFirebird.h"
 #include "firebird/ErroFirebird.h"
 #include "values/Texto.h"
 
@@ -29,7 +30,7 @@ class TBlobAberto {
     ~TBlobAberto() {
         const TChamada chamada(sessao_.Relogio());
         TEstadoFirebird estado;
-        if (handle_ != 0) isc_cancel_blob(estado, &handle_);
+        if (handle_ != 0) Cliente().isc_cancel_blob(estado, &handle_);
     }
     TBlobAberto(const TBlobAberto&) = delete;
     TBlobAberto& operator=(const TBlobAberto&) = delete;
@@ -38,7 +39,7 @@ class TBlobAberto {
         const TChamada chamada(sessao_.Relogio());
         TEstadoFirebird estado;
         const ISC_USHORT bytes = tipo.texto ? 0 : sizeof kComoEsta;
-        isc_open_blob2(estado, sessao_.Banco(), transacao.Handle(), &handle_, &id, bytes, kComoEsta);
+        Cliente().isc_open_blob2(estado, sessao_.Banco(), transacao.Handle(), &handle_, &id, bytes, kComoEsta);
         sessao_.Confere(estado, kLeitura);
     }
 
@@ -49,7 +50,7 @@ class TBlobAberto {
         unsigned short lidos = 0;
         const auto cabem = static_cast<unsigned short>(std::min(destino.size(), kSegmento));
         while (lidos == 0) {
-            const auto codigo = isc_get_segment(estado, &handle_, &lidos, cabem, destino.data());
+            const auto codigo = Cliente().isc_get_segment(estado, &handle_, &lidos, cabem, destino.data());
             if (codigo == isc_segstr_eof) return 0;
             if (codigo != isc_segment) sessao_.Confere(estado, kLeitura);
         }
@@ -60,7 +61,7 @@ class TBlobAberto {
         const TChamada chamada(sessao_.Relogio());
         TEstadoFirebird estado;
         ISC_QUAD id{};
-        isc_create_blob2(estado, sessao_.Banco(), transacao.Handle(), &handle_, &id, 0, nullptr);
+        Cliente().isc_create_blob2(estado, sessao_.Banco(), transacao.Handle(), &handle_, &id, 0, nullptr);
         sessao_.Confere(estado, comando);
         return id;
     }
@@ -70,7 +71,7 @@ class TBlobAberto {
         TEstadoFirebird estado;
         for (; !bytes.empty(); bytes.remove_prefix(std::min(bytes.size(), kSegmento))) {
             const auto parte = static_cast<unsigned short>(std::min(bytes.size(), kSegmento));
-            isc_put_segment(estado, &handle_, parte, bytes.data());
+            Cliente().isc_put_segment(estado, &handle_, parte, bytes.data());
             sessao_.Confere(estado, comando);
         }
     }
@@ -78,7 +79,7 @@ class TBlobAberto {
     void Fecha(std::string_view comando) {
         const TChamada chamada(sessao_.Relogio());
         TEstadoFirebird estado;
-        isc_close_blob(estado, &handle_);
+        Cliente().isc_close_blob(estado, &handle_);
         sessao_.Confere(estado, comando);
     }
 

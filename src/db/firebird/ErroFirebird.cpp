@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "firebird/ClienteFirebird.h"
 #include "values/Texto.h"
 
 namespace wkd {
@@ -13,7 +14,7 @@ std::string TextoDoEstado(const ISC_STATUS* estado) {
     std::string texto;
     char linha[1024];
     const ISC_STATUS* resto = estado;
-    while (fb_interpret(linha, sizeof linha, &resto) > 0) {
+    while (Cliente().fb_interpret(linha, sizeof linha, &resto) > 0) {
         if (!texto.empty()) texto += '\n';
         texto += TextoDeBytes(linha);
     }
@@ -22,7 +23,7 @@ std::string TextoDoEstado(const ISC_STATUS* estado) {
 
 std::string SqlStateDoEstado(const ISC_STATUS* estado) {
     char sqlstate[6] = {};
-    fb_sqlstate(sqlstate, estado);
+    Cliente().fb_sqlstate(sqlstate, estado);
     return sqlstate;
 }
 

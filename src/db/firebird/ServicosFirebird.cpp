@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 
+#include "firebird/ClienteFirebird.h"
 #include "firebird/ErroFirebird.h"
 #include "firebird/SessaoFirebird.h"
 
@@ -93,13 +94,14 @@ void TServicosFirebird::Liga() {
     AdicionaAoBloco(bloco, isc_spb_password, senha_);
     AdicionaAoBloco(bloco, isc_spb_utf8_filename, "");
     TEstadoFirebird estado;
-    isc_service_attach(estado, 0, servico_.c_str(), &ligacao_, static_cast<unsigned short>(bloco.size()), bloco.data());
+    Cliente().isc_service_attach(estado, 0, servico_.c_str(), &ligacao_, static_cast<unsigned short>(bloco.size()),
+                                 bloco.data());
     Confere(estado, "");
 }
 
 void TServicosFirebird::Desliga() noexcept {
     TEstadoFirebird estado;
-    if (ligacao_ != 0) isc_service_detach(estado, &ligacao_);
+    if (ligacao_ != 0) Cliente().isc_service_detach(estado, &ligacao_);
     ligacao_ = 0;
 }
 
@@ -113,15 +115,15 @@ std::string TServicosFirebird::Pedido(char acao, std::string_view arquivo) const
 void TServicosFirebird::Comeca(const std::string& pedido) {
     Liga();
     TEstadoFirebird estado;
-    isc_service_start(estado, &ligacao_, nullptr, static_cast<unsigned short>(pedido.size()), pedido.data());
+    Cliente().isc_service_start(estado, &ligacao_, nullptr, static_cast<unsigned short>(pedido.size()), pedido.data());
     Confere(estado, "");
 }
 
 void TServicosFirebird::Pergunta(const std::string& envia, const std::string& itens) {
     TEstadoFirebird estado;
-    isc_service_query(estado, &ligacao_, nullptr, static_cast<unsigned short>(envia.size()), envia.data(),
-                      static_cast<unsigned short>(itens.size()), itens.data(),
-                      static_cast<unsigned short>(resposta_.size()), resposta_.data());
+    Cliente().isc_service_query(estado, &ligacao_, nullptr, static_cast<unsigned short>(envia.size()), envia.data(),
+                                static_cast<unsigned short>(itens.size()), itens.data(),
+                                static_cast<unsigned short>(resposta_.size()), resposta_.data());
     Confere(estado, "");
 }
 
@@ -188,13 +190,13 @@ void ApagaBancoFirebird(const TParametrosConexao& parametros) {
     const auto arquivo = parametros.Valor("Database");
     isc_db_handle banco = 0;
     TEstadoFirebird estado;
-    isc_attach_database(estado, 0, arquivo.c_str(), &banco, static_cast<short>(bloco.size()), bloco.data());
+    Cliente().isc_attach_database(estado, 0, arquivo.c_str(), &banco, static_cast<short>(bloco.size()), bloco.data());
     Confere(estado, "");
-    isc_drop_database(estado, &banco);
+    Cliente().isc_drop_database(estado, &banco);
     if (banco == 0) return Confere(estado, "drop database");
     const TErroBanco erro = ErroFirebird(estado, "drop database");
     TEstadoFirebird ignorado;
-    isc_detach_database(ignorado, &banco);
+    Cliente().isc_detach_database(ignorado, &banco);
     throw erro;
 }
 

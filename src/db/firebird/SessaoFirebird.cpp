@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <thread>
 
+#include "firebird/ClienteFirebird.h"
 #include "firebird/ComandoFirebird.h"
 #include "firebird/ErroFirebird.h"
 #include "values/Texto.h"
@@ -43,10 +44,10 @@ std::int64_t NumeroDaLigacao(isc_db_handle* banco) {
     TEstadoFirebird estado;
     const char item = isc_info_attachment_id;
     char resposta[32] = {};
-    isc_database_info(estado, banco, 1, &item, sizeof resposta, resposta);
+    Cliente().isc_database_info(estado, banco, 1, &item, sizeof resposta, resposta);
     if (resposta[0] != isc_info_attachment_id) return 0;
-    return isc_portable_integer(reinterpret_cast<const ISC_UCHAR*>(resposta + 3),
-                                static_cast<short>(isc_vax_integer(resposta + 1, 2)));
+    return Cliente().isc_portable_integer(reinterpret_cast<const ISC_UCHAR*>(resposta + 3),
+                                          static_cast<short>(Cliente().isc_vax_integer(resposta + 1, 2)));
 }
 
 /// Whether the database's own pages could not be read or written.
@@ -105,7 +106,8 @@ void TSessaoFirebird::Liga(std::string_view conjunto) {
     {
         const TChamada chamada(relogio_);
         const std::lock_guard trava(ligando_);
-        isc_attach_database(estado, 0, arquivo.c_str(), &banco_, static_cast<short>(bloco.size()), bloco.data());
+        Cliente().isc_attach_database(estado, 0, arquivo.c_str(), &banco_, static_cast<short>(bloco.size()),
+                                      bloco.data());
     }
     wkd::Confere(estado, "");
     paraCancelar_ = banco_;
@@ -130,7 +132,7 @@ void TSessaoFirebird::Desliga() noexcept {
     const std::lock_guard trava(ligando_);
     TEstadoFirebird estado;
     const TChamada chamada(relogio_);
-    isc_detach_database(estado, &banco_);
+    Cliente().isc_detach_database(estado, &banco_);
     banco_ = paraCancelar_ = 0;
 }
 
@@ -139,7 +141,7 @@ void TSessaoFirebird::Cancela() noexcept {
     if (banco == 0) return;
     cancelada_ = true;
     TEstadoFirebird estado;
-    fb_cancel_operation(estado, &banco, fb_cancel_abort);
+    Cliente().fb_cancel_operation(estado, &banco, fb_cancel_abort);
 }
 
 void TSessaoFirebird::Interrompe(TInterrupcao::TEtapa etapa) noexcept {
@@ -147,7 +149,8 @@ void TSessaoFirebird::Interrompe(TInterrupcao::TEtapa etapa) noexcept {
     const std::unique_lock trava(ligando_, std::try_to_lock);
     if (!trava || !Ligada()) return;
     TEstadoFirebird estado;
-    fb_cancel_operation(estado, &banco_, etapa == TInterrupcao::TEtapa::Cancela ? fb_cancel_raise : fb_cancel_abort);
+    Cliente().fb_cancel_operation(estado, &banco_,
+                                  etapa == TInterrupcao::TEtapa::Cancela ? fb_cancel_raise : fb_cancel_abort);
 }
 
 TTransacaoFirebird& TSessaoFirebird::Catalogo() {
@@ -194,8 +197,8 @@ TTransacaoFirebird::TTransacaoFirebird(TSessaoFirebird& sessao, TModo modo, std:
     TEstadoFirebird estado;
     {
         const TChamada chamada(sessao_.Relogio());
-        isc_start_transaction(estado, &handle_, 1, sessao.Banco(), static_cast<unsigned short>(bloco.size()),
-                              bloco.data());
+        Cliente().isc_start_transaction(estado, &handle_, 1, sessao.Banco(), static_cast<unsigned short>(bloco.size()),
+                                        bloco.data());
     }
     sessao_.Confere(estado, "start transaction");
     sessao_.abertas_.push_back(this);
@@ -211,7 +214,7 @@ void TTransacaoFirebird::Commit(std::string_view comando) {
     TEstadoFirebird estado;
     {
         const TChamada chamada(sessao_.Relogio());
-        if (isc_commit_transaction(estado, &handle_) == 0) return;
+        if (Cliente().isc_commit_transaction(estado, &handle_) == 0) return;
     }
     const auto erro = sessao_.Erro(estado, comando);
     Rollback();
@@ -226,7 +229,7 @@ void TTransacaoFirebird::Rollback() noexcept {
     if (handle_ == 0) return;
     TEstadoFirebird estado;
     const TChamada chamada(sessao_.Relogio());
-    isc_rollback_transaction(estado, &handle_);
+    Cliente().isc_rollback_transaction(estado, &handle_);
     handle_ = 0;
 }
 

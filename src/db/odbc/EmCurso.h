@@ -1,8 +1,5 @@
 #pragma once
 
-#include <sql.h>
-#include <sqlext.h>
-
 #include <atomic>
 #include <future>
 #include <memory>
@@ -12,6 +9,7 @@
 #include <vector>
 
 #include "connection/Connection.h"
+#include "odbc/Odbc.h"
 #include "process/Interrupcao.h"
 
 namespace wkd {

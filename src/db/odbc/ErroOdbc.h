@@ -1,11 +1,10 @@
 #pragma once
 
-#include <sql.h>
-#include <sqlext.h>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "odbc/Odbc.h"
 #include "values/Erros.h"
 #include "values/Texto.h"
 

@@ -1,13 +1,11 @@
 #pragma once
 
-#include <sql.h>
-#include <sqlext.h>
-
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include "connection/Connection.h"
+#include "odbc/Odbc.h"
 #include "odbc/SessaoOdbc.h"
 
 namespace wkd {

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <sql.h>
-#include <sqlext.h>
 #include <memory>
 #include <optional>
 #include <string>
@@ -12,6 +10,7 @@
 #include "connection/Connection.h"
 #include "odbc/EmCurso.h"
 #include "odbc/ErroOdbc.h"
+#include "odbc/Odbc.h"
 
 namespace wkd {
 

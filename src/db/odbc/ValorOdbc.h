@@ -1,10 +1,8 @@
 #pragma once
 
-#include <sql.h>
-#include <sqlext.h>
-
 #include <string>
 
+#include "odbc/Odbc.h"
 #include "odbc/SessaoOdbc.h"
 #include "values/Campo.h"
 

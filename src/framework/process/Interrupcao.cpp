@@ -50,7 +50,10 @@ void Avisa() {
 }
 
 #ifdef _WIN32
-[[noreturn]] void Mata() { TerminateProcess(GetCurrentProcess(), static_cast<UINT>(128 + TInterrupcao::Sinal())); }
+[[noreturn]] void Mata() {
+    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(128 + TInterrupcao::Sinal()));
+    std::abort();  // not reached
+}
 
 /// The system ends the process some seconds after a closed console, whatever happens here.
 BOOL WINAPI Console(DWORD evento) {

@@ -1,0 +1,42 @@
+# What the libraries stand on, the same names on every system: Firebird::headers (the client itself is loaded at run
+# time), wkd::zip, wkd::odbc, nlohmann_json::nlohmann_json.
+add_library(wkd_zip INTERFACE)
+add_library(wkd::zip ALIAS wkd_zip)
+add_library(wkd_odbc INTERFACE)
+add_library(wkd::odbc ALIAS wkd_odbc)
+
+if(WIN32)
+    # Headers that are the same for every system come from this machine; its other headers must not be seen.
+    set(cabecalhos ${CMAKE_BINARY_DIR}/cabecalhos)
+    set(deFora ibase.h firebird nlohmann)
+    if(WKD_WINDOWS)
+        find_package(libzip REQUIRED)
+        target_link_libraries(wkd_zip INTERFACE libzip::zip)
+    else()  # compiled, not linked
+        list(APPEND deFora zip.h zipconf.h)
+    endif()
+    file(MAKE_DIRECTORY ${cabecalhos})
+    foreach(nome IN LISTS deFora)
+        find_path(pasta NAMES ${nome} PATHS /usr/include /usr/include/${CMAKE_HOST_SYSTEM_PROCESSOR}-linux-gnu
+                  NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH NO_CACHE REQUIRED)
+        file(CREATE_LINK ${pasta}/${nome} ${cabecalhos}/${nome} SYMBOLIC)
+        unset(pasta)
+    endforeach()
+    add_library(Firebird::headers INTERFACE IMPORTED)
+    target_include_directories(Firebird::headers SYSTEM INTERFACE ${cabecalhos})
+    add_library(nlohmann_json::nlohmann_json INTERFACE IMPORTED)
+    target_include_directories(nlohmann_json::nlohmann_json SYSTEM INTERFACE ${cabecalhos})
+    target_include_directories(wkd_zip SYSTEM INTERFACE ${cabecalhos})
+    target_link_libraries(wkd_odbc INTERFACE odbc32)
+
+    add_compile_definitions(NOMINMAX WIN32_LEAN_AND_MEAN UNICODE _UNICODE)
+    add_compile_options(-include ${CMAKE_SOURCE_DIR}/cmake/caminhos-utf8.h)
+else()
+    find_package(Firebird REQUIRED)
+    find_package(PkgConfig REQUIRED)
+    find_package(nlohmann_json REQUIRED)
+    pkg_check_modules(libzip REQUIRED IMPORTED_TARGET libzip)
+    pkg_check_modules(odbc REQUIRED IMPORTED_TARGET odbc)
+    target_link_libraries(wkd_zip INTERFACE PkgConfig::libzip)
+    target_link_libraries(wkd_odbc INTERFACE PkgConfig::odbc)
+endif()
