@@ -15,8 +15,10 @@ class TTelaMuda : public TTelaSilenciosa {
     std::vector<std::string> erros;
 
     void Memo1(std::string_view linha) override { aoMostrar(linha); }
-    void Memo2(std::string_view linha) override { erros.emplace_back(linha); }
     void Informacao(std::string_view texto) override { erros.emplace_back(texto); }
+
+  protected:
+    void Memo2(std::string_view linha) override { erros.emplace_back(linha); }
     void SetLog(std::string_view mensagem, std::string_view, std::string_view) override {
         erros.emplace_back(mensagem);
     }

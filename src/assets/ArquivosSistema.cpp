@@ -43,8 +43,8 @@ class TCargaDeArquivos {
     void Lembra(const std::string& nome) { guardados_.emplace(ChaveDeNome(nome), nome); }
 
     void Relata(const std::string& nome, const std::exception& erro) {
-        dm_.Tela().Memo2(nome + ": " + erro.what());
-        dm_.Tela().SetLog(erro.what(), "TARQ_VER", "Extraindo arquivos: " + nome);
+        dm_.Tela().Erro(TErroDaExecucao::NosDois(ErroDe(erro), "TARQ_VER", "Extraindo arquivos: " + nome,
+                                                 nome + ": " + erro.what()));
     }
 
     /// The statement is issued twice.

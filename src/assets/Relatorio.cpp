@@ -24,7 +24,8 @@ constexpr std::string_view kEmCopia = ".novo";  // what a killed copy leaves beh
 
 [[noreturn]] void NaoCopia(const fs::path& para, std::error_code erro) {
     throw TErroPacote("Não foi possível copiar o relatório para '" + TextoDoCaminho(para) + "': " + erro.message() +
-                      ". Verifique a pasta de relatórios (chave RELATORIO do alias).");
+                          ". Verifique a pasta de relatórios (chave RELATORIO do alias).",
+                      TFalha::Arquivo);
 }
 
 /// Files of a folder with that end of their names, letter case ignored.
@@ -126,8 +127,7 @@ bool PastaCentral(const TAliases& aliases, const std::string& pasta) {
 void ApagaTerminadosEmZero(TDataModulo& dm) {
     const TResultado apagou = dm.Executa("DELETE FROM trelatorios where upper(nome) like '%0.RTM'");
     if (apagou) return;
-    dm.Tela().Memo2(apagou.Mensagem());
-    dm.Tela().SetLog(apagou.Mensagem(), kTabela, "AtualizaRelatorio");
+    dm.Tela().Erro(TErroDaExecucao::NosDois(apagou.Erro().Dados(), kTabela, "AtualizaRelatorio"));
 }
 
 }  // namespace
@@ -155,11 +155,13 @@ void FazBackupDosRelatorios(const fs::path& pasta, const fs::path& arquivoZip) {
         arquivos = ArquivosTerminadosEm(pasta, kLayout);
     } catch (const fs::filesystem_error& erro) {
         throw TErroPacote("Não foi possível ler a pasta de relatórios '" + TextoDoCaminho(pasta) +
-                          "': " + erro.code().message() + ". Verifique a chave RELATORIO do alias.");
+                              "': " + erro.code().message() + ". Verifique a chave RELATORIO do alias.",
+                          TFalha::Arquivo);
     }
     if (arquivos.empty())
-        throw TErroPacote("Não há relatórios (*.rtm) na pasta '" + TextoDoCaminho(pasta) +
-                          "'. Verifique a chave RELATORIO do alias.");
+        throw TErroPacote(
+            "Não há relatórios (*.rtm) na pasta '" + TextoDoCaminho(pasta) + "'. Verifique a chave RELATORIO do alias.",
+            TFalha::Arquivo);
     CompactaZip(arquivos, arquivoZip);
 }
 

@@ -14,7 +14,6 @@
 #include "process/Interrupcao.h"
 #include "rows/WKDQuery.h"
 #include "run/Atualizacao.h"
-#include "run/RegistroDaExecucao.h"
 #include "run/UsuariosOnline.h"
 #include "screen/Tela.h"
 #include "values/Texto.h"
@@ -90,7 +89,7 @@ class TExecucaoDoEnsaio {
   private:
     void Copia();
     void Atualiza();
-    void Corre(TDataModulo& dm, TTelaRegistrada& tela);
+    void Corre(TDataModulo& dm);
     void Confere(TDataModulo& dm, const std::vector<TDesvio>& antes);
     TOpcoes Opcoes() const;
     std::uintmax_t Tamanho(TConnection& copia);
@@ -134,8 +133,7 @@ std::uintmax_t TExecucaoDoEnsaio::Tamanho(TConnection& copia) {
 
 /// In the copy nobody is connected: those who are, are so in the database in use.
 void TExecucaoDoEnsaio::Atualiza() {
-    TTelaDoEnsaio muda(acompanha_);
-    TTelaRegistrada tela(muda);
+    TTelaDoEnsaio tela(acompanha_);
     TDataModulo dm(TAliases(IniDaCopia(conexao_.Aliases(), pedido_.opcoes.alias, copia_.Banco(), privada_.Caminho())),
                    tela);
     dm.nomeAlias = pedido_.opcoes.alias;
@@ -145,19 +143,18 @@ void TExecucaoDoEnsaio::Atualiza() {
     if (ensaio_.usuarios > 0) dm.SQLConnection1.ExecuteDirect("update csenha set flag1 = 0 where flag1 > 0");
     const auto antes = ConfereDicionario(dm, privada_.Caminho());
     ensaio_.bytesAntes = Tamanho(dm.SQLConnection1);
-    ensaio_.segundosDaAtualizacao = Segundos([&] { Corre(dm, tela); });
+    ensaio_.segundosDaAtualizacao = Segundos([&] { Corre(dm); });
     ensaio_.bytesDepois = Tamanho(dm.SQLConnection1);
     if (ensaio_.terminou) Confere(dm, antes);
     dm.SQLConnection1.Close();
 }
 
-void TExecucaoDoEnsaio::Corre(TDataModulo& dm, TTelaRegistrada& tela) {
+void TExecucaoDoEnsaio::Corre(TDataModulo& dm) {
     const TOpcoes opcoes = Opcoes();
     TAtualizacao atualizacao(dm, opcoes, estado_);
     ensaio_.terminou = atualizacao.Executa() == TFimDaAtualizacao::Concluida;
     TInterrupcao::Confere();
     ensaio_.evidencia = atualizacao.Evidencia();
-    ensaio_.evidencia.erros = tela.RetiraErros();
     if (!dm.SQLConnection1.Connected()) dm.SQLConnection1.Open();
 }
 

@@ -31,25 +31,24 @@ TEST(Erros, cada_um_tem_sua_linha_e_uma_segunda_com_o_que_falta_a_ela) {
         "Providência: Corrija a causa e rode a atualização de novo: ela continua de onde parou. Se repetir, chame o "
         "suporte com o relatório da execução.";
 
-    eco.Linha("falhou", "T");
-    eco.Entrada("Query de alteração de campofalhou Query: alter table T ADD C", "T", "", "T");
+    auto naQuery = TErroDaExecucao::NosDois({.mensagem = "falhou"}, "T", "").ComComando("alter table T ADD C");
+    naQuery.entrada->mensagem.insert(0, "Query de alteração de campo");
+    eco.Erro(naQuery, "T");
     diz({"falhou", "    Em: Tabela: T - Query de alteração de campo Query: alter table T ADD C. " + generica});
 
-    eco.Entrada("sem colunas", "T", "Criando indice", "T");
+    eco.Erro(TErroDaExecucao::NoLog({.mensagem = "sem colunas"}, "T", "Criando indice"), "T");
     diz({"Tabela: T - Criando indice - sem colunas", "    Em: T. " + generica});
 
-    eco.Linha("registro 1 recusado", "Restaurando T");
-    eco.Linha("registro 2 recusado", "Restaurando T");
+    eco.Erro(TErroDaExecucao::NaLista({.mensagem = "registro 1 recusado"}, ""), "Restaurando T");
+    eco.Erro(TErroDaExecucao::NaCaixa({.mensagem = "registro 2 recusado"}), "Restaurando T");
     diz({"registro 1 recusado", "registro 2 recusado", "    Em: Restaurando T. " + generica});
 
-    eco.Linha("Tabela: T - falhou", "T");
-    eco.Entrada("falhou", "T", "Atualizar tabela", "T");
-    eco.Linha("Tabela: U - falhou", "U");
+    eco.Erro(TErroDaExecucao::NosDois({.mensagem = "falhou"}, "T", "Atualizar tabela", "Tabela: T - falhou"), "T");
+    eco.Erro(TErroDaExecucao::NaLista({.mensagem = "Tabela: U - falhou"}, "U"), "U");
     diz({"Tabela: T - falhou", "    Em: Atualizar tabela. " + generica, "Tabela: U - falhou",
          "    Em: U. " + generica});
 
-    eco.Linha("sem conexão", "");
-    eco.Entrada("sem conexão", "", "", "");
+    eco.Erro(TErroDaExecucao::NaCaixa({.mensagem = "sem conexão"}), "");
     diz({"sem conexão"});
 }
 

@@ -227,10 +227,10 @@ TEST(ExecucaoTest, ErrorsCanBeSavedAndTheLogIsKeptNewestFirst) {
     TInstalacao instalacao;
     TJanelaDeTeste janela(instalacao);
     janela.Mostra();
-    janela.Tela().Memo2("Erro na ação");
-    janela.Tela().Memo2("Outro");
-    janela.Tela().SetLog("primeira", "T1", "");
-    janela.Tela().SetLog("segunda", "", "Ação");
+    janela.Tela().Erro(TErroDaExecucao::NaLista({.mensagem = "Erro na ação"}, ""));
+    janela.Tela().Erro(TErroDaExecucao::NaLista({.mensagem = "Outro"}, ""));
+    janela.Tela().Erro(TErroDaExecucao::NoLog({.mensagem = "primeira"}, "T1", ""));
+    janela.Tela().Erro(TErroDaExecucao::NoLog({.mensagem = "segunda"}, "", "Ação"));
     janela.Tela().Descarrega();
     janela.dialogos.arquivo = QCaminho(instalacao.Pasta() / "erros.log");
     janela.C<QPushButton>("SpeedButton2").click();

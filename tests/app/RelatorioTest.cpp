@@ -45,7 +45,7 @@ TEST(Relatorio, conta_o_que_a_atualizacao_fez_em_cada_tabela) {
 
     bool achado = false;
     for (const auto& erro : relatorio.at("erros")) {
-        achado = achado || (erro.at("tabela") == "TFORNECE" &&
+        achado = achado || (erro.at("tabela") == "TFORNECE" && erro.at("tipo") == "chave-duplicada" &&
                             erro.at("mensagem").get<std::string>().find("TFORNECE_CNPJ") != std::string::npos &&
                             erro.at("providencia").get<std::string>().find("repetidos") != std::string::npos);
     }
@@ -73,7 +73,7 @@ TEST(Relatorio, um_texto_do_banco_nao_vira_pagina) {
     evidencia.alias = "<b>&\"";
     evidencia.tabelas.push_back(
         {"T<1>", TAcaoDaTabela::Altera, "a < b", {{"alter '<x>'", "", "erro & cia"}}, 2, 1, "", 1});
-    evidencia.erros.push_back({{}, "", "", "<script>"});
+    evidencia.erros.push_back(TErroDaExecucao::NaLista({.mensagem = "<script>"}, ""));
     const std::string pagina = RelatorioEmHtml(evidencia);
     EXPECT_EQ(pagina.find("<b>&"), std::string::npos);
     EXPECT_EQ(pagina.find("<script>"), std::string::npos);
@@ -103,42 +103,38 @@ TEST(Relatorio, o_hash_depende_dos_valores_e_nao_da_ordem) {
     EXPECT_EQ(hash({}), "0");
 }
 
-TEST(Relatorio, um_erro_mostrado_e_registrado_conta_uma_vez) {
-    TTelaDeTeste janela;
-    TTelaRegistrada tela(janela);
-    tela.Memo2("erro da coluna X");
-    tela.SetLog("erro da coluna X Query: alter table T", "T", "Query de alteração de campo");
-    tela.Memo2("Tabela: T - falhou");
-    tela.SetLog("falhou", "T", "Atualizar tabela");
-    tela.SetLog("outro", "U", "acao");
-    tela.SetLog("outro", "V", "acao");
-    tela.Informacao("aviso");
-    const auto erros = tela.RetiraErros();
-    ASSERT_EQ(erros.size(), 5u);
-    EXPECT_EQ(erros[0].tabela, "T");
-    EXPECT_EQ(erros[0].mensagem, "erro da coluna X Query: alter table T");
-    EXPECT_EQ(erros[1].mensagem, "Tabela: T - falhou");
-    EXPECT_EQ(erros[1].acao, "Atualizar tabela");
-    EXPECT_EQ(erros[4].mensagem, "aviso");
-    EXPECT_EQ(janela.log.size(), 4u);
-    EXPECT_EQ(janela.memo2.size(), 2u);
-    EXPECT_TRUE(tela.RetiraErros().empty());
-}
-
-TEST(Relatorio, diz_o_que_fazer_com_cada_tipo_de_erro) {
-    const std::pair<const char*, const char*> casos[] = {
-        {"unsuccessful metadata update object TABLE \"X\" is in use", "Feche o sistema"},
-        {"Esta atualização requer que todos os usuários fechem o sistema.", "Feche o sistema"},
-        {"TABLE T too many versions", "backup e restauração"},
-        {"A chave A de T tem 2 valores repetidos", "registros repetidos"},
-        {"Outra atualização está em andamento", "Espere"},
-        {"arithmetic exception, numeric overflow, or string truncation", "rejeitados"},
-        {"O arquivo SARQUIVO.WKD do pacote está vazio", "pacote completo"},
-        {"qualquer outra coisa", "rode a atualização de novo"},
+TEST(Relatorio, a_providencia_vem_do_que_falhou_e_nao_do_nome_da_tabela) {
+    TBancoTemporario banco;
+    TConnection& conexao = banco.Conexao();
+    conexao.ExecuteDirect("create table TPACOTE (A integer not null primary key, B integer check (B > 0))");
+    const auto outra = banco.Outra();
+    auto reserva = conexao.Reserva("TPACOTE");
+    TEvidencia evidencia;
+    const auto falha = [&](TConnection& qual, const char* comando) {
+        try {
+            qual.ExecuteDirect(comando);
+        } catch (const std::exception& erro) {
+            evidencia.erros.push_back(TErroDaExecucao::NosDois(ErroDe(erro), "TPACOTE", "Alterar"));
+        }
     };
-    for (const auto& [mensagem, parte] : casos)
-        EXPECT_NE(Providencia(mensagem).find(parte), std::string_view::npos)
-            << mensagem << ": " << Providencia(mensagem);
+    falha(*outra, "insert into TPACOTE values (1, 1)");
+    reserva.reset();
+    falha(conexao, "insert into TPACOTE values (1, 0)");
+    falha(conexao, "alter table TPACOTE adiciona C integer");
+    falha(conexao, "update TPACOTE set C = 1");
+
+    const std::pair<const char*, const char*> esperadas[] = {{"em-uso", "Feche o sistema"},
+                                                             {"restricao", "Corrija na tabela os valores"},
+                                                             {"sintaxe", "Corrija a causa"},
+                                                             {"coluna-inexistente", "desta versão do sistema"}};
+    const auto erros = TJson::parse(RelatorioEmJson(evidencia)).at("erros");
+    ASSERT_EQ(erros.size(), std::size(esperadas)) << erros.dump(1);
+    for (std::size_t i = 0; i < erros.size(); ++i) {
+        EXPECT_EQ(erros[i].at("tipo"), esperadas[i].first) << erros[i].dump(1);
+        EXPECT_NE(erros[i].at("providencia").get<std::string>().find(esperadas[i].second), std::string::npos)
+            << erros[i].dump(1);
+        EXPECT_FALSE(erros[i].at("codigo").is_null() || erros[i].at("comando").is_null()) << erros[i].dump(1);
+    }
 }
 
 }  // namespace

@@ -19,8 +19,8 @@ class ClientDataSetNoBanco : public testing::Test {
         conexao.ExecuteDirect("insert into T values ('a', null, 1.50, '2024-01-02 03:04:05.1234', 'texto', 'x')");
         conexao.ExecuteDirect("insert into T values ('b', 'ação', null, null, null, null)");
         dados.SetProvedor({&conexao, "select * from T order by K", "T", {"K", "S"}});
-        dados.OnReconcileError = [this](std::string_view texto) {
-            erro = texto;
+        dados.OnReconcileError = [this](const TErro& recusa) {
+            erro = recusa.mensagem;
             return TAcaoReconcilia::Pula;
         };
         dados.Open();

@@ -1,7 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <fstream>
 #include <thread>
+
+#ifndef _WIN32
+#include <sys/resource.h>
+#endif
 
 #include "BancoTemporario.h"
 #include "ContratoDriver.h"
@@ -108,6 +113,9 @@ TEST(FirebirdConexao, TheLockKeepsOutUsersWhoAreNotShownEachOther) {
         banco.Conexao().ExecuteDirect("create table T (A integer)");
         EXPECT_EQ(banco.Conexao().NomesDeTabelas(), std::vector<std::string>{"T"});
         EXPECT_EQ(banco.Conexao().TodasAsColunas().size(), 1u);
+        const auto proibida = ErroDe([&] { outra->ExecuteDirect("alter table T add B integer"); });
+        ASSERT_TRUE(proibida);
+        EXPECT_EQ(proibida->Falha(), TFalha::SemPermissao) << proibida->what();
         dela->Close();
         EXPECT_TRUE(outra->Trava("outra"));
     }
@@ -132,6 +140,45 @@ TEST(FirebirdConexao, ALostServerIsToldAsALostConnection) {
     EXPECT_TRUE(erro->ConexaoPerdida()) << erro->SqlState() << erro->what();
     EXPECT_EQ(erro->Falha(), TFalha::Conexao);
 }
+
+TEST(FirebirdConexao, WhatATableHoldsOnToIsToldFromATableAlteredTooOften) {
+    TBancoTemporario banco;
+    auto& conexao = banco.Conexao();
+    conexao.ExecuteDirect("create table TPACOTE (A integer, B varchar(10))");
+    conexao.ExecuteDirect("create view V as select A from TPACOTE");
+    const auto presa = ErroDe([&] { conexao.ExecuteDirect("alter table TPACOTE drop A"); });
+    ASSERT_TRUE(presa);
+    EXPECT_EQ(presa->Falha(), TFalha::Dependencia) << presa->what();
+    const auto gasta = ErroDe([&] {
+        for (int n = 11; n < 300; ++n)
+            conexao.ExecuteDirect("alter table TPACOTE alter B type varchar(" + std::to_string(n) + ")");
+    });
+    ASSERT_TRUE(gasta);
+    EXPECT_EQ(gasta->Falha(), TFalha::VersoesDemais) << gasta->what();
+}
+
+#ifndef _WIN32
+TEST(FirebirdConexao, ADiskWithoutRoomIsToldFromALostServer) {
+    TBancoTemporario banco;
+    banco.Conexao().ExecuteDirect("create table T (A varchar(8000) character set octets)");
+    rlimit antes{};
+    getrlimit(RLIMIT_FSIZE, &antes);
+    rlimit cheio = antes;
+    cheio.rlim_cur = std::filesystem::file_size(banco.Arquivo());
+    std::signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &cheio);
+    const auto erro = ErroDe([&] {
+        banco.Conexao().ExecuteDirect(
+            "execute block as declare i integer = 0; begin while (i < 4000) do begin insert into T values "
+            "(rpad(gen_uuid(), 8000, gen_uuid())); i = i + 1; end end");
+    });
+    setrlimit(RLIMIT_FSIZE, &antes);
+    std::signal(SIGXFSZ, SIG_DFL);
+    ASSERT_TRUE(erro);
+    EXPECT_EQ(erro->Falha(), TFalha::DiscoCheio) << erro->what();
+    EXPECT_TRUE(erro->ConexaoPerdida()) << "nothing more is to be written";
+}
+#endif
 
 TEST(FirebirdConexao, AFailedNotNullColumnLeavesTheConnectionAbleToWrite) {
     TBancoTemporario banco;

@@ -133,6 +133,10 @@ TEST(OdbcTextos, AnErrorIsALostConnectionATableInUseOrTheStatementsOwn) {
         {{{"42000", "lock request time out period exceeded", 1222}}, "x", false, TFalha::EmUso, false},
         {{{"HYT00", "lock request time out period exceeded", 1222}}, "x", false, TFalha::EmUso, false},
         {{{"40001", "deadlock victim", 1205}}, "x", false, TFalha::EmUso, false},
+        {{{"42000", "CREATE TABLE permission denied", 262}}, "x", false, TFalha::SemPermissao, false},
+        {{{"42S02", "referenced by a FOREIGN KEY", 3726}}, "x", false, TFalha::Dependencia, false},
+        {{{"42000", "depends on column", 5074}, {"42000", "failed", 4922}}, "x", false, TFalha::Dependencia, false},
+        {{{"42000", "transaction log is full", 9002}}, "x", false, TFalha::DiscoCheio, false},
     };
     for (const auto& caso : casos) {
         const auto erro = ErroDosRegistros(caso.registros, caso.comando, caso.morta);

@@ -23,14 +23,14 @@ TEST_F(TBTest, APrimaryKeyComesWithNotNullAndOnlyWhereTheRowsAllowIt) {
         Executa("recreate table TX (A integer not null, B integer)");
         for (const std::string linha : linhas) Executa("insert into TX values (" + linha + ")");
         EXPECT_EQ(tb_.CriaIndicePrimario("TX", false), *erro == 0) << erro;
-        EXPECT_EQ(tb_.Erro(), erro);
+        EXPECT_EQ(tb_.Erro().mensagem, erro);
         EXPECT_EQ(Chave("TX"), *erro ? "" : "PK_TX(A,B)");
         EXPECT_EQ(Estrutura("TX"), *erro ? "A integer!, B integer" : "A integer!, B integer!");
         EXPECT_EQ(tb_.CriaIndicePrimario("TX", false), *erro == 0) << "again";
     }
     Executa("create table TSEM (A integer)");
     EXPECT_FALSE(tb_.CriaIndicePrimario("TSEM", false));
-    EXPECT_NE(tb_.Erro().find("TSEM"), std::string::npos);
+    EXPECT_NE(tb_.Erro().mensagem.find("TSEM"), std::string::npos);
 }
 
 TEST_F(TBTest, SecondaryIndexesAreMadeOneByOneWhateverFails) {
@@ -47,7 +47,7 @@ TEST_F(TBTest, SecondaryIndexesAreMadeOneByOneWhateverFails) {
     Indice("TX", "IX_SIMPLES", 0, {"B", "A"});
 
     EXPECT_FALSE(tb_.CriaIndiceSecundarios("TX"));
-    const std::string erro = tb_.Erro();
+    const std::string erro = tb_.Erro().mensagem;
     for (const char* parte : {"Erro criando indice secundario UNIQUE IX_REPETIDO do arquivo:TX 2 valores repetidos",
                               "Erro criando indice secundario IX_FALTA do arquivo:TX ",
                               "Erro criando indice secundario IX_VAZIO do arquivo:TX sem colunas"})

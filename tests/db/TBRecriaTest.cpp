@@ -29,7 +29,7 @@ class TBRecriaTest : public TBTest {
     }
 
     void SoABackup() {
-        ASSERT_TRUE(tb_.CriaTabela("TCLI", true)) << tb_.Erro();
+        ASSERT_TRUE(tb_.CriaTabela("TCLI", true)) << tb_.Erro().mensagem;
         Executa("insert into BTCLI (CODIGO, NOME, FOTO, SOBRA) select CODIGO, NOME, FOTO, SOBRA from TCLI");
         Executa("drop table TCLI");
     }
@@ -41,7 +41,7 @@ class TBRecriaTest : public TBTest {
         });
         bool morreu = false;
         try {
-            EXPECT_TRUE(tb_.ReCriaTabela("TCLI")) << tb_.Erro();
+            EXPECT_TRUE(tb_.ReCriaTabela("TCLI")) << tb_.Erro().mensagem;
         } catch (const TMorte&) {
             morreu = true;
         }
@@ -60,7 +60,7 @@ class TBRecriaTest : public TBTest {
 
 TEST_F(TBRecriaTest, KeepsRowsAndVersionAndGivesLayoutKeyAndIndexes) {
     TabelaVelha();
-    ASSERT_TRUE(tb_.ReCriaTabela("tcli")) << tb_.Erro();
+    ASSERT_TRUE(tb_.ReCriaTabela("tcli")) << tb_.Erro().mensagem;
     ConfereNova();
     EXPECT_EQ(Linhas("select VERSAO from SARQUIVO"), "5");
 }
@@ -80,7 +80,7 @@ TEST_F(TBRecriaTest, ChangesNothingWhenTheTableCouldNotBeCreatedOrSaved) {
     for (const auto& [comando, desfaz] : casos) {
         Executa(comando);
         EXPECT_FALSE(tb_.ReCriaTabela("TCLI")) << comando;
-        EXPECT_FALSE(tb_.Erro().empty());
+        EXPECT_FALSE(tb_.Erro().mensagem.empty());
         Executa(desfaz);
         EXPECT_EQ(Linhas("select CODIGO, NOME, FOTO, SOBRA from TCLI order by 1"), "1|ana|foto|9;2|bia|<null>|<null>");
         EXPECT_EQ(Linhas("select VERSAO from SARQUIVO"), "5");
@@ -96,7 +96,7 @@ TEST_F(TBRecriaTest, EndedAtAnyStatementTheNextCallFinishesWithAllRows) {
             if (perdida) SoABackup();
             morreu = RecriaAteOComando(n);
             if (morreu) {
-                ASSERT_TRUE(tb_.ReCriaTabela("TCLI")) << tb_.Erro();
+                ASSERT_TRUE(tb_.ReCriaTabela("TCLI")) << tb_.Erro().mensagem;
             }
             ConfereNova();
         }
@@ -112,7 +112,7 @@ TEST_F(TBRecriaTest, RowsEnteredSinceAnInterruptedRebuildAreKept) {
     EXPECT_THROW((void)tb_.ReCriaTabela("TCLI"), TMorte);
     conexao_.Observa({});
     Executa("insert into TCLI (CODIGO, NOME) values (3, 'eva')");
-    ASSERT_TRUE(tb_.ReCriaTabela("TCLI")) << tb_.Erro();
+    ASSERT_TRUE(tb_.ReCriaTabela("TCLI")) << tb_.Erro().mensagem;
     EXPECT_EQ(Linhas("select CODIGO, NOME from TCLI order by 1"), "1|ana;2|bia;3|eva");
 }
 
@@ -125,7 +125,7 @@ TEST_F(TBRecriaTest, WorkSinceARebuildThatEndedBehindTheRestoreIsKept) {
     conexao_.Observa({});
     Executa("update TCLI set NOME = 'ana maria', FOTO = null where CODIGO = 1");
     Executa("insert into TCLI (CODIGO, NOME) values (3, 'eva')");
-    ASSERT_TRUE(tb_.ReCriaTabela("TCLI")) << tb_.Erro();
+    ASSERT_TRUE(tb_.ReCriaTabela("TCLI")) << tb_.Erro().mensagem;
     EXPECT_EQ(Linhas("select CODIGO, NOME, FOTO from TCLI order by 1"), "1|ana maria|<null>;2|bia|<null>;3|eva|<null>");
     EXPECT_EQ(Linhas("select CODIGO, SOBRA from BTCLI order by 1"), "1|9;2|<null>;3|<null>");
 }

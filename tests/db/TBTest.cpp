@@ -22,7 +22,7 @@ TEST_F(TBTest, CreatesATableFromItsDictionaryRowsOnce) {
                         {"DOBRO", "ftFloat", "", "", "SALDO * 2", 0},
                         {"TOTAL", "ftAggregate", "", "", "", 0},
                         {"FOTO", "ftBlob", "", "", "", 0}});
-    ASSERT_TRUE(tb_.CriaTabela("TCLI", false)) << tb_.Erro();
+    ASSERT_TRUE(tb_.CriaTabela("TCLI", false)) << tb_.Erro().mensagem;
     EXPECT_EQ(
         Estrutura("TCLI"),
         "CODIGO integer!, NOME varchar(150), TIPO varchar(1)='S', SALDO double precision='1.5', FOTO blob sub_type 0");
@@ -38,7 +38,7 @@ TEST_F(TBTest, CreatesATableFromItsDictionaryRowsOnce) {
 TEST_F(TBTest, AFolderThatCannotBeWrittenStopsNoTable) {
     Dicionario("TCLI", {{"CODIGO", "ftInteger", "", "", "", 1}});
     TTB semPasta(conexao_, pasta_ / "nao existe");
-    EXPECT_TRUE(semPasta.CriaTabela("TCLI", false)) << semPasta.Erro();
+    EXPECT_TRUE(semPasta.CriaTabela("TCLI", false)) << semPasta.Erro().mensagem;
 }
 
 TEST_F(TBTest, TheBackupTableHoldsEveryValueOfThePhysicalTable) {
@@ -52,7 +52,7 @@ TEST_F(TBTest, TheBackupTableHoldsEveryValueOfThePhysicalTable) {
                         {"CURTO", "ftString", "9", "", "", 0},
                         {"NOVA", "ftDate", "", "", "", 0}});
     Executa("create table BTCLI (NOVA date, CURTO varchar(3))");
-    ASSERT_TRUE(tb_.CriaTabela("TCLI", true)) << tb_.Erro();
+    ASSERT_TRUE(tb_.CriaTabela("TCLI", true)) << tb_.Erro().mensagem;
     EXPECT_EQ(
         Estrutura("BTCLI"),
         "CODIGO integer!, NOME varchar(80), CONTA bigint, OBS blob sub_type 0, CURTO varchar(9), NOVA date, EXTRA "
@@ -84,7 +84,7 @@ TEST_F(TBTest, WhatCannotBeCreatedIsKnownBeforehand) {
     for (const auto& [colunas, motivo] : casos) {
         const auto impedimento = tb_.ImpedimentoParaCriar("TX", colunas);
         ASSERT_TRUE(impedimento) << motivo;
-        EXPECT_NE(impedimento->find(motivo), std::string::npos) << *impedimento;
+        EXPECT_NE(impedimento->mensagem.find(motivo), std::string::npos) << impedimento->mensagem;
     }
     Executa("create table TX (A integer)");  // existing, as before its rebuild
     EXPECT_EQ(tb_.ImpedimentoParaCriar("TX", {{"A", "GUID", "38", "it's", "", 1}}), std::nullopt);
@@ -120,7 +120,7 @@ TEST_F(TBTest, MissingColumnsAreAddedAlsoBesideRows) {
                         {"UF", "ftString", "2", "SP", "", 0},
                         {"DOBRO", "ftInteger", "", "", "CODIGO * 2", 0}});
     EXPECT_FALSE(tb_.AtualizaTabela("TCLI"));
-    EXPECT_TRUE(tb_.Erro().starts_with("VALUE: ")) << tb_.Erro();
+    EXPECT_TRUE(tb_.Erro().mensagem.starts_with("VALUE: ")) << tb_.Erro().mensagem;
     EXPECT_EQ(Estrutura("TCLI"), "CODIGO integer!, FILIAL integer, UF varchar(2)='SP'");
     Executa("insert into TCLI (CODIGO) values (2)");
     EXPECT_EQ(Linhas("select * from TCLI order by 1"), "1|<null>|<null>;2|<null>|SP");

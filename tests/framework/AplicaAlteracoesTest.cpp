@@ -17,8 +17,8 @@ class AplicaAlteracoes : public testing::Test {
         conexao.resposta.linhas = {
             {"a", "1", "x", TBytes{"blob"}}, {"b", TValor(), "y", TValor()}, {"c", "3", TValor(), TValor()}};
         dados.SetProvedor({&conexao, "select * from T", "T", {"K1", "K2"}});
-        dados.OnReconcileError = [this](std::string_view erro) {
-            erros.emplace_back(erro);
+        dados.OnReconcileError = [this](const TErro& erro) {
+            erros.push_back(erro.mensagem);
             return acao;
         };
         dados.Open();

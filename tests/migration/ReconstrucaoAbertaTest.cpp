@@ -265,15 +265,15 @@ TEST(ReconstrucaoAbertaTest, TheTableObjectKeepsToTheSameRules) {
     TTB& tb = banco.dm_.Atualiza;
     banco.Executa("create table BTCLI (CODIGO integer, PEDIDO varchar(10))");
     EXPECT_FALSE(tb.CriaTabela("TCLI", true));
-    EXPECT_NE(tb.Erro().find("BTCLI não é um backup"), std::string::npos) << tb.Erro();
+    EXPECT_NE(tb.Erro().mensagem.find("BTCLI não é um backup"), std::string::npos) << tb.Erro().mensagem;
     EXPECT_FALSE(tb.ReCriaTabela("TCLI"));
     EXPECT_EQ(banco.Le("select count(*) from BTCLI"), "0");
     banco.Executa("drop table BTCLI");
-    ASSERT_TRUE(tb.ReCriaTabela("TCLI")) << tb.Erro();
+    ASSERT_TRUE(tb.ReCriaTabela("TCLI")) << tb.Erro().mensagem;
     EXPECT_EQ(MarcaDaBackup(banco.Conexao(), "BTCLI"), TMarcaDaBackup::Concluida);
     banco.ExecutaTudo({"update TCLI set NOME = 'mudou' where CODIGO = 1", "delete from TCLI where CODIGO = 2",
                        "update SARQUIVO set VERSAO = -1"});
-    ASSERT_TRUE(tb.ReCriaTabela("TCLI")) << tb.Erro();
+    ASSERT_TRUE(tb.ReCriaTabela("TCLI")) << tb.Erro().mensagem;
     EXPECT_EQ(banco.Clientes(), "1|mudou;3|caio");
 }
 

@@ -165,7 +165,7 @@ TEST_F(SqlServer, ATableThatTheServerWouldNotCreateIsNotDropped) {
     const auto antes = Conexao().NomesDeTabelas();
     TTB& tb = loja_->Modulo().Atualiza;
     EXPECT_FALSE(tb.ReCriaTabela("TCHAVE"));
-    EXPECT_NE(tb.Erro().find("5000"), std::string::npos) << tb.Erro();
+    EXPECT_NE(tb.Erro().mensagem.find("5000"), std::string::npos) << tb.Erro().mensagem;
     EXPECT_EQ(Le("select CODIGO, QUANTO from TCHAVE"), "A|42");
     EXPECT_EQ(Conexao().NomesDeTabelas(), antes);
     EXPECT_FALSE(tb.ImpedimentoParaCriar("TMEIO"));

@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "report/RelatorioDaExecucao.h"
-#include "run/RegistroDaExecucao.h"
 #include "values/Texto.h"
 
 #ifdef _WIN32
@@ -156,40 +155,43 @@ std::string Falta(std::string_view linha, const std::vector<std::string>& partes
     return Junta(faltam, " - ");
 }
 
-std::string SegundaLinha(std::string_view onde, std::string_view erro) {
-    const std::string lugar = onde.empty() ? std::string() : "Em: " + std::string(onde) + ". ";
-    return "    " + lugar + "Providência: " + std::string(Providencia(erro));
+std::string DaTabela(std::string_view tabela) {
+    return tabela.empty() ? std::string() : "Tabela: " + std::string(tabela);
+}
+
+/// The line of an error that only the log has: table, step and message, each once.
+std::string LinhaDaEntrada(const TErroDaExecucao::TEntrada& entrada) {
+    const std::string tabela = DaTabela(entrada.tabela), acao = Falta(tabela, {entrada.acao});
+    const std::string nomes = tabela + (tabela.empty() || acao.empty() ? "" : " - ") + acao;
+    const std::string texto = Falta(nomes, {entrada.mensagem});
+    return nomes + (nomes.empty() || texto.empty() ? "" : " - ") + texto;
+}
+
+/// What the log has beyond the line: table, step, statement.
+std::string Lugar(const TErroDaExecucao& erro, std::string_view onde) {
+    if (erro.linha.empty() || !erro.entrada || (erro.tabela.empty() && erro.acao.empty())) return std::string(onde);
+    return Falta(erro.linha,
+                 {DaTabela(erro.tabela), erro.entrada->acao, Troca(erro.entrada->mensagem, erro.linha, "")});
+}
+
+std::string SegundaLinha(std::string_view lugar, TFalha falha) {
+    return "    " + (lugar.empty() ? std::string() : "Em: " + std::string(lugar) + ". ") +
+           "Providência: " + std::string(Providencia(falha));
 }
 
 }  // namespace
 
-void TEcoDosErros::Linha(std::string_view linha, std::string_view onde) {
-    std::string segunda = onde.empty() ? std::string() : SegundaLinha(onde, linha);
+void TEcoDosErros::Erro(const TErroDaExecucao& erro, std::string_view onde) {
+    std::string segunda = onde.empty() ? std::string() : SegundaLinha(Lugar(erro, onde), erro.erro.falha);
     if (segunda != pendente_) Conclui();
-    escreve_(linha);
-    linha_ = linha;
+    const bool soNoLog = erro.linha.empty() && erro.entrada;
+    escreve_(soNoLog ? LinhaDaEntrada(*erro.entrada) : erro.linha.empty() ? erro.erro.mensagem : erro.linha);
     pendente_ = std::move(segunda);
-}
-
-void TEcoDosErros::Entrada(std::string_view mensagem, std::string_view tabela, std::string_view acao,
-                           std::string_view onde) {
-    const std::string daTabela = tabela.empty() ? std::string() : "Tabela: " + std::string(tabela);
-    if (linha_.empty() || !MesmoErro(linha_, mensagem)) {
-        const std::string passo = Falta(daTabela, {std::string(acao)});
-        const std::string nomes = daTabela + (daTabela.empty() || passo.empty() ? "" : " - ") + passo;
-        const std::string texto = Falta(nomes, {std::string(mensagem)});
-        Linha(nomes + (nomes.empty() || texto.empty() ? "" : " - ") + texto, onde);
-    } else if (!onde.empty() && !(tabela.empty() && acao.empty())) {
-        const std::string resto = Troca(mensagem, linha_, "");
-        pendente_ = SegundaLinha(Falta(linha_, {daTabela, std::string(acao), resto}), mensagem);
-    }
-    linha_.clear();
 }
 
 void TEcoDosErros::Conclui() {
     if (!pendente_.empty()) escreve_(pendente_);
     pendente_.clear();
-    linha_.clear();
 }
 
 }  // namespace wkd

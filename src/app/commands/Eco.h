@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "screen/Tela.h"
+
 namespace wkd {
 
 // Lines for whoever started the program in a terminal or a job, UTF-8, written by a thread of their own: nobody who
@@ -31,15 +33,12 @@ class TEcoDosErros {
     explicit TEcoDosErros(TEscreve escreve) : escreve_(std::move(escreve)) {}
 
     /// `onde`: what is under way, for an error that nobody gives a table or step; empty outside a run.
-    void Linha(std::string_view linha, std::string_view onde);
-    /// Log entry: tells more about the line before it when it is of the same error, else is one itself.
-    void Entrada(std::string_view mensagem, std::string_view tabela, std::string_view acao, std::string_view onde);
+    void Erro(const TErroDaExecucao& erro, std::string_view onde);
     /// What is still to be told about the errors before; to be called before other lines.
     void Conclui();
 
   private:
     TEscreve escreve_;
-    std::string linha_;     // of which no log entry has come yet
     std::string pendente_;  // the second line
 };
 

@@ -48,7 +48,6 @@ std::string LinhaDeAndamento(const TAndamento& andamento);
 /// Screen of a command that only reads: what fails goes to standard error, everything else nowhere.
 class TTelaDoConsole : public TTelaSilenciosa {
   public:
-    void Memo2(std::string_view linha) override { EscreveNosErros(linha); }
     void Informacao(std::string_view texto) override { EscreveNosErros(texto); }
     void SemResposta(std::string_view texto) override {
         const auto agora = std::chrono::steady_clock::now();
@@ -56,6 +55,9 @@ class TTelaDoConsole : public TTelaSilenciosa {
         proxima_ = agora + std::chrono::seconds(30);
         EscreveNosErros(texto);
     }
+
+  protected:
+    void Memo2(std::string_view linha) override { EscreveNosErros(linha); }
 
   private:
     std::chrono::steady_clock::time_point proxima_{};

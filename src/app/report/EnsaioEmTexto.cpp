@@ -34,7 +34,7 @@ std::string Tabelas(const TEnsaio& ensaio) {
 std::string Achados(const TEnsaio& ensaio) {
     std::string texto;
     for (const auto& erro : ensaio.evidencia.erros)
-        texto += "Erro: " + (erro.tabela.empty() ? "" : erro.tabela + ": ") + erro.mensagem + "\n";
+        texto += "Erro: " + (erro.tabela.empty() ? "" : erro.tabela + ": ") + erro.erro.mensagem + "\n";
     for (const auto& linha : ensaio.rejeitadas)
         texto += "Rejeitado: " + linha.tabela + " " + linha.chave + ": " + linha.motivo + "\n";
     for (const auto& desvio : ensaio.desvios)

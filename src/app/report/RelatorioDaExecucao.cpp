@@ -1,6 +1,7 @@
 #include "report/RelatorioDaExecucao.h"
 
 #include <cmath>
+#include <iterator>
 #include <nlohmann/json.hpp>
 
 #include "process/EscritaSegura.h"
@@ -13,82 +14,85 @@ namespace wkd {
 
 namespace {
 
-/// The first row with a text that the message holds counts. In capitals.
-struct TRegra {
-    std::string_view texto, providencia;
+struct TProvidencia {
+    TFalha falha;
+    std::string_view nome, texto;
 };
 
 constexpr std::string_view kFeche =
     "Feche o sistema em todas as estações e os outros programas que usam o banco, e rode a atualização de novo.";
+constexpr std::string_view kServidor =
+    "Confira o servidor e a rede e rode de novo: a atualização continua de onde parou.";
 constexpr std::string_view kRepetidos =
     "Corrija os registros repetidos (--plano mostra exemplos) e rode a atualização de novo.";
-constexpr std::string_view kRejeitados =
-    "Veja os registros em AtualizaWKD.rejeitados.jsonl, corrija a causa e lance-os de novo no sistema.";
-constexpr std::string_view kPacote = "Peça um pacote completo a quem o forneceu e rode a atualização de novo.";
+constexpr std::string_view kOutraVersao = "Confira se o pacote é desta versão do sistema; se for, chame o suporte.";
 constexpr std::string_view kDisco =
     "Libere espaço no disco, ou dê permissão de gravação na pasta, e rode de novo. Se um disco do Firebird encheu, "
     "confira antes o banco com gfix -v -full.";
+constexpr std::string_view kGeral =
+    "Corrija a causa e rode a atualização de novo: ela continua de onde parou. Se repetir, chame o suporte com o "
+    "relatório da execução.";
 
-constexpr TRegra kRegras[] = {
-    {"TOO MANY VERSIONS", "Faça backup e restauração do banco, o que zera as versões da tabela, e rode de novo."},
-    {"IS IN USE", kFeche},
-    {"EM USO POR OUTRA CONEX", kFeche},
-    {"LOCK CONFLICT", kFeche},
-    {"LOCK TIME", kFeche},
-    {"DEADLOCK", kFeche},
-    {"USUÁRIOS FECHEM O SISTEMA", kFeche},
-    {"PODE ESTAR EM USO", kFeche},
-    {"OUTRA ATUALIZAÇÃO", "Espere a outra atualização terminar e rode de novo."},
-    {"DEPENDEM DELA", "Apague ou desfaça o que depende da tabela, rode de novo e recrie depois."},
-    {"CONTEÚDO DIFERENTE", "Não apague a tabela de backup \"B\" + nome: chame o suporte com o relatório da execução."},
-    {"Nº DE REGISTROS ANTES",
-     "Não apague a tabela de backup \"B\" + nome; confira AtualizaWKD.rejeitados.jsonl e chame o suporte."},
-    {"RECONSTRUÇÃO NÃO CONCLUÍDA",
+constexpr TProvidencia kProvidencias[] = {
+    {TFalha::Conexao, "conexao", kServidor},
+    {TFalha::Autenticacao, "autenticacao", "Corrija o usuário e a senha do alias e rode de novo."},
+    {TFalha::SemPermissao, "sem-permissao",
+     "Use no alias um usuário que possa alterar tabelas (o dono do banco) e rode de novo."},
+    {TFalha::ObjetoInexistente, "objeto-inexistente", kOutraVersao},
+    {TFalha::ColunaInexistente, "coluna-inexistente", kOutraVersao},
+    {TFalha::ObjetoExistente, "objeto-existente", kGeral},
+    {TFalha::Sintaxe, "sintaxe", kGeral},
+    {TFalha::ChaveDuplicada, "chave-duplicada", kRepetidos},
+    {TFalha::Restricao, "restricao",
+     "Corrija na tabela os valores que a restrição recusa e rode a atualização de novo."},
+    {TFalha::Conversao, "conversao",
+     "Corrija na tabela os valores que não cabem no tipo novo (--plano mostra exemplos) e rode a atualização de novo."},
+    {TFalha::EmUso, "em-uso", kFeche},
+    {TFalha::Dependencia, "dependencia", "Apague ou desfaça o que depende da tabela, rode de novo e recrie depois."},
+    {TFalha::VersoesDemais, "versoes-demais",
+     "Faça backup e restauração do banco, o que zera as versões da tabela, e rode de novo."},
+    {TFalha::DiscoCheio, "disco-cheio", kDisco},
+    {TFalha::Arquivo, "arquivo", kDisco},
+    {TFalha::PacoteAusente, "pacote-ausente", "Confira o caminho do pacote e rode a atualização de novo."},
+    {TFalha::Pacote, "pacote", "Peça um pacote completo a quem o forneceu e rode a atualização de novo."},
+    {TFalha::Dicionario, "dicionario",
+     "Chame quem forneceu o pacote, com o relatório da execução: o dicionário descreve o que o banco não pode fazer."},
+    {TFalha::OutroBanco, "outro-banco", "Confira o alias: ele deve levar a um banco do sistema."},
+    {TFalha::OutraAtualizacao, "outra-atualizacao", "Espere a outra atualização terminar e rode de novo."},
+    {TFalha::UsuariosConectados, "usuarios-conectados", kFeche},
+    {TFalha::NaoConfirmada, "nao-confirmada", "Rode de novo com alguém à frente, que confirme."},
+    {TFalha::Interrompida, "interrompida", "Rode a atualização de novo: ela continua de onde parou."},
+    {TFalha::Impedimento, "impedimento", "Desfaça o que a mensagem diz e rode a atualização de novo."},
+    {TFalha::ReconstrucaoAberta, "reconstrucao-aberta",
      "Rode a atualização de novo: ela continua da tabela de backup, onde estão todos os registros."},
-    {"COLUNAS QUE FICARAM SÓ EM", "Guarde a tabela de backup enquanto o conteúdo dessas colunas for preciso."},
-    {"GATILHOS NÃO RECRIADOS", "Recrie os gatilhos a partir da fonte em AtualizaWKD.rejeitados.jsonl."},
-    {"FONTE NO ARQUIVO DE REJEITADOS",
+    {TFalha::SemValor, "sem-valor", "Preencha os valores que faltam na chave e rode a atualização de novo."},
+    {TFalha::LinhaRecusada, "linha-recusada",
+     "Veja os registros em AtualizaWKD.rejeitados.jsonl, corrija a causa e lance-os de novo no sistema."},
+    {TFalha::ConteudoDiferente, "conteudo-diferente",
+     "Não apague a tabela de backup \"B\" + nome: chame o suporte com o relatório da execução."},
+    {TFalha::RegistrosAMenos, "registros-a-menos",
+     "Não apague a tabela de backup \"B\" + nome; confira AtualizaWKD.rejeitados.jsonl e chame o suporte."},
+    {TFalha::SobraNoBackup, "sobra-no-backup",
+     "Guarde a tabela de backup enquanto o conteúdo dessas colunas for preciso."},
+    {TFalha::NaoRecriado, "nao-recriado",
      "Recrie o que falta, se ainda for preciso, a partir da fonte em AtualizaWKD.rejeitados.jsonl."},
-    {"REPETIDO", kRepetidos},
-    {"DUPLICATE", kRepetidos},
-    {"PRIMARY OR UNIQUE KEY", kRepetidos},
-    {"SEM VALOR", "Preencha os valores que faltam na chave e rode a atualização de novo."},
-    {"TRUNCATION", kRejeitados},
-    {"CONVERSION ERROR", kRejeitados},
-    {"NÃO CABE NA COLUNA", kRejeitados},
-    {"NÃO FOI POSSÍVEL GRAVAR", kDisco},
-    {"PERMISSÃO DE GRAVAÇÃO", kDisco},
-    {"NO SPACE LEFT", kDisco},
-    {"QUASE CHEIO", kDisco},
-    {"NO PERMISSION", "Use no alias um usuário que possa alterar tabelas (o dono do banco) e rode de novo."},
-    {"PACOTE", kPacote},
-    {"ARQUIVO DE ATUALIZ", "Confira o caminho do pacote e rode a atualização de novo."},
-    {"COLUMN UNKNOWN", "Confira se o pacote é desta versão do sistema; se for, chame o suporte."},
-    {"TABLE UNKNOWN", "Confira se o pacote é desta versão do sistema; se for, chame o suporte."},
-    {"CONNECTION", "Confira o servidor e a rede e rode de novo: a atualização continua de onde parou."},
-    {"CONEXÃO", "Confira o servidor e a rede e rode de novo: a atualização continua de onde parou."},
+    {TFalha::Outra, "outra", kGeral},
 };
 
-/// Small letters with accents as capitals, too.
-std::string ComMaiusculas(std::string_view texto) {
-    std::string maiusculas = Maiusculas(texto);
-    for (std::size_t i = 0; i + 1 < maiusculas.size(); ++i) {
-        const auto segundo = static_cast<unsigned char>(maiusculas[i + 1]);
-        if (static_cast<unsigned char>(maiusculas[i]) == 0xC3 && segundo >= 0xA0 && segundo != 0xB7)
-            maiusculas[i + 1] = static_cast<char>(segundo - 0x20);
-    }
-    return maiusculas;
+constexpr bool CadaUmaNoSeuLugar() {
+    for (std::size_t i = 0; i < std::size(kProvidencias); ++i)
+        if (static_cast<std::size_t>(kProvidencias[i].falha) != i) return false;
+    return std::size(kProvidencias) == static_cast<std::size_t>(TFalha::Outra) + 1;
 }
+static_assert(CadaUmaNoSeuLugar());
+
+const TProvidencia& Da(TFalha falha) { return kProvidencias[static_cast<std::size_t>(falha)]; }
 
 }  // namespace
 
-std::string_view Providencia(std::string_view mensagem) {
-    const std::string texto = ComMaiusculas(mensagem);
-    for (const TRegra& regra : kRegras)
-        if (texto.find(regra.texto) != std::string::npos) return regra.providencia;
-    return "Corrija a causa e rode a atualização de novo: ela continua de onde parou. Se repetir, chame o suporte com "
-           "o relatório da execução.";
-}
+std::string_view Providencia(TFalha falha) { return Da(falha).texto; }
+
+std::string_view NomeDaFalha(TFalha falha) { return Da(falha).nome; }
 
 namespace {
 
@@ -129,12 +133,18 @@ TJson EmJson(const std::vector<TPassoRegistrado>& passos) {
     return json;
 }
 
-TJson EmJson(const TErroRegistrado& erro) {
+TJson TextoOuNada(const std::string& texto) { return texto.empty() ? TJson() : TJson(texto); }
+
+TJson EmJson(const TErroDaExecucao& erro) {
     return {{"quando", Instante(erro.quando)},
+            {"tipo", NomeDaFalha(erro.erro.falha)},
             {"tabela", erro.tabela},
             {"acao", erro.acao},
-            {"mensagem", erro.mensagem},
-            {"providencia", Providencia(erro.mensagem)}};
+            {"mensagem", erro.erro.mensagem},
+            {"codigo", erro.erro.codigoNativo == 0 ? TJson() : TJson(erro.erro.codigoNativo)},
+            {"sqlstate", TextoOuNada(erro.erro.sqlstate)},
+            {"comando", TextoOuNada(erro.erro.comando)},
+            {"providencia", Providencia(erro.erro.falha)}};
 }
 
 }  // namespace

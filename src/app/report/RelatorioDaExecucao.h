@@ -8,8 +8,10 @@
 
 namespace wkd {
 
-/// The next thing to do about an error, by its text; never empty.
-std::string_view Providencia(std::string_view mensagem);
+/// The next thing to do about an error of that kind; never empty.
+std::string_view Providencia(TFalha falha);
+/// The kind in one word, for programs.
+std::string_view NomeDaFalha(TFalha falha);
 
 // The evidence of a run: one JSON object for programs, and one page for people that opens without network and prints
 // on paper.

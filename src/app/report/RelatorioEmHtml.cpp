@@ -88,8 +88,8 @@ std::string Falhas(const TEvidencia& evidencia) {
         if (!erro.tabela.empty()) lugar.push_back(erro.tabela);
         if (!erro.acao.empty()) lugar.push_back(erro.acao);
         falhas += Preenche("falha", {{"lugar", Junta(lugar, " · ")},
-                                     {"mensagem", erro.mensagem},
-                                     {"providencia", std::string(Providencia(erro.mensagem))}});
+                                     {"mensagem", erro.erro.mensagem},
+                                     {"providencia", std::string(Providencia(erro.erro.falha))}});
     }
     return falhas.empty() ? "" : Preenche("falhas", {{"falhas", falhas}});
 }

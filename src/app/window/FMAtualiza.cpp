@@ -44,14 +44,14 @@ QWidget* FaixaColorida(const QColor& fundo, const QColor& texto) {
 }  // namespace
 
 TFMAtualiza::TFMAtualiza(TDataModulo& daEntrada, const TMeios& meios, TInicio inicio)
-    : meios_(meios), registrada_(meios_.tela), inicio_(std::move(inicio)), http_(new TClienteHttp(this)) {
+    : meios_(meios), inicio_(std::move(inicio)), http_(new TClienteHttp(this)) {
     const TAliases& aliases = daEntrada.SQLConnection1.Aliases();
     setObjectName("FMAtualiza");
     setWindowTitle("AtualizaWKD v" + Q(kVersao));
     setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
                    Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
     setFixedSize(kAreaCliente);
-    dm_ = std::make_unique<TDataModulo>(aliases, registrada_);
+    dm_ = std::make_unique<TDataModulo>(aliases, meios_.tela);
 
     auto* partes = new QVBoxLayout(this);
     partes->setContentsMargins(0, 0, 0, 0);

@@ -11,7 +11,6 @@
 #include "context/Contexto.h"
 #include "process/Interrupcao.h"
 #include "process/Programa.h"
-#include "run/RegistroDaExecucao.h"
 #include "window/Navegacao.h"
 #include "window/TelaDaJanela.h"
 
@@ -109,7 +108,7 @@ class TFMAtualiza : public QDialog {
     void NoBanco(const std::function<void()>& trabalho);
     static void AteOFim(const std::function<void()>& trabalho);
     void Interrompe();
-    void Relata(TEvidencia evidencia);
+    void Relata(const TEvidencia& evidencia);
     void Conclui();
     TOpcoes Opcoes() const;
     void Button1Click();
@@ -119,7 +118,6 @@ class TFMAtualiza : public QDialog {
     void AbrirLog();
 
     TMeios meios_;
-    TTelaRegistrada registrada_;  // the engine's way to the window's screen
     TInicio inicio_;
     TClienteHttp* http_;
     std::unique_ptr<TDataModulo> dm_;

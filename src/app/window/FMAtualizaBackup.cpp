@@ -121,21 +121,23 @@ void TFMAtualiza::btEnsaioClick() {
 
 /// False, and why, when there is no good backup: then there is no update.
 bool TFMAtualiza::BackupAntes(const std::filesystem::path& pasta, TEvidencia& evidencia) {
-    const auto acompanha = [this](const TProgresso& progresso) { registrada_.LblAtual(progresso.texto); };
+    const auto acompanha = [this](const TProgresso& progresso) { meios_.tela.LblAtual(progresso.texto); };
     try {
-        registrada_.Memo1("Backup antes da atualização");
+        meios_.tela.Memo1("Backup antes da atualização");
         const TBackupFeito feito = FazBackup(dm_->SQLConnection1, {aliasAtual_, pasta, 0}, acompanha);
         const std::string arquivo = TextoDoCaminho(feito.arquivo);
         const TVeredito veredito = ProvaBackup(dm_->SQLConnection1, {feito.arquivo, ""}, acompanha);
         if (!veredito.bom) throw TErroDeBackup(ComAchados(veredito));
         evidencia.backup = arquivo;
         evidencia.volta = "AtualizaWKD --restaura \"" + aliasAtual_ + "\" \"" + arquivo + "\"";
-        registrada_.Memo1(veredito.frase);
-        registrada_.Memo1("Backup: " + arquivo);
-        registrada_.Memo1("Para voltar atrás: " + evidencia.volta);
+        meios_.tela.Memo1(veredito.frase);
+        meios_.tela.Memo1("Backup: " + arquivo);
+        meios_.tela.Memo1("Para voltar atrás: " + evidencia.volta);
         return true;
     } catch (const std::exception& erro) {
-        registrada_.Informacao("A atualização não começou, porque não há backup bom. " + ExplicaFalha(erro));
+        TErro semBackup = ErroDe(erro);
+        semBackup.mensagem = "A atualização não começou, porque não há backup bom. " + ExplicaFalha(erro);
+        meios_.tela.Erro(TErroDaExecucao::NaCaixa(std::move(semBackup)));
         return false;
     }
 }

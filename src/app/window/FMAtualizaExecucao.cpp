@@ -59,7 +59,7 @@ void TFMAtualiza::btPlanoClick() {
             if (!plano) return;
             for (const auto& linha : Divide(PlanoEmTexto(*plano), '\n')) meios_.tela.Memo1(linha);
         } catch (const std::exception& erro) {
-            registrada_.Informacao(erro.what());
+            meios_.tela.Erro(TErroDaExecucao::NaCaixa(ErroDe(erro)));
         }
     });
     for (QPushButton* botao : livres) botao->setEnabled(true);
@@ -78,7 +78,6 @@ TCodigoDeSaida TFMAtualiza::Executa() {
     const auto pasta =
         backup_->Pasta().empty() ? PastaDeBackup(meios_.ambiente, meios_.preferencias) : backup_->Pasta();
     NoBanco([&, opcoes = Opcoes()] {
-        registrada_.RetiraErros();
         TEvidencia doBackup;
         if (comBackup && !BackupAntes(pasta, doBackup)) {
             fim = TFimDaAtualizacao::Encerrada;
@@ -89,19 +88,20 @@ TCodigoDeSaida TFMAtualiza::Executa() {
         TEvidencia evidencia = atualizacao.Evidencia();
         evidencia.backup = doBackup.backup;
         evidencia.volta = doBackup.volta;
-        Relata(std::move(evidencia));
+        Relata(evidencia);
     });
     if (fim == TFimDaAtualizacao::Interrompida) return CodigoDoSinal(TInterrupcao::Sinal());
     if (fim == TFimDaAtualizacao::Encerrada) return TCodigoDeSaida::Encerrada;
     return meios_.tela.HouveErro() ? TCodigoDeSaida::ComErros : TCodigoDeSaida::Sucesso;
 }
 
-void TFMAtualiza::Relata(TEvidencia evidencia) {
-    evidencia.erros = registrada_.RetiraErros();
+void TFMAtualiza::Relata(const TEvidencia& evidencia) {
     try {
         GravaRelatorio(evidencia, meios_.ambiente.pastaPrograma);
     } catch (const std::exception& erro) {
-        registrada_.Memo2(std::string("O relatório não foi gravado: ") + erro.what());
+        TErro semRelatorio = ErroDe(erro);
+        semRelatorio.mensagem.insert(0, "O relatório não foi gravado: ");
+        meios_.tela.Erro(TErroDaExecucao::NaLista(std::move(semRelatorio), ""));
     }
 }
 

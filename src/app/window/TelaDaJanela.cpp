@@ -199,9 +199,16 @@ void TTelaDaJanela::Memo1(std::string_view linha) {
     Anota([&](TNovidades& novidades) { novidades.memo1 += Q(linha); });
 }
 
-void TTelaDaJanela::Memo2(std::string_view linha) {
+void TTelaDaJanela::Relata(const TErroDaExecucao& erro) {
+    if (erro.caixa && !desassistida_) return Informacao(erro.erro.mensagem);
     houveErro_ = true;
-    NoConsole([&, onde = Onde()] { erros_.Linha(linha, onde); });
+    NoConsole([&, onde = Onde()] { erros_.Erro(erro, onde); });
+    if (!erro.caixa) return ITela::Relata(erro);
+    Memo2(erro.erro.mensagem);
+    SetLog(erro.erro.mensagem, "", "");
+}
+
+void TTelaDaJanela::Memo2(std::string_view linha) {
     Anota([&](TNovidades& novidades) { novidades.memo2 += Q(linha); });
 }
 
@@ -223,10 +230,7 @@ void TTelaDaJanela::PastaDoPacote(const std::filesystem::path& pasta) {
 }
 
 void TTelaDaJanela::Informacao(std::string_view texto) {
-    if (desassistida_) {
-        Memo2(texto);
-        return SetLog(texto, "", "");
-    }
+    if (desassistida_) return Relata(TErroDaExecucao::NaCaixa({.mensagem = std::string(texto)}));
     NaThreadDaJanela([&] {
         Descarrega();
         dialogos_.Informacao(Q(texto));
@@ -260,8 +264,6 @@ TAcaoReconcilia TTelaDaJanela::Reconcilia(std::string_view erro, TAcaoReconcilia
 }
 
 void TTelaDaJanela::SetLog(std::string_view mensagem, std::string_view tabela, std::string_view acao) {
-    houveErro_ = true;
-    NoConsole([&, onde = Onde()] { erros_.Entrada(mensagem, tabela, acao, onde); });
     NoLog([&] { log_.SetLog(mensagem, tabela, acao, Agora()); });
     const QString entrada = Q(log_.Ultima()).remove('\r');
     Anota([&](TNovidades& novidades) { novidades.log.prepend(entrada); });
@@ -273,7 +275,10 @@ void TTelaDaJanela::NoLog(F&& operacao) {
     try {
         operacao();
     } catch (const std::exception& erro) {
-        if (!std::exchange(logFalhou_, true)) Memo2(std::string(erro.what()) + ". O arquivo fica como está.");
+        if (std::exchange(logFalhou_, true)) return;
+        TErro doLog = ErroDe(erro);
+        doLog.mensagem += ". O arquivo fica como está.";
+        Relata(TErroDaExecucao::NaLista(std::move(doLog), ""));
     }
 }
 

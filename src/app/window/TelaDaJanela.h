@@ -88,7 +88,6 @@ class TTelaDaJanela : public ITela {
     void LimparLog();
 
     void Memo1(std::string_view linha) override;
-    void Memo2(std::string_view linha) override;
     void LblAtual(std::string_view texto) override { lblAtual_.Texto(texto); }
     void LblGeral(std::string_view texto) override { lblGeral_.Texto(texto); }
     IBarra& PbAtual() override { return pbAtual_; }
@@ -102,6 +101,10 @@ class TTelaDaJanela : public ITela {
     void Informacao(std::string_view texto) override;
     bool Confirmacao(std::string_view texto, bool semPessoa) override;
     TAcaoReconcilia Reconcilia(std::string_view erro, TAcaoReconcilia semPessoa) override;
+
+  protected:
+    void Relata(const TErroDaExecucao& erro) override;
+    void Memo2(std::string_view linha) override;
     void SetLog(std::string_view mensagem, std::string_view tabela, std::string_view acao) override;
 
   private:

@@ -19,8 +19,8 @@ constexpr int kUmaAUma = 8;
 TDataModulo::TDataModulo(TAliases aliases, ITela& tela, TFabricaDeConexao fabrica)
     : SQLConnection1(std::move(aliases), std::move(fabrica)), Atualiza(SQLConnection1), tela_(tela) {
     Atualiza.Dicionario().SetRecusa([this](std::string_view tabela, const std::string& texto) {
-        tela_.Memo2(texto);
-        tela_.SetLog(texto, tabela, "Nomes do dicionário");
+        tela_.Erro(
+            TErroDaExecucao::NosDois({.mensagem = texto, .falha = TFalha::Dicionario}, tabela, "Nomes do dicionário"));
     });
     SArquivoNovo.SetFiltered(true);
 
@@ -38,8 +38,9 @@ TDataModulo::TDataModulo(TAliases aliases, ITela& tela, TFabricaDeConexao fabric
         {.conexao = &SQLConnection1, .sql = "select * from SATRIB", .tabela = "SATRIB", .chaves = {"ARQUIVO", "NOME"}});
     SatribVelho.SetIndexFieldNames("ARQUIVO;NOME");
     SatribVelho.SetMaster(&SatribNovo, "ARQUIVO;NOME");
-    SatribVelho.OnReconcileError = [this](std::string_view erro) {
-        tela_.Informacao("SAtribVelho " + std::string(erro));
+    SatribVelho.OnReconcileError = [this](TErro erro) {
+        erro.mensagem = "SAtribVelho " + erro.mensagem;
+        tela_.Erro(TErroDaExecucao::NaCaixa(std::move(erro), "SATRIB"));
         return TAcaoReconcilia::Pula;
     };
 }
@@ -108,7 +109,8 @@ TResultado TDataModulo::Executa(std::string_view sql) {
     } catch (const TErroBanco& erro) {
         return TResultado(erro);
     } catch (const TErroConversao& erro) {  // a text that the connection cannot hold: nothing was sent
-        return TResultado(TErroBanco({erro.what(), 0, "", std::string(sql), TFalha::Conversao, false}));
+        return TResultado(
+            TErroBanco({.mensagem = erro.what(), .comando = std::string(sql), .falha = TFalha::Conversao}));
     }
 }
 
@@ -122,10 +124,10 @@ void TDataModulo::Commit(std::string_view lugar) {
     try {
         executa(ComandoCommit(banco));
     } catch (const std::exception& erro) {
-        const std::string mensagem = "Tabela: " + std::string(lugar) + "\rErro COMMIT - " + erro.what();
-        tela_.Memo1(mensagem);
-        tela_.Memo2(mensagem);
-        tela_.SetLog(mensagem, lugar, "COMMIT");
+        TErro doCommit = ErroDe(erro);
+        doCommit.mensagem = "Tabela: " + std::string(lugar) + "\rErro COMMIT - " + erro.what();
+        tela_.Memo1(doCommit.mensagem);
+        tela_.Erro(TErroDaExecucao::NosDois(std::move(doCommit), lugar, "COMMIT"));
         try {
             executa(ComandoRollback(banco));
         } catch (const std::exception&) {  // the commit's error is the one that tells

@@ -40,13 +40,22 @@ struct TFalhaDeCodigo {
     TFalha falha;
 };
 
-/// "CONSTRAINT @1 does not exist." Neither of these has a name in the ibase.h of 3.0.
+/// "CONSTRAINT @1 does not exist." None of these has a name in the ibase.h of 3.0.
 constexpr ISC_STATUS kRestricaoInexistente = 336068738;
 /// "Unknown columns in index @1".
 constexpr ISC_STATUS kColunaDeIndiceInexistente = 336068728;
+/// "Column @1 from table @2 is referenced in view @3", and in an index.
+constexpr ISC_STATUS kColunaEmVisao = 336068660, kColunaEmIndice = 336068795;
 
 /// What the SQLSTATE alone does not tell: several kinds share 23000, 42000 and HY000.
 constexpr TFalhaDeCodigo kPorCodigo[] = {
+    {isc_no_priv, TFalha::SemPermissao},
+    {isc_dependency, TFalha::Dependencia},
+    {isc_dyn_dependency_exists, TFalha::Dependencia},
+    {kColunaEmVisao, TFalha::Dependencia},
+    {kColunaEmIndice, TFalha::Dependencia},
+    {isc_version_err, TFalha::VersoesDemais},
+    {isc_out_of_temp_space, TFalha::DiscoCheio},
     {isc_unique_key_violation, TFalha::ChaveDuplicada},
     {isc_no_dup, TFalha::ChaveDuplicada},
     {isc_obj_in_use, TFalha::EmUso},
@@ -110,12 +119,22 @@ TFalha FalhaDe(const std::vector<ISC_STATUS>& codigos, std::string_view sqlstate
     return TFalha::Outra;
 }
 
+/// Whether the operating system had no room for the server's write, as it numbers that itself.
+bool DiscoCheio(const ISC_STATUS* estado) {
+    constexpr ISC_STATUS kNoUnix[] = {27, 28, 122}, kNoWindows[] = {39, 112};  // EFBIG, ENOSPC, EDQUOT
+    for (const ISC_STATUS* p = estado; *p != isc_arg_end; p += *p == isc_arg_cstring ? 3 : 2) {
+        if (*p == isc_arg_unix && std::ranges::find(kNoUnix, p[1]) != std::end(kNoUnix)) return true;
+        if (*p == isc_arg_win32 && std::ranges::find(kNoWindows, p[1]) != std::end(kNoWindows)) return true;
+    }
+    return false;
+}
+
 /// What the user can do about a database that does not open; empty when the server's text says all.
-std::string_view Conselho(std::string_view texto) {
-    if (texto.find("operating system directive access failed") != std::string_view::npos)
+std::string_view Conselho(const std::vector<ISC_STATUS>& codigos) {
+    if (Tem(codigos, isc_sys_request))
         return "O usuário do sistema não tem acesso à pasta de travas do Firebird. Defina a variável de ambiente "
                "FIREBIRD_LOCK com uma pasta sua ou inclua o usuário no grupo \"firebird\".";
-    if (texto.find("already opened with engine instance") != std::string_view::npos)
+    if (Tem(codigos, isc_instance_conflict))
         return "O banco de dados está aberto por outro programa. Feche-o, ou informe o servidor em Hostname para que "
                "os "
                "dois o acessem por ele.";
@@ -127,14 +146,16 @@ std::string_view Conselho(std::string_view texto) {
 bool TemCodigo(const ISC_STATUS* estado, ISC_STATUS codigo) { return Tem(Codigos(estado), codigo); }
 
 TErroBanco ErroFirebird(const ISC_STATUS* estado, std::string_view comando) {
+    const auto codigos = Codigos(estado);
     TErroBanco::TDados dados;
     dados.mensagem = TextoDoEstado(estado);
-    if (const auto conselho = Conselho(dados.mensagem); !conselho.empty()) dados.mensagem.append("\n").append(conselho);
+    if (const auto conselho = Conselho(codigos); !conselho.empty()) dados.mensagem.append("\n").append(conselho);
     dados.codigoNativo = estado[1];
     dados.sqlstate = SqlStateDoEstado(estado);
     dados.comando = comando;
-    dados.falha = FalhaDe(Codigos(estado), dados.sqlstate);
+    dados.falha = FalhaDe(codigos, dados.sqlstate);
     dados.conexaoPerdida = dados.falha == TFalha::Conexao && !comando.empty();
+    if (DiscoCheio(estado)) dados.falha = TFalha::DiscoCheio;
     return TErroBanco(std::move(dados));
 }
 

@@ -82,7 +82,9 @@ void InsereLinhas(TConnection& conexao, std::string_view tabela, const std::vect
             }
             comando->Executa();
         } catch (const std::exception& erro) {
-            throw TErroPacote("Registro " + std::to_string(n + 1) + ": " + erro.what());
+            TErro doRegistro = ErroDe(erro);
+            doRegistro.mensagem = "Registro " + std::to_string(n + 1) + ": " + erro.what();
+            throw TErroConhecido(std::move(doRegistro));
         }
     }
 }
@@ -127,8 +129,8 @@ void RelataTroca(ITela& tela, const std::string& tabela, const std::string& arqu
 
 void RelataRecusadas(ITela& tela, const TRecarga& recarga) {
     for (const auto& [tabela, texto] : recarga.recusadas) {
-        tela.Memo2(texto);
-        tela.SetLog(texto, tabela, "Atualizando tabelas de sistema");
+        tela.Erro(TErroDaExecucao::NosDois({.mensagem = texto, .falha = TFalha::Dicionario}, tabela,
+                                           "Atualizando tabelas de sistema"));
     }
 }
 
@@ -149,7 +151,8 @@ TArquivos Recarrega(TDataModulo& dm, const TArquivos& arquivos, const TReconstru
         try {
             const std::string tabela = TabelaDoArquivo(arquivo);
             if (GuardaAberta(abertas, tabela))
-                throw TErroPacote("a reconstrução da tabela não terminou; rode a atualização de novo");
+                throw TErroPacote("a reconstrução da tabela não terminou; rode a atualização de novo",
+                                  TFalha::ReconstrucaoAberta);
             const TRecarga recarga = RecarregaTabela(dm, tabela, arquivo);
             RelataTroca(tela, tabela, nome, recarga);
             if (primeiraVez && !recarga.completa)
@@ -161,8 +164,8 @@ TArquivos Recarrega(TDataModulo& dm, const TArquivos& arquivos, const TReconstru
                 adiados.push_back(arquivo);
                 continue;
             }
-            tela.Memo2("Erro atualizando tabela de sistema " + nome + ": " + erro.what());
-            tela.SetLog(erro.what(), nome, "Atualizando tabelas de sistema");
+            tela.Erro(TErroDaExecucao::NosDois(ErroDe(erro), nome, "Atualizando tabelas de sistema",
+                                               "Erro atualizando tabela de sistema " + nome + ": " + erro.what()));
         }
     }
     dm.MesclaPesquisasELookups();

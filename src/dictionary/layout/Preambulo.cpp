@@ -95,8 +95,8 @@ constexpr TPassoDoDicionario kPassos[] = {
 /// Runs a statement that creates or drops a table; a refusal is reported and the other steps follow.
 void ExecutaEstrutura(TDataModulo& dm, const TPassoDoDicionario& passo, const std::string& comando) {
     if (const TResultado resultado = dm.Executa(comando); !resultado) {
-        dm.Tela().Memo2(resultado.Mensagem());
-        dm.Tela().SetLog(resultado.Mensagem() + " Query: " + comando, passo.tabela, "Tabelas do dicionário");
+        dm.Tela().Erro(TErroDaExecucao::NosDois(resultado.Erro().Dados(), passo.tabela, "Tabelas do dicionário")
+                           .ComComando(comando));
         return;
     }
     if (passo.passo == TPasso::Apaga) dm.Commit(comando);
@@ -120,7 +120,9 @@ bool PodeApagar(TDataModulo& dm, std::string_view tabela) {
         return dm.ExisteTabela(tabela) && !GuardaAberta(ReconstrucoesAbertas(dm), tabela);
     } catch (const TErroBanco& erro) {
         if (erro.ConexaoPerdida()) throw;
-        dm.Tela().Memo2("Tabela " + std::string(tabela) + " não apagada: " + erro.what());
+        TErro naoApagada = erro.Dados();
+        naoApagada.mensagem = "Tabela " + std::string(tabela) + " não apagada: " + erro.what();
+        dm.Tela().Erro(TErroDaExecucao::NaLista(std::move(naoApagada), tabela));
         return false;
     }
 }

@@ -27,7 +27,8 @@ void NaoGrava(const std::filesystem::path& caminho, std::error_code erro) {
     const bool cheio = erro == std::errc::no_space_on_device;
     const auto causa = cheio ? std::string("disco cheio. Libere espaço e tente de novo.")
                              : erro.message() + ". Verifique o espaço e as permissões do disco.";
-    throw TErroPacote("Não foi possível gravar '" + TextoDoCaminho(caminho) + "': " + causa);
+    throw TErroPacote("Não foi possível gravar '" + TextoDoCaminho(caminho) + "': " + causa,
+                      cheio ? TFalha::DiscoCheio : TFalha::Arquivo);
 }
 
 TArquivoNovo::TArquivoNovo(std::filesystem::path caminho) : caminho_(std::move(caminho)), arquivo_(Cria(caminho_)) {

@@ -189,7 +189,8 @@ TPastaDeTrabalho::TPastaDeTrabalho(const fs::path& temporaria) {
         const std::string nome = "AtualWkd" + (n > 1 ? std::to_string(n) : "");
         if (n > kPastas)
             throw TErroPacote("Todas as pastas de trabalho de '" + TextoDoCaminho(temporaria) + "' estão em uso, até " +
-                              nome + ". Espere que uma das atualizações termine.");
+                                  nome + ". Espere que uma das atualizações termine.",
+                              TFalha::OutraAtualizacao);
         caminho_ = temporaria / nome;
         trava_ = TTrava::Tenta(temporaria / (nome + ".lock"));
     }
@@ -204,12 +205,13 @@ TPastaDeTrabalho::~TPastaDeTrabalho() {
 void TPastaDeTrabalho::Recria() {
     const auto nome = "A pasta de trabalho '" + TextoDoCaminho(caminho_) + "' ";
     if (const auto defeito = DefeitoDaPasta(caminho_); !defeito.empty())
-        throw TErroPacote(nome + defeito + ". Apague-a e tente de novo.");
+        throw TErroPacote(nome + defeito + ". Apague-a e tente de novo.", TFalha::Arquivo);
     std::error_code erro;
     fs::remove_all(caminho_, erro);
     if (!CriaPastaPrivada(caminho_))
         throw TErroPacote(nome + "não pôde ser " + (erro ? "esvaziada: " + erro.message() : "criada") +
-                          ". Verifique as permissões e o espaço em disco.");
+                              ". Verifique as permissões e o espaço em disco.",
+                          TFalha::Arquivo);
 }
 
 std::vector<fs::path> TPastaDeTrabalho::Arquivos(std::string_view extensao) const {
@@ -226,7 +228,8 @@ namespace {
 
 [[noreturn]] void Falha(const fs::path& arquivoZip, const std::string& causa) {
     throw TErroPacote("Não foi possível gravar '" + TextoDoCaminho(arquivoZip) + "': " + causa +
-                      ". Verifique a pasta, as permissões e o espaço em disco.");
+                          ". Verifique a pasta, as permissões e o espaço em disco.",
+                      TFalha::Arquivo);
 }
 
 TZip Cria(const fs::path& arquivoZip) {

@@ -5,18 +5,21 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "values/Erros.h"
 
 namespace wkd {
 
 class TTrava;
 
 /// A package or packet that cannot be used: message with file, place (offset or line) and cause.
-class TErroPacote : public std::runtime_error {
-    using std::runtime_error::runtime_error;
+class TErroPacote : public TErroConhecido {
+  public:
+    explicit TErroPacote(const std::string& mensagem, TFalha falha = TFalha::Pacote)
+        : TErroConhecido(falha, mensagem) {}
 };
 
 /// Working directory "AtualWkd" below the temporary directory, for the current user alone, guarded by the lock file

@@ -54,7 +54,8 @@ TPastaPassageira::TPastaPassageira(const fs::path& temporaria) {
         if (!fs::exists(caminho_) && CriaPastaPrivada(caminho_)) return;
     }
     throw TErroPacote("Não foi possível criar uma pasta temporária em '" + TextoDoCaminho(temporaria) +
-                      "'. Verifique as permissões e o espaço em disco.");
+                          "'. Verifique as permissões e o espaço em disco.",
+                      TFalha::Arquivo);
 }
 
 TPastaPassageira::~TPastaPassageira() {
@@ -67,7 +68,7 @@ namespace {
 constexpr std::size_t kTexto = 1024;  // bytes of it that are read
 
 [[noreturn]] void TravaInutil(const std::filesystem::path& arquivo, const std::string& causa) {
-    throw TErroPacote("A trava '" + TextoDoCaminho(arquivo) + "' não pode ser usada: " + causa + ".");
+    throw TErroPacote("A trava '" + TextoDoCaminho(arquivo) + "' não pode ser usada: " + causa + ".", TFalha::Arquivo);
 }
 
 }  // namespace

@@ -309,14 +309,12 @@ int TClientDataSet::Envia(int maximoErros) {
     TEnvioDeAlteracoes envio(provedor_, campos_);
     int erros = 0;
     for (TIdLinha id : linhas_.Pendentes()) {
-        std::string erro;
+        TErro erro;
         try {
             envio.Envia(linhas_.Registro(id));
             continue;
-        } catch (const TErroBanco& e) {
-            erro = e.what();
-        } catch (const TErroConversao& e) {
-            erro = e.what();
+        } catch (const TErroConhecido& e) {
+            erro = e.Dados();
         }
         ++erros;
         const TAcaoReconcilia acao = Reconcilia(erro);
@@ -326,7 +324,7 @@ int TClientDataSet::Envia(int maximoErros) {
     return erros;
 }
 
-TAcaoReconcilia TClientDataSet::Reconcilia(std::string_view erro) const {
+TAcaoReconcilia TClientDataSet::Reconcilia(const TErro& erro) const {
     return OnReconcileError ? OnReconcileError(erro) : TAcaoReconcilia::Pula;
 }
 
@@ -341,7 +339,7 @@ bool AplicaEmTransacao(TClientDataSet& dados) {
             gravou = true;
         }
     } catch (const TErroBanco& e) {
-        dados.Reconcilia(e.what());
+        dados.Reconcilia(e.Dados());
     }
     if (gravou)
         dados.linhas_.Confirma();

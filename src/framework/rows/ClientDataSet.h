@@ -110,7 +110,7 @@ class TClientDataSet {
     void CancelUpdates();
 
     /// Called with the server's text for each change that failed.
-    std::function<TAcaoReconcilia(std::string_view)> OnReconcileError;
+    std::function<TAcaoReconcilia(const TErro&)> OnReconcileError;
 
   private:
     friend bool AplicaEmTransacao(TClientDataSet& dados);
@@ -141,7 +141,7 @@ class TClientDataSet {
     void GravaEdicao();
     void Desfaz(const std::vector<TIdLinha>& ids);
     int Envia(int maximoErros);
-    TAcaoReconcilia Reconcilia(std::string_view erro) const;
+    TAcaoReconcilia Reconcilia(const TErro& erro) const;
 
     TProvedor provedor_;
     std::vector<TCampo> campos_;

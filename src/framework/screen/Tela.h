@@ -1,9 +1,41 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
+#include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
+
+#include "values/Erros.h"
+#include "values/Valor.h"
 
 namespace wkd {
+
+/// A failure on its way out of the engine: what failed, where, and how it is told.
+struct TErroDaExecucao {
+    /// Entry of the run log, in its own words.
+    struct TEntrada {
+        std::string mensagem, tabela, acao;
+    };
+
+    TErro erro;
+    std::string tabela, acao;
+    std::string linha = {};                // of the error list; empty: none
+    std::optional<TEntrada> entrada = {};  // nothing: none
+    bool caixa = false;                    // a box tells the message; unattended, list and log do
+    TDataHora quando = {};
+
+    /// In list and log.
+    static TErroDaExecucao NosDois(TErro erro, std::string_view tabela, std::string_view acao);
+    static TErroDaExecucao NosDois(TErro erro, std::string_view tabela, std::string_view acao, std::string linha);
+    static TErroDaExecucao NoLog(TErro erro, std::string_view tabela, std::string_view acao);
+    /// In the list alone. `mensagem` is the line.
+    static TErroDaExecucao NaLista(TErro erro, std::string_view tabela);
+    static TErroDaExecucao NaCaixa(TErro erro, std::string_view tabela = {});
+    /// The log entry is followed by the statement.
+    TErroDaExecucao ComComando(std::string_view comando) &&;
+};
 
 /// What to do with a row that the server refused.
 enum class TAcaoReconcilia { Pula, Cancela, Aborta };
@@ -22,9 +54,17 @@ class ITela {
   public:
     virtual ~ITela() = default;
 
-    /// Line of the status list and line of the error list.
+    /// Line of the status list.
     virtual void Memo1(std::string_view linha) = 0;
-    virtual void Memo2(std::string_view linha) = 0;
+
+    /// Tells a failure in the error list and the run log, as far as it says, and keeps it.
+    void Erro(TErroDaExecucao erro);
+    /// Keeps one that has been told otherwise.
+    void Guarda(TErroDaExecucao erro);
+    /// Those kept since they were last taken.
+    const std::vector<TErroDaExecucao>& Erros() const { return erros_; }
+    std::vector<TErroDaExecucao> RetiraErros() { return std::exchange(erros_, {}); }
+
     virtual void LblAtual(std::string_view texto) = 0;
     virtual void LblGeral(std::string_view texto) = 0;
     virtual IBarra& PbAtual() = 0;
@@ -45,8 +85,14 @@ class ITela {
     virtual bool Confirmacao(std::string_view texto, bool semPessoa) = 0;
     virtual TAcaoReconcilia Reconcilia(std::string_view erro, TAcaoReconcilia semPessoa) = 0;
 
-    /// Entry of the run log.
+  protected:
+    virtual void Relata(const TErroDaExecucao& erro);
+    /// Line of the error list, and entry of the run log.
+    virtual void Memo2(std::string_view linha) = 0;
     virtual void SetLog(std::string_view mensagem, std::string_view tabela, std::string_view acao) = 0;
+
+  private:
+    std::vector<TErroDaExecucao> erros_;
 };
 
 /// Hides the busy indicator at the end of a scope, also when it is left by an error.
@@ -75,7 +121,6 @@ class TBarraSilenciosa : public IBarra {
 class TTelaSilenciosa : public ITela {
   public:
     void Memo1(std::string_view) override {}
-    void Memo2(std::string_view) override {}
     void LblAtual(std::string_view) override {}
     void LblGeral(std::string_view) override {}
     IBarra& PbAtual() override { return atual_; }
@@ -86,6 +131,9 @@ class TTelaSilenciosa : public ITela {
     void Informacao(std::string_view) override {}
     bool Confirmacao(std::string_view, bool semPessoa) override { return semPessoa; }
     TAcaoReconcilia Reconcilia(std::string_view, TAcaoReconcilia semPessoa) override { return semPessoa; }
+
+  protected:
+    void Memo2(std::string_view) override {}
     void SetLog(std::string_view, std::string_view, std::string_view) override {}
 
   private:

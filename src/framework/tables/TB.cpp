@@ -33,18 +33,18 @@ bool TemLinhas(TConnection& conexao, std::string_view tabela) {
 TTB::TTB(TConnection& conexao, std::filesystem::path pastaComandos)
     : conexao_(conexao), pastaComandos_(std::move(pastaComandos)), dicionario_(conexao) {}
 
-bool TTB::Falha(std::string motivo) {
-    erro_ = std::move(motivo);
+bool TTB::Falha(TErro erro) {
+    erro_ = std::move(erro);
     return false;
 }
 
 bool TTB::Tenta(const std::function<bool()>& operacao) {
-    erro_.clear();
+    erro_ = {};
     try {
         return operacao();
     } catch (const TErroBanco& erro) {
         if (erro.ConexaoPerdida()) throw;
-        return Falha(erro.what());
+        return Falha(erro.Dados());
     }
 }
 
@@ -67,16 +67,18 @@ bool TTB::EhBackup(const std::string& tabela) {
     });
 }
 
-std::string TTB::NaoEhBackup(std::string_view tabela) {
+TErro TTB::NaoEhBackup(std::string_view tabela) {
     const std::string nome(tabela), backup = NomeDaBackup(tabela);
-    return "A tabela " + backup + " não é um backup de " + nome +
-           " e fica como está. A reconstrução precisa desse nome: renomeie " + backup + " e rode a atualização de novo";
+    return {.mensagem = "A tabela " + backup + " não é um backup de " + nome +
+                        " e fica como está. A reconstrução precisa desse nome: renomeie " + backup +
+                        " e rode a atualização de novo",
+            .falha = TFalha::Impedimento};
 }
 
 bool TTB::CriaBackup(std::string_view tabela) {
     const std::string backup = NomeDaBackup(tabela);
     if (!ColunasDoDicionario(backup).empty())
-        return Falha("A tabela de backup " + backup + " teria o nome de uma tabela do dicionário");
+        return Falha(TFalha::Impedimento, "A tabela de backup " + backup + " teria o nome de uma tabela do dicionário");
     const bool existe = ExisteTabela(backup);
     if (existe && !EhBackup(std::string(tabela))) return Falha(NaoEhBackup(tabela));
     comando_ = ComandoCriaTabela(tabela, true);
@@ -97,15 +99,15 @@ bool TTB::CriaDoDicionario(const std::string& tabela) {
         return true;
     } catch (const TErroBanco& erro) {
         if (erro.ConexaoPerdida() || !ExisteTabela(tabela)) throw;
-        return Falha("A tabela " + tabela + " já existe");
+        return Falha(TFalha::ObjetoExistente, "A tabela " + tabela + " já existe");
     }
 }
 
 bool TTB::AtualizaTabela(std::string_view tabela) {
     return Tenta([&] {
         const auto fisicas = conexao_.Colunas(tabela);
-        if (fisicas.empty()) return Falha("A tabela " + std::string(tabela) + " não existe");
-        std::vector<std::string> falhas;
+        if (fisicas.empty()) return Falha(TFalha::ObjetoInexistente, "A tabela " + std::string(tabela) + " não existe");
+        std::vector<TErro> falhas;
         for (auto coluna : ColunasDoDicionario(tabela)) {
             if (ColunaDeNome(fisicas, coluna.nome)) continue;
             if (coluna.chave == 1 && TemLinhas(conexao_, tabela)) coluna.chave = 0;
@@ -114,10 +116,11 @@ bool TTB::AtualizaTabela(std::string_view tabela) {
                                              DefinicaoCampo(coluna, conexao_.TipoBanco()));
             } catch (const TErroBanco& erro) {
                 if (erro.ConexaoPerdida()) throw;
-                falhas.push_back(coluna.nome + ": " + erro.what());
+                falhas.push_back(erro.Dados());
+                falhas.back().mensagem = coluna.nome + ": " + erro.what();
             }
         }
-        return falhas.empty() || Falha(Junta(falhas, "\n"));
+        return falhas.empty() || Falha(JuntaErros(falhas));
     });
 }
 
@@ -290,7 +293,7 @@ bool TTB::GuardaNaBackup(const std::string& tabela) {
     if (!CriaTabela(tabela, true)) return false;
     Copia(conexao_, tabela, backup);
     if (Conta(conexao_, tabela) != Conta(conexao_, backup))
-        return Falha("A tabela " + tabela + " mudou durante a cópia para " + backup);
+        return Falha(TFalha::EmUso, "A tabela " + tabela + " mudou durante a cópia para " + backup);
     MudaVersao(conexao_, tabela, kRefazendo);
     return true;
 }
@@ -306,14 +309,15 @@ bool TTB::CompletaBackup(const std::string& tabela) {
     }
     const auto linhas = Conta(conexao_, tabela);
     if (linhas >= Conta(conexao_, backup)) return GuardaNaBackup(tabela);
-    return linhas == 0 || Falha("Sem chave, não se sabe quais registros de " + tabela + " faltam em " + backup);
+    return linhas == 0 ||
+           Falha(TFalha::Impedimento, "Sem chave, não se sabe quais registros de " + tabela + " faltam em " + backup);
 }
 
 bool TTB::RefazIndices(const std::string& tabela) {
-    std::vector<std::string> falhas;
+    std::vector<TErro> falhas;
     if (!CriaIndicePrimario(tabela, false)) falhas.push_back(erro_);
     if (!CriaIndiceSecundarios(tabela)) falhas.push_back(erro_);
-    return falhas.empty() || Falha(Junta(falhas, "\n"));
+    return falhas.empty() || Falha(JuntaErros(falhas));
 }
 
 bool TTB::ReCriaTabela(std::string_view tabela) {
@@ -322,7 +326,7 @@ bool TTB::ReCriaTabela(std::string_view tabela) {
         const std::string backup = NomeDaBackup(nome);
         if (const auto impedimento = ImpedimentoParaCriar(nome)) return Falha(*impedimento);
         const auto versao = Versao(conexao_, nome);
-        if (!versao) return Falha("A tabela " + nome + " não está em SARQUIVO");
+        if (!versao) return Falha(TFalha::Impedimento, "A tabela " + nome + " não está em SARQUIVO");
 
         const bool existe = ExisteTabela(nome);
         auto reserva = existe ? conexao_.Reserva(nome) : nullptr;
@@ -337,7 +341,10 @@ bool TTB::ReCriaTabela(std::string_view tabela) {
             if (existe || guardada) Copia(conexao_, backup, nome);
             return true;
         });
-        if (!erguida) return Falha("Os registros de " + nome + " estão em " + backup + ": " + erro_);
+        if (!erguida) {
+            erro_.mensagem = "Os registros de " + nome + " estão em " + backup + ": " + erro_.mensagem;
+            return false;
+        }
         const bool indices = RefazIndices(nome);
         TTransacao fim(conexao_);
         MudaVersao(conexao_, nome, *versao);

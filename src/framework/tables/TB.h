@@ -36,7 +36,7 @@ class TTB {
     /// or its dictionary, as an earlier generation left it.
     bool EhBackup(const std::string& tabela);
     /// What is told of one that is not, with the way out.
-    static std::string NaoEhBackup(std::string_view tabela);
+    static TErro NaoEhBackup(std::string_view tabela);
     /// Adds the dictionary columns that the physical table lacks. A key column comes without NOT NULL when the table
     /// has rows; CriaIndicePrimario asks for it later.
     bool AtualizaTabela(std::string_view tabela);
@@ -67,7 +67,7 @@ class TTB {
     bool CriaIndiceSecundarios(std::string_view tabela, TIdade idade = TIdade::Antiga);
 
     /// Why the last operation returned false.
-    const std::string& Erro() const { return erro_; }
+    const TErro& Erro() const { return erro_; }
 
     /// CREATE TABLE of the last CriaTabela; empty when it came to none.
     const std::string& UltimaCriacao() const { return comando_; }
@@ -84,9 +84,8 @@ class TTB {
     /// Why a table of these columns could not be created, dropped first if it exists: no columns, names that repeat,
     /// types without text, a row too large, or a statement that the server does not take. Not inside an open
     /// transaction.
-    std::optional<std::string> ImpedimentoParaCriar(std::string_view tabela,
-                                                    const std::vector<TColunaDicionario>& colunas);
-    std::optional<std::string> ImpedimentoParaCriar(std::string_view tabela) {
+    std::optional<TErro> ImpedimentoParaCriar(std::string_view tabela, const std::vector<TColunaDicionario>& colunas);
+    std::optional<TErro> ImpedimentoParaCriar(std::string_view tabela) {
         return ImpedimentoParaCriar(tabela, ColunasDoDicionario(tabela));
     }
 
@@ -112,13 +111,14 @@ class TTB {
         std::vector<std::pair<std::string, TValor>> valores;
     };
 
-    bool Falha(std::string motivo);
+    bool Falha(TErro erro);
+    bool Falha(TFalha falha, std::string motivo) { return Falha({.mensagem = std::move(motivo), .falha = falha}); }
     /// Runs `operacao`; a refusal of the server becomes the answer false.
     bool Tenta(const std::function<bool()>& operacao);
     void Ensaia(std::string_view tabela, const std::vector<TColunaDicionario>& colunas);
     bool ExigeValores(const std::string& tabela, const std::vector<std::string>& chave);
     bool AceitaChave(const std::string& comando);
-    bool CriaSecundario(std::string_view tabela, const std::string& nome, bool unico, std::string& falha);
+    bool CriaSecundario(std::string_view tabela, const std::string& nome, bool unico, TErro& falha);
     bool Esperam(const std::string& tabela);
     bool GuardaNaBackup(const std::string& tabela);
     /// Brings what was entered and changed since an interrupted rebuild into the backup, by the key.
@@ -128,7 +128,8 @@ class TTB {
     TConnection& conexao_;
     std::filesystem::path pastaComandos_;
     TLeituraDoDicionario dicionario_;
-    std::string comando_, erro_;
+    std::string comando_;
+    TErro erro_;
     TLinhaAtual linha_;
 };
 

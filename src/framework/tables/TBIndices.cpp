@@ -103,46 +103,47 @@ void TTB::Ensaia(std::string_view tabela, const std::vector<TColunaDicionario>& 
     comando->Executa();
 }
 
-std::optional<std::string> TTB::ImpedimentoParaCriar(std::string_view tabela,
-                                                     const std::vector<TColunaDicionario>& colunas) {
+std::optional<TErro> TTB::ImpedimentoParaCriar(std::string_view tabela, const std::vector<TColunaDicionario>& colunas) {
+    const auto doDicionario = [](std::string texto) {
+        return TErro{.mensagem = std::move(texto), .falha = TFalha::Dicionario};
+    };
     std::set<std::string> nomes;
     for (const auto& coluna : colunas) {
         if (!ColunaFisica(coluna)) continue;
-        if (!TipoConhecido(coluna.tipo)) return "Tipo desconhecido na coluna " + coluna.nome + ": " + coluna.tipo;
-        if (!nomes.insert(ChaveDeNome(coluna.nome)).second) return "Coluna repetida no dicionário: " + coluna.nome;
+        if (!TipoConhecido(coluna.tipo))
+            return doDicionario("Tipo desconhecido na coluna " + coluna.nome + ": " + coluna.tipo);
+        if (!nomes.insert(ChaveDeNome(coluna.nome)).second)
+            return doDicionario("Coluna repetida no dicionário: " + coluna.nome);
     }
-    if (nomes.empty()) return "O dicionário não tem colunas da tabela " + std::string(tabela);
+    if (nomes.empty()) return doDicionario("O dicionário não tem colunas da tabela " + std::string(tabela));
     try {
         Ensaia(tabela, colunas);
     } catch (const TErroBanco& erro) {
         if (erro.ConexaoPerdida()) throw;
-        return erro.what();
+        return erro.Dados();
     }
     if (conexao_.TipoBanco() != TTipoBanco::tbInterbase) return std::nullopt;
     const std::int64_t bytes = BytesDoRegistro(conexao_, colunas);
     if (bytes <= kBytesDoRegistro) return std::nullopt;
-    return "O registro da tabela " + std::string(tabela) + " teria " + std::to_string(bytes) +
-           " bytes; o servidor aceita até " + std::to_string(kBytesDoRegistro);
+    return doDicionario("O registro da tabela " + std::string(tabela) + " teria " + std::to_string(bytes) +
+                        " bytes; o servidor aceita até " + std::to_string(kBytesDoRegistro));
 }
 
 namespace {
 
 /// Runs every statement, then throws one error that names those that failed.
 void ExecutaTodos(TConnection& conexao, const std::vector<std::string>& comandos) {
-    std::vector<std::string> falhas;
-    TErroBanco::TDados dados;
+    std::vector<TErro> falhas;
     for (const auto& comando : comandos) {
         try {
             ExecutaComando(conexao, comando);
         } catch (const TErroBanco& erro) {
             if (erro.ConexaoPerdida()) throw;
-            falhas.push_back(comando + ": " + erro.what());
-            dados = {"", erro.CodigoNativo(), erro.SqlState(), comando, erro.Falha(), false};
+            falhas.push_back(erro.Dados());
+            falhas.back().mensagem = comando + ": " + erro.what();
         }
     }
-    if (falhas.empty()) return;
-    dados.mensagem = Junta(falhas, "\n");
-    throw TErroBanco(dados);
+    if (!falhas.empty()) throw TErroBanco(JuntaErros(falhas));
 }
 
 /// How many groups of rows the query answers with.
@@ -219,13 +220,14 @@ bool TTB::ExigeValores(const std::string& tabela, const std::vector<std::string>
     const auto fisicas = conexao_.Colunas(tabela);
     for (const auto& nome : chave) {
         const TColunaFisica* coluna = ColunaDeNome(fisicas, nome);
-        if (!coluna) return Falha("A tabela " + tabela + " não tem a coluna " + nome + " da chave");
+        if (!coluna)
+            return Falha(TFalha::ColunaInexistente, "A tabela " + tabela + " não tem a coluna " + nome + " da chave");
         if (coluna->requerido) continue;
         const auto vazias =
             ContaRegistros(conexao_, "select count(*) as total from " + tabela + " where " + nome + " is null");
         if (vazias > 0)
-            return Falha("A coluna " + nome + " da chave de " + tabela + " está sem valor em " +
-                         std::to_string(vazias) + " registro(s)");
+            return Falha(TFalha::SemValor, "A coluna " + nome + " da chave de " + tabela + " está sem valor em " +
+                                               std::to_string(vazias) + " registro(s)");
         comandos.push_back(ComandoExigeValor(tabela, *coluna, conexao_.TipoBanco()));
     }
     const TTipoBanco banco = conexao_.TipoBanco();
@@ -249,7 +251,8 @@ bool TTB::CriaIndicePrimario(std::string_view tabela, bool backup, TIdade idade)
         const std::string fisica = backup ? NomeDaBackup(tabela) : std::string(tabela);
         if (idade == TIdade::Antiga && ExisteIndicePrimario(fisica)) return true;
         const auto chave = ColunasDaChave(tabela);
-        if (chave.empty()) return Falha("O dicionário não tem chave da tabela " + std::string(tabela));
+        if (chave.empty())
+            return Falha(TFalha::Dicionario, "O dicionário não tem chave da tabela " + std::string(tabela));
 
         const std::string chaves = Junta(chave, ",");
         const std::string comando =
@@ -257,35 +260,36 @@ bool TTB::CriaIndicePrimario(std::string_view tabela, bool backup, TIdade idade)
         if (idade == TIdade::Nova && AceitaChave(comando)) return true;
         const auto grupos = ContaGrupos(
             conexao_, " select count(*) as total from " + fisica + " group by " + chaves + " having count(*) > 1");
-        if (grupos > 0) return Falha("A chave " + chaves + " de " + fisica + " tem " + Repetidos(grupos));
+        if (grupos > 0)
+            return Falha(TFalha::ChaveDuplicada, "A chave " + chaves + " de " + fisica + " tem " + Repetidos(grupos));
         if (!ExigeValores(fisica, chave)) return false;
         ExecutaComando(conexao_, comando);
         return true;
     });
 }
 
-bool TTB::CriaSecundario(std::string_view tabela, const std::string& nome, bool unico, std::string& falha) {
+bool TTB::CriaSecundario(std::string_view tabela, const std::string& nome, bool unico, TErro& falha) {
     const std::string fisica(tabela);
     try {
         const auto colunas = dicionario_.ColunasDoIndice(tabela, nome);
         const auto grupos = unico && !colunas.empty() ? GruposRepetidos(conexao_, fisica, colunas) : 0;
         if (colunas.empty())
-            falha = "sem colunas no dicionário";
+            falha = {.mensagem = "sem colunas no dicionário", .falha = TFalha::Dicionario};
         else if (grupos > 0)
-            falha = Repetidos(grupos);
+            falha = {.mensagem = Repetidos(grupos), .falha = TFalha::ChaveDuplicada};
         else
             ExecutaComando(conexao_, "CREATE " + std::string(unico ? "UNIQUE " : "") + "INDEX " + nome + " ON " +
                                          fisica + "(" + Junta(colunas, ",") + ")");
     } catch (const TErroBanco& erro) {
         if (erro.ConexaoPerdida()) throw;
-        falha = erro.what();
+        falha = erro.Dados();
     }
-    return falha.empty();
+    return falha.mensagem.empty();
 }
 
 bool TTB::CriaIndiceSecundarios(std::string_view tabela, TIdade idade) {
     return Tenta([&] {
-        std::vector<std::string> falhas;
+        std::vector<TErro> falhas;
         const auto doDicionario = dicionario_.Indices(tabela);
         if (doDicionario.empty()) return true;
         const auto fisicos = idade == TIdade::Nova ? std::vector<TIndice>() : conexao_.Indices(tabela);
@@ -294,12 +298,13 @@ bool TTB::CriaIndiceSecundarios(std::string_view tabela, TIdade idade) {
                     return IgualSemCaixa(fisico.nome, procurado);
                 }))
                 continue;
-            std::string falha;
-            if (!CriaSecundario(tabela, nome, unico, falha))
-                falhas.push_back("Erro criando indice secundario " + std::string(unico ? "UNIQUE " : "") + nome +
-                                 " do arquivo:" + std::string(tabela) + " " + falha);
+            TErro falha;
+            if (CriaSecundario(tabela, nome, unico, falha)) continue;
+            falha.mensagem = "Erro criando indice secundario " + std::string(unico ? "UNIQUE " : "") + nome +
+                             " do arquivo:" + std::string(tabela) + " " + falha.mensagem;
+            falhas.push_back(std::move(falha));
         }
-        return falhas.empty() || Falha(Junta(falhas, "\n"));
+        return falhas.empty() || Falha(JuntaErros(falhas));
     });
 }
 

@@ -3,53 +3,99 @@
 #include <cstdint>
 #include <stdexcept>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace wkd {
 
-/// A value does not fit the type or the character set it is turned into.
-class TErroConversao : public std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
-
-/// What a failed statement failed of.
+/// What something failed of, told apart by what there is to do about it.
 enum class TFalha {
+    // A database server, or its client library
     Conexao,            // no connection, or it broke
     Autenticacao,       // user or password
+    SemPermissao,       // the user may not do it
     ObjetoInexistente,  // table, view, index, constraint
     ColunaInexistente,
     ObjetoExistente,
     Sintaxe,
     ChaveDuplicada,
-    Restricao,  // NOT NULL, foreign key, check
-    Conversao,  // value does not convert, is too long or out of range
-    EmUso,      // lock conflict, time-out, deadlock
+    Restricao,      // NOT NULL, foreign key, check
+    Conversao,      // value does not convert, is too long or out of range
+    EmUso,          // lock conflict, time-out, deadlock; others have written meanwhile
+    Dependencia,    // other objects hold on to it
+    VersoesDemais,  // Firebird: a table altered 255 times since the last restore
+    DiscoCheio,
+    // Files, and what was asked for
+    Arquivo,        // cannot be read or written
+    PacoteAusente,  // no file where it was said to be
+    Pacote,         // damaged, or not whole
+    Dicionario,     // describes nothing that a server could make
+    OutroBanco,     // without the dictionary tables
+    OutraAtualizacao,
+    UsuariosConectados,
+    NaoConfirmada,
+    Interrompida,
+    // Tables and rows
+    Impedimento,         // must not be rebuilt
+    ReconstrucaoAberta,  // dropped, and not yet whole again
+    SemValor,            // rows lack a value of the key
+    LinhaRecusada,       // rows or values in the rejects file
+    ConteudoDiferente,   // the table is not what its backup table is
+    RegistrosAMenos,
+    SobraNoBackup,  // columns that the backup table alone has
+    NaoRecriado,    // triggers, properties, comments: their source is in the rejects file
     Outra
 };
 
-/// Error of a database server or its client library. what() is the server's whole text, all its lines.
-class TErroBanco : public std::runtime_error {
+/// One failure as a value.
+struct TErro {
+    std::string mensagem = {};  // all its lines
+    std::int64_t codigoNativo = 0;
+    std::string sqlstate = {};
+    std::string comando = {};  // the statement, without parameter values
+    TFalha falha = TFalha::Outra;
+    bool conexaoPerdida = false;
+};
+
+/// One for several: their texts, a line each, and what the first one failed of. There is one at least.
+TErro JuntaErros(const std::vector<TErro>& erros);
+
+/// An error of this system, which knows what failed.
+class TErroConhecido : public std::runtime_error {
   public:
-    struct TDados {
-        std::string mensagem;
-        std::int64_t codigoNativo = 0;
-        std::string sqlstate;
-        std::string comando;  // the statement, without parameter values
-        TFalha falha = TFalha::Outra;
-        bool conexaoPerdida = false;
-    };
+    explicit TErroConhecido(TErro erro) : std::runtime_error(erro.mensagem), erro_(std::move(erro)) {}
+    TErroConhecido(TFalha falha, const std::string& mensagem)
+        : TErroConhecido(TErro{.mensagem = mensagem, .falha = falha}) {}
 
-    explicit TErroBanco(TDados dados) : std::runtime_error(dados.mensagem), dados_(std::move(dados)) {}
-
-    std::int64_t CodigoNativo() const { return dados_.codigoNativo; }
-    const std::string& SqlState() const { return dados_.sqlstate; }
-    const std::string& Comando() const { return dados_.comando; }
-    TFalha Falha() const { return dados_.falha; }
-    bool ConexaoPerdida() const { return dados_.conexaoPerdida; }
-    /// Whether the same statement may succeed later as it is: a lock, a broken connection.
-    bool Passageiro() const { return ConexaoPerdida() || Falha() == TFalha::EmUso || Falha() == TFalha::Conexao; }
+    const TErro& Dados() const { return erro_; }
+    TFalha Falha() const { return erro_.falha; }
 
   private:
-    TDados dados_;
+    TErro erro_;
+};
+
+/// What is known of whatever was caught.
+TErro ErroDe(const std::exception& erro);
+
+/// A value does not fit the type or the character set it is turned into.
+class TErroConversao : public TErroConhecido {
+  public:
+    explicit TErroConversao(const std::string& mensagem) : TErroConhecido(TFalha::Conversao, mensagem) {}
+};
+
+/// Error of a database server or its client library. what() is the server's whole text, all its lines.
+class TErroBanco : public TErroConhecido {
+  public:
+    using TDados = TErro;
+
+    explicit TErroBanco(TDados dados) : TErroConhecido(std::move(dados)) {}
+
+    std::int64_t CodigoNativo() const { return Dados().codigoNativo; }
+    const std::string& SqlState() const { return Dados().sqlstate; }
+    const std::string& Comando() const { return Dados().comando; }
+    bool ConexaoPerdida() const { return Dados().conexaoPerdida; }
+    /// Whether the same statement may succeed later as it is: a lock, a broken connection.
+    bool Passageiro() const { return ConexaoPerdida() || Falha() == TFalha::EmUso || Falha() == TFalha::Conexao; }
 };
 
 }  // namespace wkd

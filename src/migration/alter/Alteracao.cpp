@@ -14,7 +14,9 @@ namespace wkd {
 namespace {
 
 /// Whether the server did not take the words; types that do not go together are among them.
-bool Recusado(const TErroBanco& erro) { return erro.Falha() == TFalha::Sintaxe || erro.Falha() == TFalha::Conversao; }
+bool Recusado(const TErroBanco& erro) {
+    return erro.Falha() == TFalha::Sintaxe || erro.Falha() == TFalha::Conversao || erro.Falha() == TFalha::Dependencia;
+}
 
 }  // namespace
 
@@ -111,9 +113,9 @@ void ExecutaComando(TContexto& ctx, std::string_view tabela, const TComandoPende
     ctx.Tela().Memo1(comando.texto);
     if (const TResultado resultado = ExecutaPendente(ctx, tabela, comando); !resultado) {
         ctx.repeteTabela = true;
-        ctx.Tela().Memo2(resultado.Mensagem());
-        ctx.Tela().SetLog(resultado.Mensagem() + " Query: " + comando.texto, ctx.dm.SArquivoNovo.Texto("nome_arquivo"),
-                          "Query de alteração de campo");
+        ctx.Tela().Erro(TErroDaExecucao::NosDois(resultado.Erro().Dados(), ctx.dm.SArquivoNovo.Texto("nome_arquivo"),
+                                                 "Query de alteração de campo")
+                            .ComComando(comando.texto));
     }
     ctx.dm.Commit(comando.texto);
 }
@@ -138,13 +140,13 @@ void ExecutaTodos(TContexto& ctx, std::string_view tabela, TPendentes& pendentes
     } catch (const TErroBanco& erro) {
         ctx.repeteTabela = true;
         ctx.Tela().Memo1("Erro atualizando o arquivo :" + std::string(tabela));
-        ctx.Tela().SetLog(erro.what(), tabela, "Erro atualizando o arquivo");
+        ctx.Tela().Erro(TErroDaExecucao::NoLog(erro.Dados(), tabela, "Erro atualizando o arquivo"));
     }
 }
 
 void RelataIndice(TContexto& ctx, const std::string& linha, std::string_view tabela, std::string_view acao) {
     ctx.Tela().Memo1(linha);
-    ctx.Tela().SetLog(ctx.dm.Atualiza.Erro(), tabela, acao);
+    ctx.Tela().Erro(TErroDaExecucao::NoLog(ctx.dm.Atualiza.Erro(), tabela, acao));
 }
 
 void CriaIndices(TContexto& ctx, std::string_view tabela) {
@@ -156,7 +158,7 @@ void CriaIndices(TContexto& ctx, std::string_view tabela) {
         ctx.repeteTabela = ctx.repeteTabela || !tb.ColunasDaChave(nome).empty();  // none was told
     }
     if (!tb.CriaIndiceSecundarios(nome)) {
-        RelataIndice(ctx, "Erro criando indice secundario do arquivo:" + nome + " " + tb.Erro(), nome,
+        RelataIndice(ctx, "Erro criando indice secundario do arquivo:" + nome + " " + tb.Erro().mensagem, nome,
                      "Erro criando indice secundario do arquivo:");
         ctx.repeteTabela = true;
     }

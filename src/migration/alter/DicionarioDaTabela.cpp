@@ -60,8 +60,10 @@ TValor ValorDoCampo(TContexto& ctx, const TCampoComum& campo, bool preencheObrig
 }
 
 /// Entry about a row that SATRIB takes in part, or not at all.
-void LogDaColuna(TContexto& ctx, const std::string& coluna, const std::exception& erro) {
-    ctx.Log("Coluna " + coluna + " em SATRIB: " + erro.what());
+void LogDaColuna(TContexto& ctx, const std::string& coluna, const TErroConhecido& erro) {
+    TErro daColuna = erro.Dados();
+    daColuna.mensagem = "Coluna " + coluna + " em SATRIB: " + erro.what();
+    ctx.Log(std::move(daColuna));
 }
 
 /// What does not fit is logged and stays NULL, unless the row would not do without it.
@@ -195,7 +197,7 @@ std::string SegueGrafia(TContexto& ctx, const std::string& nome) {
 
 void RelataCriacao(TContexto& ctx, const std::string& linha, std::string_view tabela, std::string_view acao) {
     ctx.Tela().Memo1(linha);
-    ctx.Tela().SetLog(ctx.dm.Atualiza.Erro(), tabela, acao);
+    ctx.Tela().Erro(TErroDaExecucao::NoLog(ctx.dm.Atualiza.Erro(), tabela, acao));
 }
 
 }  // namespace
@@ -220,7 +222,7 @@ void RegravaDicionario(TContexto& ctx, std::string_view tabela, bool reconstruca
     ctx.desatualizadas.insert(ChaveDeNome(nome));
 }
 
-std::optional<std::string> ColunaForaDoDicionario(TContexto& ctx) {
+std::optional<TErro> ColunaForaDoDicionario(TContexto& ctx) {
     TCamposComuns campos = CamposComuns(ctx);
     std::erase_if(campos, [](const TCampoComum& campo) { return !Essencial(campo.destino->nome); });
     TClientDataSet& novo = ctx.dm.SatribNovo;
@@ -228,7 +230,8 @@ std::optional<std::string> ColunaForaDoDicionario(TContexto& ctx) {
         try {
             for (const TCampoComum& campo : campos) ValorDoCampo(ctx, campo, true);
         } catch (const TErroConversao& erro) {
-            return "A coluna " + novo.Texto("NOME") + " não cabe em SATRIB: " + erro.what();
+            return TErro{.mensagem = "A coluna " + novo.Texto("NOME") + " não cabe em SATRIB: " + erro.what(),
+                         .falha = TFalha::Dicionario};
         }
     }
     return std::nullopt;
@@ -238,9 +241,9 @@ bool CriaTabelaComIndices(TContexto& ctx, std::string_view tabela) {
     TTB& tb = ctx.dm.Atualiza;
     const std::string nome(tabela);
     const bool criada = tb.CriaTabela(nome, false);
-    if (!tb.UltimaCriacao().empty()) ctx.evidencia.Comando({tb.UltimaCriacao(), "", tb.Erro()});
+    if (!tb.UltimaCriacao().empty()) ctx.evidencia.Comando({tb.UltimaCriacao(), "", tb.Erro().mensagem});
     if (!criada) {
-        ctx.Tela().SetLog(tb.Erro(), nome, "Criando tabela: " + nome);
+        ctx.Tela().Erro(TErroDaExecucao::NoLog(tb.Erro(), nome, "Criando tabela: " + nome));
         ctx.dm.AtualizaListaDeTabelas();
         return false;
     }
@@ -252,7 +255,7 @@ bool CriaTabelaComIndices(TContexto& ctx, std::string_view tabela) {
     }
     ctx.dm.Commit("Criando indice primário: " + nome);
     if (!tb.CriaIndiceSecundarios(nome, TTB::TIdade::Nova)) {
-        RelataCriacao(ctx, "Erro criando indices secundários do arquivo :" + nome + " " + tb.Erro(), nome,
+        RelataCriacao(ctx, "Erro criando indices secundários do arquivo :" + nome + " " + tb.Erro().mensagem, nome,
                       "Criando indice secundário");
         ctx.repeteTabela = true;
     }

@@ -18,7 +18,7 @@ void RegravaDicionario(TContexto& ctx, std::string_view tabela, bool reconstruca
 
 /// Why a column of the package would be missing among the stored rows, or be another one there: its name, type or
 /// calculation does not fit. Expects SatribNovo on the table.
-std::optional<std::string> ColunaForaDoDicionario(TContexto& ctx);
+std::optional<TErro> ColunaForaDoDicionario(TContexto& ctx);
 
 /// Creates the table, its primary key and its secondary indexes from the stored dictionary; each failure is shown and
 /// logged and the next step follows. False when the table could not be created.

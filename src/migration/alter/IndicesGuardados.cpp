@@ -157,8 +157,9 @@ void TIndicesGuardados::Devolve(const TGuardado& guardado) {
                               " como pede o pacote " +
                               (devolvido ? "e voltou como era: " + guardado.comando
                                          : "nem voltou como era: " + guardado.comando + ": " + devolvido.Mensagem());
-    ctx_.Tela().Memo2(linha);
-    ctx_.Tela().SetLog(linha, tabela_, "Índices");
+    TErro erro = devolvido ? TErro{.falha = TFalha::Restricao} : devolvido.Erro().Dados();
+    erro.mensagem = linha;
+    ctx_.Tela().Erro(TErroDaExecucao::NosDois(std::move(erro), tabela_, "Índices"));
 }
 
 void TIndicesGuardados::Esquece() {

@@ -51,8 +51,8 @@ TGrafias UnificaTabelas(TContexto& ctx, TTabelaEmMemoria& tabelas) {
         const bool outra = escrita != vale;
         if (outra && repetidas.emplace(chave, vale).second) {
             const std::string aviso = "o pacote escreve a tabela também " + escrita + "; vale " + vale;
-            ctx.Tela().Memo2("Tabela " + vale + ": " + aviso);
-            ctx.Tela().SetLog(aviso, vale, "Carregar o pacote");
+            ctx.Tela().Erro(TErroDaExecucao::NosDois({.mensagem = aviso, .falha = TFalha::Dicionario}, vale,
+                                                     "Carregar o pacote", "Tabela " + vale + ": " + aviso));
         }
         if (outra) linha[nome] = vale;
         if (vistas.emplace(ChaveDeNome(linha[modulo].ComoTexto()), chave).second || !outra)
@@ -96,9 +96,10 @@ bool TemDicionario(TContexto& ctx) {
     ctx.dm.Atualiza.Dicionario().EsqueceRecusas();
     for (const std::string_view tabela : {"SARQUIVO", "SATRIB"}) {
         if (ctx.dm.ExisteTabela(tabela)) continue;
-        ctx.Tela().Informacao("O banco de dados não tem a tabela " + std::string(tabela) +
-                              " do dicionário: não é um banco do sistema, ou está incompleto. Verifique o alias " +
-                              ctx.opcoes.alias + ".");
+        const std::string texto = "O banco de dados não tem a tabela " + std::string(tabela) +
+                                  " do dicionário: não é um banco do sistema, ou está incompleto. Verifique o alias " +
+                                  ctx.opcoes.alias + ".";
+        ctx.Tela().Erro(TErroDaExecucao::NaCaixa({.mensagem = texto, .falha = TFalha::OutroBanco}, tabela));
         return false;
     }
     return true;
@@ -107,16 +108,15 @@ bool TemDicionario(TContexto& ctx) {
 bool Desempacota(TContexto& ctx, TPastaDeTrabalho& pasta) {
     std::error_code semErro;
     if (!std::filesystem::is_regular_file(ctx.opcoes.pacote, semErro)) {
-        ctx.Tela().Informacao("Arquivo de atualizção não existe");
+        ctx.Tela().Erro(
+            TErroDaExecucao::NaCaixa({.mensagem = "Arquivo de atualizção não existe", .falha = TFalha::PacoteAusente}));
         return false;
     }
     pasta.Recria();
     const auto recusadas = Extrai(ctx, pasta);
     ctx.Tela().PastaDoPacote(pasta.Caminho());
-    for (const std::string& recusada : recusadas) {
-        ctx.Tela().Memo2(recusada);
-        ctx.Tela().SetLog(recusada, "", "Descompactar");
-    }
+    for (const std::string& recusada : recusadas)
+        ctx.Tela().Erro(TErroDaExecucao::NosDois({.mensagem = recusada, .falha = TFalha::Pacote}, "", "Descompactar"));
     return true;
 }
 
@@ -130,8 +130,8 @@ std::vector<TLinhaRecusada> CarregaDicionarios(TContexto& ctx, const TPastaDeTra
     auto recusadas = RecusaNomes(tabelas, "SARQUIVO", kSarquivo);
     std::ranges::move(RecusaNomes(colunas, "SATRIB", kSatrib), std::back_inserter(recusadas));
     for (const auto& [tabela, texto] : recusadas) {
-        ctx.Tela().Memo2(texto);
-        ctx.Tela().SetLog(texto, tabela, "Carregar pacote");
+        ctx.Tela().Erro(
+            TErroDaExecucao::NosDois({.mensagem = texto, .falha = TFalha::Dicionario}, tabela, "Carregar pacote"));
         ctx.comRecusadas.insert(ChaveDeNome(tabela));
     }
     if (tabelas.linhas.empty() || colunas.linhas.empty())
@@ -165,8 +165,8 @@ void DesconsideraVersoesNegativas(TContexto& ctx) {
         if (!tabela || tabela->versao.value_or(0) >= 0) continue;
         const std::string linha = "Tabela " + tabela->nome + ": a versão " + std::to_string(*tabela->versao) +
                                   " do pacote não é válida, e conta a gravada no banco";
-        ctx.Tela().Memo2(linha);
-        ctx.Tela().SetLog(linha, tabela->nome, "Versões do pacote");
+        ctx.Tela().Erro(TErroDaExecucao::NosDois({.mensagem = linha, .falha = TFalha::Dicionario}, tabela->nome,
+                                                 "Versões do pacote"));
         const TTabelaDicionario* gravada = ctx.gravado.Tabela(tabela->modulo, tabela->nome);
         const auto vale = gravada && gravada->versao.value_or(0) >= 0 ? gravada->versao : std::nullopt;
         ctx.novo.SupoeVersao(tabela->modulo, tabela->nome, vale);

@@ -68,11 +68,6 @@ struct TPassoRegistrado {
     std::string erro;
 };
 
-struct TErroRegistrado {
-    TDataHora quando;
-    std::string tabela, acao, mensagem;
-};
-
 /// What one run did, collected while it does it.
 struct TEvidencia {
     std::string alias, banco, servidor, pacote;
@@ -82,7 +77,7 @@ struct TEvidencia {
     std::vector<TTabelaRegistrada> tabelas;
     std::vector<TPassoRegistrado> passos;
     std::vector<TPassoRegistrado> correcoes;  // those whose turn it was
-    std::vector<TErroRegistrado> erros;
+    std::vector<TErroDaExecucao> erros;
 
     /// A statement of the table under way.
     void Comando(TComandoRegistrado comando) {
@@ -119,7 +114,7 @@ struct TContexto {
     TConnection& Conexao() { return dm.SQLConnection1; }
     TTipoBanco Banco() const { return dm.SQLConnection1.TipoBanco(); }
     /// Run-log entry of the current table and action.
-    void Log(std::string_view mensagem) { Tela().SetLog(mensagem, tabelaAtual, acaoAtual); }
+    void Log(TErro erro) { Tela().Erro(TErroDaExecucao::NoLog(std::move(erro), tabelaAtual, acaoAtual)); }
 };
 
 /// Runs `operacao` and swallows what it throws, but for a lost connection: nothing could follow on it.

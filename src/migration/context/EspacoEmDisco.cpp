@@ -15,7 +15,8 @@ constexpr std::uintmax_t kMinimo = 64 * kMega;  // more than the engine keeps un
 void ExigeEspacoEmDisco(TContexto& ctx) {
     const auto livre = ctx.Conexao().EspacoLivre();
     if (!livre || *livre >= kMinimo) return;
-    throw std::runtime_error("o disco do banco de dados está quase cheio: " + std::to_string(*livre / kMega) +
+    throw TErroConhecido(TFalha::DiscoCheio,
+                         "o disco do banco de dados está quase cheio: " + std::to_string(*livre / kMega) +
                              " MB livres, são necessários pelo menos " + std::to_string(kMinimo / kMega) + " MB");
 }
 

@@ -19,8 +19,8 @@ constexpr int kTentativas = 2;  // a failure may pass, such as a lock
 constexpr std::int64_t kMostrados = 100;
 
 /// A row that is nowhere but in the source of the copy.
-class TSoNaOrigem : public std::runtime_error {
-    using std::runtime_error::runtime_error;
+class TSoNaOrigem : public TErroConhecido {
+    using TErroConhecido::TErroConhecido;
 };
 
 /// What a column holds of a value that it cannot hold whole: the day of a time stamp, else nothing.
@@ -51,7 +51,8 @@ TResultadoDaCopia TCopiaDeLinhas::Executa(std::int64_t linhas) {
     IBarra& barra = ctx_.Tela().PbAtual();
     barra.Define(0, static_cast<int>(std::min<std::int64_t>(linhas, std::numeric_limits<int>::max())), 10, 0);
     const std::string lista = ListaDaOrigem(colunas_, ctx_.Banco());
-    if (lista.empty()) throw std::runtime_error(copia_.origem + " e " + copia_.destino + " não têm colunas em comum");
+    if (lista.empty())
+        throw TErroConhecido(TFalha::Dicionario, copia_.origem + " e " + copia_.destino + " não têm colunas em comum");
     insere_ = ctx_.Conexao().Prepara(ComandoInsere(copia_.destino, colunas_, ctx_.Banco()));
     if (copia_.fonte.empty()) servidor_ = TCopiaNoServidor::Para(ctx_.Conexao(), copia_, colunas_);
     if (servidor_)
@@ -190,12 +191,12 @@ void TCopiaDeLinhas::AplicaRegras(TLinha& linha) {
 /// True when the row is stored in the open transaction. A failed statement is undone by the server alone, so it is
 /// tried a second time, without the values that the target cannot hold.
 bool TCopiaDeLinhas::Posta(TLinha& linha) {
-    std::string erro;
+    TErro erro;
     bool incompleta = false;
     try {
         AplicaRegras(linha);
     } catch (const TErroConversao& falha) {
-        RejeitaLinha(linha, falha.what());
+        RejeitaLinha(linha, falha.Dados());
         return false;
     }
     for (int tentativa = 1; tentativa <= kTentativas; ++tentativa) {
@@ -205,9 +206,9 @@ bool TCopiaDeLinhas::Posta(TLinha& linha) {
             return true;
         } catch (const TErroBanco& falha) {
             if (falha.ConexaoPerdida()) throw;
-            erro = falha.what();
+            erro = falha.Dados();
         } catch (const TErroConversao& falha) {
-            erro = falha.what();
+            erro = falha.Dados();
         }
         if (tentativa == 1) incompleta = IsolaCampos(linha);
     }
@@ -227,7 +228,7 @@ bool TCopiaDeLinhas::IsolaCampos(TLinha& linha) {
         try {
             ConverteParaColuna(linha[i], colunas_[i].destino);
         } catch (const TErroConversao& falha) {
-            RejeitaCampo(linha, falha.what(), i);
+            RejeitaCampo(linha, falha.Dados(), i);
             linha[i] = ParteQueCabe(linha[i], colunas_[i].destino);
             isolou = true;
         }
@@ -263,7 +264,7 @@ bool TCopiaDeLinhas::GravaSozinha(TLinhaDoLote& linha) {
         linha.valores = LePelaChave(linha.chave);
         AplicaRegras(linha.valores);
     }
-    std::string erro;
+    TErro erro;
     for (int tentativa = 1; tentativa <= kTentativas; ++tentativa) {
         try {
             TTransacao transacao(ctx_.Conexao());
@@ -273,9 +274,9 @@ bool TCopiaDeLinhas::GravaSozinha(TLinhaDoLote& linha) {
             return true;
         } catch (const TErroBanco& falha) {
             if (falha.ConexaoPerdida()) throw;
-            erro = falha.what();
+            erro = falha.Dados();
         } catch (const TErroConversao& falha) {
-            erro = falha.what();
+            erro = falha.Dados();
         }
     }
     RejeitaLinha(linha.valores, erro);
@@ -287,13 +288,14 @@ void TCopiaDeLinhas::Conta(std::int64_t ate) {
 }
 
 /// False for what is only counted.
-bool TCopiaDeLinhas::Mostra(const std::string& texto) {
+bool TCopiaDeLinhas::Mostra(TErro erro) {
     if (mostrados_ == kMostrados) {
         ++calados_;
         return false;
     }
     ++mostrados_;
-    ctx_.Tela().Informacao(texto);
+    erro.falha = TFalha::LinhaRecusada;
+    ctx_.Tela().Erro(TErroDaExecucao::NaCaixa(std::move(erro), copia_.tabela));
     return true;
 }
 
@@ -302,29 +304,32 @@ void TCopiaDeLinhas::RelataDemais() {
     const std::string linha = "Tabela " + copia_.tabela + ": mais " + std::to_string(calados_) +
                               " registros ou valores não gravados em " + copia_.destino +
                               ", todos no arquivo de rejeitados";
-    ctx_.Tela().Memo2(linha);
-    ctx_.Log(linha);
+    ctx_.Tela().Erro(TErroDaExecucao::NosDois({.mensagem = linha, .falha = TFalha::LinhaRecusada}, ctx_.tabelaAtual,
+                                              ctx_.acaoAtual));
 }
 
-void TCopiaDeLinhas::RejeitaLinha(const TLinha& linha, const std::string& erro) {
+void TCopiaDeLinhas::RejeitaLinha(const TLinha& linha, const TErro& erro) {
     ++resultado_.recusadas;
-    const bool mostrada = Mostra(copia_.inicioDoErro + erro);
+    TErro mostrado = erro;
+    mostrado.mensagem.insert(0, copia_.inicioDoErro);
+    const bool mostrada = Mostra(std::move(mostrado));
     TPares valores;
     for (std::size_t i = 0; i < linha.size(); ++i) valores.emplace_back(colunas_[i].destino.nome, linha[i]);
-    ConfereGuardado(rejeitados_.Linha(Chave(linha), erro, valores));
-    if (copia_.exigente && mostrada && ctx_.Tela().Reconcilia(erro, TAcaoReconcilia::Pula) == TAcaoReconcilia::Aborta)
-        throw std::runtime_error("cópia de " + copia_.origem + " interrompida: " + erro);
+    ConfereGuardado(rejeitados_.Linha(Chave(linha), erro.mensagem, valores));
+    if (copia_.exigente && mostrada &&
+        ctx_.Tela().Reconcilia(erro.mensagem, TAcaoReconcilia::Pula) == TAcaoReconcilia::Aborta)
+        throw TErroConhecido(TFalha::LinhaRecusada, "cópia de " + copia_.origem + " interrompida: " + erro.mensagem);
 }
 
-void TCopiaDeLinhas::RejeitaCampo(const TLinha& linha, const std::string& erro, std::size_t coluna) {
+void TCopiaDeLinhas::RejeitaCampo(const TLinha& linha, const TErro& erro, std::size_t coluna) {
     if (copia_.exigente) Mostra(erro);
-    ConfereGuardado(rejeitados_.Valor(Chave(linha), erro, colunas_[coluna].destino.nome, linha[coluna]));
+    ConfereGuardado(rejeitados_.Valor(Chave(linha), erro.mensagem, colunas_[coluna].destino.nome, linha[coluna]));
 }
 
 void TCopiaDeLinhas::ConfereGuardado(bool guardado) {
     if (!guardado)
-        throw TSoNaOrigem("há dados que não puderam ser gravados nem em " + copia_.destino +
-                          " nem no arquivo de rejeitados");
+        throw TSoNaOrigem(TFalha::Arquivo, "há dados que não puderam ser gravados nem em " + copia_.destino +
+                                               " nem no arquivo de rejeitados");
 }
 
 TPares TCopiaDeLinhas::Chave(const TLinha& linha) const {

@@ -71,11 +71,11 @@ class TCopiaDeLinhas {
     bool GravaSozinha(TLinhaDoLote& linha);
     void Conta(std::int64_t ate);
     std::int64_t Numero() const { return copia_.pula + resultado_.lidas; }
-    bool Mostra(const std::string& texto);
+    bool Mostra(TErro erro);
     void RelataDemais();
-    void RejeitaLinha(const TLinha& linha, const std::string& erro);
+    void RejeitaLinha(const TLinha& linha, const TErro& erro);
     void ConfereGuardado(bool guardado);
-    void RejeitaCampo(const TLinha& linha, const std::string& erro, std::size_t coluna);
+    void RejeitaCampo(const TLinha& linha, const TErro& erro, std::size_t coluna);
     TPares Chave(const TLinha& linha) const;
 
     TContexto& ctx_;

@@ -63,7 +63,9 @@ bool TRejeitados::Acrescenta(const TPares& chave, std::string_view erro,
     }
     const bool gravado = motivo.empty() && arquivo_->flush().good();
     if (!gravado && !avisado_) {
-        ctx_.Tela().Memo2("Tabela " + tabela_ + ": não foi possível gravar " + Arquivo(ctx_).string() + " " + motivo);
+        const std::string linha =
+            "Tabela " + tabela_ + ": não foi possível gravar " + Arquivo(ctx_).string() + " " + motivo;
+        ctx_.Tela().Erro(TErroDaExecucao::NaLista({.mensagem = linha, .falha = TFalha::Arquivo}, tabela_));
         avisado_ = true;
     }
     return gravado;

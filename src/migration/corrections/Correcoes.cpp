@@ -164,9 +164,9 @@ void RefazIndice(TContexto& ctx) {
     });
 }
 
-void Relata(TContexto& ctx, const std::string& tabela, const std::string& erro) {
-    ctx.Tela().Memo2("Tabela: " + tabela + " - " + erro);
-    ctx.Tela().SetLog(erro, tabela, "AjustaCodReceber");
+void Relata(TContexto& ctx, const std::string& tabela, const TErro& erro) {
+    ctx.Tela().Erro(
+        TErroDaExecucao::NosDois(erro, tabela, "AjustaCodReceber", "Tabela: " + tabela + " - " + erro.mensagem));
 }
 
 /// What the steps drop in the table, and what a run that was ended between them had dropped.
@@ -183,11 +183,12 @@ TIndicesGuardados Guarda(TContexto& ctx, const std::string& tabela) {
 void Refaz(TContexto& ctx, const std::string& tabela, TIndicesGuardados& guardados) {
     if (!ctx.dm.ExisteTabela(tabela)) return;
     TTB& tb = ctx.dm.Atualiza;
-    const std::string erroDaChave = tb.CriaIndicePrimario(tabela, false) ? "" : tb.Erro();
+    const bool comChave = tb.CriaIndicePrimario(tabela, false);
+    const TErro erroDaChave = tb.Erro();
     if (!tb.CriaIndiceSecundarios(tabela)) Relata(ctx, tabela, tb.Erro());
     guardados.Devolve();
     const bool pedida = !tb.ColunasDaChave(tabela).empty();
-    if (!erroDaChave.empty() && (pedida || !tb.ExisteIndicePrimario(tabela))) Relata(ctx, tabela, erroDaChave);
+    if (!comChave && (pedida || !tb.ExisteIndicePrimario(tabela))) Relata(ctx, tabela, erroDaChave);
 }
 
 }  // namespace

@@ -96,9 +96,9 @@ void InstalaColunas(TContexto& ctx, const TDono& dono) {
 
 void Relata(TContexto& ctx, const std::string& tabela, bool feito) {
     if (feito) return;
-    const std::string& erro = ctx.dm.Atualiza.Erro();
-    ctx.Tela().Memo2("Campos personalizados: Tabela " + tabela + " - " + erro);
-    ctx.Tela().SetLog(erro, tabela, "Campos personalizados");
+    const TErro& erro = ctx.dm.Atualiza.Erro();
+    ctx.Tela().Erro(TErroDaExecucao::NosDois(erro, tabela, "Campos personalizados",
+                                             "Campos personalizados: Tabela " + tabela + " - " + erro.mensagem));
 }
 
 /// Makes the physical table match its dictionary rows; what cannot be done is reported and the next step follows.

@@ -117,8 +117,8 @@ void RelataCortados(TContexto& ctx, const TColunaLonga& coluna, std::int64_t qua
     const std::string linha = "Tabela " + coluna.tabela + ": " + std::to_string(quantos) + " texto(s) da coluna " +
                               coluna.nome + " cortado(s) em " + std::to_string(kLarguraAjustada) +
                               " caracteres; inteiros, estão em AtualizaWKD.rejeitados.jsonl";
-    ctx.Tela().Memo2(linha);
-    ctx.Tela().SetLog(linha, coluna.tabela, kPasso);
+    ctx.Tela().Erro(
+        TErroDaExecucao::NosDois({.mensagem = linha, .falha = TFalha::LinhaRecusada}, coluna.tabela, kPasso));
 }
 
 /// Keeps the texts that the conversion is about to cut, and tells of them.
@@ -134,8 +134,9 @@ void GuardaCortados(TContexto& ctx, const TColunaLonga& coluna) {
         for (const auto& nome : chave) valores.emplace_back(nome, q.Campo(nome));
         const std::string erro = "texto cortado em " + std::to_string(kLarguraAjustada) + " caracteres";
         if (!rejeitados.Valor(valores, erro, coluna.nome, q.Campo(coluna.nome)))
-            throw std::runtime_error("A coluna " + coluna.nome + " da tabela " + coluna.tabela +
-                                     " não foi ajustada: os textos cortados não puderam ser guardados");
+            throw TErroConhecido(TFalha::Arquivo, "A coluna " + coluna.nome + " da tabela " + coluna.tabela +
+                                                      " não foi ajustada: os textos cortados não puderam ser "
+                                                      "guardados");
     }
     LevaRejeitadosAoDisco(ctx);
     RelataCortados(ctx, coluna, quantos);
@@ -227,7 +228,7 @@ void AtualizaCamposVarCharparaNvarChar(TContexto& ctx) {
     try {
         for (const auto& tabela : tabelas) AlargaCodInterno(ctx, tabela, guardados.emplace_back(ctx, tabela, true));
         for (const auto& tabela : tabelas)
-            if (!ctx.dm.Atualiza.CriaIndicePrimario(tabela, false)) throw std::runtime_error(ctx.dm.Atualiza.Erro());
+            if (!ctx.dm.Atualiza.CriaIndicePrimario(tabela, false)) throw TErroConhecido(ctx.dm.Atualiza.Erro());
     } catch (...) {
         Devolve(ctx, guardados);
         throw;

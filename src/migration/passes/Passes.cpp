@@ -101,8 +101,11 @@ namespace {
 void VerificaTabela(TContexto& ctx, const std::string& tabela, bool temChave) {
     ITela& tela = ctx.Tela();
     if (!temChave && !ctx.dm.Atualiza.CriaIndicePrimario(tabela, false)) {
-        tela.Memo2("Tabela: " + tabela + " NÃO POSSUI INDICE PRIMARIO");
-        tela.SetLog("Tabela: ", tabela + " - NÃO POSSUI INDICE PRIMARIO", "");
+        TErro erro = ctx.dm.Atualiza.Erro();
+        erro.mensagem = "Tabela: " + tabela + " NÃO POSSUI INDICE PRIMARIO";
+        auto execucao = TErroDaExecucao::NosDois(std::move(erro), tabela, "");
+        execucao.entrada = {"Tabela: ", tabela + " - NÃO POSSUI INDICE PRIMARIO", ""};
+        tela.Erro(std::move(execucao));
     }
     tela.LblAtual("Verificando indices primarios: Tabela :" + tabela);
 }
@@ -340,15 +343,16 @@ void LimpaArquivoInutilizado(TContexto& ctx) {
 
 void Dicionario_tabelas(TContexto& ctx) {
     LimpaArquivoInutilizado(ctx);
-    std::vector<std::string> falhas;  // one report of both tables
+    std::vector<TErro> falhas;  // one report of both tables
     for (const auto preenche : {PreencheTabelas, PreencheCampos}) {
         try {
             preenche(ctx);
         } catch (const std::exception& erro) {
-            falhas.emplace_back(erro.what());
+            falhas.push_back(ErroDe(erro));
         }
     }
-    if (!falhas.empty()) ctx.Tela().SetLog(Junta(falhas, "\n"), "", "Inserindo dicionário de dados");
+    if (!falhas.empty())
+        ctx.Tela().Erro(TErroDaExecucao::NoLog(JuntaErros(falhas), "", "Inserindo dicionário de dados"));
     ctx.Tela().LblAtual("");
     ctx.Tela().PbGeral().Define(0, 0, 1, 0);
 }

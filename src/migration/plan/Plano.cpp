@@ -222,7 +222,7 @@ void TPlanejador::Achados(TPlanoDaTabela& tabela, const TDecisaoDaTabela& decisa
     if (decisao.acao == TAcaoDaTabela::Reconstroi) ExaminaDependencias(tabela);
     if (decisao.acao == TAcaoDaTabela::Cria) {
         if (const auto impede = ctx_.dm.Atualiza.ImpedimentoParaCriar(tabela.nome, novas))
-            tabela.achados.push_back({"impedimento", "", *impede, 0, {}});
+            tabela.achados.push_back({"impedimento", "", impede->mensagem, 0, {}});
         return;
     }
     const bool existe = ctx_.dm.ExisteTabela(tabela.nome);
@@ -256,7 +256,7 @@ void TPlanejador::ExaminaFormatos(TPlanoDaTabela& tabela) {
 void TPlanejador::ExaminaDependencias(TPlanoDaTabela& tabela) {
     const std::string nome = Maiusculas(tabela.nome);
     if (const auto impede = ImpedimentoDaReconstrucao(ctx_, tabela.nome))
-        tabela.achados.push_back({"impedimento", "", "não seria reconstruída: " + *impede, 0, {}});
+        tabela.achados.push_back({"impedimento", "", "não seria reconstruída: " + impede->mensagem, 0, {}});
     if (!ctx_.dm.ExisteTabela(nome)) return;
     const auto relata = [&](std::string tipo, std::string texto, std::vector<std::string> nomes) {
         if (nomes.empty()) return;

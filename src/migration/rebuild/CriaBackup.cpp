@@ -47,8 +47,8 @@ std::int64_t Guarda(TContexto& ctx, const std::string& tabela, const std::string
     std::int64_t linhas = 0;
     for (q.Open(); !q.Eof(); q.Next(), ++linhas)
         if (!rejeitados.Linha(Campos(q, daChave), motivo, Campos(q, valores)))
-            throw std::runtime_error("o que só " + NomeDaBackup(tabela) +
-                                     " tem não pôde ser guardado: " + Junta(valores, ", "));
+            throw TErroConhecido(TFalha::Arquivo, "o que só " + NomeDaBackup(tabela) +
+                                                      " tem não pôde ser guardado: " + Junta(valores, ", "));
     LevaRejeitadosAoDisco(ctx);
     return linhas;
 }
@@ -64,8 +64,10 @@ void GuardaSobra(TContexto& ctx, const std::string& tabela, const std::vector<st
     const auto linhas =
         Guarda(ctx, tabela, "select " + Junta(lidas, ",") + " from " + backup + " where " + Junta(comValor, " or "),
                "a tabela não tem a coluna e o backup é refeito", daChave, daChave.empty() ? todas : sobram);
-    ctx.Tela().Memo2("Tabela " + tabela + ": colunas que só " + backup + " tinha, " +
-                     (linhas > 0 ? "valores no arquivo de rejeitados: " : "sem valores: ") + Junta(sobram, ", "));
+    const std::string linha = "Tabela " + tabela + ": colunas que só " + backup + " tinha, " +
+                              (linhas > 0 ? "valores no arquivo de rejeitados: " : "sem valores: ") +
+                              Junta(sobram, ", ");
+    ctx.Tela().Erro(TErroDaExecucao::NaLista({.mensagem = linha, .falha = TFalha::LinhaRecusada}, tabela));
 }
 
 void GuardaDiferentes(TContexto& ctx, const std::string& tabela, const std::vector<std::string>& chave,
@@ -89,7 +91,7 @@ bool Aproveita(TContexto& ctx, const std::string& tabela, bool conferida) {
     const auto estado = EstadoDaReconstrucao(ctx, tabela);
     if (!conferida && estado == TEstadoDaReconstrucao::Restaurando && ctx.dm.ExisteTabela(tabela) &&
         Conta(ctx, tabela) > 0)
-        throw std::runtime_error("a tabela recebeu registros durante a execução: rode de novo");
+        throw TErroConhecido(TFalha::EmUso, "a tabela recebeu registros durante a execução: rode de novo");
     return estado == TEstadoDaReconstrucao::Restaurando || estado == TEstadoDaReconstrucao::Desconhecida;
 }
 
@@ -97,14 +99,16 @@ bool Aproveita(TContexto& ctx, const std::string& tabela, bool conferida) {
 void ExigeCopiaFiel(TContexto& ctx, const std::string& tabela, const TResultadoDaCopia& copia) {
     const std::string backup = NomeDaBackup(tabela);
     if (const auto faltam = copia.recusadas + copia.incompletas; faltam > 0)
-        throw std::runtime_error(backup + " não recebeu por inteiro " + std::to_string(faltam) +
+        throw TErroConhecido(TFalha::LinhaRecusada,
+                             backup + " não recebeu por inteiro " + std::to_string(faltam) +
                                  " registros, que o arquivo de rejeitados mostra: corrija-os na tabela, ou a coluna em"
                                  " SATRIB, e rode de novo");
     const TConferencia conferencia = ConfereComBackup(ctx.Conexao(), backup, tabela, copia.alteradas);
     if (conferencia.naTabela != copia.lidas)
-        throw std::runtime_error("os registros mudaram durante a cópia para " + backup);
+        throw TErroConhecido(TFalha::EmUso, "os registros mudaram durante a cópia para " + backup);
     if (conferencia.Igual()) return;
-    throw std::runtime_error("a cópia em " + backup + " não confere: " + std::to_string(conferencia.naTabela) +
+    throw TErroConhecido(TFalha::ConteudoDiferente,
+                         "a cópia em " + backup + " não confere: " + std::to_string(conferencia.naTabela) +
                              " registros, " + std::to_string(conferencia.naBackup) + " copiados, " +
                              std::to_string(conferencia.diferentes) + " diferentes " + Junta(conferencia.colunas, ","));
 }
@@ -116,9 +120,9 @@ void Copia(TContexto& ctx, const std::string& tabela, const std::vector<std::str
     if (ctx.dm.ExisteTabela(NomeDaBackup(tabela))) GuardaSobra(ctx, tabela, chave);
     if (estado == TEstadoDaReconstrucao::Guardando) MarcaGuardada(ctx, tabela);  // also one that TINI alone knows
     const bool criada = ctx.dm.Atualiza.CriaTabela(tabela, true);
-    const std::string erro = ctx.dm.Atualiza.Erro();
+    const TErro erro = ctx.dm.Atualiza.Erro();
     ctx.dm.AtualizaListaDeTabelas();
-    if (!criada) throw std::runtime_error(erro);
+    if (!criada) throw TErroConhecido(erro);
 
     ctx.Tela().LblAtual("Criando tabela de backup: " + tabela);
     TRenumeracao renumeracao(ctx.dm.SatribNovo);

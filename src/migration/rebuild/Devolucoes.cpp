@@ -54,7 +54,7 @@ void GuardaComentarios(TContexto& ctx, const std::string& backup, const std::vec
     auto pedacos = Pedacos(Junta(comandos, std::string(1, kMarca)), kBytesDoComentario);
     const auto colunas = ctx.Conexao().Colunas(backup);
     if (pedacos.size() > colunas.size() + 1)
-        throw std::runtime_error("comentários, índices e permissões demais para guardar em " + backup);
+        throw TErroConhecido(TFalha::Conversao, "comentários, índices e permissões demais para guardar em " + backup);
     pedacos.resize(std::max(pedacos.size(), Comentarios(ctx, backup).size()));
     TTransacao transacao(ctx.Conexao());
     ComentaBackup(ctx.Conexao(), backup, {pedacos.begin(), pedacos.begin() + (pedacos.front().empty() ? 0 : 1)});

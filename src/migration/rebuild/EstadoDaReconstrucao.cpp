@@ -78,7 +78,8 @@ TEstadoDaReconstrucao EstadoDaReconstrucao(TContexto& ctx, const std::string& ta
 
 void ReabreReconstrucao(TContexto& ctx, std::string_view tabela) {
     TClientDataSet& velho = ctx.dm.SarquivoVelho;
-    if (velho.IsEmpty()) throw std::runtime_error("A tabela " + std::string(tabela) + " não está em SARQUIVO");
+    if (velho.IsEmpty())
+        throw TErroConhecido(TFalha::ReconstrucaoAberta, "A tabela " + std::string(tabela) + " não está em SARQUIVO");
     ctx.abertas.insert(ChaveDeNome(tabela));
     if (velho.Inteiro("versao") == kVersaoPendente) return;
     velho.Edit();
@@ -86,7 +87,8 @@ void ReabreReconstrucao(TContexto& ctx, std::string_view tabela) {
     if (velho.Texto("nome_arquivo").empty()) ctx.Tela().Informacao("6");
     velho.Post();
     if (!AplicaEmTransacao(velho))
-        throw std::runtime_error("Não foi possível marcar a tabela " + std::string(tabela) + " em SARQUIVO");
+        throw TErroConhecido(TFalha::ReconstrucaoAberta,
+                             "Não foi possível marcar a tabela " + std::string(tabela) + " em SARQUIVO");
 }
 
 void MarcaReconstrucao(TContexto& ctx, std::string_view tabela) {
@@ -177,15 +179,16 @@ bool GravaFim(TContexto& ctx, const std::string& tabela, const std::function<voi
         preenche(velho);
         velho.Post();
         TTransacao transacao(ctx.Conexao());
-        if (velho.ApplyUpdates(0) > 0) throw std::runtime_error("A versão não foi gravada em SARQUIVO");
+        if (velho.ApplyUpdates(0) > 0)
+            throw TErroConhecido(TFalha::ReconstrucaoAberta, "A versão não foi gravada em SARQUIVO");
         GravaNasOutrasLinhas(ctx, tabela, velho.Inteiro("versao"));
         MarcaConcluida(ctx, tabela);
         transacao.Commit();
         ctx.abertas.erase(ChaveDeNome(tabela));
         return true;
     } catch (const std::exception& erro) {
-        ctx.Tela().Memo2("Tabela " + tabela + ": " + erro.what());
-        ctx.Log(erro.what());
+        ctx.Tela().Erro(TErroDaExecucao::NosDois(ErroDe(erro), ctx.tabelaAtual, ctx.acaoAtual,
+                                                 "Tabela " + tabela + ": " + erro.what()));
         velho.CancelUpdates();
         velho.Recarrega("NOME_ARQUIVO", tabela);
         return false;

@@ -48,12 +48,18 @@ std::vector<TColunaDicionario> ColunasNovas(TContexto& ctx, const std::string& t
     return colunas;
 }
 
-std::optional<std::string> ImpedimentoDaReconstrucao(TContexto& ctx, const std::string& nome) {
+std::optional<TErro> ImpedimentoDaReconstrucao(TContexto& ctx, const std::string& nome) {
     const std::string tabela = Maiusculas(nome);
-    if (NuncaReconstruida(tabela)) return "A própria reconstrução usa a tabela " + tabela;
-    if (ctx.novo.Colunas(nome).empty()) return "O pacote não tem colunas da tabela " + tabela;
+    const auto impedida = [](std::string texto, TFalha falha) {
+        return TErro{.mensagem = std::move(texto), .falha = falha};
+    };
+    if (NuncaReconstruida(tabela))
+        return impedida("A própria reconstrução usa a tabela " + tabela, TFalha::Impedimento);
+    if (ctx.novo.Colunas(nome).empty())
+        return impedida("O pacote não tem colunas da tabela " + tabela, TFalha::Dicionario);
     if (const std::string backup = NomeDaBackup(tabela); EhTabelaDoDicionario(ctx, backup))
-        return "A tabela de backup " + backup + " teria o nome de uma tabela do dicionário";
+        return impedida("A tabela de backup " + backup + " teria o nome de uma tabela do dicionário",
+                        TFalha::Impedimento);
     if (EstadoDaReconstrucao(ctx, tabela) == TEstadoDaReconstrucao::Alheia) return TTB::NaoEhBackup(tabela);
     if (auto motivo = ColunaForaDoDicionario(ctx)) return motivo;
     return ctx.dm.Atualiza.ImpedimentoParaCriar(tabela, ColunasNovas(ctx, nome));

@@ -17,6 +17,6 @@ std::vector<TColunaDicionario> ColunasNovas(TContexto& ctx, const std::string& n
 
 /// Why a table must not be rebuilt: the package's columns of it cannot make a table, its backup table would have the
 /// name of a business table or of somebody's own, or the rebuild itself lives on it. Expects SatribNovo on the table.
-std::optional<std::string> ImpedimentoDaReconstrucao(TContexto& ctx, const std::string& nome);
+std::optional<TErro> ImpedimentoDaReconstrucao(TContexto& ctx, const std::string& nome);
 
 }  // namespace wkd

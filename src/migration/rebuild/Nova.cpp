@@ -17,8 +17,10 @@ namespace {
 
 constexpr int kTentativas = 2;  // a failure may pass, such as a lock
 
-std::string Causa(const TErroBanco& erro) {
-    return (erro.Falha() == TFalha::EmUso ? "em uso por outra conexão: " : "") + std::string(erro.what());
+TErro Causa(const TErroBanco& erro) {
+    TErro causa = erro.Dados();
+    if (causa.falha == TFalha::EmUso) causa.mensagem.insert(0, "em uso por outra conexão: ");
+    return causa;
 }
 
 }  // namespace
@@ -35,7 +37,7 @@ bool TReconstrucao::Tenta(TPasso&& passo, TDesfaz&& desfaz) {
             throw;
         }
     } catch (const std::exception& erro) {
-        Falhou(erro.what());
+        Falhou(ErroDe(erro));
     }
     desfaz();
     return false;
@@ -49,12 +51,18 @@ void TReconstrucao::Executa() {
     Tenta([this] { Ergue(); }, [] {});
 }
 
-void TReconstrucao::Falhou(const std::string& causa) {
+void TReconstrucao::Falhou(TErro erro) {
     ctx_.estado.falhouApagar = true;
-    ctx_.Tela().Memo2(
+    if (apagada_ && erro.falha == TFalha::Outra) erro.falha = TFalha::ReconstrucaoAberta;
+    const std::string linha =
         "Tabela " + tabela_ +
-        (apagada_ ? ": reconstrução não concluída, registros em " + backup_ + ": " : " não reconstruída: ") + causa);
-    ctx_.Tela().SetLog(causa, tabela_, ctx_.acaoAtual);
+        (apagada_ ? ": reconstrução não concluída, registros em " + backup_ + ": " : " não reconstruída: ") +
+        erro.mensagem;
+    ctx_.Tela().Erro(TErroDaExecucao::NosDois(std::move(erro), tabela_, ctx_.acaoAtual, linha));
+}
+
+void TReconstrucao::Avisa(TFalha falha, const std::string& linha) {
+    ctx_.Tela().Erro(TErroDaExecucao::NaLista({.mensagem = linha, .falha = falha}, tabela_));
 }
 
 /// The table is free again, and gets the indexes that the run has dropped before the rebuild.
@@ -66,7 +74,7 @@ void TReconstrucao::Desiste() {
 
 void TReconstrucao::Guarda() {
     existe_ = ctx_.dm.ExisteTabela(tabela_);
-    if (const auto impedimento = ImpedimentoDaReconstrucao(ctx_, nome_)) throw std::runtime_error(*impedimento);
+    if (const auto impedimento = ImpedimentoDaReconstrucao(ctx_, nome_)) throw TErroConhecido(*impedimento);
     if (existe_) reserva_ = ctx_.Conexao().Reserva(tabela_);
     chave_ = ChaveGuardada(ctx_, tabela_);
     // What the restore just brought back is proven again, now that nobody writes.
@@ -115,7 +123,7 @@ std::vector<std::string> TReconstrucao::GuardaFontes(std::string_view tipo, cons
     std::vector<std::string> nomes;
     for (const auto& [nome, texto] : fontes) {
         if (!rejeitados.Valor({}, "apagado com a tabela", nome, texto))
-            throw std::runtime_error(std::string(tipo) + " " + nome + ": a fonte não pôde ser guardada");
+            throw TErroConhecido(TFalha::Arquivo, std::string(tipo) + " " + nome + ": a fonte não pôde ser guardada");
         nomes.push_back(nome);
     }
     return nomes;
@@ -145,13 +153,17 @@ void TReconstrucao::ApagaEMarca() {
     if (apagada) return;
     if (apagada.Erro().ConexaoPerdida()) throw apagada.Erro();
     const auto dependentes = DependentesDaTabela(ctx_, tabela_);
-    throw std::runtime_error(Causa(apagada.Erro()) +
-                             (dependentes.empty() ? "" : " Dependem dela: " + Junta(dependentes, ", ")));
+    TErro causa = Causa(apagada.Erro());
+    if (!dependentes.empty()) {
+        causa.mensagem += " Dependem dela: " + Junta(dependentes, ", ");
+        causa.falha = TFalha::Dependencia;
+    }
+    throw TErroConhecido(std::move(causa));
 }
 
 void TReconstrucao::RelataPerdas() {
     const auto relata = [this](const std::string& motivo, const std::vector<std::string>& nomes) {
-        if (!nomes.empty()) ctx_.Tela().Memo2("Tabela " + tabela_ + ": " + motivo + ": " + Junta(nomes, ", "));
+        if (!nomes.empty()) Avisa(TFalha::NaoRecriado, "Tabela " + tabela_ + ": " + motivo + ": " + Junta(nomes, ", "));
     };
     relata("gatilhos não recriados, fonte no arquivo de rejeitados", gatilhos_);
     relata("propriedades de colunas não recriadas, fonte no arquivo de rejeitados", propriedades_);
@@ -162,7 +174,7 @@ void TReconstrucao::Ergue() {
     apagada_ = true;
     ctx_.dm.AtualizaListaDeTabelas();
     RegravaDicionarioNovo();
-    if (!CriaTabelaComIndices(ctx_, nome_)) throw std::runtime_error(ctx_.dm.Atualiza.Erro());
+    if (!CriaTabelaComIndices(ctx_, nome_)) throw TErroConhecido(ctx_.dm.Atualiza.Erro());
     const bool restaurada = Restaura(RestauracaoInteira(ctx_, tabela_, chaveAntiga_));
     const TConferencia conferencia = Confere();
     if (restaurada) Termina(conferencia.Igual());
@@ -171,19 +183,19 @@ void TReconstrucao::Ergue() {
 /// When the server refuses the new rows, the table comes back as the stored ones have it. A column that is missing
 /// among them would leave its values behind in the backup table, so a refused row gets a second try.
 void TReconstrucao::RegravaDicionarioNovo() {
-    std::string causa;
+    TErro causa;
     for (int tentativa = 1; tentativa <= kTentativas; ++tentativa) {
         try {
             RegravaDicionario(ctx_, nome_, true);
             const auto faltam = ColunasForaDoDicionario();
             if (faltam.empty()) return;
-            causa = "colunas fora do dicionário: " + Junta(faltam, ", ");
+            causa = {.mensagem = "colunas fora do dicionário: " + Junta(faltam, ", "), .falha = TFalha::Dicionario};
         } catch (const TErroBanco& erro) {
             if (erro.ConexaoPerdida()) throw;
-            causa = erro.what();
+            causa = erro.Dados();
         }
     }
-    Falhou(causa);
+    Falhou(std::move(causa));
 }
 
 std::vector<std::string> TReconstrucao::ColunasForaDoDicionario() {
@@ -196,11 +208,14 @@ std::vector<std::string> TReconstrucao::ColunasForaDoDicionario() {
 }
 
 bool TReconstrucao::Restaura(const TRestante& restante) {
-    return Tenta([&] { alteradas_ = VoltaBackup(ctx_, tabela_, chave_, restante); },
-                 [this] {
-                     ctx_.Tela().Informacao("Problema voltando backup da tabela : " + tabela_);
-                     ctx_.Tela().PbAtual().Posicao(0);
-                 });
+    return Tenta(
+        [&] { alteradas_ = VoltaBackup(ctx_, tabela_, chave_, restante); },
+        [this] {
+            ctx_.Tela().Erro(TErroDaExecucao::NaCaixa(
+                {.mensagem = "Problema voltando backup da tabela : " + tabela_, .falha = TFalha::ReconstrucaoAberta},
+                tabela_));
+            ctx_.Tela().PbAtual().Posicao(0);
+        });
 }
 
 TConferencia TReconstrucao::Confere() {
@@ -210,15 +225,15 @@ TConferencia TReconstrucao::Confere() {
     const std::string contagem =
         " Nº de registros antes: " + std::to_string(antes_) + " Nº de registros depois: " + std::to_string(c.naTabela);
     if (c.naTabela != antes_) {
-        ctx_.Tela().Memo2("***** ATENÇÃO *******");
-        ctx_.Tela().Memo2("***** TABELA " + tabela_ + contagem);
+        Avisa(TFalha::RegistrosAMenos, "***** ATENÇÃO *******");
+        Avisa(TFalha::RegistrosAMenos, "***** TABELA " + tabela_ + contagem);
     }
     if (c.Igual() || entraram) return c;
     // A key that somebody has taken since keeps the backup's row out of the table.
     if (retomada_ && c.diferentes > 0) GuardaDiferentes(ctx_, tabela_, chave_, alteradas_);
-    ctx_.Tela().Memo2("Tabela " + tabela_ + ": conteúdo diferente de " + backup_ + ": " +
-                      (c.colunas.empty() ? std::to_string(c.diferentes) + " registros" : Junta(c.colunas, ", ")) +
-                      contagem);
+    Avisa(TFalha::ConteudoDiferente,
+          "Tabela " + tabela_ + ": conteúdo diferente de " + backup_ + ": " +
+              (c.colunas.empty() ? std::to_string(c.diferentes) + " registros" : Junta(c.colunas, ", ")) + contagem);
     return c;
 }
 
@@ -241,10 +256,10 @@ void TReconstrucao::DevolveObjetos() {
         if (existe || std::ranges::find(devolvidos, comando) != devolvidos.end()) continue;
         TResultado devolvido = ctx_.dm.Executa(comando);
         if (!devolvido) devolvido = ctx_.dm.Executa(comando);
-        if (!devolvido) {
-            ctx_.Tela().Memo2("Tabela " + tabela_ + ": " + comando + ": " + devolvido.Mensagem());
-            ctx_.Tela().SetLog(devolvido.Mensagem(), tabela_, comando);
-        }
+        if (!devolvido)
+            ctx_.Tela().Erro(
+                TErroDaExecucao::NosDois(devolvido.Erro().Dados(), tabela_, comando,
+                                         "Tabela " + tabela_ + ": " + comando + ": " + devolvido.Mensagem()));
     }
     GuardaDevolucoes(ctx_, backup_, {});
 }
@@ -259,7 +274,8 @@ std::vector<std::string> TReconstrucao::ColunasSoDe(const std::string& uma, cons
 
 void TReconstrucao::RelataColunas(const std::vector<std::string>& ficaram) {
     if (ficaram.empty()) return;
-    ctx_.Tela().Memo2("Tabela " + tabela_ + ": colunas que ficaram só em " + backup_ + ": " + Junta(ficaram, ", "));
+    Avisa(TFalha::SobraNoBackup,
+          "Tabela " + tabela_ + ": colunas que ficaram só em " + backup_ + ": " + Junta(ficaram, ", "));
 }
 
 void TReconstrucao::Termina(bool confere) {

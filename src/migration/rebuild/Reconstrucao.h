@@ -31,7 +31,9 @@ class TReconstrucao {
     /// is thrown on.
     template <class TPasso, class TDesfaz>
     bool Tenta(TPasso&& passo, TDesfaz&& desfaz);
-    void Falhou(const std::string& causa);
+    void Falhou(TErro erro);
+    /// What the rebuild leaves to be done by hand.
+    void Avisa(TFalha falha, const std::string& linha);
     void Desiste();
 
     void Guarda();

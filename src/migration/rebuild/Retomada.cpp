@@ -48,8 +48,8 @@ void TReconstrucao::DispensaBackup() {
         std::ranges::copy_if(ficaram, std::back_inserter(pedidas),
                              [&](const std::string& nome) { return IgualSemCaixa(coluna.nome, nome); });
     if (!pedidas.empty())
-        throw std::runtime_error("a tabela mudou desde a reconstrução interrompida, e só " + backup_ +
-                                 " tem os valores de " + Junta(pedidas, ", "));
+        throw TErroConhecido(TFalha::SobraNoBackup, "a tabela mudou desde a reconstrução interrompida, e só " +
+                                                        backup_ + " tem os valores de " + Junta(pedidas, ", "));
     DevolveObjetos();
     MarcaGuardada(ctx_, tabela_);
     dispensada_ = true;

@@ -161,7 +161,8 @@ std::set<std::string> VoltaBackup(TContexto& ctx, const std::string& tabela, con
                                   const TRestante& restante) {
     const std::string backup = NomeDaBackup(tabela);
     if (!ctx.dm.ExisteTabela(backup)) {
-        ctx.Tela().SetLog("Não existe tabela de backup", tabela, "VOLTAR BACKUP");
+        ctx.Tela().Erro(TErroDaExecucao::NoLog(
+            {.mensagem = "Não existe tabela de backup", .falha = TFalha::ObjetoInexistente}, tabela, "VOLTAR BACKUP"));
         return {};
     }
     ctx.tabelaAtual = tabela;
@@ -189,8 +190,8 @@ std::set<std::string> VoltaBackup(TContexto& ctx, const std::string& tabela, con
     TResultadoDaCopia resultado = TCopiaDeLinhas(ctx, std::move(copia), renumeracao).Executa(restante.linhas);
     LevaRejeitadosAoDisco(ctx);
     if (resultado.soNaOrigem > 0)
-        throw std::runtime_error("registros que ainda estão só em " + backup + ": " +
-                                 std::to_string(resultado.soNaOrigem));
+        throw TErroConhecido(TFalha::Arquivo,
+                             "registros que ainda estão só em " + backup + ": " + std::to_string(resultado.soNaOrigem));
     if (restante.retomada) resultado.alteradas.merge(TalvezAlteradas(ctx, tabela, renumeracao));
     ctx.Tela().PbAtual().Posicao(0);
     ctx.Tela().LblAtual("Parado.");

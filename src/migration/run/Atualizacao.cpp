@@ -38,6 +38,7 @@ TAtualizacao::TAtualizacao(TDataModulo& dm, const TOpcoes& opcoes, TEstado& esta
 
 TFimDaAtualizacao TAtualizacao::Executa() {
     TFimDaAtualizacao fim = TFimDaAtualizacao::Encerrada;
+    ctx_.Tela().RetiraErros();
     try {
         TInterrupcao::Confere();
         Identifica();
@@ -45,13 +46,15 @@ TFimDaAtualizacao TAtualizacao::Executa() {
         TPastaDeTrabalho pasta(ctx_.opcoes.temporaria);
         fim = Corre(pasta);
     } catch (const std::exception& erro) {
-        ctx_.Tela().Informacao(erro.what());
+        ctx_.Tela().Erro(TErroDaExecucao::NaCaixa(ErroDe(erro)));
     } catch (const TInterrompida&) {
         fim = TFimDaAtualizacao::Interrompida;
-        ctx_.Tela().Memo2("Interrompida: rode de novo");
-        ctx_.Tela().SetLog("Interrompida: rode de novo", "", "Sinal " + std::to_string(TInterrupcao::Sinal()));
+        ctx_.Tela().Erro(
+            TErroDaExecucao::NosDois({.mensagem = "Interrompida: rode de novo", .falha = TFalha::Interrompida}, "",
+                                     "Sinal " + std::to_string(TInterrupcao::Sinal())));
     }
     trava_.reset();
+    ctx_.evidencia.erros = ctx_.Tela().RetiraErros();
     ctx_.evidencia.fim = Agora();
     ctx_.evidencia.concluida = fim == TFimDaAtualizacao::Concluida;
     return fim;
@@ -69,21 +72,21 @@ void TAtualizacao::Identifica() {
 void TAtualizacao::GaranteConexao() {
     if (!ctx_.Conexao().Perdida() && trava_->Nossa()) return;
     constexpr int kTentativas = 3;
-    std::string motivo = "A conexão com o banco de dados foi perdida.";
-    ctx_.Tela().Memo2(motivo);
-    ctx_.Tela().SetLog(motivo, "", "Conexão");
+    TErro motivo{.mensagem = "A conexão com o banco de dados foi perdida.", .falha = TFalha::Conexao};
+    ctx_.Tela().Erro(TErroDaExecucao::NosDois(motivo, "", "Conexão"));
     for (int vez = 0; vez < kTentativas; ++vez) {
         std::this_thread::sleep_for(vez * ctx_.opcoes.pausaDeReconexao);
         try {
             return Reabre();
         } catch (const TErroBanco& erro) {
-            motivo = erro.what();
+            motivo = erro.Dados();
         }
     }
-    throw std::runtime_error(
-        "A conexão com o banco de dados foi perdida e não pôde ser reaberta. Rode de novo quando o servidor responder: "
-        "a próxima execução continua desta.\n" +
-        motivo);
+    motivo.mensagem.insert(0,
+                           "A conexão com o banco de dados foi perdida e não pôde ser reaberta. Rode de novo quando o "
+                           "servidor responder: a próxima execução continua desta.\n");
+    motivo.falha = TFalha::Conexao;
+    throw TErroConhecido(std::move(motivo));
 }
 
 /// What the server did with the last commit is not known: all that was read is read again.
@@ -149,12 +152,18 @@ void TAtualizacao::Inicia() {
 
 bool TAtualizacao::Confirma() {
     if (Maiusculas(Apara(ctx_.opcoes.alias)) != "WKD") return true;
-    return ctx_.Tela().Confirmacao("Deseja realmente atualizar a base de dados da WKD Software? certeza mesmo?", false);
+    constexpr std::string_view kPergunta = "Deseja realmente atualizar a base de dados da WKD Software? certeza mesmo?";
+    const bool sim = ctx_.Tela().Confirmacao(kPergunta, false);
+    const TErro recusa{.mensagem = std::string(kPergunta) + " Não", .falha = TFalha::NaoConfirmada};
+    if (!sim) ctx_.Tela().Guarda(TErroDaExecucao::NaLista(recusa, ""));
+    return sim;
 }
 
 bool TAtualizacao::LiberadaPelosUsuarios() {
     if (VerificaAtualizacao(ctx_) || ContaUsuariosOnline(ctx_.Conexao()).value_or(0) == 0) return true;
-    ctx_.Tela().Informacao("Esta atualização requer que todos os usuários fechem o sistema.");
+    ctx_.Tela().Erro(
+        TErroDaExecucao::NaCaixa({.mensagem = "Esta atualização requer que todos os usuários fechem o sistema.",
+                                  .falha = TFalha::UsuariosConectados}));
     return false;
 }
 
@@ -228,8 +237,8 @@ void TAtualizacao::TabelaAtual(TMarcasDeAnalise& marcas) {
     try {
         TPassoDaTabela(ctx_, marcas).Executa();
     } catch (const std::exception& erro) {
-        ctx_.Tela().Memo2("Tabela: " + tabela + " - " + erro.what());
-        ctx_.Tela().SetLog(erro.what(), tabela, "Atualizar tabela");
+        ctx_.Tela().Erro(TErroDaExecucao::NosDois(ErroDe(erro), tabela, "Atualizar tabela",
+                                                  "Tabela: " + tabela + " - " + erro.what()));
     }
 }
 
@@ -290,8 +299,7 @@ void TAtualizacao::Passo(std::string_view nome, F&& passo) {
 }
 
 void TAtualizacao::Reporta(std::string_view acao, const std::exception& erro) {
-    ctx_.Tela().Memo2(std::string(acao) + ": " + erro.what());
-    ctx_.Tela().SetLog(erro.what(), "", acao);
+    ctx_.Tela().Erro(TErroDaExecucao::NosDois(ErroDe(erro), "", acao, std::string(acao) + ": " + erro.what()));
 }
 
 bool TAtualizacao::MarcadaParaNaoCriar() const { return std::filesystem::exists(ctx_.opcoes.marcaNaoCria); }

@@ -24,7 +24,7 @@ class TAtualizacao {
     TAtualizacao(TDataModulo& dm, const TOpcoes& opcoes, TEstado& estado);
 
     TFimDaAtualizacao Executa();
-    /// What Executa did; without the errors, which go through the screen.
+    /// What Executa did.
     const TEvidencia& Evidencia() const { return ctx_.evidencia; }
 
   private:

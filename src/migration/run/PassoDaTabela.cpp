@@ -13,6 +13,13 @@ namespace wkd {
 
 namespace {
 
+/// The log has the title where the message stands elsewhere, and the message as the action.
+TErroDaExecucao SobTitulo(TErro erro, const std::string& tabela, const std::string& titulo) {
+    auto execucao = TErroDaExecucao::NoLog(std::move(erro), tabela, titulo);
+    execucao.entrada = {titulo, tabela, execucao.erro.mensagem};
+    return execucao;
+}
+
 /// Those of the dictionary, which come back with the new one, and those that were of an older one; indexes that
 /// somebody else made stay.
 void ApagaIndices(TContexto& ctx, const std::string& tabela, const TMarcasDeAnalise& marcas,
@@ -26,7 +33,7 @@ void ApagaIndices(TContexto& ctx, const std::string& tabela, const TMarcasDeAnal
         tb.ApagaIndices(tabela, indices);
     } catch (const TErroBanco& erro) {
         ctx.repeteTabela = true;
-        ctx.Tela().SetLog("Apagar Índices", tabela, erro.what());
+        ctx.Tela().Erro(SobTitulo(erro.Dados(), tabela, "Apagar Índices"));
     }
     ctx.dm.Commit("Apagando indices: " + tabela);
 }
@@ -39,8 +46,9 @@ void RefazIndices(TContexto& ctx, TMarcasDeAnalise& marcas, const std::string& t
     ApagaIndices(ctx, tabela, marcas, guardados);
     if (!ctx.dm.Atualiza.CriaIndiceSecundarios(tabela)) {
         ctx.repeteTabela = true;
-        ctx.Tela().Memo1("Erro criando indices secundários do arquivo :" + tabela + " " + ctx.dm.Atualiza.Erro());
-        ctx.Tela().SetLog(ctx.dm.Atualiza.Erro(), tabela, "Criando indice secundário");
+        ctx.Tela().Memo1("Erro criando indices secundários do arquivo :" + tabela + " " +
+                         ctx.dm.Atualiza.Erro().mensagem);
+        ctx.Tela().Erro(TErroDaExecucao::NoLog(ctx.dm.Atualiza.Erro(), tabela, "Criando indice secundário"));
     }
     guardados.Devolve();
     if (ctx.repeteTabela) return;
@@ -155,7 +163,7 @@ void TPassoDaTabela::AlteraTabela(TIndicesGuardados& guardados) {
         Alterar(ctx_, tabela_, decisao_.comandos, guardados);
     } catch (const TErroBanco& erro) {
         ctx_.repeteTabela = true;  // it is without its indexes, or without its dictionary
-        ctx_.Tela().SetLog("Verificar Campos", tabela_, erro.what());
+        ctx_.Tela().Erro(SobTitulo(erro.Dados(), tabela_, "Verificar Campos"));
     }
 }
 
@@ -164,9 +172,9 @@ void TPassoDaTabela::ExecutaPendentes() {
         ctx_.Tela().Memo1(comando.texto);
         if (const TResultado resultado = ExecutaPendente(ctx_, tabela_, comando); !resultado) {
             ctx_.repeteTabela = true;
-            ctx_.Tela().Memo2(resultado.Mensagem());
-            ctx_.Tela().SetLog("Query de alteração de campo" + resultado.Mensagem() + " Query: " + comando.texto,
-                               tabela_, "");
+            auto execucao = TErroDaExecucao::NosDois(resultado.Erro().Dados(), tabela_, "").ComComando(comando.texto);
+            execucao.entrada->mensagem.insert(0, "Query de alteração de campo");
+            ctx_.Tela().Erro(std::move(execucao));
         }
         ctx_.dm.Commit(comando.texto);
     }

@@ -15,11 +15,11 @@ namespace wkd {
 class TTrava;
 
 /// Another update has the database: the text names who, where, since when and at what.
-class TOutraAtualizacao : public std::runtime_error {
+class TOutraAtualizacao : public TErroConhecido {
   public:
     explicit TOutraAtualizacao(const std::string& quem)
-        : std::runtime_error("Outra atualização deste banco de dados está em andamento: " + quem +
-                             ". Espere que ela termine e rode de novo.") {}
+        : TErroConhecido(TFalha::OutraAtualizacao, "Outra atualização deste banco de dados está em andamento: " + quem +
+                                                       ". Espere que ela termine e rode de novo.") {}
 };
 
 /// One update a database, whatever the machine. On a server the lock is held by a connection of its own, whose thread
