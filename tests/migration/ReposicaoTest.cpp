@@ -100,5 +100,40 @@ TEST_F(Reposicao, AKillBetweenRowAndMarkPutsNothingBackTwice) {
     }
 }
 
+/// A row that the table had before is not the one that was being put back.
+TEST_F(Reposicao, AKillBeforeTheRowLosesNoTwinInATableWithoutKey) {
+    banco_.Conexao().ExecuteDirect("insert into TSEM values (9, 'n')");
+    Escreve(Linha("LOJA", "TSEM", "\"A\": 9, \"B\": \"n\""));
+    ASSERT_EQ(Repoe().repostas, 1);
+    banco_.Conexao().ExecuteDirect("delete from TSEM");
+    banco_.Conexao().ExecuteDirect("insert into TSEM values (9, 'n')");
+    std::string texto = Arquivo();
+    texto.pop_back();
+    Escreve(texto.substr(0, texto.rfind('\n') + 1));  // as it is between the announcement and the row
+    EXPECT_EQ(Repoe().repostas, 1);
+    EXPECT_EQ(Conta("TSEM where A = 9"), 2);
+}
+
+TEST_F(Reposicao, WhatIsNotPutBackIsCounted) {
+    const std::string semChave =
+        "{\"alias\": \"LOJA\", \"tabela\": \"TSEM\", \"etapa\": \"e\", \"chave\": {}, \"erro\": \"x\", \"valores\": "
+        "{\"A\": 5, \"B\": \"longo demais\"}}\n";
+    const std::string valor =
+        "{\"alias\": \"LOJA\", \"tabela\": \"TCLI\", \"etapa\": \"e\", \"chave\": {\"COD\": 2}, \"erro\": \"x\", "
+        "\"campo\": \"NOME\", \"valor\": \"outro\"}\n";
+    const std::string gatilho =
+        "{\"alias\": \"LOJA\", \"tabela\": \"TCLI\", \"etapa\": \"Gatilho\", \"chave\": {}, \"erro\": \"x\", "
+        "\"campo\": \"TG\", \"valor\": \"fonte\"}\n";
+    Escreve(semChave + semChave + valor + gatilho);
+    const auto listadas = ListaRejeitadas(pasta_.Caminho());  // of a rehearsal: a row without key by what it holds
+    ASSERT_EQ(listadas.size(), 3u);
+    EXPECT_NE(listadas[0].chave.find("longo demais"), std::string::npos) << listadas[0].chave;
+    const auto reposicao = Repoe();
+    EXPECT_EQ(reposicao.valores, 2);
+    EXPECT_EQ(reposicao.iguais, 1);
+    ASSERT_EQ(reposicao.ficam.size(), 1u);
+    EXPECT_EQ(Conta("TCLI where COD = 2 and NOME = 'igual'"), 1);
+}
+
 }  // namespace
 }  // namespace wkd

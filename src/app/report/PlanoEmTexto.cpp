@@ -169,6 +169,14 @@ std::string ReposicaoEmTexto(const TReposicao& reposicao) {
         texto += quantos(reposicao.antigas, " linha de uma versão anterior não diz",
                          " linhas de versões anteriores não dizem") +
                  " de que banco é: lance-as no sistema.\n";
+    if (reposicao.valores > 0)
+        texto += "O arquivo tem também " +
+                 quantos(reposicao.valores, " valor solto ou fonte", " valores soltos ou fontes") +
+                 ", que não voltam sozinhos: confira-os nele (\"campo\") e lance no sistema o que falta.\n";
+    if (reposicao.iguais > 0)
+        texto += quantos(reposicao.iguais, " linha", " linhas") +
+                 " de tabelas sem chave, iguais a outra do arquivo, contaram com ela como um registro só: confira na "
+                 "tabela B se eram mais.\n";
     return texto;
 }
 

@@ -46,6 +46,10 @@ struct TMarca {
     std::string estado, motivo;
 };
 
+bool DoAlias(const TJson& json, const std::string& alias) {
+    return IgualSemCaixa(Apara(json.value("alias", "")), Apara(alias));
+}
+
 class TEntradaDeLinhas {
   public:
     explicit TEntradaDeLinhas(const std::filesystem::path& arquivo) : aberto_(AbreParaLer(arquivo)) {}
@@ -83,17 +87,17 @@ class TArquivoLido {
             if (const TJson json = Le(linha); json.is_object()) usa(linha, json);
     }
 
-    /// Whole rows of the alias that are not back.
-    template <class F>
-    void CadaAberta(const std::string& alias, F&& usa) const {
+    /// Whole rows of the alias that are not back. A line equal to one before goes to `repetida`.
+    template <class F, class G>
+    void CadaAberta(const std::string& alias, F&& usa, G&& repetida) const {
         std::set<std::string> vistas;
         CadaLinha([&](const std::string& linha, const TJson& json) {
-            if (!json.contains("valores") || !IgualSemCaixa(Apara(json.value("alias", "")), Apara(alias))) return;
+            if (!json.contains("valores") || !DoAlias(json, alias)) return;
             const std::string nome = Nome(linha);
+            if (!vistas.insert(nome).second) return repetida(json);
             const auto marca = marcas_.find(nome);
             const bool feita = marca != marcas_.end() && marca->second.estado == "reposta";
-            if (!feita && vistas.insert(nome).second)
-                usa(nome, json, marca == marcas_.end() ? TMarca() : marca->second);
+            if (!feita) usa(nome, json, marca == marcas_.end() ? TMarca() : marca->second);
         });
     }
 
@@ -121,19 +125,29 @@ class TReposicaoDeLinhas {
     TReposicao Executa() {
         lido_.CadaLinha([&](const std::string&, const TJson& json) {
             reposicao_.antigas += json.contains("valores") && !json.contains("alias");
+            reposicao_.valores += json.contains("campo") && DoAlias(json, alias_);
         });
-        lido_.CadaAberta(alias_,
-                         [&](const auto& nome, const TJson& json, const TMarca& marca) { Linha(nome, json, marca); });
+        lido_.CadaAberta(
+            alias_, [&](const auto& nome, const TJson& json, const TMarca& marca) { Linha(nome, json, marca); },
+            [&](const TJson& json) { reposicao_.iguais += SemChave(json.value("tabela", "")); });
         return std::move(reposicao_);
     }
 
   private:
     using TParesDeColuna = std::vector<std::pair<TColunaFisica, TValor>>;
-    enum class TPresenca { Nenhuma, Igual, Outra };
+    /// Rows of the table that are equal, and whether there are others with the same key.
+    struct TPresenca {
+        std::int64_t iguais = 0;
+        bool outras = false;
+    };
 
     void Linha(const std::string& nome, const TJson& json, const TMarca& marca);
+    bool SemChave(const std::string& tabela) { return conexao_.ChavePrimaria(tabela).colunas.empty(); }
     TParesDeColuna Colunas(const std::string& tabela, const TJson& valores);
-    TPresenca Presenca(const std::string& tabela, const TParesDeColuna& pares, bool jaComecada);
+    TPresenca Presenca(const std::string& tabela, const TParesDeColuna& pares);
+    /// Whether the row is back already, as far as a mark of an interrupted work tells of a table without key: that says
+    /// how many equal rows there were before.
+    bool JaEsta(const std::string& tabela, const TPresenca& presenca, const TMarca& marca);
     bool Igual(TComando& linha, const TParesDeColuna& pares);
     void Insere(const std::string& tabela, const TParesDeColuna& pares);
     void Marca(const std::string& nome, std::string_view estado, std::string_view motivo);
@@ -152,17 +166,14 @@ void TReposicaoDeLinhas::Linha(const std::string& nome, const TJson& json, const
     try {
         if (!NomeDeSql(tabela) || !conexao_.ExisteTabela(tabela)) throw std::runtime_error("a tabela não existe");
         const auto pares = Colunas(tabela, json.at("valores"));
-        switch (Presenca(tabela, pares, marca.estado == "repondo")) {
-            case TPresenca::Igual:
-                ++reposicao_.presentes;
-                return Marca(nome, "reposta", "já estava na tabela");
-            case TPresenca::Outra:
-                throw std::runtime_error("a tabela tem outro registro com a mesma chave");
-            case TPresenca::Nenhuma:
-                break;
+        const TPresenca presenca = Presenca(tabela, pares);
+        if (JaEsta(tabela, presenca, marca)) {
+            ++reposicao_.presentes;
+            return Marca(nome, "reposta", "já estava na tabela");
         }
-        comecada = conexao_.ChavePrimaria(tabela).colunas.empty();  // a key tells by itself whether the row is there
-        if (comecada) Marca(nome, "repondo", "");
+        if (presenca.outras) throw std::runtime_error("a tabela tem outro registro com a mesma chave");
+        comecada = SemChave(tabela);  // a key tells by itself whether the row is there
+        if (comecada) Marca(nome, "repondo", std::to_string(presenca.iguais));
         Insere(tabela, pares);
         ++reposicao_.repostas;
         return Marca(nome, "reposta", "");
@@ -175,7 +186,8 @@ void TReposicaoDeLinhas::Linha(const std::string& nome, const TJson& json, const
         motivo = erro.what();
     }
     if (comecada || marca.motivo != motivo || marca.estado != "ficou") Marca(nome, "ficou", motivo);
-    reposicao_.ficam.push_back({tabela, json.value("chave", TJson::object()).dump(), motivo});
+    const TJson chave = json.value("chave", TJson::object());
+    reposicao_.ficam.push_back({tabela, (chave.empty() ? json.at("valores") : chave).dump(), motivo});
 }
 
 /// Values that the table has a column for; one that it has none for may not get lost.
@@ -192,11 +204,14 @@ TReposicaoDeLinhas::TParesDeColuna TReposicaoDeLinhas::Colunas(const std::string
     return pares;
 }
 
-/// By the primary key; without one, an equal row counts as this one when it was being put back before.
-TReposicaoDeLinhas::TPresenca TReposicaoDeLinhas::Presenca(const std::string& tabela, const TParesDeColuna& pares,
-                                                           bool jaComecada) {
+bool TReposicaoDeLinhas::JaEsta(const std::string& tabela, const TPresenca& presenca, const TMarca& marca) {
+    if (!SemChave(tabela)) return presenca.iguais > 0;
+    return marca.estado == "repondo" && presenca.iguais > std::atoll(marca.motivo.c_str());
+}
+
+/// By the primary key; without one, by all that can be compared.
+TReposicaoDeLinhas::TPresenca TReposicaoDeLinhas::Presenca(const std::string& tabela, const TParesDeColuna& pares) {
     const auto chave = conexao_.ChavePrimaria(tabela).colunas;
-    if (chave.empty() && !jaComecada) return TPresenca::Nenhuma;
     std::vector<std::string> lidas, condicoes;
     std::vector<TValor> valores;
     for (const auto& [coluna, valor] : pares) {
@@ -209,14 +224,15 @@ TReposicaoDeLinhas::TPresenca TReposicaoDeLinhas::Presenca(const std::string& ta
                             std::to_string(valores.size()));
         valores.push_back(valor);
     }
-    if (condicoes.empty()) return TPresenca::Nenhuma;
+    TPresenca presenca;
+    std::int64_t outras = 0;
+    if (condicoes.empty()) return presenca;
     const auto comando =
         conexao_.Prepara("select " + Junta(lidas, ", ") + " from " + tabela + " where " + Junta(condicoes, " and "));
     for (std::size_t i = 0; i < valores.size(); ++i) comando->Atribui("P" + std::to_string(i), valores[i]);
-    bool alguma = false;
-    for (comando->Abre(); comando->Proximo(); alguma = true)
-        if (Igual(*comando, pares)) return TPresenca::Igual;
-    return alguma && !chave.empty() ? TPresenca::Outra : TPresenca::Nenhuma;
+    for (comando->Abre(); comando->Proximo();) (Igual(*comando, pares) ? presenca.iguais : outras) += 1;
+    presenca.outras = outras > 0 && !chave.empty();
+    return presenca;
 }
 
 bool TReposicaoDeLinhas::Igual(TComando& linha, const TParesDeColuna& pares) {
@@ -273,18 +289,21 @@ TReposicao RepoeRejeitadas(TConnection& conexao, const std::filesystem::path& pa
 
 std::map<std::string, std::int64_t> RejeitadasAbertas(const std::filesystem::path& pasta, const std::string& alias) {
     std::map<std::string, std::int64_t> abertas;
-    TArquivoLido(ArquivoDeRejeitados(pasta)).CadaAberta(alias, [&](const auto&, const TJson& json, const TMarca&) {
-        ++abertas[json.value("tabela", "")];
-    });
+    TArquivoLido(ArquivoDeRejeitados(pasta))
+        .CadaAberta(
+            alias, [&](const auto&, const TJson& json, const TMarca&) { ++abertas[json.value("tabela", "")]; },
+            [](const TJson&) {});
     return abertas;
 }
 
 std::vector<TReposicao::TQueFica> ListaRejeitadas(const std::filesystem::path& pasta) {
     std::vector<TReposicao::TQueFica> lista;
     TArquivoLido(ArquivoDeRejeitados(pasta)).CadaLinha([&](const std::string&, const TJson& json) {
-        if (!json.contains("erro") || json.value("chave", TJson::object()).empty()) return;
+        const TJson chave = json.value("chave", TJson::object());
+        if (!json.contains("erro") || (chave.empty() && !json.contains("valores"))) return;
         const std::string campo = json.contains("campo") ? json.value("campo", "") + ": " : "";
-        lista.push_back({json.value("tabela", ""), json.at("chave").dump(), campo + json.value("erro", "")});
+        const TJson& quem = chave.empty() ? json.at("valores") : chave;  // a table without key: the whole row
+        lista.push_back({json.value("tabela", ""), quem.dump(), campo + json.value("erro", "")});
     });
     return lista;
 }

@@ -21,13 +21,16 @@ struct TReposicao {
     std::int64_t repostas = 0;   // inserted now
     std::int64_t presentes = 0;  // found in their table as they are
     std::int64_t antigas = 0;    // of files of earlier versions, which do not say whose they are
+    std::int64_t valores = 0;    // single values of rows, or other things than rows: these are not put back
+    std::int64_t iguais = 0;     // lines of tables without key that are equal to another one: taken for one row
     struct TQueFica {
         std::string tabela, chave, motivo;
     };
     std::vector<TQueFica> ficam;
 };
 
-/// Inserts the rejected rows of the alias that fit now. The file only grows: behind its lines come marks that say which
+/// Inserts the rejected rows of the alias that fit now. A single value is not put back: the row it is of is in its
+/// table, and may have got another one since. The file only grows: behind its lines come marks that say which
 /// of them are done, and why others are not, so that another program may write to it meanwhile, and a second time does
 /// nothing new. Throws TErroBanco when the connection is lost, and std::system_error.
 TReposicao RepoeRejeitadas(TConnection& conexao, const std::filesystem::path& pasta, const std::string& alias);
