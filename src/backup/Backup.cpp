@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "package/Caminho.h"
+#include "process/EscritaSegura.h"
 #include "process/Interrupcao.h"
 #include "process/Programa.h"
 #include "rows/WKDQuery.h"
@@ -18,17 +19,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::string_view kParcial = ".parcial";
-
-/// The alias as a part of a file name.
-std::string NomeNoDisco(std::string_view alias) {
-    std::string nome;
-    for (const char c : Apara(alias)) {
-        const bool proibida =
-            static_cast<unsigned char>(c) < 0x20 || std::string_view("/\\:*?\"<>|").find(c) != std::string_view::npos;
-        nome += proibida ? '_' : c;
-    }
-    return nome;
-}
 
 /// Whether a name is that of the alias followed by date and time.
 bool EhDoAlias(const std::string& nome, const std::string& alias, const std::string& fim) {
@@ -62,6 +52,7 @@ void ExigePasta(const fs::path& pasta) {
 /// What the last backup took, with room to grow, tells more than the database, which may be half empty.
 std::uintmax_t BytesNecessarios(IServidorDeBackup& servidor, const TPedidoDeBackup& pedido) {
     const auto doBanco = servidor.TamanhoDoBanco();
+    if (!servidor.ArquivosAqui()) return doBanco;
     const auto anteriores = BackupsDoAlias(pedido.pasta, pedido.alias, servidor.Extensao());
     if (anteriores.empty()) return doBanco;
     std::error_code erro;
@@ -70,13 +61,12 @@ std::uintmax_t BytesNecessarios(IServidorDeBackup& servidor, const TPedidoDeBack
 }
 
 void ExigeEspaco(IServidorDeBackup& servidor, const TPedidoDeBackup& pedido) {
-    std::error_code erro;
-    const auto disco = fs::space(pedido.pasta, erro);
+    const auto livres = servidor.EspacoPara(pedido.pasta);
     const auto necessarios = BytesNecessarios(servidor, pedido);
-    if (erro || disco.available >= necessarios) return;
+    if (!livres || *livres >= necessarios) return;
     throw TErroDeBackup("O disco da pasta de backup " + TextoDoCaminho(pedido.pasta) + " tem " +
-                        TamanhoEmTexto(disco.available) + " livres; o backup pode precisar de " +
-                        TamanhoEmTexto(necessarios) + ". Libere espaço, ou escolha outra pasta, e repita.");
+                        TamanhoEmTexto(*livres) + " livres; o backup pode precisar de " + TamanhoEmTexto(necessarios) +
+                        ". Libere espaço, ou escolha outra pasta, e repita.");
 }
 
 std::map<std::string, std::int64_t> VersoesDoDicionario(TConnection& conexao) {
@@ -121,7 +111,7 @@ class TTestemunhas {
 
 bool TTestemunhas::NinguemEscreveu() {
     if (antes_->TipoBanco() != TTipoBanco::tbInterbase) return false;
-    constexpr std::int64_t kDoServico = 3;  // that the service begins itself, at most
+    constexpr std::int64_t kDoServico = 4;  // of the service, and of the second witness until it asks
     const auto pergunta = [](TConnection& conexao, const char* campo) {
         TWKDQuery q(conexao, std::string("select ") + campo +
                                  " as NUMERO from mon$transactions where mon$transaction_id = current_transaction");
@@ -133,56 +123,100 @@ bool TTestemunhas::NinguemEscreveu() {
            pergunta(*depois_, "mon$transaction_id") - primeira <= kDoServico;
 }
 
-/// The file under its name of the time until it is whole; gone at the end of a scope that did not get there.
+fs::path Parcial(const fs::path& arquivo) {
+    fs::path parcial = arquivo;
+    return parcial += kParcial;
+}
+
+/// A folder of the server's machine is written as it writes it itself.
+fs::path Nome(const TPedidoDeBackup& pedido, TDataHora quando, const IServidorDeBackup& servidor) {
+    const std::string nome = NomeNoDisco(pedido.alias) + "_" + FormataDataHora(quando, "yyyymmdd") + "_" +
+                             Troca(FormataDataHora(quando, "hh:mm:ss"), ":", "") + servidor.Extensao();
+    const std::string pasta = TextoDoCaminho(pedido.pasta);
+    if (servidor.ArquivosAqui() || pasta.find('\\') == std::string::npos) return pedido.pasta / CaminhoDoTexto(nome);
+    return CaminhoDoTexto(pasta + (pasta.ends_with('\\') ? "" : "\\") + nome);
+}
+
+/// The file under its name of the time until it is whole; gone at the end of a scope that did not get there. Of two
+/// backups in one second the later one waits for the next, which has another name. A server has the last name at once.
 class TParcial {
   public:
-    /// A server writes under the last name.
-    TParcial(const fs::path& arquivo, bool aqui) : arquivo_(arquivo), parcial_(arquivo) {
-        if (aqui) parcial_ += kParcial;
+    TParcial(const TPedidoDeBackup& pedido, const IServidorDeBackup& servidor) : aqui_(servidor.ArquivosAqui()) {
+        while (!Toma(pedido, servidor)) std::this_thread::sleep_for(std::chrono::milliseconds(200));
     }
     ~TParcial() {
-        std::error_code erro;
-        if (inteiro_ || parcial_ == arquivo_) return;
-        fs::remove(parcial_, erro);
-        fs::remove(CaminhoDoManifesto(arquivo_), erro);
+        if (!inteiro_ && aqui_) Retira();
     }
-    const fs::path& Caminho() const { return parcial_; }
+    const fs::path& Arquivo() const { return arquivo_; }
+    fs::path Caminho() const { return aqui_ ? Parcial(arquivo_) : arquivo_; }
+    TDataHora Quando() const { return quando_; }
 
     void Conclui(const TManifesto& manifesto) {
         std::error_code erro;
-        if (parcial_ != arquivo_ || fs::is_directory(arquivo_.parent_path(), erro)) GravaManifesto(manifesto, arquivo_);
-        if (parcial_ != arquivo_) fs::rename(parcial_, arquivo_);
+        if (aqui_ || fs::is_directory(arquivo_.parent_path(), erro)) GravaManifesto(manifesto, arquivo_);
+        if (aqui_) fs::rename(Caminho(), arquivo_);
         inteiro_ = true;
     }
 
   private:
-    fs::path arquivo_, parcial_;
+    bool Toma(const TPedidoDeBackup& pedido, const IServidorDeBackup& servidor) {
+        quando_ = Agora();
+        arquivo_ = Nome(pedido, quando_, servidor);
+        if (!aqui_) return true;
+        if (!CriaSeNaoHa(Caminho())) return false;
+        std::error_code erro;
+        if (!fs::exists(arquivo_, erro)) return true;
+        fs::remove(Caminho(), erro);
+        return false;
+    }
+    void Retira() {
+        std::error_code erro;
+        fs::remove(Caminho(), erro);
+        fs::remove(CaminhoDoManifesto(arquivo_), erro);
+    }
+
+    const bool aqui_;
+    fs::path arquivo_;
+    TDataHora quando_;
     bool inteiro_ = false;
 };
 
-/// This one, just made, is the last of them.
-std::vector<fs::path> ApagaAntigos(const TPedidoDeBackup& pedido, const std::string& extensao) {
-    auto antigos = BackupsDoAlias(pedido.pasta, pedido.alias, extensao);
-    const auto guarda = static_cast<std::size_t>(pedido.guarda);
-    if (pedido.guarda <= 0 || antigos.size() <= guarda) return {};
-    antigos.resize(antigos.size() - guarda);
-    for (const auto& arquivo : antigos) {
-        fs::remove(arquivo);
-        fs::remove(CaminhoDoManifesto(arquivo));
+/// Whether the last proof of a backup was a good one.
+bool Provado(const fs::path& arquivo) {
+    try {
+        const auto manifesto = LeManifesto(arquivo);
+        return manifesto && manifesto->prova && manifesto->prova->bom;
+    } catch (const TErroDeBackup&) {
+        return false;
     }
-    return antigos;
 }
 
-fs::path Nome(const TPedidoDeBackup& pedido, TDataHora quando, const std::string& extensao) {
-    return pedido.pasta / CaminhoDoTexto(NomeNoDisco(pedido.alias) + "_" + FormataDataHora(quando, "yyyymmdd") + "_" +
-                                         Troca(FormataDataHora(quando, "hh:mm:ss"), ":", "") + extensao);
+/// The one just made stays whatever its date, and so does the last one that is known to be good.
+void ApagaAntigos(const TPedidoDeBackup& pedido, const std::string& extensao, TBackupFeito& feito) {
+    auto antigos = BackupsDoAlias(pedido.pasta, pedido.alias, extensao);
+    std::erase(antigos, feito.arquivo);
+    const auto ficam = static_cast<std::size_t>(pedido.guarda) - 1;
+    if (pedido.guarda <= 0 || antigos.size() <= ficam) return;
+    const auto bom = std::find_if(antigos.rbegin(), antigos.rend(), Provado);
+    const fs::path ultimoBom = bom == antigos.rend() ? fs::path() : *bom;
+    antigos.resize(antigos.size() - ficam);
+    for (const auto& arquivo : antigos) {
+        if (arquivo == ultimoBom) continue;
+        std::error_code erro;
+        if (fs::remove(arquivo, erro)) fs::remove(CaminhoDoManifesto(arquivo), erro);
+        (fs::exists(arquivo, erro) ? feito.naoApagados : feito.apagados).push_back(arquivo);
+    }
 }
 
-bool Ocupado(const fs::path& arquivo) {
-    std::error_code erro;
-    fs::path parcial = arquivo;
-    parcial += kParcial;
-    return fs::exists(arquivo, erro) || fs::exists(parcial, erro);
+/// Files of backups that did not come to their end.
+std::vector<fs::path> Restos(const TPedidoDeBackup& pedido, const std::string& extensao) {
+    auto restos = ArquivosDoAlias(pedido.pasta, pedido.alias, extensao + std::string(kParcial));
+    for (std::size_t i = 0, quantos = restos.size(); i < quantos; ++i) {
+        const auto manifesto = CaminhoDoManifesto(fs::path(restos[i]).replace_extension());
+        std::error_code erro;
+        if (fs::exists(manifesto, erro)) restos.push_back(manifesto);
+    }
+    return restos;
 }
 
 TManifesto Identifica(THBNConnection& conexao, IServidorDeBackup& servidor, const TPedidoDeBackup& pedido,
@@ -217,17 +251,12 @@ TBackupFeito FazBackup(THBNConnection& conexao, const TPedidoDeBackup& pedido, c
     TBackupFeito feito;
     if (servidor->ArquivosAqui()) {
         ExigePasta(pedido.pasta);
-        ExigeEspaco(*servidor, pedido);
-        feito.restos = ArquivosDoAlias(pedido.pasta, pedido.alias, servidor->Extensao() + std::string(kParcial));
+        feito.restos = Restos(pedido, servidor->Extensao());
     }
-    TDataHora quando = Agora();
-    for (feito.arquivo = Nome(pedido, quando, servidor->Extensao()); Ocupado(feito.arquivo);
-         feito.arquivo = Nome(pedido, quando, servidor->Extensao())) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(200));  // the next second has another name
-        quando = Agora();
-    }
-    TParcial parcial(feito.arquivo, servidor->ArquivosAqui());
-    feito.manifesto = Identifica(conexao, *servidor, pedido, feito.arquivo, quando);
+    ExigeEspaco(*servidor, pedido);
+    TParcial parcial(pedido, *servidor);
+    feito.arquivo = parcial.Arquivo();
+    feito.manifesto = Identifica(conexao, *servidor, pedido, feito.arquivo, parcial.Quando());
     TTestemunhas testemunhas(*servidor);
     const TArquivoFeito arquivo = servidor->FazBackup(
         parcial.Caminho(), [&] { testemunhas.Comecou(); }, acompanha);
@@ -235,7 +264,7 @@ TBackupFeito FazBackup(THBNConnection& conexao, const TPedidoDeBackup& pedido, c
     feito.manifesto.sha256 = arquivo.sha256;
     testemunhas.Le(feito.manifesto, acompanha);
     parcial.Conclui(feito.manifesto);
-    if (servidor->ArquivosAqui()) feito.apagados = ApagaAntigos(pedido, servidor->Extensao());
+    if (servidor->ArquivosAqui()) ApagaAntigos(pedido, servidor->Extensao(), feito);
     return feito;
 }
 

@@ -7,15 +7,16 @@ namespace wkd {
 
 struct TPedidoDeBackup {
     std::string alias;
-    std::filesystem::path pasta;  // must exist
-    int guarda = 0;               // backups of the alias to keep, this one included; 0: all
+    std::filesystem::path pasta;  // must exist; of a server that keeps the files itself, empty: its own for backups
+    int guarda = 0;               // backups of the alias to keep, this one included; 0, or on a server: all
 };
 
 struct TBackupFeito {
     std::filesystem::path arquivo;
     TManifesto manifesto;
-    std::vector<std::filesystem::path> apagados;  // older ones
-    std::vector<std::filesystem::path> restos;    // of backups that were interrupted, left where they are
+    std::vector<std::filesystem::path> apagados;     // older ones
+    std::vector<std::filesystem::path> naoApagados;  // older ones that could not be
+    std::vector<std::filesystem::path> restos;       // of backups that were interrupted, left where they are
 };
 
 /// Backs the database of the alias up, and reads it in a snapshot begun before, so that a proof knows what has to come

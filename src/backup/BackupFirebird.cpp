@@ -23,9 +23,7 @@ std::string PastaDe(const std::string& banco) { return banco.substr(0, banco.fin
 class TGravacao {
   public:
     /// For its owner alone: all that the database holds is in it.
-    explicit TGravacao(const fs::path& arquivo) : arquivo_(arquivo), aberto_(CriaArquivo(arquivo)) {
-        fs::permissions(arquivo, fs::perms::owner_read | fs::perms::owner_write);
-    }
+    explicit TGravacao(const fs::path& arquivo) : arquivo_(arquivo), aberto_(AbreParaAcrescentar(arquivo)) {}
 
     void Soma(std::string_view bytes) {
         if (std::fwrite(bytes.data(), 1, bytes.size(), aberto_.get()) != bytes.size()) Falha();
@@ -76,12 +74,19 @@ std::string TabelaDaLinha(std::string_view linha) {
     return onde == std::string_view::npos ? "" : std::string(Apara(linha.substr(onde + kMarca.size())));
 }
 
+/// A server names the file that it could not open; one that it cannot read is another error.
+bool NaoSeAcha(const TErroBanco& erro) {
+    constexpr std::int64_t kErroDeArquivo = 335544344;
+    return erro.CodigoNativo() == kErroDeArquivo &&
+           std::string_view(erro.what()).find("already opened") == std::string_view::npos;
+}
+
 }  // namespace
 
 std::string TBackupFirebird::BancoEmUso() const { return conexao_.Parametros().Valor("Database"); }
 
 std::string TBackupFirebird::NomeDaCopia(const std::string& fim) const {
-    return PastaDe(BancoEmUso()) + conexao_.Alias() + fim + ".fdb";
+    return PastaDe(BancoEmUso()) + NomeNoDisco(conexao_.Alias()) + fim + ".fdb";
 }
 
 TArquivoFeito TBackupFirebird::FazBackup(const fs::path& arquivo, const std::function<void()>& comecou,
@@ -101,19 +106,16 @@ void TBackupFirebird::Restaura(const fs::path& arquivo, const std::string& banco
     const auto total = fs::file_size(arquivo);
     TLeituraDoBackup fonte(arquivo);
     std::string tabela;
+    TServicosFirebird servicos(conexao_.ParametrosDe(banco));
     try {
-        TServicosFirebird(conexao_.ParametrosDe(banco)).Restaura(fonte, [&](std::string_view linha) {
+        servicos.Restaura(fonte, [&](std::string_view linha) {
             if (auto nova = TabelaDaLinha(linha); !nova.empty()) tabela = std::move(nova);
             acompanha({"Restaurando " + (tabela.empty() ? "" : tabela + ": ") + TamanhoEmTexto(fonte.Lidos()) + " de " +
                            TamanhoEmTexto(total),
                        Percentual(fonte.Lidos(), total)});
         });
-    } catch (const TErroBanco& erro) {
-        const bool alheio = std::string_view(erro.what()).find("already exists") != std::string_view::npos;
-        if (!alheio) DescartaPedaco(banco);
-        throw;
     } catch (...) {
-        DescartaPedaco(banco);
+        if (servicos.Criou()) DescartaPedaco(banco);
         throw;
     }
 }
@@ -132,7 +134,7 @@ bool TBackupFirebird::Existe(const std::string& banco) {
         conexao_.Outra(conexao_.ParametrosDe(banco))->Open();
         return true;
     } catch (const TErroBanco& erro) {
-        if (erro.Falha() == TFalha::Conexao) return false;
+        if (NaoSeAcha(erro)) return false;
         throw;
     }
 }
@@ -159,18 +161,29 @@ void TBackupFirebird::PoeNoLugar(const std::string& novo, const std::string& ant
     SubstituiPor(CaminhoDoTexto(novo), emUso);
 }
 
+/// A rename between two names of one file does nothing, and leaves both.
 void TBackupFirebird::Devolve(const std::string& antigo) {
-    if (fs::exists(CaminhoDoTexto(antigo))) fs::rename(CaminhoDoTexto(antigo), SemLinks(CaminhoDoTexto(BancoEmUso())));
+    const fs::path la = CaminhoDoTexto(antigo);
+    if (!fs::exists(la)) return;
+    if (MesmoBanco(antigo))
+        fs::remove(la);
+    else
+        fs::rename(la, SemLinks(CaminhoDoTexto(BancoEmUso())));
+}
+
+bool TBackupFirebird::MesmoBanco(const std::string& antigo) {
+    std::error_code erro;
+    return NestaMaquina() && fs::equivalent(CaminhoDoTexto(BancoEmUso()), CaminhoDoTexto(antigo), erro);
 }
 
 std::vector<std::string> TBackupFirebird::CopiasPassageiras() {
     std::vector<std::string> nomes;
     std::error_code erro;
     if (!NestaMaquina()) return nomes;
-    for (const auto& entrada : fs::directory_iterator(CaminhoDoTexto(PastaDe(BancoEmUso())), erro)) {
+    for (const auto& entrada : fs::directory_iterator(PastaDoBanco(), erro)) {
         const std::string nome = NomeDoArquivo(entrada.path());
         for (const char* meio : {"_prova_", "_ensaio_"})
-            if (nome.starts_with(conexao_.Alias() + meio) && nome.ends_with(".fdb"))
+            if (nome.starts_with(NomeNoDisco(conexao_.Alias()) + meio) && nome.ends_with(".fdb"))
                 nomes.push_back(TextoDoCaminho(entrada.path()));
     }
     return nomes;
@@ -182,8 +195,16 @@ std::uintmax_t TBackupFirebird::TamanhoDoBanco() {
 }
 
 std::optional<std::uintmax_t> TBackupFirebird::EspacoParaCopia() {
-    return NestaMaquina() ? conexao_.EspacoLivre() : std::nullopt;
+    return NestaMaquina() ? EspacoPara(PastaDoBanco()) : std::nullopt;
 }
+
+std::optional<std::uintmax_t> TBackupFirebird::EspacoPara(const fs::path& pasta) {
+    std::error_code erro;
+    const auto disco = fs::space(pasta, erro);
+    return erro ? std::nullopt : std::optional(disco.available);
+}
+
+fs::path TBackupFirebird::PastaDoBanco() const { return fs::absolute(CaminhoDoTexto(BancoEmUso())).parent_path(); }
 
 std::vector<std::string> TBackupFirebird::Conectados() {
     std::vector<std::string> linhas;

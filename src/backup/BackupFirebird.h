@@ -23,15 +23,19 @@ class TBackupFirebird : public IServidorDeBackup {
     bool TrocaNomes() const override { return NestaMaquina(); }
     void PoeNoLugar(const std::string& novo, const std::string& antigo) override;
     void Devolve(const std::string& antigo) override;
+    bool MesmoBanco(const std::string& antigo) override;
     std::vector<std::string> CopiasPassageiras() override;
     std::uintmax_t TamanhoDoBanco() override;
     std::optional<std::uintmax_t> EspacoParaCopia() override;
+    std::optional<std::uintmax_t> EspacoPara(const std::filesystem::path& pasta) override;
     std::vector<std::string> Conectados() override;
 
   private:
     /// Whether the embedded engine has the database, so that its file can be seen.
     bool NestaMaquina() const { return conexao_.RetornaDadosConexao().hostname.empty(); }
     void DescartaPedaco(const std::string& banco) noexcept;
+    /// Of a database on this machine.
+    std::filesystem::path PastaDoBanco() const;
 
     THBNConnection& conexao_;
 };

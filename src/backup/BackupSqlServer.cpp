@@ -23,6 +23,10 @@ std::string BackupTSql(std::string_view banco, std::string_view arquivo) {
            " with copy_only, noinit, checksum";
 }
 
+std::string VerificaTSql(std::string_view arquivo) {
+    return "restore verifyonly from disk = " + Literal(arquivo) + " with checksum";
+}
+
 std::string ListaDoBackupTSql(std::string_view arquivo) {
     return "restore filelistonly from disk = " + Literal(arquivo);
 }
@@ -32,6 +36,18 @@ std::string RestauraTSql(std::string_view banco, std::string_view arquivo,
     std::string comando = "restore database " + Colchetes(banco) + " from disk = " + Literal(arquivo) + " with ";
     for (const auto& [nome, lugar] : lugares) comando += "move " + Literal(nome) + " to " + Literal(lugar) + ", ";
     return comando + "checksum";
+}
+
+std::string ApagaTSql(std::string_view banco) { return "drop database " + Colchetes(banco); }
+
+std::string PedacosTSql(std::string_view banco) {
+    return "select count(*) as total from sys.databases where name = " + Literal(banco) +
+           " and state_desc = 'RESTORING'";
+}
+
+std::string EspacoTSql(std::string_view unidade) {
+    return "select free_space_in_bytes as LIVRES from sys.dm_os_enumerate_fixed_drives where fixed_drive_path like " +
+           Literal(std::string(unidade) + "%");
 }
 
 std::vector<std::string> RenomeiaTSql(std::string_view de, std::string_view para) {
@@ -44,8 +60,11 @@ std::vector<std::string> RenomeiaTSql(std::string_view de, std::string_view para
 TArquivoFeito TBackupSqlServer::FazBackup(const std::filesystem::path& arquivo, const std::function<void()>& comecou,
                                           const TAcompanha& acompanha) {
     acompanha({"Fazendo o backup no servidor", -1});
-    Abre(std::string(kMestre))->ExecuteDirect(BackupTSql(BancoEmUso(), TextoDoCaminho(arquivo)));
+    const auto mestre = Abre(std::string(kMestre));
+    mestre->ExecuteDirect(BackupTSql(BancoEmUso(), TextoDoCaminho(arquivo)));
     comecou();
+    acompanha({"Conferindo o backup no servidor", -1});
+    mestre->ExecuteDirect(VerificaTSql(TextoDoCaminho(arquivo)));
     return {};
 }
 
@@ -70,7 +89,20 @@ void TBackupSqlServer::Restaura(const std::filesystem::path& arquivo, const std:
     acompanha({"Restaurando " + banco + " no servidor", -1});
     const auto mestre = Abre(std::string(kMestre));
     const std::string nome = TextoDoCaminho(arquivo);
-    mestre->ExecuteDirect(RestauraTSql(banco, nome, Lugares(*mestre, nome, banco)));
+    try {
+        mestre->ExecuteDirect(RestauraTSql(banco, nome, Lugares(*mestre, nome, banco)));
+    } catch (const TErroBanco&) {
+        DescartaPedaco(*mestre, banco);
+        throw;
+    }
+}
+
+/// A restore that was begun leaves a database that nobody can open.
+void TBackupSqlServer::DescartaPedaco(TConnection& mestre, const std::string& banco) noexcept {
+    try {
+        if (ContaRegistros(mestre, PedacosTSql(banco)) > 0) mestre.ExecuteDirect(ApagaTSql(banco));
+    } catch (const std::exception&) {  // named by the next start
+    }
 }
 
 bool TBackupSqlServer::Existe(const std::string& banco) {
@@ -78,9 +110,7 @@ bool TBackupSqlServer::Existe(const std::string& banco) {
     return ContaRegistros(*mestre, "select count(*) as total from sys.databases where name = " + Literal(banco)) > 0;
 }
 
-void TBackupSqlServer::Apaga(const std::string& banco) {
-    Abre(std::string(kMestre))->ExecuteDirect("drop database " + Colchetes(banco));
-}
+void TBackupSqlServer::Apaga(const std::string& banco) { Abre(std::string(kMestre))->ExecuteDirect(ApagaTSql(banco)); }
 
 std::unique_ptr<TConnection> TBackupSqlServer::Abre(const std::string& banco) {
     auto outra = conexao_.Outra(conexao_.ParametrosDe(banco));
@@ -88,9 +118,18 @@ std::unique_ptr<TConnection> TBackupSqlServer::Abre(const std::string& banco) {
     return outra;
 }
 
+/// One that somebody entered meanwhile keeps its name, and is open to all again.
 void TBackupSqlServer::Renomeia(const std::string& de, const std::string& para) {
     const auto mestre = Abre(std::string(kMestre));
-    for (const auto& comando : RenomeiaTSql(de, para)) mestre->ExecuteDirect(comando);
+    const auto comandos = RenomeiaTSql(de, para);
+    mestre->ExecuteDirect(comandos.at(0));
+    try {
+        mestre->ExecuteDirect(comandos.at(1));
+    } catch (const TErroBanco&) {
+        mestre->ExecuteDirect("alter database " + Colchetes(de) + " set multi_user");
+        throw;
+    }
+    mestre->ExecuteDirect(comandos.at(2));
 }
 
 void TBackupSqlServer::PoeNoLugar(const std::string& novo, const std::string& antigo) {
@@ -100,7 +139,7 @@ void TBackupSqlServer::PoeNoLugar(const std::string& novo, const std::string& an
 
 void TBackupSqlServer::Devolve(const std::string& antigo) {
     if (!Existe(antigo)) return;
-    if (Existe(BancoEmUso())) Renomeia(BancoEmUso(), NomeDaCopia("_recusado"));
+    if (Existe(BancoEmUso())) Renomeia(BancoEmUso(), NomeDaCopia("_recusado"));  // RestosDeBackup names it
     Renomeia(antigo, BancoEmUso());
 }
 
@@ -109,23 +148,32 @@ std::vector<std::string> TBackupSqlServer::CopiasPassageiras() {
     const auto mestre = Abre(std::string(kMestre));
     TWKDQuery q(*mestre, "select name as NOME from sys.databases");
     for (q.Open(); !q.Eof(); q.Next())
-        for (const char* meio : {"_prova_", "_ensaio_"})
+        for (const char* meio : {"_prova_", "_ensaio_", "_recusado"})
             if (q.Texto("NOME").starts_with(conexao_.Alias() + meio)) nomes.push_back(q.Texto("NOME"));
     return nomes;
 }
 
 std::uintmax_t TBackupSqlServer::TamanhoDoBanco() {
-    return static_cast<std::uintmax_t>(
-        ContaRegistros(conexao_, "select sum(cast(size as bigint)) * 8192 as total from sys.database_files"));
+    return static_cast<std::uintmax_t>(ContaRegistros(conexao_, std::string(kTamanhoTSql)));
+}
+
+/// Of a drive that the folder names; a server that does not tell, or a share, leaves it to the backup.
+std::optional<std::uintmax_t> TBackupSqlServer::EspacoPara(const std::filesystem::path& pasta) {
+    const std::string unidade = TextoDoCaminho(pasta).substr(0, 2);
+    if (!unidade.ends_with(':')) return std::nullopt;
+    try {
+        TWKDQuery q(conexao_, EspacoTSql(unidade));
+        q.Open();
+        return q.Eof() ? std::nullopt : std::optional(static_cast<std::uintmax_t>(q.Inteiro("LIVRES")));
+    } catch (const TErroBanco& erro) {
+        if (erro.ConexaoPerdida()) throw;
+        return std::nullopt;
+    }
 }
 
 std::vector<std::string> TBackupSqlServer::Conectados() {
     std::vector<std::string> linhas;
-    TWKDQuery q(
-        conexao_,
-        "select login_name as USUARIO, coalesce(host_name, '') as MAQUINA, coalesce(program_name, '') as PROGRAMA"
-        " from sys.dm_exec_sessions where is_user_process = 1 and database_id = db_id()"
-        " and session_id <> @@spid");
+    TWKDQuery q(conexao_, std::string(kConectadosTSql));
     for (q.Open(); !q.Eof(); q.Next())
         linhas.push_back(q.Texto("USUARIO") + ", de " + q.Texto("MAQUINA") + ", com " + q.Texto("PROGRAMA"));
     return linhas;

@@ -7,6 +7,8 @@ namespace wkd {
 // Statements of backup and restore on a SQL Server.
 
 std::string BackupTSql(std::string_view banco, std::string_view arquivo);
+/// Fails for a file that does not hold a whole backup.
+std::string VerificaTSql(std::string_view arquivo);
 std::string ListaDoBackupTSql(std::string_view arquivo);
 /// `lugares`: each file of the backup by its logical name, and where it goes.
 std::string RestauraTSql(std::string_view banco, std::string_view arquivo,
@@ -14,8 +16,21 @@ std::string RestauraTSql(std::string_view banco, std::string_view arquivo,
 /// The three statements that give a database, which nobody uses, another name.
 std::vector<std::string> RenomeiaTSql(std::string_view de, std::string_view para);
 
+std::string ApagaTSql(std::string_view banco);
+/// How many databases of that name a restore has begun and not finished.
+std::string PedacosTSql(std::string_view banco);
+/// `unidade`: "D:".
+std::string EspacoTSql(std::string_view unidade);
+inline constexpr std::string_view kTamanhoTSql =
+    "select sum(cast(fileproperty(name, 'SpaceUsed') as bigint)) * 8192 as total from sys.database_files"
+    " where type = 0";
+inline constexpr std::string_view kConectadosTSql =
+    "select login_name as USUARIO, coalesce(host_name, '') as MAQUINA, coalesce(program_name, '') as PROGRAMA"
+    " from sys.dm_exec_sessions where is_user_process = 1 and database_id = db_id() and session_id <> @@spid";
+
 /// Backup and restore by the server's own statements: a backup file lies on the server's machine, under the name that
-/// it is to keep, since the server renames none. A database that is replaced is renamed.
+/// it is to keep, since the server neither renames nor removes one; it counts once the server has read it through. A
+/// database that is replaced is renamed.
 class TBackupSqlServer : public IServidorDeBackup {
   public:
     explicit TBackupSqlServer(THBNConnection& conexao) : conexao_(conexao) {}
@@ -33,13 +48,16 @@ class TBackupSqlServer : public IServidorDeBackup {
     bool TrocaNomes() const override { return true; }
     void PoeNoLugar(const std::string& novo, const std::string& antigo) override;
     void Devolve(const std::string& antigo) override;
+    bool MesmoBanco(const std::string&) override { return false; }
     std::vector<std::string> CopiasPassageiras() override;
     std::uintmax_t TamanhoDoBanco() override;
     std::optional<std::uintmax_t> EspacoParaCopia() override { return std::nullopt; }
+    std::optional<std::uintmax_t> EspacoPara(const std::filesystem::path& pasta) override;
     std::vector<std::string> Conectados() override;
 
   private:
     void Renomeia(const std::string& de, const std::string& para);
+    void DescartaPedaco(TConnection& mestre, const std::string& banco) noexcept;
     std::vector<std::pair<std::string, std::string>> Lugares(TConnection& mestre, const std::string& arquivo,
                                                              const std::string& banco);
 

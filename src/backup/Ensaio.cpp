@@ -104,16 +104,20 @@ class TExecucaoDoEnsaio {
     TEnsaio ensaio_;
 };
 
-/// The backup goes as soon as there is a copy of it.
+/// The backup goes as soon as there is a copy of it; a server that keeps it itself does not remove it.
 void TExecucaoDoEnsaio::Copia() {
-    const TPastaPassageira doBackup(pedido_.pasta);
+    const bool aqui = servidor_->ArquivosAqui();
+    std::optional<TPastaPassageira> doBackup;
+    if (aqui) doBackup.emplace(pedido_.pasta);
+    const fs::path pasta = aqui ? doBackup->Caminho() : pedido_.pasta;
     TBackupFeito feito;
     ensaio_.segundosDoBackup = Segundos([&] {
-        feito = FazBackup(conexao_, {pedido_.opcoes.alias, doBackup.Caminho(), 0}, acompanha_);
+        feito = FazBackup(conexao_, {pedido_.opcoes.alias, pasta, 0}, acompanha_);
     });
+    if (!aqui) ensaio_.backupNoServidor = TextoDoCaminho(feito.arquivo);
     ensaio_.bytesDoBackup = feito.manifesto.tamanho;
     ensaio_.segundosDaRestauracao = Segundos([&] {
-        ensaio_.copia = ProvaBackup(conexao_, {feito.arquivo, copia_.Banco()}, acompanha_);
+        ensaio_.copia = ProvaBackup(conexao_, {feito.arquivo, copia_.Banco(), feito.manifesto}, acompanha_);
     });
     copia_.Existe();
     if (!ensaio_.copia.bom) throw TErroDeBackup("O ensaio parou: " + ensaio_.copia.frase);
@@ -126,9 +130,10 @@ TOpcoes TExecucaoDoEnsaio::Opcoes() const {
 }
 
 std::uintmax_t TExecucaoDoEnsaio::Tamanho(TConnection& copia) {
-    if (copia.TipoBanco() != TTipoBanco::tbInterbase) return 0;
     return static_cast<std::uintmax_t>(
-        ContaRegistros(copia, "select mon$pages * mon$page_size as total from mon$database"));
+        ContaRegistros(copia, copia.TipoBanco() == TTipoBanco::tbInterbase
+                                  ? "select mon$pages * mon$page_size as total from mon$database"
+                                  : "select sum(cast(size as bigint)) * 8192 as total from sys.database_files"));
 }
 
 /// In the copy nobody is connected: those who are, are so in the database in use.

@@ -28,6 +28,7 @@ struct TEnsaio {
     double segundosDoBackup = 0, segundosDaRestauracao = 0, segundosDaAtualizacao = 0;
     std::uintmax_t bytesDoBackup = 0, bytesAntes = 0, bytesDepois = 0;  // of the copy
     std::string banco;                                                  // where the copy is, when it stays
+    std::string backupNoServidor;                                       // that stays there, where nothing removes it
 
     bool Muda() const;
     bool Pode() const;

@@ -24,6 +24,15 @@ constexpr std::string_view kSemDireito =
     "O servidor recusou o serviço ao usuário do alias. Use um alias com SYSDBA, ou com o dono do banco, e repita.";
 constexpr std::string_view kSoLeitura =
     "O arquivo do banco só pode ser lido. Dê permissão de gravação nele e na pasta, e repita.";
+constexpr std::string_view kBancoSoLeitura =
+    "O banco está marcado como só de leitura. Desmarque-o (gfix -mode read_write) e repita.";
+constexpr std::string_view kSoConhecidos =
+    "O servidor só deixa abrir os bancos que a sua configuração nomeia (RemoteAccess), e não o provisório. Peça ao "
+    "administrador do servidor que o permita.";
+constexpr std::string_view kBancoEstragado =
+    "No lugar do banco está um arquivo que não abre como banco de dados. Mude-lhe o nome no servidor e repita.";
+constexpr std::string_view kJaExiste =
+    "Já existe um banco, ou outro arquivo, com esse nome no servidor. Apague-o, ou mude-lhe o nome, e repita.";
 constexpr std::string_view kSemServico =
     "O servidor não atende serviços de backup. Peça ao administrador do servidor que os ligue, ou faça o backup nele.";
 constexpr std::string_view kEmUso =
@@ -36,6 +45,7 @@ constexpr std::string_view kSemPasta =
 constexpr TRegra kRegras[] = {
     {"expected backup description record", kNaoEBackup},
     {"expected backup version", kNaoEBackup},
+    {"is not a valid database", kBancoEstragado},
     {"is not a valid", kNaoEBackup},
     {"reading from backup file", kCortado},
     {"unexpected end of file", kCortado},
@@ -46,17 +56,21 @@ constexpr TRegra kRegras[] = {
     {"Error occurred during login", kSenha},
     {"Login failed", kSenha},
     {"no permission for read-write access", kSoLeitura},
+    {"read-only database", kBancoSoLeitura},
+    {"remote access to database", kSoConhecidos},
     {"no permission", kSemDireito},
     {"nable to perform operation", kSemDireito},
     {"permission denied in database", kSemDireito},
     {"is terminating abnormally", kSemDireito},
+    {"services manager", kSemServico},
     {"is not currently supported", kSemServico},
     {"not supported", kSemServico},
-    {"services manager", kSemServico},
     {"service_mgr", kSemServico},
     {"ervice is not defined", kSemServico},
     {"is in use", kEmUso},
     {"already opened with engine instance", kEmUso},
+    {"File exists", kJaExiste},
+    {"already exists", kJaExiste},
     {"Error while trying to create file", kSemPasta},
     {"Operating system error 3", kSemPasta},
     {"Operating system error 5", kSemPasta},

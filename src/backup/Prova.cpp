@@ -102,12 +102,6 @@ TVeredito SemManifesto(TConnection& copia) {
     return veredito;
 }
 
-/// Whether the service has ended its work: until then nobody but the maintainer may enter.
-bool Aberto(TConnection& copia) {
-    return copia.TipoBanco() != TTipoBanco::tbInterbase ||
-           ContaRegistros(copia, "select mon$shutdown_mode as total from mon$database") == 0;
-}
-
 }  // namespace
 
 TVeredito ConfereCopia(IServidorDeBackup& servidor, const std::string& banco,
@@ -115,7 +109,7 @@ TVeredito ConfereCopia(IServidorDeBackup& servidor, const std::string& banco,
     const auto copia = servidor.Abre(banco);
     copia->StartInstantaneo();
     TVeredito veredito;
-    if (!Aberto(*copia)) {
+    if (FechadoParaUm(*copia)) {
         veredito.frase = "O backup NÃO é bom: a restauração não chegou ao fim. Faça outro backup.";
     } else {
         veredito =
@@ -147,14 +141,28 @@ void ExigeArquivo(const fs::path& arquivo, const std::optional<TManifesto>& mani
                         "cópia dele, ou outro backup, e repita.");
 }
 
+/// A restored database takes what the database took, less what was empty in it.
+void ExigeEspacoParaCopia(IServidorDeBackup& servidor, const fs::path& arquivo,
+                          const std::optional<TManifesto>& manifesto) {
+    const auto livres = servidor.EspacoParaCopia();
+    std::error_code erro;
+    const auto doArquivo = fs::file_size(arquivo, erro);
+    if (!livres || erro) return;
+    const auto necessarios = manifesto ? std::min(manifesto->tamanhoDoBanco, 3 * doArquivo) : doArquivo;
+    if (*livres >= necessarios) return;
+    throw TErroDeBackup("O disco do banco tem " + TamanhoEmTexto(*livres) + " livres; a cópia restaurada precisa de " +
+                        TamanhoEmTexto(necessarios) + ". Libere espaço nele e repita.");
+}
+
 TVeredito ProvaBackup(THBNConnection& conexao, const TPedidoDeProva& pedido, const TAcompanha& ouvinte) {
     const auto servidor = CriaServidorDeBackup(conexao);
     const auto acompanha = [&](const TProgresso& progresso) {
         TInterrupcao::Confere();
         ouvinte(progresso);
     };
-    auto manifesto = LeManifesto(pedido.arquivo);
+    auto manifesto = pedido.manifesto ? pedido.manifesto : LeManifesto(pedido.arquivo);
     if (servidor->ArquivosAqui()) ExigeArquivo(pedido.arquivo, manifesto, "", acompanha);
+    ExigeEspacoParaCopia(*servidor, pedido.arquivo, manifesto);
     const bool passageiro = pedido.banco.empty();
     const std::string banco =
         passageiro ? servidor->NomeDaCopia("_prova_" + Troca(FormataDataHora(Agora(), "hh:mm:ss"), ":", ""))
@@ -164,7 +172,8 @@ TVeredito ProvaBackup(THBNConnection& conexao, const TPedidoDeProva& pedido, con
     copia.Existe();
     TVeredito veredito = ConfereCopia(*servidor, banco, manifesto, acompanha);
     if (!passageiro) copia.Fica();
-    if (manifesto) {
+    std::error_code semErro;
+    if (manifesto && fs::exists(CaminhoDoManifesto(pedido.arquivo), semErro)) {
         manifesto->prova = veredito;
         GravaManifesto(*manifesto, pedido.arquivo);
     }

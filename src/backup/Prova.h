@@ -15,9 +15,14 @@ TVeredito ConfereCopia(IServidorDeBackup& servidor, const std::string& banco,
 void ExigeArquivo(const std::filesystem::path& arquivo, const std::optional<TManifesto>& manifesto,
                   const std::string& alias, const TAcompanha& acompanha);
 
+/// Before a restore: what certainly does not fit is not begun. Throws TErroDeBackup.
+void ExigeEspacoParaCopia(IServidorDeBackup& servidor, const std::filesystem::path& arquivo,
+                          const std::optional<TManifesto>& manifesto);
+
 struct TPedidoDeProva {
     std::filesystem::path arquivo;
     std::string banco;  // to restore into, which stays whatever the verdict; empty: a temporary one
+    std::optional<TManifesto> manifesto = {};  // of a backup that was just made, whose file may be out of reach
 };
 
 /// Restores a backup into a database of its own and compares it. The verdict goes into the

@@ -2,8 +2,26 @@
 
 #include "BackupFirebird.h"
 #include "BackupSqlServer.h"
+#include "rows/WKDQuery.h"
+#include "values/Texto.h"
 
 namespace wkd {
+
+std::string NomeNoDisco(std::string_view alias) {
+    std::string nome;
+    for (const char c : Apara(alias)) {
+        const bool proibida =
+            static_cast<unsigned char>(c) < 0x20 || std::string_view("/\\:*?\"<>|").find(c) != std::string_view::npos;
+        nome += proibida ? '_' : c;
+    }
+    return nome;
+}
+
+bool FechadoParaUm(TConnection& banco) {
+    constexpr int kUmSo = 2;  // and 3, nobody at all
+    return banco.TipoBanco() == TTipoBanco::tbInterbase &&
+           ContaRegistros(banco, "select mon$shutdown_mode as total from mon$database") >= kUmSo;
+}
 
 TCopiaPassageira::~TCopiaPassageira() {
     try {

@@ -32,8 +32,8 @@ class IServidorDeBackup {
     /// Name for another database beside it: the alias's name with that end.
     virtual std::string NomeDaCopia(const std::string& fim) const = 0;
 
-    /// Makes a backup file, which must not exist, and brings it down to the disk. `comecou` is called once the moment
-    /// that the backup shows is past.
+    /// Makes a backup, in a file that is there, empty, or on the server in one that is not, and brings it down to the
+    /// disk. `comecou` is called once the moment that the backup shows is past.
     virtual TArquivoFeito FazBackup(const std::filesystem::path& arquivo, const std::function<void()>& comecou,
                                     const TAcompanha& acompanha) = 0;
     /// Makes a database, which must not exist, of a backup. A failure leaves nothing.
@@ -52,13 +52,17 @@ class IServidorDeBackup {
     virtual void PoeNoLugar(const std::string& novo, const std::string& antigo) = 0;
     /// The old one, if it is under that name, takes its place again.
     virtual void Devolve(const std::string& antigo) = 0;
+    /// Whether that name leads to the database in use too, as PoeNoLugar leaves it when it is killed half way.
+    virtual bool MesmoBanco(const std::string& antigo) = 0;
 
     /// Copies that a proof or a rehearsal could not remove, as far as they can be seen.
     virtual std::vector<std::string> CopiasPassageiras() = 0;
 
-    /// Bytes that the database in use takes, and those that its disk has left; nothing where it cannot be seen.
+    /// Bytes that the database in use takes, and those that its disk, or that of a folder of backups, has left; nothing
+    /// where it cannot be seen.
     virtual std::uintmax_t TamanhoDoBanco() = 0;
     virtual std::optional<std::uintmax_t> EspacoParaCopia() = 0;
+    virtual std::optional<std::uintmax_t> EspacoPara(const std::filesystem::path& pasta) = 0;
     /// Who is connected to the database in use, but for this program: one line each.
     virtual std::vector<std::string> Conectados() = 0;
 };
@@ -81,6 +85,12 @@ class TCopiaPassageira {
     std::string banco_;
     bool existe_ = false;
 };
+
+/// The alias as a part of a file name.
+std::string NomeNoDisco(std::string_view alias);
+
+/// Whether a database lets nobody in but the one who is: a restore leaves it so until it has come to its end.
+bool FechadoParaUm(TConnection& banco);
 
 /// The connection is the open one of the alias.
 std::unique_ptr<IServidorDeBackup> CriaServidorDeBackup(THBNConnection& conexao);

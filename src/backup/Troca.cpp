@@ -1,7 +1,9 @@
 #include "Troca.h"
 
 #include "Backup.h"
+#include "Explicacao.h"
 #include "package/Caminho.h"
+#include "package/Trava.h"
 #include "process/Interrupcao.h"
 #include "run/TravaDoBanco.h"
 #include "values/Texto.h"
@@ -12,6 +14,14 @@ namespace {
 
 constexpr const char* kNovo = "_novo";
 constexpr const char* kAntes = "_antes";
+
+bool Existe(IServidorDeBackup& servidor, const std::string& banco) {
+    try {
+        return servidor.Existe(banco);
+    } catch (const std::exception&) {
+        return false;
+    }
+}
 
 class TTroca {
   public:
@@ -28,6 +38,7 @@ class TTroca {
 
     TRestauracao Executa() {
         TRestauracao restauracao;
+        const auto trava = TravaDoArquivo(conexao_);
         Confere();
         restauracao.veredito = FazNovo();
         ExigeNinguem();
@@ -37,18 +48,23 @@ class TTroca {
             PorNome();
         else
             PorCopia();
-        if (haviaBanco_) restauracao.antigo = antes_;
+        if (servidor_->Existe(antes_)) restauracao.antigo = antes_;
         return restauracao;
     }
 
   private:
     void Confere();
+    void ExigeNomesLivres();
     void ExigeNinguem();
     TVeredito FazNovo();
     void NoLugarVazio();
     void PorNome();
     void PorCopia();
+    void ParaEscritores();
     TBackupFeito CopiaDoAtual();
+    void TiraAtual();
+    void RestauraNoLugar();
+    void DevolveCopia(const TBackupFeito& guardado);
     void ConfereNoLugar();
     void Etapa(const char* texto) { acompanha_({texto, -1}); }
 
@@ -59,16 +75,34 @@ class TTroca {
     TCopiaPassageira novo_;
     const std::string antes_;
     std::optional<TManifesto> manifesto_;
+    std::vector<std::unique_ptr<TReserva>> reservas_;
     bool haviaBanco_ = true;
 };
+
+bool PedacoFechado(IServidorDeBackup& servidor, const std::string& banco) {
+    try {
+        return FechadoParaUm(*servidor.Abre(banco));
+    } catch (const TErroBanco&) {  // somebody is in it
+        return false;
+    }
+}
 
 void TTroca::Confere() {
     manifesto_ = LeManifesto(pedido_.arquivo);
     if (servidor_->ArquivosAqui()) ExigeArquivo(pedido_.arquivo, manifesto_, pedido_.alias, acompanha_);
     ExigeNinguem();
     haviaBanco_ = servidor_->Existe(servidor_->BancoEmUso());
+    ExigeNomesLivres();
+}
+
+/// What a restore that was killed has left is taken away where it is certain that nothing is lost with it: the second
+/// name of the database in use, and a new one that was not finished. Without a database in use the old one keeps its
+/// other name.
+void TTroca::ExigeNomesLivres() {
+    if (servidor_->MesmoBanco(antes_)) servidor_->Devolve(antes_);
+    if (servidor_->Existe(novo_.Banco()) && PedacoFechado(*servidor_, novo_.Banco())) servidor_->Apaga(novo_.Banco());
     for (const auto& nome : {novo_.Banco(), antes_})
-        if (servidor_->Existe(nome))
+        if ((haviaBanco_ || nome != antes_) && servidor_->Existe(nome))
             throw TErroDeBackup("Já existe " + nome +
                                 ", de uma restauração anterior. Confira se ainda é preciso; "
                                 "apague-o, ou mude-lhe o nome, e repita.");
@@ -85,6 +119,7 @@ void TTroca::ExigeNinguem() {
             return;
         }
     }
+    if (!servidor_->TrocaNomes() && FechadoParaUm(conexao_)) throw TErroDeBackup(LugarFechado(conexao_));
     const auto conectados = servidor_->Conectados();
     if (conectados.empty()) return;
     throw TErroDeBackup("Há " + std::to_string(conectados.size()) +
@@ -93,6 +128,7 @@ void TTroca::ExigeNinguem() {
 }
 
 TVeredito TTroca::FazNovo() {
+    ExigeEspacoParaCopia(*servidor_, pedido_.arquivo, manifesto_);
     servidor_->Restaura(pedido_.arquivo, novo_.Banco(), acompanha_);
     novo_.Existe();
     const TVeredito veredito = ConfereCopia(*servidor_, novo_.Banco(), manifesto_, acompanha_);
@@ -112,10 +148,19 @@ void TTroca::NoLugarVazio() {
     if (servidor_->TrocaNomes()) {
         servidor_->PoeNoLugar(novo_.Banco(), "");
         novo_.Fica();
-    } else {
-        servidor_->Restaura(pedido_.arquivo, servidor_->BancoEmUso(), acompanha_);
+        return ConfereNoLugar();
     }
-    ConfereNoLugar();
+    RestauraNoLugar();
+}
+
+/// Compared again: it is another restore than the one that was looked at before.
+void TTroca::RestauraNoLugar() {
+    const std::string emUso = servidor_->BancoEmUso();
+    servidor_->Restaura(pedido_.arquivo, emUso, acompanha_);
+    const TVeredito veredito = ConfereCopia(*servidor_, emUso, manifesto_, acompanha_);
+    if (veredito.bom) return;
+    servidor_->Apaga(emUso);
+    throw TErroDeBackup(veredito.frase + "\n" + Junta(veredito.achados, "\n"));
 }
 
 void TTroca::PorNome() {
@@ -132,8 +177,14 @@ void TTroca::PorNome() {
     }
 }
 
+/// Until the drop nobody writes into a table: what was entered behind the copy would be in neither of the two.
+void TTroca::ParaEscritores() {
+    for (const auto& tabela : conexao_.NomesDeTabelas()) reservas_.push_back(conexao_.Reserva(tabela));
+}
+
 TBackupFeito TTroca::CopiaDoAtual() {
     Etapa("Guardando o banco em uso");
+    ParaEscritores();
     TBackupFeito feito = FazBackup(conexao_, {pedido_.alias, pedido_.pasta, 0}, acompanha_);
     const TVeredito veredito = ProvaBackup(conexao_, {feito.arquivo, antes_}, acompanha_);
     if (veredito.bom && feito.manifesto.depois.empty()) return feito;
@@ -141,31 +192,44 @@ TBackupFeito TTroca::CopiaDoAtual() {
     throw TErroDeBackup("O banco em uso não pôde ser guardado antes da troca, e ficou como estava. " + veredito.frase);
 }
 
-/// From the drop on the one that was in use is whole as "_antes", whatever happens here.
-void TTroca::PorCopia() {
-    const TBackupFeito guardado = CopiaDoAtual();
-    ExigeNinguem();
-    Etapa("Trocando os bancos");
+/// The copy of the one in use goes again only when that is certain to be there still.
+void TTroca::TiraAtual() {
     const std::string emUso = servidor_->BancoEmUso();
-    conexao_.Close();
-    servidor_->Apaga(emUso);
     try {
-        servidor_->Restaura(pedido_.arquivo, emUso, acompanha_);
-        ConfereNoLugar();
-    } catch (...) {
+        ExigeNinguem();
+        Etapa("Trocando os bancos");
+        reservas_.clear();
         conexao_.Close();
-        if (servidor_->Existe(emUso)) servidor_->Apaga(emUso);
-        servidor_->Restaura(guardado.arquivo, emUso, [](const TProgresso&) {});
-        servidor_->Apaga(antes_);
+        servidor_->Apaga(emUso);
+    } catch (...) {
+        reservas_.clear();
+        if (Existe(*servidor_, emUso)) servidor_->Apaga(antes_);
         throw;
     }
 }
 
-bool Existe(IServidorDeBackup& servidor, const std::string& banco) {
+/// From the drop on the one that was in use is whole as "_antes", whatever happens here.
+void TTroca::PorCopia() {
+    const TBackupFeito guardado = CopiaDoAtual();
+    TiraAtual();
     try {
-        return servidor.Existe(banco);
-    } catch (const std::exception&) {
-        return false;
+        RestauraNoLugar();
+    } catch (...) {
+        DevolveCopia(guardado);
+        throw;
+    }
+}
+
+void TTroca::DevolveCopia(const TBackupFeito& guardado) {
+    const std::string emUso = servidor_->BancoEmUso();
+    try {
+        if (servidor_->Existe(emUso)) servidor_->Apaga(emUso);
+        servidor_->Restaura(guardado.arquivo, emUso, [](const TProgresso&) {});
+        servidor_->Apaga(antes_);
+    } catch (const std::exception& erro) {
+        throw TErroDeBackup("O banco em uso não está no lugar. Ele está, inteiro, em " + antes_ + ", e no backup " +
+                            TextoDoCaminho(guardado.arquivo) + ": dê-lhe o nome de volta, ou restaure esse backup.\n" +
+                            ExplicaFalha(erro));
     }
 }
 
@@ -176,20 +240,40 @@ TRestauracao RestauraNaOriginal(THBNConnection& conexao, const TPedidoDeRestaura
     return TTroca(conexao, pedido, acompanha).Executa();
 }
 
+std::string LugarFechado(THBNConnection& conexao) {
+    const auto servidor = CriaServidorDeBackup(conexao);
+    const std::string emUso = servidor->BancoEmUso(), antes = servidor->NomeDaCopia(kAntes);
+    return "O banco " + emUso +
+           " está fechado (shutdown). Se foi uma pessoa que o fechou, que o abra (gfix -online). Senão é o pedaço de "
+           "uma restauração que não chegou ao fim: não o use" +
+           (Existe(*servidor, antes) ? "; o de antes está, inteiro, em " + antes : "") +
+           ". Apague o pedaço, espere o serviço do servidor soltá-lo se for preciso, e repita a restauração.";
+}
+
 std::vector<std::string> RestosDeBackup(THBNConnection& conexao) {
     const auto servidor = CriaServidorDeBackup(conexao);
     const std::string novo = servidor->NomeDaCopia(kNovo), antes = servidor->NomeDaCopia(kAntes);
     std::vector<std::string> linhas;
-    if (Existe(*servidor, antes))
-        linhas.push_back("O banco que estava em uso antes da última restauração está, inteiro, em " + antes +
-                         (Existe(*servidor, servidor->BancoEmUso())
-                              ? ". Confira o que está em uso; depois apague o antigo, ou mude-lhe o nome."
-                              : "; o banco em uso não está no lugar. Restaure de novo, ou dê a ele o nome de volta."));
+    if (servidor->MesmoBanco(antes))
+        linhas.push_back("Uma restauração parou antes da troca: o banco em uso é o de antes, e tem também o nome " +
+                         antes + ". A restauração seguinte tira esse nome; não apague nenhum dos dois à mão.");
+    else if (!Existe(*servidor, servidor->BancoEmUso()) && Existe(*servidor, antes))
+        linhas.push_back(
+            "O banco em uso não está no lugar. O que estava em uso antes da última restauração está, "
+            "inteiro, em " +
+            antes + ": restaure de novo, ou dê a ele o nome de volta.");
+    else if (!servidor->TrocaNomes() && PedacoFechado(*servidor, servidor->BancoEmUso()))
+        linhas.push_back(LugarFechado(conexao));
+    else if (Existe(*servidor, antes))
+        linhas.push_back("Há " + antes +
+                         ", o banco de antes de uma restauração, ou a sua cópia se ela não chegou à troca. Confira o "
+                         "que está em uso; depois apague esse, ou mude-lhe o nome.");
     if (Existe(*servidor, novo))
         linhas.push_back("Uma restauração não chegou ao fim e deixou " + novo +
-                         ". O banco em uso não foi tocado por ela. Apague esse resto.");
+                         ", se nenhuma está em andamento. Não é o banco em uso: apague esse resto.");
     for (const auto& resto : servidor->CopiasPassageiras())
-        linhas.push_back("Uma prova ou um ensaio não chegou ao fim e deixou " + resto + ". Apague esse resto.");
+        linhas.push_back("Uma prova ou um ensaio não chegou ao fim e deixou " + resto +
+                         ", se nenhum está em andamento. Apague esse resto.");
     return linhas;
 }
 

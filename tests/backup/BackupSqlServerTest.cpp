@@ -3,8 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "BancoOdbc.h"
 #include "Explicacao.h"
+#include "GramaticaTSql.h"
 #include "LojaDeBackup.h"
 
 namespace wkd {
@@ -13,6 +16,7 @@ namespace {
 TEST(BackupSqlServer, NamesAndPathsStandInTheStatementsAsTheyAre) {
     EXPECT_EQ(BackupTSql("LO]JA", "D:\\d'agua\\LOJA.bak"),
               "backup database [LO]]JA] to disk = N'D:\\d''agua\\LOJA.bak' with copy_only, noinit, checksum");
+    EXPECT_EQ(VerificaTSql("LOJA.bak"), "restore verifyonly from disk = N'LOJA.bak' with checksum");
     EXPECT_EQ(RestauraTSql("LOJA_res", "D:\\LOJA.bak", {{"loja", "E:\\a.mdf"}, {"loja_log", "E:\\b.ldf"}}),
               "restore database [LOJA_res] from disk = N'D:\\LOJA.bak' with move N'loja' to N'E:\\a.mdf', "
               "move N'loja_log' to N'E:\\b.ldf', checksum");
@@ -20,6 +24,25 @@ TEST(BackupSqlServer, NamesAndPathsStandInTheStatementsAsTheyAre) {
               (std::vector<std::string>{"alter database [LOJA] set single_user with no_wait",
                                         "alter database [LOJA] modify name = [LOJA_antes]",
                                         "alter database [LOJA_antes] set multi_user"}));
+}
+
+/// What the grammar does not know; these were compared with the server's reference.
+constexpr std::string_view kForaDaGramatica[] = {"backup database", "restore ", "alter database"};
+
+TEST(BackupSqlServer, AGrammarOfTSqlTakesTheStatements) {
+    std::vector<std::string> comandos = RenomeiaTSql("LO]JA", "LOJA_antes");
+    for (const auto& comando :
+         {BackupTSql("LOJA", "D:\\d'agua.bak"), VerificaTSql("D:\\d'agua.bak"), ListaDoBackupTSql("D:\\d'agua.bak"),
+          RestauraTSql("LOJA_res", "D:\\LOJA.bak", {{"loja", "E:\\a.mdf"}}), ApagaTSql("LOJA_prova"),
+          PedacosTSql("LOJA's"), EspacoTSql("D:"), std::string(kTamanhoTSql), std::string(kConectadosTSql)})
+        comandos.push_back(comando);
+    const auto recusados = RecusadosPelaGramatica(comandos);
+    if (!recusados) GTEST_SKIP() << "sqlfluff is not installed";
+    for (const auto& comando : comandos)
+        EXPECT_EQ(
+            recusados->contains(comando),
+            std::ranges::any_of(kForaDaGramatica, [&](std::string_view inicio) { return comando.starts_with(inicio); }))
+            << comando;
 }
 
 TEST(BackupSqlServer, AServerThatCannotSaysSo) {

@@ -10,8 +10,10 @@
 #include <thread>
 
 #include "Explicacao.h"
+#include "Intermediario.h"
 #include "LojaDeBackup.h"
 #include "process/Sha256.h"
+#include "rows/WKDQuery.h"
 #include "values/Texto.h"
 
 namespace wkd {
@@ -29,6 +31,18 @@ std::string Falha(const std::function<void()>& trabalho) {
     } catch (const std::exception& erro) {
         return ExplicaFalha(erro);
     }
+}
+
+/// The engine's own threads may hold its locks when the process ends: these are in a folder of the run's own.
+int Corre(const fs::path& pasta, int passo, const std::string& arquivo = "", const std::string& desde = "") {
+    const fs::path travas = pasta / ("travas" + std::to_string(passo));
+    fs::create_directories(travas);
+    const std::string comando = "FIREBIRD_LOCK='" + travas.string() + "' '" WKD_CORRIDA_DE_BACKUP "' '" +
+                                pasta.string() + "' " + std::to_string(passo) +
+                                (arquivo.empty() ? "" : " '" + arquivo + "' '" + desde + "'") + " 2>>'" +
+                                (pasta / "erros").string() + "'";
+    const int estado = std::system(comando.c_str());
+    return WIFEXITED(estado) ? WEXITSTATUS(estado) : -1;
 }
 
 TEST(Sha256, IsThatOfTheStandard) {
@@ -79,6 +93,14 @@ TEST_P(NosDoisMotores, ABackupComesBackAsItWas) {
     EXPECT_TRUE(loja.Prova(feito.arquivo, loja.Banco("LOJA_res.fdb")).bom);
     EXPECT_EQ(loja.Conteudo("LOJA_res.fdb"), antes);
     EXPECT_EQ(loja.Conteudo(), antes);
+}
+
+TEST_P(NosDoisMotores, ADatabaseThatNobodyChangesIsReadOnce) {
+    TLojaDeBackup loja(Servidor());
+    int vezes = 0;
+    FazBackup(loja.Conexao(), {"LOJA", loja.Backups(), 0},
+              [&](const TProgresso& progresso) { vezes += progresso.texto == "Lendo TCIDADE: 0 registros"; });
+    EXPECT_EQ(vezes, 1);
 }
 
 TEST_P(NosDoisMotores, ACopyThatDiffersIsNotGood) {
@@ -287,6 +309,209 @@ TEST_P(NosDoisMotores, BadInputIsToldInOneLineAndLosesNothing) {
     EXPECT_EQ(loja.Conteudo(), antes);
 }
 
+TEST(Backup, OfTwoInOneSecondEachKeepsItsOwnFile) {
+    if (!TServidorFirebird::Instalado()) GTEST_SKIP() << "no server";
+    TLojaDeBackup loja(TServidorFirebird::DoProcesso().Endereco());
+    constexpr std::size_t kQuantos = 3;
+    std::vector<TBackupFeito> feitos(kQuantos);
+    std::vector<std::string> falhas(kQuantos);
+    std::vector<std::thread> juntos;
+    for (std::size_t i = 0; i < kQuantos; ++i)
+        juntos.emplace_back([&, i] {
+            THBNConnection conexao{TAliases(loja / "WKD.ini")};
+            conexao.SetAlias("LOJA");
+            falhas[i] = Falha([&] {
+                conexao.Open();
+                feitos[i] = FazBackup(conexao, {"LOJA", loja.Backups(), 0}, kNinguem);
+            });
+        });
+    for (auto& outro : juntos) outro.join();
+    for (std::size_t i = 0; i < kQuantos; ++i) {
+        ASSERT_EQ(falhas[i], "");
+        EXPECT_EQ(Sha256DoArquivo(feitos[i].arquivo), LeManifesto(feitos[i].arquivo)->sha256);
+        EXPECT_EQ(feitos[i].manifesto.sha256, LeManifesto(feitos[i].arquivo)->sha256);
+    }
+    EXPECT_EQ(loja.Arquivos(loja.Backups()).size(), 2 * kQuantos);
+}
+
+TEST(Backup, TheNewOneAndTheLastGoodOneAreNeverAmongTheOldOnes) {
+    TLojaDeBackup loja;
+    const auto bom = loja.Backup();
+    ASSERT_TRUE(loja.Prova(bom.arquivo).bom);
+    EscreveArquivo(loja.Backups() / "LOJA_29990101_000000.fbk", "of a clock that was wrong");
+    EscreveArquivo(loja.Backups() / "LOJA_20200101_000000.fbk", "old");
+    const auto feito = loja.Backup(1);
+    EXPECT_TRUE(fs::exists(feito.arquivo));
+    EXPECT_TRUE(fs::exists(bom.arquivo));
+    EXPECT_EQ(feito.apagados, (std::vector<fs::path>{loja.Backups() / "LOJA_20200101_000000.fbk",
+                                                     loja.Backups() / "LOJA_29990101_000000.fbk"}));
+    ASSERT_TRUE(loja.Prova(feito.arquivo).bom);
+    EXPECT_EQ(loja.Backup(1).apagados, std::vector<fs::path>{bom.arquivo});
+}
+
+TEST(Backup, AnOldOneThatCannotBeRemovedIsNoFailure) {
+    TLojaDeBackup loja;
+    fs::create_directories(loja.Backups() / "LOJA_20200101_000000.fbk" / "cheia");
+    const auto feito = loja.Backup(1);
+    EXPECT_TRUE(fs::exists(feito.arquivo));
+    EXPECT_EQ(feito.naoApagados, std::vector<fs::path>{loja.Backups() / "LOJA_20200101_000000.fbk"});
+}
+
+TEST(Backup, AShadowOfTheDatabaseIsLeftAlone) {
+    TLojaDeBackup loja;
+    loja.Conexao().ExecuteDirect("create shadow 1 '" + (loja / "sombra.shd").string() + "'");
+    const auto antes = loja.Conteudo();
+    const auto feito = loja.Backup();
+    EXPECT_TRUE(loja.Prova(feito.arquivo).bom);
+    EXPECT_TRUE(fs::exists(loja / "sombra.shd"));
+    EXPECT_EQ(loja.Conteudo(), antes);
+}
+
+TEST(Backup, AnAliasMayHaveAnyNameAndAPathOfThisFolder) {
+    TLojaDeBackup loja;
+    const fs::path daqui = fs::current_path();
+    fs::create_directory(loja / "Uma pasta");
+    fs::copy_file(loja / "loja.fdb", loja / "Uma pasta/banco.fdb");
+    fs::current_path(loja / "Uma pasta");
+    const TAliases aliases(loja / "WKD.ini");
+    TAlias alias = aliases.CarregaAlias("LOJA");
+    alias.nome = "Loja 1/2: Centro";
+    alias.path = "";
+    alias.database = "banco.fdb";
+    aliases.AdicionaAlias(alias, false);
+    THBNConnection conexao(aliases);
+    conexao.SetAlias(alias.nome);
+    std::string resto;
+    const std::string falha = Falha([&] {
+        conexao.Open();
+        const auto feito = FazBackup(conexao, {alias.nome, loja.Backups(), 0}, kNinguem);
+        EXPECT_TRUE(ProvaBackup(conexao, {feito.arquivo, ""}, kNinguem).bom);
+        EscreveArquivo("Loja 1_2_ Centro_prova_101010.fdb", "x");
+        resto = Junta(RestosDeBackup(conexao), "\n");
+        EXPECT_EQ(RestauraNaOriginal(conexao, {alias.nome, feito.arquivo, loja.Backups()}, kNinguem).antigo,
+                  "Loja 1_2_ Centro_antes.fdb");
+    });
+    fs::current_path(daqui);
+    EXPECT_EQ(falha, "");
+    EXPECT_TRUE(Contem(resto, "_prova_101010.fdb")) << resto;
+    EXPECT_EQ(loja.Conteudo("Uma pasta/banco.fdb"), loja.Conteudo("Uma pasta/Loja 1_2_ Centro_antes.fdb"));
+}
+
+TEST(Backup, AServerWithoutServicesIsTold) {
+    if (!TServidorFirebird::Instalado()) GTEST_SKIP() << "no server";
+    const std::string endereco = TServidorFirebird::DoProcesso().Endereco();
+    TIntermediario rede(std::stoi(endereco.substr(endereco.find('/') + 1)));
+    TLojaDeBackup loja("127.0.0.1/" + std::to_string(rede.Porta()));
+    rede.RecusaServicos();
+    const std::string falha = Falha([&] { loja.Backup(); });
+    EXPECT_TRUE(falha.starts_with("O servidor não atende serviços de backup.")) << falha;
+    EXPECT_EQ(loja.Arquivos(loja.Backups()), std::vector<std::string>{});
+}
+
+TEST(Restauracao, AFileThatIsNoDatabaseStaysInItsPlaceOnAServer) {
+    if (!TServidorFirebird::Instalado()) GTEST_SKIP() << "no server";
+    TLojaDeBackup loja(TServidorFirebird::DoProcesso().Endereco());
+    const auto feito = loja.Backup();
+    loja.Conexao().Close();
+    EscreveArquivo(loja / "loja.fdb", std::string(3000, 'x'));
+    const std::string falha = Falha([&] { loja.Restaura(feito.arquivo); });
+    EXPECT_TRUE(Contem(falha, "não abre como banco de dados")) << falha;
+    EXPECT_EQ(loja.Arquivos(loja.Pasta()), std::vector<std::string>{"loja.fdb"});
+    EXPECT_EQ(LeArquivo(loja / "loja.fdb"), std::string(3000, 'x'));
+}
+
+/// What is entered while the old database is being copied would be in neither of the two.
+TEST(Restauracao, NobodyWritesIntoADatabaseThatIsAboutToBeReplaced) {
+    if (!TServidorFirebird::Instalado()) GTEST_SKIP() << "no server";
+    TLojaDeBackup loja(TServidorFirebird::DoProcesso().Endereco());
+    const auto feito = loja.Backup();
+    std::this_thread::sleep_for(std::chrono::seconds(1));  // another second, another file name
+    bool guardando = false, tentou = false, entrou = false;
+    RestauraNaOriginal(loja.Conexao(), {"LOJA", feito.arquivo, loja.Backups()}, [&](const TProgresso& progresso) {
+        guardando |= Contem(progresso.texto, "Guardando");
+        if (!guardando || tentou || !Contem(progresso.texto, "Restaurando")) return;
+        tentou = true;  // the copy of the old one has left its moment behind
+        const std::string recusa =
+            Falha([&] { loja.Outra()->ExecuteDirect("insert into TCIDADE (CODIGO, NOME) values (777, 'Nova')"); });
+        entrou = recusa.empty();
+    });
+    ASSERT_TRUE(tentou);
+    const auto antigo = loja.Outra("LOJA_antes.fdb");
+    EXPECT_EQ(ContaRegistros(*antigo, "select count(*) as total from TCIDADE where CODIGO = 777"), entrou ? 1 : 0);
+}
+
+TEST(Restauracao, ASwapCutBetweenItsTwoStepsIsTidiedByTheNextOne) {
+    TLojaDeBackup loja;
+    const auto antigo = loja.Conteudo();
+    const auto feito = loja.Backup();
+    loja.Conexao().ExecuteDirect("delete from TVENDA_ITENS");
+    const auto emUso = loja.Conteudo();
+    loja.Conexao().Close();
+    fs::create_hard_link(loja / "loja.fdb", loja / "LOJA_antes.fdb");  // killed before the new one took the place
+    EXPECT_EQ(loja.Conteudo(), emUso);
+    EXPECT_EQ(loja.Conteudo("LOJA_antes.fdb"), emUso);
+    const auto restos = RestosDeBackup(loja.Conexao());
+    ASSERT_EQ(restos.size(), 1u);
+    EXPECT_TRUE(Contem(restos[0], "parou antes da troca")) << restos[0];
+
+    EXPECT_EQ(loja.Restaura(feito.arquivo).antigo, loja.Banco("LOJA_antes.fdb"));
+    EXPECT_EQ(loja.Conteudo(), antigo);
+    EXPECT_EQ(loja.Conteudo("LOJA_antes.fdb"), emUso);
+
+    loja.Conexao().Close();
+    fs::remove(loja / "loja.fdb");  // killed between two renames
+    EXPECT_EQ(loja.Restaura(feito.arquivo).antigo, loja.Banco("LOJA_antes.fdb"));
+    EXPECT_EQ(loja.Conteudo(), antigo);
+    EXPECT_EQ(loja.Conteudo("LOJA_antes.fdb"), emUso);
+}
+
+TEST(Restauracao, ASwapThatFailsLeavesOneNameAndNoRest) {
+    TLojaDeBackup loja;
+    const auto emUso = loja.Conteudo();
+    loja.Conexao().Close();
+    const auto servidor = CriaServidorDeBackup(loja.Conexao());
+    const std::string antes = loja.Banco("LOJA_antes.fdb");
+    EXPECT_NE(Falha([&] { servidor->PoeNoLugar(loja.Banco("LOJA_novo.fdb"), antes); }), "");  // there is none
+    EXPECT_TRUE(servidor->MesmoBanco(antes));
+    servidor->Devolve(antes);
+    EXPECT_EQ(loja.Arquivos(loja.Pasta()), std::vector<std::string>{"loja.fdb"});
+    EXPECT_EQ(loja.Conteudo(), emUso);
+}
+
+TEST(Restauracao, TwoAtOnceDoNotMeet) {
+    TLojaDeBackup loja;
+    const auto feito = loja.Backup();
+    std::string falha;
+    RestauraNaOriginal(loja.Conexao(), {"LOJA", feito.arquivo, loja.Backups()}, [&](const TProgresso&) {
+        if (falha.empty()) falha = Falha([&] { loja.Restaura(feito.arquivo); });
+    });
+    EXPECT_TRUE(Contem(falha, "em andamento")) << falha;
+    EXPECT_EQ(loja.Conteudo(), feito.manifesto.antes);
+}
+
+/// The piece opens for one, like a whole database.
+TEST(Restauracao, APieceInThePlaceIsNotTakenForTheDatabase) {
+    if (!TServidorFirebird::Instalado()) GTEST_SKIP() << "no server";
+    TLojaDeBackup loja(TServidorFirebird::DoProcesso().Endereco());
+    const auto emUso = loja.Conteudo();
+    const auto feito = loja.Backup();
+    loja.Conexao().Close();
+    std::this_thread::sleep_for(std::chrono::seconds(1));
+    ASSERT_EQ(Corre(loja.Pasta(), 40, feito.arquivo.string(), "Trocando os bancos"), 9) << LeArquivo(loja / "erros");
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));  // the server notices
+    EXPECT_TRUE(FechadoParaUm(*loja.Outra()));
+    EXPECT_EQ(loja.Conteudo("LOJA_antes.fdb"), emUso);
+    const std::string restos = Junta(RestosDeBackup(loja.Conexao()), "\n");
+    EXPECT_TRUE(Contem(restos, "não o use; o de antes está, inteiro, em")) << restos;
+    const std::string falha = Falha([&] { loja.Restaura(feito.arquivo); });
+    EXPECT_TRUE(Contem(falha, "não o use")) << falha;
+    loja.Conexao().Close();
+    for (const char* nome : {"loja.fdb", "LOJA_novo.fdb"})
+        CriaServidorDeBackup(loja.Conexao())->Apaga(loja.Banco(nome));
+    EXPECT_EQ(loja.Restaura(feito.arquivo).antigo, loja.Banco("LOJA_antes.fdb"));
+    EXPECT_EQ(loja.Conteudo(), emUso);
+}
+
 TEST(Backup, AServerThatRefusesIsTold) {
     if (!TServidorFirebird::Instalado()) GTEST_SKIP() << "no server";
     TLojaDeBackup loja(TServidorFirebird::DoProcesso().Endereco());
@@ -326,18 +551,6 @@ TEST(Backup, AFullDiskLeavesNothing) {
     signal(SIGXFSZ, sinal);
     EXPECT_TRUE(Contem(falha, "O disco encheu")) << falha;
     EXPECT_EQ(loja.Arquivos(loja.Backups()), std::vector<std::string>{});
-}
-
-/// The engine's own threads may hold its locks when the process ends: these are in a folder of the run's own.
-int Corre(const fs::path& pasta, int passo, const std::string& arquivo = "") {
-    const fs::path travas = pasta / ("travas" + std::to_string(passo));
-    fs::create_directories(travas);
-    const std::string comando = "FIREBIRD_LOCK='" + travas.string() + "' '" WKD_CORRIDA_DE_BACKUP "' '" +
-                                pasta.string() + "' " + std::to_string(passo) +
-                                (arquivo.empty() ? "" : " '" + arquivo + "'") + " 2>>'" + (pasta / "erros").string() +
-                                "'";
-    const int estado = std::system(comando.c_str());
-    return WIFEXITED(estado) ? WEXITSTATUS(estado) : -1;
 }
 
 TEST_P(NosDoisMotores, QuedaInABackupLeavesTheDatabaseAndNoHalfFile) {

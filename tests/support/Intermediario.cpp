@@ -5,6 +5,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 
 namespace wkd {
@@ -15,6 +16,13 @@ constexpr int kPassoMs = 5;
 bool Chegou(int soquete) {
     pollfd p{soquete, POLLIN, 0};
     return poll(&p, 1, kPassoMs) > 0;
+}
+
+/// The length of the file's name is the fifth number of the first packet.
+bool PedeServico(int programa) {
+    char inicio[20] = {1};
+    recv(programa, inicio, sizeof inicio, MSG_PEEK | MSG_WAITALL);
+    return std::all_of(inicio + 16, inicio + 20, [](char byte) { return byte == 0; });
 }
 
 /// False when the other side has ended.
@@ -56,7 +64,7 @@ void TIntermediario::Atende() {
         if (!Chegou(escuta_.Soquete())) continue;
         const int programa = accept(escuta_.Soquete(), nullptr, nullptr);
         if (programa < 0) continue;
-        if (aceita_)
+        if (aceita_ && !(recusaServicos_ && PedeServico(programa)))
             Liga(programa);
         else
             close(programa);

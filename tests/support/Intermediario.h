@@ -27,6 +27,8 @@ class TIntermediario {
     void CortaAVolta();
     /// Whether new connections are let through.
     void Aceita(bool sim) { aceita_ = sim; }
+    /// From now on a Firebird service, which names no file when it connects, is turned away.
+    void RecusaServicos() { recusaServicos_ = true; }
 
   private:
     enum class TModo { Passa, Muda, SemVolta, Cortada };
@@ -43,7 +45,7 @@ class TIntermediario {
 
     const TPortaMuda escuta_{16};
     const int servidor_;
-    std::atomic<bool> fim_ = false, aceita_ = true;
+    std::atomic<bool> fim_ = false, aceita_ = true, recusaServicos_ = false;
     std::mutex guarda_;
     std::list<TLinha> linhas_;  // behind guarda_
     std::thread thread_;

@@ -11,6 +11,7 @@
 
 #include "Backup.h"
 #include "Explicacao.h"
+#include "ServidorDeBackup.h"
 #include "Troca.h"
 #include "commands/ComandosDeBanco.h"
 #include "commands/LinhaDoTerminal.h"
@@ -60,6 +61,36 @@ void DizRestos(THBNConnection& conexao) {
     for (const auto& linha : RestosDeBackup(conexao)) EscreveNosErros("Aviso: " + linha);
 }
 
+/// The same alias may name another company's database in another installation.
+void DizSeVeioDeOutroLugar(const std::string& emUso, const std::filesystem::path& arquivo) {
+    const auto manifesto = LeManifesto(arquivo);
+    if (manifesto && manifesto->banco != emUso)
+        EscreveNosErros("Aviso: o backup é de " + manifesto->banco + ", de " + manifesto->quando +
+                        "; o banco em uso é " + emUso + ".");
+}
+
+/// What became of other backups.
+void DizOutros(const TBackupFeito& feito) {
+    for (const auto& resto : feito.restos)
+        EscreveNosErros("Aviso: um backup que não chegou ao fim, se nenhum está em andamento, deixou " +
+                        TextoDoCaminho(resto) + ". Apague esse resto.");
+    for (const auto& apagado : feito.apagados)
+        std::cout << "Apagado, por ser mais antigo: " << TextoDoCaminho(apagado) << '\n';
+    for (const auto& antigo : feito.naoApagados)
+        EscreveNosErros("Aviso: o backup antigo " + TextoDoCaminho(antigo) +
+                        " não pôde ser apagado. Confira a permissão.");
+}
+
+void DizFeito(const TBackupFeito& feito, const std::string& alias, bool aqui) {
+    std::cout << "Backup feito: " << TextoDoCaminho(feito.arquivo);
+    if (aqui)
+        std::cout << " (" << TamanhoEmTexto(feito.manifesto.tamanho) << ")";
+    else
+        std::cout << ", no servidor, que o leu até o fim";
+    std::cout << "\nSó vale depois de provado: AtualizaWKD --prova-backup \"" << TextoDoCaminho(feito.arquivo) << '"'
+              << (aqui ? "" : " \"" + alias + "\"") << std::endl;
+}
+
 std::string AliasDaProva(const TPedeProva& pedido) {
     if (!pedido.alias.empty()) return pedido.alias;
     if (const auto manifesto = LeManifesto(pedido.arquivo)) return manifesto->alias;
@@ -87,6 +118,7 @@ TCodigoDeSaida Restaura(const TAmbiente& ambiente, const TPedeRestaura& pedido) 
     const std::string banco = conexao.RetornaDadosConexao().Texto();
     const std::string pergunta = "Pôr o backup " + TextoDoCaminho(pedido.arquivo) + " no lugar do banco em uso, " +
                                  banco + "? O que está nele desde o backup fica só na cópia guardada.";
+    DizSeVeioDeOutroLugar(banco, pedido.arquivo);
     if (!pedido.sim && !Confirma(pergunta)) {
         EscreveNosErros("Nada foi feito. Sem ninguém para responder, confirme com --sim.");
         return TCodigoDeSaida::Encerrada;
@@ -96,8 +128,8 @@ TCodigoDeSaida Restaura(const TAmbiente& ambiente, const TPedeRestaura& pedido) 
     TRestauracao restauracao;
     {
         TAndamentoNoTerminal andamento;
-        restauracao = RestauraNaOriginal(conexao, {pedido.alias, pedido.arquivo, PastaDeBackup(ambiente, preferencias)},
-                                         andamento.Acompanha());
+        const auto pasta = PastaDeBackup(ambiente, preferencias, conexao);
+        restauracao = RestauraNaOriginal(conexao, {pedido.alias, pedido.arquivo, pasta}, andamento.Acompanha());
     }
     EscreveVeredito(restauracao.veredito);
     std::cout << "O banco em uso é agora o do backup: " << banco << '\n';
@@ -115,7 +147,8 @@ TCodigoDeSaida CodigoDoEnsaio(const TEnsaio& ensaio) {
 
 }  // namespace
 
-std::filesystem::path PastaDeBackup(const TAmbiente& ambiente, TPreferencias& preferencias) {
+std::filesystem::path PastaDeBackup(const TAmbiente& ambiente, TPreferencias& preferencias, THBNConnection& conexao) {
+    if (!CriaServidorDeBackup(conexao)->ArquivosAqui()) return {};
     if (const QString lembrada = preferencias.Le("edCaminhoBackup").trimmed(); !lembrada.isEmpty())
         return Caminho(lembrada);
     const auto pasta = ambiente.pastaPrograma / "Backup";
@@ -128,24 +161,23 @@ TCodigoDeSaida ComandoBackup(const TAmbiente& ambiente, const TPedeBackup& pedid
     return NoAlias(ambiente, pedido.alias, [&](TDataModulo& dm, const TEstado&) {
         return ComExplicacao([&] {
             TPreferencias preferencias;
-            const auto pasta =
-                pedido.pasta.empty() ? PastaDeBackup(ambiente, preferencias) : std::filesystem::absolute(pedido.pasta);
+            const bool aqui = CriaServidorDeBackup(dm.SQLConnection1)->ArquivosAqui();
+            auto pasta = pedido.pasta;
+            if (pasta.empty()) pasta = PastaDeBackup(ambiente, preferencias, dm.SQLConnection1);
+            if (aqui) pasta = std::filesystem::absolute(pasta);
             DizRestos(dm.SQLConnection1);
             TBackupFeito feito;
             {
                 TAndamentoNoTerminal andamento;
                 feito = FazBackup(dm.SQLConnection1, {pedido.alias, pasta, pedido.guarda}, andamento.Acompanha());
             }
-            if (!pedido.pasta.empty()) preferencias.Grava("edCaminhoBackup", QCaminho(pasta));
-            for (const auto& resto : feito.restos)
-                EscreveNosErros("Aviso: um backup interrompido deixou " + TextoDoCaminho(resto) +
-                                ". Apague esse resto.");
-            for (const auto& apagado : feito.apagados)
-                std::cout << "Apagado, por ser mais antigo: " << TextoDoCaminho(apagado) << '\n';
-            std::cout << "Backup feito: " << TextoDoCaminho(feito.arquivo) << " ("
-                      << TamanhoEmTexto(feito.manifesto.tamanho) << ")\n"
-                      << "Só vale depois de provado: AtualizaWKD --prova-backup \"" << TextoDoCaminho(feito.arquivo)
-                      << '"' << std::endl;
+            if (!pedido.pasta.empty() && aqui) preferencias.Grava("edCaminhoBackup", QCaminho(pasta));
+            DizOutros(feito);
+            if (!aqui && pedido.guarda > 0)
+                EscreveNosErros(
+                    "Aviso: --guarda não apaga nada aqui: o arquivo está no servidor, que não apaga "
+                    "arquivos. Apague lá os backups antigos.");
+            DizFeito(feito, pedido.alias, aqui);
             return TCodigoDeSaida::Sucesso;
         });
     });
@@ -185,7 +217,7 @@ TCodigoDeSaida ComandoEnsaio(const TAmbiente& ambiente, const TPedeEnsaio& pedid
         return ComExplicacao([&] {
             TPreferencias preferencias;
             TPedidoDeEnsaio ensaiado{OpcoesDoComando(ambiente, pedido.alias, pedido.pacote),
-                                     PastaDeBackup(ambiente, preferencias), pedido.mantem};
+                                     PastaDeBackup(ambiente, preferencias, dm.SQLConnection1), pedido.mantem};
             DizRestos(dm.SQLConnection1);
             TEnsaio ensaio;
             {

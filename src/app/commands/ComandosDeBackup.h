@@ -8,6 +8,7 @@
 
 namespace wkd {
 
+class THBNConnection;
 class TPreferencias;
 
 // Commands on whole databases.
@@ -19,7 +20,7 @@ TCodigoDeSaida ComandoRestaura(const TAmbiente& ambiente, const TPedeRestaura& p
 TCodigoDeSaida ComandoEnsaio(const TAmbiente& ambiente, const TPedeEnsaio& pedido);
 
 /// The folder of backups: that of the wizard's page, which remembers it, else "Backup" in the program's folder, which
-/// is made.
-std::filesystem::path PastaDeBackup(const TAmbiente& ambiente, TPreferencias& preferencias);
+/// is made. Empty for a server that keeps the files itself: it has a folder of its own for them.
+std::filesystem::path PastaDeBackup(const TAmbiente& ambiente, TPreferencias& preferencias, THBNConnection& conexao);
 
 }  // namespace wkd

@@ -29,7 +29,8 @@ Sem mudar nada:
 
 Backup:
   --backup ALIAS [PASTA] [--guarda N]        faz um backup do banco inteiro; sem PASTA, na última usada;
-                                             --guarda apaga os mais antigos e deixa os N últimos
+                                             --guarda apaga os mais antigos e deixa os N últimos,
+                                             e o último que foi provado
   --prova-backup ARQUIVO [ALIAS]             restaura o backup num banco provisório e o compara com o original
   --restaura ALIAS ARQUIVO [--sim]           põe o backup no lugar do banco em uso, que fica guardado com outro
                                              nome; sem ninguém para responder, só com --sim

@@ -1,5 +1,6 @@
 #include "commands/PreencheDados.h"
 
+#include "ServidorDeBackup.h"
 #include "Troca.h"
 #include "run/TravaDoBanco.h"
 
@@ -18,11 +19,19 @@ void DizOndeEsta(THBNConnection& conexao, TDadosDoAlias& dados) {
     }
 }
 
+/// What a server's restore has not finished opens like a whole database, for one.
+void RecusaPedaco(THBNConnection& conexao, TDadosDoAlias& dados) {
+    if (conexao.ArquivoLocal() || !FechadoParaUm(conexao)) return;
+    conexao.Close();
+    dados.erro = LugarFechado(conexao);
+}
+
 void Abre(TDataModulo& dm, const std::string& alias, TDadosDoAlias& dados) {
     try {
         dm.nomeAlias = alias;
         dm.SQLConnection1.SetAlias(alias);
         dm.SQLConnection1.Open();
+        RecusaPedaco(dm.SQLConnection1, dados);
     } catch (const std::exception& erro) {
         dados.erro = erro.what();
         DizOndeEsta(dm.SQLConnection1, dados);

@@ -53,6 +53,8 @@ std::string EnsaioEmTexto(const TEnsaio& ensaio) {
              "; restauração e prova: " + Tempo(ensaio.segundosDaRestauracao) + "\n" + "A atualização levaria " +
              Tempo(ensaio.segundosDaAtualizacao) + " e mais " + TamanhoEmTexto(ensaio.DiscoNecessario()) +
              " no disco do banco\n";
+    if (!ensaio.backupNoServidor.empty())
+        texto += "O backup do ensaio ficou no servidor, em " + ensaio.backupNoServidor + ": apague-o lá\n";
     if (!ensaio.banco.empty()) texto += "A cópia atualizada ficou em " + ensaio.banco + "\n";
     return texto + "\nResultado: " + ensaio.Frase() + ".\n";
 }
@@ -69,6 +71,7 @@ std::string EnsaioEmJson(const TEnsaio& ensaio) {
                   {"bytesDoBackup", ensaio.bytesDoBackup},
                   {"discoNecessario", ensaio.DiscoNecessario()},
                   {"banco", ensaio.banco.empty() ? TJson() : TJson(ensaio.banco)},
+                  {"backupNoServidor", ensaio.backupNoServidor.empty() ? TJson() : TJson(ensaio.backupNoServidor)},
                   {"rejeitadas", TJson::array()},
                   {"desvios", TJson::array()},
                   {"porTerminar", ensaio.mudaria}};

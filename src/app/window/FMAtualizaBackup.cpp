@@ -95,7 +95,7 @@ void TFMAtualiza::RestauraNaCopia(const std::filesystem::path& arquivo) {
         existe = CriaServidorDeBackup(dm_->SQLConnection1)->Existe(banco);
         return std::string();
     });
-    const bool deTeste = banco.ends_with("_res.fdb");
+    const bool deTeste = backup_->NaCopiaDeTeste();
     if (existe && (!deTeste || !meios_.dialogos.Confirmacao(
                                    Q("A cópia de teste " + banco + " já existe. Apagá-la e restaurar de novo?")))) {
         if (!deTeste) meios_.dialogos.Informacao(Q("Já existe o banco " + banco + ". Escolha outro nome e repita."));
@@ -108,7 +108,8 @@ void TFMAtualiza::RestauraNaCopia(const std::filesystem::path& arquivo) {
 }
 
 void TFMAtualiza::btEnsaioClick() {
-    const TPedidoDeEnsaio pedido{Opcoes(), PastaDeBackup(meios_.ambiente, meios_.preferencias), false};
+    const TPedidoDeEnsaio pedido{Opcoes(), PastaDeBackup(meios_.ambiente, meios_.preferencias, dm_->SQLConnection1),
+                                 false};
     status_->PermitePlano(false);
     std::string frase;
     ComAndamento([&](const TAcompanha& acompanha) {
@@ -126,7 +127,7 @@ bool TFMAtualiza::BackupAntes(const std::filesystem::path& pasta, TEvidencia& ev
         meios_.tela.Memo1("Backup antes da atualização");
         const TBackupFeito feito = FazBackup(dm_->SQLConnection1, {aliasAtual_, pasta, 0}, acompanha);
         const std::string arquivo = TextoDoCaminho(feito.arquivo);
-        const TVeredito veredito = ProvaBackup(dm_->SQLConnection1, {feito.arquivo, ""}, acompanha);
+        const TVeredito veredito = ProvaBackup(dm_->SQLConnection1, {feito.arquivo, "", feito.manifesto}, acompanha);
         if (!veredito.bom) throw TErroDeBackup(ComAchados(veredito));
         evidencia.backup = arquivo;
         evidencia.volta = "AtualizaWKD --restaura \"" + aliasAtual_ + "\" \"" + arquivo + "\"";

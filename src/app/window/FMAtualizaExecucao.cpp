@@ -75,8 +75,8 @@ TCodigoDeSaida TFMAtualiza::Executa() {
     }
     TFimDaAtualizacao fim = TFimDaAtualizacao::Interrompida;  // unless it comes to an end of its own
     const bool comBackup = inicio_.comBackup || status_->ComBackup();
-    const auto pasta =
-        backup_->Pasta().empty() ? PastaDeBackup(meios_.ambiente, meios_.preferencias) : backup_->Pasta();
+    auto pasta = backup_->Pasta();
+    if (comBackup && pasta.empty()) pasta = PastaDeBackup(meios_.ambiente, meios_.preferencias, dm_->SQLConnection1);
     NoBanco([&, opcoes = Opcoes()] {
         TEvidencia doBackup;
         if (comBackup && !BackupAntes(pasta, doBackup)) {

@@ -76,6 +76,10 @@ bool TPaginaBackup::NaBaseOriginal() const {
     return edBancoRest_->text().trimmed() == Q(original.banco);
 }
 
+bool TPaginaBackup::NaCopiaDeTeste() const {
+    return edBancoRest_->text().trimmed() == Q(DestinoDaRestauracao(aliases_, S(alias_), false).banco);
+}
+
 std::filesystem::path TPaginaBackup::Arquivo() {
     if (!feito_.empty() && !NaBaseOriginal()) return feito_;
     return Caminho(dialogos_.BackupParaAbrir());

@@ -27,6 +27,8 @@ class TPaginaBackup : public QWidget {
     /// The database to restore into, as the driver names it, and whether it is the one in use.
     std::string Destino() const;
     bool NaBaseOriginal() const;
+    /// Whether it is the alias's own test copy.
+    bool NaCopiaDeTeste() const;
     /// The backup to restore: the one just made, or the one that the person chooses; empty when none was chosen.
     std::filesystem::path Arquivo();
     /// From now on it may be restored into the test copy.

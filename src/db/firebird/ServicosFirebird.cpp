@@ -96,7 +96,15 @@ void TServicosFirebird::Liga() {
     TEstadoFirebird estado;
     Cliente().isc_service_attach(estado, 0, servico_.c_str(), &ligacao_, static_cast<unsigned short>(bloco.size()),
                                  bloco.data());
-    Confere(estado, "");
+    try {
+        Confere(estado, "");
+    } catch (const TErroBanco& erro) {
+        if (erro.Falha() == TFalha::Autenticacao) throw;
+        TErroBanco::TDados dados;
+        dados.mensagem = std::string("services manager: ") + erro.what();
+        dados.falha = erro.Falha();
+        throw TErroBanco(std::move(dados));
+    }
 }
 
 void TServicosFirebird::Desliga() noexcept {
@@ -143,7 +151,7 @@ void TServicosFirebird::FazBackup(const TRecebe& recebe) {
 
 void TServicosFirebird::Restaura(TLeitorBytes& fonte, const TLinha& linha) {
     std::string pedido = Pedido(isc_action_svc_restore, "stdin");
-    AdicionaNumero(pedido, isc_spb_options, isc_spb_res_create);
+    AdicionaNumero(pedido, isc_spb_options, isc_spb_res_create | isc_spb_res_no_shadow);
     pedido += isc_spb_verbose;
     Comeca(pedido);
     try {
@@ -164,6 +172,7 @@ void TServicosFirebird::Alimenta(TLeitorBytes& fonte, const TLinha& linha) {
     for (;;) {
         Pergunta(ComPrazo(envia), itens);
         const TResposta resposta = Interpreta(resposta_);
+        criou_ = criou_ || resposta.texto.find("created database") != std::string_view::npos;
         linha(resposta.texto);
         if (!resposta.continua) return;
         envia.clear();

@@ -26,8 +26,11 @@ class TServicosFirebird {
     /// of the database is cleaned up by the way.
     void FazBackup(const TRecebe& recebe);
     /// Makes the database of the parameters, which must not exist, from such a stream. `linha` gets what the service
-    /// does, and an empty line every now and then. What was made until a failure is left to the caller.
+    /// does, and an empty line every now and then. Shadows, files of their own beside the original's, do not come back.
+    /// What was made until a failure is left to the caller.
     void Restaura(TLeitorBytes& fonte, const TLinha& linha);
+    /// Whether the service said that it made the database: then nobody else did.
+    bool Criou() const { return criou_; }
 
   private:
     void Liga();
@@ -41,6 +44,7 @@ class TServicosFirebird {
 
     std::string servico_, banco_, usuario_, senha_;
     unsigned ligacao_ = 0;
+    bool criou_ = false;
     std::string resposta_;
 };
 

@@ -119,8 +119,9 @@ std::unique_ptr<TConnection> THBNConnection::Outra(const TParametrosConexao& par
 std::optional<std::filesystem::path> THBNConnection::ArquivoLocal() const {
     std::error_code erro;
     if (StrToTipoBanco(tipoBanco_) != TTipoBanco::tbInterbase || !RetornaDadosConexao().hostname.empty()) return {};
-    auto arquivo = std::filesystem::canonical(parametros_.Valor("Database"), erro);
-    return erro ? std::nullopt : std::optional(std::move(arquivo));
+    const auto banco = std::filesystem::absolute(parametros_.Valor("Database"), erro);
+    auto arquivo = std::filesystem::weakly_canonical(banco, erro);
+    return erro || !arquivo.has_filename() ? std::nullopt : std::optional(std::move(arquivo));
 }
 
 void THBNConnection::Open() {

@@ -65,7 +65,7 @@ class THBNConnection : public TConnection {
     /// them, not opened.
     TParametrosConexao ParametrosDe(std::string_view banco) const;
     std::unique_ptr<TConnection> Outra(const TParametrosConexao& parametros) const;
-    /// The alias's database file, when the embedded engine is to open it.
+    /// The alias's database file, whether it is there or not, when the embedded engine is to open it.
     std::optional<std::filesystem::path> ArquivoLocal() const;
 
     struct TDadosConexao {

@@ -151,12 +151,18 @@ std::string LeArquivoInteiro(const fs::path& caminho, bool porLink) {
 
 TArquivo CriaArquivo(const fs::path& caminho) {
     if (fs::symlink_status(caminho).type() != fs::file_type::directory) fs::remove(caminho);
+    TArquivo arquivo = CriaSeNaoHa(caminho);
+    if (!arquivo) Falha(caminho, EEXIST);
+    return arquivo;
+}
+
+TArquivo CriaSeNaoHa(const fs::path& caminho) {
 #ifdef _WIN32
     TArquivo arquivo(_wfopen(caminho.c_str(), L"wbx"));
 #else
     TArquivo arquivo(std::fopen(caminho.c_str(), "wbxe"));
 #endif
-    if (!arquivo) Falha(caminho);
+    if (!arquivo && errno != EEXIST) Falha(caminho);
     return arquivo;
 }
 

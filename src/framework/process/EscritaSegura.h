@@ -25,6 +25,8 @@ TArquivo AbreParaLer(const std::filesystem::path& caminho, bool porLink = false)
 std::string LeArquivoInteiro(const std::filesystem::path& caminho, bool porLink = false);
 /// Takes away what has the name and makes a file, with the modes that the system gives to a new one.
 TArquivo CriaArquivo(const std::filesystem::path& caminho);
+/// The same without taking anything away: null where the name is taken, so that one of two who want it gets it.
+TArquivo CriaSeNaoHa(const std::filesystem::path& caminho);
 /// For adding at the end, and reading; for its owner alone when it is new or ours.
 TArquivo AbreParaAcrescentar(const std::filesystem::path& caminho);
 

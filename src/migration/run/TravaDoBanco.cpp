@@ -49,18 +49,23 @@ constexpr auto kPrazo = 60s, kPaciencia = 5s;
 /// The name of one whom the user may not see is empty.
 std::string Nome(const std::string& quem) { return quem.empty() ? "quem a roda não é visto por este usuário" : quem; }
 
+std::string Eu() { return Usuario() + " em " + Computador() + ", desde " + FormataDataHora(Agora(), "dd/mm hh:mm"); }
+
 }  // namespace
 
+std::unique_ptr<TTrava> TravaDoArquivo(THBNConnection& conexao) {
+    const auto banco = conexao.ArquivoLocal();
+    if (!banco) return nullptr;
+    const auto arquivo = ArquivoDaTrava(*banco);
+    auto trava = TTrava::Tenta(arquivo);
+    if (!trava) throw TOutraAtualizacao(Nome(TTrava::QuemTem(arquivo).value_or("")));
+    trava->Escreve(Eu());
+    return trava;
+}
+
 TTravaDoBanco::TTravaDoBanco(THBNConnection& conexao)
-    : quem_(Usuario() + " em " + Computador() + ", desde " + FormataDataHora(Agora(), "dd/mm hh:mm")),
-      doTrabalho_(conexao) {
-    if (const auto banco = conexao.ArquivoLocal()) {
-        const auto arquivo = ArquivoDaTrava(*banco);
-        arquivo_ = TTrava::Tenta(arquivo);
-        if (!arquivo_) throw TOutraAtualizacao(Nome(TTrava::QuemTem(arquivo).value_or("")));
-        arquivo_->Escreve(quem_);
-        return;
-    }
+    : quem_(Eu()), arquivo_(TravaDoArquivo(conexao)), doTrabalho_(conexao) {
+    if (arquivo_) return;
     conexao_ = conexao.Outra();
     conexao_->Open();
     Trava();

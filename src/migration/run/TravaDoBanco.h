@@ -64,6 +64,10 @@ class TTravaDoBanco {
     std::thread thread_;
 };
 
+/// Holds off updates, and others who would do the same, while the file of a database that the embedded engine opens is
+/// exchanged. Null on a server. Throws TOutraAtualizacao, or TErroPacote for a lock file that cannot be used.
+std::unique_ptr<TTrava> TravaDoArquivo(THBNConnection& conexao);
+
 /// Who updates the alias's database now, as far as it can be seen: by the connection if it is open, else by the file.
 std::optional<std::string> QuemAtualiza(THBNConnection& conexao);
 
