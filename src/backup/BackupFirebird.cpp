@@ -74,6 +74,13 @@ std::string TabelaDaLinha(std::string_view linha) {
     return onde == std::string_view::npos ? "" : std::string(Apara(linha.substr(onde + kMarca.size())));
 }
 
+/// The service had the new file and could not write into it; a file that was there is another error.
+bool EncheuAoCriar(const TErroBanco& erro) {
+    const std::string_view texto = erro.what();
+    const auto tem = [&](const char* parte) { return texto.find(parte) != std::string_view::npos; };
+    return tem("failed to create database") && (tem("during \"write") || tem("during \"WriteFile"));
+}
+
 /// A server names the file that it could not open; one that it cannot read is another error.
 bool NaoSeAcha(const TErroBanco& erro) {
     constexpr std::int64_t kErroDeArquivo = 335544344;
@@ -114,17 +121,22 @@ void TBackupFirebird::Restaura(const fs::path& arquivo, const std::string& banco
                            TamanhoEmTexto(total),
                        Percentual(fonte.Lidos(), total)});
         });
+    } catch (const TErroBanco& erro) {
+        if (servicos.Criou() || EncheuAoCriar(erro)) DescartaPedaco(banco);
+        throw;
     } catch (...) {
         if (servicos.Criou()) DescartaPedaco(banco);
         throw;
     }
 }
 
-/// A database that a restore began is whole for whoever opens it, with the rows that it got so far.
+/// A database that a restore began is whole for whoever opens it, with the rows that it got so far, or not yet one.
 void TBackupFirebird::DescartaPedaco(const std::string& banco) noexcept {
     try {
         Apaga(banco);
-    } catch (const std::exception&) {  // it was not made, or is named by the next start
+    } catch (const std::exception&) {
+        std::error_code erro;  // on a server it stays
+        if (NestaMaquina()) fs::remove(CaminhoDoTexto(banco), erro);
     }
 }
 

@@ -37,7 +37,7 @@ constexpr std::string_view kSemServico =
     "O servidor não atende serviços de backup. Peça ao administrador do servidor que os ligue, ou faça o backup nele.";
 constexpr std::string_view kEmUso =
     "O banco está em uso por outro programa. Feche o sistema em todas as estações e repita.";
-constexpr std::string_view kServidorCheio = "O disco do servidor encheu. Libere espaço nele e repita.";
+constexpr std::string_view kServidorCheio = "O disco do banco encheu. Libere espaço nele e repita.";
 constexpr std::string_view kSemPasta =
     "O servidor não pôde criar o banco: a pasta não existe para ele, ou não lhe dá permissão. Corrija o caminho e "
     "repita.";
@@ -52,6 +52,7 @@ constexpr TRegra kRegras[] = {
     {"do not recognize", kCortado},
     {"RESTORE: decompression length error", kCortado},
     {"No space left", kServidorCheio},
+    {"File too large", kServidorCheio},
     {"user name and password are not defined", kSenha},
     {"Error occurred during login", kSenha},
     {"Login failed", kSenha},

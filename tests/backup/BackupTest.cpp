@@ -538,19 +538,40 @@ TEST(Backup, AServerThatRefusesIsTold) {
     }
 }
 
+/// What a full disk does, to this process alone.
+std::string ComArquivosDeAte(rlim_t bytes, const std::function<void()>& trabalho) {
+    rlimit limite{};
+    EXPECT_EQ(getrlimit(RLIMIT_FSIZE, &limite), 0);
+    const auto sinal = signal(SIGXFSZ, SIG_IGN);
+    const rlimit pequeno{bytes, limite.rlim_max};
+    EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &pequeno), 0);
+    std::string falha = Falha(trabalho);
+    setrlimit(RLIMIT_FSIZE, &limite);
+    signal(SIGXFSZ, sinal);
+    return falha;
+}
+
 TEST(Backup, AFullDiskLeavesNothing) {
     if (!TServidorFirebird::Instalado()) GTEST_SKIP() << "no server";
     TLojaDeBackup loja(TServidorFirebird::DoProcesso().Endereco());
-    rlimit limite{};
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limite), 0);
-    const auto sinal = signal(SIGXFSZ, SIG_IGN);
-    const rlimit pequeno{20'000, limite.rlim_max};
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &pequeno), 0);
-    const std::string falha = Falha([&] { loja.Backup(); });
-    setrlimit(RLIMIT_FSIZE, &limite);
-    signal(SIGXFSZ, sinal);
+    const std::string falha = ComArquivosDeAte(20'000, [&] { loja.Backup(); });
     EXPECT_TRUE(Contem(falha, "O disco encheu")) << falha;
     EXPECT_EQ(loja.Arquivos(loja.Backups()), std::vector<std::string>{});
+}
+
+/// A disk that is full from the first page of the copy on, and one that fills while rows come in.
+TEST(Backup, AFullDiskLeavesNoPieceOfACopy) {
+    TLojaDeBackup loja;
+    const auto antes = loja.Conteudo();
+    const auto feito = loja.Backup();
+    const auto restantes = loja.Arquivos(loja.Pasta());
+    const rlim_t tamanho = fs::file_size(loja / "loja.fdb");
+    for (const rlim_t limite : {rlim_t{1'150'000}, tamanho * 4 / 5}) {  // less would be too little for the locks
+        const std::string falha = ComArquivosDeAte(limite, [&] { loja.Prova(feito.arquivo); });
+        EXPECT_TRUE(Contem(falha, "O disco")) << limite << falha;
+        EXPECT_EQ(loja.Arquivos(loja.Pasta()), restantes) << limite << falha;
+    }
+    EXPECT_EQ(loja.Conteudo(), antes);
 }
 
 TEST_P(NosDoisMotores, QuedaInABackupLeavesTheDatabaseAndNoHalfFile) {
