@@ -272,8 +272,10 @@ std::vector<std::string> RestosDeBackup(THBNConnection& conexao) {
         linhas.push_back("Uma restauração não chegou ao fim e deixou " + novo +
                          ", se nenhuma está em andamento. Não é o banco em uso: apague esse resto.");
     for (const auto& resto : servidor->CopiasPassageiras())
-        linhas.push_back("Uma prova ou um ensaio não chegou ao fim e deixou " + resto +
-                         ", se nenhum está em andamento. Apague esse resto.");
+        linhas.push_back(
+            "Há " + resto +
+            ", de uma prova ou de um ensaio que não chegou ao fim, ou que deixou a cópia (--mantem). Apague-a "
+            "se nenhum está em andamento e ela não é mais precisa.");
     return linhas;
 }
 
