@@ -55,6 +55,13 @@ TEST(ExecucaoTest, UpdatesFromClickToEndAndStaysAlive) {
     EXPECT_TRUE(janela.C<QPushButton>("btSair").isEnabled());
     EXPECT_FALSE(janela.C<QPushButton>("btVoltar").isEnabled());
     EXPECT_FALSE(janela.C<QPushButton>("btProximo").isEnabled());
+    EXPECT_EQ(S(janela.C<QLabel>("lblVeredicto").text()), "Concluída sem erros");
+    EXPECT_TRUE(janela.C<QLabel>("lblVeredicto").isVisible());
+    for (const char* nome : {"btRelatorio", "btLogDoFim"}) janela.C<QPushButton>(nome).click();
+    ASSERT_EQ(janela.dialogos.abertos.size(), 3u);
+    EXPECT_TRUE(janela.dialogos.abertos[1].endsWith("AtualizaWKD.relatorio.html"));
+    EXPECT_TRUE(QFile::exists(janela.dialogos.abertos[1]));
+    EXPECT_TRUE(janela.dialogos.abertos[2].endsWith("AtualizaWKD.log"));
     const QString memo1 = janela.C<QPlainTextEdit>("Memo1").toPlainText();
     EXPECT_TRUE(memo1.contains("Atualizou o arquivo: TCLI_CON"));
     EXPECT_TRUE(memo1.section('\n', -1).startsWith("Tempo de Atualização: ")) << S(memo1.right(200));

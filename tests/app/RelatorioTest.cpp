@@ -1,13 +1,17 @@
 // The evidence that a run leaves beside its log.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 
 #include "BancoTemporario.h"
 #include "Linhas.h"
+#include "OpcoesDeTeste.h"
 #include "ProgramaApoio.h"
 #include "TelaDeTeste.h"
+#include "process/Interrupcao.h"
 #include "report/RelatorioDaExecucao.h"
+#include "run/Atualizacao.h"
 #include "run/RegistroDaExecucao.h"
 
 namespace wkd {
@@ -71,8 +75,15 @@ TEST(Relatorio, conta_o_que_a_atualizacao_fez_em_cada_tabela) {
 TEST(Relatorio, um_texto_do_banco_nao_vira_pagina) {
     TEvidencia evidencia;
     evidencia.alias = "<b>&\"";
-    evidencia.tabelas.push_back(
-        {"T<1>", TAcaoDaTabela::Altera, "a < b", {{"alter '<x>'", "", "erro & cia"}}, 2, 1, "", 1});
+    evidencia.tabelas.push_back({"T<1>",
+                                 TAcaoDaTabela::Altera,
+                                 "a < b",
+                                 {{"alter '<x>'", "", "erro & cia"}},
+                                 2,
+                                 1,
+                                 "",
+                                 1,
+                                 TDesfecho::NaoFeito});
     evidencia.erros.push_back(TErroDaExecucao::NaLista({.mensagem = "<script>"}, ""));
     const std::string pagina = RelatorioEmHtml(evidencia);
     EXPECT_EQ(pagina.find("<b>&"), std::string::npos);
@@ -135,6 +146,83 @@ TEST(Relatorio, a_providencia_vem_do_que_falhou_e_nao_do_nome_da_tabela) {
             << erros[i].dump(1);
         EXPECT_FALSE(erros[i].at("codigo").is_null() || erros[i].at("comando").is_null()) << erros[i].dump(1);
     }
+}
+
+TJson DeNome(const TJson& registrados, const std::string& nome) {
+    for (const auto& um : registrados)
+        if (um.at("nome") == nome) return um;
+    return {};
+}
+
+TEST(Relatorio, o_que_foi_recusado_nao_conta_como_feito) {
+    const TProgramaInstalado loja;
+    {
+        const auto banco = loja.Banco();
+        banco->ExecuteDirect(
+            "create table TNATU_OP (TIPO varchar(1), INFORMAR_PLANO_CONTAS_SAI integer check "
+            "(INFORMAR_PLANO_CONTAS_SAI = 0))");
+        banco->ExecuteDirect("insert into TNATU_OP values ('S', 0)");
+    }
+    std::string colunas = loja.Arquivo("fontes/SAtrib.WKD");
+    const std::string palavra = "ARQUIVO=\"TNOTA_FISCAL\" SEQUENCIA=\"3\" NOME=\"";
+    ASSERT_NE(colunas.find(palavra), std::string::npos);
+    colunas.replace(colunas.find(palavra) + palavra.size(), std::string_view("COD_CLIENTE").size(), "SELECT");
+    loja.Escreve("fontes/SAtrib.WKD", colunas);
+    loja.Empacota();
+    ASSERT_EQ(loja.Atualiza().codigo, 1);
+    ASSERT_FALSE(loja.Banco()->ExisteTabela("TNOTA_FISCAL"));
+
+    const TJson relatorio = TJson::parse(loja.Arquivo("AtualizaWKD.relatorio.json"));
+    EXPECT_EQ(Tabela(relatorio, "TNOTA_FISCAL").at("acao"), "criar");
+    EXPECT_EQ(Tabela(relatorio, "TNOTA_FISCAL").at("desfecho"), "não feita");
+    EXPECT_EQ(Tabela(relatorio, "TVENDA").at("desfecho"), "feita");
+    EXPECT_EQ(Tabela(relatorio, "TESTADO").at("desfecho"), "não se aplica");
+    EXPECT_TRUE(relatorio.at("naoRodaram").empty());
+    const TJson &correcoes = relatorio.at("correcoes"), recusada = DeNome(correcoes, "Up401G_1");
+    EXPECT_EQ(recusada.at("desfecho"), "não feita");
+    EXPECT_EQ(recusada.at("tipo"), "restricao");
+    EXPECT_EQ(DeNome(correcoes, "Up401I_7").at("desfecho"), "não se aplica");
+    EXPECT_EQ(DeNome(correcoes, "Up401I_7").at("tipo"), "sintaxe");
+    EXPECT_EQ(DeNome(correcoes, "PlanoContas1").at("desfecho"), "feita");
+    const std::string veredicto = relatorio.at("veredicto");
+    EXPECT_NE(veredicto.find(", 1 tabela não feita, 1 correção não feita"), std::string::npos) << veredicto;
+    const std::string pagina = loja.Arquivo("AtualizaWKD.relatorio.html");
+    const auto banco = loja.Banco();
+    const auto criadas = std::ranges::count_if(relatorio.at("tabelas"), [&](const TJson& tabela) {
+        return tabela.at("acao") == "criar" && banco->ExisteTabela(tabela.at("tabela").get<std::string>());
+    });
+    for (const std::string& texto :
+         {veredicto, "<b>" + std::to_string(criadas) + "</b>criadas", std::string("<b>1</b>não feitas")})
+        EXPECT_NE(pagina.find(texto), std::string::npos) << texto;
+    EXPECT_EQ(pagina.find("de outro servidor"), std::string::npos) << "nobody has looked";
+}
+
+TEST(Relatorio, uma_execucao_interrompida_diz_onde_parou_e_o_que_nao_rodou) {
+    const TProgramaInstalado loja;
+    TTelaDeTeste tela;
+    TDataModulo dm(TAliases(loja / "WKD.ini"), tela);
+    dm.SQLConnection1.SetAlias("LOJA");
+    dm.SQLConnection1.Open();
+    dm.SQLConnection1.Observa([](std::string_view sql) {
+        if (sql == "drop table TVENDA") TInterrupcao::Pede(15);
+    });
+    TEstado estado;
+    const TOpcoes opcoes = OpcoesDeTeste(loja / "");
+    TAtualizacao atualizacao(dm, opcoes, estado);
+    EXPECT_EQ(atualizacao.Executa(), TFimDaAtualizacao::Interrompida);
+    TInterrupcao::Esquece();
+    const bool apagada = !dm.SQLConnection1.ExisteTabela("TVENDA");
+
+    const TJson relatorio = TJson::parse(RelatorioEmJson(atualizacao.Evidencia()));
+    EXPECT_EQ(relatorio.at("veredicto").get<std::string>().rfind("Interrompida, 1 tabela ", 0), 0u);
+    EXPECT_EQ(Tabela(relatorio, "TVENDA").at("desfecho"), apagada ? "pela metade" : "não feita");
+    EXPECT_EQ(relatorio.at("tabelas").back().at("tabela"), "TVENDA") << "the others were not looked at";
+    const auto naoRodaram = relatorio.at("naoRodaram").get<std::vector<std::string>>();
+    for (const char* nome : {"TVENDA_ITENS", "AtualizaRelatorio", "QuerysPosteriores", "Dicionario_tabelas"})
+        EXPECT_EQ(std::ranges::count(naoRodaram, nome), 1) << nome;
+    for (const char* nome : {"TVENDA", "TESTADO", "AtualizaSistema"})
+        EXPECT_EQ(std::ranges::count(naoRodaram, nome), 0) << nome;
+    EXPECT_NE(RelatorioEmHtml(atualizacao.Evidencia()).find("Não rodaram ("), std::string::npos);
 }
 
 }  // namespace

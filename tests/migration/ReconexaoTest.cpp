@@ -86,7 +86,9 @@ class Reconexao : public testing::Test {
         TOpcoes opcoes = OpcoesDeTeste(pasta_);
         opcoes.pausaDeReconexao = 100ms;
         const TVigia vigia(dm.SQLConnection1, prazos, [&](std::string_view t) { tela_->SemResposta(t); });
-        const auto fim = TAtualizacao(dm, opcoes, estado).Executa();
+        TAtualizacao atualizacao(dm, opcoes, estado);
+        const auto fim = atualizacao.Executa();
+        evidencia_ = atualizacao.Evidencia();
         EXPECT_GE(vezes, vez) << "the statement was not reached";
         return fim;
     }
@@ -109,6 +111,13 @@ class Reconexao : public testing::Test {
     }
 
     bool Reabriu() const { return TTelaDeTeste::Contem(tela_->memo1, "Conexão com o banco de dados reaberta"); }
+    TDesfecho Desfecho(const std::string& tabela) const {
+        const auto achada = std::ranges::find(evidencia_.tabelas, tabela, &TTabelaRegistrada::nome);
+        EXPECT_NE(achada, evidencia_.tabelas.end()) << tabela;
+        return achada == evidencia_.tabelas.end() ? TDesfecho::NaoSeAplica : achada->desfecho;
+    }
+    /// Errors that are of no other one.
+    auto Raizes() const { return std::ranges::count(evidencia_.erros, false, &TErroDaExecucao::consequencia); }
     std::string Erros() const { return Junta(tela_->memo2, "\n") + Junta(tela_->infos, "\n"); }
 
     const TMolde molde_;
@@ -116,6 +125,7 @@ class Reconexao : public testing::Test {
     const fs::path pasta_ = raiz_ / "loja";
     std::string esperado_;
     int comandos_ = 0;
+    TEvidencia evidencia_;
     std::unique_ptr<TIntermediario> rede_;
     std::unique_ptr<TTelaVigiada> tela_;
 };
@@ -136,6 +146,11 @@ TEST_F(Reconexao, uma_conexao_que_acaba_custa_um_passo_e_a_proxima_tabela_segue)
             EXPECT_TRUE(Reabriu()) << Erros();
             EXPECT_FALSE(Erros().empty());
             EXPECT_TRUE(TTelaDeTeste::Contem(tela_->memo1, "Criou a tabela: TNOVA")) << "the next table";
+            EXPECT_EQ(Raizes(), 1) << "the loss, and what failed of it: " << Erros();
+            EXPECT_EQ(Desfecho("TNOVA"), TDesfecho::Feito);
+            const std::string cortada = std::string_view(caso.comando).find("TALT") < 99 ? "TALT" : "TREC";
+            EXPECT_TRUE(Desfecho(cortada) == TDesfecho::NaoFeito || Desfecho(cortada) == TDesfecho::PelaMetade);
+            EXPECT_TRUE(evidencia_.naoRodaram.empty());
             EsperaConserto();
         }
 }
@@ -177,6 +192,11 @@ TEST_F(Reconexao, um_servidor_que_nao_volta_encerra_a_corrida_com_aviso) {
     EXPECT_EQ(fim, TFimDaAtualizacao::Encerrada);
     EXPECT_NE(Erros().find("não pôde ser reaberta"), std::string::npos) << Erros();
     EXPECT_FALSE(TTelaDeTeste::Contem(tela_->memo1, "Criou a tabela: TNOVA"));
+    EXPECT_EQ(Raizes(), 1) << Erros();
+    EXPECT_EQ(evidencia_.erros.front().erro.falha, TFalha::Conexao);
+    EXPECT_EQ(Desfecho("TREC"), TDesfecho::NaoFeito);
+    for (const char* nome : {"TNOVA", "QuerysPosteriores", "Dicionario_tabelas"})
+        EXPECT_EQ(std::ranges::count(evidencia_.naoRodaram, nome), 1) << nome;
     EsperaConserto();
 }
 

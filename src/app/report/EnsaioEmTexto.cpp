@@ -23,8 +23,9 @@ std::string Tempo(double segundos) {
 std::string Tabelas(const TEnsaio& ensaio) {
     std::string texto;
     for (const auto& tabela : ensaio.evidencia.tabelas) {
-        if (tabela.acao == TAcaoDaTabela::Nada) continue;
+        if (tabela.desfecho == TDesfecho::NaoSeAplica) continue;
         texto += "  " + tabela.nome + ": " + std::string(NomeDaAcao(tabela.acao)) + ", " + Tempo(tabela.segundos);
+        if (tabela.desfecho != TDesfecho::Feito) texto += ", " + std::string(NomeDoDesfecho(tabela.desfecho));
         if (tabela.depois) texto += ", " + ComMilhares(*tabela.depois) + " registros";
         texto += "\n";
     }

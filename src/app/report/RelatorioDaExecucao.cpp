@@ -1,5 +1,6 @@
 #include "report/RelatorioDaExecucao.h"
 
+#include <algorithm>
 #include <cmath>
 #include <iterator>
 #include <nlohmann/json.hpp>
@@ -96,6 +97,41 @@ std::string_view NomeDaFalha(TFalha falha) { return Da(falha).nome; }
 
 namespace {
 
+std::string Quantos(std::ptrdiff_t numero, std::string_view um, std::string_view varios) {
+    return ComMilhares(numero).append(" ").append(numero == 1 ? um : varios);
+}
+
+template <class TRegistrados>
+std::ptrdiff_t Com(const TRegistrados& registrados, TDesfecho desfecho) {
+    return std::ranges::count_if(registrados, [&](const auto& um) { return um.desfecho == desfecho; });
+}
+
+}  // namespace
+
+bool TudoFeito(const TEvidencia& evidencia) {
+    return evidencia.termino == TFimDaAtualizacao::Concluida && evidencia.erros.empty() &&
+           Com(evidencia.correcoes, TDesfecho::NaoFeito) + Com(evidencia.correcoes, TDesfecho::PelaMetade) == 0;
+}
+
+std::string Veredicto(const TEvidencia& evidencia) {
+    constexpr std::string_view kFins[] = {"Concluída", "Interrompida", "Encerrada antes da hora"};
+    const auto erros = std::ranges::count(evidencia.erros, false, &TErroDaExecucao::consequencia);
+    std::vector<std::string> partes = {std::string(kFins[static_cast<int>(evidencia.termino)])};
+    const bool concluida = evidencia.termino == TFimDaAtualizacao::Concluida;
+    if (concluida) partes[0] += erros == 0 ? " sem erros" : " com " + Quantos(erros, "erro", "erros");
+    const auto soma = [&](std::ptrdiff_t numero, std::string_view um, std::string_view varios) {
+        if (numero > 0) partes.push_back(Quantos(numero, um, varios));
+    };
+    soma(Com(evidencia.tabelas, TDesfecho::NaoFeito), "tabela não feita", "tabelas não feitas");
+    soma(Com(evidencia.tabelas, TDesfecho::PelaMetade), "tabela pela metade", "tabelas pela metade");
+    soma(Com(evidencia.correcoes, TDesfecho::NaoFeito), "correção não feita", "correções não feitas");
+    soma(Com(evidencia.correcoes, TDesfecho::PelaMetade), "correção pela metade", "correções pela metade");
+    soma(std::ssize(evidencia.naoRodaram), "passo não rodou", "passos não rodaram");
+    return Junta(partes, ", ");
+}
+
+namespace {
+
 using TJson = nlohmann::ordered_json;
 
 std::string Instante(TDataHora quando) {
@@ -103,6 +139,8 @@ std::string Instante(TDataHora quando) {
 }
 
 double Milesimos(double segundos) { return std::round(segundos * 1000) / 1000; }
+
+TJson TextoOuNada(const std::string& texto) { return texto.empty() ? TJson() : TJson(texto); }
 
 TJson EmJson(const std::optional<std::int64_t>& numero) { return numero ? TJson(*numero) : TJson(); }
 
@@ -114,7 +152,10 @@ TJson EmJson(const TComandoRegistrado& comando) {
 }
 
 TJson EmJson(const TTabelaRegistrada& tabela) {
-    TJson json = {{"tabela", tabela.nome}, {"acao", NomeDaAcao(tabela.acao)}, {"motivo", tabela.motivo}};
+    TJson json = {{"tabela", tabela.nome},
+                  {"acao", NomeDaAcao(tabela.acao)},
+                  {"desfecho", NomeDoDesfecho(tabela.desfecho)},
+                  {"motivo", tabela.motivo}};
     json["comandos"] = TJson::array();
     for (const auto& comando : tabela.comandos) json["comandos"].push_back(EmJson(comando));
     json["registrosAntes"] = EmJson(tabela.antes);
@@ -128,12 +169,12 @@ TJson EmJson(const std::vector<TPassoRegistrado>& passos) {
     TJson json = TJson::array();
     for (const auto& passo : passos)
         json.push_back({{"nome", passo.nome},
+                        {"desfecho", NomeDoDesfecho(passo.desfecho)},
                         {"segundos", Milesimos(passo.segundos)},
-                        {"erro", passo.erro.empty() ? TJson() : TJson(passo.erro)}});
+                        {"erro", TextoOuNada(passo.erro)},
+                        {"tipo", passo.erro.empty() ? TJson() : TJson(NomeDaFalha(passo.falha))}});
     return json;
 }
-
-TJson TextoOuNada(const std::string& texto) { return texto.empty() ? TJson() : TJson(texto); }
 
 TJson EmJson(const TErroDaExecucao& erro) {
     return {{"quando", Instante(erro.quando)},
@@ -144,7 +185,8 @@ TJson EmJson(const TErroDaExecucao& erro) {
             {"codigo", erro.erro.codigoNativo == 0 ? TJson() : TJson(erro.erro.codigoNativo)},
             {"sqlstate", TextoOuNada(erro.erro.sqlstate)},
             {"comando", TextoOuNada(erro.erro.comando)},
-            {"providencia", Providencia(erro.erro.falha)}};
+            {"providencia", Providencia(erro.erro.falha)},
+            {"consequencia", erro.consequencia}};
 }
 
 }  // namespace
@@ -157,7 +199,9 @@ std::string RelatorioEmJson(const TEvidencia& evidencia) {
                   {"pacote", evidencia.pacote},
                   {"inicio", Instante(evidencia.inicio)},
                   {"fim", Instante(evidencia.fim)},
-                  {"concluida", evidencia.concluida},
+                  {"concluida", evidencia.termino == TFimDaAtualizacao::Concluida},
+                  {"veredicto", Veredicto(evidencia)},
+                  {"naoRodaram", evidencia.naoRodaram},
                   {"hashMetodo", kMetodoDoHash},
                   {"hashAteRegistros", kLinhasDoHash},
                   {"tabelas", TJson::array()},

@@ -13,6 +13,11 @@ std::string_view Providencia(TFalha falha);
 /// The kind in one word, for programs.
 std::string_view NomeDaFalha(TFalha falha);
 
+/// What became of a run, in one line.
+std::string Veredicto(const TEvidencia& evidencia);
+/// Whether nothing is missing after it.
+bool TudoFeito(const TEvidencia& evidencia);
+
 // The evidence of a run: one JSON object for programs, and one page for people that opens without network and prints
 // on paper.
 

@@ -75,23 +75,36 @@ std::string Quantos(TTamanho quantos) {
     return ComMilhares(static_cast<std::int64_t>(quantos));
 }
 
-std::string Estado(const TEvidencia& evidencia) {
-    if (!evidencia.concluida) return "Encerrada antes da hora";
-    if (evidencia.erros.empty()) return "Concluída sem erros";
-    return "Concluída com " + Quantos(evidencia.erros.size()) + (evidencia.erros.size() == 1 ? " erro" : " erros");
+std::string Consequencias(std::size_t quantas) {
+    if (quantas == 0) return "";
+    return Preenche("consequencias", {{"quantas", Quantos(quantas) + (quantas == 1 ? " erro" : " erros")}});
 }
 
+/// Those that fail of another one are counted with it.
 std::string Falhas(const TEvidencia& evidencia) {
     std::string falhas;
-    for (const auto& erro : evidencia.erros) {
-        std::vector<std::string> lugar = {FormataDataHora(erro.quando, "hh:mm:ss")};
-        if (!erro.tabela.empty()) lugar.push_back(erro.tabela);
-        if (!erro.acao.empty()) lugar.push_back(erro.acao);
+    const auto& erros = evidencia.erros;
+    for (std::size_t i = 0; i < erros.size(); ++i) {
+        if (erros[i].consequencia) continue;
+        std::size_t fim = i + 1;
+        while (fim < erros.size() && erros[fim].consequencia) ++fim;
+        std::vector<std::string> lugar = {FormataDataHora(erros[i].quando, "hh:mm:ss")};
+        if (!erros[i].tabela.empty()) lugar.push_back(erros[i].tabela);
+        if (!erros[i].acao.empty()) lugar.push_back(erros[i].acao);
         falhas += Preenche("falha", {{"lugar", Junta(lugar, " · ")},
-                                     {"mensagem", erro.erro.mensagem},
-                                     {"providencia", std::string(Providencia(erro.erro.falha))}});
+                                     {"mensagem", erros[i].erro.mensagem},
+                                     {"consequencias", Consequencias(fim - i - 1)},
+                                     {"providencia", std::string(Providencia(erros[i].erro.falha))}});
     }
-    return falhas.empty() ? "" : Preenche("falhas", {{"falhas", falhas}});
+    if (!falhas.empty()) falhas = Preenche("falhas", {{"falhas", falhas}});
+    if (evidencia.naoRodaram.empty()) return falhas;
+    return falhas + Preenche("nao-rodaram", {{"quantos", Quantos(evidencia.naoRodaram.size())},
+                                             {"nomes", Junta(evidencia.naoRodaram, ", ")}});
+}
+
+std::string_view Classe(TDesfecho desfecho) {
+    if (desfecho == TDesfecho::NaoSeAplica) return "pequeno";
+    return desfecho == TDesfecho::Feito ? "" : "erro";
 }
 
 std::string Comandos(const TTabelaRegistrada& tabela) {
@@ -109,6 +122,8 @@ std::string Tabela(const TTabelaRegistrada& tabela) {
     return Preenche("tabela", {{"classe", tabela.comandos.empty() ? "" : "com-comandos"},
                                {"nome", tabela.nome},
                                {"decisao", std::string(NomeDaAcao(tabela.acao))},
+                               {"resultado", std::string(NomeDoDesfecho(tabela.desfecho))},
+                               {"doResultado", std::string(Classe(tabela.desfecho))},
                                {"motivo", tabela.motivo},
                                {"antes", Numero(tabela.antes)},
                                {"falta", perdeu ? "erro" : ""},
@@ -123,7 +138,7 @@ std::string Tabelas(const TEvidencia& evidencia) {
     std::string linhas;
     std::vector<std::string> iguais;
     for (const auto& tabela : evidencia.tabelas) {
-        if (tabela.acao == TAcaoDaTabela::Nada)
+        if (tabela.desfecho == TDesfecho::NaoSeAplica)
             iguais.push_back(tabela.nome);
         else
             linhas += Tabela(tabela);
@@ -142,8 +157,9 @@ std::string Passos(std::string_view titulo, const std::vector<TPassoRegistrado>&
     std::string linhas;
     for (const auto& passo : passos)
         linhas += Preenche("passo", {{"nome", passo.nome},
-                                     {"classe", passo.erro.empty() ? "" : "erro"},
-                                     {"resultado", passo.erro.empty() ? "feito" : passo.erro},
+                                     {"classe", std::string(Classe(passo.desfecho))},
+                                     {"resultado", std::string(NomeDoDesfecho(passo.desfecho)) +
+                                                       (passo.erro.empty() ? "" : ": " + passo.erro)},
                                      {"tempo", Tempo(passo.segundos)}});
     return linhas.empty() ? "" : Preenche("passos", {{"titulo", std::string(titulo)}, {"linhas", linhas}});
 }
@@ -151,15 +167,19 @@ std::string Passos(std::string_view titulo, const std::vector<TPassoRegistrado>&
 }  // namespace
 
 std::string RelatorioEmHtml(const TEvidencia& evidencia) {
-    const auto acoes = [&](TAcaoDaTabela acao) {
-        return Quantos(std::ranges::count(evidencia.tabelas, acao, &TTabelaRegistrada::acao));
+    const auto feitas = [&](TAcaoDaTabela acao) {
+        return Quantos(std::ranges::count_if(evidencia.tabelas, [&](const TTabelaRegistrada& tabela) {
+            return tabela.acao == acao && tabela.desfecho == TDesfecho::Feito;
+        }));
     };
-    const bool certo = evidencia.concluida && evidencia.erros.empty();
+    const auto com = [](const auto& registrados, TDesfecho desfecho) {
+        return Quantos(std::ranges::count_if(registrados, [&](const auto& um) { return um.desfecho == desfecho; }));
+    };
     return Preenche(
         "pagina",
         {{"alias", evidencia.alias},
-         {"classe", certo ? "certo" : "erro"},
-         {"estado", Estado(evidencia)},
+         {"classe", TudoFeito(evidencia) ? "certo" : "erro"},
+         {"estado", Veredicto(evidencia)},
          {"banco", evidencia.banco},
          {"servidor", evidencia.servidor},
          {"pacote", evidencia.pacote},
@@ -168,12 +188,14 @@ std::string RelatorioEmHtml(const TEvidencia& evidencia) {
          {"inicio", FormataDataHora(evidencia.inicio, "dd/mm/yyyy hh:mm:ss")},
          {"duracao", FormataDuracao(evidencia.inicio, evidencia.fim)},
          {"versao", std::string(kVersao)},
-         {"criadas", acoes(TAcaoDaTabela::Cria)},
-         {"alteradas", acoes(TAcaoDaTabela::Altera)},
-         {"reconstruidas", acoes(TAcaoDaTabela::Reconstroi)},
-         {"iguais", acoes(TAcaoDaTabela::Nada)},
-         {"correcoes", Quantos(evidencia.correcoes.size())},
-         {"erros", Quantos(evidencia.erros.size())},
+         {"criadas", feitas(TAcaoDaTabela::Cria)},
+         {"alteradas", feitas(TAcaoDaTabela::Altera)},
+         {"reconstruidas", feitas(TAcaoDaTabela::Reconstroi)},
+         {"iguais", com(evidencia.tabelas, TDesfecho::NaoSeAplica)},
+         {"naoFeitas", com(evidencia.tabelas, TDesfecho::NaoFeito)},
+         {"pelaMetade", com(evidencia.tabelas, TDesfecho::PelaMetade)},
+         {"correcoes", com(evidencia.correcoes, TDesfecho::Feito)},
+         {"erros", Quantos(std::ranges::count(evidencia.erros, false, &TErroDaExecucao::consequencia))},
          {"falhas", Falhas(evidencia)},
          {"tabelas", Tabelas(evidencia)},
          {"passos", Passos("Passos", evidencia.passos) + Passos("Correções", evidencia.correcoes) +

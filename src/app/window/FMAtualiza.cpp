@@ -134,6 +134,7 @@ void TFMAtualiza::Liga() {
     connect(backup_, &TPaginaBackup::FazerBackup, this, &TFMAtualiza::btExecutaBackupClick);
     connect(backup_, &TPaginaBackup::Restaurar, this, &TFMAtualiza::btRestauraBackupClick);
     connect(status_, &TPaginaStatus::VerificarIndices, this, &TFMAtualiza::Button1Click);
+    connect(status_, &TPaginaStatus::Log, this, &TFMAtualiza::btLogClick);
 }
 
 void TFMAtualiza::showEvent(QShowEvent* evento) {

@@ -102,13 +102,13 @@ class TFMAtualiza : public QDialog {
     void btPlanoClick();
     void btEnsaioClick();
     bool BackupAntes(const std::filesystem::path& pasta, TEvidencia& evidencia);
-    TCodigoDeSaida Executa();
+    TCodigoDeSaida Executa(TFimMostrado& mostrado);
     /// Over the connection, while it is in another thread's hands.
     TVigia Vigia(const std::string& alias);
     void NoBanco(const std::function<void()>& trabalho);
     static void AteOFim(const std::function<void()>& trabalho);
     void Interrompe();
-    void Relata(const TEvidencia& evidencia);
+    TFimMostrado Relata(const TEvidencia& evidencia);
     void Conclui();
     TOpcoes Opcoes() const;
     void Button1Click();

@@ -42,8 +42,11 @@ void TFMAtualiza::btAtualizarClick() {
     if (executando_) return;
     for (QPushButton* botao : {btVoltar_, btProximo_, btSair_}) botao->setEnabled(false);
     status_->PermitePlano(false);
-    codigo_ = Executa();
+    TFimMostrado mostrado;
+    status_->MostraFim(mostrado);
+    codigo_ = Executa(mostrado);
     if (codigo_ == TCodigoDeSaida::Sucesso || codigo_ == TCodigoDeSaida::ComErros) Conclui();
+    status_->MostraFim(mostrado);
 }
 
 void TFMAtualiza::btPlanoClick() {
@@ -66,7 +69,7 @@ void TFMAtualiza::btPlanoClick() {
     status_->PermitePlano(true);
 }
 
-TCodigoDeSaida TFMAtualiza::Executa() {
+TCodigoDeSaida TFMAtualiza::Executa(TFimMostrado& mostrado) {
     if (!PastaGravavel(meios_.ambiente.pastaPrograma)) {
         meios_.tela.Informacao("Sem permissão de gravação na pasta do programa, " +
                                meios_.ambiente.pastaPrograma.string() +
@@ -88,21 +91,24 @@ TCodigoDeSaida TFMAtualiza::Executa() {
         TEvidencia evidencia = atualizacao.Evidencia();
         evidencia.backup = doBackup.backup;
         evidencia.volta = doBackup.volta;
-        Relata(evidencia);
+        mostrado = Relata(evidencia);
     });
     if (fim == TFimDaAtualizacao::Interrompida) return CodigoDoSinal(TInterrupcao::Sinal());
     if (fim == TFimDaAtualizacao::Encerrada) return TCodigoDeSaida::Encerrada;
     return meios_.tela.HouveErro() ? TCodigoDeSaida::ComErros : TCodigoDeSaida::Sucesso;
 }
 
-void TFMAtualiza::Relata(const TEvidencia& evidencia) {
+TFimMostrado TFMAtualiza::Relata(const TEvidencia& evidencia) {
+    TFimMostrado fim{Q(Veredicto(evidencia)), TudoFeito(evidencia), {}};
     try {
         GravaRelatorio(evidencia, meios_.ambiente.pastaPrograma);
+        fim.relatorio = QCaminho(meios_.ambiente.pastaPrograma / "AtualizaWKD.relatorio.html");
     } catch (const std::exception& erro) {
         TErro semRelatorio = ErroDe(erro);
         semRelatorio.mensagem.insert(0, "O relatório não foi gravado: ");
         meios_.tela.Erro(TErroDaExecucao::NaLista(std::move(semRelatorio), ""));
     }
+    return fim;
 }
 
 /// The work has the connection for itself: the pages that use it rest, and the window stays open.

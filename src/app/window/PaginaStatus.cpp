@@ -100,6 +100,8 @@ TPaginaStatus::TPaginaStatus(IDialogos& dialogos)
       lblAtual_(RotuloDeAndamento("lblAtual", "Atual")),
       lblGeral_(RotuloDeAndamento("lblGeral", "Geral.")),
       lblEstimativa_(RotuloDeAndamento("lblEstimativa", "")),
+      lblVeredicto_(RotuloDeAndamento("lblVeredicto", "")),
+      btRelatorio_(Botao("btRelatorio", "Relatório", "Abrir o relatório desta atualização")),
       pbAtual_(Barra("pbAtual", "Andamento da etapa atual")),
       pbGeral_(Barra("pbGeral", "Andamento geral")) {
     for (QPushButton* botao : {btPlano_, btEnsaio_}) botao->setAutoDefault(false);  // Enter goes on through the pages
@@ -117,6 +119,7 @@ TPaginaStatus::TPaginaStatus(IDialogos& dialogos)
     linhas->addWidget(memo1_, 3);
     linhas->addWidget(Erros(), 2);
     linhas->addWidget(Andamento());
+    linhas->addWidget(Fim());
     Escondidos();
 }
 
@@ -170,6 +173,40 @@ QWidget* TPaginaStatus::Andamento() {
     linhas->setColumnStretch(0, 3);
     linhas->setColumnStretch(1, 2);
     return parte;
+}
+
+QWidget* TPaginaStatus::Fim() {
+    QFont negrito = lblVeredicto_->font();
+    negrito.setBold(true);
+    lblVeredicto_->setFont(negrito);
+    auto* log = Botao("btLogDoFim", "Log", "Abrir o log das atualizações");
+    for (QPushButton* botao : {btRelatorio_, log}) botao->setAutoDefault(false);
+    connect(btRelatorio_, &QPushButton::clicked, this, [this] { dialogos_.Abre(relatorio_); });
+    connect(log, &QPushButton::clicked, this, &TPaginaStatus::Log);
+
+    fim_ = new QWidget;
+    auto* linha = new QHBoxLayout(fim_);
+    linha->setContentsMargins(0, 0, 0, 0);
+    linha->addWidget(lblVeredicto_, 1);
+    linha->addWidget(btRelatorio_);
+    linha->addWidget(log);
+    fim_->hide();
+    return fim_;
+}
+
+void TPaginaStatus::MostraFim(const TFimMostrado& fim) {
+    constexpr int kDosBotoes = 210;  // with the page's margins
+    const QFontMetrics letras(lblVeredicto_->font());
+    lblVeredicto_->setText(letras.elidedText(fim.veredicto, Qt::ElideRight, width() - kDosBotoes));
+    lblVeredicto_->setToolTip(fim.veredicto);
+    lblVeredicto_->setAccessibleName(fim.veredicto);
+    QPalette cores = palette();
+    if (!fim.certo) cores.setColor(QPalette::WindowText, kVermelho);
+    lblVeredicto_->setPalette(cores);
+    relatorio_ = fim.relatorio;
+    btRelatorio_->setEnabled(!relatorio_.isEmpty());
+    lblEstimativa_->setVisible(fim.veredicto.isEmpty());  // in its place
+    fim_->setVisible(!fim.veredicto.isEmpty());
 }
 
 void TPaginaStatus::Estimativa(const QString& texto) {

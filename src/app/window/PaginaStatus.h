@@ -44,6 +44,13 @@ class TPainelOcupado : public QFrame {
 class IDialogos;
 class TListaDePastas;
 
+/// How a run ended.
+struct TFimMostrado {
+    QString veredicto;  // empty: none has ended
+    bool certo = false;
+    QString relatorio;  // file; empty: not written
+};
+
 /// Page "status": what the run does, its errors, its progress, and out of sight the run log.
 class TPaginaStatus : public QWidget {
     Q_OBJECT
@@ -64,6 +71,8 @@ class TPaginaStatus : public QWidget {
     /// Whether the update waits for a backup that was proven.
     bool ComBackup() const;
     void SetComBackup(bool sim);
+    /// The line with the verdict, and the ways to report and log; out of sight while no run has ended.
+    void MostraFim(const TFimMostrado& fim);
     /// The text of the run log, and more of it at its top.
     void MostraLog(const QString& texto);
     void AcrescentaAoLog(const QString& topo);
@@ -75,10 +84,12 @@ class TPaginaStatus : public QWidget {
     void Planejar();
     void Ensaiar();
     void VerificarIndices();
+    void Log();
 
   private:
     QWidget* Erros();
     QWidget* Andamento();
+    QWidget* Fim();
     /// Controls out of sight, kept for those who drive the window by name.
     void Escondidos();
     void SpeedButton2Click();
@@ -94,6 +105,10 @@ class TPaginaStatus : public QWidget {
     QLabel* lblAtual_;
     QLabel* lblGeral_;
     QLabel* lblEstimativa_;
+    QLabel* lblVeredicto_;
+    QPushButton* btRelatorio_;
+    QWidget* fim_ = nullptr;
+    QString relatorio_;
     QProgressBar* pbAtual_;
     QProgressBar* pbGeral_;
 };

@@ -25,6 +25,7 @@ struct TErroDaExecucao {
     std::optional<TEntrada> entrada = {};  // nothing: none
     bool caixa = false;                    // a box tells the message; unattended, list and log do
     TDataHora quando = {};
+    bool consequencia = false;  // of an error before it, such as the loss of the connection
 
     /// In list and log.
     static TErroDaExecucao NosDois(TErro erro, std::string_view tabela, std::string_view acao);

@@ -26,6 +26,20 @@ constexpr std::string_view NomeDaAcao(TAcaoDaTabela acao) {
     return kNomes[static_cast<int>(acao)];
 }
 
+/// What became of a table, a step or a correction.
+enum class TDesfecho { Feito, NaoFeito, PelaMetade, NaoSeAplica };
+
+constexpr std::string_view NomeDoDesfecho(TDesfecho desfecho) {
+    constexpr std::string_view kNomes[] = {"feita", "não feita", "pela metade", "não se aplica"};
+    return kNomes[static_cast<int>(desfecho)];
+}
+
+enum class TFimDaAtualizacao {
+    Concluida,     // all steps ran, whatever they reported
+    Interrompida,  // the process was asked to end: what is missing is the next run's
+    Encerrada      // ended early: package, refused confirmation, connected users, another run
+};
+
 /// What the wizard's pages say about one update run.
 struct TOpcoes {
     std::string alias;  // as typed
@@ -60,12 +74,16 @@ struct TTabelaRegistrada {
     std::optional<std::int64_t> antes, depois;  // rows; nothing where they were not counted
     std::string hash;                           // of its content afterwards; empty: not computed
     double segundos = 0;
+    TDesfecho desfecho = TDesfecho::PelaMetade;  // as long as it is under way
 };
 
+/// A step of the run, or a correction.
 struct TPassoRegistrado {
     std::string nome;
     double segundos = 0;
-    std::string erro;
+    std::string erro = {};
+    TDesfecho desfecho = TDesfecho::PelaMetade;  // as long as it is under way
+    TFalha falha = TFalha::Outra;                // of the error
 };
 
 /// What one run did, collected while it does it.
@@ -73,11 +91,12 @@ struct TEvidencia {
     std::string alias, banco, servidor, pacote;
     std::string backup, volta;  // the file made before the run, and the command that goes back; empty without one
     TDataHora inicio, fim;
-    bool concluida = false;  // all steps ran, whatever they reported
+    TFimDaAtualizacao termino = TFimDaAtualizacao::Encerrada;
     std::vector<TTabelaRegistrada> tabelas;
     std::vector<TPassoRegistrado> passos;
     std::vector<TPassoRegistrado> correcoes;  // those whose turn it was
     std::vector<TErroDaExecucao> erros;
+    std::vector<std::string> naoRodaram = {};  // steps and tables whose turn did not come
 
     /// A statement of the table under way.
     void Comando(TComandoRegistrado comando) {

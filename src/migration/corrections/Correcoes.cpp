@@ -193,15 +193,19 @@ void Refaz(TContexto& ctx, const std::string& tabela, TIndicesGuardados& guardad
 
 }  // namespace
 
-void AjustaCodReceber(TContexto& ctx, std::span<const TTextoPorTipo> passos) {
+void AjustaCodReceber(TContexto& ctx, std::span<const TTextoPorTipo> passos, std::size_t& feitos) {
     TIndicesGuardados deTcrtlchq = Guarda(ctx, "TCRTLCHQ"), deTchqcanc = Guarda(ctx, "TCHQCANC");
     const auto esquece = [&] {
         deTcrtlchq.Esquece();
         deTchqcanc.Esquece();
     };
     try {
-        for (const TTextoPorTipo& passo : passos)
-            if (const auto comando = passo.Para(ctx.Banco()); !comando.empty()) ctx.Conexao().ExecuteDirect(comando);
+        for (const TTextoPorTipo& passo : passos) {
+            const auto comando = passo.Para(ctx.Banco());
+            if (comando.empty()) continue;
+            ctx.Conexao().ExecuteDirect(comando);
+            ++feitos;
+        }
         esquece();
     } catch (...) {
         RefazIndice(ctx);
@@ -216,8 +220,9 @@ namespace {
 
 constexpr std::string_view kSecao = "AtualizaQuery";
 
-void Executa(TContexto& ctx, const TCorrecao& correcao) {
-    if (!correcao.passos.empty()) return AjustaCodReceber(ctx, correcao.passos);
+/// `feitos`: how many statements of several ran.
+void Executa(TContexto& ctx, const TCorrecao& correcao, std::size_t& feitos) {
+    if (!correcao.passos.empty()) return AjustaCodReceber(ctx, correcao.passos, feitos);
     const std::string comando(correcao.comando.Para(ctx.Banco()));
     ctx.Conexao().ExecuteDirect(correcao.ajustada ? AjustaQuery(comando, ctx.Banco()) : comando);
 }
@@ -232,6 +237,20 @@ void AcrescentaPendentes(TContexto& ctx, std::span<const TCorrecao> correcoes,
         if (correcao.ExisteNo(ctx.Banco()) && Pendente(ctx, correcao)) pendentes.push_back(correcao.nome);
 }
 
+/// One that the server has no words for, or for whose table or column the database has no use, is not of this database.
+TDesfecho DesfechoDaFalha(TFalha falha, std::size_t feitos) {
+    if (feitos > 0) return TDesfecho::PelaMetade;
+    switch (falha) {
+        case TFalha::Sintaxe:
+        case TFalha::ObjetoInexistente:
+        case TFalha::ColunaInexistente:
+        case TFalha::ObjetoExistente:
+            return TDesfecho::NaoSeAplica;
+        default:
+            return TDesfecho::NaoFeito;
+    }
+}
+
 /// Runs a correction that the database has not seen yet. One that fails is recorded as done, too: it is never tried
 /// again. True when it was its turn.
 bool ExecutaQuery(TContexto& ctx, const TCorrecao& correcao) {
@@ -239,17 +258,21 @@ bool ExecutaQuery(TContexto& ctx, const TCorrecao& correcao) {
     if (!Pendente(ctx, correcao)) return false;
     ctx.Tela().Memo1("Executando Query: " + nome);
     ctx.Tela().ProcessaMensagens();
-    std::string erro;
+    TPassoRegistrado registrada{.nome = nome};
+    std::size_t feitos = 0;
     const auto inicio = std::chrono::steady_clock::now();
     try {
-        Executa(ctx, correcao);
+        Executa(ctx, correcao, feitos);
+        registrada.desfecho = TDesfecho::Feito;
     } catch (const std::exception& e) {
-        erro = "Erro rodando a query: " + nome + " | Erro: " + e.what();
+        registrada.erro = "Erro rodando a query: " + nome + " | Erro: " + e.what();
+        registrada.falha = ErroDe(e).falha;
+        registrada.desfecho = DesfechoDaFalha(registrada.falha, feitos);
     }
-    ctx.evidencia.correcoes.push_back(
-        {nome, std::chrono::duration<double>(std::chrono::steady_clock::now() - inicio).count(), erro});
+    registrada.segundos = std::chrono::duration<double>(std::chrono::steady_clock::now() - inicio).count();
+    ctx.evidencia.correcoes.push_back(registrada);
     GravaParametro(kSecao, nome, "SIM", &ctx.Conexao());
-    if (!erro.empty()) ctx.Tela().Memo1(erro);
+    if (!registrada.erro.empty()) ctx.Tela().Memo1(registrada.erro);
     return true;
 }
 

@@ -33,7 +33,7 @@ std::span<const TCorrecao> CorrecoesPosteriores();
 
 /// Makes COD_RELACIONA of TCRTLCHQ and TCHQCANC a text of 11 characters. The first failing step ends the sequence and
 /// its error is thrown, after key and indexes that the steps took away have been created again.
-void AjustaCodReceber(TContexto& ctx, std::span<const TTextoPorTipo> passos);
+void AjustaCodReceber(TContexto& ctx, std::span<const TTextoPorTipo> passos, std::size_t& feitos);
 
 /// One-off corrections of past releases that run before the tables; each runs once per database.
 void QuerysAnteriores(TContexto& ctx);

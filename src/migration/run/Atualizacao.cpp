@@ -25,6 +25,27 @@ namespace wkd {
 
 namespace {
 
+struct TPasso {
+    std::string_view titulo, nome;
+    void (*executa)(TContexto&);
+};
+
+// The steps by their names, in their order; the tables come behind the first ones.
+constexpr std::string_view kAntes[] = {"AjustaCamposStringMaior2000", "Tabelas do dicionário", "QuerysAnteriores",
+                                       "VerificaDuplicidadeSarquivo", "AtualizaSistema"};
+constexpr std::string_view kDosArquivos[] = {"AtualizaRelatorio", "AtualizaArquivosSistema"};
+constexpr std::string_view kCorrecoes = "QuerysPosteriores";
+constexpr TPasso kPassos[] = {
+    {"Querys : Estrutura de Tabelas", "ApagaAtributosOrfaos", ApagaAtributosOrfaos},
+    {"Querys : Valor Padrão", "AtualizaValorPadrao", AtualizaValorPadrao},
+    {"Querys : Atualiza Lookup", "AtualizaLookup", AtualizaLookup},
+    {"Querys : Atualiza Lookup Fisico", "AtualizaLookupFisico", AtualizaLookupFisico},
+    {"Querys : Atualiza Campos Personalizados", "AtualizaCamposPersonalizados", AtualizaCamposPersonalizados},
+    {"Querys : Atualiza Campo Texto", "AtualizaCamposVarCharparaNvarChar", AtualizaCamposVarCharparaNvarChar},
+    {"Querys : Verifica Indice Primario", "verificaIndicesPrimarios", verificaIndicesPrimarios},
+    {"Querys : Dicionario de Tabelas", "Dicionario_tabelas", Dicionario_tabelas},
+};
+
 bool DosIndices(const std::filesystem::path& arquivo) {
     const std::string tabela = Maiusculas(arquivo.stem().string());
     return tabela == "SINDSEC" || tabela == "SINDSECA";
@@ -54,10 +75,24 @@ TFimDaAtualizacao TAtualizacao::Executa() {
                                      "Sinal " + std::to_string(TInterrupcao::Sinal())));
     }
     trava_.reset();
-    ctx_.evidencia.erros = ctx_.Tela().RetiraErros();
     ctx_.evidencia.fim = Agora();
-    ctx_.evidencia.concluida = fim == TFimDaAtualizacao::Concluida;
+    ctx_.evidencia.termino = fim;
+    if (fim != TFimDaAtualizacao::Concluida) ctx_.evidencia.naoRodaram = NaoRodaram();
+    RecolheErros();
     return fim;
+}
+
+/// From the loss of the connection to its reopening, all that fails fails of it.
+void TAtualizacao::RecolheErros() {
+    auto erros = ctx_.Tela().RetiraErros();
+    reaberturas_.push_back(erros.size());
+    std::size_t i = 0;
+    for (const std::size_t ate : reaberturas_)
+        for (bool perdida = false; i < ate; ++i) {
+            erros[i].consequencia = perdida;
+            perdida = perdida || erros[i].erro.conexaoPerdida || erros[i].erro.falha == TFalha::Conexao;
+        }
+    ctx_.evidencia.erros = std::move(erros);
 }
 
 void TAtualizacao::Identifica() {
@@ -104,6 +139,7 @@ void TAtualizacao::Reabre() {
         dm.SatribVelho.Close();
         LeDicionarioGravado(ctx_);
     }
+    reaberturas_.push_back(ctx_.Tela().Erros().size());
     ctx_.Tela().Memo1("Conexão com o banco de dados reaberta: a atualização segue com o próximo passo.");
 }
 
@@ -239,35 +275,34 @@ void TAtualizacao::TabelaAtual(TMarcasDeAnalise& marcas) {
     } catch (const std::exception& erro) {
         ctx_.Tela().Erro(TErroDaExecucao::NosDois(ErroDe(erro), tabela, "Atualizar tabela",
                                                   "Tabela: " + tabela + " - " + erro.what()));
+        SemDecisao(std::string(Apara(tabela)));
     }
+}
+
+/// Registers a table whose step was over before it was decided what to do.
+void TAtualizacao::SemDecisao(const std::string& tabela) {
+    auto& tabelas = ctx_.evidencia.tabelas;
+    if (!tabelas.empty() && tabelas.back().nome == tabela) return;
+    TTabelaRegistrada registrada;
+    registrada.nome = tabela;
+    registrada.motivo = "o erro veio antes da decisão";
+    registrada.desfecho = TDesfecho::NaoFeito;
+    tabelas.push_back(std::move(registrada));
 }
 
 void TAtualizacao::RelatoriosEArquivos(const TPastaDeTrabalho& pasta) {
     if (MarcadaParaNaoCriar()) {
         ctx_.Tela().Memo1("Atualizando Relatórios........Skiped!");
         ctx_.Tela().Memo1("Atualizando Arquivos..........Skiped!");
+        for (const std::string_view nome : kDosArquivos) NaoSeAplica(nome);
         return;
     }
-    Passo("AtualizaRelatorio", [&] { AtualizaRelatorio(ctx_.dm, pasta); });
-    Passo("AtualizaArquivosSistema", [&] { AtualizaArquivosSistema(ctx_.dm, pasta); });
+    Passo(kDosArquivos[0], [&] { AtualizaRelatorio(ctx_.dm, pasta); });
+    Passo(kDosArquivos[1], [&] { AtualizaArquivosSistema(ctx_.dm, pasta); });
 }
 
 void TAtualizacao::PassosFinais() {
-    struct TPasso {
-        std::string_view titulo, nome;
-        void (*executa)(TContexto&);
-    };
-    static constexpr TPasso kPassos[] = {
-        {"Querys : Estrutura de Tabelas", "ApagaAtributosOrfaos", ApagaAtributosOrfaos},
-        {"Querys : Valor Padrão", "AtualizaValorPadrao", AtualizaValorPadrao},
-        {"Querys : Atualiza Lookup", "AtualizaLookup", AtualizaLookup},
-        {"Querys : Atualiza Lookup Fisico", "AtualizaLookupFisico", AtualizaLookupFisico},
-        {"Querys : Atualiza Campos Personalizados", "AtualizaCamposPersonalizados", AtualizaCamposPersonalizados},
-        {"Querys : Atualiza Campo Texto", "AtualizaCamposVarCharparaNvarChar", AtualizaCamposVarCharparaNvarChar},
-        {"Querys : Verifica Indice Primario", "verificaIndicesPrimarios", verificaIndicesPrimarios},
-        {"Querys : Dicionario de Tabelas", "Dicionario_tabelas", Dicionario_tabelas},
-    };
-    Passo("QuerysPosteriores", [this] { QuerysPosteriores(ctx_); });
+    Passo(kCorrecoes, [this] { QuerysPosteriores(ctx_); });
     for (const TPasso& passo : kPassos) {
         ctx_.Tela().ProcessaMensagens();
         ctx_.Tela().Memo1(passo.titulo);
@@ -281,21 +316,47 @@ void TAtualizacao::Encerra() {
     ctx_.Tela().Memo1("Tempo de Atualização: " + FormataDuracao(inicio_, fim));
 }
 
+/// What reports an error and ends by itself has done a part; what raises has not come to its end.
 template <class F>
 void TAtualizacao::Passo(std::string_view nome, F&& passo) {
     const auto inicio = std::chrono::steady_clock::now();
-    std::string falha;
     GaranteConexao();
     trava_->Atividade(nome);
+    const std::size_t numero = ctx_.evidencia.passos.size(), erros = ctx_.Tela().Erros().size();
+    ctx_.evidencia.passos.push_back({.nome = std::string(nome)});
+    const auto acaba = [&](TDesfecho desfecho, TErro erro) {
+        TPassoRegistrado& registrado = ctx_.evidencia.passos[numero];
+        registrado.segundos = std::chrono::duration<double>(std::chrono::steady_clock::now() - inicio).count();
+        registrado.desfecho = desfecho;
+        registrado.falha = erro.falha;
+        registrado.erro = std::move(erro.mensagem);
+    };
     try {
         ctx_.Tela().ProcessaMensagens();
         passo();
+        acaba(ctx_.Tela().Erros().size() > erros ? TDesfecho::PelaMetade : TDesfecho::Feito, {});
     } catch (const std::exception& erro) {
-        falha = erro.what();
+        acaba(TDesfecho::NaoFeito, ErroDe(erro));
         Reporta(nome, erro);
     }
-    const std::chrono::duration<double> tempo = std::chrono::steady_clock::now() - inicio;
-    ctx_.evidencia.passos.push_back({std::string(nome), tempo.count(), falha});
+}
+
+void TAtualizacao::NaoSeAplica(std::string_view nome) {
+    ctx_.evidencia.passos.push_back({.nome = std::string(nome), .desfecho = TDesfecho::NaoSeAplica});
+}
+
+std::vector<std::string> TAtualizacao::NaoRodaram() const {
+    std::vector<std::string> faltam;
+    const auto confere = [&](std::string_view nome, const auto& registrados) {
+        const auto igual = [&](const auto& registrado) { return IgualSemCaixa(registrado.nome, nome); };
+        if (std::ranges::none_of(registrados, igual)) faltam.emplace_back(nome);
+    };
+    for (const std::string_view nome : kAntes) confere(nome, ctx_.evidencia.passos);
+    for (const auto& tabela : ctx_.novo.Tabelas()) confere(tabela.nome, ctx_.evidencia.tabelas);
+    for (const std::string_view nome : kDosArquivos) confere(nome, ctx_.evidencia.passos);
+    confere(kCorrecoes, ctx_.evidencia.passos);
+    for (const TPasso& passo : kPassos) confere(passo.nome, ctx_.evidencia.passos);
+    return faltam;
 }
 
 void TAtualizacao::Reporta(std::string_view acao, const std::exception& erro) {

@@ -11,12 +11,6 @@
 
 namespace wkd {
 
-enum class TFimDaAtualizacao {
-    Concluida,     // all steps ran, whatever they reported
-    Interrompida,  // the process was asked to end: what is missing is the next run's
-    Encerrada      // ended early: package, refused confirmation, connected users, another run
-};
-
 /// The update run: brings the database of the open connection up to the dictionary of a package. Reports everything
 /// through the screen and the run log and throws nothing of the database's or the package's.
 class TAtualizacao {
@@ -50,12 +44,17 @@ class TAtualizacao {
     template <class F>
     void Passo(std::string_view nome, F&& passo);
     void Reporta(std::string_view acao, const std::exception& erro);
+    void NaoSeAplica(std::string_view nome);
+    void SemDecisao(const std::string& tabela);
+    std::vector<std::string> NaoRodaram() const;
+    void RecolheErros();
     bool MarcadaParaNaoCriar() const;
 
     TContexto ctx_;
     std::optional<TTravaDoBanco> trava_;
     TDataHora inicio_;
     std::vector<std::filesystem::path> adiados_;
+    std::vector<std::size_t> reaberturas_;  // how many errors there were when a lost connection was open again
 };
 
 }  // namespace wkd

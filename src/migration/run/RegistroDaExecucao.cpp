@@ -1,5 +1,9 @@
 #include "run/RegistroDaExecucao.h"
 
+#include <algorithm>
+#include <exception>
+#include <span>
+
 #include "process/Interrupcao.h"
 #include "rows/WKDQuery.h"
 #include "tables/TBComandos.h"
@@ -13,6 +17,11 @@ namespace {
 bool Mexe(const TDecisaoDaTabela& decisao) {
     if (decisao.acao == TAcaoDaTabela::Altera) return !decisao.comandos.empty();
     return decisao.acao != TAcaoDaTabela::Nada;
+}
+
+/// Whether something of the table is missing after this error; others only tell what a person might want back.
+bool Falta(const TErroDaExecucao& erro) {
+    return erro.erro.falha != TFalha::SobraNoBackup && erro.erro.falha != TFalha::NaoRecriado;
 }
 
 }  // namespace
@@ -30,7 +39,11 @@ std::string HashDoConteudo(TConnection& conexao, const std::string& tabela) {
 }
 
 TRegistroDaTabela::TRegistroDaTabela(TContexto& ctx, const std::string& tabela, const TDecisaoDaTabela& decisao)
-    : ctx_(ctx), tabela_(tabela), mexe_(Mexe(decisao)) {
+    : ctx_(ctx),
+      tabela_(tabela),
+      mexe_(Mexe(decisao)),
+      erros_(ctx.Tela().Erros().size()),
+      excecoes_(std::uncaught_exceptions()) {
     TTabelaRegistrada registrada;
     registrada.nome = tabela;
     registrada.acao = decisao.acao;
@@ -47,10 +60,24 @@ TRegistroDaTabela::TRegistroDaTabela(TContexto& ctx, const std::string& tabela, 
 TRegistroDaTabela::~TRegistroDaTabela() {
     TTabelaRegistrada& registrada = ctx_.evidencia.tabelas.back();
     registrada.segundos = std::chrono::duration<double>(std::chrono::steady_clock::now() - inicio_).count();
+    registrada.desfecho = Desfecho(registrada);
     try {
         Mede(registrada);
     } catch (const TInterrompida&) {  // the next statement ends the run
     }
+}
+
+/// Decided from what was reported and what statements ran.
+TDesfecho TRegistroDaTabela::Desfecho(const TTabelaRegistrada& registrada) const {
+    const std::span erros(ctx_.Tela().Erros());
+    const bool acabou = std::uncaught_exceptions() == excecoes_;
+    const bool nada = registrada.acao == TAcaoDaTabela::Nada;
+    if (acabou && std::ranges::none_of(erros.subspan(std::min(erros_, erros.size())), Falta))
+        return nada ? TDesfecho::NaoSeAplica : TDesfecho::Feito;
+    const bool correu = std::ranges::any_of(registrada.comandos, [](const auto& c) { return c.erro.empty(); });
+    const bool soDicionario = registrada.acao == TAcaoDaTabela::Altera && registrada.comandos.empty() && acabou;
+    const bool aberta = registrada.acao == TAcaoDaTabela::Reconstroi && ctx_.abertas.contains(ChaveDeNome(tabela_));
+    return correu || soDicionario || aberta ? TDesfecho::PelaMetade : TDesfecho::NaoFeito;
 }
 
 void TRegistroDaTabela::Mede(TTabelaRegistrada& registrada) {

@@ -26,12 +26,15 @@ class TRegistroDaTabela {
     TRegistroDaTabela& operator=(const TRegistroDaTabela&) = delete;
 
   private:
+    TDesfecho Desfecho(const TTabelaRegistrada& registrada) const;
     void Mede(TTabelaRegistrada& registrada);
     std::optional<std::int64_t> Conta(const std::string& tabela);
 
     TContexto& ctx_;
     const std::string tabela_;
     const bool mexe_;
+    const std::size_t erros_;  // reported before
+    const int excecoes_;       // on their way before
     const std::chrono::steady_clock::time_point inicio_ = std::chrono::steady_clock::now();
 };
 
