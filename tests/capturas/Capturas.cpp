@@ -96,8 +96,8 @@ void Fotografa(const QString& pasta) {
         capturas.Guarda("andamento");
     });
     relogio.start(20);
-    janela.dialogos.aoInformar = [&] { capturas.Guarda("status"); };
     capturas.Proximo();
+    capturas.Guarda("status");
     janela.Tela().MostraOcupado("Descompactando...", 40);
     janela.Tela().Descarrega();
     capturas.Guarda("ocupado");
