@@ -4,12 +4,14 @@
 #include <nlohmann/json.hpp>
 #include <random>
 
+#include "JanelaApoio.h"
 #include "Linhas.h"
 #include "ModuloTemporario.h"
 #include "ProgramaApoio.h"
 #include "commands/Eco.h"
 #include "commands/PreencheDados.h"
 #include "values/Texto.h"
+#include "window/TelaDaJanela.h"
 
 namespace wkd {
 namespace {
@@ -50,6 +52,25 @@ TEST(Erros, cada_um_tem_sua_linha_e_uma_segunda_com_o_que_falta_a_ela) {
 
     eco.Erro(TErroDaExecucao::NaCaixa({.mensagem = "sem conexão"}), "");
     diz({"sem conexão"});
+}
+
+TEST(Erros, um_registro_recusado_tem_uma_so_providencia) {
+    const TPastaTemporaria pasta;
+    TLogDaExecucao log(pasta / "AtualizaWKD.log");
+    TDialogosDeTeste ninguem;
+    TTelaDaJanela tela(log, ninguem, true);
+    testing::internal::CaptureStderr();
+    tela.EmAndamento(true);
+    for (const char* registro : {"registro 1", "registro 2"}) {
+        tela.Erro(TErroDaExecucao::NaCaixa({.mensagem = registro, .falha = TFalha::LinhaRecusada}));
+        EXPECT_EQ(tela.Reconcilia(registro, TAcaoReconcilia::Pula), TAcaoReconcilia::Pula);
+    }
+    tela.EmAndamento(false);
+    EsperaSaidas();
+    const std::string erros = testing::internal::GetCapturedStderr();
+    const auto providencia = erros.find("Providência: Veja os registros em AtualizaWKD.rejeitados.jsonl");
+    EXPECT_NE(providencia, std::string::npos) << erros;
+    EXPECT_EQ(erros.find("Providência", providencia + 1), std::string::npos) << erros;
 }
 
 TEST(Erros, so_a_falta_da_tabela_de_usuarios_faz_um_banco_da_geracao_anterior) {

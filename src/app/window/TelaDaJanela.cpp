@@ -252,7 +252,7 @@ bool TTelaDaJanela::Confirmacao(std::string_view texto, bool semPessoa) {
 
 TAcaoReconcilia TTelaDaJanela::Reconcilia(std::string_view erro, TAcaoReconcilia semPessoa) {
     if (desassistida_) {
-        Informacao(erro);
+        Relata(TErroDaExecucao::NaCaixa({.mensagem = std::string(erro), .falha = TFalha::LinhaRecusada}));
         return semPessoa;
     }
     TAcaoReconcilia acao = semPessoa;
