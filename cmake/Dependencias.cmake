@@ -10,6 +10,7 @@ if(WIN32)
     set(cabecalhos ${CMAKE_BINARY_DIR}/cabecalhos)
     set(deFora ibase.h firebird nlohmann)
     if(WKD_WINDOWS)
+        find_package(ZLIB REQUIRED)
         find_package(libzip REQUIRED)
         target_link_libraries(wkd_zip INTERFACE libzip::zip)
     else()  # compiled, not linked

@@ -3,7 +3,7 @@
 # CPU minutes: half an hour on two idle cores). They are kept outside the tree and built once: what is there is left
 # alone, and an interrupted build goes on where it stopped. WKD_WINDOWS names another folder than
 # ~/.cache/atualizawkd-windows, WKD_NUCLEOS another number of jobs than the machine's cores.
-# The folder's name is printed last.
+# scripts/windows-bibliotecas.sh --sem-qt builds libzip alone. The folder's name is printed last.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -51,17 +51,18 @@ desligado() { # name...: -Dname=OFF
     printf -- '-D%s=OFF\n' "$@"
 }
 
-tudo() {
+tudo() { # --sem-qt
     constroi libzip $(desligado ENABLE_{COMMONCRYPTO,GNUTLS,MBEDTLS,OPENSSL,WINDOWS_CRYPTO,BZIP2,LZMA,ZSTD}) \
         $(desligado BUILD_{TOOLS,REGRESS,EXAMPLES,DOC})
+    [ "${1:-}" != --sem-qt ] || return 0
     # Of Qt the window's part and the network's; TLS is the system's own. The DirectWrite fonts fail to link without Direct2D.
     constroi qt6-base -DINPUT_opengl=no -DINPUT_openssl=no -DFEATURE_schannel=ON -DQT_BUILD_TOOLS_WHEN_CROSSCOMPILING=OFF \
         $(desligado QT_BUILD_{EXAMPLES,TESTS}) \
         $(desligado FEATURE_{vulkan,sql,dbus,testlib,printsupport,concurrent,xml,direct2d,directwrite3,tabletevent,pkg_config})
 }
 
-if [ ! -e "$destino/.pronto-qt6-base" ]; then
+if [ ! -e "$destino/.pronto-qt6-base" ] && [ "${1:-}" != --sem-qt ]; then
     echo "Construindo as bibliotecas em $destino: cerca de meia hora em dois núcleos livres, uma só vez." >&2
 fi
-tudo >&2
+tudo "$@" >&2
 echo "$destino"

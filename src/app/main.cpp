@@ -12,6 +12,7 @@
 #include "firebird/ConexaoFirebird.h"
 #include "process/Interrupcao.h"
 #include "process/Programa.h"
+#include "process/Terminal.h"
 #include "window/Assistente.h"
 
 namespace {
@@ -71,7 +72,7 @@ TInterrupcao::TPrazos PrazosDo(const TPedido& pedido) {
 
 TCodigoDeSaida Atende(int argc, char** argv) {
     try {
-        const TPedido pedido = LeLinhaDeComando({argv + 1, argv + argc});
+        const TPedido pedido = LeLinhaDeComando(ArgumentosDoPrograma(argc, argv));
         TInterrupcao::AtendeSinais(PrazosDo(pedido));
         return std::visit(TPrograma{argc, argv}, pedido);
     } catch (const std::exception& erro) {
@@ -86,7 +87,7 @@ TCodigoDeSaida Atende(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    AbreSaidasQueFaltam();
+    PreparaSaidas();
     std::setlocale(LC_CTYPE, "C.UTF-8");  // the client library reads path names with it
 #ifndef _WIN32
     std::signal(SIGPIPE, SIG_IGN);  // neither a broken pipe nor a closed terminal ends an update

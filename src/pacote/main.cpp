@@ -3,6 +3,7 @@
 
 #include "Comandos.h"
 #include "process/Interrupcao.h"
+#include "process/Terminal.h"
 
 namespace {
 
@@ -24,6 +25,7 @@ TCodigoDeSaida Atende(const std::vector<std::string>& argumentos) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    PreparaSaidas();
     std::setlocale(LC_CTYPE, "C.UTF-8");  // the client library reads path names with it
-    EncerraProcesso(Atende({argv + 1, argv + argc}));
+    EncerraProcesso(Atende(ArgumentosDoPrograma(argc, argv)));
 }

@@ -49,8 +49,8 @@ TEST(Programa, ajuda_versao_e_argumentos_errados) {
 
 /// On a machine without Firebird: its client library cannot be loaded.
 TSaidaDePrograma RodaSemFirebird(const TProgramaInstalado& loja, std::vector<std::string> argumentos) {
-    argumentos.insert(argumentos.begin(),
-                      {"ASAN_OPTIONS=verify_asan_link_order=0", "LD_PRELOAD=" WKD_SEM_FIREBIRD, "./AtualizaWKD"});
+    argumentos.insert(argumentos.begin(), {"ASAN_OPTIONS=verify_asan_link_order=0:detect_leaks=0",
+                                           "LD_PRELOAD=" WKD_SEM_FIREBIRD, "./AtualizaWKD"});
     return RodaPrograma("/usr/bin/env", argumentos, loja / "");
 }
 

@@ -77,6 +77,9 @@ TEST(OdbcTextos, TheConnectionStringNamesTheFirstInstalledDriverAndQuotesItsValu
         {Parametros("srv, 1500", "x"),
          {"FreeTDS"},
          "DRIVER=FreeTDS;SERVER=srv;PORT=1500;TDS_Version=7.4;ClientCharset=UTF-8;APP=AtualizaWKD;" + banco + "x;"},
+        {Parametros("srv", "x"),
+         {"SQL Server", "SQLite3"},
+         "DRIVER={SQL Server};SERVER=srv;APP=AtualizaWKD;" + banco + "x;"},
         {Parametros("srv", "x", "Meu Driver"), {}, "DRIVER={Meu Driver};SERVER=srv;APP=AtualizaWKD;" + banco + "x;"},
     };
     for (const auto& caso : casos) EXPECT_EQ(CadeiaDeConexao(caso.parametros, caso.instalados), caso.esperada);
@@ -93,6 +96,12 @@ TEST(OdbcTextos, TheConnectionStringNamesTheFirstInstalledDriverAndQuotesItsValu
             << driver;
     }
 
+    TParametrosConexao conta;
+    conta.Adiciona("Server", "srv");
+    conta.Adiciona("Trusted_Connection", "yes");
+    EXPECT_EQ(CadeiaDeConexao(conta, {"SQL Server"}),
+              "DRIVER={SQL Server};SERVER=srv;Trusted_Connection=yes;APP=AtualizaWKD;");
+
     TParametrosConexao fonte;
     fonte.Adiciona("DataSource", "Matriz");
     fonte.Adiciona("User_Name", "sa");
@@ -103,7 +112,7 @@ TEST(OdbcTextos, TheConnectionStringNamesTheFirstInstalledDriverAndQuotesItsValu
     } catch (const TErroConfiguracao& erro) {
         const std::string texto = erro.what();
         for (const auto* nome :
-             {"ODBC Driver 18 for SQL Server", "ODBC Driver 17 for SQL Server", "FreeTDS", "tdsodbc"})
+             {"ODBC Driver 18 for SQL Server", "ODBC Driver 17 for SQL Server", "FreeTDS", "Instale"})
             EXPECT_NE(texto.find(nome), std::string::npos) << texto;
     }
 }

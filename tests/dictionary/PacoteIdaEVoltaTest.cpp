@@ -57,6 +57,9 @@ TEST(PacoteIdaEVolta, TodasAsLinhasVoltamComEstadoEHistorico) {
 }
 
 TEST(PacoteIdaEVolta, GravaSobreOArquivoDeOndeVemOsBlobs) {
+#ifdef _WIN32
+    GTEST_SKIP() << "Windows does not replace a file that is mapped";
+#endif
     const TPastaTemporaria pasta;
     const auto original = DeTodosOsTipos();
     GravaPacote(original, pasta / "T.WKD", TFormaPacote::Binario);

@@ -78,7 +78,8 @@ struct TBancoInterrompido : TBancoDaNova {
     }
     void Descongela() {
         Conexao().Close();
-        std::filesystem::copy_file(Congelado(), banco_.Arquivo(), std::filesystem::copy_options::overwrite_existing);
+        std::filesystem::remove(banco_.Arquivo());
+        std::filesystem::copy_file(Congelado(), banco_.Arquivo());
         Conexao().Open();
         tela_.memo2.clear();
     }

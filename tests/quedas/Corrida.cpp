@@ -2,9 +2,7 @@
 // closing, committing or rolling anything back. Arguments: folder, n. Exit code 9 when it was cut, 0 or 1 when the run
 // ended first (1: something was reported, which goes to standard error). "erro" as third argument makes the server's
 // answer to statement n an error instead, "sinal" sends SIGTERM there; exit code 143 when that ended the run.
-#include <signal.h>
-#include <unistd.h>
-
+#include <csignal>
 #include <cstdlib>
 #include <iostream>
 #include <thread>
@@ -15,11 +13,21 @@
 #include "process/Programa.h"
 #include "run/Atualizacao.h"
 
+#ifndef _WIN32
+#include <unistd.h>
+#endif
+
 namespace {
 
 using namespace wkd;
 
 constexpr int kCortado = 9;
+
+#ifdef _WIN32
+void Sinaliza() { TInterrupcao::Pede(SIGTERM); }
+#else
+void Sinaliza() { kill(getpid(), SIGTERM); }
+#endif
 
 TErroBanco ErroDoServidor(std::string_view comando) {
     return TErroBanco({.mensagem = "erro provocado",
@@ -46,9 +54,9 @@ int main(int argc, char** argv) {
     int comandos = 0;
     dm.SQLConnection1.Observa([&](std::string_view comando) {
         if (++comandos != ultimo) return;
-        if (como.empty()) _exit(kCortado);
+        if (como.empty()) std::_Exit(kCortado);
         if (como == "erro") throw ErroDoServidor(comando);
-        kill(getpid(), SIGTERM);
+        Sinaliza();
         while (TInterrupcao::Sinal() == 0) std::this_thread::yield();
     });
 

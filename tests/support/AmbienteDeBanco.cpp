@@ -2,7 +2,9 @@
 
 #include "BancoOdbc.h"
 #include "BancoTemporario.h"
+#ifndef _WIN32
 #include "ServidorFirebird.h"
+#endif
 
 namespace wkd {
 namespace {
@@ -18,15 +20,21 @@ class TBancoFirebird : public TBancoDeTeste {
     TBancoTemporario banco_;
 };
 
+#ifdef _WIN32
+bool HaServidor() { return false; }
+std::unique_ptr<TBancoDeTeste> NoServidor() { return nullptr; }
+#else
+bool HaServidor() { return TServidorFirebird::Instalado(); }
 std::unique_ptr<TBancoDeTeste> NoServidor() {
     return std::make_unique<TBancoFirebird>(TServidorFirebird::DoProcesso().Endereco());
 }
+#endif
 
 }  // namespace
 
 std::vector<TAmbienteDeBanco> AmbientesDeBanco() {
     return {{"FirebirdEmbutido", [] { return true; }, [] { return std::make_unique<TBancoFirebird>(""); }},
-            {"FirebirdServidor", &TServidorFirebird::Instalado, &NoServidor},
+            {"FirebirdServidor", &HaServidor, &NoServidor},
             {"OdbcSqlite", &TBancoSqlite::Instalado, [] { return std::make_unique<TBancoSqlite>(); }, false, 3},
             {"OdbcSqlServer", &TBancoSqlServer::Instalado, [] { return std::make_unique<TBancoSqlServer>(); }, true, 3,
              33557097}};

@@ -1,12 +1,10 @@
 #include "BancoOdbc.h"
 
-#include <unistd.h>
-
 #include <cstdlib>
 #include <filesystem>
 #include <map>
+#include <random>
 
-#include "PastaTemporaria.h"
 #include "odbc/ConexaoOdbc.h"
 #include "values/Texto.h"
 
@@ -84,7 +82,7 @@ class TBancoDoProcesso {
   private:
     static void NoMestre(const std::string& sql) { Aberta(ParametrosDe("master"))->ExecuteDirect(sql); }
 
-    std::string nome_ = "wkd_teste_" + std::to_string(getpid());
+    std::string nome_ = "wkd_teste_" + std::to_string(std::random_device()());
 };
 
 /// Everything that a test may have made, foreign keys and views first.
@@ -101,20 +99,12 @@ void Esvazia(TConnection& conexao) {
 
 }  // namespace
 
-TBancoSqlite::TBancoSqlite() : pasta_(std::filesystem::temp_directory_path() / ("wkd-sqlite-XXXXXX")) {
-    if (!mkdtemp(pasta_.data())) throw std::runtime_error("no temporary folder");
-    conexao_ = Outra();
-}
-
-TBancoSqlite::~TBancoSqlite() {
-    conexao_.reset();
-    std::filesystem::remove_all(pasta_);
-}
+TBancoSqlite::TBancoSqlite() : conexao_(Outra()) {}
 
 std::unique_ptr<TConnection> TBancoSqlite::Outra() {
     TParametrosConexao parametros;
     parametros.Adiciona("Driver", DriverSqlite());
-    parametros.Adiciona("Database", pasta_ + "/banco.db");
+    parametros.Adiciona("Database", (pasta_ / "banco.db").string());
     return Aberta(parametros);
 }
 

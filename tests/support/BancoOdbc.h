@@ -4,6 +4,7 @@
 #include <string>
 
 #include "AmbienteDeBanco.h"
+#include "PastaTemporaria.h"
 #include "aliases/Aliases.h"
 
 namespace wkd {
@@ -12,14 +13,13 @@ namespace wkd {
 class TBancoSqlite : public TBancoDeTeste {
   public:
     TBancoSqlite();
-    ~TBancoSqlite() override;
     TConnection& Conexao() override { return *conexao_; }
     std::unique_ptr<TConnection> Outra() override;
     std::string Tipo(std::string_view firebird) const override;
     static bool Instalado();
 
   private:
-    std::string pasta_;
+    TPastaTemporaria pasta_;
     std::unique_ptr<TConnection> conexao_;
 };
 

@@ -15,7 +15,6 @@
 #ifdef _WIN32
 #include <io.h>
 #else
-#include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
 #include <cerrno>
@@ -132,16 +131,6 @@ void EscreveNoTerminal(std::string_view texto) { Escritor(kSaida).Poe(kSaida, st
 void EsperaSaidas() {
     Escritor(kSaida).Espera(kSaida);
     Escritor(kErros).Espera(kErros);
-}
-
-void AbreSaidasQueFaltam() {
-#ifndef _WIN32
-    while (true) {
-        const int aberta = open("/dev/null", O_RDWR);
-        if (aberta > STDERR_FILENO) close(aberta);
-        if (aberta < 0 || aberta > STDERR_FILENO) return;
-    }
-#endif
 }
 
 namespace {

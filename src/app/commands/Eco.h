@@ -20,10 +20,6 @@ void EscreveNoTerminal(std::string_view texto);
 /// Waits until all is written, as long as somebody reads.
 void EsperaSaidas();
 
-/// To be called first: gives a stream that the program was started without a place to write to. The next file that is
-/// opened, such as a database, would get its number otherwise, and with it the lines.
-void AbreSaidasQueFaltam();
-
 /// What an unattended run tells of its errors. Whatever counts as one has its line: those of the error list as they
 /// stand, and those of the log that no line has told. During a run a second line follows with what the first leaves
 /// out: table and step, and the next thing to do; once for errors in a row that have them in common.

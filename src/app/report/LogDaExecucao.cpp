@@ -59,7 +59,10 @@ void TLogDaExecucao::SetLog(std::string_view mensagem, std::string_view tabela, 
                             TDataHora quando) {
     std::string entrada = "\r\nAção: ";
     entrada.append(acao).append("\r\nTabela: ").append(tabela);
-    entrada.append("\r\n[").append(FormataDataHora(quando, "dd/mm/yyyy hh:mm:ss")).append("] ").append(mensagem);
+    entrada.append("\r\n[")
+        .append(FormataDataHora(quando, PadraoDoUsuario("dd/mm/yyyy hh:mm:ss")))
+        .append("] ")
+        .append(mensagem);
     ultima_ = ComCrLf(entrada);
     PoeNoTopo(ultima_);
     const bool cheio = Tamanho() >= limite_;

@@ -9,6 +9,14 @@
 #include <QTreeView>
 #include <QUrl>
 
+#ifdef _WIN32
+#include <QDir>
+
+#include <windows.h>
+
+#include <shellapi.h>
+#endif
+
 namespace wkd {
 
 namespace {
@@ -119,8 +127,21 @@ QString TDialogosQt::Pasta(const QString& atual) {
     return dialogo.Escolhido();
 }
 
+#ifdef _WIN32
+static bool AbreMaximizado(const QString& arquivo) {
+    const std::wstring nome = QDir::toNativeSeparators(arquivo).toStdWString();
+    constexpr INT_PTR kUltimoErro = 32;
+    return reinterpret_cast<INT_PTR>(ShellExecuteW(GetActiveWindow(), L"open", nome.c_str(), nullptr, nullptr,
+                                                   SW_SHOWMAXIMIZED)) > kUltimoErro;
+}
+#else
+static bool AbreMaximizado(const QString& arquivo) {  // how wide is the window manager's business
+    return QDesktopServices::openUrl(QUrl::fromLocalFile(arquivo));
+}
+#endif
+
 void TDialogosQt::Abre(const QString& arquivo) {
-    if (!QDesktopServices::openUrl(QUrl::fromLocalFile(arquivo)))
+    if (!AbreMaximizado(arquivo))
         Informacao("Não foi possível abrir " + arquivo + ": nenhum programa instalado abre este tipo de arquivo.");
 }
 

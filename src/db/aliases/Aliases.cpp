@@ -99,6 +99,9 @@ void AdicionaSqlServer(TParametrosConexao& parametros, const TAlias& alias) {
     parametros.Adiciona("ErrorResourceFile", "");
     parametros.Adiciona("LocaleCode", "0000");
     parametros.Adiciona("IsolationLevel", "ReadCommitted");
+    // The key is often there where a user is named, too.
+    if (alias.autenticacao == TTipoAutenticacao::Windows && alias.usuario.empty())
+        parametros.Adiciona("Trusted_Connection", "yes");
     if (!alias.driver.empty()) parametros.Adiciona("Driver", alias.driver);
     if (!alias.encrypt.empty()) parametros.Adiciona("Encrypt", alias.encrypt);
     if (!alias.trustServerCertificate.empty())

@@ -17,8 +17,13 @@ namespace wkd {
 
 namespace {
 
-constexpr std::array<std::string_view, 3> kDrivers = {"ODBC Driver 18 for SQL Server", "ODBC Driver 17 for SQL Server",
-                                                      "FreeTDS"};
+constexpr std::array<std::string_view, 4> kDrivers = {"ODBC Driver 18 for SQL Server", "ODBC Driver 17 for SQL Server",
+                                                      "FreeTDS", "SQL Server"};  // the last comes with Windows
+#ifdef _WIN32
+constexpr std::string_view kComoInstalar = "A Microsoft oferece o primeiro (msodbcsql.msi, de 64 bits)";
+#else
+constexpr std::string_view kComoInstalar = "No Debian o FreeTDS vem com \"apt-get install tdsodbc\"";
+#endif
 
 /// A value in braces where it holds anything else than letters, digits and some harmless characters. A brace inside
 /// is doubled, but for FreeTDS, which takes it as it is and ends the value at "};" only.
@@ -50,9 +55,8 @@ std::string EscolheDriver(const TParametrosConexao& parametros, const std::vecto
             return std::string(nome);
     std::vector<std::string> nomes(kDrivers.begin(), kDrivers.end());
     throw TErroConfiguracao(
-        "Nenhum driver ODBC para SQL Server está instalado. Instale um destes: " + Junta(nomes, ", ") +
-        ". No Debian o último vem com \"apt-get install tdsodbc\"; outro pode ser informado na "
-        "chave Driver do alias.");
+        "Nenhum driver ODBC para SQL Server está instalado. Instale um destes: " + Junta(nomes, ", ") + ". " +
+        std::string(kComoInstalar) + "; outro pode ser informado na chave Driver do alias.");
 }
 
 bool DoFreeTds(std::string_view driver) {
@@ -81,7 +85,7 @@ void AdicionaServidor(TCadeia& cadeia, const std::string& driver, const TParamet
         cadeia.Adiciona("SERVER", servidor)
             .Adiciona("Encrypt", parametros.Valor("Encrypt"))
             .Adiciona("TrustServerCertificate", parametros.Valor("TrustServerCertificate"));
-    cadeia.Adiciona("APP", "AtualizaWKD");
+    cadeia.Adiciona("Trusted_Connection", parametros.Valor("Trusted_Connection")).Adiciona("APP", "AtualizaWKD");
 }
 
 }  // namespace

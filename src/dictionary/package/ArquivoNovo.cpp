@@ -4,6 +4,12 @@
 #include <string>
 #include <utility>
 
+#ifdef _WIN32
+#include <fcntl.h>
+#include <io.h>
+#include <sys/stat.h>
+#endif
+
 #include "package/Caminho.h"
 #include "package/Pacote.h"
 
@@ -13,7 +19,8 @@ namespace {
 
 std::FILE* Cria(const std::filesystem::path& caminho) {
 #ifdef _WIN32
-    return _wfopen(caminho.c_str(), L"wbx");
+    const int aberto = _wopen(caminho.c_str(), _O_CREAT | _O_EXCL | _O_RDWR | _O_BINARY, _S_IREAD | _S_IWRITE);
+    return aberto < 0 ? nullptr : _fdopen(aberto, "wb");
 #else
     return std::fopen(caminho.c_str(), "wbx");
 #endif
@@ -36,7 +43,14 @@ TArquivoNovo::TArquivoNovo(std::filesystem::path caminho) : caminho_(std::move(c
 }
 
 TArquivoNovo::~TArquivoNovo() {
-    if (arquivo_) std::fclose(arquivo_);
+    if (!arquivo_) return;
+    std::fclose(arquivo_);
+    Apaga();
+}
+
+void TArquivoNovo::Apaga() noexcept {
+    std::error_code ignorado;
+    std::filesystem::remove(caminho_, ignorado);
 }
 
 void TArquivoNovo::Grava(std::string_view bytes) {
@@ -44,7 +58,10 @@ void TArquivoNovo::Grava(std::string_view bytes) {
 }
 
 void TArquivoNovo::Fecha() {
-    if (std::fclose(std::exchange(arquivo_, nullptr)) != 0) NaoGrava(caminho_, UltimoErro());
+    if (std::fclose(std::exchange(arquivo_, nullptr)) == 0) return;
+    const std::error_code erro = UltimoErro();
+    Apaga();
+    NaoGrava(caminho_, erro);
 }
 
 }  // namespace wkd

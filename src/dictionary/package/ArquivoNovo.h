@@ -8,7 +8,7 @@
 namespace wkd {
 
 /// File that did not exist before; an existing name, a link included, is an error. Every operation throws
-/// TErroPacote with the system's cause.
+/// TErroPacote with the system's cause. One that was not closed by Fecha() goes with the object.
 class TArquivoNovo {
   public:
     explicit TArquivoNovo(std::filesystem::path caminho);
@@ -21,6 +21,8 @@ class TArquivoNovo {
     void Fecha();
 
   private:
+    void Apaga() noexcept;
+
     std::filesystem::path caminho_;
     std::FILE* arquivo_;
 };

@@ -2,15 +2,15 @@
 
 #include <random>
 #include <string>
+#include <vector>
 
 #include "package/Caminho.h"
 #include "package/Pacote.h"
+#include "process/EscritaSegura.h"
 
-#ifndef _WIN32
-#include <sys/stat.h>
-#include <unistd.h>
-#endif
 #ifdef _WIN32
+#include <aclapi.h>
+#include <sddl.h>
 #include <windows.h>
 #else
 #include <fcntl.h>
@@ -25,27 +25,83 @@ namespace wkd {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+#ifdef _WIN32
+
+/// Of the user whom the process works for, and of the owner that it gives to what it makes: for an administrator that
+/// is the group.
+std::vector<std::byte> DoProcesso(TOKEN_INFORMATION_CLASS qual) {
+    HANDLE ficha = nullptr;
+    DWORD tamanho = 0;
+    if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &ficha)) return {};
+    GetTokenInformation(ficha, qual, nullptr, 0, &tamanho);
+    std::vector<std::byte> dados(tamanho);
+    if (!GetTokenInformation(ficha, qual, dados.data(), tamanho, &tamanho)) dados.clear();
+    CloseHandle(ficha);
+    return dados;
+}
+
+bool Nossa(const fs::path& pasta) {
+    const auto usuario = DoProcesso(TokenUser), dono = DoProcesso(TokenOwner);
+    PSID daPasta = nullptr;
+    PSECURITY_DESCRIPTOR descritor = nullptr;
+    if (usuario.empty() || dono.empty() ||
+        GetNamedSecurityInfoW(pasta.c_str(), SE_FILE_OBJECT, OWNER_SECURITY_INFORMATION, &daPasta, nullptr, nullptr,
+                              nullptr, &descritor) != ERROR_SUCCESS)
+        return false;
+    const bool nossa = EqualSid(daPasta, reinterpret_cast<const TOKEN_USER*>(usuario.data())->User.Sid) ||
+                       EqualSid(daPasta, reinterpret_cast<const TOKEN_OWNER*>(dono.data())->Owner);
+    LocalFree(descritor);
+    return nossa;
+}
+
+/// For the user, the system and the administrators, and for nobody whom the folder above lets in.
+std::wstring SoParaNos() {
+    const auto usuario = DoProcesso(TokenUser);
+    wchar_t* nome = nullptr;
+    if (usuario.empty() ||
+        !ConvertSidToStringSidW(reinterpret_cast<const TOKEN_USER*>(usuario.data())->User.Sid, &nome))
+        return {};
+    const std::wstring regra = L"D:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICI;FA;;;" + std::wstring(nome) + L")";
+    LocalFree(nome);
+    return regra;
+}
+
+bool CriaSoParaNos(const fs::path& pasta) {
+    SECURITY_ATTRIBUTES atributos{sizeof(SECURITY_ATTRIBUTES), nullptr, FALSE};
+    const std::wstring regra = SoParaNos();
+    if (!ConvertStringSecurityDescriptorToSecurityDescriptorW(regra.c_str(), SDDL_REVISION_1,
+                                                              &atributos.lpSecurityDescriptor, nullptr))
+        return false;
+    const bool criada = CreateDirectoryW(pasta.c_str(), &atributos);
+    LocalFree(atributos.lpSecurityDescriptor);
+    return criada;
+}
+
+#else
+
+bool Nossa(const fs::path& pasta) {
+    struct stat dono {};
+    return lstat(pasta.c_str(), &dono) == 0 && dono.st_uid == geteuid();
+}
+
+bool CriaSoParaNos(const fs::path& pasta) { return mkdir(pasta.c_str(), 0700) == 0; }
+
+#endif
+
+}  // namespace
+
 std::string DefeitoDaPasta(const fs::path& pasta) {
     std::error_code erro;
     const auto estado = fs::symlink_status(pasta, erro);
     if (estado.type() == fs::file_type::not_found) return {};
-    if (estado.type() == fs::file_type::symlink) return "é um link";
+    if (EhLink(pasta)) return "é um link";
     if (estado.type() != fs::file_type::directory) return "não é uma pasta";
-#ifndef _WIN32
-    struct stat dono {};
-    if (lstat(pasta.c_str(), &dono) != 0 || dono.st_uid != geteuid()) return "pertence a outro usuário";
-#endif
-    return {};
+    return Nossa(pasta) ? "" : "pertence a outro usuário";
 }
 
-bool CriaPastaPrivada(const fs::path& pasta) {
-#ifdef _WIN32
-    std::error_code erro;
-    return fs::create_directory(pasta, erro);  // below the user's own temporary directory, which is private already
-#else
-    return mkdir(pasta.c_str(), 0700) == 0;
-#endif
-}
+bool CriaPastaPrivada(const fs::path& pasta) { return CriaSoParaNos(pasta); }
 
 TPastaPassageira::TPastaPassageira(const fs::path& temporaria) {
     std::random_device acaso;

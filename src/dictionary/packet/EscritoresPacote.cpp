@@ -30,11 +30,6 @@ fs::path NomeProvisorio(const fs::path& arquivo) {
 TSaidaPacote::TSaidaPacote(const fs::path& arquivo)
     : arquivo_(arquivo), novo_(NomeProvisorio(arquivo)), aberto_(novo_) {}
 
-TSaidaPacote::~TSaidaPacote() {
-    std::error_code erro;
-    if (!concluido_) fs::remove(novo_, erro);
-}
-
 TSaidaPacote& TSaidaPacote::operator<<(std::string_view bytes) {
     bloco_ += bytes;
     if (bloco_.size() >= kBloco) {
@@ -52,7 +47,6 @@ void TSaidaPacote::Conclui() {
     } catch (const std::system_error& erro) {
         NaoGrava(arquivo_, erro.code());
     }
-    concluido_ = true;
 }
 
 void TSaidaPacote::Recusa(std::size_t linha, const TCampoPacote& campo, const std::string& causa) const {

@@ -17,8 +17,6 @@ namespace wkd {
 class TSaidaPacote {
   public:
     explicit TSaidaPacote(const std::filesystem::path& arquivo);
-    /// Removes what was not concluded.
-    ~TSaidaPacote();
     TSaidaPacote(const TSaidaPacote&) = delete;
     TSaidaPacote& operator=(const TSaidaPacote&) = delete;
 
@@ -33,7 +31,6 @@ class TSaidaPacote {
     std::filesystem::path novo_;
     TArquivoNovo aberto_;
     std::string bloco_;
-    bool concluido_ = false;
 };
 
 /// Writers of the two forms. `campos` are those of the packet, each with its `tipoXml`.

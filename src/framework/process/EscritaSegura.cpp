@@ -8,7 +8,7 @@
 #ifdef _WIN32
 #include <fcntl.h>
 #include <io.h>
-#include <sys/stat.h>
+#include <windows.h>
 #else
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -26,23 +26,58 @@ namespace fs = std::filesystem;
 }
 
 #ifdef _WIN32
+[[noreturn]] void FalhaDoSistema(const fs::path& caminho) {
+    throw std::system_error(static_cast<int>(GetLastError()), std::system_category(), caminho.string());
+}
+
+/// Virus scanners, indexers and copies to another place hold a file for a moment after it was written.
+template <class TTentativa>
+bool Insiste(TTentativa tentativa) {
+    constexpr DWORD kPausa = 50, kVezes = 60;  // 3 s
+    for (DWORD vez = 0; !tentativa(); Sleep(kPausa)) {
+        const DWORD erro = GetLastError();
+        const bool passageiro =
+            erro == ERROR_SHARING_VIOLATION || erro == ERROR_LOCK_VIOLATION || erro == ERROR_ACCESS_DENIED;
+        if (!passageiro || ++vez == kVezes) return SetLastError(erro), false;
+    }
+    return true;
+}
+
+/// Others may read the file meanwhile, and rename it.
+TArquivo Abre(const fs::path& caminho, DWORD acesso, DWORD criacao, const char* modo) {
+    constexpr DWORD kComTodos = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    HANDLE aberto = INVALID_HANDLE_VALUE;
+    const bool abriu = Insiste([&] {
+        aberto = CreateFileW(caminho.c_str(), acesso, kComTodos, nullptr, criacao, FILE_ATTRIBUTE_NORMAL, nullptr);
+        return aberto != INVALID_HANDLE_VALUE;
+    });
+    if (!abriu) FalhaDoSistema(caminho);
+    const int flags = _O_BINARY | (modo[0] == 'a' ? _O_APPEND : 0);
+    TArquivo arquivo(_fdopen(_open_osfhandle(reinterpret_cast<std::intptr_t>(aberto), flags), modo));
+    if (!arquivo) Falha(caminho);
+    return arquivo;
+}
+
 TArquivo CriaTemporario(fs::path& caminho) {
     caminho += L".novo";
     return CriaArquivo(caminho);
 }
 bool NoDisco(std::FILE* arquivo) { return _commit(_fileno(arquivo)) == 0; }
-TArquivo AbreEscrito(const fs::path& caminho) { return TArquivo(_wfopen(caminho.c_str(), L"r+b")); }
-bool CopiaPermissoes(const fs::path&, std::FILE*) { return true; }
-void PastaNoDisco(const fs::path&) {}
-bool LinkDeConfianca(const fs::path&) { return true; }  // making one takes an administrator
-
-TArquivo Abre(const fs::path& caminho, const wchar_t* modo, bool porLink) {
-    if (!porLink && fs::is_symlink(caminho)) Falha(caminho, ELOOP);
-    TArquivo arquivo(_wfopen(caminho.c_str(), modo));
-    if (!arquivo) Falha(caminho);
-    return arquivo;
+TArquivo AbreEscrito(const fs::path& caminho) {
+    return Abre(caminho, GENERIC_READ | GENERIC_WRITE, OPEN_EXISTING, "r+b");
 }
+bool CopiaPermissoes(const fs::path&, std::FILE*) { return true; }  // inherited from the folder
+bool LinkDeConfianca(const fs::path&) { return true; }              // making one takes an administrator
+
+/// Comes back when the rename itself is on the disk.
+void Renomeia(const fs::path& novo, const fs::path& destino) {
+    constexpr DWORD kComo = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
+    if (!Insiste([&] { return MoveFileExW(novo.c_str(), destino.c_str(), kComo) != 0; })) FalhaDoSistema(destino);
+}
+void PastaNoDisco(const fs::path&) {}
 #else
+void Renomeia(const fs::path& novo, const fs::path& destino) { fs::rename(novo, destino); }
+
 /// The descriptor as a stream; anything but an ordinary file is refused. A second name of a file may be one that
 /// somebody else gave it, to have it written to.
 TArquivo Comum(const fs::path& caminho, int descritor, const char* modo, nlink_t nomes) {
@@ -112,7 +147,7 @@ template <class TEscreve>
 void Substitui(const fs::path& novo, const fs::path& destino, TEscreve escreve) {
     try {
         escreve();
-        fs::rename(novo, destino);
+        Renomeia(novo, destino);
     } catch (...) {
         std::error_code ignorado;
         fs::remove(novo, ignorado);
@@ -124,9 +159,43 @@ void Substitui(const fs::path& novo, const fs::path& destino, TEscreve escreve) 
 }  // namespace
 
 #ifdef _WIN32
-TArquivo AbreParaLer(const fs::path& caminho, bool porLink) { return Abre(caminho, L"rb", porLink); }
-TArquivo AbreParaAcrescentar(const fs::path& caminho) { return Abre(caminho, L"a+b", false); }
+/// libstdc++ knows no links here.
+bool EhLink(const fs::path& caminho) {
+    WIN32_FIND_DATAW achado;
+    const HANDLE busca = FindFirstFileW(caminho.c_str(), &achado);
+    if (busca == INVALID_HANDLE_VALUE) return false;
+    FindClose(busca);
+    return (achado.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
+           (achado.dwReserved0 == IO_REPARSE_TAG_SYMLINK || achado.dwReserved0 == IO_REPARSE_TAG_MOUNT_POINT);
+}
+
+TArquivo AbreParaLer(const fs::path& caminho, bool porLink) {
+    if (!porLink && EhLink(caminho)) Falha(caminho, ELOOP);
+    return Abre(caminho, GENERIC_READ, OPEN_EXISTING, "rb");
+}
+
+TArquivo AbreParaAcrescentar(const fs::path& caminho) {
+    if (EhLink(caminho)) Falha(caminho, ELOOP);
+    return Abre(caminho, GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS, "a+b");
+}
+
+TArquivo CriaSeNaoHa(const fs::path& caminho) {
+    try {
+        return Abre(caminho, GENERIC_READ | GENERIC_WRITE, CREATE_NEW, "wb");
+    } catch (const std::system_error& erro) {
+        if (erro.code().value() == ERROR_FILE_EXISTS) return nullptr;
+        throw;
+    }
+}
 #else
+bool EhLink(const fs::path& caminho) { return fs::is_symlink(fs::symlink_status(caminho)); }
+
+TArquivo CriaSeNaoHa(const fs::path& caminho) {
+    TArquivo arquivo(std::fopen(caminho.c_str(), "wbxe"));
+    if (!arquivo && errno != EEXIST) Falha(caminho);
+    return arquivo;
+}
+
 TArquivo AbreParaLer(const fs::path& caminho, bool porLink) {
     const int descritor = open(caminho.c_str(), O_RDONLY | kSempre | (porLink ? 0 : O_NOFOLLOW));
     return Comum(caminho, descritor, "rb", kQuantosForem);
@@ -153,16 +222,6 @@ TArquivo CriaArquivo(const fs::path& caminho) {
     if (fs::symlink_status(caminho).type() != fs::file_type::directory) fs::remove(caminho);
     TArquivo arquivo = CriaSeNaoHa(caminho);
     if (!arquivo) Falha(caminho, EEXIST);
-    return arquivo;
-}
-
-TArquivo CriaSeNaoHa(const fs::path& caminho) {
-#ifdef _WIN32
-    TArquivo arquivo(_wfopen(caminho.c_str(), L"wbx"));
-#else
-    TArquivo arquivo(std::fopen(caminho.c_str(), "wbxe"));
-#endif
-    if (!arquivo && errno != EEXIST) Falha(caminho);
     return arquivo;
 }
 

@@ -19,6 +19,8 @@ using TArquivo = std::unique_ptr<std::FILE, TFechaArquivo>;
 // Files in a folder that others may write to: the program never goes through a link that somebody laid there, and never
 // waits at a pipe. Each throws std::system_error.
 
+/// Whether the name itself is a link, or a folder's junction.
+bool EhLink(const std::filesystem::path& caminho);
 /// An ordinary file for reading. `porLink`: the name may be a link, such as that of the settings file.
 TArquivo AbreParaLer(const std::filesystem::path& caminho, bool porLink = false);
 /// All of an ordinary file.

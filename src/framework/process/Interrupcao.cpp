@@ -9,6 +9,8 @@
 #include <thread>
 #include <vector>
 
+#include "process/Terminal.h"
+
 #ifdef _WIN32
 #include <windows.h>
 
@@ -151,6 +153,7 @@ TInterrupcao::TEtapa TInterrupcao::Etapa() {
 void EncerraProcesso(TCodigoDeSaida codigo) {
     std::cout.flush();
     std::fflush(nullptr);
+    DevolveConsole();
     std::_Exit(static_cast<int>(codigo));
 }
 

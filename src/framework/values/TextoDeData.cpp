@@ -4,9 +4,14 @@
 #include <chrono>
 #include <cstdio>
 #include <ctime>
+#include <filesystem>
 
 #include "values/Texto.h"
 #include "values/Valor.h"
+
+#ifdef _WIN32
+#include <windows.h>
+#endif
 
 namespace wkd {
 
@@ -160,6 +165,19 @@ TDataHora Agora() {
     return {DataDe(local.tm_year + 1900, local.tm_mon + 1, local.tm_mday),
             THora{segundo * kTiquesPorSegundo + milissegundos * (kTiquesPorSegundo / 1000)}};
 }
+
+#ifdef _WIN32
+static std::string Separador(LCTYPE qual, const char* padrao) {
+    wchar_t texto[8] = L"";
+    const int tamanho = GetLocaleInfoEx(LOCALE_NAME_USER_DEFAULT, qual, texto, static_cast<int>(std::size(texto)));
+    return tamanho > 1 ? std::filesystem::path(texto).string() : padrao;
+}
+std::string PadraoDoUsuario(std::string_view padrao) {
+    return Troca(Troca(padrao, "/", Separador(LOCALE_SDATE, "/")), ":", Separador(LOCALE_STIME, ":"));
+}
+#else
+std::string PadraoDoUsuario(std::string_view padrao) { return std::string(padrao); }
+#endif
 
 namespace {
 

@@ -27,6 +27,9 @@ std::optional<TDataHora> LeDataHora(std::string_view texto);
 /// The day of a date that exists, in the years 1 to 9999; nothing for any other three numbers.
 std::optional<TData> DataValida(int ano, int mes, int dia);
 
+/// The pattern with the separators of the user's locale for "/" and ":"; unchanged where the system keeps none.
+std::string PadraoDoUsuario(std::string_view padrao);
+
 /// Date and time by a pattern of dd, mm, yy, yyyy, hh and ss; "mm" behind "hh" stands for minutes; every other
 /// character stands for itself.
 std::string FormataDataHora(TDataHora quando, std::string_view padrao);

@@ -1,13 +1,15 @@
 #include "run/TravaDoBanco.h"
 
-#include <cstdlib>
 #include <future>
 
+#include "package/Caminho.h"
 #include "package/Trava.h"
 #include "process/Interrupcao.h"
 #include "values/TextoDeData.h"
 
-#ifndef _WIN32
+#ifdef _WIN32
+#include <windows.h>
+#else
 #include <pwd.h>
 #include <unistd.h>
 #endif
@@ -20,13 +22,14 @@ using TRelogio = std::chrono::steady_clock;
 namespace {
 
 #ifdef _WIN32
-std::string DoAmbiente(const char* nome) {
-    const char* valor = std::getenv(nome);
-    return valor ? valor : "?";
+std::string NomeDoSistema(BOOL(WINAPI* pergunta)(wchar_t*, DWORD*)) {
+    wchar_t nome[256] = L"";
+    DWORD tamanho = std::size(nome);
+    return pergunta(nome, &tamanho) ? TextoDoCaminho(nome) : "?";
 }
 
-std::string Usuario() { return DoAmbiente("USERNAME"); }
-std::string Computador() { return DoAmbiente("COMPUTERNAME"); }
+std::string Usuario() { return NomeDoSistema(GetUserNameW); }
+std::string Computador() { return NomeDoSistema(GetComputerNameW); }
 #else
 std::string Usuario() {
     const passwd* conta = getpwuid(geteuid());

@@ -1,0 +1,173 @@
+#!/usr/bin/env bash
+# Tries the Windows programs of build/windows under Wine: the tests of what needs no Qt, PacoteWKD, whole updates against
+# this machine's Firebird (through tests/wine, which forwards its client) and ODBC drivers, the window's pages, the setup.
+# What cannot be tried here is named and counted as "pulado". scripts/windows.sh builds what is tried;
+# scripts/windows-prova.sh --sem-qt builds it first, as far as that needs no Qt.
+# WKD_SQLSERVER="SERVER=...;PORT=...;UID=...;PWD=...;DRIVER=FreeTDS" adds a T-SQL server.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+raiz=$PWD
+
+scripts/dependencies.sh g++-mingw-w64-x86-64-posix mingw-w64-x86-64-dev libz-mingw-w64-dev dpkg-dev wine wine64 \
+    wine64-tools libwine-dev imagemagick
+if [ "${1:-}" = --sem-qt ]; then
+    cmake --preset windows -DWKD_SEM_QT=ON -DWKD_WINDOWS="$(scripts/windows-bibliotecas.sh --sem-qt)" >/dev/null
+    cmake --build --preset windows
+fi
+programas=$raiz/build/windows/bin
+prova=$raiz/build/windows-prova
+rm -rf "$prova"
+mkdir -p "$prova"
+
+export WINEDEBUG=-all WINEARCH=win64 WINEPREFIX=$prova/prefixo LC_ALL=C.UTF-8
+unset DISPLAY
+wineserver=$(ls /usr/lib/wine/wineserver64 /usr/bin/wineserver 2>/dev/null | head -1)
+trap '"$wineserver" -k || true' EXIT
+wine wineboot -i >/dev/null 2>&1
+wine winecfg /v win10 >/dev/null 2>&1
+tests/wine/ponte.sh "$prova/ponte"
+export WINEDLLPATH=$prova/ponte
+
+feitos=0 falhas=0 pulados=0
+certo() { feitos=$((feitos + 1)); printf 'certo    %s\n' "$1"; }
+errado() { falhas=$((falhas + 1)); printf 'ERRADO   %s\n' "$1"; }
+pulado() { pulados=$((pulados + 1)); printf 'pulado   %s: %s\n' "$1" "$2"; }
+confere() { # what, command...
+    local oque=$1
+    shift
+    if "$@" >"$prova/ultima.log" 2>&1; then certo "$oque"; else errado "$oque"; tail -15 "$prova/ultima.log"; fi
+}
+
+testes() { # program [filter]
+    local saida=$prova/$1.log onde=$prova/$1
+    mkdir -p "$onde"
+    cp "$programas/$1.exe" "$prova/ponte/fbclient.dll" "$onde/"
+    (cd "$onde" && wine "$1.exe" --gtest_filter="${2:-*}" </dev/null >"$saida" 2>&1) || true
+    local rodados passados saltados
+    rodados=$(grep -aoE '^\[==========\] [0-9]+ tests? from .* ran' "$saida" | grep -oE '[0-9]+' | head -1 || true)
+    passados=$(grep -aoE '^\[  PASSED  \] [0-9]+' "$saida" | grep -oE '[0-9]+$' || true)
+    saltados=$(grep -aoE '^\[  SKIPPED \] [0-9]+' "$saida" | grep -oE '[0-9]+$' || true)
+    local linha="$1: ${rodados:-0} rodados, ${passados:-0} passaram, ${saltados:-0} pulados"
+    if [ -n "$rodados" ] && ! grep -aqE '^\[  FAILED  \]' "$saida"; then certo "$linha"; else errado "$linha"; fi
+    grep -aE '^\[  FAILED  \] [^0-9]' "$saida" | sort -u || true
+    grep -aE '^\[  SKIPPED \] [^0-9]' "$saida" | sort -u | sed 's/^.*\] /         pulado: /' >"$prova/$1.pulados" || true
+}
+
+echo '== Testes que não usam Qt'
+for programa in framework_tests dictionary_tests db_tests migration_tests; do
+    if [ -f "$programas/$programa.exe" ]; then testes "$programa"; else pulado "$programa" 'não foi construído'; fi
+done
+
+echo '== PacoteWKD'
+pasta="$prova/Pasta com acentuação"
+mkdir -p "$pasta"
+cp "$programas/PacoteWKD.exe" "$pasta/"
+cd "$pasta"
+confere 'monta um pacote numa pasta com acentos e brancos' wine PacoteWKD.exe monta 'pacote é novo.zip' \
+    --pasta "Z:${raiz//\//\\}\\examples\\pacote"
+mostra_igual() {
+    [ -x "$raiz/build/release/bin/PacoteWKD" ] || "$raiz/scripts/build.sh" release PacoteWKD
+    wine PacoteWKD.exe mostra 'pacote é novo.zip' --json >windows.json || return 1
+    "$raiz/build/release/bin/PacoteWKD" mostra 'pacote é novo.zip' --json >linux.json && cmp windows.json linux.json
+}
+confere 'mostra o mesmo que no Linux, byte a byte' mostra_igual
+(cd "$raiz/examples/pacote" && cmake -E tar cf "$pasta/pacote.zip" --format=zip -- *)
+
+echo '== Atualização inteira, Firebird embutido'
+banco_novo() {
+    rm -f "$1"
+    { echo "create database '$1' page_size 8192 default character set WIN1252;"; cat "$raiz/examples/banco.sql"; } |
+        isql-fb -q -b -ch UTF8
+}
+# Every table's structure and rows, with what differs in any two runs (dates of the run) left out.
+retrato() { # database
+    isql-fb -q -x -ch UTF8 "$1" | grep -v '^CREATE DATABASE'
+    local tabela colunas
+    for tabela in $(isql-fb -q -ch UTF8 "$1" <<<"set heading off; select trim(rdb\$relation_name) from rdb\$relations
+                    where rdb\$system_flag = 0 and rdb\$view_blr is null order by 1;"); do
+        colunas=$(isql-fb -q -ch UTF8 "$1" <<<"set heading off; select trim(f.rdb\$field_name) || ',' from
+            rdb\$relation_fields f join rdb\$fields t on t.rdb\$field_name = f.rdb\$field_source where
+            f.rdb\$relation_name = '$tabela' and t.rdb\$field_type not in (12, 13, 35) order by 1;" | tr -d ' \n')
+        echo "== $tabela"
+        isql-fb -q -ch UTF8 -page 0 "$1" <<<"set list on; set blob all; select ${colunas%,} from $tabela order by 1, 2;" |
+            sed 's/[0-9a-f]*:[0-9a-f]* *$//' | sort
+    done
+}
+alias_firebird() { # file, folder of the database as the program sees it
+    printf '[LOJA]\nAlias=LOJA\nTipoBanco=tbInterbase\nHostname=\nPath=%s\nDataBase=loja.fdb\nUsuario=SYSDBA\n' "$2" >"$1"
+    printf 'Senha=masterkey\n' >>"$1"
+}
+de_windows() { printf 'Z:%s\\' "${1//\//\\}"; }
+atualiza_e_compara() { # command...: what updates; the database of the folder "win" ends as that of "lin"
+    "$@" >"$prova/windows.log" 2>&1 || { cat "$prova/windows.log"; return 1; }
+    retrato "$prova/lin/loja.fdb" >"$prova/lin.txt"
+    retrato "$prova/win/loja.fdb" >"$prova/win.txt"
+    wc -l "$prova/win.txt"
+    diff "$prova/lin.txt" "$prova/win.txt"
+}
+for lado in lin win; do
+    mkdir -p "$prova/$lado"
+    banco_novo "$prova/$lado/loja.fdb"
+    cp "$pasta/pacote.zip" "$prova/$lado/"
+done
+alias_firebird "$prova/lin/WKD.ini" "$prova/lin/"
+alias_firebird "$prova/win/WKD.ini" "$(de_windows "$prova/win")"
+"$raiz/scripts/build.sh" release corrida AtualizaWKD >/dev/null
+cp "$prova/ponte/fbclient.dll" "$prova/win/"
+if [ -f "$programas/corrida.exe" ]; then
+    "$raiz/build/release/bin/corrida" "$prova/lin" 0 >/dev/null
+    cp "$programas/corrida.exe" "$prova/win/"
+    confere 'o motor (sem janela) deixa o banco como no Linux, tabela por tabela' atualiza_e_compara \
+        wine "$prova/win/corrida.exe" "$(de_windows "$prova/win")" 0
+fi
+
+if [ ! -f "$programas/AtualizaWKD.exe" ]; then
+    pulado 'AtualizaWKD.exe, janela e instalador' 'não foi construído (scripts/windows.sh)'
+    echo "Certos: $feitos, errados: $falhas, pulados: $pulados"
+    [ "$falhas" -eq 0 ]
+    exit
+fi
+
+echo '== AtualizaWKD.exe'
+cd "$prova/win"
+cp "$programas"/AtualizaWKD.{exe,com} .
+confere '--version' wine AtualizaWKD.com --version
+for lado in lin win; do banco_novo "$prova/$lado/loja.fdb"; done
+cp "$raiz/build/release/bin/AtualizaWKD" "$prova/lin/"
+(cd "$prova/lin" && ./AtualizaWKD 'LOJA;' pacote.zip >/dev/null)
+confere 'a atualização inteira deixa o banco como no Linux, tabela por tabela' atualiza_e_compara \
+    wine AtualizaWKD.com 'LOJA;' pacote.zip
+confere 'o log tem linhas CR LF' grep -q $'\r$' AtualizaWKD.log
+if [ -n "${WKD_SQLSERVER:-}" ]; then
+    confere 'testa um alias de SQL Server por ODBC' wine "$programas/migration_tests.exe" --gtest_filter='SqlServer*'
+else
+    pulado 'atualização por ODBC' 'WKD_SQLSERVER não está definida'
+fi
+
+echo '== Janela'
+if command -v Xvfb >/dev/null && command -v import >/dev/null; then
+    Xvfb :97 -screen 0 1024x768x24 >/dev/null 2>&1 &
+    tela=$!
+    DISPLAY=:97 wine AtualizaWKD.exe 'LOJA;' >/dev/null 2>&1 &
+    janela=$!
+    sleep 15
+    DISPLAY=:97 import -window root "$prova/janela.png" && certo "página inicial em $prova/janela.png: olhe"
+    kill "$janela" "$tela" 2>/dev/null || true
+else
+    pulado 'janela' 'sem Xvfb ou import'
+fi
+
+echo '== Instalador'
+instala() {
+    local lugar="$WINEPREFIX/drive_c/Program Files/WKD Software/AtualizaWKD"
+    wine "$raiz/build/windows/AtualizaWKD-setup.exe" /S || return 1
+    [ -f "$lugar/AtualizaWKD.exe" ] && [ -f "$lugar/Desinstala.exe" ] || return 1
+    (cd "$lugar" && wine AtualizaWKD.com --version && cp "$prova/win/WKD.ini" . && wine AtualizaWKD.com --lista-alias) || return 1
+    wine "$lugar/Desinstala.exe" /S || return 1
+    for _ in $(seq 30); do [ -e "$lugar/AtualizaWKD.exe" ] || break; sleep 1; done
+    [ ! -e "$lugar/AtualizaWKD.exe" ] && [ -f "$lugar/WKD.ini" ]
+}
+confere 'instala, roda, desinstala e deixa o WKD.ini' instala
+
+echo "Certos: $feitos, errados: $falhas, pulados: $pulados"
+[ "$falhas" -eq 0 ]

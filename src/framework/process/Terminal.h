@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace wkd {
+
+/// What stands behind the program's name, in UTF-8.
+std::vector<std::string> ArgumentosDoPrograma(int argc, char** argv);
+
+/// To be called first of all. A standard stream that is closed leads nowhere from here on, so that no file opened later
+/// gets its number. On Windows a window program takes the console that it was started from, streams led elsewhere
+/// stay as they are, and what goes out is UTF-8, byte by byte.
+void PreparaSaidas();
+/// Gives the console back as it was; it is the other programs', too.
+void DevolveConsole() noexcept;
+
+/// Whether somebody sits at the standard input.
+bool EntradaEhTerminal();
+/// A line of the standard input, without its end. Throws TInterrompida for who gives up at the question.
+std::string LeLinha();
+/// The same from the terminal, which does not show it and is afterwards as it was.
+std::string LeSemEco();
+
+}  // namespace wkd
