@@ -3,6 +3,7 @@
 #include <set>
 
 #include "copy/ColunasDaCopia.h"
+#include "dialect/Dialeto.h"
 #include "tables/TBComandos.h"
 #include "values/SomaDeValores.h"
 #include "values/Texto.h"
@@ -43,9 +44,9 @@ std::set<std::string> IndicesInativos(TConnection& conexao) {
 
 /// A text as its bytes, so that letters which its character set does not have are read, too.
 std::string Expressao(const TColunaFisica& coluna, TTipoBanco banco) {
-    if (banco != TTipoBanco::tbInterbase || coluna.tipo != TTipoDado::Texto) return Lida(coluna, banco);
+    if (banco != TTipoBanco::tbInterbase || coluna.tipo != TTipoDado::Texto) return Lida(coluna, Dialeto(banco));
     const int porLetra = coluna.conjunto == "UTF8" ? 4 : coluna.conjunto == "UNICODE_FSS" ? 3 : 1;
-    return "cast(" + Identificador(coluna.nome, banco) + " as varchar(" +
+    return "cast(" + Dialeto(banco).Identificador(coluna.nome) + " as varchar(" +
            std::to_string(std::min(coluna.tamanho * porLetra, 32765)) + ") character set octets)";
 }
 
@@ -99,7 +100,7 @@ void TLeitura::Registros(const std::string& tabela, const std::vector<TColunaFis
         if (coluna.expressao.empty()) lidas.push_back(Expressao(coluna, conexao_.TipoBanco()));
     if (lidas.empty()) return;
     const auto comando =
-        conexao_.Prepara("select " + Junta(lidas, ", ") + " from " + Identificador(tabela, conexao_.TipoBanco()));
+        conexao_.Prepara("select " + Junta(lidas, ", ") + " from " + Dialeto(conexao_).Identificador(tabela));
     std::uint64_t soma = 0;
     Avisa(tabela, 0);
     for (comando->Abre(); comando->Proximo();) {

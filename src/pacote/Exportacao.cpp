@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <set>
 
+#include "dialect/Dialeto.h"
 #include "packet/DataPacket.h"
 #include "tables/TBComandos.h"
 #include "values/Erros.h"
@@ -48,7 +49,7 @@ std::string Ordem(TConnection& conexao, const std::string& tabela, std::vector<s
     const auto fisicas = conexao.Colunas(tabela);
     std::erase_if(colunas, [&](const auto& coluna) { return !ColunaDeNome(fisicas, coluna); });
     for (const auto& coluna : conexao.ChavePrimaria(tabela).colunas)
-        if (!Existe(colunas, coluna)) colunas.push_back(Identificador(coluna, conexao.TipoBanco()));
+        if (!Existe(colunas, coluna)) colunas.push_back(Dialeto(conexao).Identificador(coluna));
     return colunas.empty() ? "" : " order by " + Junta(colunas, ", ");
 }
 

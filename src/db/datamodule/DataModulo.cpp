@@ -117,19 +117,19 @@ TResultado TDataModulo::Executa(std::string_view sql) {
 // Sends nothing on Firebird, where ExecuteDirect passes over a bare commit, nor on SQL Server, which has no text for
 // it: each statement has committed when Executa returned. The calls mark where a step ends, for servers that need one.
 void TDataModulo::Commit(std::string_view lugar) {
-    const TTipoBanco banco = SQLConnection1.TipoBanco();
+    const TDialeto& dialeto = Dialeto(SQLConnection1);
     const auto executa = [this](std::string_view comando) {
         if (!comando.empty()) SQLConnection1.ExecuteDirect(comando);
     };
     try {
-        executa(ComandoCommit(banco));
+        executa(dialeto.ComandoCommit());
     } catch (const std::exception& erro) {
         TErro doCommit = ErroDe(erro);
         doCommit.mensagem = "Tabela: " + std::string(lugar) + "\rErro COMMIT - " + erro.what();
         tela_.Memo1(doCommit.mensagem);
         tela_.Erro(TErroDaExecucao::NosDois(std::move(doCommit), lugar, "COMMIT"));
         try {
-            executa(ComandoRollback(banco));
+            executa(dialeto.ComandoRollback());
         } catch (const std::exception&) {  // the commit's error is the one that tells
         }
     }

@@ -13,8 +13,8 @@
 
 #include "aliases/Aliases.h"
 #include "connection/Connection.h"
-#include "dialect/ConjuntoFirebird.h"
 #include "process/Interrupcao.h"
+#include "values/ConjuntoFirebird.h"
 
 namespace wkd {
 

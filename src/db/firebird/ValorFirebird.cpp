@@ -4,8 +4,8 @@
 #include <cstring>
 #include <limits>
 
-#include "dialect/ConjuntoFirebird.h"
 #include "driver/ValorDoDriver.h"
+#include "values/ConjuntoFirebird.h"
 #include "values/Erros.h"
 #include "values/Texto.h"
 

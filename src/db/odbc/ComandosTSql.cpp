@@ -1,5 +1,6 @@
 #include "odbc/ComandosTSql.h"
 
+#include "dialect/Dialeto.h"
 #include "tables/TBComandos.h"
 #include "values/Texto.h"
 
@@ -49,7 +50,8 @@ std::string MarcaPontoTSql(std::string_view nome) { return "SAVE TRANSACTION " +
 std::string VoltaAoPontoTSql(std::string_view nome) { return "ROLLBACK TRANSACTION " + std::string(nome); }
 
 std::string ReservaTSql(std::string_view tabela) {
-    return "select top 1 1 as um from " + Identificador(tabela, TTipoBanco::tbSQLServer) + " with (tablock, holdlock)";
+    return "select top 1 1 as um from " + Dialeto(TTipoBanco::tbSQLServer).Identificador(tabela) +
+           " with (tablock, holdlock)";
 }
 
 std::string PadroesTSql(std::string_view tabela) {

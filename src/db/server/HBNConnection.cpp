@@ -273,7 +273,7 @@ std::vector<std::string> THBNConnection::TabelasDoUsuarioOracle() {
     const auto campo = static_cast<std::size_t>(IndiceDoCampo(comando->Campos(), "TABLE_NAME"));
     while (comando->Proximo()) {
         std::string nome = comando->Valor(campo).ComoTexto();
-        if (TabelaListadaNoOracle(nome)) nomes.push_back(std::move(nome));
+        if (Dialeto(TTipoBanco::tbOracle).ListaTabela(nome)) nomes.push_back(std::move(nome));
     }
     ExecuteDirect("commit");
     return nomes;

@@ -105,7 +105,7 @@ void ExecutaEstrutura(TDataModulo& dm, const TPassoDoDicionario& passo, const st
 
 std::string ComandoCria(const TPassoDoDicionario& passo, TTipoBanco banco) {
     const bool troca = passo.passo == TPasso::CriaNvarchar && banco != TTipoBanco::tbSQLServer;
-    return troca ? Troca(passo.texto, "nvarchar", "varchar") : AjustaCriaTabela(passo.texto, banco);
+    return troca ? Troca(passo.texto, "nvarchar", "varchar") : Dialeto(banco).AjustaCriaTabela(passo.texto);
 }
 
 std::string ComandoSoma(const TPassoDoDicionario& passo) {

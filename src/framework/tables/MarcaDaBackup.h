@@ -8,9 +8,8 @@
 
 namespace wkd {
 
-/// The program's mark on a backup table of its own. It stands on the table itself (Firebird: beginning of its comment,
-/// SQL Server: an extended property), so it goes wherever the rows go, a backup and restore of the database included,
-/// and a table that somebody else makes under the name has none.
+/// The program's mark on a backup table of its own. It stands on the table itself, so it goes wherever the rows go, a
+/// backup and restore of the database included, and a table that somebody else makes under the name has none.
 enum class TMarcaDaBackup {
     Nenhuma,      // somebody else's, or of an earlier generation
     Guardando,    // from its creation on: the table that it saves is whole
@@ -19,14 +18,10 @@ enum class TMarcaDaBackup {
 };
 
 TMarcaDaBackup MarcaDaBackup(TConnection& conexao, const std::string& backup);
-/// In the open transaction when there is one. What else the comment holds stays.
+/// In the open transaction when there is one.
 void MarcaBackup(TConnection& conexao, const std::string& backup, TMarcaDaBackup marca);
 
 /// Names of the backup tables marked Restaurando, in one query.
 std::vector<std::string> BackupsQueGuardam(TConnection& conexao);
-
-/// Further pieces of a Firebird table's comment, each with lines of its own.
-std::vector<std::string> ComentarioDaBackup(TConnection& conexao, const std::string& backup);
-void ComentaBackup(TConnection& conexao, const std::string& backup, const std::vector<std::string>& pedacos);
 
 }  // namespace wkd

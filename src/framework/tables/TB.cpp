@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "dialect/Dialeto.h"
 #include "process/EscritaSegura.h"
 #include "rows/WKDQuery.h"
 #include "tables/MarcaDaBackup.h"
@@ -244,7 +245,7 @@ std::vector<std::string> Comuns(TConnection& conexao, const std::string& origem,
     const auto destinos = conexao.Colunas(destino);
     for (const auto& coluna : conexao.Colunas(origem)) {
         const TColunaFisica* igual = ColunaDeNome(destinos, coluna.nome);
-        if (igual && igual->expressao.empty()) comuns.push_back(Identificador(coluna.nome, conexao.TipoBanco()));
+        if (igual && igual->expressao.empty()) comuns.push_back(Dialeto(conexao).Identificador(coluna.nome));
     }
     return comuns;
 }
@@ -267,8 +268,8 @@ void Funde(TConnection& conexao, const std::string& origem, const std::string& d
            const std::vector<std::string>& chave) {
     std::vector<std::string> iguais, valores, muda;
     for (const auto& coluna : chave)
-        iguais.push_back("d." + Identificador(coluna, conexao.TipoBanco()) + " = o." +
-                         Identificador(coluna, conexao.TipoBanco()));
+        iguais.push_back("d." + Dialeto(conexao).Identificador(coluna) + " = o." +
+                         Dialeto(conexao).Identificador(coluna));
     const auto comuns = Comuns(conexao, origem, destino);
     for (const auto& coluna : comuns) {
         valores.push_back("o." + coluna);

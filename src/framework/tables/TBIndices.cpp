@@ -3,6 +3,7 @@
 #include <iterator>
 #include <set>
 
+#include "dialect/Dialeto.h"
 #include "rows/WKDQuery.h"
 #include "tables/TB.h"
 #include "tables/TBComandos.h"
@@ -61,7 +62,7 @@ std::vector<std::string> DefinicoesDaBackup(const std::vector<TColunaDicionario>
     }
     for (const auto& fisica : fisicas)
         if (fisica.expressao.empty() && !nomes.contains(ChaveDeNome(fisica.nome)))
-            linhas.push_back(Identificador(fisica.nome, banco) + " " + fisica.tipoSql);
+            linhas.push_back(Dialeto(banco).Identificador(fisica.nome) + " " + fisica.tipoSql);
     return linhas;
 }
 
@@ -73,6 +74,15 @@ std::vector<std::string> Definicoes(const std::vector<TColunaDicionario>& dicion
 
 std::string Comando(std::string_view inicio, const std::vector<std::string>& linhas) {
     return std::string(inicio) + "\n" + Junta(linhas, ",\n") + "\n )";
+}
+
+std::vector<TLargura> Larguras(const std::vector<TColunaDicionario>& colunas, TTipoBanco banco) {
+    std::vector<TLargura> larguras;
+    for (const auto& coluna : colunas)
+        if (ColunaFisica(coluna))
+            larguras.push_back(
+                {TipoNormal(TipoDaColuna(coluna.tipo, coluna.tamanho, banco)), TamanhoDoTexto(coluna.tamanho)});
+    return larguras;
 }
 
 std::string ComandoDaTabela(std::string_view tabela, const std::vector<TColunaDicionario>& colunas, TTipoBanco banco) {
@@ -96,7 +106,7 @@ std::string TTB::ComandoCriaTabela(std::string_view tabela, const std::vector<TC
 
 /// Throws what the server has against the statement; nothing stays of it.
 void TTB::Ensaia(std::string_view tabela, const std::vector<TColunaDicionario>& colunas) {
-    const std::string ensaio = NomeDeEnsaio(tabela, conexao_.TipoBanco());
+    const std::string ensaio = Dialeto(conexao_).NomeDeEnsaio(tabela);
     const auto comando = conexao_.Prepara(ComandoCriaTabela(ensaio.empty() ? tabela : ensaio, colunas));
     if (ensaio.empty()) return;
     const TTransacao desfeita(conexao_);
@@ -122,11 +132,12 @@ std::optional<TErro> TTB::ImpedimentoParaCriar(std::string_view tabela, const st
         if (erro.ConexaoPerdida()) throw;
         return erro.Dados();
     }
-    if (conexao_.TipoBanco() != TTipoBanco::tbInterbase) return std::nullopt;
-    const std::int64_t bytes = BytesDoRegistro(conexao_, colunas);
-    if (bytes <= kBytesDoRegistro) return std::nullopt;
+    const std::int64_t limite = Dialeto(conexao_).LimiteDoRegistro();
+    const std::int64_t bytes =
+        limite == 0 ? 0 : Dialeto(conexao_).BytesDoRegistro(conexao_, Larguras(colunas, conexao_.TipoBanco()));
+    if (bytes <= limite) return std::nullopt;
     return doDicionario("O registro da tabela " + std::string(tabela) + " teria " + std::to_string(bytes) +
-                        " bytes; o servidor aceita até " + std::to_string(kBytesDoRegistro));
+                        " bytes; o servidor aceita até " + std::to_string(limite));
 }
 
 namespace {
@@ -158,13 +169,12 @@ std::string Repetidos(std::size_t grupos) {
     return std::to_string(grupos) + (grupos == 1 ? " valor repetido" : " valores repetidos");
 }
 
-/// Groups of rows that a unique index would refuse. Firebird takes any number of rows that are NULL in all its
-/// columns, so these are not counted there.
+/// Groups of rows that a unique index would refuse.
 std::size_t GruposRepetidos(TConnection& conexao, const std::string& tabela, const std::vector<std::string>& colunas) {
     const std::string lista = Junta(colunas, ",");
     const std::string fim = " GROUP BY " + lista + " HAVING COUNT(*) > 1";
     const std::size_t grupos = ContaGrupos(conexao, "SELECT COUNT(*) AS TOTAL FROM " + tabela + fim);
-    if (grupos == 0 || conexao.TipoBanco() != TTipoBanco::tbInterbase) return grupos;
+    if (grupos == 0 || !Dialeto(conexao).NulosRepetem()) return grupos;
     return ContaGrupos(conexao, "SELECT COUNT(*) AS TOTAL FROM " + tabela + " WHERE NOT (" +
                                     Junta(colunas, " IS NULL AND ") + " IS NULL)" + fim);
 }
@@ -176,7 +186,7 @@ void TTB::ApagaInidices(std::string_view tabela, bool primario) {
     const auto chave = conexao_.ChavePrimaria(tabela);
     if (chave.nome.empty()) return;
     ExecutaTodos(conexao_, {"alter table " + std::string(tabela) + " drop constraint " +
-                            Identificador(chave.nome, conexao_.TipoBanco())});
+                            Dialeto(conexao_).Identificador(chave.nome)});
 }
 
 std::vector<TIndice> TTB::IndicesDoDicionario(std::string_view tabela, const std::set<std::string>& outros) {
@@ -198,9 +208,7 @@ bool TTB::MudaNoDicionario(std::string_view tabela, const TIndice& indice) {
         pedido.unico = unico;
         for (const auto& coluna : dicionario_.ColunasDoIndice(tabela, nome))
             pedido.colunas.push_back(Maiusculas(coluna));
-        const auto comando = [&](const TIndice& i) {
-            return Maiusculas(ComandoCriaIndice(i, tabela, conexao_.TipoBanco()));
-        };
+        const auto comando = [&](const TIndice& i) { return Maiusculas(Dialeto(conexao_).CriaIndice(i, tabela)); };
         return comando(pedido) != comando(indice);
     }
     return false;
@@ -209,7 +217,7 @@ bool TTB::MudaNoDicionario(std::string_view tabela, const TIndice& indice) {
 void TTB::ApagaIndices(std::string_view tabela, const std::vector<TIndice>& indices) {
     std::vector<std::string> comandos;
     for (const auto& indice : indices)
-        if (indice.restricao.empty()) comandos.push_back(ComandoApagaIndice(indice, tabela, conexao_.TipoBanco()));
+        if (indice.restricao.empty()) comandos.push_back(Dialeto(conexao_).ApagaIndice(indice, tabela));
     ExecutaTodos(conexao_, comandos);
 }
 
@@ -228,10 +236,9 @@ bool TTB::ExigeValores(const std::string& tabela, const std::vector<std::string>
         if (vazias > 0)
             return Falha(TFalha::SemValor, "A coluna " + nome + " da chave de " + tabela + " está sem valor em " +
                                                std::to_string(vazias) + " registro(s)");
-        comandos.push_back(ComandoExigeValor(tabela, *coluna, conexao_.TipoBanco()));
+        comandos.push_back(Dialeto(conexao_).ExigeValor(tabela, *coluna));
     }
-    const TTipoBanco banco = conexao_.TipoBanco();
-    if (banco == TTipoBanco::tbInterbase || banco == TTipoBanco::tbSQLServer) ExecutaTodos(conexao_, comandos);
+    if (Dialeto(conexao_).ChaveExigeValor()) ExecutaTodos(conexao_, comandos);
     return true;
 }
 

@@ -32,31 +32,7 @@ TResultado ExecutaPendente(TContexto& ctx, std::string_view tabela, const TComan
 
 namespace {
 
-/// Numbers of SQL Server: an object depends on the column, and what was to be done to it failed therefore.
-constexpr std::int64_t kDepende = 5074, kNaoMudou = 4922;
-
-bool Presa(const TErroBanco& erro) { return erro.CodigoNativo() == kDepende || erro.CodigoNativo() == kNaoMudou; }
-
-/// Statements that take away what stands on a column, and those that bring it back.
-struct TDesvio {
-    std::vector<std::string> tira, devolve;
-};
-
-void DesviaPadrao(TContexto& ctx, const std::string& tabela, std::string_view coluna, TDesvio& desvio) {
-    TWKDQuery q(ctx.Conexao(),
-                "select d.name as NOME, d.definition as TEXTO from sys.default_constraints d join sys.columns c"
-                " on c.object_id = d.parent_object_id and c.column_id = d.parent_column_id"
-                " where d.parent_object_id = object_id(:tabela) and upper(c.name) = :coluna");
-    q.Param("tabela", tabela).Param("coluna", Maiusculas(coluna)).Open();
-    for (; !q.Eof(); q.Next()) {
-        const std::string nome = Identificador(q.Texto("NOME"), ctx.Banco());
-        desvio.tira.push_back("alter table " + tabela + " drop constraint " + nome);
-        desvio.devolve.push_back("alter table " + tabela + " add constraint " + nome + " default " + q.Texto("TEXTO") +
-                                 " for " + Identificador(coluna, ctx.Banco()));
-    }
-}
-
-void DesviaIndices(TContexto& ctx, const std::string& tabela, std::string_view coluna, TDesvio& desvio) {
+void DesviaIndices(TContexto& ctx, const std::string& tabela, std::string_view coluna, TContorno& contorno) {
     auto indices = ctx.Conexao().Indices(tabela);
     std::erase_if(indices, [](const TIndice& indice) { return !indice.restricao.empty(); });
     const auto comoEram = IndicesComoEram(ctx, tabela, indices);
@@ -66,16 +42,15 @@ void DesviaIndices(TContexto& ctx, const std::string& tabela, std::string_view c
         const bool nela = Maiusculas(comando).find(noFiltro) != std::string::npos ||
                           std::ranges::any_of(colunas, [&](const auto& nome) { return IgualSemCaixa(nome, coluna); });
         if (!nela) continue;
-        desvio.tira.push_back(ComandoApagaIndice(indices[i], tabela, ctx.Banco()));
-        desvio.devolve.push_back(comando);
+        contorno.tira.push_back(ctx.Dialeto().ApagaIndice(indices[i], tabela));
+        contorno.devolve.push_back(comando);
     }
 }
 
-TDesvio Desvio(TContexto& ctx, const std::string& tabela, std::string_view coluna) {
-    TDesvio desvio;
-    DesviaPadrao(ctx, tabela, coluna, desvio);
-    DesviaIndices(ctx, tabela, coluna, desvio);
-    return desvio;
+TContorno Desvio(TContexto& ctx, const std::string& tabela, std::string_view coluna) {
+    TContorno contorno = ctx.Dialeto().Padrao(ctx.Conexao(), tabela, coluna);
+    DesviaIndices(ctx, tabela, coluna, contorno);
+    return contorno;
 }
 
 }  // namespace
@@ -84,13 +59,13 @@ TResultado ExecutaNaColuna(TContexto& ctx, std::string_view tabela, std::string_
                            const std::function<void()>& antes) {
     const std::string nome(tabela);
     TConnection& conexao = ctx.Conexao();
-    const auto executa = [&](const TDesvio& desvio) {
+    const auto executa = [&](const TContorno& contorno) {
         TTransacao transacao(conexao, antes ? conexao.Reserva(nome) : nullptr);
-        for (const auto& comando : desvio.tira) conexao.Prepara(comando)->Executa();
+        for (const auto& comando : contorno.tira) conexao.Prepara(comando)->Executa();
         if (antes) antes();
         conexao.Prepara(sql)->Executa();
-        if (!desvio.devolve.empty() && ColunaDeNome(conexao.Colunas(nome), coluna))
-            for (const auto& comando : desvio.devolve) conexao.Prepara(comando)->Executa();
+        if (!contorno.devolve.empty() && ColunaDeNome(conexao.Colunas(nome), coluna))
+            for (const auto& comando : contorno.devolve) conexao.Prepara(comando)->Executa();
         transacao.Commit();
     };
     const auto tenta = [](const auto& passo) {
@@ -102,8 +77,7 @@ TResultado ExecutaNaColuna(TContexto& ctx, std::string_view tabela, std::string_
         }
     };
     const TResultado resultado = antes ? tenta([&] { executa({}); }) : ctx.dm.Executa(sql);
-    const bool sqlServer = ctx.Banco() == TTipoBanco::tbSQLServer;
-    if (resultado || !sqlServer || coluna.empty() || !Presa(resultado.Erro())) return resultado;
+    if (resultado || coluna.empty() || !ctx.Dialeto().ColunaPresa(resultado.Erro())) return resultado;
     return tenta([&] { executa(Desvio(ctx, nome, coluna)); });
 }
 

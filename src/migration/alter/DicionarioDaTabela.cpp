@@ -147,10 +147,10 @@ bool TemAsLinhas(TContexto& ctx, std::string_view tabela, const TCamposComuns& c
     if (esperadas.size() != linhas.size()) return false;
 
     std::vector<std::string> nomes;
-    for (const TCampoComum& campo : campos) nomes.push_back(Identificador(campo.destino->nome, ctx.Banco()));
+    for (const TCampoComum& campo : campos) nomes.push_back(ctx.Dialeto().Identificador(campo.destino->nome));
     for (const TColunaFisica& outra : OutrasColunas(ctx)) {
         if (!outra.padrao.empty()) return false;  // an inserted row would have it
-        nomes.push_back(Identificador(outra.nome, ctx.Banco()));
+        nomes.push_back(ctx.Dialeto().Identificador(outra.nome));
     }
     TWKDQuery q(ctx.Conexao(), "select " + Junta(nomes, ", ") + " from SATRIB where ARQUIVO = " + Aspas(tabela));
     for (q.Open(); !q.Eof(); q.Next()) {

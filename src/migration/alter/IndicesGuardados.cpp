@@ -5,6 +5,7 @@
 #include <map>
 
 #include "alter/ObjetosDaTabela.h"
+#include "dialect/Dialeto.h"
 #include "rows/WKDQuery.h"
 #include "tables/TBComandos.h"
 #include "values/Texto.h"
@@ -23,8 +24,8 @@ bool Iguais(const std::vector<std::string>& umas, const std::vector<std::string>
 
 std::string ComandoCriaChave(const TChavePrimaria& chave, const std::string& tabela, TTipoBanco banco) {
     std::vector<std::string> colunas;
-    for (const auto& coluna : chave.colunas) colunas.push_back(Identificador(coluna, banco));
-    return "alter table " + tabela + " add constraint " + Identificador(chave.nome, banco) + " primary key (" +
+    for (const auto& coluna : chave.colunas) colunas.push_back(Dialeto(banco).Identificador(coluna));
+    return "alter table " + tabela + " add constraint " + Dialeto(banco).Identificador(chave.nome) + " primary key (" +
            Junta(colunas, ",") + ")";
 }
 
@@ -133,7 +134,7 @@ void TIndicesGuardados::ExigeValores(const std::vector<std::string>& colunas) {
     const auto fisicas = ctx_.Conexao().Colunas(tabela_);
     for (const auto& nome : colunas)
         if (const TColunaFisica* coluna = ColunaDeNome(fisicas, nome); coluna && !coluna->requerido)
-            ctx_.dm.Executa(ComandoExigeValor(tabela_, *coluna, ctx_.Banco()));
+            ctx_.dm.Executa(ctx_.Dialeto().ExigeValor(tabela_, *coluna));
 }
 
 /// Whether the dictionary has it, too.

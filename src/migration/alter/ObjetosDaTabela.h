@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "context/Contexto.h"
+#include "dialect/Dialeto.h"
 
 namespace wkd {
 
@@ -15,23 +16,10 @@ namespace wkd {
 /// indexes are looked up in SINDSEC.
 std::vector<std::string> ComandosDeDevolucao(TContexto& ctx, const std::string& nome);
 
-/// How an index is made again as it is, with what its server alone has (SQL Server: directions column by column,
-/// columns that are only kept along, a filter).
-struct TIndiceComoEra {
-    std::string comando;
-    std::vector<std::string> colunas;  // also those kept along
-};
 /// Of these indexes of the table, none a constraint's, in their order.
 std::vector<TIndiceComoEra> IndicesComoEram(TContexto& ctx, const std::string& tabela,
                                             const std::vector<TIndice>& indices);
 
-struct TFonte {
-    std::string nome, texto;
-};
-std::vector<TFonte> GatilhosDaTabela(TContexto& ctx, const std::string& tabela);
 /// What its columns have and the told definitions do not: identity, a collation, a default that the dictionary lacks.
 std::vector<TFonte> PropriedadesPerdidas(TContexto& ctx, const std::string& tabela);
-/// Views, triggers, procedures and foreign keys of other tables that depend on it, each with its kind.
-std::vector<std::string> DependentesDaTabela(TContexto& ctx, const std::string& tabela);
-
 }  // namespace wkd

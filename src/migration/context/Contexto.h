@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "datamodule/DataModulo.h"
+#include "dialect/Dialeto.h"
 #include "layout/Tini.h"
 #include "tables/Dicionario.h"
 #include "values/Erros.h"
@@ -132,6 +133,7 @@ struct TContexto {
     ITela& Tela() { return dm.Tela(); }
     TConnection& Conexao() { return dm.SQLConnection1; }
     TTipoBanco Banco() const { return dm.SQLConnection1.TipoBanco(); }
+    const TDialeto& Dialeto() const { return wkd::Dialeto(Banco()); }
     /// Run-log entry of the current table and action.
     void Log(TErro erro) { Tela().Erro(TErroDaExecucao::NoLog(std::move(erro), tabelaAtual, acaoAtual)); }
 };

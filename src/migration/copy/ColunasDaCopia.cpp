@@ -3,9 +3,10 @@
 #include <algorithm>
 #include <limits>
 
-#include "dialect/ConjuntoFirebird.h"
+#include "dialect/Dialeto.h"
 #include "rows/WKDQuery.h"
 #include "tables/TBComandos.h"
+#include "values/ConjuntoFirebird.h"
 #include "values/Texto.h"
 
 namespace wkd {
@@ -39,7 +40,7 @@ void TRenumeracao::Continua(TConnection& conexao, const std::string& tabela) {
     for (auto& contador : contadores_) {
         if (!ColunaDeNome(colunas, contador.coluna)) continue;
         TWKDQuery q(conexao,
-                    "select max(" + Identificador(contador.coluna, conexao.TipoBanco()) + ") as ULTIMO from " + tabela);
+                    "select max(" + Dialeto(conexao).Identificador(contador.coluna) + ") as ULTIMO from " + tabela);
         q.Open();
         contador.ultimo = std::max<std::int64_t>(q.Inteiro("ULTIMO"), 0);
     }
@@ -109,9 +110,9 @@ void ConfereTexto(const std::string& texto, const TColunaFisica& coluna) {
     BytesNaColuna(texto, coluna);
 }
 
-/// A text blob, of which the server knows the character set.
-bool TextoDoFirebird(const TColunaFisica& coluna, TTipoBanco banco) {
-    return banco == TTipoBanco::tbInterbase && coluna.tipo == TTipoDado::Memo;
+/// A text blob, which the server would turn into the connection's character set.
+bool Convertida(const TColunaFisica& coluna, const TDialeto& dialeto) {
+    return coluna.tipo == TTipoDado::Memo && dialeto.ConverteTextoLongo();
 }
 
 std::string EmBytes(const std::string& expressao) { return "cast(" + expressao + " as blob sub_type 0)"; }
@@ -151,24 +152,25 @@ std::vector<TColunaDaCopia> ColunasDaCopia(TConnection& conexao, const std::stri
     return colunas;
 }
 
-std::string Lida(const TColunaFisica& coluna, TTipoBanco banco, const std::string& apelido) {
-    const std::string nome = Identificador(coluna.nome, banco);
-    return TextoDoFirebird(coluna, banco) ? EmBytes(apelido + nome) + " as " + nome : apelido + nome;
+std::string Lida(const TColunaFisica& coluna, const TDialeto& dialeto, const std::string& apelido) {
+    const std::string nome = dialeto.Identificador(coluna.nome);
+    return Convertida(coluna, dialeto) ? EmBytes(apelido + nome) + " as " + nome : apelido + nome;
 }
 
-std::string ListaDaOrigem(const std::vector<TColunaDaCopia>& colunas, TTipoBanco banco) {
+std::string ListaDaOrigem(const std::vector<TColunaDaCopia>& colunas, const TDialeto& dialeto) {
     std::vector<std::string> nomes;
     for (const auto& coluna : colunas)
-        if (coluna.origem) nomes.push_back(Lida(*coluna.origem, banco));
+        if (coluna.origem) nomes.push_back(Lida(*coluna.origem, dialeto));
     return Junta(nomes, ",");
 }
 
-std::string ComandoInsere(const std::string& destino, const std::vector<TColunaDaCopia>& colunas, TTipoBanco banco) {
+std::string ComandoInsere(const std::string& destino, const std::vector<TColunaDaCopia>& colunas,
+                          const TDialeto& dialeto) {
     std::vector<std::string> nomes, parametros;
     for (std::size_t i = 0; i < colunas.size(); ++i) {
-        nomes.push_back(Identificador(colunas[i].destino.nome, banco));
+        nomes.push_back(dialeto.Identificador(colunas[i].destino.nome));
         const std::string parametro = ":P" + std::to_string(i);
-        parametros.push_back(TextoDoFirebird(colunas[i].destino, banco) ? EmBytes(parametro) : parametro);
+        parametros.push_back(Convertida(colunas[i].destino, dialeto) ? EmBytes(parametro) : parametro);
     }
     return "insert into " + destino + " (" + Junta(nomes, ",") + ") values (" + Junta(parametros, ",") + ")";
 }

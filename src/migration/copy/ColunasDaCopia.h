@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "connection/Connection.h"
+#include "dialect/Dialeto.h"
 #include "rows/ClientDataSet.h"
 #include "values/Texto.h"
 #include "values/Valor.h"
@@ -88,10 +89,11 @@ std::vector<TColunaDaCopia> ColunasDaCopia(TConnection& conexao, const std::stri
 
 /// The column in a select list. A text blob is read as its bytes: by itself the server would turn it into the
 /// connection's character set.
-std::string Lida(const TColunaFisica& coluna, TTipoBanco banco, const std::string& apelido = {});
+std::string Lida(const TColunaFisica& coluna, const TDialeto& dialeto, const std::string& apelido = {});
 /// As statements take them.
-std::string ListaDaOrigem(const std::vector<TColunaDaCopia>& colunas, TTipoBanco banco);
-std::string ComandoInsere(const std::string& destino, const std::vector<TColunaDaCopia>& colunas, TTipoBanco banco);
+std::string ListaDaOrigem(const std::vector<TColunaDaCopia>& colunas, const TDialeto& dialeto);
+std::string ComandoInsere(const std::string& destino, const std::vector<TColunaDaCopia>& colunas,
+                          const TDialeto& dialeto);
 
 /// The value as the target takes it. Throws TErroConversao when it cannot hold the value whole.
 TValor ConverteParaColuna(const TValor& valor, const TColunaFisica& coluna);

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "copy/ColunasDaCopia.h"
+#include "dialect/Dialeto.h"
 #include "values/SomaDeValores.h"
 
 namespace wkd {
@@ -10,8 +11,6 @@ namespace wkd {
 namespace {
 
 constexpr std::size_t kMaiorTexto = 64 * 1024;  // no column of text takes more bytes
-
-bool Longa(const TColunaFisica& coluna) { return coluna.tipo == TTipoDado::Blob || coluna.tipo == TTipoDado::Memo; }
 
 struct TSomas {
     std::uint64_t valores = 0, bytes = 0, textos = 0;
@@ -22,7 +21,7 @@ TSomas SomasDe(TConnection& conexao, const TColunaLida& lida, const TColunaFisic
     std::size_t tamanho = 0;
     const bool texto = lida.coluna.tipo == TTipoDado::Texto;
     const auto comando =
-        conexao.Prepara("select " + Lida(lida.coluna, conexao.TipoBanco(), lida.apelido) + " from " + lida.origem);
+        conexao.Prepara("select " + Lida(lida.coluna, Dialeto(conexao), lida.apelido) + " from " + lida.origem);
     for (comando->Abre(); comando->Proximo();) {
         const TValor valor = comando->Valor(0);
         if (valor.Nulo()) continue;
@@ -35,15 +34,6 @@ TSomas SomasDe(TConnection& conexao, const TColunaLida& lida, const TColunaFisic
 }
 
 }  // namespace
-
-bool SoNoCliente(const TColunaFisica& b, const TColunaFisica& t, TTipoBanco banco) {
-    const auto mistas = [](const TColunaFisica& um, const TColunaFisica& outro) {
-        return um.tipo == TTipoDado::Texto && Longa(outro);
-    };
-    if (banco != TTipoBanco::tbSQLServer) return mistas(b, t) || mistas(t, b);
-    const auto deTexto = [](const TColunaFisica& c) { return c.tipo == TTipoDado::Texto || c.tipo == TTipoDado::Memo; };
-    return (deTexto(b) && t.tipo == TTipoDado::Blob) || (deTexto(t) && b.tipo == TTipoDado::Blob);
-}
 
 bool IguaisNoCliente(TConnection& conexao, const TColunaLida& b, const TColunaLida& t) {
     const TSomas daBackup = SomasDe(conexao, b, t.coluna);

@@ -50,10 +50,10 @@ TCopiaDeLinhas::TCopiaDeLinhas(TContexto& ctx, TCopia copia, TRenumeracao& renum
 TResultadoDaCopia TCopiaDeLinhas::Executa(std::int64_t linhas) {
     IBarra& barra = ctx_.Tela().PbAtual();
     barra.Define(0, static_cast<int>(std::min<std::int64_t>(linhas, std::numeric_limits<int>::max())), 10, 0);
-    const std::string lista = ListaDaOrigem(colunas_, ctx_.Banco());
+    const std::string lista = ListaDaOrigem(colunas_, ctx_.Dialeto());
     if (lista.empty())
         throw TErroConhecido(TFalha::Dicionario, copia_.origem + " e " + copia_.destino + " não têm colunas em comum");
-    insere_ = ctx_.Conexao().Prepara(ComandoInsere(copia_.destino, colunas_, ctx_.Banco()));
+    insere_ = ctx_.Conexao().Prepara(ComandoInsere(copia_.destino, colunas_, ctx_.Dialeto()));
     if (copia_.fonte.empty()) servidor_ = TCopiaNoServidor::Para(ctx_.Conexao(), copia_, colunas_);
     if (servidor_)
         PeloServidor();
@@ -67,7 +67,7 @@ TResultadoDaCopia TCopiaDeLinhas::Executa(std::int64_t linhas) {
 }
 
 void TCopiaDeLinhas::PeloCliente() {
-    const auto cursor = ctx_.Conexao().Prepara("select " + ListaDaOrigem(colunas_, ctx_.Banco()) + " from " +
+    const auto cursor = ctx_.Conexao().Prepara("select " + ListaDaOrigem(colunas_, ctx_.Dialeto()) + " from " +
                                                (copia_.fonte.empty() ? copia_.origem + copia_.condicao : copia_.fonte));
     cursor->Abre();
     for (std::int64_t feita = 0; feita < copia_.pula && cursor->Proximo();) ++feita;

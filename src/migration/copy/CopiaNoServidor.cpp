@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "dialect/Dialeto.h"
 #include "tables/TBComandos.h"
 #include "values/Texto.h"
 
@@ -11,7 +12,6 @@ namespace wkd {
 namespace {
 
 constexpr std::size_t kBytesDaChave = 8;
-constexpr TTipoBanco kBanco = TTipoBanco::tbInterbase;
 const std::string kDaChave = " where rdb$db_key = ";
 
 bool TextoVariavel(const TColunaFisica& coluna) {
@@ -40,8 +40,8 @@ bool MesmaForma(const TColunaFisica& origem, const TColunaFisica& destino) {
 }
 
 /// What makes a row need the client because of this column; empty for nothing.
-std::string Excecao(const TColunaDaCopia& coluna) {
-    const std::string nome = Identificador(coluna.origem->nome, kBanco);
+std::string Excecao(const TColunaDaCopia& coluna, const TDialeto& dialeto) {
+    const std::string nome = dialeto.Identificador(coluna.origem->nome);
     if (coluna.numerada) return "coalesce(" + nome + ", 0) = 0";
     std::vector<std::string> excecoes;
     if (coluna.destino.requerido) excecoes.push_back(nome + " is null");
@@ -50,11 +50,12 @@ std::string Excecao(const TColunaDaCopia& coluna) {
     return Junta(excecoes, " or ");
 }
 
-std::string ConsultaDasChaves(const TCopia& copia, const std::vector<TColunaDaCopia>& colunas) {
+std::string ConsultaDasChaves(const TCopia& copia, const std::vector<TColunaDaCopia>& colunas,
+                              const TDialeto& dialeto) {
     std::vector<std::string> excecoes;
     for (const auto& coluna : colunas) {
         if (!coluna.origem) continue;
-        if (auto excecao = Excecao(coluna); !excecao.empty()) excecoes.push_back(std::move(excecao));
+        if (auto excecao = Excecao(coluna, dialeto); !excecao.empty()) excecoes.push_back(std::move(excecao));
     }
     const std::string precisa = excecoes.empty() ? "0" : "case when " + Junta(excecoes, " or ") + " then 1 else 0 end";
     return "select rdb$db_key, " + precisa + " from " + copia.origem + copia.condicao;
@@ -67,15 +68,15 @@ bool Contada(const TColunaDaCopia& coluna) {
 
 /// One insert for each record number. Columns that the source lacks come as parameters P0, P1, ..., the last number
 /// given of one that counts.
-std::string Bloco(const TCopia& copia, const std::vector<TColunaDaCopia>& colunas) {
+std::string Bloco(const TCopia& copia, const std::vector<TColunaDaCopia>& colunas, const TDialeto& dialeto) {
     const std::string bytes = std::to_string(kBytesDaChave);
     std::string fixos;
     std::vector<std::string> nomes, valores;
     for (std::size_t i = 0; i < colunas.size(); ++i) {
         const auto& [doDestino, daOrigem, lugar, fixo, numerada] = colunas[i];
         const std::string numero = std::to_string(i);
-        nomes.push_back(Identificador(doDestino.nome, kBanco));
-        valores.push_back(daOrigem ? Identificador(daOrigem->nome, kBanco) : ":p" + numero);
+        nomes.push_back(dialeto.Identificador(doDestino.nome));
+        valores.push_back(daOrigem ? dialeto.Identificador(daOrigem->nome) : ":p" + numero);
         if (Contada(colunas[i])) valores.back() += " + :lugar + 1";
         if (!daOrigem) fixos += ", p" + numero + " " + doDestino.tipoSql + " = :P" + numero;
     }
@@ -99,13 +100,14 @@ bool ServeAoServidor(const std::vector<TColunaDaCopia>& colunas) {
 
 std::unique_ptr<TCopiaNoServidor> TCopiaNoServidor::Para(TConnection& conexao, const TCopia& copia,
                                                          const std::vector<TColunaDaCopia>& colunas) {
-    if (conexao.TipoBanco() != kBanco || !ServeAoServidor(colunas)) return nullptr;
+    const TDialeto& dialeto = Dialeto(conexao);
+    if (!dialeto.NumeraRegistros() || !ServeAoServidor(colunas)) return nullptr;
     std::unique_ptr<TCopiaNoServidor> servidor(new TCopiaNoServidor);
     try {
-        servidor->chaves_ = conexao.Prepara(ConsultaDasChaves(copia, colunas));
-        servidor->linha_ =
-            conexao.Prepara("select " + ListaDaOrigem(colunas, kBanco) + " from " + copia.origem + kDaChave + ":CHAVE");
-        servidor->copia_ = conexao.Prepara(Bloco(copia, colunas));
+        servidor->chaves_ = conexao.Prepara(ConsultaDasChaves(copia, colunas, dialeto));
+        servidor->linha_ = conexao.Prepara("select " + ListaDaOrigem(colunas, dialeto) + " from " + copia.origem +
+                                           kDaChave + ":CHAVE");
+        servidor->copia_ = conexao.Prepara(Bloco(copia, colunas, dialeto));
     } catch (const TErroBanco& erro) {
         if (erro.ConexaoPerdida()) throw;
         return nullptr;

@@ -6,6 +6,7 @@
 #include <set>
 
 #include "copy/ColunasDaCopia.h"
+#include "dialect/Dialeto.h"
 #include "packet/Codigos.h"
 #include "tables/TBComandos.h"
 #include "values/Json.h"
@@ -215,13 +216,12 @@ TReposicaoDeLinhas::TPresenca TReposicaoDeLinhas::Presenca(const std::string& ta
     std::vector<std::string> lidas, condicoes;
     std::vector<TValor> valores;
     for (const auto& [coluna, valor] : pares) {
-        lidas.push_back(Lida(coluna, conexao_.TipoBanco()));
+        lidas.push_back(Lida(coluna, Dialeto(conexao_)));
         const auto tem = [&nome = coluna.nome](const auto& daChave) { return IgualSemCaixa(daChave, nome); };
         const bool daChave = std::ranges::any_of(chave, tem);
         const bool comparavel = !valor.Nulo() && coluna.tipo != TTipoDado::Blob && coluna.tipo != TTipoDado::Memo;
         if (chave.empty() ? !comparavel : !daChave) continue;
-        condicoes.push_back(Identificador(coluna.nome, conexao_.TipoBanco()) + " = :P" +
-                            std::to_string(valores.size()));
+        condicoes.push_back(Dialeto(conexao_).Identificador(coluna.nome) + " = :P" + std::to_string(valores.size()));
         valores.push_back(valor);
     }
     TPresenca presenca;
@@ -248,7 +248,7 @@ bool TReposicaoDeLinhas::Igual(TComando& linha, const TParesDeColuna& pares) {
 void TReposicaoDeLinhas::Insere(const std::string& tabela, const TParesDeColuna& pares) {
     std::vector<TColunaDaCopia> colunas;
     for (const auto& [coluna, valor] : pares) colunas.push_back({coluna, std::nullopt, 0, {}, false});
-    const auto comando = conexao_.Prepara(ComandoInsere(tabela, colunas, conexao_.TipoBanco()));
+    const auto comando = conexao_.Prepara(ComandoInsere(tabela, colunas, Dialeto(conexao_)));
     for (std::size_t i = 0; i < pares.size(); ++i) comando->Atribui("P" + std::to_string(i), pares[i].second);
     comando->Executa();
 }

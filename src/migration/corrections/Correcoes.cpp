@@ -224,7 +224,7 @@ constexpr std::string_view kSecao = "AtualizaQuery";
 void Executa(TContexto& ctx, const TCorrecao& correcao, std::size_t& feitos) {
     if (!correcao.passos.empty()) return AjustaCodReceber(ctx, correcao.passos, feitos);
     const std::string comando(correcao.comando.Para(ctx.Banco()));
-    ctx.Conexao().ExecuteDirect(correcao.ajustada ? AjustaQuery(comando, ctx.Banco()) : comando);
+    ctx.Conexao().ExecuteDirect(correcao.ajustada ? ctx.Dialeto().AjustaQuery(comando) : comando);
 }
 
 bool Pendente(TContexto& ctx, const TCorrecao& correcao) {

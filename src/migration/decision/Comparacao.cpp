@@ -61,7 +61,7 @@ TColunaDicionario Corrigida(TColunaDicionario velha, const TColunaFisica& fisica
 
 TComandoPendente MudaTipo(std::string_view tabela, const TColunaDicionario& nova, const TColunaFisica& fisica,
                           TTipoBanco banco) {
-    const std::string inicio = "alter table " + std::string(tabela) + ChaveAlteraColuna(nova.nome, banco);
+    const std::string inicio = "alter table " + std::string(tabela) + Dialeto(banco).ChaveAlteraColuna(nova.nome);
     TComandoPendente comando{inicio + DefinicaoCampo(nova, banco),
                              inicio + TipoDaColuna(nova.tipo, nova.tamanho, banco), nova.chave == 1, nova.nome};
     if (banco == TTipoBanco::tbSQLServer && fisica.requerido) {  // which takes a column without it for nullable
@@ -200,7 +200,7 @@ TDecisaoDaColuna ComparaNoLugar(std::string_view tabela, const TColunaDicionario
         decisao.comandos.push_back(MudaTipo(tabela, nova, *fisica.coluna, banco));
     if (daChave && (!eraDaChave || !fisica.coluna)) decisao.comandos.push_back(PreencheChave(tabela, nova));
     if (!daChave && eraDaChave && fisica.coluna)
-        decisao.comandos.push_back({ComandoDispensaValor(tabela, *fisica.coluna, banco), "", true});
+        decisao.comandos.push_back({Dialeto(banco).DispensaValor(tabela, *fisica.coluna), "", true});
     decisao.reconstroi = false;
     decisao.motivo.clear();
     return decisao;

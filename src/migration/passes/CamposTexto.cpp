@@ -125,7 +125,7 @@ void RelataCortados(TContexto& ctx, const TColunaLonga& coluna, std::int64_t qua
 void GuardaCortados(TContexto& ctx, const TColunaLonga& coluna) {
     const std::vector<std::string> chave = ctx.Conexao().ChavePrimaria(coluna.tabela).colunas;
     std::vector<std::string> lidas = {coluna.nome};
-    for (const auto& nome : chave) lidas.push_back(Identificador(nome, ctx.Banco()));
+    for (const auto& nome : chave) lidas.push_back(ctx.Dialeto().Identificador(nome));
     TWKDQuery q(ctx.Conexao(), "select " + Junta(lidas, ",") + " from " + coluna.tabela + Longos(coluna, ctx.Banco()));
     TRejeitados rejeitados(ctx, coluna.tabela, kPasso);
     std::int64_t quantos = 0;

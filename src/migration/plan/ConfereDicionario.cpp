@@ -5,6 +5,7 @@
 #include <set>
 
 #include "copy/Reposicao.h"
+#include "dialect/Dialeto.h"
 #include "layout/Tini.h"
 #include "passes/CamposTexto.h"
 #include "rows/WKDQuery.h"
@@ -180,7 +181,7 @@ std::optional<std::int64_t> SoNaBackup(TConnection& conexao, const std::string& 
         std::vector<std::string> pares;
         const auto daBackup = conexao.Colunas(backup);
         for (const auto& coluna : conexao.ChavePrimaria(tabela).colunas) {
-            const std::string nome = Identificador(coluna, conexao.TipoBanco());
+            const std::string nome = Dialeto(conexao).Identificador(coluna);
             if (ColunaDeNome(daBackup, coluna)) pares.push_back("t." + nome + " = b." + nome);
         }
         if (pares.empty()) return std::max<std::int64_t>(0, total(backup) - total(tabela));

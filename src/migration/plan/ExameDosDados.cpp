@@ -17,16 +17,6 @@ namespace {
 constexpr std::size_t kExemplos = 5;
 constexpr std::size_t kLetrasDoExemplo = 60;
 
-bool SqlServer(TContexto& ctx) { return ctx.Banco() == TTipoBanco::tbSQLServer; }
-
-std::string Caracteres(TContexto& ctx, const std::string& coluna) {
-    return SqlServer(ctx) ? "len(cast(" + coluna + " as nvarchar(max)) + 'x') - 1" : "char_length(" + coluna + ")";
-}
-
-std::string Bytes(TContexto& ctx, const std::string& coluna) {
-    return (SqlServer(ctx) ? "datalength(" : "octet_length(") + coluna + ")";
-}
-
 TTipoDado TipoPrevisto(const std::string& tipo) {
     const auto comeca = [&](std::string_view inicio) { return tipo.starts_with(inicio); };
     if (comeca("VARCHAR") || comeca("NVARCHAR")) return TTipoDado::Texto;
@@ -49,13 +39,6 @@ TColunaFisica ColunaPrevista(const TColunaDicionario& nova, const std::string& c
     return prevista;
 }
 
-std::string ConjuntoDoBanco(TContexto& ctx) {
-    if (ctx.Banco() != TTipoBanco::tbInterbase) return "";
-    TWKDQuery q(ctx.Conexao(), "select rdb$character_set_name as CONJUNTO from rdb$database");
-    q.Open();
-    return std::string(Apara(q.Texto("CONJUNTO")));
-}
-
 /// Characters that the server wants a text column to have before it turns the other type into it.
 int TextoMinimo(const TColunaFisica& fisica) {
     const std::string tipo = Minusculas(fisica.tipoSql);
@@ -71,7 +54,7 @@ class TExame {
           tabela_(tabela),
           fisicas_(ctx.dm.ColunasFisicas(tabela)),
           chave_(ctx.Conexao().ChavePrimaria(tabela).colunas),
-          conjunto_(ConjuntoDoBanco(ctx)) {}
+          conjunto_(ctx.Dialeto().ConjuntoDoBanco(ctx.Conexao())) {}
 
     void Colunas(const TDecisaoDaTabela& decisao, const std::vector<TColunaDicionario>& novas);
     void Chave(const TDecisaoDaTabela& decisao, const std::vector<TColunaDicionario>& novas);
@@ -80,7 +63,7 @@ class TExame {
     TAchados achados;
 
   private:
-    std::string Nome(const std::string& coluna) const { return Identificador(coluna, ctx_.Banco()); }
+    std::string Nome(const std::string& coluna) const { return ctx_.Dialeto().Identificador(coluna); }
     bool AlteradaPor(const TDecisaoDaTabela& decisao, const std::string& coluna) const;
     void Valores(const TColunaFisica& fisica, const TColunaFisica& prevista, bool guarda);
     void NaoMuda(const TColunaFisica& fisica, const TColunaFisica& prevista);
@@ -133,9 +116,9 @@ void TExame::Valores(const TColunaFisica& fisica, const TColunaFisica& prevista,
     if (std::ranges::find(lidas, fisica.nome) == lidas.end()) lidas.push_back(fisica.nome);
     std::vector<std::string> nomes;
     std::ranges::transform(lidas, std::back_inserter(nomes), [&](const auto& coluna) {
-        return coluna == fisica.nome ? Lida(fisica, ctx_.Banco()) : Nome(coluna);
+        return coluna == fisica.nome ? Lida(fisica, ctx_.Dialeto()) : Nome(coluna);
     });
-    const std::string longo = Caracteres(ctx_, Nome(fisica.nome)) + " > " + std::to_string(prevista.tamanho);
+    const std::string longo = ctx_.Dialeto().Caracteres(Nome(fisica.nome)) + " > " + std::to_string(prevista.tamanho);
     const bool soLongos = texto && fisica.conjunto == prevista.conjunto;
     TWKDQuery q(ctx_.Conexao(), "select " + Junta(nomes, ",") + " from " + tabela_ + " where " +
                                     (soLongos ? longo : Nome(fisica.nome) + " is not null"));
@@ -177,7 +160,7 @@ void TExame::Recusada(const TColunaFisica& fisica, const TColunaFisica& prevista
 }
 
 bool TExame::AlteradaPor(const TDecisaoDaTabela& decisao, const std::string& coluna) const {
-    const std::string inicio = "alter table " + tabela_ + ChaveAlteraColuna(coluna, ctx_.Banco());
+    const std::string inicio = "alter table " + tabela_ + ctx_.Dialeto().ChaveAlteraColuna(coluna);
     return std::ranges::any_of(decisao.comandos, [&](const auto& c) { return c.texto.starts_with(inicio); });
 }
 
@@ -258,8 +241,9 @@ void TExame::Indices(const std::vector<TIndiceDicionario>& indices, const std::v
                                0,
                                {}});
         else if (indice.unico && !ja && existentes.size() == indice.colunas.size())
-            Repetidos("indice-repetido", indice.nome, existentes,
-                      SqlServer(ctx_) ? "" : " where not (" + Junta(existentes, " is null and ") + " is null)");
+            Repetidos(
+                "indice-repetido", indice.nome, existentes,
+                ctx_.Dialeto().NulosRepetem() ? " where not (" + Junta(existentes, " is null and ") + " is null)" : "");
     }
 }
 
@@ -281,7 +265,7 @@ TVolume VolumeDaTabela(TContexto& ctx, const std::string& tabela) {
         const bool longo = coluna.tipo == TTipoDado::Texto || coluna.tipo == TTipoDado::Blob ||
                            coluna.tipo == TTipoDado::Memo || coluna.tipo == TTipoDado::Bytes;
         if (longo && coluna.expressao.empty())
-            partes.push_back("coalesce(" + Bytes(ctx, Identificador(coluna.nome, ctx.Banco())) + ", 0)");
+            partes.push_back("coalesce(" + ctx.Dialeto().Bytes(ctx.Dialeto().Identificador(coluna.nome)) + ", 0)");
         else if (coluna.expressao.empty())
             fixos += coluna.tipo == TTipoDado::Inteiro || coluna.tipo == TTipoDado::Data ? 4 : 8;
     }

@@ -55,7 +55,6 @@ class TPlanejador {
     void SupoeDicionario(const std::vector<TComandoDoDicionario>& comandos);
     void SupoeAjustes(const std::vector<TTextoParaAjustar>& textos);
     void LeIndices(const TPastaDeTrabalho& pasta);
-    void LeFormatos();
     void Tabelas();
     TPlanoDaTabela Tabela(const std::string& nome, const TMarcasDeAnalise& marcas);
     void Achados(TPlanoDaTabela& tabela, const TDecisaoDaTabela& decisao);
@@ -84,7 +83,7 @@ std::optional<TPlano> TPlanejador::Planeja() {
     DesconsideraVersoesNegativas(ctx_);
     Prepara();
     LeIndices(pasta);
-    LeFormatos();
+    formatos_ = ctx_.Dialeto().Formatos(ctx_.Conexao());
     Tabelas();
     for (const auto& mudanca : MudancasExclusivas(ctx_.novo, ctx_.gravado))
         for (auto& tabela : plano_.tabelas)
@@ -176,14 +175,6 @@ void TPlanejador::LeIndices(const TPastaDeTrabalho& pasta) {
     ctx_.novo.LeIndices(indices, colunas);
 }
 
-void TPlanejador::LeFormatos() {
-    if (ctx_.Banco() != TTipoBanco::tbInterbase) return;
-    TWKDQuery q(ctx_.Conexao(),
-                "select rdb$relation_name as NOME, rdb$format as FORMATO from rdb$relations"
-                " where coalesce(rdb$system_flag, 0) = 0 and rdb$format is not null");
-    for (q.Open(); !q.Eof(); q.Next()) formatos_[ChaveDeNome(q.Texto("NOME"))] = q.Inteiro("FORMATO");
-}
-
 void TPlanejador::Tabelas() {
     const TMarcasDeAnalise marcas(ctx_);
     TClientDataSet& tabelas = ctx_.dm.SArquivoNovo;
@@ -263,7 +254,8 @@ void TPlanejador::ExaminaDependencias(TPlanoDaTabela& tabela) {
         const auto quantos = static_cast<std::int64_t>(nomes.size());
         tabela.achados.push_back({std::move(tipo), "", std::move(texto), quantos, std::move(nomes)});
     };
-    relata("dependentes", "dependem da tabela e impedem a reconstrução", DependentesDaTabela(ctx_, nome));
+    relata("dependentes", "dependem da tabela e impedem a reconstrução",
+           ctx_.Dialeto().Dependentes(ctx_.Conexao(), nome));
     const auto relataFontes = [&](std::string tipo, std::string texto, const std::vector<TFonte>& fontes) {
         std::vector<std::string> nomes;
         for (const auto& fonte : fontes) nomes.push_back(fonte.nome);
@@ -272,7 +264,7 @@ void TPlanejador::ExaminaDependencias(TPlanoDaTabela& tabela) {
     relataFontes("propriedades", "propriedades de colunas que não voltam; a fonte fica no arquivo de rejeitados",
                  PropriedadesPerdidas(ctx_, nome));
     relataFontes("gatilhos", "gatilhos que não voltam; a fonte fica no arquivo de rejeitados",
-                 GatilhosDaTabela(ctx_, nome));
+                 ctx_.Dialeto().Gatilhos(ctx_.Conexao(), nome));
 }
 
 }  // namespace

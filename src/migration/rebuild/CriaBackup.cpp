@@ -31,7 +31,7 @@ TColunasDaBackup ColunasDaBackup(TContexto& ctx, const std::string& tabela, cons
     const auto daTabela = ctx.Conexao().Colunas(tabela);
     for (const auto& coluna : ctx.Conexao().Colunas(NomeDaBackup(tabela))) {
         colunas.todas.push_back(coluna.nome);
-        colunas.lidas.push_back(Lida(coluna, ctx.Banco()));
+        colunas.lidas.push_back(Lida(coluna, ctx.Dialeto()));
         if (std::ranges::any_of(chave, [&](const auto& nome) { return IgualSemCaixa(nome, coluna.nome); }))
             colunas.daChave.push_back(coluna.nome);
         if (!ColunaDeNome(daTabela, coluna.nome)) colunas.sobram.push_back(coluna.nome);
@@ -60,7 +60,7 @@ void GuardaSobra(TContexto& ctx, const std::string& tabela, const std::vector<st
     if (sobram.empty()) return;
     const std::string backup = NomeDaBackup(tabela);
     std::vector<std::string> comValor;
-    for (const auto& nome : sobram) comValor.push_back(Identificador(nome, ctx.Banco()) + " is not null");
+    for (const auto& nome : sobram) comValor.push_back(ctx.Dialeto().Identificador(nome) + " is not null");
     const auto linhas =
         Guarda(ctx, tabela, "select " + Junta(lidas, ",") + " from " + backup + " where " + Junta(comValor, " or "),
                "a tabela não tem a coluna e o backup é refeito", daChave, daChave.empty() ? todas : sobram);

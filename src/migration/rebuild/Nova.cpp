@@ -6,7 +6,6 @@
 #include "alter/DicionarioDaTabela.h"
 #include "copy/Rejeitados.h"
 #include "rebuild/CriaBackup.h"
-#include "rebuild/Devolucoes.h"
 #include "rebuild/Impedimento.h"
 #include "rebuild/Reconstrucao.h"
 #include "rows/WKDQuery.h"
@@ -90,18 +89,22 @@ void TReconstrucao::Guarda() {
 
 void TReconstrucao::GuardaObjetos() {
     GuardaOQueVolta();
-    gatilhos_ = GuardaFontes("Gatilho", GatilhosDaTabela(ctx_, tabela_));
+    gatilhos_ = GuardaFontes("Gatilho", ctx_.Dialeto().Gatilhos(ctx_.Conexao(), tabela_));
     propriedades_ = GuardaFontes("Propriedade de coluna", PropriedadesPerdidas(ctx_, tabela_));
+}
+
+void TReconstrucao::GuardaDevolucoes(const std::vector<std::string>& comandos) {
+    if (comandos != Devolucoes()) ctx_.Dialeto().GravaNotas(ctx_.Conexao(), backup_, comandos);
 }
 
 /// Comments may have letters that the connection cannot write; these are kept in the rejects file instead.
 void TReconstrucao::GuardaOQueVolta() {
-    auto devolucoes = DevolucoesGuardadas(ctx_, backup_);
+    auto devolucoes = Devolucoes();
     for (auto& comando : ComandosDeDevolucao(ctx_, nome_))
         if (std::ranges::find(devolucoes, comando) == devolucoes.end()) devolucoes.push_back(std::move(comando));
     for (int tentativa = 1; tentativa <= kTentativas; ++tentativa) {
         try {
-            return GuardaDevolucoes(ctx_, backup_, devolucoes);
+            return GuardaDevolucoes(devolucoes);
         } catch (const TErroBanco& erro) {
             if (erro.ConexaoPerdida()) throw;
         } catch (const TErroConversao&) {
@@ -113,7 +116,7 @@ void TReconstrucao::GuardaOQueVolta() {
         if (comentario) comentarios.push_back({Divide(comando, ' ').at(3), comando});
         return comentario;
     });
-    GuardaDevolucoes(ctx_, backup_, devolucoes);
+    GuardaDevolucoes(devolucoes);
     comentarios_ = GuardaFontes("Comentário", comentarios);
 }
 
@@ -152,7 +155,7 @@ void TReconstrucao::ApagaEMarca() {
     if (existe_) ctx_.evidencia.Comando({"drop table " + tabela_, "", apagada.Mensagem()});
     if (apagada) return;
     if (apagada.Erro().ConexaoPerdida()) throw apagada.Erro();
-    const auto dependentes = DependentesDaTabela(ctx_, tabela_);
+    const auto dependentes = ctx_.Dialeto().Dependentes(ctx_.Conexao(), tabela_);
     TErro causa = Causa(apagada.Erro());
     if (!dependentes.empty()) {
         causa.mensagem += " Dependem dela: " + Junta(dependentes, ", ");
@@ -245,13 +248,13 @@ void TReconstrucao::CompletaIndices() {
 
 /// What an earlier try has given back, the table itself would ask for by now.
 void TReconstrucao::DevolveObjetos() {
-    const auto devolucoes = DevolucoesGuardadas(ctx_, backup_);
+    const auto devolucoes = Devolucoes();
     if (devolucoes.empty()) return;
     const auto indices = ctx_.Conexao().Indices(tabela_);
     const auto devolvidos = ComandosDeDevolucao(ctx_, nome_);
     for (const auto& comando : devolucoes) {
         const bool existe = std::ranges::any_of(indices, [&](const TIndice& indice) {
-            return comando.find("index " + Identificador(indice.nome, ctx_.Banco()) + " on ") != std::string::npos;
+            return comando.find("index " + ctx_.Dialeto().Identificador(indice.nome) + " on ") != std::string::npos;
         });
         if (existe || std::ranges::find(devolvidos, comando) != devolvidos.end()) continue;
         TResultado devolvido = ctx_.dm.Executa(comando);
@@ -261,7 +264,7 @@ void TReconstrucao::DevolveObjetos() {
                 TErroDaExecucao::NosDois(devolvido.Erro().Dados(), tabela_, comando,
                                          "Tabela " + tabela_ + ": " + comando + ": " + devolvido.Mensagem()));
     }
-    GuardaDevolucoes(ctx_, backup_, {});
+    GuardaDevolucoes({});
 }
 
 std::vector<std::string> TReconstrucao::ColunasSoDe(const std::string& uma, const std::string& outra) {

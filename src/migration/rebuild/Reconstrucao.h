@@ -39,6 +39,9 @@ class TReconstrucao {
     void Guarda();
     void GuardaObjetos();
     void GuardaOQueVolta();
+    // Statements that bring back what goes with the table, kept at the backup table until they have run.
+    std::vector<std::string> Devolucoes() { return ctx_.Dialeto().Notas(ctx_.Conexao(), backup_); }
+    void GuardaDevolucoes(const std::vector<std::string>& comandos);
     std::vector<std::string> GuardaFontes(std::string_view tipo, const std::vector<TFonte>& fontes);
     bool Apaga();
     void ApagaEMarca();

@@ -34,8 +34,8 @@ std::string CondicaoPelaChave(TContexto& ctx, const std::string& tabela) {
     for (const auto& coluna : ctx.Conexao().ChavePrimaria(tabela).colunas) {
         const TColunaFisica* daChave = ColunaDeNome(daBackup, coluna);
         if (!MesmaChave(daChave, ColunaDeNome(daTabela, coluna))) return "";
-        iguais.push_back("t." + Identificador(coluna, ctx.Banco()) + " = b." +
-                         Identificador(daChave->nome, ctx.Banco()));
+        iguais.push_back("t." + ctx.Dialeto().Identificador(coluna) + " = b." +
+                         ctx.Dialeto().Identificador(daChave->nome));
     }
     if (iguais.empty()) return "";
     return " b where not exists (select 1 from " + tabela + " t where " + Junta(iguais, " and ") + ")";
@@ -49,21 +49,11 @@ bool RepeteChave(TContexto& ctx, const std::string& tabela, const std::vector<st
         return std::ranges::any_of(chave, [&](const std::string& coluna) { return IgualSemCaixa(coluna, antiga); });
     };
     if (!chaveAntiga.empty() && std::ranges::all_of(chaveAntiga, naChave)) return false;
-    for (auto& coluna : chave) coluna = Identificador(coluna, ctx.Banco());
+    for (auto& coluna : chave) coluna = ctx.Dialeto().Identificador(coluna);
     const std::string grupos = Junta(chave, ", ");
     return ContaRegistros(ctx.Conexao(), "select count(*) as total from (select " + grupos + " from " +
                                              NomeDaBackup(tabela) + " group by " + grupos +
                                              " having count(*) > 1) repetidas") > 0;
-}
-
-/// What makes a value comparable with others: the server groups no blobs. Firebird's hash adds each byte to sixteen
-/// times what was before, so that "1A" is "21" to it; another content has to agree with it from the end as well.
-std::string Comparavel(const TColunaFisica& coluna, TTipoBanco banco) {
-    const std::string nome = Identificador(coluna.nome, banco);
-    if (coluna.tipo != TTipoDado::Blob && coluna.tipo != TTipoDado::Memo) return nome;
-    if (banco == TTipoBanco::tbSQLServer) return "cast(" + nome + " as varbinary(max))";
-    return "hash(" + nome + ") || ' ' || hash(reverse(cast(" + nome + " as blob sub_type 0))) || ' ' || octet_length(" +
-           nome + ")";
 }
 
 /// The columns of both tables by which their rows are compared: select lists of one length, and the names in them.
@@ -78,16 +68,15 @@ struct TComparadas {
 };
 
 TComparadas Comparadas(TContexto& ctx, const std::string& tabela) {
-    const bool sqlServer = ctx.Banco() == TTipoBanco::tbSQLServer;
     const auto daTabela = ctx.Conexao().Colunas(tabela);
     TComparadas comparadas;
     for (const TColunaFisica& b : ctx.Conexao().Colunas(NomeDaBackup(tabela))) {
         const TColunaFisica* t = ColunaDeNome(daTabela, b.nome);
         if (!t || !t->expressao.empty()) continue;
-        const std::string doB = Comparavel(b, ctx.Banco()), doT = Comparavel(*t, ctx.Banco());
+        const std::string doB = ctx.Dialeto().Agrupavel(b), doT = ctx.Dialeto().Agrupavel(*t);
         comparadas.Junta(b.tipo == t->tipo ? doB : "cast(" + doB + " as " + t->tipoSql + ")", doT);
-        const std::string bytes = sqlServer ? "datalength(" : "octet_length(";  // blanks at the end count
-        if (b.tipo == TTipoDado::Texto && t->tipo == b.tipo) comparadas.Junta(bytes + doB + ")", bytes + doT + ")");
+        if (b.tipo == TTipoDado::Texto && t->tipo == b.tipo)  // blanks at the end count
+            comparadas.Junta(ctx.Dialeto().Bytes(doB), ctx.Dialeto().Bytes(doT));
     }
     return comparadas;
 }
@@ -97,7 +86,7 @@ TComparadas Comparadas(TContexto& ctx, const std::string& tabela) {
 std::string LinhasAMais(TContexto& ctx, const std::string& tabela) {
     std::vector<std::string> nomes, nulos;
     for (const TColunaFisica& coluna : ctx.Conexao().Colunas(NomeDaBackup(tabela))) {
-        nomes.push_back(Identificador(coluna.nome, ctx.Banco()));
+        nomes.push_back(ctx.Dialeto().Identificador(coluna.nome));
         nulos.emplace_back("null");
     }
     const TComparadas comparadas = Comparadas(ctx, tabela);

@@ -4,6 +4,7 @@
 #include <exception>
 #include <span>
 
+#include "dialect/Dialeto.h"
 #include "process/Interrupcao.h"
 #include "rows/WKDQuery.h"
 #include "tables/TBComandos.h"
@@ -27,13 +28,9 @@ bool Falta(const TErroDaExecucao& erro) {
 }  // namespace
 
 std::string HashDoConteudo(TConnection& conexao, const std::string& tabela) {
-    if (conexao.TipoBanco() != TTipoBanco::tbInterbase) return "";
-    std::vector<std::string> partes;
-    for (const TColunaFisica& coluna : conexao.Colunas(tabela))
-        partes.push_back("coalesce(hash(" + Identificador(coluna.nome, conexao.TipoBanco()) + "), 'n')");
-    if (partes.empty()) return "";
-    TWKDQuery q(conexao, "select coalesce(sum(mod(hash(" + Junta(partes, " || '.' || ") +
-                             "), 2147483647)), 0) as TOTAL from " + tabela);
+    const std::string soma = Dialeto(conexao).SomaDasLinhas(conexao.Colunas(tabela));
+    if (soma.empty()) return "";
+    TWKDQuery q(conexao, "select " + soma + " as TOTAL from " + tabela);
     q.Open();
     return q.Texto("TOTAL");
 }

@@ -1,4 +1,4 @@
-#include "dialect/ConjuntoFirebird.h"
+#include "values/ConjuntoFirebird.h"
 
 #include <algorithm>
 

@@ -16,7 +16,7 @@ TEST(Dialeto, RowLimitChangesOnlyBetweenBlanks) {
         {TTipoBanco::tbInterbase, "select top 1 STOP TOPO x", "select top 1 STOP TOPO x"},
         {TTipoBanco::tbODBC, "select FIRST TOP x", "select FIRST TOP x"},
     };
-    for (const auto& caso : casos) EXPECT_EQ(AjustaQuery(caso.antes, caso.banco), caso.depois);
+    for (const auto& caso : casos) EXPECT_EQ(Dialeto(caso.banco).AjustaQuery(caso.antes), caso.depois);
 }
 
 TEST(Dialeto, EveryKindHasItsTexts) {
@@ -31,16 +31,18 @@ TEST(Dialeto, EveryKindHasItsTexts) {
         {TTipoBanco::tbODBC, "", "", "", "(A BLOB, B TIMESTAMP)"},
     };
     for (const auto& caso : casos) {
-        EXPECT_EQ(ChaveAlteraColuna("X", caso.banco), caso.altera);
-        EXPECT_EQ(ComandoCommit(caso.banco), caso.commit);
-        EXPECT_EQ(ComandoRollback(caso.banco), caso.rollback);
-        EXPECT_EQ(AjustaCriaTabela("(A BLOB, B TIMESTAMP)", caso.banco), caso.cria);
+        EXPECT_EQ(Dialeto(caso.banco).ChaveAlteraColuna("X"), caso.altera);
+        EXPECT_EQ(Dialeto(caso.banco).ComandoCommit(), caso.commit);
+        EXPECT_EQ(Dialeto(caso.banco).ComandoRollback(), caso.rollback);
+        EXPECT_EQ(Dialeto(caso.banco).AjustaCriaTabela("(A BLOB, B TIMESTAMP)"), caso.cria);
     }
 }
 
 TEST(Dialeto, OracleListsTablesByTheirInitial) {
-    for (const char* nome : {"BCLIENTE", "cCLI", "SATRIB", "t"}) EXPECT_TRUE(TabelaListadaNoOracle(nome)) << nome;
-    for (const char* nome : {"XLOG", "AUX", "", " T"}) EXPECT_FALSE(TabelaListadaNoOracle(nome)) << nome;
+    for (const char* nome : {"BCLIENTE", "cCLI", "SATRIB", "t"})
+        EXPECT_TRUE(Dialeto(TTipoBanco::tbOracle).ListaTabela(nome)) << nome;
+    for (const char* nome : {"XLOG", "AUX", "", " T"})
+        EXPECT_FALSE(Dialeto(TTipoBanco::tbOracle).ListaTabela(nome)) << nome;
 }
 
 }  // namespace

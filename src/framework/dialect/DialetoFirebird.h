@@ -1,0 +1,58 @@
+#pragma once
+
+#include "dialect/Dialeto.h"
+
+namespace wkd {
+
+/// Whether Firebird takes the name, in capitals, for a word of its language unless it stands in quotes. The words are
+/// those of 3.0 and 4.0.
+bool PalavraReservada(std::string_view nome);
+
+/// Firebird. The catalogue's part stands in CatalogoFirebird.cpp.
+class TDialetoFirebird : public TDialeto {
+  public:
+    std::string_view ComandoCommit() const override { return "commit;"; }
+    std::string_view ComandoRollback() const override { return "ROLLBACK;"; }
+    std::string AjustaQuery(std::string_view comando) const override;
+    std::string ChaveAlteraColuna(std::string_view coluna) const override;
+    std::string Batizada(const std::string& nome) const override;
+    std::string Agrupavel(const TColunaFisica& coluna) const override;
+
+    bool ComparaConteudo() const override { return true; }
+    bool ChaveExigeValor() const override { return true; }
+    bool ConverteTextoLongo() const override { return true; }
+    bool NumeraRegistros() const override { return true; }
+    std::int64_t BytesDoRegistro(TConnection& conexao, const std::vector<TLargura>& colunas) const override;
+    /// It refuses a table whose rows need more, but only when the creation is committed.
+    std::int64_t LimiteDoRegistro() const override { return 65'535; }
+
+    TComparacao Comparacao(const TColunaFisica& b, const std::string& nomeB, const TColunaFisica& t,
+                           const std::string& nomeT) const override;
+    std::string Diferem(const TComparacao& par) const override;
+    std::string Soma(const TComparacao& par, const std::string& expressao) const override;
+    std::string IgualANenhum(const TColunaFisica& coluna) const override;
+    std::string SomaDasLinhas(const std::vector<TColunaFisica>& colunas) const override;
+
+    std::vector<std::string> IndicesInativos(TConnection& conexao, const std::string& tabela) const override;
+    std::vector<std::string> Restricoes(TConnection& conexao, const std::string& tabela) const override;
+    std::vector<std::string> Permissoes(TConnection& conexao, const std::string& tabela) const override;
+    std::vector<std::string> Comentarios(TConnection& conexao, const std::string& tabela) const override;
+    std::vector<TFonte> Gatilhos(TConnection& conexao, const std::string& tabela) const override;
+    std::vector<TFonte> Propriedades(TConnection& conexao, const std::string& tabela) const override;
+    std::vector<std::string> Dependentes(TConnection& conexao, const std::string& tabela) const override;
+    std::string ConjuntoDoBanco(TConnection& conexao) const override;
+    std::map<std::string, std::int64_t> Formatos(TConnection& conexao) const override;
+
+    std::string Marca(TConnection& conexao, const std::string& tabela) const override;
+    void GravaMarca(TConnection& conexao, const std::string& tabela, std::string_view marca) const override;
+    std::vector<std::string> TabelasMarcadas(TConnection& conexao, std::string_view marca) const override;
+    std::vector<std::string> Notas(TConnection& conexao, const std::string& tabela) const override;
+    void GravaNotas(TConnection& conexao, const std::string& tabela,
+                    const std::vector<std::string>& notas) const override;
+
+  protected:
+    bool DobraNomes() const override { return true; }
+    bool DesceInteiro() const override { return true; }
+};
+
+}  // namespace wkd
