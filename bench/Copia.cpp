@@ -3,7 +3,6 @@
 #include "copy/Conferencia.h"
 #include "rebuild/CriaBackup.h"
 #include "rebuild/VoltaBackup.h"
-#include "tables/TBComandos.h"
 #include "values/Texto.h"
 
 namespace wkd {

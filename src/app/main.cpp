@@ -3,9 +3,7 @@
 #include <iostream>
 #include <variant>
 
-#include "commands/ComandosDeAlias.h"
-#include "commands/ComandosDeBackup.h"
-#include "commands/ComandosDeBanco.h"
+#include "commands/Comandos.h"
 #include "commands/Eco.h"
 #include "commands/LinhaDeComando.h"
 #include "commands/Preferencias.h"

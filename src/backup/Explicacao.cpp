@@ -2,7 +2,7 @@
 
 #include <system_error>
 
-#include "Progresso.h"
+#include "ServidorDeBackup.h"
 #include "values/Erros.h"
 
 namespace wkd {

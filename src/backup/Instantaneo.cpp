@@ -4,7 +4,6 @@
 
 #include "copy/ColunasDaCopia.h"
 #include "dialect/Dialeto.h"
-#include "tables/TBComandos.h"
 #include "values/SomaDeValores.h"
 #include "values/Texto.h"
 #include "values/TextoDeData.h"

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "Progresso.h"
+#include "ServidorDeBackup.h"
 #include "connection/Connection.h"
 
 namespace wkd {

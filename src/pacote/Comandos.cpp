@@ -2,7 +2,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include "Exportacao.h"
 #include "Inventario.h"
 #include "Montagem.h"
 #include "PacoteJson.h"

@@ -3,9 +3,11 @@
 #include <filesystem>
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Inventario.h"
+#include "connection/Connection.h"
 #include "packet/DataPacket.h"
 
 namespace wkd {
@@ -35,5 +37,11 @@ class TMontagem {
     std::filesystem::path pasta_;
     std::map<std::string, std::filesystem::path> arquivos_;  // by name in capitals
 };
+
+/// Puts the dictionary of a database into a package: SARQUIVO, SATRIB and, where they exist, its other tables, without
+/// the customer's additions: what "U_" names, its searches ("_P_U_" behind the table's name) and indexes over its
+/// columns; then all rows of `tabelas`. Rows come in the order of their names and keys, so that equal dictionaries make
+/// equal packets. Throws TErroBanco, TErroPacote.
+void ExportaDicionario(TConnection& conexao, const std::vector<std::string>& tabelas, TMontagem& montagem);
 
 }  // namespace wkd

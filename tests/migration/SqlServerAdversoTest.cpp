@@ -15,7 +15,7 @@
 #include "packet/DataPacket.h"
 #include "run/Atualizacao.h"
 #include "server/Vigia.h"
-#include "tables/TBComandos.h"
+#include "tables/MarcaDaBackup.h"
 
 namespace wkd {
 namespace {

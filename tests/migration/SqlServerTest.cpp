@@ -13,7 +13,7 @@
 #include "layout/Preambulo.h"
 #include "plan/Plano.h"
 #include "run/Atualizacao.h"
-#include "tables/TBComandos.h"
+#include "tables/MarcaDaBackup.h"
 #include "values/Texto.h"
 
 namespace wkd {

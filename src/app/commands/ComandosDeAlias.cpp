@@ -1,4 +1,4 @@
-#include "commands/ComandosDeAlias.h"
+#include "commands/Comandos.h"
 
 #include <cstdio>
 #include <iostream>

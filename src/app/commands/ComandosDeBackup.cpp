@@ -1,4 +1,4 @@
-#include "commands/ComandosDeBackup.h"
+#include "commands/Comandos.h"
 
 #include <chrono>
 #include <iostream>
@@ -13,12 +13,11 @@
 #include "Explicacao.h"
 #include "ServidorDeBackup.h"
 #include "Troca.h"
-#include "commands/ComandosDeBanco.h"
 #include "commands/LinhaDoTerminal.h"
 #include "commands/Preferencias.h"
 #include "commands/TextoQt.h"
 #include "package/Caminho.h"
-#include "report/EnsaioEmTexto.h"
+#include "report/PlanoEmTexto.h"
 #include "run/TravaDoBanco.h"
 
 namespace wkd {

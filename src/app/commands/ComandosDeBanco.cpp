@@ -1,4 +1,4 @@
-#include "commands/ComandosDeBanco.h"
+#include "commands/Comandos.h"
 
 #include <iostream>
 

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "Ensaio.h"
 #include "copy/Reposicao.h"
 #include "plan/ConfereDicionario.h"
 #include "plan/Plano.h"
@@ -18,5 +19,9 @@ std::string DesviosEmTexto(const std::string& alias, const std::vector<TDesvio>&
 /// What became of the rejected rows, for people.
 std::string ReposicaoEmTexto(const TReposicao& reposicao);
 std::string DesviosEmJson(const std::string& alias, const std::vector<TDesvio>& desvios);
+
+/// A rehearsal for people and for programs (one JSON object).
+std::string EnsaioEmTexto(const TEnsaio& ensaio);
+std::string EnsaioEmJson(const TEnsaio& ensaio);
 
 }  // namespace wkd

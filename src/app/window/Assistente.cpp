@@ -7,7 +7,6 @@
 
 #include "commands/Eco.h"
 #include "commands/Preferencias.h"
-#include "window/Controles.h"
 #include "window/Dialogos.h"
 #include "window/EstiloAmetista.h"
 

@@ -12,7 +12,7 @@
 #include "process/Programa.h"
 #include "server/Vigia.h"
 #include "values/Texto.h"
-#include "window/Controles.h"
+#include "window/Dialogos.h"
 #include "window/EstiloAmetista.h"
 #include "window/NovaVersao.h"
 #include "window/PaginaAlias.h"

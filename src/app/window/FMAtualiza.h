@@ -6,7 +6,7 @@
 #include <memory>
 #include <optional>
 
-#include "Progresso.h"
+#include "ServidorDeBackup.h"
 #include "commands/Preferencias.h"
 #include "context/Contexto.h"
 #include "process/Interrupcao.h"

@@ -6,7 +6,7 @@
 #include <QVersionNumber>
 
 #include "process/Programa.h"
-#include "window/Controles.h"
+#include "window/Dialogos.h"
 
 namespace wkd {
 

@@ -4,7 +4,7 @@
 #include <QHeaderView>
 #include <QTableWidget>
 
-#include "window/Controles.h"
+#include "window/Dialogos.h"
 #include "window/PaginaOpcoes.h"
 
 namespace wkd {

@@ -2,7 +2,6 @@
 
 #include <QGridLayout>
 
-#include "window/Controles.h"
 #include "window/Dialogos.h"
 
 namespace wkd {

@@ -6,7 +6,6 @@
 
 #include "Relatorio.h"
 #include "Restauracao.h"
-#include "window/Controles.h"
 #include "window/Dialogos.h"
 #include "window/TelaDaJanela.h"
 

@@ -6,7 +6,6 @@
 #include <QRadioButton>
 
 #include "context/Contexto.h"
-#include "window/Controles.h"
 #include "window/Dialogos.h"
 
 namespace wkd {

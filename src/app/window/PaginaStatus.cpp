@@ -8,7 +8,6 @@
 #include <QTextBlock>
 #include <QVBoxLayout>
 
-#include "window/Controles.h"
 #include "window/Dialogos.h"
 #include "window/EstiloAmetista.h"
 #include "window/PaginaOpcoes.h"

@@ -13,7 +13,7 @@
 #include "commands/Eco.h"
 #include "commands/LinhaDoTerminal.h"
 #include "values/Texto.h"
-#include "window/Controles.h"
+#include "window/Dialogos.h"
 
 namespace wkd {
 

@@ -5,7 +5,7 @@
 
 #include "datamodule/DataModulo.h"
 #include "rows/WKDQuery.h"
-#include "tables/TBComandos.h"
+#include "tables/MarcaDaBackup.h"
 #include "values/Texto.h"
 
 namespace wkd {

@@ -6,7 +6,7 @@
 
 #include "odbc/ErroOdbc.h"
 #include "odbc/LexicoSql.h"
-#include "tables/TBComandos.h"
+#include "tables/MarcaDaBackup.h"
 
 namespace wkd {
 namespace {

@@ -1,7 +1,6 @@
 #include "odbc/ComandosTSql.h"
 
 #include "dialect/Dialeto.h"
-#include "tables/TBComandos.h"
 #include "values/Texto.h"
 
 namespace wkd {

@@ -4,7 +4,6 @@
 
 #include "rows/WKDQuery.h"
 #include "tables/MarcaDaBackup.h"
-#include "tables/TBComandos.h"
 #include "values/Texto.h"
 
 namespace wkd {

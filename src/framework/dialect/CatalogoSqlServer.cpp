@@ -147,8 +147,8 @@ TContorno TDialetoSqlServer::Padrao(TConnection& conexao, const std::string& tab
     for (; !q.Eof(); q.Next()) {
         const std::string nome = Identificador(q.Texto("NOME"));
         contorno.tira.push_back("alter table " + tabela + " drop constraint " + nome);
-        contorno.devolve.push_back("alter table " + tabela + " add constraint " + nome + " default " + q.Texto("TEXTO") +
-                                 " for " + Identificador(coluna));
+        contorno.devolve.push_back("alter table " + tabela + " add constraint " + nome + " default " +
+                                   q.Texto("TEXTO") + " for " + Identificador(coluna));
     }
     return contorno;
 }
@@ -180,7 +180,8 @@ void PoePropriedade(TConnection& conexao, const std::string& tabela, bool existe
 }
 
 /// Values of the table's properties whose name begins so, by name.
-std::vector<std::string> ValoresDasPropriedades(TConnection& conexao, const std::string& tabela, std::string_view inicio) {
+std::vector<std::string> ValoresDasPropriedades(TConnection& conexao, const std::string& tabela,
+                                                std::string_view inicio) {
     std::vector<std::string> textos;
     TWKDQuery q(conexao,
                 "select cast(value as nvarchar(4000)) as NOME from sys.extended_properties where class = 1"

@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "dialect/Dialeto.h"
+#include "values/Texto.h"
 
 namespace wkd {
 
@@ -27,6 +28,14 @@ void MarcaBackup(TConnection& conexao, const std::string& backup, TMarcaDaBackup
 
 std::vector<std::string> BackupsQueGuardam(TConnection& conexao) {
     return Dialeto(conexao).TabelasMarcadas(conexao, NomeDaMarca(TMarcaDaBackup::Restaurando));
+}
+
+std::string NomeDaBackup(std::string_view tabela) { return "B" + std::string(tabela); }
+
+const TColunaFisica* ColunaDeNome(const std::vector<TColunaFisica>& colunas, std::string_view nome) {
+    const auto achada =
+        std::ranges::find_if(colunas, [&](const TColunaFisica& coluna) { return IgualSemCaixa(coluna.nome, nome); });
+    return achada == colunas.end() ? nullptr : &*achada;
 }
 
 }  // namespace wkd

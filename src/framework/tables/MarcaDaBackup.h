@@ -24,4 +24,9 @@ void MarcaBackup(TConnection& conexao, const std::string& backup, TMarcaDaBackup
 /// Names of the backup tables marked Restaurando, in one query.
 std::vector<std::string> BackupsQueGuardam(TConnection& conexao);
 
+/// "B" + table.
+std::string NomeDaBackup(std::string_view tabela);
+/// Column of that name, letter case ignored; null when there is none.
+const TColunaFisica* ColunaDeNome(const std::vector<TColunaFisica>& colunas, std::string_view nome);
+
 }  // namespace wkd

@@ -7,7 +7,6 @@
 #include "process/EscritaSegura.h"
 #include "rows/WKDQuery.h"
 #include "tables/MarcaDaBackup.h"
-#include "tables/TBComandos.h"
 #include "values/Texto.h"
 
 namespace wkd {

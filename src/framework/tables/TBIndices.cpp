@@ -5,8 +5,8 @@
 
 #include "dialect/Dialeto.h"
 #include "rows/WKDQuery.h"
+#include "tables/MarcaDaBackup.h"
 #include "tables/TB.h"
-#include "tables/TBComandos.h"
 #include "values/Texto.h"
 
 namespace wkd {

@@ -6,7 +6,7 @@
 #include "alter/DicionarioDaTabela.h"
 #include "alter/ObjetosDaTabela.h"
 #include "rows/WKDQuery.h"
-#include "tables/TBComandos.h"
+#include "tables/MarcaDaBackup.h"
 #include "values/Texto.h"
 
 namespace wkd {

@@ -6,7 +6,6 @@
 
 #include "copy/ColunasDaCopia.h"
 #include "rows/WKDQuery.h"
-#include "tables/TBComandos.h"
 #include "values/Texto.h"
 
 namespace wkd {

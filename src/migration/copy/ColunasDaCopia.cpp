@@ -5,7 +5,7 @@
 
 #include "dialect/Dialeto.h"
 #include "rows/WKDQuery.h"
-#include "tables/TBComandos.h"
+#include "tables/MarcaDaBackup.h"
 #include "values/ConjuntoFirebird.h"
 #include "values/Texto.h"
 

@@ -1,20 +1,58 @@
 #include "copy/Conferencia.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <span>
 
 #include "copy/ColunasDaCopia.h"
-#include "copy/ConferenciaNoCliente.h"
 #include "dialect/Dialeto.h"
 #include "rows/WKDQuery.h"
-#include "tables/TBComandos.h"
+#include "tables/MarcaDaBackup.h"
+#include "values/SomaDeValores.h"
 #include "values/Texto.h"
 
 namespace wkd {
 
 namespace {
 
+constexpr std::size_t kMaiorTexto = 64 * 1024;    // no column of text takes more bytes
 constexpr std::size_t kColunasPorConsulta = 200;  // a compiled statement has 64 KB
+
+/// A column and where to read it: what follows "from", and the table's name there with ".".
+struct TColunaLida {
+    std::string origem, apelido;
+    TColunaFisica coluna;
+};
+
+struct TSomas {
+    std::uint64_t valores = 0, bytes = 0, textos = 0;
+};
+
+TSomas SomasDe(TConnection& conexao, const TColunaLida& lida, const TColunaFisica& outra) {
+    TSomas somas;
+    std::size_t tamanho = 0;
+    const bool texto = lida.coluna.tipo == TTipoDado::Texto;
+    const auto comando =
+        conexao.Prepara("select " + Lida(lida.coluna, Dialeto(conexao), lida.apelido) + " from " + lida.origem);
+    for (comando->Abre(); comando->Proximo();) {
+        const TValor valor = comando->Valor(0);
+        if (valor.Nulo()) continue;
+        const TValor passado = ValorNaPassagem(valor, lida.coluna, outra);
+        ++somas.valores;
+        somas.bytes += HashDosBytes(texto ? passado : valor, tamanho);
+        if (tamanho <= kMaiorTexto) somas.textos += HashDosBytes((texto ? valor : passado).ComoTexto(), tamanho);
+    }
+    return somas;
+}
+
+/// Whether both columns hold the same contents, in whatever order. A text and a blob are the same by the bytes that the
+/// text becomes in a blob, or by the text that the blob becomes. Contents are read in pieces.
+bool IguaisNoCliente(TConnection& conexao, const TColunaLida& b, const TColunaLida& t) {
+    const TSomas daBackup = SomasDe(conexao, b, t.coluna);
+    const TSomas daTabela = SomasDe(conexao, t, b.coluna);
+    if (daBackup.valores != daTabela.valores) return false;
+    return daBackup.bytes == daTabela.bytes || (b.coluna.tipo != t.coluna.tipo && daBackup.textos == daTabela.textos);
+}
 
 /// A common column of backup "b" and table "t".
 struct TPar : TComparacao {

@@ -15,6 +15,10 @@
 
 namespace wkd {
 
+/// Throws std::runtime_error when the disk of the database is about to be full. Firebird 3.0 can damage a database
+/// that it cannot make larger, so nothing is begun, and a copy ends, before that happens.
+void ExigeEspacoEmDisco(TContexto& ctx);
+
 struct TResultadoDaCopia {
     std::int64_t lidas = 0, gravadas = 0;
     std::int64_t recusadas = 0;       // rows not stored

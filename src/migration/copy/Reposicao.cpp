@@ -8,7 +8,7 @@
 #include "copy/ColunasDaCopia.h"
 #include "dialect/Dialeto.h"
 #include "packet/Codigos.h"
-#include "tables/TBComandos.h"
+#include "tables/MarcaDaBackup.h"
 #include "values/Json.h"
 #include "values/SomaDeValores.h"
 #include "values/Texto.h"

@@ -4,7 +4,6 @@
 #include <initializer_list>
 
 #include "dialect/Dialeto.h"
-#include "tables/TBComandos.h"
 #include "values/Texto.h"
 
 namespace wkd {

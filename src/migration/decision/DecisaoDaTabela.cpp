@@ -4,7 +4,7 @@
 #include <iterator>
 
 #include "context/CargaDoPacote.h"
-#include "tables/TBComandos.h"
+#include "tables/MarcaDaBackup.h"
 #include "values/Texto.h"
 
 namespace wkd {

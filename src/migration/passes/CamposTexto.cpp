@@ -11,7 +11,7 @@
 #include "copy/Rejeitados.h"
 #include "layout/Tini.h"
 #include "rows/WKDQuery.h"
-#include "tables/TBComandos.h"
+#include "tables/MarcaDaBackup.h"
 #include "values/Texto.h"
 
 namespace wkd {

@@ -9,7 +9,7 @@
 #include "layout/Tini.h"
 #include "passes/CamposTexto.h"
 #include "rows/WKDQuery.h"
-#include "tables/TBComandos.h"
+#include "tables/MarcaDaBackup.h"
 #include "values/Texto.h"
 
 namespace wkd {

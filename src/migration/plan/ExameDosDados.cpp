@@ -7,7 +7,7 @@
 #include "copy/ColunasDaCopia.h"
 #include "dialect/Dialeto.h"
 #include "rows/WKDQuery.h"
-#include "tables/TBComandos.h"
+#include "tables/MarcaDaBackup.h"
 #include "values/Texto.h"
 
 namespace wkd {

@@ -12,10 +12,10 @@
 #include "packet/DataPacket.h"
 #include "passes/CamposTexto.h"
 #include "plan/ExameDosDados.h"
-#include "rebuild/Impedimento.h"
+#include "rebuild/Nova.h"
 #include "rows/WKDQuery.h"
 #include "run/UsuariosOnline.h"
-#include "tables/TBComandos.h"
+#include "tables/MarcaDaBackup.h"
 #include "values/Texto.h"
 
 namespace wkd {

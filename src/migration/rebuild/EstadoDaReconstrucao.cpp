@@ -8,7 +8,6 @@
 #include "layout/Tini.h"
 #include "rows/WKDQuery.h"
 #include "tables/MarcaDaBackup.h"
-#include "tables/TBComandos.h"
 #include "values/Texto.h"
 
 namespace wkd {

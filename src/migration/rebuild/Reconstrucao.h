@@ -12,7 +12,7 @@
 #include "copy/Conferencia.h"
 #include "rebuild/EstadoDaReconstrucao.h"
 #include "rebuild/VoltaBackup.h"
-#include "tables/TBComandos.h"
+#include "tables/MarcaDaBackup.h"
 #include "values/Texto.h"
 
 namespace wkd {

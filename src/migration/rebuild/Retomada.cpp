@@ -4,7 +4,7 @@
 #include <stdexcept>
 
 #include "rebuild/CriaBackup.h"
-#include "rebuild/Impedimento.h"
+#include "rebuild/Nova.h"
 #include "rebuild/Reconstrucao.h"
 #include "rows/WKDQuery.h"
 #include "tables/DefinicaoCampo.h"

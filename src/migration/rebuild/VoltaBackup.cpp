@@ -9,7 +9,7 @@
 #include "copy/Rejeitados.h"
 #include "rebuild/EstadoDaReconstrucao.h"
 #include "rows/WKDQuery.h"
-#include "tables/TBComandos.h"
+#include "tables/MarcaDaBackup.h"
 #include "values/Texto.h"
 
 namespace wkd {

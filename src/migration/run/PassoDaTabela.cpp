@@ -2,9 +2,8 @@
 
 #include "alter/Alteracao.h"
 #include "alter/DicionarioDaTabela.h"
-#include "context/EspacoEmDisco.h"
+#include "copy/CopiaDeLinhas.h"
 #include "rebuild/EstadoDaReconstrucao.h"
-#include "rebuild/Impedimento.h"
 #include "rebuild/Nova.h"
 #include "run/RegistroDaExecucao.h"
 #include "values/Texto.h"

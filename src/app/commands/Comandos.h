@@ -1,0 +1,56 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <string>
+
+#include "commands/LinhaDeComando.h"
+#include "commands/Preferencias.h"
+#include "context/Contexto.h"
+#include "process/Programa.h"
+
+namespace wkd {
+
+/// One line of standard input; on a terminal after a prompt and without echo. Empty at end of input.
+std::string PedeSenha();
+
+// The alias commands of the command line. Results go to standard output, errors to standard error.
+
+TCodigoDeSaida ListaAliases(const TAmbiente& ambiente);
+/// Asks for the password on the terminal without echo, or reads one line of standard input. Without a settings file
+/// one is made in the program's folder.
+TCodigoDeSaida NovoAlias(const TAmbiente& ambiente, TPedeNovoAlias pedido);
+TCodigoDeSaida RemoveAlias(const TAmbiente& ambiente, const TPedeRemoveAlias& pedido);
+TCodigoDeSaida TestaAlias(const TAmbiente& ambiente, const TPedeTestaAlias& pedido);
+
+class THBNConnection;
+class TPreferencias;
+
+// Commands on whole databases.
+
+TCodigoDeSaida ComandoBackup(const TAmbiente& ambiente, const TPedeBackup& pedido);
+/// 1: the backup is not good.
+TCodigoDeSaida ComandoProva(const TAmbiente& ambiente, const TPedeProva& pedido);
+TCodigoDeSaida ComandoRestaura(const TAmbiente& ambiente, const TPedeRestaura& pedido);
+TCodigoDeSaida ComandoEnsaio(const TAmbiente& ambiente, const TPedeEnsaio& pedido);
+
+/// The folder of backups: that of the wizard's page, which remembers it, else "Backup" in the program's folder, which
+/// is made. Empty for a server that keeps the files itself: it has a folder of its own for them.
+std::filesystem::path PastaDeBackup(const TAmbiente& ambiente, TPreferencias& preferencias, THBNConnection& conexao);
+
+// Commands on one database.
+
+/// 0 nothing to do, 10 changes, 11 changes with findings, 2 when a run would end early.
+TCodigoDeSaida MostraPlano(const TAmbiente& ambiente, const TPedePlano& pedido);
+/// 0 as its dictionary says, 11 otherwise.
+TCodigoDeSaida MostraDesvios(const TAmbiente& ambiente, const TPedeConfere& pedido);
+/// 0 no rejected row is left, 1 some are.
+TCodigoDeSaida ComandoRepoe(const TAmbiente& ambiente, const TPedeRepoe& pedido);
+
+using TComandoNoAlias = std::function<TCodigoDeSaida(TDataModulo& dm, const TEstado& estado)>;
+/// Opens the alias and hands the data module over. What fails before is "no connection", behind it "ended early".
+TCodigoDeSaida NoAlias(const TAmbiente& ambiente, const std::string& alias, const TComandoNoAlias& comando);
+/// What an unattended run is asked for.
+TOpcoes OpcoesDoComando(const TAmbiente& ambiente, const std::string& alias, const std::filesystem::path& pacote);
+
+}  // namespace wkd
