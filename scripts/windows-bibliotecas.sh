@@ -9,11 +9,13 @@ cd "$(dirname "$0")/.."
 
 destino=${WKD_WINDOWS:-${XDG_CACHE_HOME:-$HOME/.cache}/atualizawkd-windows}
 nucleos=${WKD_NUCLEOS:-$(nproc)}
-ferramentas=$PWD/cmake/windows-toolchain.cmake
 mkdir -p "$destino"
 destino=$(cd "$destino" && pwd)
 exec 9>"$destino/.trava"
 flock 9
+# A build that another checkout goes on with must not look for the file in the first one.
+ferramentas=$destino/windows-toolchain.cmake
+cmp -s cmake/windows-toolchain.cmake "$ferramentas" || cp cmake/windows-toolchain.cmake "$ferramentas"
 
 # Debian's source packages come from where the binary ones come from; the machine's own lists stay as they are.
 busca_fonte() { # package
