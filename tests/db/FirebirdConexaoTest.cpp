@@ -31,10 +31,13 @@ TEST(FirebirdConexao, AnOpeningThatFailsTellsWhy) {
         TFalha falha;
         const char* sqlstate;
     } casos[] = {
-        {"missing file", ParametrosFirebird(pasta / "nada.fdb"), TFalha::Conexao, "08001"},
+        {"missing file", ParametrosFirebird(pasta / "nada.fdb"), TFalha::BancoInexistente, "08001"},
+        {"missing folder", ParametrosFirebird(pasta / "nada" / "nada.fdb"), TFalha::BancoInexistente, "08001"},
+        {"unknown host", ParametrosFirebird(pasta / "nada.fdb", "nenhum.invalid"), TFalha::ServidorDesconhecido,
+         "08006"},
         {"refused port", ParametrosFirebird(pasta / "nada.fdb", "127.0.0.1/" + std::to_string(PortaLivre())),
          TFalha::Conexao, "08006"},
-        {"no database", ParametrosFirebird(pasta / "texto.fdb"), TFalha::Conexao, "HY000"},
+        {"no database", ParametrosFirebird(pasta / "texto.fdb"), TFalha::NaoEBanco, "HY000"},
     };
     for (const auto& caso : casos) {
         const auto erro = ErroAoAbrir(caso.parametros);
@@ -79,6 +82,31 @@ TEST(FirebirdConexao, AWrongPasswordIsToldFromAMissingDatabase) {
     const auto erro = ErroAoAbrir(parametros);
     EXPECT_EQ(erro.Falha(), TFalha::Autenticacao) << erro.what();
     EXPECT_EQ(erro.SqlState(), "28000");
+}
+
+TEST(FirebirdConexao, ADatabaseInUseClosedOrForbiddenIsToldFromAMissingOne) {
+    if (!TServidorFirebird::Instalado()) GTEST_SKIP() << "no Firebird server installed";
+    TBancoTemporario banco("UTF8", TServidorFirebird::DoProcesso().Endereco());
+    const std::string onde = banco.Parametros().Valor("Database");
+    const auto falha = [&](const std::string& database, const char* usuario = "SYSDBA") {
+        TParametrosConexao parametros;
+        for (const auto& [chave, valor] : {std::pair("User_Name", usuario), {"Password", "masterkey"}})
+            parametros.Adiciona(chave, valor);
+        parametros.Adiciona("Database", database);
+        return ErroAoAbrir(parametros).Falha();
+    };
+    EXPECT_EQ(falha(onde + "x"), TFalha::BancoInexistente);
+    const std::string arquivo = onde.substr(onde.find(':') + 1);
+    EXPECT_EQ(falha(arquivo), TFalha::EmUso) << "by the embedded engine, while the server has it";
+    banco.Conexao().ExecuteDirect("create or alter user ANA password 'masterkey'");
+    banco.Conexao().Close();
+    const auto gfix = [&](const std::string& como) {
+        return std::system(("gfix -user SYSDBA -password masterkey " + como + " " + onde).c_str());
+    };
+    ASSERT_EQ(gfix("-shut full -force 0"), 0);
+    EXPECT_EQ(falha(onde, "ANA"), TFalha::BancoFechado);
+    ASSERT_EQ(gfix("-online"), 0);
+    EXPECT_EQ(falha(onde, "ANA"), TFalha::Outra) << "it opens";
 }
 
 TEST(FirebirdConexao, TheLockKeepsOutUsersWhoAreNotShownEachOther) {

@@ -138,6 +138,21 @@ TEST(OdbcTextos, AnErrorIsALostConnectionATableInUseOrTheStatementsOwn) {
         {{{"HY000", "Unknown error", 0}}, "x", false, TFalha::Outra, false},
         {{{"HYT00", "login timeout expired", 0}}, "", false, TFalha::Conexao, false},
         {{{"28000", "login failed", 18456}}, "", false, TFalha::Autenticacao, false},
+        {{{"08S01", "unavailable", 20009}, {"01000", "unknown host", 20013}},
+         "",
+         false,
+         TFalha::ServidorDesconhecido,
+         false},
+        {{{"01000", "changed context", 5701}, {"42000", "cannot open", 4060}},
+         "",
+         false,
+         TFalha::BancoInexistente,
+         false},
+        {{{"42000", "being restored", 927}}, "", false, TFalha::BancoFechado, false},
+        {{{"42000", "not able to access", 916}}, "", false, TFalha::BancoNegado, false},
+        {{{"42000", "only one user", 924}}, "", false, TFalha::EmUso, false},
+        {{{"IM002", "no such source", 0}}, "", false, TFalha::SemDriver, false},
+        {{{"01000", "can't open lib", 0}}, "", false, TFalha::SemDriver, false},
         {{{"HYT00", "query timeout expired", 0}}, "x", false, TFalha::EmUso, false},
         {{{"42000", "lock request time out period exceeded", 1222}}, "x", false, TFalha::EmUso, false},
         {{{"HYT00", "lock request time out period exceeded", 1222}}, "x", false, TFalha::EmUso, false},
@@ -155,13 +170,14 @@ TEST(OdbcTextos, AnErrorIsALostConnectionATableInUseOrTheStatementsOwn) {
 }
 
 TEST(OdbcTextos, AConnectionThatFailsSaysWhyWithoutThePassword) {
-    for (const auto* driver : {"FreeTDS", "/nao/existe-segredo99.so", "/nao/certificate.so"}) {
+    for (const std::string driver : {"FreeTDS", "/nao/existe-segredo99.so", "/nao/certificate.so"}) {
         try {
             CriaConexaoOdbc(Parametros("127.0.0.1,1", "segredo99", driver))->Open();
             FAIL() << driver;
         } catch (const TErroBanco& erro) {
             const std::string texto = erro.what();
-            EXPECT_EQ(erro.Falha(), TFalha::Conexao) << erro.SqlState() << " " << texto;
+            EXPECT_EQ(erro.Falha(), driver == "FreeTDS" ? TFalha::Conexao : TFalha::SemDriver)
+                << erro.SqlState() << " " << texto;
             EXPECT_FALSE(erro.ConexaoPerdida());
             EXPECT_EQ((texto + erro.Comando()).find("segredo99"), std::string::npos) << texto;
             EXPECT_GT(texto.size(), 10u);

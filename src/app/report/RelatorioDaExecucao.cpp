@@ -23,7 +23,7 @@ struct TProvidencia {
 constexpr std::string_view kFeche =
     "Feche o sistema em todas as estações e os outros programas que usam o banco, e rode a atualização de novo.";
 constexpr std::string_view kServidor =
-    "Confira o servidor e a rede e rode de novo: a atualização continua de onde parou.";
+    "Confira o servidor e a rede e tente de novo; uma atualização interrompida continua de onde parou.";
 constexpr std::string_view kRepetidos =
     "Corrija os registros repetidos (--plano mostra exemplos) e rode a atualização de novo.";
 constexpr std::string_view kOutraVersao = "Confira se o pacote é desta versão do sistema; se for, chame o suporte.";
@@ -36,9 +36,24 @@ constexpr std::string_view kGeral =
 
 constexpr TProvidencia kProvidencias[] = {
     {TFalha::Conexao, "conexao", kServidor},
-    {TFalha::Autenticacao, "autenticacao", "Corrija o usuário e a senha do alias e rode de novo."},
+    {TFalha::ServidorDesconhecido, "servidor-desconhecido",
+     "Corrija o nome do servidor no alias, ou a rede, e tente de novo."},
+    {TFalha::BancoInexistente, "banco-inexistente",
+     "Corrija o caminho e o nome do banco no alias, como o servidor os conhece; se estão certos, dê ao servidor "
+     "permissão no arquivo e na pasta. Depois tente de novo."},
+    {TFalha::BancoNegado, "banco-negado",
+     "Dê permissão de leitura e gravação no arquivo e na pasta a quem abre o banco, ou acesso a ele ao usuário do "
+     "alias, e tente de novo."},
+    {TFalha::NaoEBanco, "nao-e-banco",
+     "Confira o arquivo que o alias indica e a versão do servidor que o abre, e tente de novo."},
+    {TFalha::BancoFechado, "banco-fechado",
+     "Se alguém o restaura ou o mantém, espere o fim; senão, reabra o banco no servidor, e tente de novo."},
+    {TFalha::SemDriver, "sem-driver",
+     "Instale o driver, ou crie a fonte de dados, que a mensagem nomeia e tente de novo."},
+    {TFalha::Configuracao, "configuracao", "Corrija o alias, ou o WKD.ini, e tente de novo."},
+    {TFalha::Autenticacao, "autenticacao", "Corrija o usuário e a senha do alias e tente de novo."},
     {TFalha::SemPermissao, "sem-permissao",
-     "Use no alias um usuário que possa alterar tabelas (o dono do banco) e rode de novo."},
+     "Use no alias um usuário que possa alterar tabelas (o dono do banco) e tente de novo."},
     {TFalha::ObjetoInexistente, "objeto-inexistente", kOutraVersao},
     {TFalha::ColunaInexistente, "coluna-inexistente", kOutraVersao},
     {TFalha::ObjetoExistente, "objeto-existente", kGeral},

@@ -3,10 +3,11 @@
 #include <cstddef>
 #include <filesystem>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "values/Erros.h"
 
 namespace wkd {
 
@@ -29,8 +30,10 @@ std::filesystem::path LocalizaIni(const TLocaisDoIni& locais);
 std::string SemBarrasDobradas(std::string_view caminho);
 
 /// Settings file or alias that is not usable: what() names it and says what to do.
-class TErroConfiguracao : public std::runtime_error {
-    using std::runtime_error::runtime_error;
+class TErroConfiguracao : public TErroConhecido {
+  public:
+    explicit TErroConfiguracao(const std::string& mensagem, TFalha falha = TFalha::Configuracao)
+        : TErroConhecido(falha, mensagem) {}
 };
 
 /// An INI file held as its lines, so that writing one key leaves every other line (comments, blank lines, unknown

@@ -102,7 +102,7 @@ TClienteFirebird CarregaClienteFirebird(std::span<const fs::path> lugares) {
         motivos += "não tem a função " + falta;
         Larga(biblioteca);
     }
-    throw TErroConfiguracao(kComoInstalar + motivos);
+    throw TErroConfiguracao(kComoInstalar + motivos, TFalha::SemDriver);
 }
 
 const TClienteFirebird& Cliente() {

@@ -119,14 +119,38 @@ TFalha FalhaDe(const std::vector<ISC_STATUS>& codigos, std::string_view sqlstate
     return TFalha::Outra;
 }
 
-/// Whether the operating system had no room for the server's write, as it numbers that itself.
-bool DiscoCheio(const ISC_STATUS* estado) {
-    constexpr ISC_STATUS kNoUnix[] = {27, 28, 122}, kNoWindows[] = {39, 112};  // EFBIG, ENOSPC, EDQUOT
+/// Whether the operating system of the server, or this one, gave one of these reasons, as each numbers them itself.
+bool DoSistema(const ISC_STATUS* estado, std::initializer_list<ISC_STATUS> noUnix,
+               std::initializer_list<ISC_STATUS> noWindows) {
     for (const ISC_STATUS* p = estado; *p != isc_arg_end; p += *p == isc_arg_cstring ? 3 : 2) {
-        if (*p == isc_arg_unix && std::ranges::find(kNoUnix, p[1]) != std::end(kNoUnix)) return true;
-        if (*p == isc_arg_win32 && std::ranges::find(kNoWindows, p[1]) != std::end(kNoWindows)) return true;
+        if (*p == isc_arg_unix && std::ranges::find(noUnix, p[1]) != noUnix.end()) return true;
+        if (*p == isc_arg_win32 && std::ranges::find(noWindows, p[1]) != noWindows.end()) return true;
     }
     return false;
+}
+
+/// No room for the server's write: EFBIG, ENOSPC, EDQUOT.
+bool DiscoCheio(const ISC_STATUS* estado) { return DoSistema(estado, {27, 28, 122}, {39, 112}); }
+
+/// Why a database does not open.
+TFalha FalhaAoAbrir(const ISC_STATUS* estado, const std::vector<ISC_STATUS>& codigos, TFalha falha) {
+    constexpr TFalhaDeCodigo kAoAbrir[] = {{isc_net_lookup_err, TFalha::ServidorDesconhecido},
+                                           {isc_host_unknown, TFalha::ServidorDesconhecido},
+                                           {isc_shutdown, TFalha::BancoFechado},
+                                           {isc_instance_conflict, TFalha::EmUso},
+                                           {isc_already_opened, TFalha::EmUso},
+                                           {isc_bad_db_format, TFalha::NaoEBanco},
+                                           {isc_wrong_ods, TFalha::NaoEBanco},
+                                           {isc_no_priv, TFalha::BancoNegado},
+                                           {isc_conf_access_denied, TFalha::BancoNegado}};
+    for (const auto& linha : kAoAbrir)
+        if (Tem(codigos, linha.codigo)) return linha.falha;
+    if (!Tem(codigos, isc_io_error)) return falha;
+    if (DoSistema(estado, {1, 13, 30}, {5, 19})) return TFalha::BancoNegado;  // EPERM, EACCES, EROFS
+    if (DoSistema(estado, {}, {32})) return TFalha::EmUso;                    // ERROR_SHARING_VIOLATION
+    // A server of another machine gives its reason in words alone.
+    if (Tem(codigos, isc_io_open_err) || DoSistema(estado, {2, 20}, {2, 3, 123})) return TFalha::BancoInexistente;
+    return falha;
 }
 
 /// What the user can do about a database that does not open; empty when the server's text says all.
@@ -134,10 +158,9 @@ std::string_view Conselho(const std::vector<ISC_STATUS>& codigos) {
     if (Tem(codigos, isc_sys_request))
         return "O usuário do sistema não tem acesso à pasta de travas do Firebird. Defina a variável de ambiente "
                "FIREBIRD_LOCK com uma pasta sua ou inclua o usuário no grupo \"firebird\".";
-    if (Tem(codigos, isc_instance_conflict))
+    if (Tem(codigos, isc_instance_conflict) || Tem(codigos, isc_already_opened))
         return "O banco de dados está aberto por outro programa. Feche-o, ou informe o servidor em Hostname para que "
-               "os "
-               "dois o acessem por ele.";
+               "os dois o acessem por ele.";
     return {};
 }
 
@@ -155,6 +178,7 @@ TErroBanco ErroFirebird(const ISC_STATUS* estado, std::string_view comando) {
     dados.comando = comando;
     dados.falha = FalhaDe(codigos, dados.sqlstate);
     dados.conexaoPerdida = dados.falha == TFalha::Conexao && !comando.empty();
+    if (comando.empty()) dados.falha = FalhaAoAbrir(estado, codigos, dados.falha);
     if (DiscoCheio(estado)) dados.falha = TFalha::DiscoCheio;
     return TErroBanco(std::move(dados));
 }

@@ -56,7 +56,8 @@ std::string EscolheDriver(const TParametrosConexao& parametros, const std::vecto
     std::vector<std::string> nomes(kDrivers.begin(), kDrivers.end());
     throw TErroConfiguracao(
         "Nenhum driver ODBC para SQL Server está instalado. Instale um destes: " + Junta(nomes, ", ") + ". " +
-        std::string(kComoInstalar) + "; outro pode ser informado na chave Driver do alias.");
+            std::string(kComoInstalar) + "; outro pode ser informado na chave Driver do alias.",
+        TFalha::SemDriver);
 }
 
 bool DoFreeTds(std::string_view driver) {

@@ -75,7 +75,23 @@ constexpr TFalhaDeCodigo kPorCodigo[] = {
     {9002, TFalha::DiscoCheio},
     {18456, TFalha::Autenticacao},
     {18452, TFalha::Autenticacao},
-    {4060, TFalha::Conexao},
+    {18486, TFalha::Autenticacao},
+    {18487, TFalha::Autenticacao},
+    {18488, TFalha::Autenticacao},
+    {20014, TFalha::Autenticacao},
+    {911, TFalha::BancoInexistente},
+    {4060, TFalha::BancoInexistente},
+    {916, TFalha::BancoNegado},
+    {4064, TFalha::BancoNegado},
+    {18470, TFalha::BancoNegado},
+    {922, TFalha::BancoFechado},
+    {927, TFalha::BancoFechado},
+    {942, TFalha::BancoFechado},
+    {924, TFalha::EmUso},
+    {11001, TFalha::ServidorDesconhecido},
+    {11004, TFalha::ServidorDesconhecido},
+    {20012, TFalha::ServidorDesconhecido},
+    {20013, TFalha::ServidorDesconhecido},
     {102, TFalha::Sintaxe},
     {156, TFalha::Sintaxe},
 };
@@ -89,6 +105,8 @@ constexpr TFalhaDeEstado kPorSqlState[] = {
     {"28000", TFalha::Autenticacao},
     {"08", TFalha::Conexao},
     {"HYT01", TFalha::Conexao},
+    {"IM002", TFalha::SemDriver},
+    {"IM003", TFalha::SemDriver},
     {"IM00", TFalha::Conexao},
     {"42S01", TFalha::ObjetoExistente},
     {"42S11", TFalha::ObjetoExistente},
@@ -125,9 +143,17 @@ TFalha FalhaDe(const TRegistroOdbc& registro) {
     return PorCodigo(registro.codigo).value_or(PorSqlState(registro.sqlstate));
 }
 
+/// Whether it says of an opening more than that it failed.
+bool DizPorque(const TRegistroOdbc& registro) {
+    const auto falha = FalhaDe(registro);
+    return falha == TFalha::Autenticacao || (falha > TFalha::Conexao && falha <= TFalha::SemDriver);
+}
+
 /// The record that tells what happened: the loss of the connection, if there is one; others say only that the statement
 /// has been ended.
-const TRegistroOdbc& Principal(const std::vector<TRegistroOdbc>& registros) {
+const TRegistroOdbc& Principal(const std::vector<TRegistroOdbc>& registros, bool aoAbrir) {
+    if (aoAbrir)
+        if (const auto porque = std::ranges::find_if(registros, DizPorque); porque != registros.end()) return *porque;
     auto achado = std::ranges::find(registros, TFalha::Conexao, FalhaDe);
     if (achado == registros.end())
         achado = std::ranges::find_if(registros, [](const auto& r) { return PorCodigo(r.codigo).has_value(); });
@@ -154,14 +180,15 @@ std::string Textos(const std::vector<TRegistroOdbc>& registros) {
 TErroBanco ErroDosRegistros(std::vector<TRegistroOdbc> registros, std::string_view comando, bool morta) {
     TErroBanco::TDados dados;
     if (registros.empty()) registros.push_back({"HY000", "o driver ODBC não disse o motivo da falha", 0});
-    const auto& principal = Principal(registros);
+    const auto& principal = Principal(registros, comando.empty());
     dados.mensagem = (morta ? "A conexão com o servidor acabou.\n" : "") + Textos(registros);
     dados.codigoNativo = principal.codigo;
     dados.sqlstate = principal.sqlstate;
     dados.comando = comando;
     dados.falha = morta ? TFalha::Conexao : FalhaDe(principal);
-    const bool semMotivo = dados.falha == TFalha::Outra || dados.falha == TFalha::EmUso;  // a time-out, while it opens
-    if (comando.empty() && semMotivo) dados.falha = TFalha::Conexao;
+    const bool semMotivo = dados.falha == TFalha::Outra || principal.sqlstate == "HYT00";  // a time-out, while it opens
+    const bool semBiblioteca = registros.size() == 1 && principal.sqlstate == "01000";     // the driver manager's word
+    if (comando.empty() && semMotivo) dados.falha = semBiblioteca ? TFalha::SemDriver : TFalha::Conexao;
     dados.conexaoPerdida = dados.falha == TFalha::Conexao && !comando.empty();
     return TErroBanco(std::move(dados));
 }

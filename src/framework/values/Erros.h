@@ -11,10 +11,17 @@ namespace wkd {
 /// What something failed of, told apart by what there is to do about it.
 enum class TFalha {
     // A database server, or its client library
-    Conexao,            // no connection, or it broke
-    Autenticacao,       // user or password
-    SemPermissao,       // the user may not do it
-    ObjetoInexistente,  // table, view, index, constraint
+    Conexao,               // no connection, or it broke
+    ServidorDesconhecido,  // no machine of that name
+    BancoInexistente,      // no such database on the server, as far as it tells
+    BancoNegado,           // the server may not open the file, or the user the database
+    NaoEBanco,             // the file is no database, or none that this server reads
+    BancoFechado,          // shut down, offline, or being restored
+    SemDriver,             // nothing here that speaks to that kind of server
+    Configuracao,          // settings file or alias
+    Autenticacao,          // user or password
+    SemPermissao,          // the user may not do it
+    ObjetoInexistente,     // table, view, index, constraint
     ColunaInexistente,
     ObjetoExistente,
     Sintaxe,
@@ -46,6 +53,9 @@ enum class TFalha {
     NaoRecriado,    // triggers, properties, comments: their source is in the rejects file
     Outra
 };
+
+/// Whether it failed of having no connection.
+constexpr bool SemConexao(TFalha falha) { return falha <= TFalha::BancoFechado; }
 
 /// One failure as a value.
 struct TErro {
@@ -95,7 +105,7 @@ class TErroBanco : public TErroConhecido {
     const std::string& Comando() const { return Dados().comando; }
     bool ConexaoPerdida() const { return Dados().conexaoPerdida; }
     /// Whether the same statement may succeed later as it is: a lock, a broken connection.
-    bool Passageiro() const { return ConexaoPerdida() || Falha() == TFalha::EmUso || Falha() == TFalha::Conexao; }
+    bool Passageiro() const { return ConexaoPerdida() || Falha() == TFalha::EmUso || SemConexao(Falha()); }
 };
 
 }  // namespace wkd

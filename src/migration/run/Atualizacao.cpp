@@ -90,7 +90,7 @@ void TAtualizacao::RecolheErros() {
     for (const std::size_t ate : reaberturas_)
         for (bool perdida = false; i < ate; ++i) {
             erros[i].consequencia = perdida;
-            perdida = perdida || erros[i].erro.conexaoPerdida || erros[i].erro.falha == TFalha::Conexao;
+            perdida = perdida || erros[i].erro.conexaoPerdida || SemConexao(erros[i].erro.falha);
         }
     ctx_.evidencia.erros = std::move(erros);
 }
