@@ -66,17 +66,15 @@ class TCargaDeArquivos {
     }
 
     void Inclui(const TLinha& linha) {
-        std::vector<std::string> colunas, marcas;
+        std::vector<std::string> colunas;
         TLinha valores;
         for (std::size_t i = 0; i < linha.size(); ++i) {
             if (linha[i].Nulo()) continue;
-            marcas.push_back(":p" + std::to_string(marcas.size()));
             colunas.push_back(pacote_.campos[i].nome);
             valores.push_back(linha[i]);
         }
         TTransacao transacao(dm_.SQLConnection1);
-        const auto inclui = dm_.SQLConnection1.Prepara("insert into TARQ_VER (" + Junta(colunas, ", ") + ") values (" +
-                                                       Junta(marcas, ", ") + ")");
+        const auto inclui = dm_.SQLConnection1.Prepara(ComandoInsere("TARQ_VER", colunas));
         for (std::size_t i = 0; i < valores.size(); ++i) inclui->Atribui(i, valores[i]);
         inclui->Executa();
         transacao.Commit();

@@ -93,7 +93,7 @@ TIndices IndicesDoCliente(const TDataPacket& sindseca) {
     const TNomes arquivo(sindseca, "ARQUIVO"), nome(sindseca, "NOME"), campo(sindseca, "CAMPO");
     TIndices indices;
     for (const auto& linha : sindseca.linhas)
-        if (campo(linha).starts_with("U_")) indices.emplace(arquivo(linha), nome(linha));
+        if (DoCliente(campo(linha))) indices.emplace(arquivo(linha), nome(linha));
     return indices;
 }
 
@@ -104,7 +104,7 @@ void TiraDoCliente(TDataPacket& pacote, const TTabelaDoDicionario& tabela, const
     std::erase_if(pacote.linhas, [&](const TLinha& linha) {
         const std::string pesquisa = arquivo(linha) + "_P_U_";
         const auto doCliente = [&](const TNomes& nome) {
-            return nome(linha).starts_with("U_") || nome(linha).starts_with(pesquisa);
+            return DoCliente(nome(linha)) || nome(linha).starts_with(pesquisa);
         };
         return std::ranges::any_of(nomes, doCliente) ||
                (tabela.indices && indices.contains({arquivo(linha), indice(linha)}));

@@ -16,11 +16,12 @@ class TEstimativaTest : public ::testing::Test {
     void Trabalha(std::chrono::milliseconds tempo, int linhas) {
         for (int i = 0; i < linhas; ++i) {
             agora_ += tempo / linhas;
-            estimativa_.Feito(estimativa_.Feitos() + 1);
+            estimativa_.Feito(++feitas_);
         }
     }
 
     TEstimativa::TInstante agora_{};
+    std::int64_t feitas_ = 0;
     TEstimativa estimativa_{[this] { return agora_; }};
 };
 

@@ -216,7 +216,7 @@ TEST(ComandosTSql, EveryKindOfWorkIsAmongThem) {
         "with (tablock, holdlock)",
         "Create Table BTCONTAS_REC(",
         "insert into BTCONTAS_REC (",
-        "insert into BTCHAVE (\"FOTO\",\"QUANTO\",\"CODIGO\",\"ORDER\") values (?,?,?,?)",
+        "insert into BTCHAVE (\"FOTO\", \"QUANTO\", \"CODIGO\", \"ORDER\") values (?, ?, ?, ?)",
         "sp_addextendedproperty",
         "grant select (\"VALOR\") on TCONTAS_REC to \"financeiro\" with grant option",
         "create unique index \"IX_PROPRIO\" on TCONTAS_REC (\"VALOR\" desc) where ([VALOR]>(0))",

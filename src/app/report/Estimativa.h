@@ -24,7 +24,6 @@ class TEstimativa {
     void Feito(std::int64_t quantos);
 
     std::int64_t Total() const { return total_; }
-    std::int64_t Feitos() const { return feitos_; }
     /// Nothing until there was a second to measure, and when nothing moved.
     std::optional<double> PorSegundo() const;
     /// Also nothing when the size is unknown or all is done.

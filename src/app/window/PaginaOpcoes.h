@@ -55,7 +55,6 @@ class TListaDeArquivos : public QListWidget {
   public:
     explicit TListaDeArquivos(const QString& mascara) : mascara_(mascara) {}
 
-    const QString& Mascara() const { return mascara_; }
     void Lista(const QString& pasta) {
         clear();
         addItems(QDir(pasta).entryList({mascara_}, QDir::Files, QDir::Name | QDir::IgnoreCase));

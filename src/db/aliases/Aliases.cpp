@@ -190,8 +190,6 @@ std::vector<std::string> TAliases::ListaAlias(bool escondePadrao) const {
     return nomes;
 }
 
-bool TAliases::ExisteAlias(std::string_view nome) const { return TArquivoIni(ini_).ExisteSecao(nome); }
-
 void TAliases::AdicionaAlias(const TAlias& alias, bool tambemPadrao) const {
     if (Apara(alias.nome).empty()) throw TErroConfiguracao("Insira corretamento o nome do Alias!");
     TArquivoIni ini(ini_);

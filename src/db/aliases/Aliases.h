@@ -71,7 +71,6 @@ class TAliases {
 
     /// Section names in file order; `escondePadrao` leaves the menu's default alias "MENU" out.
     std::vector<std::string> ListaAlias(bool escondePadrao) const;
-    bool ExisteAlias(std::string_view nome) const;
     /// Throws TErroConfiguracao "Insira corretamento o nome do Alias!" for an empty name. Keys beside the
     /// alias's own stay. `tambemPadrao` writes the same settings under "MENU" as well.
     void AdicionaAlias(const TAlias& alias, bool tambemPadrao) const;

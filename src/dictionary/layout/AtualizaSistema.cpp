@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "layout/Tini.h"
+#include "layout/IndicesRetirados.h"
 #include "packet/DicionarioDoPacote.h"
 #include "rows/WKDQuery.h"
 #include "values/Texto.h"
@@ -52,15 +52,6 @@ std::vector<TDestino> Destinos(const std::vector<TColunaFisica>& fisicas, const 
     return destinos;
 }
 
-std::string ComandoInsere(std::string_view tabela, const std::vector<TDestino>& destinos) {
-    std::vector<std::string> colunas, marcas;
-    for (const auto& destino : destinos) {
-        marcas.push_back(":p" + std::to_string(colunas.size()));
-        colunas.push_back(destino.coluna.nome);
-    }
-    return "insert into " + std::string(tabela) + " (" + Junta(colunas, ",") + ") values (" + Junta(marcas, ",") + ")";
-}
-
 /// Blobs go as they are: converting would bring their whole content into memory.
 TValor ParaColuna(const TValor& valor, TTipoDado tipo) {
     const bool blob = tipo == TTipoDado::Blob || tipo == TTipoDado::Memo || tipo == TTipoDado::Bytes;
@@ -71,7 +62,9 @@ void InsereLinhas(TConnection& conexao, std::string_view tabela, const std::vect
                   const std::vector<TLinha>& linhas) {
     if (linhas.empty()) return;
     if (destinos.empty()) throw TErroPacote("nenhum campo do arquivo existe na tabela");
-    const auto comando = conexao.Prepara(ComandoInsere(tabela, destinos));
+    std::vector<std::string> colunas;
+    for (const auto& destino : destinos) colunas.push_back(destino.coluna.nome);
+    const auto comando = conexao.Prepara(ComandoInsere(tabela, colunas));
     const TValor agora = Agora();
     for (std::size_t n = 0; n < linhas.size(); ++n) {
         try {

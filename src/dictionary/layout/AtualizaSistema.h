@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "datamodule/DataModulo.h"
-#include "layout/Tini.h"
+#include "layout/ReconstrucoesAbertas.h"
 #include "package/Pacote.h"
 
 namespace wkd {

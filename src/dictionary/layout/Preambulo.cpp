@@ -3,7 +3,7 @@
 #include <map>
 
 #include "dialect/Dialeto.h"
-#include "layout/Tini.h"
+#include "layout/ReconstrucoesAbertas.h"
 #include "values/Texto.h"
 
 namespace wkd {

@@ -2,6 +2,8 @@
 
 #include <stdexcept>
 
+#include "values/Texto.h"
+
 namespace wkd {
 
 namespace {
@@ -40,15 +42,13 @@ void TEnvioDeAlteracoes::Envia(const TRegistro& registro) {
 /// Columns that are NULL stay out, so the table's defaults apply.
 void TEnvioDeAlteracoes::Insere(const TLinha& linha) {
     TTexto texto;
-    std::string nomes, parametros;
+    std::vector<std::string> nomes, parametros;
     for (std::size_t i = 0; i < campos_.size(); ++i) {
         if (linha[i].Nulo()) continue;
-        const char* separador = nomes.empty() ? "" : ", ";
-        nomes += separador + campos_[i].nome;
-        parametros += separador + texto.Parametro(linha[i]);
+        nomes.push_back(campos_[i].nome);
+        parametros.push_back(texto.Parametro(linha[i]));
     }
-    texto.sql = "insert into " + provedor_.tabela;
-    texto.sql += nomes.empty() ? " default values" : " (" + nomes + ") values (" + parametros + ")";
+    texto.sql = ComandoInsere(provedor_.tabela, nomes, std::move(parametros));
     Executa(texto);
 }
 

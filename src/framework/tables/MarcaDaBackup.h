@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -7,6 +8,9 @@
 #include "connection/Connection.h"
 
 namespace wkd {
+
+/// SARQUIVO.VERSAO of a table whose rows wait in a complete backup table.
+inline constexpr std::int64_t kVersaoPendente = -1;
 
 /// The program's mark on a backup table of its own. It stands on the table itself, so it goes wherever the rows go, a
 /// backup and restore of the database included, and a table that somebody else makes under the name has none.

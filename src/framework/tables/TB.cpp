@@ -128,27 +128,23 @@ namespace {
 
 using TValores = std::vector<std::pair<std::string, TValor>>;
 
-/// Names turned by `forma` of (column, parameter number from `primeiro` on).
-template <class TForma>
-std::vector<std::string> Pedacos(const TValores& valores, std::size_t primeiro, TForma forma) {
-    std::vector<std::string> pedacos;
-    for (std::size_t i = 0; i < valores.size(); ++i)
-        pedacos.push_back(forma(valores[i].first, ":p" + std::to_string(primeiro + i)));
-    return pedacos;
+std::vector<std::string> Nomes(const TValores& valores) {
+    std::vector<std::string> nomes;
+    for (const auto& [nome, valor] : valores) nomes.push_back(nome);
+    return nomes;
 }
 
-std::string Igualdade(const std::string& coluna, const std::string& parametro) { return coluna + " = " + parametro; }
-
-std::string ComandoInsere(const std::string& tabela, const TValores& valores) {
-    const auto colunas = Pedacos(valores, 0, [](const std::string& coluna, const std::string&) { return coluna; });
-    const auto marcas = Pedacos(valores, 0, [](const std::string&, const std::string& marca) { return marca; });
-    return "insert into " + tabela + " (" + Junta(colunas, ",") + ") values (" + Junta(marcas, ",") + ")";
+/// "COLUMN = :pN" for each, parameters numbered from `primeiro` on.
+std::vector<std::string> Igualdades(const TValores& valores, std::size_t primeiro) {
+    std::vector<std::string> iguais;
+    for (const auto& nome : Nomes(valores)) iguais.push_back(nome + " = :p" + std::to_string(primeiro + iguais.size()));
+    return iguais;
 }
 
 std::string ComandoAltera(const std::string& tabela, const TValores& valores, const TValores& chave,
                           const std::string& condicao) {
-    const std::string onde = chave.empty() ? condicao : Junta(Pedacos(chave, valores.size(), Igualdade), " and ");
-    return "update " + tabela + " set " + Junta(Pedacos(valores, 0, Igualdade), ",") + " where " + onde;
+    const std::string onde = chave.empty() ? condicao : Junta(Igualdades(chave, valores.size()), " and ");
+    return "update " + tabela + " set " + Junta(Igualdades(valores, 0), ",") + " where " + onde;
 }
 
 }  // namespace
@@ -195,7 +191,7 @@ void TTB::Grava() {
 
     const bool inclusao = linha.modo == TLinhaAtual::TModo::Inclusao;
     const auto comando =
-        conexao_.Prepara(inclusao ? ComandoInsere(linha.tabela, linha.valores)
+        conexao_.Prepara(inclusao ? ComandoInsere(linha.tabela, Nomes(linha.valores))
                                   : ComandoAltera(linha.tabela, linha.valores, linha.chave, linha.condicao));
     std::size_t parametro = 0;
     for (const auto& [nome, valor] : linha.valores) comando->Atribui(parametro++, valor);
@@ -207,8 +203,6 @@ void TTB::Grava() {
 }
 
 namespace {
-
-constexpr std::int64_t kRefazendo = -1;  // SARQUIVO.VERSAO while the rows wait in a complete backup table
 
 /// Recorded version of the table; nothing without a SARQUIVO row.
 std::optional<std::int64_t> Versao(TConnection& conexao, const std::string& tabela) {
@@ -294,7 +288,7 @@ bool TTB::GuardaNaBackup(const std::string& tabela) {
     Copia(conexao_, tabela, backup);
     if (Conta(conexao_, tabela) != Conta(conexao_, backup))
         return Falha(TFalha::EmUso, "A tabela " + tabela + " mudou durante a cópia para " + backup);
-    MudaVersao(conexao_, tabela, kRefazendo);
+    MudaVersao(conexao_, tabela, kVersaoPendente);
     return true;
 }
 
@@ -330,10 +324,10 @@ bool TTB::ReCriaTabela(std::string_view tabela) {
 
         const bool existe = ExisteTabela(nome);
         auto reserva = existe ? conexao_.Reserva(nome) : nullptr;
-        const bool guardada = ExisteTabela(backup) && (!existe || (*versao == kRefazendo && Esperam(nome)));
+        const bool guardada = ExisteTabela(backup) && (!existe || (*versao == kVersaoPendente && Esperam(nome)));
         const bool marcada = guardada && MarcaDaBackup(conexao_, backup) != TMarcaDaBackup::Nenhuma;
         if (marcada) MarcaBackup(conexao_, backup, TMarcaDaBackup::Restaurando);
-        if (guardada) MudaVersao(conexao_, nome, kRefazendo);
+        if (guardada) MudaVersao(conexao_, nome, kVersaoPendente);
         if (existe && !(guardada ? CompletaBackup(nome) : GuardaNaBackup(nome))) return false;
         if (existe) ApagaEMarca(conexao_, nome, std::move(reserva));
         const bool erguida = Tenta([&] {

@@ -56,6 +56,8 @@ bool NomeDeSql(std::string_view nome) {
     return !nome.empty() && std::all_of(nome.begin(), nome.end(), serve);
 }
 
+bool DoCliente(std::string_view nome) { return IgualSemCaixa(nome.substr(0, 2), "U_"); }
+
 std::string RecusaDoNome(std::string_view onde, std::string_view nome) {
     constexpr std::size_t kMostra = 80;
     const bool longo = nome.size() > kMostra;
@@ -96,6 +98,14 @@ std::string Junta(const std::vector<std::string>& partes, std::string_view separ
         resultado += partes[i];
     }
     return resultado;
+}
+
+std::string ComandoInsere(std::string_view tabela, const std::vector<std::string>& colunas,
+                          std::vector<std::string> valores) {
+    const std::string inicio = "insert into " + std::string(tabela);
+    if (colunas.empty()) return inicio + " default values";
+    for (std::size_t i = valores.size(); i < colunas.size(); ++i) valores.push_back(":p" + std::to_string(i));
+    return inicio + " (" + Junta(colunas, ", ") + ") values (" + Junta(valores, ", ") + ")";
 }
 
 namespace {

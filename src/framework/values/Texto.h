@@ -21,6 +21,8 @@ std::string ChaveDeNome(std::string_view nome);
 /// Whether a name of a package or of the dictionary may be pasted into a statement: letters a to z, digits, "_" and "$"
 /// alone. Anything else could be more than a name.
 bool NomeDeSql(std::string_view nome);
+/// Whether a table, column, search or index is the customer's own addition: "U_" before its name, in any letter case.
+bool DoCliente(std::string_view nome);
 /// What is told of a name that is not one; `onde` says where it stands. The row that has it is passed over.
 std::string RecusaDoNome(std::string_view onde, std::string_view nome);
 /// SQL string literal: in single quotes, embedded quotes doubled.
@@ -30,6 +32,10 @@ std::string Troca(std::string_view texto, std::string_view de, std::string_view 
 /// Pieces between the separators; an empty text has no piece.
 std::vector<std::string> Divide(std::string_view texto, char separador);
 std::string Junta(const std::vector<std::string>& partes, std::string_view separador);
+/// The statement that inserts one row. Without `valores` they are the parameters :p0, :p1, ...; without `colunas` every
+/// column gets its default.
+std::string ComandoInsere(std::string_view tabela, const std::vector<std::string>& colunas,
+                          std::vector<std::string> valores = {});
 
 bool Utf8Valido(std::string_view bytes);
 /// Windows-1252 bytes as UTF-8; the five unassigned bytes become the control characters of the same number.

@@ -106,13 +106,6 @@ std::string TextoDaHora(THora hora) {
 
 std::string TextoDaDataHora(TDataHora quando) { return TextoDaData(quando.data) + " " + TextoDaHora(quando.hora); }
 
-std::optional<TData> LeData(std::string_view texto) {
-    TLeitura leitura(Apara(texto));
-    TData data;
-    if (!leitura.Data(data) || !leitura.Fim()) return std::nullopt;
-    return data;
-}
-
 std::optional<THora> LeHora(std::string_view texto) {
     TLeitura leitura(Apara(texto));
     THora hora;

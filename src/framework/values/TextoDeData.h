@@ -17,11 +17,9 @@ std::string TextoDaHora(THora hora);
 std::string TextoDaDataHora(TDataHora quando);
 
 // Readers: blanks around are skipped; nothing for a text of another form or a day or time that does not exist.
-/// "yyyy-mm-dd" or "dd/mm/yyyy".
-std::optional<TData> LeData(std::string_view texto);
 /// "hh:mm" or "hh:mm:ss" with a fraction of up to 7 digits.
 std::optional<THora> LeHora(std::string_view texto);
-/// A date, alone or followed by a blank or "T" and a time.
+/// A date, "yyyy-mm-dd" or "dd/mm/yyyy", alone or followed by a blank or "T" and a time.
 std::optional<TDataHora> LeDataHora(std::string_view texto);
 
 /// The day of a date that exists, in the years 1 to 9999; nothing for any other three numbers.

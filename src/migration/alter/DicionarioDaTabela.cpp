@@ -41,7 +41,7 @@ std::string ComandoInclui(const TCamposComuns& campos) {
         nomes.push_back(campo.destino->nome);
         parametros.push_back(":" + campo.destino->nome);
     }
-    return "INSERT INTO SATRIB (" + Junta(nomes, ", ") + ") VALUES (" + Junta(parametros, ", ") + ")";
+    return ComandoInsere("SATRIB", nomes, std::move(parametros));
 }
 
 /// A row without these describes no column, or another one.
@@ -174,9 +174,7 @@ bool Gravadas(TContexto& ctx, std::string_view tabela, const TCamposComuns& camp
 /// The merge takes out "U_" columns that the package itself brings.
 bool TemPersonalizadas(const TCamposComuns& campos, const std::vector<TLinha>& linhas) {
     const auto nome = LugarDoCampo(campos, "NOME");
-    const auto personalizada = [&](const TLinha& linha) {
-        return Maiusculas(linha[*nome].ComoTexto()).starts_with("U_");
-    };
+    const auto personalizada = [&](const TLinha& linha) { return DoCliente(linha[*nome].ComoTexto()); };
     return !nome || std::ranges::any_of(linhas, personalizada);
 }
 

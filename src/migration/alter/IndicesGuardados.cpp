@@ -6,7 +6,7 @@
 
 #include "alter/ObjetosDaTabela.h"
 #include "dialect/Dialeto.h"
-#include "rows/WKDQuery.h"
+#include "layout/Tini.h"
 #include "tables/MarcaDaBackup.h"
 #include "values/Texto.h"
 
@@ -49,11 +49,8 @@ TIndicesGuardados::TIndicesGuardados(TContexto& ctx, std::string_view tabela, bo
 void TIndicesGuardados::Le() {
     const std::string inicio = tabela_ + "/";
     std::map<int, std::string> pedacos;
-    TWKDQuery q(ctx_.Conexao(), "select chave, valor from tini where sessao = :pSESSAO");
-    q.Param("pSESSAO", kSecao);
-    for (q.Open(); !q.Eof(); q.Next())
-        if (const std::string chave = q.Texto("CHAVE"); chave.starts_with(inicio))
-            pedacos[std::atoi(chave.c_str() + inicio.size())] = q.Texto("VALOR");
+    for (const auto& [secao, chave, valor] : Parametros(ctx_.Conexao(), {kSecao}))
+        if (chave.starts_with(inicio)) pedacos[std::atoi(chave.c_str() + inicio.size())] = valor;
 
     pedacos_ = pedacos.size();
     std::string texto;
@@ -97,13 +94,14 @@ void TIndicesGuardados::Grava() {
         textos.push_back(Junta(campos, std::string(1, kEntreCampos)));
     }
     const auto pedacos = Pedacos(Junta(textos, std::string(1, kEntreGuardados)));
-    TWKDQuery apaga(ctx_.Conexao(), "delete from tini where sessao = :pSESSAO and chave = :pCHAVE");
-    TWKDQuery inclui(ctx_.Conexao(), "INSERT INTO TINI(SESSAO ,CHAVE ,VALOR) VALUES (:pSESSAO,:pCHAVE, :pVALOR)");
     const auto chave = [this](std::size_t i) { return tabela_ + "/" + std::to_string(i); };
+    std::vector<std::string> antigas;
+    std::vector<TParametro> novos;
+    for (std::size_t i = 0; i < pedacos_; ++i) antigas.push_back(chave(i));
+    for (std::size_t i = 0; i < pedacos.size(); ++i) novos.push_back({std::string(kSecao), chave(i), pedacos[i]});
     TTransacao transacao(ctx_.Conexao());
-    for (std::size_t i = 0; i < pedacos_; ++i) apaga.Param("pSESSAO", kSecao).Param("pCHAVE", chave(i)).ExecSQL();
-    for (std::size_t i = 0; i < pedacos.size(); ++i)
-        inclui.Param("pSESSAO", kSecao).Param("pCHAVE", chave(i)).Param("pVALOR", pedacos[i]).ExecSQL();
+    ApagaParametros(ctx_.Conexao(), kSecao, antigas);
+    IncluiParametros(ctx_.Conexao(), novos);
     transacao.Commit();
     pedacos_ = pedacos.size();
 }

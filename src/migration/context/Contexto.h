@@ -12,7 +12,7 @@
 
 #include "datamodule/DataModulo.h"
 #include "dialect/Dialeto.h"
-#include "layout/Tini.h"
+#include "layout/ReconstrucoesAbertas.h"
 #include "tables/Dicionario.h"
 #include "values/Erros.h"
 #include "values/Valor.h"

@@ -1,29 +1,23 @@
 #include "context/MarcaDeAnalise.h"
 
 #include "layout/Tini.h"
-#include "rows/WKDQuery.h"
 #include "values/Texto.h"
 
 namespace wkd {
 
 namespace {
 
-constexpr std::string_view kSecao = "AtualizaTabela";
 constexpr std::size_t kLote = 50;  // marks removed with one commit
 
 }  // namespace
 
 TMarcasDeAnalise::TMarcasDeAnalise(TContexto& ctx) : ctx_(ctx), existeTini_(ctx.dm.ExisteTabela("TINI")) {
     if (!existeTini_) return;
-    TWKDQuery q(ctx_.Conexao(), "select sessao, chave, valor from tini where sessao in (:pSESSAO, :pRETIRADOS)");
-    q.Param("pSESSAO", kSecao).Param("pRETIRADOS", kSecaoDosRetirados);
-    for (q.Open(); !q.Eof(); q.Next()) {
-        const std::string chave = ChaveDeNome(q.Texto("CHAVE"));
-        if (AparaFim(q.Texto("SESSAO")) == kSecaoDosRetirados)
-            retirados_[ChaveDeNome(q.Texto("VALOR"))].insert(chave);
-        else if (q.Texto("VALOR") == "SIM")
-            marcadas_.insert(chave);
-    }
+    for (const auto& [secao, chave, valor] : Parametros(ctx_.Conexao(), {kSecaoDaAnalise, kSecaoDosRetirados}))
+        if (secao == kSecaoDosRetirados)
+            retirados_[ChaveDeNome(valor)].insert(ChaveDeNome(chave));
+        else if (valor == kEmAnalise)
+            marcadas_.insert(ChaveDeNome(chave));
     gravadas_ = marcadas_;
 }
 
@@ -32,7 +26,7 @@ bool TMarcasDeAnalise::Marcada(std::string_view tabela) const { return marcadas_
 void TMarcasDeAnalise::Marca(std::string_view tabela) {
     if (!existeTini_) return;
     const std::string nome = ChaveDeNome(tabela);
-    if (!gravadas_.contains(nome)) GravaParametro(kSecao, nome, "SIM", &ctx_.Conexao());
+    if (!gravadas_.contains(nome)) GravaParametro(kSecaoDaAnalise, nome, kEmAnalise, &ctx_.Conexao());
     gravadas_.insert(nome);
     marcadas_.insert(nome);
     std::erase(prontas_, nome);
@@ -43,10 +37,11 @@ void TMarcasDeAnalise::Antecipa(const std::vector<std::string>& tabelas) {
     std::set<std::string> novas;
     for (const std::string& tabela : tabelas)
         if (!gravadas_.contains(ChaveDeNome(tabela))) novas.insert(ChaveDeNome(tabela));
+    std::vector<TParametro> marcas;
+    for (const std::string& nome : novas)
+        marcas.push_back({std::string(kSecaoDaAnalise), nome, std::string(kEmAnalise)});
     TTransacao transacao(ctx_.Conexao());
-    TWKDQuery q(ctx_.Conexao(), "INSERT INTO TINI(SESSAO ,CHAVE ,VALOR) VALUES (:pSESSAO,:pCHAVE, 'SIM')");
-    q.Param("pSESSAO", kSecao);
-    for (const std::string& nome : novas) q.Param("pCHAVE", nome).ExecSQL();
+    IncluiParametros(ctx_.Conexao(), marcas);
     transacao.Commit();
     gravadas_.merge(novas);
 }
@@ -70,11 +65,7 @@ void TMarcasDeAnalise::EsqueceRetirados(std::string_view tabela) {
 }
 
 void TMarcasDeAnalise::Conclui() {
-    if (prontas_.empty()) return;
-    std::vector<std::string> nomes;
-    for (const std::string& nome : prontas_) nomes.push_back(Aspas(nome));
-    ExecutaComando(ctx_.Conexao(),
-                   "delete from tini where sessao = " + Aspas(kSecao) + " and chave in (" + Junta(nomes, ", ") + ")");
+    ApagaParametros(ctx_.Conexao(), kSecaoDaAnalise, prontas_);
     prontas_.clear();
 }
 

@@ -6,9 +6,12 @@
 #include <vector>
 
 #include "context/Contexto.h"
-#include "layout/Tini.h"
+#include "layout/IndicesRetirados.h"
 
 namespace wkd {
+
+/// Section of TINI with the marks, by table in capitals, and what a mark says there.
+inline constexpr std::string_view kSecaoDaAnalise = "AtualizaTabela", kEmAnalise = "SIM";
 
 /// Marks of tables under analysis, kept in TINI: a table whose mark was left behind, by an interrupted run or by one in
 /// which something of the table failed, is analysed by the next one whatever its version. Without TINI there are none.

@@ -172,7 +172,7 @@ std::string ComandoInsere(const std::string& destino, const std::vector<TColunaD
         const std::string parametro = ":P" + std::to_string(i);
         parametros.push_back(Convertida(colunas[i].destino, dialeto) ? EmBytes(parametro) : parametro);
     }
-    return "insert into " + destino + " (" + Junta(nomes, ",") + ") values (" + Junta(parametros, ",") + ")";
+    return ComandoInsere(destino, nomes, std::move(parametros));
 }
 
 TValor ValorNaPassagem(const TValor& valor, const TColunaFisica& origem, const TColunaFisica& destino) {

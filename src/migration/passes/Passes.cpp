@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "context/Contexto.h"
+#include "layout/ReconstrucoesAbertas.h"
 #include "layout/Tini.h"
 #include "rows/WKDQuery.h"
 #include "values/Texto.h"
@@ -316,7 +317,7 @@ struct TTabelaDoModulo {
     std::string nome, modulo;
 };
 
-/// The tables of SARQUIVO but the customer's own.
+/// The tables of SARQUIVO but the customer's own, which mind letter case here: the other programs write "U_".
 std::vector<TTabelaDoModulo> TabelasDoSistema(TConnection& conexao) {
     std::vector<TTabelaDoModulo> tabelas;
     TWKDQuery q(conexao, "select nome_arquivo, cod_modulo from sarquivo");

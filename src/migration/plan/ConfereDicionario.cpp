@@ -4,8 +4,10 @@
 #include <map>
 #include <set>
 
+#include "context/MarcaDeAnalise.h"
 #include "copy/Reposicao.h"
 #include "dialect/Dialeto.h"
+#include "layout/ReconstrucoesAbertas.h"
 #include "layout/Tini.h"
 #include "passes/CamposTexto.h"
 #include "rows/WKDQuery.h"
@@ -215,10 +217,10 @@ void TConfere::Rejeitadas() {
 
 void TConfere::Marcas() {
     if (!dm_.ExisteTabela("TINI")) return;
-    TWKDQuery q(conexao_, "select CHAVE from TINI where SESSAO = 'AtualizaTabela' and VALOR = 'SIM' order by CHAVE");
-    for (q.Open(); !q.Eof(); q.Next())
-        Desvio("analise-pendente", q.Texto("CHAVE"), "",
-               "a última atualização dela não chegou ao fim: rode a atualização de novo");
+    for (const auto& [secao, tabela, valor] : Parametros(conexao_, {kSecaoDaAnalise}))
+        if (valor == kEmAnalise)
+            Desvio("analise-pendente", tabela, "",
+                   "a última atualização dela não chegou ao fim: rode a atualização de novo");
 }
 
 }  // namespace

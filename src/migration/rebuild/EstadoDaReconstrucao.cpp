@@ -5,8 +5,8 @@
 #include <filesystem>
 #include <stdexcept>
 
+#include "layout/ReconstrucoesAbertas.h"
 #include "layout/Tini.h"
-#include "rows/WKDQuery.h"
 #include "tables/MarcaDaBackup.h"
 #include "values/Texto.h"
 
@@ -112,8 +112,7 @@ void MarcaConcluida(TContexto& ctx, const std::string& tabela) {
 
 void EsqueceEtapa(TContexto& ctx, const std::string& tabela) {
     if (!ctx.dm.ExisteTabela("TINI")) return;
-    TWKDQuery q(ctx.Conexao(), "delete from tini where sessao = :pSESSAO and chave = :pCHAVE");
-    q.Param("pSESSAO", kSecao).Param("pCHAVE", Maiusculas(tabela)).ExecSQL();
+    ApagaParametros(ctx.Conexao(), kSecao, {Maiusculas(tabela)});
 }
 
 std::optional<std::int64_t> LinhasRestauradas(TContexto& ctx, std::string_view tabela) {
@@ -126,10 +125,7 @@ std::optional<std::int64_t> LinhasRestauradas(TContexto& ctx, std::string_view t
 }
 
 TContagemDaRestauracao::TContagemDaRestauracao(TContexto& ctx, std::string_view tabela) {
-    if (!ctx.dm.ExisteTabela("TINI")) return;
-    grava_ = ctx.Conexao().Prepara("update tini set valor = :pVALOR where sessao = :pSESSAO and chave = :pCHAVE");
-    grava_->Atribui("pSESSAO", kSecao);
-    grava_->Atribui("pCHAVE", Maiusculas(tabela));
+    if (ctx.dm.ExisteTabela("TINI")) grava_ = PreparaValor(ctx.Conexao(), kSecao, Maiusculas(tabela));
 }
 
 void TContagemDaRestauracao::Grava(std::int64_t linhas) {

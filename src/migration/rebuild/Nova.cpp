@@ -18,8 +18,6 @@ namespace wkd {
 
 namespace {
 
-bool DoUsuario(std::string_view coluna) { return Maiusculas(coluna).starts_with("U_"); }
-
 /// The customer's columns that the merge takes from SATRIB_USER.
 void AcrescentaPersonalizadas(TContexto& ctx, const std::string& tabela, std::vector<TColunaDicionario>& colunas) {
     TWKDQuery q(ctx.Conexao(), "select * from satrib_user where satrib_user.arquivo = " + Aspas(tabela));
@@ -46,7 +44,7 @@ std::vector<TColunaDicionario> ColunasNovas(TContexto& ctx, const std::string& t
     const bool mescla = ctx.dm.ExisteTabela("SATRIB_USER");
     std::vector<TColunaDicionario> colunas;
     for (const auto& coluna : ctx.novo.Colunas(tabela))
-        if (!(mescla && DoUsuario(coluna.nome))) colunas.push_back(coluna);
+        if (!(mescla && DoCliente(coluna.nome))) colunas.push_back(coluna);
     if (mescla && !colunas.empty()) AcrescentaPersonalizadas(ctx, tabela, colunas);
     std::ranges::stable_sort(colunas, {}, &TColunaDicionario::sequencia);
     return colunas;
@@ -101,7 +99,7 @@ bool TReconstrucao::Tenta(TPasso&& passo, TDesfaz&& desfaz) {
 
 void TReconstrucao::Executa() {
     if (RestauracaoInterrompida(ctx_, tabela_)) {
-        if (!Tenta([this] { Retoma(); }, [] {}) || terminada_) return;
+        if (!Tenta([this] { Retoma(); }, [] {}) || fase_ == TFase::Terminada) return;
     }
     if (!Tenta([this] { Guarda(); }, [this] { Desiste(); }) || !Apaga()) return;
     Tenta([this] { Ergue(); }, [] {});
@@ -109,10 +107,10 @@ void TReconstrucao::Executa() {
 
 void TReconstrucao::Falhou(TErro erro) {
     ctx_.estado.falhouApagar = true;
-    if (apagada_ && erro.falha == TFalha::Outra) erro.falha = TFalha::ReconstrucaoAberta;
+    if (RegistrosNaBackup() && erro.falha == TFalha::Outra) erro.falha = TFalha::ReconstrucaoAberta;
     const std::string linha =
         "Tabela " + tabela_ +
-        (apagada_ ? ": reconstrução não concluída, registros em " + backup_ + ": " : " não reconstruída: ") +
+        (RegistrosNaBackup() ? ": reconstrução não concluída, registros em " + backup_ + ": " : " não reconstruída: ") +
         erro.mensagem;
     ctx_.Tela().Erro(TErroDaExecucao::NosDois(std::move(erro), tabela_, ctx_.acaoAtual, linha));
 }
@@ -135,8 +133,8 @@ void TReconstrucao::Guarda() {
     chave_ = ChaveGuardada(ctx_, tabela_);
     // What the restore just brought back is proven again, now that nobody writes.
     const bool conferida =
-        retomada_ && !dispensada_ && ConfereComBackup(ctx_.Conexao(), backup_, tabela_, alteradas_).Igual();
-    const TBackupFeito backup = CriaBackup(ctx_, tabela_, chave_, dispensada_, conferida);
+        fase_ == TFase::Devolvida && ConfereComBackup(ctx_.Conexao(), backup_, tabela_, alteradas_).Igual();
+    const TBackupFeito backup = CriaBackup(ctx_, tabela_, chave_, fase_ == TFase::Superada, conferida);
     antes_ = backup.registros;
     chaveAntiga_ = backup.chaveDaTabela;
     ctx_.acaoAtual = "Criar Tabela";
@@ -231,7 +229,7 @@ void TReconstrucao::RelataPerdas() {
 }
 
 void TReconstrucao::Ergue() {
-    apagada_ = true;
+    fase_ = TFase::Apagada;
     ctx_.dm.AtualizaListaDeTabelas();
     RegravaDicionarioNovo();
     if (!CriaTabelaComIndices(ctx_, nome_)) throw TErroConhecido(ctx_.dm.Atualiza.Erro());
@@ -281,7 +279,8 @@ bool TReconstrucao::Restaura(const TRestante& restante) {
 TConferencia TReconstrucao::Confere() {
     const TConferencia c = ConfereComBackup(ctx_.Conexao(), backup_, tabela_, alteradas_);
     // What has been entered since the restore was broken off is in the table alone.
-    const bool entraram = retomada_ && c.naTabela == antes_ && c.diferentes == 0 && c.colunas.empty();
+    const bool retoma = fase_ == TFase::Retomando;
+    const bool entraram = retoma && c.naTabela == antes_ && c.diferentes == 0 && c.colunas.empty();
     const std::string contagem =
         " Nº de registros antes: " + std::to_string(antes_) + " Nº de registros depois: " + std::to_string(c.naTabela);
     if (c.naTabela != antes_) {
@@ -290,7 +289,7 @@ TConferencia TReconstrucao::Confere() {
     }
     if (c.Igual() || entraram) return c;
     // A key that somebody has taken since keeps the backup's row out of the table.
-    if (retomada_ && c.diferentes > 0) GuardaDiferentes(ctx_, tabela_, chave_, alteradas_);
+    if (retoma && c.diferentes > 0) GuardaDiferentes(ctx_, tabela_, chave_, alteradas_);
     Avisa(TFalha::ConteudoDiferente,
           "Tabela " + tabela_ + ": conteúdo diferente de " + backup_ + ": " +
               (c.colunas.empty() ? std::to_string(c.diferentes) + " registros" : Junta(c.colunas, ", ")) + contagem);

@@ -19,6 +19,11 @@ namespace wkd {
 
 /// One rebuild. Up to the drop every error leaves the table as it is; behind it the rows are in the backup table, and
 /// VERSAO -1 stays until they are back.
+///
+///     Inteira --------------------------------------------- drop --> Apagada   (restored: the rebuild ends)
+///     Retomando --+-- restored, another layout --> Devolvida -- drop --^
+///                 +-- the same, the backup lacks something --> Superada -- drop --^
+///                 +-- restored as the package wants it, or not: the rebuild ends --> Terminada
 class TReconstrucao {
   public:
     TReconstrucao(TContexto& ctx, std::string_view nome)
@@ -27,6 +32,16 @@ class TReconstrucao {
     void Executa();
 
   private:
+    enum class TFase {
+        Inteira,    // the table is as the run found it
+        Retomando,  // an earlier run dropped it: the rows are in the backup table, and some in the table, in use
+        Devolvida,  // an earlier run's rows are back: table and backup are united, and the rebuild begins
+        Superada,   // the same, but the table alone counts: the backup gives way
+        Apagada,    // this run dropped it: the rows are in the backup table
+        Terminada   // an earlier run's rebuild went to its end, or could not go on
+    };
+    bool RegistrosNaBackup() const { return fase_ == TFase::Retomando || fase_ == TFase::Apagada; }
+
     /// False when `passo` failed, which is reported and counts as a table that could not be dropped. A lost connection
     /// is thrown on.
     template <class TPasso, class TDesfaz>
@@ -71,7 +86,8 @@ class TReconstrucao {
     std::vector<std::string> chave_, chaveAntiga_, gatilhos_, propriedades_, comentarios_;
     std::set<std::string> alteradas_;
     std::unique_ptr<TReserva> reserva_;  // from before the first row is saved until the table is gone
-    bool existe_ = false, apagada_ = false, retomada_ = false, terminada_ = false, dispensada_ = false;
+    TFase fase_ = TFase::Inteira;
+    bool existe_ = false;  // there is a table to save
     std::int64_t antes_ = 0;
 };
 

@@ -14,7 +14,7 @@ namespace wkd {
 /// Goes on with the restore that an earlier run broke off. The table has been in use since, and what is in it stays.
 /// One that the package wants otherwise is whole then, and is rebuilt anew.
 void TReconstrucao::Retoma() {
-    apagada_ = retomada_ = true;
+    fase_ = TFase::Retomando;
     const bool doPacote = ColunasDoPacote();
     ReabreReconstrucao(ctx_, tabela_);
     const TRestante restante = RestauracaoQueFalta(ctx_, tabela_);
@@ -25,11 +25,13 @@ void TReconstrucao::Retoma() {
     const bool restaurada = Restaura(restante);
     const TConferencia conferencia = Confere();
     if (restaurada && doPacote) Termina(conferencia.Igual());
-    terminada_ = !restaurada || doPacote;
-    if (terminada_) return;
+    if (!restaurada || doPacote) {
+        fase_ = TFase::Terminada;
+        return;
+    }
     const bool temTudo = conferencia.Igual() && !conferencia.emParte && ColunasSoDe(tabela_, backup_).empty();
     if (!temTudo) DispensaBackup();
-    apagada_ = false;
+    fase_ = temTudo ? TFase::Devolvida : TFase::Superada;
 }
 
 /// Nobody knows whether rows that a backup without mark has, and the table has not, were deleted since.
@@ -52,7 +54,6 @@ void TReconstrucao::DispensaBackup() {
                                                         backup_ + " tem os valores de " + Junta(pedidas, ", "));
     DevolveObjetos();
     MarcaGuardada(ctx_, tabela_);
-    dispensada_ = true;
 }
 
 /// Whether the table was created from the package's columns. Without a mark its own columns must say so, too.
