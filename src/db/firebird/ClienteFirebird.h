@@ -46,6 +46,7 @@ namespace wkd {
 /// Firebird's client library, which also loads the embedded engine. It is loaded, not linked: an installation of SQL
 /// Server has none.
 struct TClienteFirebird {
+// A name that is declared takes no parentheses. NOLINTNEXTLINE(bugprone-macro-parentheses)
 #define WKD_PONTEIRO(nome) decltype(&::nome) nome = nullptr;
     WKD_FUNCOES_DO_FIREBIRD(WKD_PONTEIRO)
 #undef WKD_PONTEIRO
