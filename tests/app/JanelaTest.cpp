@@ -16,6 +16,7 @@
 #include <fstream>
 
 #include "JanelaApoio.h"
+#include "Portas.h"
 #include "Retrato.h"
 
 namespace wkd {
@@ -43,6 +44,8 @@ class JanelaTest : public ::testing::Test {
         edAlias.setCurrentIndex(edAlias.findText(nome));
         edAlias.showPopup();
         edAlias.hidePopup();
+        janela_->Serve();
+        janela_->Janela().activateWindow();
         janela_->Serve();
     }
     void EscolhePacote() { C<QLineEdit>("edAtualizacao").setText(QCaminho(instalacao_.Pacote())); }
@@ -75,6 +78,18 @@ class JanelaTest : public ::testing::Test {
             QApplication::sendEvent(controle, &tab);
         }
         return ordem;
+    }
+    /// As the system would tell of them.
+    void TeclaNaJanela(Qt::Key tecla) {
+        for (const auto tipo : {QEvent::KeyPress, QEvent::KeyRelease})
+            QWindowSystemInterface::handleKeyEvent(janela_->Janela().windowHandle(), tipo, tecla, Qt::NoModifier);
+    }
+    void TocaNa(QWidget& controle) {
+        const QPointF onde = controle.mapTo(&janela_->Janela(), controle.rect().center());
+        for (const auto botoes : {Qt::LeftButton, Qt::NoButton})
+            QWindowSystemInterface::handleMouseEvent(
+                janela_->Janela().windowHandle(), onde, janela_->Janela().mapToGlobal(onde), botoes, Qt::LeftButton,
+                botoes == Qt::NoButton ? QEvent::MouseButtonRelease : QEvent::MouseButtonPress);
     }
     std::vector<std::string>& Informacoes() { return janela_->dialogos.informacoes; }
 
@@ -313,7 +328,94 @@ TEST_F(JanelaTest, ShowsTheConnectedUsersOfAnAlias) {
     EXPECT_EQ(Onde(), "atualizacao: Definir Alias que será atualizado");
 }
 
+TEST_F(JanelaTest, AConnectionThatFailsSaysItsCauseAndWhatToDo) {
+    const auto fechada = "127.0.0.1/" + std::to_string(PortaLivre());
+    const struct {
+        const char *tipo, *host, *database;
+        const char *causa, *providencia;
+    } casos[] = {
+        {"tbInterbase", "", "nenhum.fdb", "O banco de dados não foi encontrado", "Corrija o caminho e o nome do banco"},
+        {"tbInterbase", "", "WKD.ini", "O arquivo não é um banco de dados", "Confira o arquivo que o alias indica"},
+        {"tbInterbase", "nenhum.invalid", "x", "A rede não conhece um servidor", "Corrija o nome do servidor"},
+        {"tbInterbase", fechada.c_str(), "x", "O servidor não respondeu", "Confira o servidor e a rede"},
+        {"tbSQLServer", "127.0.0.1,1", "x", "O servidor não respondeu", "Confira o servidor e a rede"},
+        {"tbSQLServer", "nenhum.invalid", "x", "A rede não conhece um servidor", "Corrija o nome do servidor"},
+        {"tbODBC", "NaoHa", "x", "Falta neste computador", "Instale o driver"},
+        {"tbOracle", "", "x", "não tem driver", "Use um alias de tipo tbInterbase ou tbSQLServer"},
+    };
+    auto alias = instalacao_.Aliases().CarregaAlias("QUEBRADO");
+    for (const auto& caso : casos) {
+        alias.tipoBanco = caso.tipo;
+        alias.hostname = caso.host;
+        alias.database = caso.database;
+        alias.driver = alias.tipoBanco == "tbSQLServer" ? "FreeTDS" : "";
+        instalacao_.Aliases().AdicionaAlias(alias, false);
+        EscolheAlias("QUEBRADO");
+        const std::string dito = S(C<QPlainTextEdit>("mErroDoAlias").toPlainText());
+        EXPECT_EQ(C<QLabel>("lblNumUsuarios").text(), "-1 (Versão HBN3)");
+        EXPECT_TRUE(C<QPlainTextEdit>("mErroDoAlias").isVisible());
+        for (const char* parte : {caso.causa, caso.providencia})
+            EXPECT_NE(dito.find(parte), std::string::npos) << parte << " in: " << dito;
+    }
+    EscolheAlias("LOJA");
+    EXPECT_FALSE(C<QPlainTextEdit>("mErroDoAlias").isVisible());
+}
+
+TEST_F(JanelaTest, ADatabaseOfTheOlderGenerationIsToldFromOneThatDoesNotOpen) {
+    instalacao_.Conexao()->ExecuteDirect("drop table csenha");
+    EscolheAlias("LOJA");
+    EXPECT_EQ(C<QLabel>("lblNumUsuarios").text(), "-1 (Versão HBN3)");
+    EXPECT_TRUE(C<QPlainTextEdit>("mErroDoAlias").toPlainText().startsWith("Este banco é da geração anterior"));
+}
+
+TEST_F(JanelaTest, AConnectionThatHangsIsShownAndCanBeGivenUp) {
+    const TPortaMuda porta;
+    auto alias = instalacao_.Aliases().CarregaAlias("QUEBRADO");
+    alias.hostname = "127.0.0.1/" + std::to_string(porta.Numero());
+    instalacao_.Aliases().AdicionaAlias(alias, false);
+    std::vector<std::string> vistos;
+    QTimer pessoa;
+    const std::function<void()> jeitos[] = {
+        [&] { TocaNa(C<QPushButton>("btCancelar")); },
+        [&] { TeclaNaJanela(Qt::Key_Escape); },
+    };
+    for (const auto& cancela : jeitos) {
+        vistos.clear();
+        QObject::connect(&pessoa, &QTimer::timeout, [&] {
+            if (!C<QPushButton>("btCancelar").isVisible()) return;
+            vistos.push_back(S(C<QFrame>("pnOcupado").accessibleName()));
+            TocaNa(C<QPushButton>("btSair"));  // counts for nothing
+            TeclaNaJanela(Qt::Key_Return);
+            cancela();
+        });
+        pessoa.start(20);
+        EscolheAlias("QUEBRADO");
+        pessoa.stop();
+        pessoa.disconnect();
+        ASSERT_FALSE(vistos.empty());
+        EXPECT_TRUE(vistos[0].starts_with("Conectando a QUEBRADO (127.0.0.1/")) << vistos[0];
+        EXPECT_FALSE(C<QFrame>("pnOcupado").isVisible());
+        EXPECT_TRUE(C<QPlainTextEdit>("mErroDoAlias").toPlainText().startsWith("A conexão foi cancelada."));
+        EXPECT_EQ(Onde(), "alias: Definir Alias que será atualizado");
+        EXPECT_TRUE(janela_->dialogos.perguntas.empty());
+    }
+    EscolheAlias("LOJA");
+    EXPECT_EQ(C<QLabel>("lblNumUsuarios").text(), "0");
+}
+
+TEST_F(JanelaTest, NextWithoutAnAliasStaysOnThePage) {
+    Clica("btProximo");
+    EXPECT_EQ(Onde(), "alias: Definir Alias que será atualizado");
+    EXPECT_TRUE(C<QPlainTextEdit>("mErroDoAlias").isVisible());
+    EXPECT_EQ(janela_->Janela().focusWidget(), &C<QComboBox>("edAlias"));
+    EscolheAlias("LOJA");
+    EXPECT_FALSE(C<QPlainTextEdit>("mErroDoAlias").isVisible());
+    Clica("btProximo");
+    EXPECT_EQ(Onde(), "atualizacao: Definir Alias que será atualizado");
+}
+
 TEST_F(JanelaTest, APackageThatDoesNotExistIsRefused) {
+    EscolheAlias("LOJA");
     Clica("btProximo");
     auto& pacote = C<QLineEdit>("edAtualizacao");
     pacote.setText("/nao/existe.zip");
@@ -440,9 +542,7 @@ TEST_F(JanelaTest, WhatIsTypedWhileAConnectionIsOpenedGoesNowhere) {
     int digitadas = 0;
     QObject::connect(&digita, &QTimer::timeout, [&] {  // only served while the window waits
         ++digitadas;
-        for (const auto tipo : {QEvent::KeyPress, QEvent::KeyRelease})
-            QWindowSystemInterface::handleKeyEvent(janela_->Janela().windowHandle(), tipo, Qt::Key_Return,
-                                                   Qt::NoModifier);
+        TeclaNaJanela(Qt::Key_Return);
     });
     digita.start(0);
     C<QPushButton>("btProximo").click();

@@ -9,6 +9,7 @@
 #include <iostream>
 
 #include "../app/JanelaApoio.h"
+#include "Portas.h"
 #include "commands/Preferencias.h"
 #include "window/Dialogos.h"
 #include "window/EstiloAmetista.h"
@@ -45,6 +46,38 @@ class TCapturas {
     QString pasta_;
 };
 
+/// Chooses an alias as from the list.
+void Escolhe(TJanelaDeTeste& janela, const char* alias) {
+    auto& lista = janela.C<QComboBox>("edAlias");
+    lista.showPopup();
+    lista.setCurrentIndex(lista.findText(alias));
+    lista.hidePopup();
+    janela.Serve();
+}
+
+/// A server that does not answer, and is given up; a database that is not there.
+void FotografaEspera(const TInstalacao& instalacao, TJanelaDeTeste& janela, TCapturas& capturas) {
+    const TPortaMuda porta;
+    auto alias = instalacao.Aliases().CarregaAlias("QUEBRADO");
+    alias.hostname = "127.0.0.1/" + std::to_string(porta.Numero());
+    instalacao.Aliases().AdicionaAlias(alias, false);
+    QTimer pessoa;
+    QObject::connect(&pessoa, &QTimer::timeout, [&] {
+        auto& cancelar = janela.C<QPushButton>("btCancelar");
+        if (!cancelar.isVisible() || !cancelar.isEnabled()) return;
+        capturas.Guarda("conectando");
+        cancelar.click();
+    });
+    pessoa.start(20);
+    Escolhe(janela, "QUEBRADO");
+    pessoa.stop();
+    alias.hostname = "";
+    instalacao.Aliases().AdicionaAlias(alias, false);
+    Escolhe(janela, "QUEBRADO");
+    capturas.Guarda("sem-conexao");
+    Escolhe(janela, "LOJA");
+}
+
 void Fotografa(const QString& pasta) {
     TInstalacao instalacao;
     instalacao.Conexao()->ExecuteDirect("update csenha set flag1 = 1");
@@ -55,6 +88,7 @@ void Fotografa(const QString& pasta) {
     TCapturas capturas(janela, pasta);
     janela.Mostra();
     capturas.Guarda("alias");
+    FotografaEspera(instalacao, janela, capturas);
     capturas.Proximo();
     janela.C<QPushButton>("Button2").click();
     const auto backups = instalacao.Pasta() / "backups";

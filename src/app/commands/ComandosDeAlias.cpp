@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <iostream>
 
+#include "commands/PreencheDados.h"
 #include "firebird/ConexaoFirebird.h"
 #include "process/Terminal.h"
 #include "server/HBNConnection.h"
@@ -37,7 +38,7 @@ TCodigoDeSaida ComErroNaTela(F&& comando) {
         comando();
         return TCodigoDeSaida::Sucesso;
     } catch (const std::exception& erro) {
-        std::cerr << erro.what() << std::endl;
+        std::cerr << ExplicaConexao(ErroDe(erro)) << std::endl;
         return TCodigoDeSaida::SemConexao;
     }
 }

@@ -29,8 +29,7 @@ TCodigoDeSaida NoAlias(const TAmbiente& ambiente, const std::string& alias, cons
         vigia.emplace(dm->SQLConnection1, TPrazos::DoAlias(dm->SQLConnection1.Aliases(), alias),
                       [&](std::string_view texto) { tela.SemResposta(texto); });
         const TDadosDoAlias dados = PreencheDados(*dm, estado, alias);
-        if (!dm->SQLConnection1.Connected())
-            return Falha(dados.erro, dados.outraAtualizacao ? TCodigoDeSaida::Encerrada : TCodigoDeSaida::SemConexao);
+        if (!dm->SQLConnection1.Connected()) return Falha(ExplicaConexao(*dados.erro), CodigoSemConexao(dados));
         if (const auto quem = QuemAtualiza(dm->SQLConnection1))
             EscreveNosErros("Aviso: uma atualização deste banco de dados está em andamento: " + *quem + ".");
     } catch (const std::exception& erro) {

@@ -1,7 +1,11 @@
 #include "commands/PreencheDados.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "ServidorDeBackup.h"
 #include "Troca.h"
+#include "report/RelatorioDaExecucao.h"
 #include "run/TravaDoBanco.h"
 
 namespace wkd {
@@ -9,21 +13,19 @@ namespace wkd {
 namespace {
 
 /// A restore that was cut off may have left the place of the database empty, or half filled.
-void DizOndeEsta(THBNConnection& conexao, TDadosDoAlias& dados) {
-    const bool foraDoLugar =
-        dados.erro.find("No such file") != std::string::npos || dados.erro.find("shutdown") != std::string::npos;
-    if (!foraDoLugar) return;
+void DizOndeEsta(THBNConnection& conexao, TErro& erro) {
+    if (erro.falha != TFalha::BancoInexistente && erro.falha != TFalha::BancoFechado) return;
     try {
-        for (const auto& linha : RestosDeBackup(conexao)) dados.erro += "\n" + linha;
+        for (const auto& linha : RestosDeBackup(conexao)) erro.mensagem += "\n" + linha;
     } catch (const std::exception&) {  // the first error tells the cause
     }
 }
 
 /// What a server's restore has not finished opens like a whole database, for one.
-void RecusaPedaco(THBNConnection& conexao, TDadosDoAlias& dados) {
+void RecusaPedaco(THBNConnection& conexao) {
     if (conexao.ArquivoLocal() || !FechadoParaUm(conexao)) return;
     conexao.Close();
-    dados.erro = LugarFechado(conexao);
+    throw TErroConhecido(TFalha::Impedimento, LugarFechado(conexao));
 }
 
 void Abre(TDataModulo& dm, const std::string& alias, TDadosDoAlias& dados) {
@@ -31,19 +33,17 @@ void Abre(TDataModulo& dm, const std::string& alias, TDadosDoAlias& dados) {
         dm.nomeAlias = alias;
         dm.SQLConnection1.SetAlias(alias);
         dm.SQLConnection1.Open();
-        RecusaPedaco(dm.SQLConnection1, dados);
+        RecusaPedaco(dm.SQLConnection1);
     } catch (const std::exception& erro) {
-        dados.erro = erro.what();
-        DizOndeEsta(dm.SQLConnection1, dados);
+        dados.erro = ErroDe(erro);
+        DizOndeEsta(dm.SQLConnection1, *dados.erro);
     }
 }
 
 /// The embedded engine says only that somebody has the file.
 void DizQuemAtualiza(TDataModulo& dm, TDadosDoAlias& dados) {
     const auto quem = dm.SQLConnection1.Connected() ? std::nullopt : QuemAtualiza(dm.SQLConnection1);
-    if (!quem) return;
-    dados.outraAtualizacao = true;
-    dados.erro = TOutraAtualizacao(*quem).what();
+    if (quem) dados.erro = TOutraAtualizacao(*quem).Dados();
 }
 
 /// False in a database of the older generation. Users that cannot be read look like none of them, and mean nothing.
@@ -56,10 +56,32 @@ bool ListaUsuarios(TConnection& conexao, TDadosDoAlias& dados) {
         dados.numUsuarios = std::to_string(*total);
         dados.usuarios = std::move(*usuarios);
         dados.usuariosOnline = true;
-    } catch (const std::exception&) {
+    } catch (const std::exception& erro) {
+        if (!dados.erro) dados.erro = ErroDe(erro);
     }
     return true;
 }
+
+struct TCausa {
+    TFalha falha;
+    std::string_view texto;
+};
+
+/// Where the error itself says all, there is none.
+constexpr TCausa kCausas[] = {
+    {TFalha::Conexao, "O servidor não respondeu."},
+    {TFalha::ServidorDesconhecido, "A rede não conhece um servidor com esse nome."},
+    {TFalha::BancoInexistente, "O banco de dados não foi encontrado nesse lugar, ou o servidor não pode abri-lo."},
+    {TFalha::BancoNegado, "O arquivo do banco, ou o acesso do usuário a ele, está sem permissão."},
+    {TFalha::NaoEBanco, "O arquivo não é um banco de dados, ou não é da versão deste servidor."},
+    {TFalha::BancoFechado, "O banco de dados está fechado."},
+    {TFalha::SemDriver, "Falta neste computador o que fala com esse tipo de servidor."},
+    {TFalha::Autenticacao, "O servidor recusou o usuário ou a senha."},
+    {TFalha::SemPermissao, "O usuário do alias não tem direito a isso no banco."},
+    {TFalha::EmUso, "O banco de dados está em uso por outro programa."},
+    {TFalha::DiscoCheio, "O disco encheu."},
+    {TFalha::Outra, "O banco de dados não pôde ser aberto."},
+};
 
 }  // namespace
 
@@ -73,9 +95,15 @@ TDadosDoAlias PreencheDados(TDataModulo& dm, TEstado& estado, const std::string&
         DizQuemAtualiza(dm, dados);
         dados.caminhoBanco = dm.SQLConnection1.RetornaDadosConexao().Texto();
     } catch (const TErroConfiguracao& erro) {
-        if (dados.erro.empty()) dados.erro = erro.what();
+        if (!dados.erro) dados.erro = erro.Dados();
     }
     return dados;
+}
+
+std::string ExplicaConexao(const TErro& erro) {
+    const auto* causa = std::ranges::find(kCausas, erro.falha, &TCausa::falha);
+    if (causa == std::end(kCausas)) return erro.mensagem;
+    return std::string(causa->texto) + " " + std::string(Providencia(erro.falha)) + "\n" + erro.mensagem;
 }
 
 }  // namespace wkd

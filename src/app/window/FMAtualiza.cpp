@@ -8,6 +8,8 @@
 #include <QTimer>
 #include <QToolTip>
 #include <QVBoxLayout>
+#include <chrono>
+#include <future>
 
 #include "process/Programa.h"
 #include "server/Vigia.h"
@@ -227,19 +229,45 @@ namespace {
 
 constexpr std::string_view kSemConexao =
     "Não foi possível convetar ao banco, favor informar um alias válido ou verifique as configurações do mesmo";
+constexpr std::string_view kCancelada = "A conexão foi cancelada. Para tentar de novo, escolha o alias outra vez.";
 
 }  // namespace
 
-/// Asks a server: the pointer tells of waiting, the window is drawn, and what is typed or clicked meanwhile is dropped.
-void TFMAtualiza::Espera(const std::function<void()>& pedido) {
-    QApplication::setOverrideCursor(Qt::WaitCursor);
-    executando_ = true;
-    const auto restaura = qScopeGuard([this] {
-        executando_ = false;
-        QApplication::restoreOverrideCursor();
+QString TFMAtualiza::Conectando() const {
+    const std::string servidor = dm_->SQLConnection1.Aliases().INILeString(aliasAtual_, "Hostname");
+    return Q("Conectando a " + aliasAtual_ + (servidor.empty() ? "" : " (" + servidor + ")") + "...");
+}
+
+/// Asks a server: a box says so and lets it be given up, and what is typed or clicked beside it is dropped.
+void TFMAtualiza::Espera(const QString& texto, const std::function<void()>& pedido) {
+    constexpr std::chrono::milliseconds kAntesDaCaixa{150};  // a box that only flashes up would disturb
+    THBNConnection& conexao = dm_->SQLConnection1;
+    std::future<void> corte;
+    QTimer mostra;
+    mostra.setSingleShot(true);
+    connect(&mostra, &QTimer::timeout, this, [&] { ocupado_->Mostra(texto, -1); });
+    ocupado_->OfereceCancelar([&] {
+        desistiu_ = true;
+        corte = std::async(std::launch::async, [&] { conexao.Cancela(); });  // what follows the opening
     });
+    desistiu_ = false;
+    executando_ = true;
+    conexao.PermiteDesistir([this] { return desistiu_.load(); });
+    QApplication::setOverrideCursor(Qt::BusyCursor);
+    const auto restaura = qScopeGuard([&] {
+        QApplication::restoreOverrideCursor();
+        conexao.PermiteDesistir({});
+        executando_ = false;
+        ocupado_->hide();
+        ocupado_->OfereceCancelar({});
+    });
+    mostra.start(kAntesDaCaixa);
     const TVigia vigia = Vigia(aliasAtual_);
-    AteOFim([&] { EmSegundoPlano(pedido, TEntrada::Descarta); });
+    AteOFim([&] { EmSegundoPlano(pedido, TEntrada::Descarta, &ocupado_->Cancelar()); });
+    if (!desistiu_) return;
+    if (corte.valid()) corte.wait();
+    conexao.Close();
+    throw TErroBanco({.mensagem = std::string(kCancelada), .falha = TFalha::Interrompida});
 }
 
 void TFMAtualiza::PreencheDados() {
@@ -252,7 +280,13 @@ void TFMAtualiza::PreencheDados() {
 
 TDadosDoAlias TFMAtualiza::Preenche(const std::string& alias) {
     TDadosDoAlias dados;
-    Espera([&] { dados = wkd::PreencheDados(*dm_, estado_, alias); });
+    try {
+        Espera(Conectando(), [&] { dados = wkd::PreencheDados(*dm_, estado_, alias); });
+    } catch (const TErroBanco& cancelada) {
+        dados.numUsuarios = "-1 (Versão HBN3)";
+        dados.usuariosOnline = false;
+        dados.erro = cancelada.Dados();
+    }
     if (!alias.empty()) alias_->Mostra(dados);
     return dados;
 }
@@ -262,16 +296,16 @@ void TFMAtualiza::AbreAliasPedido(const std::string& nome) {
     alias_->Escolhe(Q(nome));
     const TDadosDoAlias dados = Preenche(nome);
     if (dm_->SQLConnection1.Connected() || TInterrupcao::Sinal() != 0) return;
-    codigo_ = dados.outraAtualizacao ? TCodigoDeSaida::Encerrada : TCodigoDeSaida::SemConexao;
+    codigo_ = CodigoSemConexao(dados);
     meios_.tela.Informacao(kSemConexao);
-    if (meios_.tela.Desassistida() && !dados.erro.empty()) meios_.tela.Informacao(dados.erro);
+    if (meios_.tela.Desassistida() && dados.erro) meios_.tela.Informacao(ExplicaConexao(*dados.erro));
 }
 
 void TFMAtualiza::btProximoClick() {
     if (executando_) return;
     if (navegacao_.Pagina() == TPagina::Status) return btAtualizarClick();
     if (navegacao_.Pagina() == TPagina::Atualizacao && !PacoteExiste()) return;
-    if (navegacao_.Pagina() == TPagina::Alias) DeixaAlias();
+    if (navegacao_.Pagina() == TPagina::Alias && !DeixaAlias()) return;
     MostraPagina(navegacao_.Proximo());
     btVoltar_->setEnabled(true);
     if (navegacao_.Pagina() == TPagina::Backup) {
@@ -285,10 +319,16 @@ void TFMAtualiza::btProximoClick() {
     }
 }
 
-/// Once: the list fills the page when the focus leaves it.
-void TFMAtualiza::DeixaAlias() {
+/// Once: the list fills the page when the focus leaves it. False when there is nothing to go on with.
+bool TFMAtualiza::DeixaAlias() {
+    if (alias_->Alias().isEmpty()) {
+        alias_->Explica("Escolha o alias na lista acima para seguir.");
+        alias_->setFocus();
+        return false;
+    }
     btProximo_->setFocus();
     if (!IgualSemCaixa(aliasAtual_, S(alias_->Alias()))) PreencheDados();
+    return true;
 }
 
 void TFMAtualiza::btVoltarClick() {
@@ -318,14 +358,14 @@ bool TFMAtualiza::PacoteExiste() {
 void TFMAtualiza::ReabreConexao() {
     opcoes_->Oferece({});
     try {
-        Espera([this] {
+        Espera(Conectando(), [this] {
             dm_->SQLConnection1.Close();
             dm_->SQLConnection1.Open();
             dm_->AtualizaListaDeTabelas();
         });
         opcoes_->Oferece(dm_->ListaDeTabelas());
     } catch (const std::exception& erro) {
-        meios_.tela.Informacao(erro.what());
+        meios_.tela.Informacao(ExplicaConexao(ErroDe(erro)));
     }
 }
 

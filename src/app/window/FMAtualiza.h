@@ -76,7 +76,8 @@ class TFMAtualiza : public QDialog {
     void RestauraPreferencias();
     void GravaPreferencias();
 
-    void Espera(const std::function<void()>& pedido);
+    void Espera(const QString& texto, const std::function<void()>& pedido);
+    QString Conectando() const;
 
     // Alias
     void PreencheDados();
@@ -85,7 +86,7 @@ class TFMAtualiza : public QDialog {
 
     // Pages
     void btProximoClick();
-    void DeixaAlias();
+    bool DeixaAlias();
     void btVoltarClick();
     void MostraPagina(const TPasso& passo);
     bool PacoteExiste();
@@ -126,7 +127,8 @@ class TFMAtualiza : public QDialog {
     std::string aliasAtual_;
     bool mostrada_ = false;
     std::atomic<bool> cancelado_ = false;
-    bool executando_ = false;  // the connection is in another thread's hands: nothing else may use it
+    std::atomic<bool> desistiu_ = false;  // of a connection that is being opened
+    bool executando_ = false;             // the connection is in another thread's hands: nothing else may use it
     TCodigoDeSaida codigo_ = TCodigoDeSaida::Sucesso;
     bool executada_ = false;  // the unattended run is over: codigo_ is what it came to
 

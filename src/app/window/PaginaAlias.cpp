@@ -6,6 +6,7 @@
 
 #include "window/Dialogos.h"
 #include "window/PaginaOpcoes.h"
+#include "window/PaginaStatus.h"
 
 namespace wkd {
 
@@ -43,7 +44,8 @@ TPaginaAlias::TPaginaAlias()
     : edAlias_(Nomeia(new TListaDeAlias, "edAlias", "Alias")),
       edCaminhoBanco_(Edicao("edCaminhoBanco", "Banco de Dados")),
       lblNumUsuarios_(Nomeia(new QLabel, "lblNumUsuarios")),
-      gridUsuariosOnline_(Grade()) {
+      gridUsuariosOnline_(Grade()),
+      mErro_(Nomeia(new TMemoDeLinhas, "mErroDoAlias", "Por que não há conexão")) {
     edCaminhoBanco_->setReadOnly(true);
     setFocusProxy(edAlias_);
 
@@ -55,6 +57,8 @@ TPaginaAlias::TPaginaAlias()
     linhas->addWidget(new QLabel("Nº Usuários online: "), 3, 0);
     linhas->addWidget(lblNumUsuarios_, 3, 1);
     linhas->addWidget(gridUsuariosOnline_, 4, 0, 1, 2);
+    linhas->addWidget(mErro_, 4, 0, 1, 2);  // never both
+    mErro_->hide();
     linhas->setColumnStretch(1, 1);
     linhas->setRowStretch(4, 1);
 
@@ -75,9 +79,28 @@ void TPaginaAlias::Escolhe(const QString& alias) {
 
 QString TPaginaAlias::Alias() const { return edAlias_->currentText(); }
 
-void TPaginaAlias::EscondeUsuarios() { gridUsuariosOnline_->hide(); }
+void TPaginaAlias::EscondeUsuarios() {
+    gridUsuariosOnline_->hide();
+    lblNumUsuarios_->clear();
+    edCaminhoBanco_->clear();
+    Explica({});
+}
+
+void TPaginaAlias::Explica(const QString& texto) {
+    mErro_->setPlainText(texto);
+    mErro_->setVisible(!texto.isEmpty());
+}
+
+namespace {
+
+constexpr const char* kGeracaoAnterior =
+    "Este banco é da geração anterior: não tem a tabela de usuários conectados. Confira de outro modo que ninguém está "
+    "no sistema; a atualização pode seguir.";
+
+}  // namespace
 
 void TPaginaAlias::Mostra(const TDadosDoAlias& dados) {
+    Explica(dados.erro ? Q(ExplicaConexao(*dados.erro)) : dados.usuariosOnline ? QString() : QString(kGeracaoAnterior));
     lblNumUsuarios_->setText(Q(dados.numUsuarios));
     edCaminhoBanco_->setText(Q(dados.caminhoBanco));
     gridUsuariosOnline_->setVisible(dados.usuariosOnline);

@@ -8,6 +8,7 @@
 
 class QLabel;
 class QLineEdit;
+class QPlainTextEdit;
 class QTableWidget;
 
 namespace wkd {
@@ -24,8 +25,11 @@ class TPaginaAlias : public QWidget {
     void Escolhe(const QString& alias);
     /// Empty as long as none is chosen.
     QString Alias() const;
+    /// Until another alias is shown.
     void EscondeUsuarios();
     void Mostra(const TDadosDoAlias& dados);
+    /// A text in the place of the users; empty for none.
+    void Explica(const QString& texto);
 
   signals:
     /// The list of aliases was closed or left.
@@ -36,6 +40,7 @@ class TPaginaAlias : public QWidget {
     QLineEdit* edCaminhoBanco_;
     QLabel* lblNumUsuarios_;
     QTableWidget* gridUsuariosOnline_;
+    QPlainTextEdit* mErro_;
 };
 
 }  // namespace wkd

@@ -42,7 +42,7 @@ class TListaDeAlias : public QComboBox {
     void focusOutEvent(QFocusEvent* evento) override {
         QComboBox::focusOutEvent(evento);
         const Qt::FocusReason motivo = evento->reason();
-        if (motivo != Qt::PopupFocusReason && motivo != Qt::ActiveWindowFocusReason) emit Exit();
+        if (!aberta_ && motivo != Qt::PopupFocusReason && motivo != Qt::ActiveWindowFocusReason) emit Exit();
     }
 
   private:

@@ -38,6 +38,7 @@ TPainelOcupado::TPainelOcupado(QWidget* janela)
     setAutoFillBackground(true);
     texto_->setTextFormat(Qt::PlainText);
     texto_->setAlignment(Qt::AlignCenter);
+    texto_->setWordWrap(true);
     auto* linhas = new QVBoxLayout(this);
     linhas->setContentsMargins(24, 16, 24, 16);
     linhas->addWidget(texto_);

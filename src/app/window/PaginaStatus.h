@@ -33,6 +33,7 @@ class TPainelOcupado : public QFrame {
     void Mostra(const QString& texto, int percentual);
     /// A button "Cancelar" that calls this, once; none without it.
     void OfereceCancelar(std::function<void()> cancela);
+    QPushButton& Cancelar() { return *cancelar_; }
 
   private:
     QLabel* texto_;

@@ -150,6 +150,7 @@ TFalha FalhaAoAbrir(const ISC_STATUS* estado, const std::vector<ISC_STATUS>& cod
     if (DoSistema(estado, {}, {32})) return TFalha::EmUso;                    // ERROR_SHARING_VIOLATION
     // A server of another machine gives its reason in words alone.
     if (Tem(codigos, isc_io_open_err) || DoSistema(estado, {2, 20}, {2, 3, 123})) return TFalha::BancoInexistente;
+    if (Tem(codigos, isc_random)) return TFalha::NaoEBanco;  // shorter than any
     return falha;
 }
 

@@ -1,7 +1,10 @@
 #include "server/HBNConnection.h"
 
 #include <algorithm>
+#include <chrono>
+#include <future>
 #include <string>
+#include <thread>
 #include <utility>
 
 #include "aliases/ArquivoIni.h"
@@ -126,17 +129,13 @@ std::optional<std::filesystem::path> THBNConnection::ArquivoLocal() const {
 
 void THBNConnection::Open() {
     Close();
-    if (aliasTrocado_) {  // otherwise the same driver object goes on, and with it the commands prepared on it
-        std::shared_ptr<TConnection> novo = fabrica_(tipoBanco_, parametros_);
-        {
-            const std::lock_guard trava(guarda_);
-            driver_.swap(novo);
-        }
-        LigaObservador();
+    if (aliasTrocado_ || desiste_) {  // otherwise the same driver object goes on, and with it what was prepared on it
+        TrocaDriver(fabrica_(tipoBanco_, parametros_));
+        if (!desiste_) LigaObservador();
         aliasTrocado_ = false;
     }
     TInterrupcao::Confere();
-    driver_->Open();
+    AbreDriver();
     ++aberturas_;
     try {
         if (TipoBanco() == TTipoBanco::tbSQLServer) driver_->ExecuteDirect("set dateformat mdy");
@@ -144,6 +143,35 @@ void THBNConnection::Open() {
         Close();
         throw;
     }
+}
+
+/// The observer is of this object, which a driver that is left alone may outlive: it comes afterwards.
+void THBNConnection::AbreDriver() {
+    if (!desiste_) return driver_->Open();
+    const auto abertura = std::make_shared<std::promise<void>>();
+    auto fim = abertura->get_future();
+    std::thread([abertura, driver = driver_] {
+        try {
+            driver->Open();
+            abertura->set_value();
+        } catch (...) {
+            abertura->set_exception(std::current_exception());
+        }
+    }).detach();
+    constexpr std::chrono::milliseconds kEntrePerguntas{50};
+    while (fim.wait_for(kEntrePerguntas) == std::future_status::timeout) {
+        if (!desiste_()) continue;
+        TrocaDriver(nullptr);
+        aliasTrocado_ = true;
+        throw TErroBanco({.mensagem = "A conexão foi cancelada.", .falha = TFalha::Interrompida});
+    }
+    fim.get();
+    LigaObservador();
+}
+
+void THBNConnection::TrocaDriver(std::shared_ptr<TConnection> novo) {
+    const std::lock_guard trava(guarda_);
+    driver_.swap(novo);
 }
 
 void THBNConnection::Close() noexcept {

@@ -120,6 +120,11 @@ class THBNConnection : public TConnection {
     std::vector<TIndice> Indices(std::string_view tabela) override;
     void Observa(TObservador observador) override;
 
+    /// As long as there is this function, Open() asks it while it waits, and throws TErroBanco (Interrompida) when it
+    /// says yes: no driver lets an opening be broken off, so that it is left alone on a thread of its own, and closed
+    /// when it ends. What was prepared on the connection before such an opening is gone.
+    void PermiteDesistir(std::function<bool()> desiste) { desiste_ = std::move(desiste); }
+
     // Column dictionary
     /// Makes `alvo` a copy of the cached column-dictionary rows of one table; without SATRIB it is closed. The first
     /// call after a connect reads the dictionary, so that a connection that never asks pays nothing.
@@ -131,6 +136,8 @@ class THBNConnection : public TConnection {
     TConnection& Driver() const;
     std::shared_ptr<TConnection> DriverDeOutraThread() const;
     void LigaObservador();
+    void AbreDriver();
+    void TrocaDriver(std::shared_ptr<TConnection> novo);
     std::vector<std::string> TabelasDoUsuarioOracle();
 
     TAliases aliases_;
@@ -143,6 +150,7 @@ class THBNConnection : public TConnection {
     mutable std::mutex guarda_;  // what other threads ask of the driver, while another alias's replaces it
     std::shared_ptr<TConnection> driver_;
     TObservador observador_;
+    std::function<bool()> desiste_;
     TCacheSatrib satrib_;
 };
 
