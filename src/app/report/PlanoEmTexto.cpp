@@ -183,7 +183,6 @@ std::string ReposicaoEmTexto(const TReposicao& reposicao) {
 }
 
 std::string DesviosEmJson(const std::string& alias, const std::vector<TDesvio>& desvios) {
-    using TJson = nlohmann::ordered_json;
     TJson json = {{"programa", "AtualizaWKD " + std::string(kVersao)}, {"alias", alias}, {"desvios", TJson::array()}};
     for (const auto& desvio : desvios)
         json["desvios"].push_back(

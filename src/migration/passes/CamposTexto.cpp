@@ -200,7 +200,8 @@ void Devolve(TContexto& ctx, std::vector<TIndicesGuardados>& guardados) {
 
 void AjustaCamposStringMaior2000(TContexto& ctx) {
     auto colunas = ColunasLongas(ctx);
-    std::ranges::stable_partition(colunas, [&](const TColunaLonga& coluna) { return Interrompida(ctx, coluna); });
+    std::stable_partition(colunas.begin(), colunas.end(),
+                          [&](const TColunaLonga& coluna) { return Interrompida(ctx, coluna); });
     for (const auto& coluna : colunas) Ajusta(ctx, coluna);
 }
 
