@@ -70,7 +70,8 @@ void TSha256::Soma(std::string_view bytes) {
 std::string TSha256::Valor() {
     const std::uint64_t bits = bytes_ * 8;
     Soma("\x80");
-    while (noResto_ != 56) Soma(std::string_view("", 1));
+    const std::string zero(1, '\0');
+    while (noResto_ != 56) Soma(zero);
     std::string tamanho;
     for (int i = 56; i >= 0; i -= 8) tamanho += static_cast<char>(bits >> i);
     Soma(tamanho);
