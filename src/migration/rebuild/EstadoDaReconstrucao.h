@@ -12,6 +12,11 @@ namespace wkd {
 
 /// How far the rebuild of a table has come, as its marks tell: the one on the backup table, the one in TINI, VERSAO -1.
 /// An interruption leaves one of these, and the next rebuild goes on from it:
+///
+///              copy begins              proof, -1, then drop and mark at once           rows back and proven
+///     Nenhuma ------------> Guardando -----------------------------------> Restaurando ---------------------> Nenhuma
+///        ^                      |                                           |       ^
+///        +--- saved anew -------+ interrupted                   interrupted +-------+ what is missing comes back
 enum class TEstadoDaReconstrucao {
     Nenhuma,       // none is open. The table is saved; the backup of an earlier rebuild gives way.
     Guardando,     // the backup is being made, or is complete; the table is whole. It is saved anew.

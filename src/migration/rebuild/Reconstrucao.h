@@ -20,10 +20,10 @@ namespace wkd {
 /// One rebuild. Up to the drop every error leaves the table as it is; behind it the rows are in the backup table, and
 /// VERSAO -1 stays until they are back.
 ///
-///     Inteira --------------------------------------------- drop --> Apagada   (restored: the rebuild ends)
-///     Retomando --+-- restored, another layout --> Devolvida -- drop --^
-///                 +-- the same, the backup lacks something --> Superada -- drop --^
-///                 +-- restored as the package wants it, or not: the rebuild ends --> Terminada
+///     Inteira ------------------------------------------------------------------ drop --> Apagada
+///     Retomando --+-- rows back, the package wants another layout --> Devolvida -- drop --> Apagada
+///                 +-- the same, and the backup lacks something ----> Superada --- drop --> Apagada
+///                 +-- rows back, or not: the rebuild ends ---------> Terminada
 class TReconstrucao {
   public:
     TReconstrucao(TContexto& ctx, std::string_view nome)
