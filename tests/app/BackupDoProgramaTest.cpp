@@ -30,7 +30,7 @@ class TProgramaComBackup : public TProgramaInstalado {
     }
 };
 
-TEST(BackupDoPrograma, faz_prova_e_volta_atras) {
+TEST(BackupDoPrograma, MakesProvesAndGoesBack) {
     const TProgramaComBackup loja;
     const std::string antes = loja.Retrato();
     auto saida = loja.Roda({"--backup", "LOJA"});
@@ -69,7 +69,7 @@ TEST(BackupDoPrograma, faz_prova_e_volta_atras) {
     EXPECT_TRUE(saida.Diz("está, inteiro, em") && saida.Diz("LOJA_antes.fdb")) << saida.erros;
 }
 
-TEST(BackupDoPrograma, ensaia_sem_tocar_no_banco) {
+TEST(BackupDoPrograma, RehearsesWithoutTouchingTheDatabase) {
     const TProgramaComBackup loja;
     loja.Banco()->ExecuteDirect("insert into TCONTAS_REC (DOCUMENTO, PARCELA, HISTORICO) values ('X', 1, 'h')");
     const std::string antes = loja.Retrato();
@@ -97,7 +97,7 @@ TEST(BackupDoPrograma, ensaia_sem_tocar_no_banco) {
     EXPECT_EQ(acoes(ensaio.at("execucao")), acoes(relatorio));
 }
 
-TEST(BackupDoPrograma, o_ensaio_mostra_cada_rejeitado_com_a_sua_chave) {
+TEST(BackupDoPrograma, TheRehearsalShowsEachRejectedRowWithItsKey) {
     const TProgramaComBackup loja;
     std::string colunas = loja.Arquivo("fontes/SAtrib.WKD");
     const std::string de = "NOME=\"HISTORICO\" TIPO=\"ftString\" TAMANHO=\"80\"";
@@ -121,7 +121,7 @@ TEST(BackupDoPrograma, o_ensaio_mostra_cada_rejeitado_com_a_sua_chave) {
     EXPECT_FALSE(fs::exists(loja / "AtualizaWKD.rejeitados.jsonl"));
 }
 
-TEST(BackupDoPrograma, o_ensaio_deixa_a_copia_e_diz_por_que_nao) {
+TEST(BackupDoPrograma, TheRehearsalKeepsTheCopyAndSaysWhyNot) {
     const TProgramaComBackup loja;
     loja.Escreve("pacote.zip", "não é um pacote");
     auto saida = loja.Roda({"--ensaio", "LOJA", "pacote.zip"});
@@ -135,7 +135,7 @@ TEST(BackupDoPrograma, o_ensaio_deixa_a_copia_e_diz_por_que_nao) {
     EXPECT_TRUE(saida.Diz("_ensaio_")) << saida.erros;  // named by the next start
 }
 
-TEST(BackupDoPrograma, atualiza_com_rede) {
+TEST(BackupDoPrograma, UpdatesWithABackupToGoBackTo) {
     const TProgramaComBackup loja;
     loja.Escreve("Backup", "uma pasta não é");
     const std::string antes = loja.Retrato();
@@ -155,7 +155,7 @@ TEST(BackupDoPrograma, atualiza_com_rede) {
     EXPECT_EQ(loja.Retrato(), antes);
 }
 
-TEST(BackupDoPrograma, a_conferencia_conta_as_rejeitadas_e_o_que_so_a_tabela_de_backup_tem) {
+TEST(BackupDoPrograma, TheCheckCountsRejectedRowsAndWhatOnlyTheBackupTableHas) {
     const TProgramaComBackup loja;
     loja.Banco()->ExecuteDirect("create table BTCIDADE (CODIGO integer, NOME varchar(50))");
     loja.Banco()->ExecuteDirect("insert into BTCIDADE values (98765, 'só aqui')");

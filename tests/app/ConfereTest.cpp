@@ -25,7 +25,7 @@ std::vector<std::string> Desvios(const TProgramaInstalado& loja, int codigo) {
 }
 
 /// The package names an index for a table whose version it leaves as it is: no run makes it.
-TEST(Confere, um_banco_atualizado_so_tem_as_tabelas_de_backup_de_sobra) {
+TEST(Confere, AnUpdatedDatabaseHasNothingToSpareButBackupTables) {
     const TProgramaInstalado loja;
     ASSERT_EQ(loja.Atualiza().codigo, 0);
     EXPECT_EQ(Desvios(loja, 11), (std::vector<std::string>{"backup-sobra BTCONTAS_REC.", "backup-sobra BTVENDA.",
@@ -37,7 +37,7 @@ TEST(Confere, um_banco_atualizado_so_tem_as_tabelas_de_backup_de_sobra) {
     EXPECT_TRUE(loja.Roda({"--confere", "LOJA;"}).Diz("é o que o dicionário diz"));
 }
 
-TEST(Confere, nomeia_cada_diferenca) {
+TEST(Confere, NamesEachDifference) {
     const TProgramaInstalado loja;
     ASSERT_EQ(loja.Atualiza().codigo, 0);
     {
@@ -62,7 +62,7 @@ TEST(Confere, nomeia_cada_diferenca) {
                                      "tabela-sobra TEXTRA.", "tamanho TCLI_CON.NOME", "tipo TCLI_CON.LIMITE_CREDITO"}));
 }
 
-TEST(Confere, termina_com_o_codigo_do_que_falta) {
+TEST(Confere, EndsWithTheCodeOfWhatIsMissing) {
     const TProgramaInstalado loja;
     EXPECT_EQ(loja.Roda({"--confere"}).codigo, 64);
     EXPECT_EQ(loja.Roda({"--confere", "NENHUM"}).codigo, 3);

@@ -41,7 +41,7 @@ class DuasExecucoes : public testing::TestWithParam<bool> {
     std::string servidor_;
 };
 
-TEST_P(DuasExecucoes, a_segunda_acaba_logo_diz_quem_atualiza_e_nao_toca_em_nada) {
+TEST_P(DuasExecucoes, TheSecondEndsAtOnceSaysWhoUpdatesAndTouchesNothing) {
     THBNConnection conexao(TAliases(loja_ / "WKD.ini"));
     conexao.SetAlias("LOJA");
     conexao.Open();
@@ -66,7 +66,7 @@ TEST_P(DuasExecucoes, a_segunda_acaba_logo_diz_quem_atualiza_e_nao_toca_em_nada)
     EXPECT_EQ(depois.codigo, 0) << depois.erros;
 }
 
-TEST_P(DuasExecucoes, de_duas_ao_mesmo_tempo_uma_atualiza_e_a_outra_nao_estraga_nada) {
+TEST_P(DuasExecucoes, OfTwoAtOnceOneUpdatesAndTheOtherSpoilsNothing) {
     const TProgramaInstalado sozinha;
     ASSERT_EQ(sozinha.Atualiza().codigo, 0);
     auto outra = std::async(std::launch::async, [&] { return filial_.Atualiza(); });

@@ -21,7 +21,7 @@ using TJson = nlohmann::json;
 
 bool Contem(std::string_view texto, std::string_view parte) { return texto.find(parte) != std::string_view::npos; }
 
-TEST(Erros, cada_um_tem_sua_linha_e_uma_segunda_com_o_que_falta_a_ela) {
+TEST(Erros, EachHasItsLineAndASecondWithWhatThatOneLacks) {
     std::vector<std::string> linhas;
     TEcoDosErros eco([&](std::string_view linha) { linhas.emplace_back(linha); });
     const auto diz = [&](const std::vector<std::string>& esperadas) {
@@ -54,7 +54,7 @@ TEST(Erros, cada_um_tem_sua_linha_e_uma_segunda_com_o_que_falta_a_ela) {
     diz({"sem conexão"});
 }
 
-TEST(Erros, um_registro_recusado_tem_uma_so_providencia) {
+TEST(Erros, ARefusedRowHasOneAdvice) {
     const TPastaTemporaria pasta;
     TLogDaExecucao log(pasta / "AtualizaWKD.log");
     TDialogosDeTeste ninguem;
@@ -73,7 +73,7 @@ TEST(Erros, um_registro_recusado_tem_uma_so_providencia) {
     EXPECT_EQ(erros.find("Providência", providencia + 1), std::string::npos) << erros;
 }
 
-TEST(Erros, so_a_falta_da_tabela_de_usuarios_faz_um_banco_da_geracao_anterior) {
+TEST(Erros, OnlyALackingTableOfUsersMakesAnOlderGeneration) {
     TModuloTemporario modulo;
     TEstado estado;
     const auto preenche = [&](const char* comando) {
@@ -171,7 +171,7 @@ bool DizMensagem(std::string_view erros, std::string_view mensagem) {
 }
 
 /// With --gtest_shuffle the seed is the shuffle's, so that a repeated run goes through other packages.
-TEST(Erros, o_que_o_codigo_de_saida_conta_esta_na_saida_de_erros) {
+TEST(Erros, WhatTheExitCodeCountsIsOnStandardError) {
     const auto base = static_cast<unsigned>(testing::UnitTest::GetInstance()->random_seed()) * 1000;
     constexpr unsigned kPacotes = 20;
     const TProgramaInstalado loja;

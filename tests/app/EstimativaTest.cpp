@@ -25,7 +25,7 @@ class TEstimativaTest : public ::testing::Test {
     TEstimativa estimativa_{[this] { return agora_; }};
 };
 
-TEST_F(TEstimativaTest, promete_so_o_que_mediu) {
+TEST_F(TEstimativaTest, PromisesOnlyWhatItMeasured) {
     EXPECT_EQ(estimativa_.Texto(), "");
     estimativa_.Comeca(27'000);
     EXPECT_EQ(estimativa_.Texto(), "");
@@ -37,7 +37,7 @@ TEST_F(TEstimativaTest, promete_so_o_que_mediu) {
     EXPECT_EQ(estimativa_.Texto(), "27.000 de 27.000 (100%), 1.000/s");
 }
 
-TEST_F(TEstimativaTest, segue_o_ritmo_dos_ultimos_segundos) {
+TEST_F(TEstimativaTest, FollowsThePaceOfTheLastSeconds) {
     estimativa_.Comeca(1'000'000);
     Trabalha(60s, 60'000);
     Trabalha(11s, 1'100);
@@ -45,7 +45,7 @@ TEST_F(TEstimativaTest, segue_o_ritmo_dos_ultimos_segundos) {
     EXPECT_NEAR(static_cast<double>(estimativa_.Falta()->count()), 938'900 / 100, 938'900 / 100 * 0.4);
 }
 
-TEST_F(TEstimativaTest, uma_parada_longa_alonga_o_que_falta) {
+TEST_F(TEstimativaTest, ALongStopLengthensWhatIsLeft) {
     estimativa_.Comeca(2'000);
     Trabalha(10s, 1'000);
     const auto antes = *estimativa_.Falta();
@@ -53,7 +53,7 @@ TEST_F(TEstimativaTest, uma_parada_longa_alonga_o_que_falta) {
     EXPECT_GE(*estimativa_.Falta(), antes * 19 / 10);
 }
 
-TEST_F(TEstimativaTest, recomeca_com_outro_trabalho) {
+TEST_F(TEstimativaTest, BeginsAnewWithOtherWork) {
     estimativa_.Comeca(100);
     Trabalha(100s, 100);
     estimativa_.Feito(0);
@@ -64,7 +64,7 @@ TEST_F(TEstimativaTest, recomeca_com_outro_trabalho) {
     EXPECT_FALSE(estimativa_.Falta());
 }
 
-TEST(Andamento, diz_a_tabela_o_que_esta_feito_e_o_que_falta_nesta_ordem) {
+TEST(Andamento, TellsTableDoneAndLeftInThisOrder) {
     EXPECT_EQ(LinhaDeAndamento(
                   {2, 12, "Analisando Tabela: TCLI_CON", "Restaurando backup da tabela: TCLI_CON", "5 de 10 (50%)"}),
               "Tabela 3 de 12 | 5 de 10 (50%) | Restaurando backup da tabela: TCLI_CON");
@@ -76,7 +76,7 @@ TEST(Andamento, diz_a_tabela_o_que_esta_feito_e_o_que_falta_nesta_ordem) {
         "sem resposta do servidor há 31 s | Tabela 3 de 12 | Analisando Tabela: TCLI_CON");
 }
 
-TEST(Andamento, a_linha_cabe_na_largura_do_terminal) {
+TEST(Andamento, TheLineFitsTheTerminal) {
     EXPECT_EQ(Corta("ação", 4), "ação");
     EXPECT_EQ(Corta("ação longa", 5), "ação…");
     EXPECT_EQ(Corta("", 5), "");

@@ -5,7 +5,7 @@
 namespace wkd {
 namespace {
 
-TEST(LinhaDeComando, separa_assistente_atualizacao_e_opcoes) {
+TEST(LinhaDeComando, TellsWizardUpdateAndOptionsApart) {
     EXPECT_TRUE(std::holds_alternative<TPedeJanela>(LeLinhaDeComando({})));
     EXPECT_EQ(std::get<TPedeJanela>(LeLinhaDeComando({"LOJA;nobkp"})).argumento, "LOJA;nobkp");
 
@@ -18,7 +18,7 @@ TEST(LinhaDeComando, separa_assistente_atualizacao_e_opcoes) {
     EXPECT_EQ(std::get<TPedeTestaAlias>(LeLinhaDeComando({"--testa-alias", "A"})).nome, "A");
 }
 
-TEST(LinhaDeComando, diz_o_que_falta_ou_sobra) {
+TEST(LinhaDeComando, SaysWhatIsMissingOrTooMuch) {
     const std::pair<std::vector<std::string>, const char*> casos[] = {
         {{"LOJA", "p.zip"}, "LOJA;"},
         {{"--nada"}, "--nada"},
@@ -46,12 +46,12 @@ TEST(LinhaDeComando, diz_o_que_falta_ou_sobra) {
     }
 }
 
-TEST(LinhaDeComando, nao_sugere_o_que_nao_se_parece) {
+TEST(LinhaDeComando, SuggestsNothingUnlike) {
     const TPedido pedido = LeLinhaDeComando({"--desfaz"});
     EXPECT_EQ(std::get<TUsoIncorreto>(pedido).mensagem, "Opção desconhecida: --desfaz.");
 }
 
-TEST(LinhaDeComando, aceita_o_valor_colado_ou_separado_e_as_chaves_em_qualquer_lugar) {
+TEST(LinhaDeComando, TakesValuesJoinedOrApartAndSwitchesAnywhere) {
     const std::vector<std::string> linhas[] = {{"--plano", "LOJA;", "a=b.zip", "--json"},
                                                {"--plano=LOJA", "--json", "a=b.zip"},
                                                {"--plano=LOJA", "a=b.zip", "--json"}};
@@ -69,7 +69,7 @@ TEST(LinhaDeComando, aceita_o_valor_colado_ou_separado_e_as_chaves_em_qualquer_l
     EXPECT_EQ(novo.alias.path, "");
 }
 
-TEST(LinhaDeComando, le_o_novo_alias_inteiro) {
+TEST(LinhaDeComando, ReadsTheWholeNewAlias) {
     const auto pedido = std::get<TPedeNovoAlias>(
         LeLinhaDeComando({"--novo-alias", "FILIAL", "--menu", "--usuario", "SYSDBA", "--tipo", "tbInterbase", "--path",
                           "/dados/", "--hostname", "srv/3055", "--database", "loja.fdb", "--autenticacao", "1"}));

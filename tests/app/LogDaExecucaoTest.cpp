@@ -24,7 +24,7 @@ class LogDaExecucao : public testing::Test {
     const TDataHora quando_{DataDe(2026, 3, 9), {(13 * 3600 + 5 * 60 + 7) * kTiquesPorSegundo}};
 };
 
-TEST_F(LogDaExecucao, nasce_ao_fechar_e_poe_o_mais_novo_em_cima) {
+TEST_F(LogDaExecucao, IsBornAtTheCloseWithTheNewestOnTop) {
     TLogDaExecucao log(caminho_);
     log.Carrega();
     log.SetLog("primeira", "TCLI", "Alterar", quando_);
@@ -39,7 +39,7 @@ TEST_F(LogDaExecucao, nasce_ao_fechar_e_poe_o_mais_novo_em_cima) {
               "\r\nAção: Alterar\r\nTabela: TCLI\r\n[09/03/2026 13:05:07] primeira\r\n");
 }
 
-TEST_F(LogDaExecucao, guarda_textos_de_outras_codificacoes) {
+TEST_F(LogDaExecucao, KeepsTextsOfOtherEncodings) {
     const std::pair<std::string, std::string> casos[] = {
         {"Atualiza\xE7\xE3o\n", "Atualização\r\n"},
         {std::string("\xEF\xBB\xBF") + "Ação\r\nsem fim",
@@ -62,7 +62,7 @@ TEST_F(LogDaExecucao, guarda_textos_de_outras_codificacoes) {
     }
 }
 
-TEST_F(LogDaExecucao, muitas_entradas_ficam_em_ordem) {
+TEST_F(LogDaExecucao, ManyEntriesStayInOrder) {
     Escreve("");
     TLogDaExecucao log(caminho_);
     log.Carrega();
@@ -76,7 +76,7 @@ TEST_F(LogDaExecucao, muitas_entradas_ficam_em_ordem) {
     }
 }
 
-TEST_F(LogDaExecucao, o_que_cresce_demais_e_posto_de_lado) {
+TEST_F(LogDaExecucao, WhatGrowsTooMuchIsPutAside) {
     constexpr std::size_t kLimite = 1000;
     Escreve("velho\r\n" + std::string(kLimite, 'x'));
     TLogDaExecucao log(caminho_, kLimite);
@@ -99,7 +99,7 @@ TEST_F(LogDaExecucao, o_que_cresce_demais_e_posto_de_lado) {
     }
 }
 
-TEST_F(LogDaExecucao, um_link_com_o_seu_nome_nao_e_lido_nem_escrito) {
+TEST_F(LogDaExecucao, ALinkOfItsNameIsNeitherReadNorWritten) {
     const auto alheio = pasta_ / "alheio";
     std::ofstream(alheio) << "intacto";
     std::filesystem::create_symlink(alheio, caminho_);
@@ -110,7 +110,7 @@ TEST_F(LogDaExecucao, um_link_com_o_seu_nome_nao_e_lido_nem_escrito) {
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(f), {}), "intacto");
 }
 
-TEST_F(LogDaExecucao, falha_de_gravacao_deixa_o_arquivo_como_estava) {
+TEST_F(LogDaExecucao, AFailedWriteLeavesTheFileAsItWas) {
     Escreve("velho\r\n");
     std::filesystem::create_directory(caminho_.string() + ".novo");  // nothing can be written in its place
     TLogDaExecucao log(caminho_);
@@ -119,7 +119,7 @@ TEST_F(LogDaExecucao, falha_de_gravacao_deixa_o_arquivo_como_estava) {
     EXPECT_EQ(Arquivo(), "velho\r\n");
 }
 
-TEST_F(LogDaExecucao, o_que_nao_se_le_nao_e_substituido) {
+TEST_F(LogDaExecucao, WhatCannotBeReadIsNotReplaced) {
     std::filesystem::create_directory(caminho_);  // even root cannot read it
     TLogDaExecucao log(caminho_);
     EXPECT_THROW(log.Carrega(), std::system_error);

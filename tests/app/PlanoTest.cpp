@@ -55,7 +55,7 @@ struct TCenario {
     std::function<void(const TProgramaInstalado&)> prepara;
 };
 
-TEST(Plano, a_atualizacao_decide_e_comanda_o_que_o_plano_disse) {
+TEST(Plano, TheUpdateDecidesAndRunsWhatThePlanSaid) {
     const TCenario cenarios[] = {
         {"an older release", [](auto&) {}},
         {"a text of 2000 characters, narrowed before the tables",
@@ -121,7 +121,7 @@ std::string PaginasDeDados(const std::string& arquivo) {
     return paginas;
 }
 
-TEST(Plano, nao_muda_nada_no_banco_nem_precisa_poder) {
+TEST(Plano, ChangesNothingAndNeedsNoRightTo) {
     const TProgramaInstalado loja;
     const std::string antes = loja.Arquivo("loja.fdb");
     Plano(loja, 10);
@@ -158,7 +158,7 @@ void ChaveDeProdutoViraUnidade(const TProgramaInstalado& loja) {
         "CHAVE_DE_PESQUISA=\"0\"");
 }
 
-TEST(Plano, acha_nos_dados_o_que_a_mudanca_nao_aceita) {
+TEST(Plano, FindsInTheDataWhatTheChangeDoesNotTake) {
     const TProblema problemas[] = {
         {"TCONTAS_REC", "texto-longo", 1, "DOCUMENTO=NF00001, PARCELA=1, HISTORICO=xxx",
          [](auto& loja) {
@@ -232,7 +232,7 @@ TEST(Plano, acha_nos_dados_o_que_a_mudanca_nao_aceita) {
     }
 }
 
-TEST(Plano, diz_o_que_espera_pelos_usuarios_conectados) {
+TEST(Plano, SaysWhatWaitsForConnectedUsers) {
     const TProgramaInstalado loja;
     loja.Banco()->ExecuteDirect("update csenha set flag1 = 1");
     const TJson plano = Plano(loja, 11);
@@ -241,7 +241,7 @@ TEST(Plano, diz_o_que_espera_pelos_usuarios_conectados) {
     EXPECT_TRUE(loja.Roda({"--plano", "LOJA;", "pacote.zip"}).Diz("seria recusada até que saiam"));
 }
 
-TEST(Plano, acha_o_que_se_perde_antes_das_tabelas) {
+TEST(Plano, FindsWhatIsLostBeforeTheTables) {
     const TProgramaInstalado loja;
     {
         const auto banco = loja.Banco();
@@ -278,7 +278,7 @@ TEST(Plano, acha_o_que_se_perde_antes_das_tabelas) {
     EXPECT_TRUE(Contem(feita.erros, "1 texto(s) da coluna OBS cortado(s)"));
 }
 
-TEST(Plano, termina_com_o_codigo_do_que_falta) {
+TEST(Plano, EndsWithTheCodeOfWhatIsMissing) {
     const TProgramaInstalado loja;
     EXPECT_EQ(loja.Roda({"--plano", "LOJA"}).codigo, 64);
     EXPECT_EQ(loja.Roda({"--plano", "LOJA", "nenhum.zip"}).codigo, 2);

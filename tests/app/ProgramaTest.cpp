@@ -10,7 +10,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-TEST(Programa, atualiza_um_banco_de_uma_versao_antiga) {
+TEST(Programa, UpdatesADatabaseOfAnOldVersion) {
     const TProgramaInstalado loja;
     const auto saida = loja.Atualiza();
     EXPECT_EQ(saida.codigo, 0) << saida.saida << saida.erros;
@@ -39,7 +39,7 @@ TEST(Programa, atualiza_um_banco_de_uma_versao_antiga) {
     EXPECT_EQ(Diferencas(depois, loja.Retrato()), "");
 }
 
-TEST(Programa, ajuda_versao_e_argumentos_errados) {
+TEST(Programa, HelpVersionAndWrongArguments) {
     const TProgramaInstalado loja;
     EXPECT_EQ(loja.Roda({"--help"}).codigo, 0);
     EXPECT_TRUE(loja.Roda({"--version"}).Diz("7.17"));
@@ -54,7 +54,7 @@ TSaidaDePrograma RodaSemFirebird(const TProgramaInstalado& loja, std::vector<std
     return RodaPrograma("/usr/bin/env", argumentos, loja / "");
 }
 
-TEST(Programa, sem_o_cliente_do_firebird_diz_o_que_instalar_e_atende_os_outros_servidores) {
+TEST(Programa, WithoutFirebirdsClientSaysWhatToInstallAndServesOtherServers) {
     const TProgramaInstalado loja;
     EXPECT_TRUE(loja.Roda({"--version"}).Diz("Cliente do Firebird: LI-V"));
     const auto versao = RodaSemFirebird(loja, {"--version"});
@@ -71,7 +71,7 @@ TEST(Programa, sem_o_cliente_do_firebird_diz_o_que_instalar_e_atende_os_outros_s
     EXPECT_NE(outro.erros, "");
 }
 
-TEST(Programa, mantem_os_aliases) {
+TEST(Programa, KeepsTheAliases) {
     const TProgramaInstalado loja;
     const std::vector<std::string> novo = {
         "--novo-alias",       "FILIAL",     "--tipo",   "tbInterbase", "--hostname", "",      "--path",
@@ -105,7 +105,7 @@ void TrocaNoPacote(const TProgramaInstalado& loja, const fs::path& arquivo, std:
     loja.Empacota();
 }
 
-TEST(Programa, diz_o_que_esta_errado_e_deixa_o_banco_como_estava) {
+TEST(Programa, SaysWhatIsWrongAndLeavesTheDatabaseAsItWas) {
     const TCaso casos[] = {
         {"no settings file", [](auto& loja) { fs::remove(loja / "WKD.ini"); }, 3, {"WKD.Ini"}},
         {"unknown alias", [](auto& loja) { TrocaNoIni(loja, "[LOJA]", "[OUTRA]"); }, 3, {"LOJA", "WKD.ini"}},
@@ -168,7 +168,7 @@ TEST(Programa, diz_o_que_esta_errado_e_deixa_o_banco_como_estava) {
     }
 }
 
-TEST(Programa, recusa_um_banco_sem_dicionario) {
+TEST(Programa, RefusesADatabaseWithoutDictionary) {
     const TProgramaInstalado loja;
     loja.Banco()->ExecuteDirect("drop table SATRIB");
     const std::string antes = loja.Retrato();
@@ -178,7 +178,7 @@ TEST(Programa, recusa_um_banco_sem_dicionario) {
     EXPECT_EQ(Diferencas(antes, loja.Retrato()), "");
 }
 
-TEST(Programa, para_diante_de_usuarios_conectados_quando_a_mudanca_e_exclusiva) {
+TEST(Programa, StopsAtConnectedUsersWhenTheChangeIsExclusive) {
     const TProgramaInstalado loja;
     loja.Banco()->ExecuteDirect("update csenha set flag1 = 1");
     const auto saida = loja.Atualiza();
@@ -188,7 +188,7 @@ TEST(Programa, para_diante_de_usuarios_conectados_quando_a_mudanca_e_exclusiva) 
     EXPECT_EQ(Linhas(*loja.Banco(), "select count(*), sum(versao) from sarquivo"), "12|20");
 }
 
-TEST(Programa, relata_o_que_falha_numa_tabela_e_segue) {
+TEST(Programa, ReportsWhatFailsInATableAndGoesOn) {
     const TProgramaInstalado loja;
     TrocaNoPacote(loja, "SPESQ.WKD",
                   "<?xml version=\"1.0\"?><DATAPACKET Version=\"2.0\"><METADATA><FIELDS>"

@@ -26,7 +26,7 @@ TJson Tabela(const TJson& relatorio, const std::string& nome) {
     return {};
 }
 
-TEST(Relatorio, conta_o_que_a_atualizacao_fez_em_cada_tabela) {
+TEST(Relatorio, TellsWhatTheUpdateDidToEachTable) {
     const TProgramaInstalado loja;
     {
         const auto banco = loja.Banco();
@@ -72,7 +72,7 @@ TEST(Relatorio, conta_o_que_a_atualizacao_fez_em_cada_tabela) {
     EXPECT_NE(loja.Arquivo("AtualizaWKD.relatorio.html").find("Encerrada antes da hora"), std::string::npos);
 }
 
-TEST(Relatorio, um_texto_do_banco_nao_vira_pagina) {
+TEST(Relatorio, ATextOfTheDatabaseBecomesNoMarkup) {
     TEvidencia evidencia;
     evidencia.alias = "<b>&\"";
     evidencia.tabelas.push_back({"T<1>",
@@ -92,7 +92,7 @@ TEST(Relatorio, um_texto_do_banco_nao_vira_pagina) {
         EXPECT_NE(pagina.find(texto), std::string::npos) << texto;
 }
 
-TEST(Relatorio, o_hash_depende_dos_valores_e_nao_da_ordem) {
+TEST(Relatorio, TheHashDependsOnValuesNotOnTheirOrder) {
     TBancoTemporario banco;
     TConnection& conexao = banco.Conexao();
     const auto hash = [&](const std::vector<std::string>& linhas) {
@@ -114,7 +114,7 @@ TEST(Relatorio, o_hash_depende_dos_valores_e_nao_da_ordem) {
     EXPECT_EQ(hash({}), "0");
 }
 
-TEST(Relatorio, a_providencia_vem_do_que_falhou_e_nao_do_nome_da_tabela) {
+TEST(Relatorio, TheAdviceComesFromTheFailureNotFromTheTablesName) {
     TBancoTemporario banco;
     TConnection& conexao = banco.Conexao();
     conexao.ExecuteDirect("create table TPACOTE (A integer not null primary key, B integer check (B > 0))");
@@ -154,7 +154,7 @@ TJson DeNome(const TJson& registrados, const std::string& nome) {
     return {};
 }
 
-TEST(Relatorio, o_que_foi_recusado_nao_conta_como_feito) {
+TEST(Relatorio, WhatWasRefusedDoesNotCountAsDone) {
     const TProgramaInstalado loja;
     {
         const auto banco = loja.Banco();
@@ -197,7 +197,7 @@ TEST(Relatorio, o_que_foi_recusado_nao_conta_como_feito) {
     EXPECT_EQ(pagina.find("de outro servidor"), std::string::npos) << "nobody has looked";
 }
 
-TEST(Relatorio, uma_execucao_interrompida_diz_onde_parou_e_o_que_nao_rodou) {
+TEST(Relatorio, AnInterruptedRunSaysWhereItStoppedAndWhatDidNotRun) {
     const TProgramaInstalado loja;
     TTelaDeTeste tela;
     TDataModulo dm(TAliases(loja / "WKD.ini"), tela);

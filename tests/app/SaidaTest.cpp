@@ -36,7 +36,7 @@ struct TCanoCheio {
     }
 };
 
-TEST(Saida, um_leitor_que_nao_le_nao_para_a_corrida) {
+TEST(Saida, AReaderThatDoesNotReadStopsNoRun) {
     const TProgramaInstalado loja;
     const TCanoCheio saida, erros;
     TProgramaEmCurso programa = loja.Comeca(saida.pontas[1], erros.pontas[1]);
@@ -44,7 +44,7 @@ TEST(Saida, um_leitor_que_nao_le_nao_para_a_corrida) {
     EXPECT_EQ(Versoes(loja), "4");
 }
 
-TEST(Saida, um_leitor_que_se_atrasa_recebe_todas_as_linhas) {
+TEST(Saida, ALateReaderGetsEveryLine) {
     const TProgramaInstalado loja;
     const TCanoCheio saida;
     TProgramaEmCurso programa = loja.Comeca(saida.pontas[1]);
@@ -61,7 +61,7 @@ TEST(Saida, um_leitor_que_se_atrasa_recebe_todas_as_linhas) {
     EXPECT_NE(lido.find("Tempo de Atualização: "), std::string::npos);
 }
 
-TEST(Saida, sem_saidas_abertas_nenhuma_linha_vai_para_o_banco) {
+TEST(Saida, WithoutOpenOutputsNoLineGoesToTheDatabase) {
     const TProgramaInstalado loja;
     const std::string comando =
         "cd '" + (loja / "").string() + "' && TMPDIR=tmp ./AtualizaWKD 'LOJA;' pacote.zip <&- >&- 2>&-";
@@ -69,7 +69,7 @@ TEST(Saida, sem_saidas_abertas_nenhuma_linha_vai_para_o_banco) {
     EXPECT_EQ(Versoes(loja), "4");
 }
 
-TEST(Saida, uma_plataforma_que_nao_abre_so_para_quem_quer_a_janela) {
+TEST(Saida, APlatformThatDoesNotOpenStopsOnlyTheWindow) {
     for (const auto& [plataforma, argumentos, codigo] :
          {std::tuple("nenhuma", std::vector<std::string>{"LOJA;", "pacote.zip"}, 0),
           std::tuple("xcb", std::vector<std::string>{"LOJA;", "pacote.zip", "-platform", "nenhuma"}, 0),
@@ -85,7 +85,7 @@ TEST(Saida, uma_plataforma_que_nao_abre_so_para_quem_quer_a_janela) {
     }
 }
 
-TEST(Saida, um_log_que_nao_se_le_nao_para_nada_e_fica_como_esta) {
+TEST(Saida, AnUnreadableLogStopsNothingAndStaysAsItIs) {
     const TProgramaInstalado loja;
     fs::create_directory(loja / "AtualizaWKD.log");
     const auto saida = loja.Atualiza();
@@ -99,7 +99,7 @@ TEST(Saida, um_log_que_nao_se_le_nao_para_nada_e_fica_como_esta) {
 constexpr const char* kNomes[] = {"AtualizaWKD.prova",          "AtualizaWKD.log.novo", "AtualizaWKD.relatorio.json",
                                   "AtualizaWKD.relatorio.html", "erroCria.sql",         "AtualizaWKD.rejeitados.jsonl"};
 
-TEST(Saida, links_na_pasta_do_programa_nao_sao_seguidos) {
+TEST(Saida, LinksInTheProgramFolderAreNotFollowed) {
     const TProgramaInstalado loja;
     loja.Escreve("alheio", "intacto");
     loja.Escreve("AtualizaWKD.log", "");
@@ -111,7 +111,7 @@ TEST(Saida, links_na_pasta_do_programa_nao_sao_seguidos) {
     EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(loja / "AtualizaWKD.relatorio.json")));
 }
 
-TEST(Saida, canos_na_pasta_do_programa_nao_seguram_a_corrida) {
+TEST(Saida, PipesInTheProgramFolderHoldNoRun) {
     const TProgramaInstalado loja;
     for (const char* nome : kNomes) ASSERT_EQ(mkfifo((loja / nome).c_str(), 0666), 0);
     ASSERT_EQ(mkfifo((loja / "AtualizaWKD.log").c_str(), 0666), 0);

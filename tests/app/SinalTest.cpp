@@ -103,7 +103,7 @@ int CodigoComDoisSinais(const TLojaSobSinais& sob, std::chrono::milliseconds esp
     return codigo;
 }
 
-TEST(Sinal, um_segundo_nao_espera_e_o_primeiro_da_o_codigo) {
+TEST(Sinal, ASecondOneDoesNotWaitAndTheFirstGivesTheCode) {
     const TLojaSobSinais sob("");
     for (int i = 1; i < 4; ++i) {
         SCOPED_TRACE("momento " + std::to_string(i));
@@ -114,7 +114,7 @@ TEST(Sinal, um_segundo_nao_espera_e_o_primeiro_da_o_codigo) {
     }
 }
 
-TEST(Sinal, depois_do_fim_o_codigo_e_o_da_corrida) {
+TEST(Sinal, BehindTheEndTheCodeIsTheRuns) {
     const TLojaSobSinais sob("");
     sob.Renova();
     TProgramaEmCurso programa = sob.loja.Comeca();
@@ -124,9 +124,9 @@ TEST(Sinal, depois_do_fim_o_codigo_e_o_da_corrida) {
     EXPECT_EQ(sob.loja.Arquivo("AtualizaWKD.relatorio.json").find("Interrompida"), std::string::npos);
 }
 
-TEST(Sinal, interrompe_a_qualquer_momento_e_a_corrida_seguinte_termina) { SinalizaEmMuitosMomentos(""); }
+TEST(Sinal, InterruptsAtAnyMomentAndTheNextRunFinishes) { SinalizaEmMuitosMomentos(""); }
 
-TEST(Sinal, interrompe_a_qualquer_momento_tambem_com_um_servidor) {
+TEST(Sinal, InterruptsAtAnyMomentWithAServerToo) {
     if (!TServidorFirebird::Instalado()) GTEST_SKIP() << "no Firebird server installed";
     SinalizaEmMuitosMomentos(TServidorFirebird::DoProcesso().Endereco());
 }

@@ -53,7 +53,7 @@ std::vector<std::string> Tela(const std::string& saida) {
     return linhas;
 }
 
-TEST(Terminal, mostra_uma_linha_de_andamento_e_a_tira_no_fim) {
+TEST(Terminal, ShowsALineOfProgressAndTakesItAwayAtTheEnd) {
     const TProgramaInstalado loja;
     {
         const auto banco = loja.Banco();
@@ -81,7 +81,7 @@ TEST(Terminal, mostra_uma_linha_de_andamento_e_a_tira_no_fim) {
     EXPECT_EQ(tela.back(), "");
 }
 
-TEST(Terminal, sem_terminal_nada_disso_aparece) {
+TEST(Terminal, WithoutATerminalNothingOfItAppears) {
     const TProgramaInstalado loja;
     const auto saida = loja.Atualiza();
     EXPECT_EQ(saida.saida.find_first_of("\r\x1b"), std::string::npos) << saida.saida;

@@ -40,7 +40,7 @@ struct TCaso {
     bool reconstroi = false;
 };
 
-TEST(ComparaColuna, decide_alterar_reconstruir_acrescentar_ou_nada) {
+TEST(ComparaColuna, DecidesToAlterRebuildAddOrNothing) {
     const auto texto = [](int n) { return Fisica(TTipoDado::Texto, n); };
     const TCaso casos[] = {
         {"same text", Coluna("ftString", "40"), Coluna("ftString", "40"), texto(40), {}},
@@ -111,7 +111,7 @@ TEST(ComparaColuna, decide_alterar_reconstruir_acrescentar_ou_nada) {
     }
 }
 
-TEST(ComparaColuna, prepara_o_que_fazer_quando_o_servidor_recusa) {
+TEST(ComparaColuna, PreparesWhatToDoWhenTheServerRefuses) {
     const auto fisica = Fisica(TTipoDado::Texto, 10);
     const auto comDefault = Compara(Coluna("ftString", "20", 0, "x"), Coluna("ftString", "10", 0, "x"),
                                     {&fisica, false}, TTipoBanco::tbInterbase);
@@ -137,7 +137,7 @@ TEST(ComparaColuna, prepara_o_que_fazer_quando_o_servidor_recusa) {
     EXPECT_EQ(sobrou.comandos[1].alternativa, "alter table T drop C_TMP");
 }
 
-TEST(MudancaExclusiva, separa_o_que_pode_mudar_com_usuarios_conectados) {
+TEST(MudancaExclusiva, TellsWhatMayChangeWithUsersConnected) {
     struct {
         TColunaDicionario nova, velha;
         bool exclusiva;

@@ -171,7 +171,7 @@ void CortaEmTodos(const TQueda& queda, const TMoldeDaQueda& molde, const fs::pat
 
 class QuedaTest : public testing::TestWithParam<TQueda> {};
 
-TEST_P(QuedaTest, a_corrida_seguinte_termina_o_que_a_interrompida_comecou) {
+TEST_P(QuedaTest, TheNextRunFinishesWhatTheInterruptedOneBegan) {
     const TQueda& queda = GetParam();
     const TMoldeDaQueda molde;
     const TPastaTemporaria raiz;

@@ -130,7 +130,7 @@ class Reconexao : public testing::Test {
     std::unique_ptr<TTelaVigiada> tela_;
 };
 
-TEST_F(Reconexao, uma_conexao_que_acaba_custa_um_passo_e_a_proxima_tabela_segue) {
+TEST_F(Reconexao, ALostConnectionCostsOneStepAndTheNextTableFollows) {
     struct TCaso {
         const char* comando;
         int vez;
@@ -155,7 +155,7 @@ TEST_F(Reconexao, uma_conexao_que_acaba_custa_um_passo_e_a_proxima_tabela_segue)
         }
 }
 
-TEST_F(Reconexao, uma_conexao_que_morreu_antes_e_reaberta_e_nada_se_relata) {
+TEST_F(Reconexao, AConnectionThatDiedBeforeIsOpenedAgainAndNothingReported) {
     Prepara();
     TTelaVigiada tela;
     TDataModulo dm(TAliases(pasta_ / "rede.ini"), tela);
@@ -172,7 +172,7 @@ TEST_F(Reconexao, uma_conexao_que_morreu_antes_e_reaberta_e_nada_se_relata) {
     EsperaConserto();
 }
 
-TEST_F(Reconexao, onde_quer_que_a_rede_caia_a_corrida_seguinte_termina) {
+TEST_F(Reconexao, WhereverTheNetworkBreaksTheNextRunFinishes) {
     std::vector<int> falhas;
     for (int n = 3; n < comandos_; n += 37) {
         SCOPED_TRACE("statement " + std::to_string(n) + " of " + std::to_string(comandos_));
@@ -183,7 +183,7 @@ TEST_F(Reconexao, onde_quer_que_a_rede_caia_a_corrida_seguinte_termina) {
     }
 }
 
-TEST_F(Reconexao, um_servidor_que_nao_volta_encerra_a_corrida_com_aviso) {
+TEST_F(Reconexao, AServerThatDoesNotComeBackEndsTheRunWithAWarning) {
     Prepara();
     const auto fim = Atualiza("insert into BTREC", 1, [&] {
         rede_->Aceita(false);
@@ -200,7 +200,7 @@ TEST_F(Reconexao, um_servidor_que_nao_volta_encerra_a_corrida_com_aviso) {
     EsperaConserto();
 }
 
-TEST_F(Reconexao, se_outra_atualizacao_tomou_a_trava_nada_mais_e_tocado) {
+TEST_F(Reconexao, WithTheLockTakenByAnotherNothingMoreIsTouched) {
     Prepara();
     THBNConnection direta(TAliases(pasta_ / "rede.ini"));
     direta.SetAlias("DIRETA");
@@ -224,7 +224,7 @@ TEST_F(Reconexao, se_outra_atualizacao_tomou_a_trava_nada_mais_e_tocado) {
     EsperaConserto();
 }
 
-TEST_F(Reconexao, um_servidor_mudo_e_avisado_e_cancelado_no_limite_e_a_corrida_segue) {
+TEST_F(Reconexao, ASilentServerIsToldCancelledAtTheLimitAndTheRunGoesOn) {
     for (const char* comando : {"alter table TALT", "insert into BTREC", "commit"}) {
         SCOPED_TRACE(comando);
         Prepara();
@@ -240,7 +240,7 @@ TEST_F(Reconexao, um_servidor_mudo_e_avisado_e_cancelado_no_limite_e_a_corrida_s
     }
 }
 
-TEST_F(Reconexao, um_comando_demorado_de_um_servidor_que_trabalha_nao_e_cancelado) {
+TEST_F(Reconexao, ALongStatementOfAWorkingServerIsNotCancelled) {
     Prepara();
     TTelaVigiada tela;
     THBNConnection conexao(TAliases(pasta_ / "rede.ini"));

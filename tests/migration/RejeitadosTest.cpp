@@ -26,7 +26,7 @@ class RejeitadosTest : public testing::Test {
     const fs::path arquivo_ = modulo_.Pasta() / "AtualizaWKD.rejeitados.jsonl";
 };
 
-TEST_F(RejeitadosTest, uma_linha_cortada_ao_meio_nao_engole_o_registro_seguinte) {
+TEST_F(RejeitadosTest, ALineCutInTheMiddleDoesNotSwallowTheNextRow) {
     EscreveArquivo(arquivo_, "{\"tabela\": \"TVEL");
     EXPECT_TRUE(Rejeita("a"));
     EXPECT_TRUE(Rejeita("b"));
@@ -37,7 +37,7 @@ TEST_F(RejeitadosTest, uma_linha_cortada_ao_meio_nao_engole_o_registro_seguinte)
     EXPECT_EQ(LeArquivo(arquivo_), "{\"tabela\": \"TVEL\n" + registro + "\"a\"}\n" + registro + "\"b\"}\n");
 }
 
-TEST_F(RejeitadosTest, o_arquivo_e_so_do_seu_dono) {
+TEST_F(RejeitadosTest, TheFileIsItsOwnersAlone) {
 #ifdef _WIN32
     GTEST_SKIP() << "files inherit the rights of their folder on Windows";
 #endif
@@ -49,7 +49,7 @@ TEST_F(RejeitadosTest, o_arquivo_e_so_do_seu_dono) {
     EXPECT_EQ(fs::status(arquivo_).permissions(), soDoDono);
 }
 
-TEST_F(RejeitadosTest, nao_escreve_atraves_de_outro_nome) {
+TEST_F(RejeitadosTest, DoesNotWriteThroughAnotherName) {
 #ifdef _WIN32
     GTEST_SKIP() << "the standard library makes no links on Windows";
 #endif

@@ -12,7 +12,7 @@ constexpr int kPasso = 29;
 constexpr int kPasso = 5;
 #endif
 
-TEST(SinalQuedaTest, a_corrida_que_um_sinal_interrompe_e_terminada_pela_seguinte) {
+TEST(SinalQuedaTest, ARunThatASignalInterruptsIsFinishedByTheNext) {
     const TMolde molde;
     const TPastaTemporaria raiz;
     const auto inteira = raiz / "inteira", cortada = raiz / "cortada";
