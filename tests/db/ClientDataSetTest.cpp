@@ -34,7 +34,7 @@ class ClientDataSetNoBanco : public testing::Test {
     std::string erro;
 };
 
-TEST_F(ClientDataSetNoBanco, LinhaRegravadaComOsMesmosValoresNaoChegaAoServidor) {
+TEST_F(ClientDataSetNoBanco, ARowWrittenBackWithEqualValuesDoesNotReachTheServer) {
     int comandos = 0;
     conexao.Observa([&](std::string_view) { ++comandos; });
     const TLinha antes = {dados.Valor("N"), dados.Valor("Q")};
@@ -49,7 +49,7 @@ TEST_F(ClientDataSetNoBanco, LinhaRegravadaComOsMesmosValoresNaoChegaAoServidor)
     EXPECT_EQ(comandos, 0);
 }
 
-TEST_F(ClientDataSetNoBanco, AlteracoesChegamAoServidorEVoltamIguais) {
+TEST_F(ClientDataSetNoBanco, ChangesReachTheServerAndComeBackEqual) {
     const std::string longo(200'000, 'z');
     ASSERT_TRUE(dados.Locate("K", {"A"}));
     dados.Edit();
@@ -73,7 +73,7 @@ TEST_F(ClientDataSetNoBanco, AlteracoesChegamAoServidorEVoltamIguais) {
     EXPECT_EQ(dados.Texto("P"), "pad") << "o padrão da tabela vale para o que não foi atribuído";
 }
 
-TEST_F(ClientDataSetNoBanco, ErroDoServidorNaoDeixaNadaPelaMetade) {
+TEST_F(ClientDataSetNoBanco, AServersErrorLeavesNothingHalfDone) {
     const std::string antes = NoBanco();
     dados.Edit();
     dados.SetValor("P", "novo");
@@ -89,7 +89,7 @@ TEST_F(ClientDataSetNoBanco, ErroDoServidorNaoDeixaNadaPelaMetade) {
     conexao.ExecuteDirect("drop table T");
 }
 
-TEST_F(ClientDataSetNoBanco, LinhaApagadaPorOutroUsuarioEhErro) {
+TEST_F(ClientDataSetNoBanco, ARowDeletedByAnotherUserIsAnError) {
     banco.Outra()->ExecuteDirect("delete from T where K = 'b'");
     ASSERT_TRUE(dados.Locate("K", {"b"}));
     dados.Edit();

@@ -58,7 +58,7 @@ class ExtraiPacoteTest : public testing::Test {
     fs::path destino = pasta / "destino";
 };
 
-TEST_F(ExtraiPacoteTest, ExtraiTudoComProgressoPorBytes) {
+TEST_F(ExtraiPacoteTest, ExtractsAllWithProgressByBytes) {
     const std::string grande(1'000'000, 'g');
     CriaZip(zip, {{"SARQUIVO.WKD", "um"},
                   {"sub/pasta\\REL.RTM", grande},
@@ -76,7 +76,7 @@ TEST_F(ExtraiPacoteTest, ExtraiTudoComProgressoPorBytes) {
     EXPECT_GT(avisos.size(), 5u);
 }
 
-TEST_F(ExtraiPacoteTest, RecusaERelataEntradasHostisEExtraiAsOutras) {
+TEST_F(ExtraiPacoteTest, RefusesAndReportsHostileEntriesAndExtractsTheOthers) {
     const std::vector<TEntrada> hostis = {{"../fora.wkd", "x"},
                                           {"sub/../../fora.wkd", "x"},
                                           {"..\\fora.wkd", "x"},
@@ -102,7 +102,7 @@ TEST_F(ExtraiPacoteTest, RecusaERelataEntradasHostisEExtraiAsOutras) {
     EXPECT_EQ(fs::status(destino / "bom.wkd").permissions() & fs::perms::set_uid, fs::perms::none);
 }
 
-TEST_F(ExtraiPacoteTest, NomesRepetidosOuEmConflitoSaoRelatados) {
+TEST_F(ExtraiPacoteTest, RepeatedAndConflictingNamesAreReported) {
     CriaZip(zip, {{"sarquivo.wkd", "velho"},
                   {"SARQUIVO.WKD", "novo"},
                   {"Sub/a", "1"},
@@ -116,7 +116,7 @@ TEST_F(ExtraiPacoteTest, NomesRepetidosOuEmConflitoSaoRelatados) {
     EXPECT_EQ(LeArquivo(destino / "SARQUIVO.WKD"), "novo");
 }
 
-TEST_F(ExtraiPacoteTest, NaoEscreveAtravesDeLinksQueJaEstavamLa) {
+TEST_F(ExtraiPacoteTest, WritesThroughNoLinkThatWasThere) {
     fs::create_directory(pasta / "alheia");
     EscreveArquivo(pasta / "alheia/alvo.wkd", "intacto");
     fs::create_directory_symlink(pasta / "alheia", destino / "sub");
@@ -128,7 +128,7 @@ TEST_F(ExtraiPacoteTest, NaoEscreveAtravesDeLinksQueJaEstavamLa) {
     EXPECT_FALSE(fs::is_symlink(destino / "alvo.wkd"));
 }
 
-TEST_F(ExtraiPacoteTest, CadaPacoteInutilTemSuaMensagem) {
+TEST_F(ExtraiPacoteTest, EachUselessPackageHasItsMessage) {
     EXPECT_TRUE(Contem(Erro(), "não existe")) << Erro();
     EscreveArquivo(zip, "isto não é um zip");
     EXPECT_TRUE(Contem(Erro(), "não é um arquivo zip") && Contem(Erro(), "Baixe o pacote de novo")) << Erro();
@@ -139,7 +139,7 @@ TEST_F(ExtraiPacoteTest, CadaPacoteInutilTemSuaMensagem) {
     EXPECT_TRUE(Contem(Erro(), "é uma pasta")) << Erro();
 }
 
-TEST_F(ExtraiPacoteTest, UmArquivoCortadoOuTrocadoEDenunciado) {
+TEST_F(ExtraiPacoteTest, ACutOrChangedFileIsTold) {
     std::string conteudo;
     for (int i = 0; i < 20'000; ++i) conteudo += std::to_string(i * i % 977);
     CriaZip(zip, {{"DADOS.WKD", conteudo}, {"B.WKD", "b"}});
@@ -157,7 +157,7 @@ TEST_F(ExtraiPacoteTest, UmArquivoCortadoOuTrocadoEDenunciado) {
     }
 }
 
-TEST_F(ExtraiPacoteTest, CadaLimiteTemSuaMensagem) {
+TEST_F(ExtraiPacoteTest, EachLimitHasItsMessage) {
     CriaZip(zip, {{"a", std::string(300'000, '\0')}, {"b", "b"}, {"c", "c"}});
     EXPECT_EQ(Erro(), "");
     EXPECT_TRUE(Contem(Erro({.entradas = 2}), "3 arquivos; o limite é 2")) << Erro({.entradas = 2});
@@ -166,7 +166,7 @@ TEST_F(ExtraiPacoteTest, CadaLimiteTemSuaMensagem) {
     EXPECT_EQ(Erro({.razao = 100}), "");
 }
 
-TEST_F(ExtraiPacoteTest, OLimiteContaOQueSaiENaoOQueOArquivoDeclara) {
+TEST_F(ExtraiPacoteTest, TheLimitCountsWhatComesOutNotWhatIsDeclared) {
     CriaZip(zip, {{"a", std::string(300'000, '\0')}});
     auto bytes = LeArquivo(zip);
     const auto diretorio = bytes.find("PK\1\2");
@@ -178,7 +178,7 @@ TEST_F(ExtraiPacoteTest, OLimiteContaOQueSaiENaoOQueOArquivoDeclara) {
     EXPECT_LE(fs::exists(destino / "a") ? fs::file_size(destino / "a") : 0, 1000u);
 }
 
-TEST_F(ExtraiPacoteTest, FaltaDeEspacoDizOArquivoEACausa) {
+TEST_F(ExtraiPacoteTest, AFullDiskNamesTheFileAndTheCause) {
     CriaZip(zip, {{"GRANDE.WKD", std::string(200'000, 'x')}});
     struct rlimit antes {};
     getrlimit(RLIMIT_FSIZE, &antes);

@@ -37,7 +37,7 @@ TValor UnicoValor(std::string_view bytes) {
     return pacote.linhas.at(0).at(0);
 }
 
-TEST(PacoteBinario, LeUmaTabelaDeUmCampoSemHistorico) {
+TEST(PacoteBinario, ReadsATableOfOneFieldWithoutHistory) {
     ASSERT_EQ(kExemploA.size(), 65u);
     const auto pacote = LeBytes(kExemploA);
     ASSERT_EQ(pacote.campos.size(), 1u);
@@ -45,7 +45,7 @@ TEST(PacoteBinario, LeUmaTabelaDeUmCampoSemHistorico) {
     EXPECT_EQ(pacote.linhas, (std::vector<TLinha>{{9851.0}}));
 }
 
-TEST(PacoteBinario, MostraSoAsLinhasQueValem) {
+TEST(PacoteBinario, ShowsValidRowsAlone) {
     ASSERT_EQ(kExemploB.size(), 168u);
     const auto pacote = LeBytes(kExemploB);
     ASSERT_EQ(pacote.campos.size(), 3u);
@@ -55,7 +55,7 @@ TEST(PacoteBinario, MostraSoAsLinhasQueValem) {
     EXPECT_EQ(pacote.linhas, (std::vector<TLinha>{{1, "new", "hi"}}));
 }
 
-TEST(PacoteBinario, DecodificaCadaTipoDeValor) {
+TEST(PacoteBinario, DecodesEachKindOfValue) {
     const TDataHora quando{DataDe(1999, 12, 31), THora{(23 * 3600 + 59 * 60 + 58) * kTiquesPorSegundo + 9'990'000}};
     double ms = (730119.0 * 86400 + 23 * 3600 + 59 * 60 + 58) * 1000 + 999;
     std::string bytesMs(8, '\0');
@@ -97,7 +97,7 @@ TEST(PacoteBinario, DecodificaCadaTipoDeValor) {
     }
 }
 
-TEST(PacoteBinario, HerdaDoAntecessorOQueNaoMudou) {
+TEST(PacoteBinario, InheritsWhatDidNotChange) {
     // Rows 1 and 2 superseded, row 3 shows; each takes its second field over from the one before. Row 4 was inserted
     // and never assigned. The log comes in both widths.
     const auto descricoes = CampoX(4, 1) + "\x01Y" + U16(1) + U16(0x49) + U16(0) + U16(0);
@@ -112,14 +112,14 @@ TEST(PacoteBinario, HerdaDoAntecessorOQueNaoMudou) {
     }
 }
 
-TEST(PacoteBinario, UmRegistroEmCirculoNaoPrendeALeitura) {
+TEST(PacoteBinario, ACircularRecordDoesNotHoldTheReader) {
     const auto registro = U32(1) + U32(2) + U32(8) + U32(2) + U32(1) + U32(8) + U32(3) + U32(999) + U32(8);
     const auto propriedade = "\x0A" + std::string("CHANGE_LOG") + U16(4) + U16(0x82) + U32(9) + registro;
     const auto pacote = LeBytes(Binario(1, 3, CampoX(4, 1), DeHexa("0802 0802 0802"), U16(1) + propriedade));
     EXPECT_EQ(pacote.linhas, (std::vector<TLinha>{{TValor()}, {TValor()}, {TValor()}}));
 }
 
-TEST(PacoteBinario, RecusaDizendoArquivoLugarCampoECausa) {
+TEST(PacoteBinario, RefusesNamingFilePlaceFieldAndCause) {
     const std::string linha(2, '\0');
     const auto comTipo = [&](std::size_t tamanho, std::size_t tipo, const std::string& bytes) {
         return Binario(1, 1, CampoX(tamanho, tipo), linha + bytes);
@@ -153,7 +153,7 @@ TEST(PacoteBinario, RecusaDizendoArquivoLugarCampoECausa) {
     }
 }
 
-TEST(PacoteBinario, ConfereOInicioDasLinhasModulo65536) {
+TEST(PacoteBinario, ChecksWhereRowsBeginModulo65536) {
     // A change log longer than 65536 bytes makes the header's offset wrap.
     const auto registro =
         "\x0A" + std::string("CHANGE_LOG") + U16(4) + U16(0x82) + U32(18000) + Repetido(U32(0), 18000);
@@ -164,7 +164,7 @@ TEST(PacoteBinario, ConfereOInicioDasLinhasModulo65536) {
     EXPECT_TRUE(Contem(ErroDe(errado), "não começam onde o cabeçalho diz"));
 }
 
-TEST(PacoteBinario, TextoHerdadoMuitasVezesNaoEnchaAMemoria) {
+TEST(PacoteBinario, ATextInheritedManyTimesDoesNotFillTheMemory) {
     // 150,000 visible rows of 14 bytes each ask for the same 60,000 characters: 9 GB from 2 MB.
     constexpr std::size_t kLinhas = 150'000;
     std::string registro, linhas = std::string(2, '\0') + U16(60'000) + std::string(60'000, 'a');

@@ -14,7 +14,7 @@ std::string Gravado(const TDataPacket& pacote, TFormaPacote forma) {
     return LeArquivo(pasta / "T.WKD");
 }
 
-TEST(PacoteIdaEVolta, TodosOsTiposVoltamIguaisDeCadaForma) {
+TEST(PacoteIdaEVolta, AllTypesComeBackEqualFromEachForm) {
     const auto original = DeTodosOsTipos();
     for (const auto primeira : kFormas)
         for (const auto segunda : kFormas) {
@@ -25,7 +25,7 @@ TEST(PacoteIdaEVolta, TodosOsTiposVoltamIguaisDeCadaForma) {
         }
 }
 
-TEST(PacoteIdaEVolta, TodasAsLinhasVoltamComEstadoEHistorico) {
+TEST(PacoteIdaEVolta, AllRowsComeBackWithStateAndHistory) {
     // Original, modified (its text did not change), deleted, unused hole, inserted and detail changed; key and log in
     // both widths.
     const auto descricoes = CampoX(4, 1) + "\x01Y" + U16(1) + U16(0x49) + U16(0) + U16(0);
@@ -56,7 +56,7 @@ TEST(PacoteIdaEVolta, TodasAsLinhasVoltamComEstadoEHistorico) {
     }
 }
 
-TEST(PacoteIdaEVolta, GravaSobreOArquivoDeOndeVemOsBlobs) {
+TEST(PacoteIdaEVolta, WritesOverTheFileThatTheBlobsComeFrom) {
 #ifdef _WIN32
     GTEST_SKIP() << "Windows does not replace a file that is mapped";
 #endif
@@ -67,7 +67,7 @@ TEST(PacoteIdaEVolta, GravaSobreOArquivoDeOndeVemOsBlobs) {
     ConfereIguais(LePacote(pasta / "T.WKD"), original);
 }
 
-TEST(PacoteIdaEVolta, CamposNeutrosGanhamUmTipoQueOsContem) {
+TEST(PacoteIdaEVolta, NeutralFieldsGetATypeThatHoldsThem) {
     using enum TTipoDado;
     TDataPacket pacote;
     const std::map<TTipoDado, TValor> valores = {
@@ -86,7 +86,7 @@ TEST(PacoteIdaEVolta, CamposNeutrosGanhamUmTipoQueOsContem) {
     for (const auto forma : kFormas) EXPECT_EQ(LeBytes(Gravado(pacote, forma)).linhas, pacote.linhas);
 }
 
-TEST(PacoteIdaEVolta, OQueNaoCabeNoTipoNaoEGravado) {
+TEST(PacoteIdaEVolta, WhatDoesNotFitTheTypeIsNotWritten) {
     const struct {
         TCampoPacote campo;
         TValor valor;
@@ -137,7 +137,7 @@ TDataPacket Pequeno() {
     return pacote;
 }
 
-TEST(PacoteIdaEVolta, UmPacoteCortadoEmQualquerByteERecusado) {
+TEST(PacoteIdaEVolta, APacketCutAtAnyByteIsRefused) {
     const auto original = Pequeno();
     for (const auto forma : kFormas) {
         const auto bytes = Gravado(original, forma);
@@ -148,7 +148,7 @@ TEST(PacoteIdaEVolta, UmPacoteCortadoEmQualquerByteERecusado) {
     }
 }
 
-TEST(PacoteIdaEVolta, BytesTrocadosAoAcasoNuncaDerrubamALeitura) {
+TEST(PacoteIdaEVolta, RandomBytesNeverBringTheReaderDown) {
     std::mt19937 gerador(11);
     int recusados = 0;
     for (const auto forma : kFormas) {
@@ -162,7 +162,7 @@ TEST(PacoteIdaEVolta, BytesTrocadosAoAcasoNuncaDerrubamALeitura) {
     EXPECT_GT(recusados, 500);
 }
 
-TEST(PacoteIdaEVolta, ColunasQueFaltamSaoNomeadas) {
+TEST(PacoteIdaEVolta, MissingColumnsAreNamed) {
     TDataPacket pacote;
     pacote.campos = {Campo("arquivo", TTipoDado::Texto, "string")};
     EXPECT_NO_THROW(ExigeCampos(pacote, "SAtrib.WKD", {"ARQUIVO"}));

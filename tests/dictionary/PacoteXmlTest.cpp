@@ -14,7 +14,7 @@ std::string DeUmValor(std::string_view tipo, std::string_view valor) {
                "<ROW X=\"" + std::string(valor) + "\"/>");
 }
 
-TEST(PacoteXml, DecodificaCadaTipoDeValor) {
+TEST(PacoteXml, DecodesEachKindOfValue) {
     const TDataHora quando{DataDe(2024, 2, 29), THora{(13 * 3600 + 5 * 60 + 9) * kTiquesPorSegundo + 70'000}};
     const TDataHora meiaNoite{DataDe(2024, 2, 29), {}};
     const std::string texto = R"(bin.hex" SUBTYPE="Text)";
@@ -57,7 +57,7 @@ TEST(PacoteXml, DecodificaCadaTipoDeValor) {
     }
 }
 
-TEST(PacoteXml, ToleraOQueOsArquivosTrazem) {
+TEST(PacoteXml, ToleratesWhatFilesBring) {
     const auto pacote = LeBytes(R"(
       <?xml version="1.0"?><!-- comentário > -->
       <DATAPACKET Version="2.0">
@@ -86,7 +86,7 @@ TEST(PacoteXml, ToleraOQueOsArquivosTrazem) {
                                  {1, "primeira", TValor()}, {4, TValor(), TValor()}, {TValor(), TValor(), TValor()}}));
 }
 
-TEST(PacoteXml, LeCadaCodificacao) {
+TEST(PacoteXml, ReadsEachEncoding) {
     const auto com = [](std::string_view declaracao, std::string_view valor) {
         return Xml(R"(<FIELD attrname="X" fieldtype="string"/>)", "<ROW X=\"" + std::string(valor) + "\"/>",
                    declaracao);
@@ -110,7 +110,7 @@ TEST(PacoteXml, LeCadaCodificacao) {
     EXPECT_TRUE(Contem(ErroDe(com(R"(<?xml encoding="EBCDIC"?>)", "a")), "'EBCDIC'"));
 }
 
-TEST(PacoteXml, RecusaDizendoArquivoLinhaCampoECausa) {
+TEST(PacoteXml, RefusesNamingFileLineFieldAndCause) {
     const std::string campo = R"(<FIELD attrname="X" fieldtype="i4"/>)";
     const struct {
         std::string bytes, parte;
@@ -157,7 +157,7 @@ TEST(PacoteXml, RecusaDizendoArquivoLinhaCampoECausa) {
     }
 }
 
-TEST(PacoteXml, LinhasVaziasNaoMultiplicamAMemoria) {
+TEST(PacoteXml, EmptyRowsDoNotMultiplyTheMemory) {
     // 700 KB that would become 20,000 rows of 15,000 values, 12 GB.
     std::string campos, linhas;
     for (int i = 0; i < 15'000; ++i) campos += "<FIELD attrname=\"C" + std::to_string(i) + "\" fieldtype=\"i4\"/>";
@@ -166,7 +166,7 @@ TEST(PacoteXml, LinhasVaziasNaoMultiplicamAMemoria) {
     EXPECT_TRUE(Contem(erro, "memória demais")) << erro;
 }
 
-TEST(PacoteXml, BlobLongoDanificadoFalhaAoSerLido) {
+TEST(PacoteXml, ADamagedLongBlobFailsWhenItIsRead) {
     std::string base64(1 << 20, 'A');
     base64[900'000] = '?';
     const auto pacote = LeBytes(DeUmValor("bin.hex", base64));

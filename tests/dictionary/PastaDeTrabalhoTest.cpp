@@ -28,7 +28,7 @@ class PastaDeTrabalhoTest : public testing::Test {
     fs::path trava = temp / "AtualWkd.lock";
 };
 
-TEST_F(PastaDeTrabalhoTest, ESoDoUsuarioENaoDeixaRestos) {
+TEST_F(PastaDeTrabalhoTest, IsTheUsersAloneAndLeavesNothingBehind) {
     fs::create_directories(nome / "velha");
     EscreveArquivo(nome / "velha/SISTEMA.WKD", "da atualização anterior");
     {
@@ -43,7 +43,7 @@ TEST_F(PastaDeTrabalhoTest, ESoDoUsuarioENaoDeixaRestos) {
     EXPECT_TRUE(fs::is_empty(temp.Caminho()));
 }
 
-TEST_F(PastaDeTrabalhoTest, RecriaNaoSegueLinks) {
+TEST_F(PastaDeTrabalhoTest, MakingItAnewFollowsNoLinks) {
     fs::create_directory(temp / "alheia");
     EscreveArquivo(temp / "alheia/arquivo", "intacto");
     TPastaDeTrabalho trabalho(temp.Caminho());
@@ -54,7 +54,7 @@ TEST_F(PastaDeTrabalhoTest, RecriaNaoSegueLinks) {
     EXPECT_EQ(LeArquivo(temp / "alheia/arquivo"), "intacto");
 }
 
-TEST_F(PastaDeTrabalhoTest, CadaExecucaoTemASuaEAPrimeiraLivreServeDeNovo) {
+TEST_F(PastaDeTrabalhoTest, EachRunHasItsOwnAndTheFirstFreeServesAgain) {
     auto primeira = std::make_unique<TPastaDeTrabalho>(temp.Caminho());
     const TPastaDeTrabalho segunda(temp.Caminho()), terceira(temp.Caminho());
     EXPECT_EQ(primeira->Caminho(), nome);
@@ -66,7 +66,7 @@ TEST_F(PastaDeTrabalhoTest, CadaExecucaoTemASuaEAPrimeiraLivreServeDeNovo) {
     EXPECT_EQ(LeArquivo(temp / "AtualWkd2/SISTEMA.WKD"), "da segunda");
 }
 
-TEST_F(PastaDeTrabalhoTest, ATravaDeUmProcessoMortoNaoImpedeOProximo) {
+TEST_F(PastaDeTrabalhoTest, TheLockOfADeadProcessDoesNotHinderTheNext) {
     const pid_t filho = fork();
     if (filho == 0) {
         const TPastaDeTrabalho trabalho(temp.Caminho());
@@ -79,7 +79,7 @@ TEST_F(PastaDeTrabalhoTest, ATravaDeUmProcessoMortoNaoImpedeOProximo) {
     EXPECT_EQ(Erro(), "");
 }
 
-TEST_F(PastaDeTrabalhoTest, NomesTomadosSaoRecusadosSemSeremSeguidos) {
+TEST_F(PastaDeTrabalhoTest, TakenNamesAreRefusedAndNotFollowed) {
     const fs::path alvo = temp / "alvo";
     fs::create_directory(alvo);
     EscreveArquivo(alvo / "arquivo", "intacto");
@@ -109,7 +109,7 @@ TEST_F(PastaDeTrabalhoTest, NomesTomadosSaoRecusadosSemSeremSeguidos) {
     recusa("pertence");
 }
 
-TEST_F(PastaDeTrabalhoTest, AchaArquivosSemOlharACaixa) {
+TEST_F(PastaDeTrabalhoTest, FindsFilesWhateverTheirLetterCase) {
     const TPastaDeTrabalho trabalho(temp.Caminho());
     for (const auto* arquivo : {"sistema.wkd", "SAtrib.WKD", "Abc.Wkd", "rel.rtm", "semextensao", "x.wkd.bak"})
         EscreveArquivo(nome / arquivo, "");

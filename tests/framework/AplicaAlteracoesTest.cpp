@@ -48,7 +48,7 @@ class AplicaAlteracoes : public testing::Test {
     TAcaoReconcilia acao = TAcaoReconcilia::Pula;
 };
 
-TEST_F(AplicaAlteracoes, EnviaSoOQueMudouNaOrdemEmQueMudou) {
+TEST_F(AplicaAlteracoes, SendsWhatChangedAloneInTheOrderOfTheChanges) {
     Muda("b", "V", "novo");
     Exclui("c");
     Inclui("c", "3");
@@ -65,7 +65,7 @@ TEST_F(AplicaAlteracoes, EnviaSoOQueMudouNaOrdemEmQueMudou) {
     EXPECT_EQ(conexao.pedidos.size(), 4u) << "o que foi enviado não vai de novo";
 }
 
-TEST_F(AplicaAlteracoes, LinhaRegravadaComoEstavaNaoEnviaNada) {
+TEST_F(AplicaAlteracoes, ARowWrittenBackUnchangedSendsNothing) {
     Muda("a", "V", "x");
     Muda("a", "B", "blob");
     Muda("b", "V", "z");
@@ -78,14 +78,14 @@ TEST_F(AplicaAlteracoes, LinhaRegravadaComoEstavaNaoEnviaNada) {
     EXPECT_TRUE(conexao.pedidos.empty());
 }
 
-TEST_F(AplicaAlteracoes, PreparaUmaVezPorForma) {
+TEST_F(AplicaAlteracoes, PreparesOnceForEachShape) {
     for (int i = 0; i < 50; ++i) Inclui(std::to_string(i), i % 2 ? TValor("x") : TValor());
     EXPECT_EQ(dados.ApplyUpdates(0), 0);
     EXPECT_EQ(conexao.pedidos.size(), 50u);
     EXPECT_EQ(conexao.preparados, 2u);
 }
 
-TEST_F(AplicaAlteracoes, LinhaQueNaoEstaMaisLaEhErro) {
+TEST_F(AplicaAlteracoes, ARowThatIsGoneIsAnError) {
     conexao.aoExecutar = [](const std::string&) { return 0; };
     Muda("a", "V", "novo");
     Exclui("c");
@@ -95,7 +95,7 @@ TEST_F(AplicaAlteracoes, LinhaQueNaoEstaMaisLaEhErro) {
     EXPECT_EQ(dados.ChangeCount(), 2u) << "depois de um erro tudo continua pendente";
 }
 
-TEST_F(AplicaAlteracoes, LinhasDeMesmaChaveSaemComAPrimeiraExclusao) {
+TEST_F(AplicaAlteracoes, RowsOfOneKeyGoWithTheFirstDeletion) {
     conexao.resposta.linhas = {{"a", "1"}, {"a", "1"}, {"b", "2"}};
     for (auto& linha : conexao.resposta.linhas) linha.resize(4);
     dados.Open();
@@ -107,7 +107,7 @@ TEST_F(AplicaAlteracoes, LinhasDeMesmaChaveSaemComAPrimeiraExclusao) {
     EXPECT_EQ(dados.ApplyUpdates(-1), 1) << "só a de b falta";
 }
 
-TEST_F(AplicaAlteracoes, AcaoDecideOQueSegueAoErro) {
+TEST_F(AplicaAlteracoes, TheActionDecidesWhatFollowsAnError) {
     struct TCaso {
         TAcaoReconcilia acao;
         int maximo;
@@ -129,7 +129,7 @@ TEST_F(AplicaAlteracoes, AcaoDecideOQueSegueAoErro) {
     }
 }
 
-TEST_F(AplicaAlteracoes, EmTransacaoGravaTudoOuNada) {
+TEST_F(AplicaAlteracoes, InATransactionWritesAllOrNothing) {
     Muda("a", "V", "1");
     EXPECT_TRUE(AplicaEmTransacao(dados));
     EXPECT_EQ(conexao.pedidos.front(), "start");
@@ -156,7 +156,7 @@ TEST_F(AplicaAlteracoes, EmTransacaoGravaTudoOuNada) {
     }
 }
 
-TEST_F(AplicaAlteracoes, LacoQueGravaLinhaALinhaPassaPelaQueFalha) {
+TEST_F(AplicaAlteracoes, ALoopThatWritesRowByRowPassesTheOneThatFails) {
     conexao.aoExecutar = [](const std::string& sql) -> std::int64_t {
         if (sql.find("|b]") != std::string::npos) throw TConexaoGravada::Erro("recusado");
         return 1;
@@ -172,7 +172,7 @@ TEST_F(AplicaAlteracoes, LacoQueGravaLinhaALinhaPassaPelaQueFalha) {
     EXPECT_EQ(gravadas, "a-c");
 }
 
-TEST_F(AplicaAlteracoes, ErroQueNaoEhDoBancoDesfazATransacaoEPassaAdiante) {
+TEST_F(AplicaAlteracoes, AnErrorNotOfTheDatabaseRollsBackAndPassesOn) {
     conexao.aoExecutar = [](const std::string&) -> std::int64_t { throw std::runtime_error("fim do processo"); };
     Muda("a", "V", "1");
     EXPECT_THROW(AplicaEmTransacao(dados), std::runtime_error);

@@ -79,7 +79,7 @@ class ClientDataSetAleatorio : public testing::TestWithParam<unsigned> {
     bool ligado = false, filtrado = false;
 };
 
-TEST_P(ClientDataSetAleatorio, VistaAtualizadaAosPoucosEhADeTodasAsLinhas) {
+TEST_P(ClientDataSetAleatorio, AViewKeptStepByStepIsThatOfAllRows) {
     const TPares gravadas = Visiveis(dados);
     for (int rodada = 0; rodada < 60; ++rodada) {
         MudaAVista();

@@ -44,7 +44,7 @@ class ClientDataSet : public testing::Test {
     TClientDataSet tabelas, novas, velhas;
 };
 
-TEST_F(ClientDataSet, DetalheSegueOMestreEmTresNiveisNaOrdemDasLinhas) {
+TEST_F(ClientDataSet, TheDetailFollowsItsMasterOnThreeLevelsInRowOrder) {
     EXPECT_EQ(Lista(novas, "NOME"), "COD NOME");
     tabelas.Next();
     EXPECT_EQ(novas.Texto("NOME"), "NUM") << "o cursor vai à primeira linha quando o mestre anda";
@@ -61,7 +61,7 @@ TEST_F(ClientDataSet, DetalheSegueOMestreEmTresNiveisNaOrdemDasLinhas) {
     EXPECT_TRUE(velhas.IsEmpty());
 }
 
-TEST_F(ClientDataSet, MudancaNoMestreMudaODetalhe) {
+TEST_F(ClientDataSet, AChangeOfTheMasterChangesTheDetail) {
     tabelas.Edit();
     tabelas.SetValor("NOME_ARQUIVO", "tped");
     EXPECT_EQ(novas.RecordCount(), 2u) << "ainda não gravada";
@@ -75,7 +75,7 @@ TEST_F(ClientDataSet, MudancaNoMestreMudaODetalhe) {
     EXPECT_EQ(Lista(novas, "NOME"), "COD NOME");
 }
 
-TEST_F(ClientDataSet, LigacaoEFiltroSeTrocamComOConjuntoAberto) {
+TEST_F(ClientDataSet, LinkAndFilterChangeWhileTheDatasetIsOpen) {
     tabelas.Next();
     novas.SetFilter("chave_de_pesquisa", {1});
     novas.SetFiltered(true);
@@ -96,7 +96,7 @@ TEST_F(ClientDataSet, LigacaoEFiltroSeTrocamComOConjuntoAberto) {
     EXPECT_EQ(velhas.Texto("TIPO"), "ftFloat");
 }
 
-TEST_F(ClientDataSet, LinhaIncluidaNoDetalheApareceSeACondicaoAMostra) {
+TEST_F(ClientDataSet, ARowAddedToTheDetailShowsWhereTheConditionHolds) {
     novas.Next();
     ASSERT_TRUE(velhas.IsEmpty());
     velhas.Append();
@@ -116,7 +116,7 @@ TEST_F(ClientDataSet, LinhaIncluidaNoDetalheApareceSeACondicaoAMostra) {
     EXPECT_FALSE(velhas.Existe("NOME;ARQUIVO", {"NOME", "TCLI"}));
 }
 
-TEST(ClientDataSetFiltro, MostraAsLinhasComUmDosValores) {
+TEST(ClientDataSetFiltro, ShowsTheRowsWithOneOfTheValues) {
     const struct {
         const char* campo;
         TLinha valores;
@@ -143,7 +143,7 @@ TEST(ClientDataSetFiltro, MostraAsLinhasComUmDosValores) {
     EXPECT_THROW(dados.First(), std::invalid_argument);
 }
 
-TEST(ClientDataSetCursor, ExclusaoDeixaOCursorNaLinhaSeguinte) {
+TEST(ClientDataSetCursor, ADeletionLeavesTheCursorOnTheNextRow) {
     TClientDataSet dados;
     dados.Carrega(Tabela({"A"}, {{"1"}, {"2"}, {"3"}, {"4"}}));
     std::string vistas;
@@ -162,7 +162,7 @@ TEST(ClientDataSetCursor, ExclusaoDeixaOCursorNaLinhaSeguinte) {
     EXPECT_THROW(dados.Valor("B"), std::invalid_argument);
 }
 
-TEST(ClientDataSetCursor, OrdemDoIndiceValeParaLinhasNovasEAlteradas) {
+TEST(ClientDataSetCursor, TheIndexOrderHoldsForNewAndChangedRows) {
     TClientDataSet dados;
     dados.SetIndexFieldNames("A");
     dados.Carrega(Tabela({"A", "B"}, {{"d", "1"}, {"b", "2"}, {"D", "3"}}));
@@ -182,7 +182,7 @@ TEST(ClientDataSetCursor, OrdemDoIndiceValeParaLinhasNovasEAlteradas) {
     EXPECT_EQ(Lista(dados, "B"), "1 2 4 3");
 }
 
-TEST(ClientDataSetEdicao, ConverteRecusaEDesiste) {
+TEST(ClientDataSetEdicao, ConvertsRefusesAndGivesUp) {
     TTabelaEmMemoria tabela = Tabela({"N", "T"}, {{1, "a"}});
     tabela.campos[0].tipo = TTipoDado::Inteiro;
     tabela.campos[0].requerido = true;

@@ -8,7 +8,7 @@
 namespace wkd {
 namespace {
 
-TEST(Texto, TrocaDivideEJuntaTratamAsPontas) {
+TEST(Texto, ReplaceSplitAndJoinMindTheEnds) {
     EXPECT_EQ(Troca("aXbXX", "X", "XY"), "aXYbXYXY");
     EXPECT_EQ(Troca("", "X", "Y"), "");
     EXPECT_EQ(Aspas("d'água"), "'d''água'");
@@ -19,7 +19,7 @@ TEST(Texto, TrocaDivideEJuntaTratamAsPontas) {
     EXPECT_EQ(AparaFim(" a\t  "), " a\t");
 }
 
-TEST(Texto, NomesSeComparamSemCaixaNemBrancosFinais) {
+TEST(Texto, NamesCompareWithoutCaseAndTrailingBlanks) {
     EXPECT_EQ(ChaveDeNome("tcli_con  "), ChaveDeNome("TCLI_CON"));
     EXPECT_NE(ChaveDeNome(" A"), ChaveDeNome("A"));
     EXPECT_EQ(Maiusculas("ação"), "AçãO");
@@ -50,7 +50,7 @@ class TEmPedacos : public TConteudo {
     std::string bytes_;
 };
 
-TEST(Base64, EhOMesmoInteiroOuEmPedacosDeQualquerTamanho) {
+TEST(Base64, IsTheSameWholeOrInPiecesOfAnySize) {
     EXPECT_EQ(ParaBase64("f") + ParaBase64("fo") + ParaBase64("foo"), "Zg==Zm8=Zm9v");
     EXPECT_EQ(ParaBase64(std::string("\xff\xfe\x00", 3)), "//4A");
     for (std::size_t tamanho : {0u, 1u, 2u, 3u, 100u, 1001u}) {
@@ -62,7 +62,7 @@ TEST(Base64, EhOMesmoInteiroOuEmPedacosDeQualquerTamanho) {
     }
 }
 
-TEST(Codificacao, TodoByte1252VaiEVolta) {
+TEST(Codificacao, EveryByteOf1252GoesThereAndBack) {
     for (int b = 0; b < 256; ++b) {
         const std::string byte(1, static_cast<char>(b));
         const std::string utf8 = De1252(byte);
@@ -72,12 +72,12 @@ TEST(Codificacao, TodoByte1252VaiEVolta) {
     EXPECT_EQ(De1252("\x80 \x8E \x93\x94 \x96 \xE7"), "€ Ž “” – ç");
 }
 
-TEST(Codificacao, CaractereSemLugarEm1252EhErroENuncaInterrogacao) {
+TEST(Codificacao, ACharacterWithoutPlaceIn1252IsAnErrorNeverAQuestionMark) {
     for (const char* texto : {"Ω", "日本", "😀", "a\xCC\x81"}) EXPECT_THROW(Para1252(texto), TErroConversao) << texto;
     EXPECT_THROW(Para1252("\xE7"), TErroConversao);
 }
 
-TEST(Codificacao, ReconheceUtf8Invalido) {
+TEST(Codificacao, RecognisesInvalidUtf8) {
     for (const char* bytes : {"\xC3", "\xC0\xAF", "\xE0\x80\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\xFF", "a\x80"})
         EXPECT_FALSE(Utf8Valido(bytes));
     EXPECT_TRUE(Utf8Valido("ação € 😀"));

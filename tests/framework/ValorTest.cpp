@@ -38,7 +38,7 @@ struct TConteudoDeTeste : TConteudo {
     mutable int aberturas = 0;
 };
 
-TEST(Valor, TextoDeCadaTipoVoltaAoMesmoValor) {
+TEST(Valor, TheTextOfEachTypeReadsBackEqual) {
     struct TCaso {
         TTipoDado tipo;
         TValor valor;
@@ -78,7 +78,7 @@ TEST(Valor, TextoDeCadaTipoVoltaAoMesmoValor) {
     }
 }
 
-TEST(Valor, ConverteEntreTiposSemPerda) {
+TEST(Valor, ConvertsBetweenTypesWithoutLoss) {
     struct TCaso {
         TValor de;
         TTipoDado tipo;
@@ -124,7 +124,7 @@ TEST(Valor, ConverteEntreTiposSemPerda) {
     }
 }
 
-TEST(Valor, RecusaConversaoQuePerderiaParteDoValor) {
+TEST(Valor, RefusesAConversionThatWouldLosePartOfTheValue) {
     const std::pair<TValor, TTipoDado> casos[] = {
         {1.5, TTipoDado::Inteiro},
         {std::nan(""), TTipoDado::Inteiro},
@@ -157,7 +157,7 @@ TEST(Valor, RecusaConversaoQuePerderiaParteDoValor) {
     for (const auto& [valor, tipo] : casos) EXPECT_THROW(valor.Converte(tipo), TErroConversao) << valor.ComoTexto();
 }
 
-TEST(Valor, InteiroCortaAFracaoENuloEhZero) {
+TEST(Valor, AnIntegerCutsTheFractionAndNullIsZero) {
     EXPECT_EQ(TValor("12,9").ComoInteiro(), 12);
     EXPECT_EQ(TValor(-12.9).ComoInteiro(), -12);
     EXPECT_EQ(TValor(TDecimal{-199, 2}).ComoInteiro(), -1);
@@ -168,7 +168,7 @@ TEST(Valor, InteiroCortaAFracaoENuloEhZero) {
     EXPECT_THROW(TValor(DataDe(2020, 1, 1)).ComoDouble(), TErroConversao);
 }
 
-TEST(Valor, BlobsSaoIguaisPelosBytesEONumeroPeloValor) {
+TEST(Valor, BlobsAreEqualByBytesAndNumbersByValue) {
     const std::string longo(100'000, 'x');
     const auto conteudo = std::make_shared<TConteudoDeTeste>(longo);
     const TValor blob{std::shared_ptr<const TConteudo>(conteudo)};
@@ -188,7 +188,7 @@ TEST(Valor, BlobsSaoIguaisPelosBytesEONumeroPeloValor) {
     EXPECT_FALSE(TValor("") == TValor());
 }
 
-TEST(Calendario, VaiEVoltaEmTodosOsDiasDeQuatroSeculos) {
+TEST(Calendario, GoesThereAndBackForEveryDayOfFourCenturies) {
     int anterior = 0;
     for (int dias = DataDe(1800, 1, 1).dias; dias <= DataDe(2200, 12, 31).dias; ++dias) {
         const TCalendario c = CalendarioDe({dias});

@@ -17,7 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-TEST_F(TPacoteTest, montaUmaPastaComPacotesLayoutsEArquivos) {
+TEST_F(TPacoteTest, BuildsAFolderWithPacketsLayoutsAndFiles) {
     CopiaExemplo();
     Fonte("Leia-me.txt", "solto\r\n");
     Fonte(".oculto", "x");
@@ -43,7 +43,7 @@ TEST_F(TPacoteTest, montaUmaPastaComPacotesLayoutsEArquivos) {
     EXPECT_EQ(arquivos.linhas.back()[2], TValor(TBytes{"solto\r\n"}));
 }
 
-TEST_F(TPacoteTest, umSinalNaoDeixaPacotePelaMetadeNemArquivosTemporarios) {
+TEST_F(TPacoteTest, ASignalLeavesNoHalfPackageAndNoTemporaryFiles) {
     CopiaExemplo();
     std::string grande(60 << 20, ' ');
     std::mt19937 acaso(1);
@@ -77,7 +77,7 @@ TEST_F(TPacoteTest, umSinalNaoDeixaPacotePelaMetadeNemArquivosTemporarios) {
     EXPECT_GT(interrompidas, 0);
 }
 
-TEST_F(TPacoteTest, oQueNaoDariaUmPacoteNaoEMontado) {
+TEST_F(TPacoteTest, WhatWouldMakeNoPackageIsNotBuilt) {
     const struct {
         const char* caso;
         std::function<void()> estraga;
@@ -148,7 +148,7 @@ class TPacoteDoBanco : public TPacoteTest {
     }
 };
 
-TEST_F(TPacoteDoBanco, montaDoDicionarioSemOQueEDoCliente) {
+TEST_F(TPacoteDoBanco, BuildsFromTheDictionaryWithoutTheCustomersOwn) {
     Fonte("Novo.rtm", "layout");
     const auto monta = Roda({"monta", "p.zip", "--alias", "LOJA", "--tabelas", "sistema", "--pasta", "fontes"});
     ASSERT_EQ(monta.codigo, 0) << monta.erros;
@@ -174,7 +174,7 @@ TEST_F(TPacoteDoBanco, montaDoDicionarioSemOQueEDoCliente) {
         EXPECT_EQ(LeArquivo(Extrai("q.zip") / nome), LeArquivo(pasta_ / "p.zip.dir" / nome)) << nome;
 }
 
-TEST_F(TPacoteDoBanco, cadaFalhaTemSeuCodigoESuaMensagem) {
+TEST_F(TPacoteDoBanco, EachFailureHasItsCodeAndMessage) {
     const struct {
         std::vector<std::string> argumentos;
         int codigo;
@@ -209,7 +209,7 @@ TEST_F(TPacoteDoBanco, cadaFalhaTemSeuCodigoESuaMensagem) {
     EXPECT_EQ(Roda({"monta", "p.zip", "--alias", "LOJA"}).codigo, 3);
 }
 
-TEST_F(TPacoteTest, converteDeIdaEVoltaSemPerderNada) {
+TEST_F(TPacoteTest, ConvertsThereAndBackLosingNothing) {
     auto original = DeTodosOsTipos();
     original.estados = {8, 2, 0};
     original.parametros = {{"CHANGE_LOG", {1, 0, 4, 2, 0, 2}}, {"PRIMARY_KEY", {}}, {"LCID", {1033}}};
@@ -231,7 +231,7 @@ TEST_F(TPacoteTest, converteDeIdaEVoltaSemPerderNada) {
     EXPECT_EQ(LeArquivo(pasta_ / "7.wkd"), LeArquivo(pasta_ / "5.xml"));
 }
 
-TEST_F(TPacoteTest, umaConversaoRecusadaDeixaODestinoComoEstava) {
+TEST_F(TPacoteTest, ARefusedConversionLeavesTheTargetAsItWas) {
     const std::string campos = R"({"campos":[{"nome":"A","tipo":"i2"},{"nome":"B","tipo":"string"}]})";
     const struct {
         std::string linhas;

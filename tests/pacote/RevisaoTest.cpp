@@ -63,7 +63,7 @@ class Revisao : public TPacoteTest {
 
 using TAchados = std::vector<std::string>;
 
-TEST_F(Revisao, apontaCadaDefeitoDoPacote) {
+TEST_F(Revisao, PointsAtEachFaultOfThePackage) {
     const struct {
         TMuda muda;
         TAchados achados;
@@ -112,7 +112,7 @@ TEST_F(Revisao, apontaCadaDefeitoDoPacote) {
     }
 }
 
-TEST_F(Revisao, apontaArquivosQueOPacoteNaoPodeTrazer) {
+TEST_F(Revisao, PointsAtFilesThatAPackageMayNotBring) {
     Fonte("SISTEMA.WKD", "<DATAPACKET");
     Fonte("FOTO.WKD", ComBlobDanificado());
     Fonte("nome errado.wkd", R"(<DATAPACKET><METADATA><FIELDS><FIELD attrname="A" fieldtype="i4"/></FIELDS></METADATA>
@@ -138,7 +138,7 @@ TEST_F(Revisao, apontaArquivosQueOPacoteNaoPodeTrazer) {
               TAchados{"O arquivo SARQUIVO.WKD do pacote está vazio. É preciso um pacote completo.\n"});
 }
 
-TEST_F(Revisao, apontaOQueUmaInstalacaoDoPacoteAnteriorPerderia) {
+TEST_F(Revisao, PointsAtWhatAnInstallationOfTheFormerPackageWouldLose) {
     const struct {
         TMuda muda;
         TAchados achados;

@@ -18,7 +18,7 @@ void PrintTo(const TAlvo& alvo, std::ostream* saida) { *saida << alvo.pasta; }
 
 class Sementes : public testing::TestWithParam<TAlvo> {};
 
-TEST_P(Sementes, NenhumaDerrubaPrendeOuPerde) {
+TEST_P(Sementes, NoneCrashesHangsOrLoses) {
     int quantas = 0;
     for (const auto& semente : fs::directory_iterator(fs::path(WKD_SEMENTES) / GetParam().pasta)) {
         SCOPED_TRACE(semente.path().filename().string());
