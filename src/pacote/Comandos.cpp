@@ -72,23 +72,23 @@ struct TExecucao {
     }
 
     TCodigoDeSaida operator()(const TPedeConverte& pedido) const {
-        const auto pacote =
+        auto pacote =
             NomeDeJson(pedido.origem) ? LeJson(pedido.origem) : LePacote(pedido.origem, TLinhasDoPacote::Todas);
+        const auto campos = pacote.campos.size(), linhas = pacote.linhas.size();
         if (pedido.forma == TFormaDeArquivo::Json)
-            GravaJson(pacote, pedido.destino);
+            GravaJson(std::move(pacote), pedido.destino);
         else
-            GravaPacote(pacote, pedido.destino,
+            GravaPacote(std::move(pacote), pedido.destino,
                         pedido.forma == TFormaDeArquivo::Xml ? TFormaPacote::Xml : TFormaPacote::Binario);
         if (json)
             saida << TJson{{"destino", TextoDoCaminho(pedido.destino)},
-                           {"campos", pacote.campos.size()},
-                           {"linhas", pacote.linhas.size()},
+                           {"campos", campos},
+                           {"linhas", linhas},
                            {"bytes", fs::file_size(pedido.destino)}}
                          .dump()
                   << '\n';
         else
-            saida << TextoDoCaminho(pedido.destino) << ": " << pacote.campos.size() << " campos, "
-                  << pacote.linhas.size() << " linhas\n";
+            saida << TextoDoCaminho(pedido.destino) << ": " << campos << " campos, " << linhas << " linhas\n";
         return TCodigoDeSaida::Sucesso;
     }
 

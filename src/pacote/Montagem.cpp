@@ -127,7 +127,7 @@ void ExportaDicionario(TConnection& conexao, const std::vector<std::string>& tab
         if (!Existe(existentes, tabela.nome)) continue;
         auto pacote = linhas(tabela.nome, tabela.ordem);
         TiraDoCliente(pacote, tabela, indices);
-        montagem.Pacote(pacote, tabela.arquivo);
+        montagem.Pacote(std::move(pacote), tabela.arquivo);
     }
     for (const auto& tabela : tabelas) {
         exige(tabela);
@@ -192,10 +192,10 @@ void TMontagem::Inclui(const fs::path& arquivo) {
     arquivos_.emplace(Maiusculas(NomeDoArquivo(arquivo)), arquivo);
 }
 
-void TMontagem::Pacote(const TDataPacket& pacote, const std::string& nome) {
+void TMontagem::Pacote(TDataPacket pacote, const std::string& nome) {
     ExigeLivre(nome);
     const auto arquivo = passageira_.Caminho() / CaminhoDoTexto(nome);
-    GravaPacote(pacote, arquivo, TFormaPacote::Binario);
+    GravaPacote(std::move(pacote), arquivo, TFormaPacote::Binario);
     Inclui(arquivo);
 }
 
@@ -234,7 +234,7 @@ void TMontagem::IncluiSoltos(const std::vector<fs::path>& soltos, const std::str
         linha[onde] = ConteudoDeArquivo(solto);
         pacote.linhas.push_back(std::move(linha));
     }
-    Pacote(pacote, std::string(kArquivos));
+    Pacote(std::move(pacote), std::string(kArquivos));
 }
 
 void TMontagem::Grava(const fs::path& pacote) {

@@ -20,7 +20,7 @@ class TMontagem {
     /// becomes a record of ARQUIVOS with that version. Hidden files are left out, folders refused.
     void Pasta(const std::filesystem::path& pasta, const std::string& versao);
     /// Packet that was made for this package; `nome` is its file name.
-    void Pacote(const TDataPacket& pacote, const std::string& nome);
+    void Pacote(TDataPacket pacote, const std::string& nome);
     /// Writes the package, with an empty packet "ARQUIVOS" where there is none. Without the two packets of the
     /// dictionary there is no package; nor in the folder it is made of, whose files it would join.
     void Grava(const std::filesystem::path& pacote);

@@ -100,7 +100,7 @@ std::vector<std::string> ChavesDosCampos(const std::vector<TCampoPacote>& campos
     return chaves;
 }
 
-void GravaJson(const TDataPacket& pacote, const std::filesystem::path& arquivo) {
+void GravaJson(TDataPacket pacote, const std::filesystem::path& arquivo) {
     std::vector<TCampoPacote> campos;
     for (const auto& campo : pacote.campos) campos.push_back(campo.tipoXml.empty() ? CampoDePacote(campo) : campo);
     const auto chaves = ChavesDosCampos(campos);
@@ -111,7 +111,7 @@ void GravaJson(const TDataPacket& pacote, const std::filesystem::path& arquivo) 
     fluxo << Cabecalho(campos, chaves, pacote) << '\n';
     for (std::size_t i = 0; i < pacote.linhas.size(); ++i)
         GravaLinha(fluxo, chaves, pacote.linhas[i], EstadoDaLinha(pacote, i));
-    saida.Conclui();
+    saida.Conclui(std::move(pacote));
 }
 
 namespace {

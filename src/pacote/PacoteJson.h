@@ -19,7 +19,7 @@ namespace wkd {
 bool NomeDeJson(const std::filesystem::path& arquivo);
 
 /// Everything the packet has, losslessly, into a new file that then takes the name. Throws TErroPacote.
-void GravaJson(const TDataPacket& pacote, const std::filesystem::path& arquivo);
+void GravaJson(TDataPacket pacote, const std::filesystem::path& arquivo);
 /// Contents are held in memory. Throws TErroPacote naming file, line, field and cause.
 TDataPacket LeJson(const std::filesystem::path& arquivo);
 

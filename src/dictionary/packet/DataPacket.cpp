@@ -66,7 +66,7 @@ TDataPacket LePacote(const std::filesystem::path& arquivo, TLinhasDoPacote linha
     return fonte->Forma() == TFormaPacote::Binario ? LeBinario(fonte, linhas) : LeXml(fonte, linhas);
 }
 
-void GravaPacote(const TDataPacket& pacote, const std::filesystem::path& arquivo, TFormaPacote forma) {
+void GravaPacote(TDataPacket pacote, const std::filesystem::path& arquivo, TFormaPacote forma) {
     std::vector<TCampoPacote> campos;
     for (const auto& campo : pacote.campos) campos.push_back(campo.tipoXml.empty() ? CampoDePacote(campo) : campo);
     TSaidaPacote saida(arquivo);
@@ -74,7 +74,7 @@ void GravaPacote(const TDataPacket& pacote, const std::filesystem::path& arquivo
         GravaBinario(campos, pacote, saida);
     else
         GravaXml(campos, pacote, saida);
-    saida.Conclui();
+    saida.Conclui(std::move(pacote));
 }
 
 void ExigeCampos(const TDataPacket& pacote, const std::filesystem::path& arquivo,

@@ -66,10 +66,10 @@ enum class TLinhasDoPacote { Visiveis, Todas };
 /// Throws TErroPacote naming file, offset or line, field and cause.
 TDataPacket LePacote(const std::filesystem::path& arquivo, TLinhasDoPacote linhas = TLinhasDoPacote::Visiveis);
 /// Writes all rows, each with its status (visible and unchanged where there is none), and the parameters, into a new
-/// file that then takes the name. Times are kept to the
+/// file that then takes the name; a packet that was read from that very file has to be moved in. Times are kept to the
 /// millisecond; the XML form does not tell an empty blob from NULL. A field without `tipoXml` is written as
 /// CampoDePacote has it. Throws TErroPacote.
-void GravaPacote(const TDataPacket& pacote, const std::filesystem::path& arquivo, TFormaPacote forma);
+void GravaPacote(TDataPacket pacote, const std::filesystem::path& arquivo, TFormaPacote forma);
 
 /// Throws TErroPacote naming the columns that the packet lacks, letter case ignored.
 void ExigeCampos(const TDataPacket& pacote, const std::filesystem::path& arquivo,

@@ -39,9 +39,10 @@ TSaidaPacote& TSaidaPacote::operator<<(std::string_view bytes) {
     return *this;
 }
 
-void TSaidaPacote::Conclui() {
+void TSaidaPacote::Conclui(TDataPacket&& gravado) {
     aberto_.Grava(bloco_);
     aberto_.Fecha();
+    gravado = {};
     try {
         SubstituiPor(novo_, arquivo_);
     } catch (const std::system_error& erro) {

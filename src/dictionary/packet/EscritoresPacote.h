@@ -21,7 +21,9 @@ class TSaidaPacote {
     TSaidaPacote& operator=(const TSaidaPacote&) = delete;
 
     TSaidaPacote& operator<<(std::string_view bytes);
-    void Conclui();
+    /// The packet goes before the file takes its place: its blobs may be held by the old one, which Windows then would
+    /// not let go.
+    void Conclui(TDataPacket&& gravado);
 
     /// Throws TErroPacote with file, row (from 1) and field.
     [[noreturn]] void Recusa(std::size_t linha, const TCampoPacote& campo, const std::string& causa) const;
