@@ -11,11 +11,8 @@ destino=${WKD_WINDOWS:-${XDG_CACHE_HOME:-$HOME/.cache}/atualizawkd-windows}
 nucleos=${WKD_NUCLEOS:-$(nproc)}
 mkdir -p "$destino"
 destino=$(cd "$destino" && pwd)
-exec 9>"$destino/.trava"
-flock 9
-# A build that another checkout goes on with must not look for the file in the first one.
-ferramentas=$destino/windows-toolchain.cmake
-cmp -s cmake/windows-toolchain.cmake "$ferramentas" || cp cmake/windows-toolchain.cmake "$ferramentas"
+pedidas=(libzip qt6-base)
+[ "${1:-}" != --sem-qt ] || pedidas=(libzip)
 
 # Debian's source packages come from where the binary ones come from; the machine's own lists stay as they are.
 busca_fonte() { # package
@@ -53,18 +50,27 @@ desligado() { # name...: -Dname=OFF
     printf -- '-D%s=OFF\n' "$@"
 }
 
-tudo() { # --sem-qt
+libzip() {
     constroi libzip $(desligado ENABLE_{COMMONCRYPTO,GNUTLS,MBEDTLS,OPENSSL,WINDOWS_CRYPTO,BZIP2,LZMA,ZSTD}) \
         $(desligado BUILD_{TOOLS,REGRESS,EXAMPLES,DOC})
-    [ "${1:-}" != --sem-qt ] || return 0
+}
+
+qt6-base() {
     # Of Qt the window's part and the network's; TLS is the system's own. The DirectWrite fonts fail to link without Direct2D.
     constroi qt6-base -DINPUT_opengl=no -DINPUT_openssl=no -DFEATURE_schannel=ON -DQT_BUILD_TOOLS_WHEN_CROSSCOMPILING=OFF \
         $(desligado QT_BUILD_{EXAMPLES,TESTS}) \
         $(desligado FEATURE_{vulkan,sql,dbus,testlib,printsupport,concurrent,xml,direct2d,directwrite3,tabletevent,pkg_config})
 }
 
-if [ ! -e "$destino/.pronto-qt6-base" ] && [ "${1:-}" != --sem-qt ]; then
-    echo "Construindo as bibliotecas em $destino: cerca de meia hora em dois núcleos livres, uma só vez." >&2
-fi
-tudo "$@" >&2
+for biblioteca in "${pedidas[@]}"; do
+    [ ! -e "$destino/.pronto-$biblioteca" ] || continue
+    exec 9>"$destino/.trava"
+    flock 9  # one build at a time; whoever waited finds it done
+    # A build that another checkout goes on with must not look for the file in the first one.
+    ferramentas=$destino/windows-toolchain.cmake
+    cmp -s cmake/windows-toolchain.cmake "$ferramentas" || cp cmake/windows-toolchain.cmake "$ferramentas"
+    [ "$biblioteca" != qt6-base ] ||
+        echo "Construindo o Qt em $destino: cerca de meia hora em dois núcleos livres, uma só vez." >&2
+    "$biblioteca" >&2
+done
 echo "$destino"

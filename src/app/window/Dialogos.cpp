@@ -12,8 +12,9 @@
 #include "window/EstiloAmetista.h"
 
 #ifdef _WIN32
-#include <shellapi.h>
 #include <windows.h>
+
+#include <shellapi.h>
 #include <QDir>
 #endif
 
