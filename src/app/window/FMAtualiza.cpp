@@ -8,6 +8,7 @@
 #include <QTimer>
 #include <QToolTip>
 #include <QVBoxLayout>
+#include <QWindow>
 #include <chrono>
 #include <future>
 
@@ -171,7 +172,18 @@ void TFMAtualiza::LeArgumentos() {
         btAtualizarClick();
         executada_ = true;
     }
-    if (inicio_.pacote || codigo_ != TCodigoDeSaida::Sucesso) close();
+    if (inicio_.pacote || codigo_ != TCodigoDeSaida::Sucesso) Termina();
+}
+
+/// A window that the system could not make, or that closes before it is drawn, does not end the program by itself.
+void TFMAtualiza::Termina() {
+    if (!windowHandle() || !windowHandle()->handle()) {
+        QCloseEvent fim;
+        closeEvent(&fim);
+    } else if (isVisible()) {
+        close();
+    }
+    QCoreApplication::exit();
 }
 
 TCodigoDeSaida TFMAtualiza::Codigo() const {

@@ -73,6 +73,7 @@ class TFMAtualiza : public QDialog {
     void FormShow();
     void FormClose();
     void LeArgumentos();
+    void Termina();
     void RestauraPreferencias();
     void GravaPreferencias();
 

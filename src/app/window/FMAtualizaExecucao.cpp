@@ -155,10 +155,8 @@ void TFMAtualiza::AteOFim(const std::function<void()>& trabalho) {
 void TFMAtualiza::Interrompe() {
     if (QWidget* pergunta = QApplication::activeModalWidget(); pergunta && pergunta != this)
         pergunta->close();
-    else if (!executando_) {
-        if (isVisible()) close();
-        QCoreApplication::exit();  // a window that closes before it is drawn does not end the program
-    }
+    else if (!executando_)
+        Termina();
 }
 
 void TFMAtualiza::Conclui() {
