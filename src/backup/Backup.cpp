@@ -154,7 +154,7 @@ class TParcial {
     void Conclui(const TManifesto& manifesto) {
         std::error_code erro;
         if (aqui_ || fs::is_directory(arquivo_.parent_path(), erro)) GravaManifesto(manifesto, arquivo_);
-        if (aqui_) fs::rename(Caminho(), arquivo_);
+        if (aqui_) Renomeia(Caminho(), arquivo_);
         inteiro_ = true;
     }
 

@@ -168,7 +168,7 @@ void TBackupFirebird::PoeNoLugar(const std::string& novo, const std::string& ant
     if (!antigo.empty()) {
         std::error_code semLigacao;
         fs::create_hard_link(emUso, CaminhoDoTexto(antigo), semLigacao);
-        if (semLigacao) fs::rename(emUso, CaminhoDoTexto(antigo));
+        if (semLigacao) Renomeia(emUso, CaminhoDoTexto(antigo));
     }
     SubstituiPor(CaminhoDoTexto(novo), emUso);
 }
@@ -180,7 +180,7 @@ void TBackupFirebird::Devolve(const std::string& antigo) {
     if (MesmoBanco(antigo))
         fs::remove(la);
     else
-        fs::rename(la, SemLinks(CaminhoDoTexto(BancoEmUso())));
+        Renomeia(la, SemLinks(CaminhoDoTexto(BancoEmUso())));
 }
 
 bool TBackupFirebird::MesmoBanco(const std::string& antigo) {

@@ -42,7 +42,7 @@ void TLogDaExecucao::Carrega() {
     if (!Existe()) return;
     ilegivel_ = true;
     try {
-        const TArquivo arquivo = AbreParaLer(caminho_);
+        AbreParaLer(caminho_);
         if (std::filesystem::file_size(caminho_) >= limite_) PoeDeLado();
         const std::string bytes = LeArquivoInteiro(caminho_);
         marca_ = QStringConverter::encodingForData(bytes);
@@ -76,7 +76,7 @@ void TLogDaExecucao::PoeDeLado() {
     std::error_code ainda;  // there are not so many yet
     for (int numero = kAntigos; numero > 1; --numero)
         std::filesystem::rename(antigo(numero - 1), antigo(numero), ainda);
-    std::filesystem::rename(caminho_, antigo(1));
+    Renomeia(caminho_, antigo(1));
     LimparLog();
     Escreve({});
 }
@@ -106,7 +106,7 @@ void TLogDaExecucao::Escreve(std::string_view bytes) const {
     try {
         if (!(TSaidaEmArquivo(CriaArquivo(novo)) << bytes << std::flush))
             throw std::system_error(errno, std::generic_category());
-        std::filesystem::rename(novo, caminho_);
+        Renomeia(novo, caminho_);
     } catch (const std::system_error& erro) {
         std::error_code ignorado;
         std::filesystem::remove(novo, ignorado);

@@ -69,15 +69,8 @@ TArquivo AbreEscrito(const fs::path& caminho) {
 bool CopiaPermissoes(const fs::path&, std::FILE*) { return true; }  // inherited from the folder
 bool LinkDeConfianca(const fs::path&) { return true; }              // making one takes an administrator
 
-/// Comes back when the rename itself is on the disk.
-void Renomeia(const fs::path& novo, const fs::path& destino) {
-    constexpr DWORD kComo = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
-    if (!Insiste([&] { return MoveFileExW(novo.c_str(), destino.c_str(), kComo) != 0; })) FalhaDoSistema(destino);
-}
 void PastaNoDisco(const fs::path&) {}
 #else
-void Renomeia(const fs::path& novo, const fs::path& destino) { fs::rename(novo, destino); }
-
 /// The descriptor as a stream; anything but an ordinary file is refused. A second name of a file may be one that
 /// somebody else gave it, to have it written to.
 TArquivo Comum(const fs::path& caminho, int descritor, const char* modo, nlink_t nomes) {
@@ -159,6 +152,12 @@ void Substitui(const fs::path& novo, const fs::path& destino, TEscreve escreve) 
 }  // namespace
 
 #ifdef _WIN32
+/// Comes back when the rename itself is on the disk.
+void Renomeia(const fs::path& de, const fs::path& para) {
+    constexpr DWORD kComo = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
+    if (!Insiste([&] { return MoveFileExW(de.c_str(), para.c_str(), kComo) != 0; })) FalhaDoSistema(para);
+}
+
 /// libstdc++ knows no links here.
 bool EhLink(const fs::path& caminho) {
     WIN32_FIND_DATAW achado;
@@ -188,6 +187,8 @@ TArquivo CriaSeNaoHa(const fs::path& caminho) {
     }
 }
 #else
+void Renomeia(const fs::path& de, const fs::path& para) { fs::rename(de, para); }
+
 bool EhLink(const fs::path& caminho) { return fs::is_symlink(fs::symlink_status(caminho)); }
 
 TArquivo CriaSeNaoHa(const fs::path& caminho) {

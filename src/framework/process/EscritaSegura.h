@@ -64,6 +64,9 @@ void SubstituiArquivo(const std::filesystem::path& caminho, std::string_view byt
 /// is followed, and a file system without modes and owners is no failure here.
 void SubstituiPor(const std::filesystem::path& novo, const std::filesystem::path& caminho);
 
+/// A rename over what has the other name, which waits a little for who holds it. Throws std::system_error.
+void Renomeia(const std::filesystem::path& de, const std::filesystem::path& para);
+
 /// What a link leads to, when nobody but root and the current user can have laid it; else throws std::system_error.
 std::filesystem::path SemLinks(const std::filesystem::path& caminho);
 
