@@ -1,6 +1,5 @@
 #include "commands/Comandos.h"
 
-#include <cstdio>
 #include <iostream>
 
 #include "commands/PreencheDados.h"
@@ -11,10 +10,10 @@
 namespace wkd {
 
 std::string PedeSenha() {
-    if (!EntradaEhTerminal()) return LeLinha();
-    std::fputs("Senha: ", stderr);
+    if (!EhTerminal(kEntrada)) return LeLinha();
+    std::cerr << "Senha: " << std::flush;
     std::string senha = LeSemEco();
-    std::fputs("\n", stderr);
+    std::cerr << std::endl;
     return senha;
 }
 

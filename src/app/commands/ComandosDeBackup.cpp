@@ -3,12 +3,6 @@
 #include <chrono>
 #include <iostream>
 
-#ifdef _WIN32
-#include <io.h>
-#else
-#include <unistd.h>
-#endif
-
 #include "Backup.h"
 #include "Explicacao.h"
 #include "ServidorDeBackup.h"
@@ -17,6 +11,7 @@
 #include "commands/Preferencias.h"
 #include "commands/TextoQt.h"
 #include "package/Caminho.h"
+#include "process/Terminal.h"
 #include "report/PlanoEmTexto.h"
 #include "run/TravaDoBanco.h"
 
@@ -103,10 +98,9 @@ std::string AliasDaProva(const TPedeProva& pedido) {
 
 /// Whoever runs the command answers at the terminal.
 bool Confirma(const std::string& pergunta) {
-    if (!isatty(0)) return false;
+    if (!EhTerminal(kEntrada)) return false;
     std::cout << pergunta << " [s/N] " << std::flush;
-    std::string resposta;
-    std::getline(std::cin, resposta);
+    const std::string resposta = LeLinha();
     return resposta == "s" || resposta == "S" || resposta == "sim";
 }
 

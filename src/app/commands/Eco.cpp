@@ -9,40 +9,13 @@
 #include <utility>
 #include <vector>
 
+#include "process/Terminal.h"
 #include "report/RelatorioDaExecucao.h"
 #include "values/Texto.h"
-
-#ifdef _WIN32
-#include <io.h>
-#else
-#include <poll.h>
-#include <unistd.h>
-#include <cerrno>
-#endif
 
 namespace wkd {
 
 namespace {
-
-#ifdef _WIN32
-constexpr int kSaida = 1, kErros = 2;
-int Grava(int saida, std::string_view texto) {
-    return _write(saida, texto.data(), static_cast<unsigned>(texto.size()));
-}
-bool Terminal(int saida) { return _isatty(saida) != 0; }
-#else
-constexpr int kSaida = STDOUT_FILENO, kErros = STDERR_FILENO;
-/// Waits also where the stream was opened not to.
-ssize_t Grava(int saida, std::string_view texto) {
-    for (;;) {
-        const ssize_t escritos = write(saida, texto.data(), texto.size());
-        if (escritos >= 0 || (errno != EAGAIN && errno != EINTR)) return escritos;
-        pollfd espera{saida, POLLOUT, 0};
-        poll(&espera, 1, -1);
-    }
-}
-bool Terminal(int saida) { return isatty(saida) != 0; }
-#endif
 
 using namespace std::chrono_literals;
 using TRelogio = std::chrono::steady_clock;
@@ -97,9 +70,9 @@ class TEscritor {
             fila_.pop_front();
             trava.unlock();
             for (std::string_view resto = texto; !resto.empty();) {
-                const auto escritos = Grava(saida, resto);
-                if (escritos <= 0) break;  // closed at the other end
-                resto.remove_prefix(static_cast<std::size_t>(escritos));
+                const std::size_t escritos = GravaNoFluxo(saida, resto);
+                if (escritos == 0) break;
+                resto.remove_prefix(escritos);
             }
             trava.lock();
             guardados_ -= texto.size();
@@ -118,7 +91,7 @@ class TEscritor {
 TEscritor& Escritor(int saida) {
     static TEscritor& daSaida = *new TEscritor;
     if (saida == kSaida) return daSaida;
-    static TEscritor& dosErros = Terminal(kSaida) && Terminal(kErros) ? daSaida : *new TEscritor;
+    static TEscritor& dosErros = EhTerminal(kSaida) && EhTerminal(kErros) ? daSaida : *new TEscritor;
     return dosErros;
 }
 

@@ -1,51 +1,14 @@
 #include "commands/LinhaDoTerminal.h"
 
-#include <cstdlib>
 #include <vector>
 
 #include "commands/Eco.h"
+#include "process/Terminal.h"
 #include "values/Texto.h"
-
-#ifdef _WIN32
-#include <io.h>
-#include <windows.h>
-#include <cstdio>
-#else
-#include <sys/ioctl.h>
-#include <unistd.h>
-#endif
 
 namespace wkd {
 
 namespace {
-
-constexpr std::size_t kLarguraDesconhecida = 80;
-
-#ifdef _WIN32
-bool SaidaEhTerminal() {
-    DWORD modo = 0;
-    const HANDLE saida = GetStdHandle(STD_OUTPUT_HANDLE);
-    return _isatty(_fileno(stdout)) && GetConsoleMode(saida, &modo) &&
-           SetConsoleMode(saida, modo | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
-}
-
-std::size_t Largura() {
-    CONSOLE_SCREEN_BUFFER_INFO tela;
-    if (!GetConsoleScreenBufferInfo(GetStdHandle(STD_OUTPUT_HANDLE), &tela)) return kLarguraDesconhecida;
-    return static_cast<std::size_t>(tela.srWindow.Right - tela.srWindow.Left + 1);
-}
-#else
-bool SaidaEhTerminal() {
-    const char* tipo = std::getenv("TERM");
-    return isatty(STDOUT_FILENO) && !(tipo && std::string_view(tipo) == "dumb");
-}
-
-std::size_t Largura() {
-    winsize tela{};
-    const bool conhecida = ioctl(STDOUT_FILENO, TIOCGWINSZ, &tela) == 0 && tela.ws_col > 0;
-    return conhecida ? tela.ws_col : kLarguraDesconhecida;
-}
-#endif
 
 bool ComecaCaractere(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; }
 
@@ -60,11 +23,11 @@ std::string Corta(std::string_view texto, std::size_t colunas) {
     return caracteres <= colunas ? std::string(texto) : std::string(texto.substr(0, fim)) + "…";
 }
 
-TLinhaDoTerminal::TLinhaDoTerminal() : existe_(SaidaEhTerminal()) {}
+TLinhaDoTerminal::TLinhaDoTerminal() : existe_(SaidaSeReescreve()) {}
 
 void TLinhaDoTerminal::Mostra(std::string_view texto) {
     if (!existe_) return;
-    const std::string linha = Corta(texto, Largura() - 1);  // a full line would wrap
+    const std::string linha = Corta(texto, LarguraDoTerminal() - 1);  // a full line would wrap
     if (linha == mostrada_) return;
     EscreveNoTerminal("\r\x1b[K" + linha);
     mostrada_ = linha;

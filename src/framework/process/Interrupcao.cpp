@@ -110,7 +110,7 @@ void Atende() {
         Avisa();
         EsperaOutro();
     }
-    std::fputs("Interrompida à força: o servidor não respondeu. Rode de novo.\n", stderr);
+    GravaNoFluxo(kErros, "Interrompida à força: o servidor não respondeu. Rode de novo.\n");
     Mata();
 }
 

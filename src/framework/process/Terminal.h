@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace wkd {
@@ -15,8 +17,17 @@ void PreparaSaidas();
 /// Gives the console back as it was; it is the other programs', too.
 void DevolveConsole() noexcept;
 
-/// Whether somebody sits at the standard input.
-bool EntradaEhTerminal();
+inline constexpr int kEntrada = 0, kSaida = 1, kErros = 2;
+
+/// Whether somebody sits at the standard stream.
+bool EhTerminal(int fluxo);
+/// Whether that is a terminal at standard output whose last line can be written over.
+bool SaidaSeReescreve();
+/// Columns of the terminal at standard output.
+std::size_t LarguraDoTerminal();
+/// Writes to a standard stream, waiting for its reader, and tells how many bytes it took; none when it is closed.
+std::size_t GravaNoFluxo(int fluxo, std::string_view texto);
+
 /// A line of the standard input, without its end. Throws TInterrompida for who gives up at the question.
 std::string LeLinha();
 /// The same from the terminal, which does not show it and is afterwards as it was.
