@@ -33,6 +33,7 @@ struct TPrograma {
     }
     TCodigoDeSaida operator()(const TPedeListaAlias&) const { return ListaAliases(AmbientePadrao()); }
     TCodigoDeSaida operator()(const TPedeNovoAlias& pedido) const { return NovoAlias(AmbientePadrao(), pedido); }
+    TCodigoDeSaida operator()(const TPedeMudaSenha& pedido) const { return MudaSenha(AmbientePadrao(), pedido); }
     TCodigoDeSaida operator()(const TPedeRemoveAlias& pedido) const { return RemoveAlias(AmbientePadrao(), pedido); }
     TCodigoDeSaida operator()(const TPedeTestaAlias& pedido) const { return TestaAlias(AmbientePadrao(), pedido); }
     TCodigoDeSaida operator()(const TPedePlano& pedido) const { return MostraPlano(AmbientePadrao(), pedido); }

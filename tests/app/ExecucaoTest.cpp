@@ -7,6 +7,7 @@
 #include <QPushButton>
 #include <QScrollBar>
 #include <QTimer>
+#include <fstream>
 #include <iostream>
 
 #include <signal.h>
@@ -112,7 +113,32 @@ TEST(ExecucaoTest, AnEarlyEndFreesTheWindowForClosing) {
     janela.C<QPushButton>("btAtualizar").click();
     EXPECT_EQ(janela.dialogos.informacoes, std::vector<std::string>{"Arquivo de atualizção não existe"});
     EXPECT_FALSE(janela.C<QPushButton>("btSair").isEnabled());
+    EXPECT_TRUE(janela.C<QLabel>("lblProvidencia").isVisibleTo(&janela.C<QWidget>("status")));
+    EXPECT_TRUE(janela.C<QLabel>("lblProvidencia").text().startsWith("Confira o caminho do pacote"));
+    EXPECT_TRUE(janela.C<QLabel>("lblProvidencia").text().contains("feche a janela"));
     EXPECT_TRUE(janela.Janela().close());
+}
+
+TEST(ExecucaoTest, AfterAnyOtherEarlyEndTheWizardGoesOn) {
+    TInstalacao instalacao;
+    std::ofstream(instalacao.Pasta() / "estragado.zip") << "no zip";
+    TJanelaDeTeste janela(instalacao, {"LOJA;", {}});
+    janela.Mostra();
+    for (int i = 0; i < 3; ++i) {
+        janela.C<QLineEdit>("edAtualizacao").setText(QCaminho(instalacao.Pasta() / "estragado.zip"));
+        janela.C<QPushButton>("btProximo").click();
+    }
+    janela.C<QPushButton>("btProximo").click();
+    EXPECT_EQ(janela.dialogos.informacoes.size(), 1u);
+    for (const char* nome : {"btVoltar", "btPlano", "btSair"})
+        EXPECT_TRUE(janela.C<QPushButton>(nome).isEnabled()) << nome;
+    EXPECT_TRUE(janela.C<QLabel>("lblProvidencia").text().startsWith("Peça um pacote completo"));
+
+    for (int i = 0; i < 2; ++i) janela.C<QPushButton>("btVoltar").click();
+    janela.C<QLineEdit>("edAtualizacao").setText(QCaminho(instalacao.Pacote()));
+    for (int i = 0; i < 3; ++i) janela.C<QPushButton>("btProximo").click();
+    EXPECT_EQ(janela.C<QLabel>("lblVeredicto").text(), "Concluída sem erros");
+    EXPECT_FALSE(janela.C<QLabel>("lblProvidencia").isVisible());
 }
 
 TEST(ExecucaoTest, UnattendedEndsWithItsCodeAndAsksNobody) {

@@ -55,6 +55,7 @@ class TDialogosDeTeste : public IDialogos {
     TAcaoReconcilia Reconcilia(const QString&) override { return TAcaoReconcilia::Pula; }
     QString ArquivoParaAbrir() override { return arquivo; }
     QString BackupParaAbrir() override { return arquivo; }
+    QString BancoParaAbrir() override { return arquivo; }
     QString ArquivoParaGravar(const QString& nome) override {
         proposto = nome;
         return arquivo;

@@ -16,8 +16,10 @@
 #include <fstream>
 
 #include "JanelaApoio.h"
+#include "Linhas.h"
 #include "Portas.h"
 #include "Retrato.h"
+#include "ServidorFirebird.h"
 
 namespace wkd {
 namespace {
@@ -130,7 +132,7 @@ TEST_F(JanelaTest, TabFollowsThePageAndAcceleratorsAreUnambiguous) {
     Abre({"LOJA;nobkp", {}});
     EscolhePacote();
     const char* esperados[] = {
-        "edAlias edCaminhoBanco gridUsuariosOnline btLog btProximo btSair",
+        "edAlias btNovoAlias btAlterarAlias edCaminhoBanco btReler gridUsuariosOnline btLog btProximo btSair",
         "edCaminhoBackup SpeedButton4 edServerRest cbRestaurar edBancoRest edRelatoriosBkp SpeedButton5 Button2 btLog "
         "btVoltar btProximo btSair",
         "edAtualizacao SpeedButton3 btLog btVoltar btProximo btSair",
@@ -401,6 +403,131 @@ TEST_F(JanelaTest, AConnectionThatHangsIsShownAndCanBeGivenUp) {
     }
     EscolheAlias("LOJA");
     EXPECT_EQ(C<QLabel>("lblNumUsuarios").text(), "0");
+}
+
+/// Fills the dialog's boxes in, each by its name, and presses its buttons in their order.
+struct TPreenche {
+    std::vector<std::pair<const char*, QString>> caixas;
+    std::vector<const char*> botoes;
+};
+
+TEST_F(JanelaTest, AnAliasIsMadeTriedAndChangedInTheWindow) {
+    std::vector<std::string> ditos;
+    const auto no = [&](const char* abre, const TPreenche& preenche) {
+        ditos.clear();
+        QTimer::singleShot(100, [&] {
+            QWidget* dialogo = QApplication::activeModalWidget();
+            ASSERT_NE(dialogo, nullptr);
+            for (const auto& [nome, texto] : preenche.caixas) dialogo->findChild<QLineEdit*>(nome)->setText(texto);
+            for (const char* botao : preenche.botoes) {
+                dialogo->findChild<QPushButton*>(botao)->click();
+                ditos.push_back(S(dialogo->findChild<QPlainTextEdit*>("mResultado")->toPlainText()));
+            }
+        });
+        Clica(abre);
+    };
+    const QString pasta = QCaminho(instalacao_.Pasta());
+    no("btNovoAlias", {{{"edNomeDoAlias", "loja"}, {"edBanco", "loja.fdb"}}, {"btGravar", "btCancelarAlias"}});
+    EXPECT_NE(ditos.at(0).find("Já existe"), std::string::npos) << ditos.at(0);
+    EXPECT_FALSE(C<QPushButton>("btAlterarAlias").isEnabled()) << "none is chosen";
+    no("btNovoAlias",
+       {{{"edNomeDoAlias", "FILIAL"}, {"edCaminho", pasta}, {"edUsuario", "SYSDBA"}}, {"btGravar", "btCancelarAlias"}});
+    EXPECT_EQ(ditos.at(0), "Falta o banco de dados.");
+    EXPECT_EQ(instalacao_.Aliases().ListaAlias(true), (std::vector<std::string>{"LOJA", "QUEBRADO"}));
+
+    no("btNovoAlias",
+       {{{"edNomeDoAlias", "FILIAL"}, {"edCaminho", pasta}, {"edBanco", "loja.fdb"}, {"edSenha", "segredo"}},
+        {"btTestar", "btGravar"}});
+    EXPECT_TRUE(ditos.at(0).starts_with("Conectou: Firebird 3")) << ditos.at(0);
+    EXPECT_EQ(instalacao_.Aliases().CarregaAlias("FILIAL").path, instalacao_.Pasta().string() + "/");
+    EXPECT_EQ(C<QComboBox>("edAlias").currentText(), "FILIAL");
+    EXPECT_EQ(C<QLabel>("lblNumUsuarios").text(), "0") << "it is open";
+
+    EscolheAlias("LOJA");
+    instalacao_.Aliases().INIGravaString("LOJA", "TempoLimite", "77");
+    no("btAlterarAlias", {{{"edBanco", "nao_ha.fdb"}}, {"btTestar", "btGravar"}});
+    EXPECT_NE(ditos.at(0).find("Corrija o caminho e o nome do banco"), std::string::npos) << ditos.at(0);
+    for (const char* secao : {"LOJA", "MENU"})  // which is its copy
+        EXPECT_EQ(instalacao_.Aliases().CarregaAlias(secao).database, "nao_ha.fdb") << secao;
+    EXPECT_EQ(instalacao_.Aliases().INILeString("LOJA", "TempoLimite"), "77");
+    EXPECT_EQ(C<QLabel>("lblNumUsuarios").text(), "-1 (Versão HBN3)");
+}
+
+TEST_F(JanelaTest, WithoutAnyAliasTheFirstOneIsMadeAtOnce) {
+    for (const char* nome : {"LOJA", "QUEBRADO"}) instalacao_.Aliases().RemoveAlias(nome);
+    QString titulo;
+    QTimer pessoa;
+    QObject::connect(&pessoa, &QTimer::timeout, [&] {
+        if (auto* dialogo = qobject_cast<QDialog*>(QApplication::activeModalWidget())) {
+            titulo = dialogo->windowTitle();
+            dialogo->reject();
+        }
+    });
+    pessoa.start(10);
+    Abre({});
+    EXPECT_EQ(titulo, "Novo alias");
+    EXPECT_TRUE(C<QPlainTextEdit>("mErroDoAlias").toPlainText().startsWith("Não há alias em "));
+}
+
+TEST_F(JanelaTest, AClickThatLeavesTheListGoesOnAtOnce) {
+    EscolheAlias("LOJA");
+    C<QComboBox>("edAlias").setFocus();
+    janela_->Serve();
+    ASSERT_TRUE(C<QComboBox>("edAlias").hasFocus());
+    TocaNa(C<QPushButton>("btProximo"));
+    janela_->Serve();
+    EXPECT_EQ(Onde(), "atualizacao: Definir Alias que será atualizado");
+}
+
+TEST_F(JanelaTest, UsersLeftBehindByACrashAreFreedAfterAQuestion) {
+    instalacao_.Conexao()->ExecuteDirect("update csenha set flag1 = 1");
+    const auto marcados = [&] { return Linhas(*instalacao_.Conexao(), "select codigo from csenha where flag1 > 0"); };
+    EscolheAlias("LOJA");
+    EXPECT_TRUE(C<QLabel>("lblConectados").text().endsWith("nenhuma")) << "nobody else can have the file open";
+    const auto libera = [&](bool sim) {
+        janela_->dialogos.respostas = {sim};
+        Clica("btLiberar");
+    };
+    libera(false);
+    EXPECT_EQ(C<QLabel>("lblNumUsuarios").text(), "2");
+    ASSERT_EQ(janela_->dialogos.perguntas.size(), 1u);
+    EXPECT_NE(janela_->dialogos.perguntas[0].find("Administração, João Conceição"), std::string::npos);
+    C<QTableWidget>("gridUsuariosOnline").selectRow(1);
+    libera(true);
+    EXPECT_EQ(janela_->dialogos.perguntas[1].find("Administração"), std::string::npos) << "it is not selected";
+    EXPECT_EQ(C<QLabel>("lblNumUsuarios").text(), "1");
+    libera(true);
+    EXPECT_EQ(C<QLabel>("lblNumUsuarios").text(), "0");
+    EXPECT_FALSE(C<QPushButton>("btLiberar").isEnabled());
+    EscolheAlias("QUEBRADO");  // lets the file go
+    EXPECT_EQ(marcados(), "");
+}
+
+TEST_F(JanelaTest, TheConnectionsThatTheServerKnowsAreShownAndReadAgain) {
+    if (!TServidorFirebird::Instalado()) GTEST_SKIP() << "no Firebird server installed";
+    auto alias = instalacao_.Aliases().CarregaAlias("LOJA");
+    alias.nome = "REDE";
+    alias.hostname = TServidorFirebird::DoProcesso().Endereco();
+    instalacao_.Aliases().AdicionaAlias(alias, false);
+    const auto outra = [&] {
+        auto conexao = std::make_unique<THBNConnection>(instalacao_.Aliases());
+        conexao->SetAlias("REDE");
+        conexao->Open();
+        return conexao;
+    };
+    auto aberta = outra();
+    Abre({"REDE;", {}});
+    auto& grade = C<QTableWidget>("gridConectados");
+    ASSERT_EQ(grade.rowCount(), 1);
+    EXPECT_TRUE(grade.isVisible());
+    EXPECT_EQ(grade.item(0, 0)->text(), "SYSDBA");
+    EXPECT_TRUE(grade.item(0, 2)->text().contains("app_tests")) << S(grade.item(0, 2)->text());
+    EXPECT_EQ(grade.item(0, 3)->text().left(2), "20") << S(grade.item(0, 3)->text());
+    EXPECT_TRUE(C<QLabel>("lblConectados").text().endsWith(": 1"));
+    aberta.reset();
+    Clica("btReler");
+    EXPECT_EQ(grade.rowCount(), 0);
+    EXPECT_FALSE(grade.isVisible());
 }
 
 TEST_F(JanelaTest, NextWithoutAnAliasStaysOnThePage) {

@@ -33,6 +33,19 @@ TEST(LinhaDeComando, SaysWhatIsMissingOrTooMuch) {
         {{"--plano", "A"}, "Número errado de argumentos"},
         {{"--plano", "A", "p.zip", "q.zip"}, "Número errado de argumentos"},
         {{"--novo-alias", "A", "--tipo", "tbInterbase", "--database", "d"}, "--usuario"},
+        {{"--novo-alias", " ", "--tipo", "tbInterbase", "--database", "d", "--usuario", "u"}, "Insira"},
+        {{"--novo-alias", "menu", "--tipo", "tbInterbase", "--database", "d", "--usuario", "u"}, "outro nome"},
+        {{"--novo-alias", "A;B", "--tipo", "tbInterbase", "--database", "d", "--usuario", "u"}, "não pode ter"},
+        {{"--novo-alias", "A", "--tipo", "tbOracle", "--database", "d", "--usuario", "u"}, "não tem driver"},
+        {{"--novo-alias", "A", "--tipo", "tbInterbase", "--database=", "--usuario", "u"}, "Falta o banco"},
+        {{"--novo-alias", "A", "--tipo", "tbInterbase", "--hostname=s", "--database=d", "--usuario="},
+         "Falta o usuário"},
+        {{"--novo-alias", "A", "--tipo", "tbSQLServer", "--database", "d", "--usuario", "u"}, "Falta o servidor"},
+        {{"--novo-alias", "A", "--tipo", "tbODBC", "--database", "d", "--usuario", "u"}, "fonte de dados"},
+        {{"--novo-alias", "A", "--tipo", "tbSQLServer", "--hostname", "s,x", "--database", "d", "--usuario", "u"},
+         "número da porta"},
+        {{"--novo-alias", "A", "--tipo", "tbInterbase", "--database", "d", "--usuario", "u", "--autenticacao", "2"},
+         "-1, 0 ou 1"},
         {{"--novo-alias", "A", "--tipo", "firebird", "--database", "d", "--usuario", "u"}, "firebird"},
         {{"--novo-alias", "A", "--tipo", "tbInterbase", "--database", "d", "--usuario", "u", "--senha", "s"},
          "--senha"},
@@ -67,6 +80,24 @@ TEST(LinhaDeComando, TakesValuesJoinedOrApartAndSwitchesAnywhere) {
     EXPECT_EQ(novo.alias.database, "--x=y");
     EXPECT_EQ(novo.alias.usuario, "novo") << "the last one counts";
     EXPECT_EQ(novo.alias.path, "");
+}
+
+TEST(LinhaDeComando, APathWithoutItsSeparatorGetsOne) {
+    const std::pair<const char*, const char*> casos[] = {
+        {"/dados", "/dados/"},
+        {"/dados/", "/dados/"},
+        {"D:\\dados", "D:\\dados\\"},
+        {"D:\\dados\\", "D:\\dados\\"},
+        {"D:/dados/", "D:/dados/"},
+        {" /dados ", "/dados/"},
+        {"C:", "C:\\"},
+        {"", ""},
+    };
+    for (const auto& [dado, esperado] : casos) {
+        const auto pedido = std::get<TPedeNovoAlias>(LeLinhaDeComando(
+            {"--novo-alias", "A", "--tipo", "tbInterbase", "--database", "d", "--usuario", "u", "--path", dado}));
+        EXPECT_EQ(pedido.alias.path, esperado);
+    }
 }
 
 TEST(LinhaDeComando, ReadsTheWholeNewAlias) {

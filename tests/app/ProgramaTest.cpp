@@ -4,6 +4,7 @@
 #include "Linhas.h"
 #include "ProgramaApoio.h"
 #include "Retrato.h"
+#include "aliases/Aliases.h"
 
 namespace wkd {
 namespace {
@@ -73,17 +74,51 @@ TEST(Programa, WithoutFirebirdsClientSaysWhatToInstallAndServesOtherServers) {
 
 TEST(Programa, KeepsTheAliases) {
     const TProgramaInstalado loja;
-    const std::vector<std::string> novo = {
-        "--novo-alias",       "FILIAL",     "--tipo",   "tbInterbase", "--hostname", "",      "--path",
-        (loja / "").string(), "--database", "loja.fdb", "--usuario",   "SYSDBA",     "--menu"};
+    const auto pasta = (loja / "").string();
+    std::vector<std::string> novo = {"--novo-alias", "FILIAL",   "--tipo",    "tbInterbase",
+                                     "--hostname",   "",         "--path",    pasta.substr(0, pasta.size() - 1),
+                                     "--database",   "loja.fdb", "--usuario", "SYSDBA",
+                                     "--menu"};
     EXPECT_EQ(loja.Roda(novo, "segredo da filial\n").codigo, 0);
     EXPECT_EQ(loja.Arquivo("WKD.ini").find("segredo"), std::string::npos);
+    EXPECT_NE(loja.Arquivo("WKD.ini").find("Path=" + pasta), std::string::npos) << "with its separator";
     EXPECT_EQ(loja.Roda({"--lista-alias"}).saida, "LOJA\nFILIAL\n");
     const auto teste = loja.Roda({"--testa-alias", "FILIAL"});
     EXPECT_EQ(teste.codigo, 0) << teste.erros;
     EXPECT_TRUE(teste.Diz("tbInterbase") && teste.Diz("loja.fdb") && teste.Diz("Firebird 3")) << teste.saida;
+
+    const std::string antes = loja.Arquivo("WKD.ini");
+    const auto outra = loja.Roda(novo, "outra\n");
+    EXPECT_EQ(outra.codigo, 64);
+    EXPECT_TRUE(outra.Diz("já existe") && outra.Diz("--troca") && outra.Diz("--muda-senha")) << outra.erros;
+    EXPECT_EQ(loja.Arquivo("WKD.ini"), antes);
+    novo.emplace_back("--troca");
+    EXPECT_EQ(loja.Roda(novo, "outra\n").codigo, 0);
+    EXPECT_EQ(TAliases(loja / "WKD.ini").CarregaAlias("FILIAL").senha, "outra");
+    EXPECT_EQ(loja.Roda({"--muda-senha", "FILIAL"}, "terceira\n").codigo, 0);
+    for (const char* secao : {"FILIAL", "MENU"})
+        EXPECT_EQ(TAliases(loja / "WKD.ini").CarregaAlias(secao).senha, "terceira") << secao;
+
     EXPECT_EQ(loja.Roda({"--remove-alias", "FILIAL"}).codigo, 0);
     EXPECT_EQ(loja.Roda({"--testa-alias", "FILIAL"}).codigo, 3);
+    EXPECT_EQ(loja.Roda({"--muda-senha", "FILIAL"}, "x\n").codigo, 3);
+}
+
+TEST(Programa, WritesNoAliasThatDoesNotConnectUnlessToldNotToTry) {
+    const TProgramaInstalado loja;
+    std::vector<std::string> novo = {"--novo-alias",       "FILIAL",     "--tipo",     "tbInterbase", "--path",
+                                     (loja / "").string(), "--database", "nao_ha.fdb", "--usuario",   "SYSDBA"};
+    const auto antes = loja.Arquivo("WKD.ini");
+    const auto saida = loja.Roda(novo, "x\n");
+    EXPECT_EQ(saida.codigo, 3);
+    EXPECT_TRUE(saida.Diz("Corrija o caminho e o nome do banco") && saida.Diz("--sem-teste")) << saida.erros;
+    EXPECT_EQ(loja.Arquivo("WKD.ini"), antes);
+    novo.emplace_back("--sem-teste");
+    EXPECT_EQ(loja.Roda(novo, "x\n").codigo, 0);
+    EXPECT_EQ(loja.Roda({"--muda-senha", "FILIAL"}, "y\n").codigo, 3);
+    EXPECT_EQ(TAliases(loja / "WKD.ini").CarregaAlias("FILIAL").senha, "x");
+    EXPECT_EQ(loja.Roda({"--muda-senha", "FILIAL", "--sem-teste"}, "y\n").codigo, 0);
+    EXPECT_EQ(TAliases(loja / "WKD.ini").CarregaAlias("FILIAL").senha, "y");
 }
 
 /// What is wrong, the exit code it ends in, and what the message must name.

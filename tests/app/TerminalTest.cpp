@@ -7,15 +7,22 @@
 #include <algorithm>
 
 #include "ProgramaApoio.h"
+#include "aliases/Aliases.h"
 #include "rows/WKDQuery.h"
+#include "values/Texto.h"
 
 namespace wkd {
 namespace {
 
 constexpr unsigned short kColunas = 70;
 
-/// Runs the update of "LOJA" on a terminal and returns all that reached it.
-std::string AtualizaNoTerminal(const TProgramaInstalado& loja, int& codigo) {
+/// Runs the program on a terminal, where a person types this, and returns all that reached it.
+std::string RodaNoTerminal(const TProgramaInstalado& loja, std::vector<std::string> argumentos,
+                           const std::string& digitado, int& codigo) {
+    std::vector<char*> argv;
+    argumentos.insert(argumentos.begin(), "AtualizaWKD");
+    for (std::string& argumento : argumentos) argv.push_back(argumento.data());
+    argv.push_back(nullptr);
     const winsize tamanho{24, kColunas, 0, 0};
     int terminal = -1;
     const pid_t filho = forkpty(&terminal, nullptr, nullptr, &tamanho);
@@ -23,13 +30,18 @@ std::string AtualizaNoTerminal(const TProgramaInstalado& loja, int& codigo) {
         if (chdir((loja / "").c_str()) != 0) _exit(126);
         setenv("TMPDIR", "tmp", 1);
         setenv("TERM", "xterm", 1);
-        execl("./AtualizaWKD", "AtualizaWKD", "LOJA;", "pacote.zip", nullptr);
+        execv("./AtualizaWKD", argv.data());
         _exit(127);
     }
     std::string saida;
     char bytes[4096];
-    for (ssize_t lidos; (lidos = read(terminal, bytes, sizeof bytes)) > 0;)
+    std::size_t perguntas = 0;
+    for (ssize_t lidos; (lidos = read(terminal, bytes, sizeof bytes)) > 0;) {
         saida.append(bytes, static_cast<std::size_t>(lidos));
+        if (!saida.ends_with(": ") || digitado.empty()) continue;
+        const std::string linha = Divide(digitado, '|').at(perguntas++) + "\n";
+        if (write(terminal, linha.data(), linha.size()) < 0) break;
+    }
     close(terminal);
     int estado = -1;
     waitpid(filho, &estado, 0);
@@ -63,7 +75,7 @@ TEST(Terminal, ShowsALineOfProgressAndTakesItAwayAtTheEnd) {
         transacao.Commit();
     }
     int codigo = -1;
-    const std::string saida = AtualizaNoTerminal(loja, codigo);
+    const std::string saida = RodaNoTerminal(loja, {"LOJA;", "pacote.zip"}, "", codigo);
     EXPECT_EQ(codigo, 0) << saida;
 
     const std::size_t total = saida.find(" de 60.");
@@ -79,6 +91,19 @@ TEST(Terminal, ShowsALineOfProgressAndTakesItAwayAtTheEnd) {
     EXPECT_NE(std::ranges::find(tela, "Atualizou o arquivo: TCONTAS_REC"), tela.end());
     EXPECT_TRUE(tela[tela.size() - 2].starts_with("Tempo de Atualização: ")) << saida;
     EXPECT_EQ(tela.back(), "");
+}
+
+TEST(Terminal, ANewPasswordIsAskedForTwiceAndNotShown) {
+    const TProgramaInstalado loja;
+    int codigo = -1;
+    std::string saida = RodaNoTerminal(loja, {"--muda-senha", "LOJA"}, "nova|outra", codigo);
+    EXPECT_EQ(codigo, 64) << saida;
+    EXPECT_NE(saida.find("não são iguais"), std::string::npos) << saida;
+    EXPECT_NE(TAliases(loja / "WKD.ini").CarregaAlias("LOJA").senha, "nova");
+    saida = RodaNoTerminal(loja, {"--muda-senha", "LOJA"}, "nova|nova", codigo);
+    EXPECT_EQ(codigo, 0) << saida;
+    EXPECT_EQ(saida.find("nova"), std::string::npos) << saida;
+    EXPECT_EQ(TAliases(loja / "WKD.ini").CarregaAlias("LOJA").senha, "nova");
 }
 
 TEST(Terminal, WithoutATerminalNothingOfItAppears) {

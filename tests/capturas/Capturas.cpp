@@ -88,6 +88,7 @@ void Fotografa(const QString& pasta) {
     TCapturas capturas(janela, pasta);
     janela.Mostra();
     capturas.Guarda("alias");
+    capturas.Guarda("novo-alias", [&] { janela.C<QPushButton>("btNovoAlias").click(); });
     FotografaEspera(instalacao, janela, capturas);
     capturas.Proximo();
     janela.C<QPushButton>("Button2").click();

@@ -11,15 +11,18 @@
 
 namespace wkd {
 
-/// One line of standard input; on a terminal after a prompt and without echo. Empty at end of input.
-std::string PedeSenha();
+/// One line of standard input; on a terminal twice, after a prompt and without echo. Empty at end of input. Throws
+/// std::invalid_argument when it was not the same both times.
+std::string PedeSenhaNova();
+/// The settings file, or the place of a new one beside the program.
+std::filesystem::path IniParaGravar(const TAmbiente& ambiente);
 
 // The alias commands of the command line. Results go to standard output, errors to standard error.
 
 TCodigoDeSaida ListaAliases(const TAmbiente& ambiente);
-/// Asks for the password on the terminal without echo, or reads one line of standard input. Without a settings file
-/// one is made in the program's folder.
+/// Without a settings file one is made.
 TCodigoDeSaida NovoAlias(const TAmbiente& ambiente, TPedeNovoAlias pedido);
+TCodigoDeSaida MudaSenha(const TAmbiente& ambiente, const TPedeMudaSenha& pedido);
 TCodigoDeSaida RemoveAlias(const TAmbiente& ambiente, const TPedeRemoveAlias& pedido);
 TCodigoDeSaida TestaAlias(const TAmbiente& ambiente, const TPedeTestaAlias& pedido);
 

@@ -1,6 +1,7 @@
 #include "commands/Comandos.h"
 
 #include <iostream>
+#include <stdexcept>
 
 #include "commands/PreencheDados.h"
 #include "firebird/ConexaoFirebird.h"
@@ -9,19 +10,24 @@
 
 namespace wkd {
 
-std::string PedeSenha() {
-    if (!EhTerminal(kEntrada)) return LeLinha();
-    std::cerr << "Senha: " << std::flush;
+namespace {
+
+std::string PedeSenha(const char* rotulo) {
+    std::cerr << rotulo << std::flush;
     std::string senha = LeSemEco();
     std::cerr << std::endl;
     return senha;
 }
 
-namespace {
+}  // namespace
 
-TAliases Aliases(const TAmbiente& ambiente) { return TAliases(LocalizaIni(ambiente.locais)); }
+std::string PedeSenhaNova() {
+    if (!EhTerminal(kEntrada)) return LeLinha();
+    std::string senha = PedeSenha("Senha: ");
+    if (senha == PedeSenha("Senha de novo: ")) return senha;
+    throw std::invalid_argument("As duas senhas não são iguais: nada foi gravado. Repita o comando.");
+}
 
-/// The settings file, or the place of a new one beside the program.
 std::filesystem::path IniParaGravar(const TAmbiente& ambiente) {
     try {
         return LocalizaIni(ambiente.locais);
@@ -30,12 +36,19 @@ std::filesystem::path IniParaGravar(const TAmbiente& ambiente) {
     }
 }
 
-/// Runs the command; an error goes to standard error and ends in the code for "no connection".
+namespace {
+
+TAliases Aliases(const TAmbiente& ambiente) { return TAliases(LocalizaIni(ambiente.locais)); }
+
+/// Runs the command; an error goes to standard error and ends in the code for "no connection", or that for arguments.
 template <class F>
 TCodigoDeSaida ComErroNaTela(F&& comando) {
     try {
         comando();
         return TCodigoDeSaida::Sucesso;
+    } catch (const std::invalid_argument& erro) {
+        std::cerr << erro.what() << std::endl;
+        return TCodigoDeSaida::UsoIncorreto;
     } catch (const std::exception& erro) {
         std::cerr << ExplicaConexao(ErroDe(erro)) << std::endl;
         return TCodigoDeSaida::SemConexao;
@@ -50,12 +63,41 @@ TCodigoDeSaida ListaAliases(const TAmbiente& ambiente) {
     });
 }
 
+namespace {
+
+void ExigeConexao(const TAlias& alias) {
+    try {
+        std::cout << "Conectou: " << ProvaAlias(alias, [] { return false; }) << '\n';
+    } catch (const TErroConhecido& erro) {
+        TErro comSaida = erro.Dados();
+        comSaida.mensagem += "\nNada foi gravado; --sem-teste grava assim mesmo.";
+        throw TErroConhecido(std::move(comSaida));
+    }
+}
+
+}  // namespace
+
 TCodigoDeSaida NovoAlias(const TAmbiente& ambiente, TPedeNovoAlias pedido) {
     return ComErroNaTela([&] {
         const TAliases aliases(IniParaGravar(ambiente));
-        pedido.alias.senha = PedeSenha();
+        if (!pedido.troca && aliases.ExisteAlias(pedido.alias.nome))
+            throw std::invalid_argument("O alias " + pedido.alias.nome + " já existe em " + aliases.Caminho().string() +
+                                        ". Para gravar por cima, use --troca; para mudar só a senha, --muda-senha.");
+        pedido.alias.senha = PedeSenhaNova();
+        if (pedido.prova) ExigeConexao(pedido.alias);
         aliases.AdicionaAlias(pedido.alias, pedido.tambemPadrao);
         std::cout << "Alias " << pedido.alias.nome << " gravado em " << aliases.Caminho().string() << '\n';
+    });
+}
+
+TCodigoDeSaida MudaSenha(const TAmbiente& ambiente, const TPedeMudaSenha& pedido) {
+    return ComErroNaTela([&] {
+        const TAliases aliases = Aliases(ambiente);
+        TAlias alias = aliases.CarregaAlias(pedido.nome);
+        alias.senha = PedeSenhaNova();
+        if (pedido.prova) ExigeConexao(alias);
+        aliases.MudaSenha(pedido.nome, alias.senha);
+        std::cout << "Senha do alias " << pedido.nome << " trocada em " << aliases.Caminho().string() << '\n';
     });
 }
 

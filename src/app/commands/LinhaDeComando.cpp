@@ -43,10 +43,14 @@ Aliases (seções do arquivo WKD.ini):
   --lista-alias                              nomes dos aliases, um por linha
   --testa-alias NOME                         conecta e mostra tipo, local e versão do servidor
   --novo-alias NOME --tipo T --hostname H --path P --database D --usuario U
-               [--autenticacao A] [--menu]   grava um alias; a senha é pedida no terminal, ou lida de uma
-                                             linha da entrada padrão
+               [--autenticacao A] [--menu] [--troca] [--sem-teste]
+                                             grava um alias, se ele conecta; a senha é pedida duas vezes no terminal,
+                                             ou lida de uma linha da entrada padrão
                                              T: tbInterbase, tbSQLServer ou tbODBC
                                              --menu grava também como alias padrão
+                                             --troca grava por cima de um que existe
+                                             --sem-teste grava sem conectar
+  --muda-senha NOME [--sem-teste]            troca a senha de um alias, se com ela ele conecta
   --remove-alias NOME                        apaga um alias
 
   --help, --version
@@ -76,13 +80,16 @@ TPedido NovoAlias(const TArgumentos& argumentos) {
     pedido.alias.path = argumentos.Opcao("--path");
     pedido.alias.database = argumentos.Opcao("--database");
     pedido.alias.usuario = argumentos.Opcao("--usuario");
-    if (argumentos.Tem("--autenticacao"))
-        pedido.alias.autenticacao = StrToTipoAutenticacao(argumentos.Opcao("--autenticacao"));
+    if (const auto texto = argumentos.Opcao("--autenticacao"); argumentos.Tem("--autenticacao")) {
+        pedido.alias.autenticacao = StrToTipoAutenticacao(texto);
+        if (TipoAutenticacaoToStr(pedido.alias.autenticacao) != texto)
+            return TUsoIncorreto{"Depois de --autenticacao vem -1, 0 ou 1."};
+    }
     pedido.tambemPadrao = argumentos.Tem("--menu");
-
-    if (!StrToTipoBanco(pedido.alias.tipoBanco))
-        return TUsoIncorreto{"Tipo de banco desconhecido: " + pedido.alias.tipoBanco +
-                             ". Use tbInterbase, tbSQLServer ou tbODBC."};
+    pedido.troca = argumentos.Tem("--troca");
+    pedido.prova = !argumentos.Tem("--sem-teste");
+    pedido.alias = Arrumado(pedido.alias);
+    if (const auto defeito = DefeitoDoAlias(pedido.alias); !defeito.empty()) return TUsoIncorreto{defeito};
     return pedido;
 }
 
@@ -119,8 +126,14 @@ const std::vector<TComando>& Comandos() {
          {{"--remove-alias"}, {}},
          [](const TArgumentos& a) -> TPedido { return TPedeRemoveAlias{a.Opcao("--remove-alias")}; }},
         {"--novo-alias",
-         {{"--novo-alias", "--tipo", "--hostname", "--path", "--database", "--usuario", "--autenticacao"}, {"--menu"}},
+         {{"--novo-alias", "--tipo", "--hostname", "--path", "--database", "--usuario", "--autenticacao"},
+          {"--menu", "--troca", "--sem-teste"}},
          NovoAlias},
+        {"--muda-senha",
+         {{"--muda-senha"}, {"--sem-teste"}},
+         [](const TArgumentos& a) -> TPedido {
+             return TPedeMudaSenha{NomeDoAlias(a.Opcao("--muda-senha")), !a.Tem("--sem-teste")};
+         }},
         {"--plano",
          {{"--plano"}, {"--json"}, 1},
          [](const TArgumentos& a) -> TPedido {

@@ -18,6 +18,12 @@ struct TPedeListaAlias {};
 struct TPedeNovoAlias {
     TAlias alias;  // its password is still to be asked for
     bool tambemPadrao = false;
+    bool troca = false;  // one of that name may be there
+    bool prova = true;   // nothing is written unless it connects
+};
+struct TPedeMudaSenha {
+    std::string nome;
+    bool prova = true;
 };
 struct TPedeRemoveAlias {
     std::string nome;
@@ -78,7 +84,7 @@ struct TUsoIncorreto {
     std::string mensagem;
 };
 
-using TPedido = std::variant<TPedeAjuda, TPedeVersao, TPedeListaAlias, TPedeNovoAlias, TPedeRemoveAlias,
+using TPedido = std::variant<TPedeAjuda, TPedeVersao, TPedeListaAlias, TPedeNovoAlias, TPedeMudaSenha, TPedeRemoveAlias,
                              TPedeTestaAlias, TPedePlano, TPedeConfere, TPedeBackup, TPedeProva, TPedeRestaura,
                              TPedeEnsaio, TPedeRepoe, TPedeJanela, TPedeAtualizacao, TUsoIncorreto>;
 

@@ -100,6 +100,16 @@ TDadosDoAlias PreencheDados(TDataModulo& dm, TEstado& estado, const std::string&
     return dados;
 }
 
+void ListaConectados(THBNConnection& conexao, TDadosDoAlias& dados) {
+    dados.conectado = conexao.Connected();
+    if (!dados.conectado) return;
+    try {
+        dados.conectados = Conectados(conexao);
+    } catch (const std::exception& erro) {
+        dados.semConectados = erro.what();
+    }
+}
+
 std::string ExplicaConexao(const TErro& erro) {
     const auto* causa = std::ranges::find(kCausas, erro.falha, &TCausa::falha);
     if (causa == std::end(kCausas)) return erro.mensagem;

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "context/Contexto.h"
+#include "dialect/Dialeto.h"
 #include "process/Programa.h"
 #include "run/UsuariosOnline.h"
 
@@ -17,7 +18,13 @@ struct TDadosDoAlias {
     std::string caminhoBanco;
     bool usuariosOnline = false;  // the database has its table of connected users
     std::optional<TErro> erro;    // why the alias could not be opened, or its users not be read
+    bool conectado = false;
+    std::vector<TConectado> conectados;  // beside this program, as ListaConectados finds them
+    std::string semConectados;           // why not; empty otherwise
 };
+
+/// Adds the connections that the server knows.
+void ListaConectados(THBNConnection& conexao, TDadosDoAlias& dados);
 
 /// What is said of a database that did not open: the cause, the next thing to do, and then the server's own words.
 std::string ExplicaConexao(const TErro& erro);

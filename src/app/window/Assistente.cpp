@@ -5,6 +5,7 @@
 #include <QTimer>
 #include <clocale>
 
+#include "commands/Comandos.h"
 #include "commands/Eco.h"
 #include "commands/Preferencias.h"
 #include "window/Dialogos.h"
@@ -56,6 +57,18 @@ void Prepara(QApplication& aplicacao) {
     FalaPortugues(aplicacao);
 }
 
+/// The settings file; without one the person may have it made. Nothing when not.
+std::optional<std::filesystem::path> EscolheIni(const TAmbiente& ambiente, IDialogos& dialogos, bool desassistida) {
+    try {
+        return LocalizaIni(ambiente.locais);
+    } catch (const TErroConfiguracao& erro) {
+        if (desassistida) throw;
+        auto novo = IniParaGravar(ambiente);
+        const std::string pergunta = std::string(erro.what()) + "\n\nCriar agora um alias, em " + novo.string() + "?";
+        return dialogos.Confirmacao(Q(pergunta)) ? std::optional(std::move(novo)) : std::nullopt;
+    }
+}
+
 }  // namespace
 
 TCodigoDeSaida AbreAssistente(int& argc, char** argv, const TAmbiente& ambiente, TInicio inicio) {
@@ -80,7 +93,9 @@ TCodigoDeSaida AbreAssistente(int& argc, char** argv, const TAmbiente& ambiente,
     TPreferencias preferencias;
     try {
         tela.CarregaLog();
-        TDataModulo dm(TAliases(LocalizaIni(ambiente.locais)), tela);
+        const auto ini = EscolheIni(ambiente, dialogos, desassistida);
+        if (!ini) return TCodigoDeSaida::SemConexao;
+        TDataModulo dm(TAliases(*ini), tela);
         TFMAtualiza janela(dm, {ambiente, log, tela, dialogos, preferencias}, std::move(inicio));
         janela.show();
         QApplication::exec();

@@ -42,11 +42,16 @@ QLabel* Cabecalho(const QString& texto) {
     return rotulo;
 }
 
+void PintaAviso(QWidget& controle, bool vermelho) {
+    QPalette paleta;
+    if (vermelho)
+        for (const auto papel : {QPalette::Text, QPalette::WindowText}) paleta.setColor(papel, kVermelho);
+    controle.setPalette(paleta);
+}
+
 QLabel* RotuloVermelho(const QString& texto) {
     auto* rotulo = new QLabel(texto);
-    QPalette paleta = rotulo->palette();
-    paleta.setColor(QPalette::WindowText, kVermelho);
-    rotulo->setPalette(paleta);
+    PintaAviso(*rotulo, true);
     return rotulo;
 }
 
@@ -144,6 +149,12 @@ QString TDialogosQt::BackupParaAbrir() {
     const QString doBanco = "Backup do banco (*.fbk *.bak)";
     TDialogoDeArquivo dialogo("Abrir", {}, "Backup (*.gdk);;" + doBanco);
     dialogo.selectNameFilter(doBanco);
+    dialogo.setFileMode(QFileDialog::ExistingFile);
+    return dialogo.Escolhido();
+}
+
+QString TDialogosQt::BancoParaAbrir() {
+    TDialogoDeArquivo dialogo("Banco de dados", {}, "Banco do Firebird (*.fdb *.gdb);;Todos os arquivos (*)");
     dialogo.setFileMode(QFileDialog::ExistingFile);
     return dialogo.Escolhido();
 }

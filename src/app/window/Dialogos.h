@@ -62,6 +62,8 @@ QPushButton* Reticencias(const char* nome, const QString& dica);
 /// Heading of a page.
 QLabel* Cabecalho(const QString& texto);
 QLabel* RotuloVermelho(const QString& texto);
+/// Text of a control in red, or as any other.
+void PintaAviso(QWidget& controle, bool vermelho);
 QLineEdit* Edicao(const char* nome, const QString& lido, const QString& texto = {});
 
 /// What the window asks of the person in front of it and of the desktop. Paths are empty when cancelled.
@@ -77,6 +79,8 @@ class IDialogos {
     virtual QString ArquivoParaAbrir() = 0;
     /// Backup file of a database.
     virtual QString BackupParaAbrir() = 0;
+    /// A Firebird database of this machine.
+    virtual QString BancoParaAbrir() = 0;
     virtual QString ArquivoParaGravar(const QString& proposto) = 0;
     /// A folder, which may be made in the dialog.
     virtual QString Pasta(const QString& atual) = 0;
@@ -92,6 +96,7 @@ class TDialogosQt : public IDialogos {
     TAcaoReconcilia Reconcilia(const QString& erro) override;
     QString ArquivoParaAbrir() override;
     QString BackupParaAbrir() override;
+    QString BancoParaAbrir() override;
     QString ArquivoParaGravar(const QString& proposto) override;
     QString Pasta(const QString& atual) override;
     void Abre(const QString& arquivo) override;

@@ -15,6 +15,7 @@
 #include "process/Programa.h"
 #include "server/Vigia.h"
 #include "values/Texto.h"
+#include "window/DialogoDeAlias.h"
 #include "window/Dialogos.h"
 #include "window/EstiloAmetista.h"
 #include "window/NovaVersao.h"
@@ -131,6 +132,9 @@ void TFMAtualiza::Liga() {
     connect(btVoltar_, &QPushButton::clicked, this, &TFMAtualiza::btVoltarClick);
     connect(btLog_, &QPushButton::clicked, this, &TFMAtualiza::btLogClick);
     connect(alias_, &TPaginaAlias::Escolhido, this, &TFMAtualiza::PreencheDados);
+    connect(alias_, &TPaginaAlias::Liberar, this, &TFMAtualiza::LiberaUsuarios);
+    connect(alias_, &TPaginaAlias::Novo, this, [this] { EditaAlias({}); });
+    connect(alias_, &TPaginaAlias::Alterar, this, [this] { EditaAlias(S(alias_->Alias())); });
     connect(status_, &TPaginaStatus::Atualizar, this, &TFMAtualiza::btAtualizarClick);
     connect(status_, &TPaginaStatus::Planejar, this, &TFMAtualiza::btPlanoClick);
     connect(status_, &TPaginaStatus::Ensaiar, this, &TFMAtualiza::btEnsaioClick);
@@ -148,15 +152,34 @@ void TFMAtualiza::showEvent(QShowEvent* evento) {
 }
 
 void TFMAtualiza::FormShow() {
-    const THBNConnection& conexao = dm_->SQLConnection1;
-    alias_->Lista(conexao.Aliases().ListaAlias(true), Q(conexao.GetIniPath()));
+    ListaAliases();
     meios_.tela.LblAtual("Parado.");
     RestauraPreferencias();
     meios_.tela.Descarrega();
     ntAtualiza_->setCurrentIndex(0);
     alias_->setFocus();
+    if (alias_->Vazia() && !meios_.tela.Desassistida()) QTimer::singleShot(0, this, [this] { EditaAlias({}); });
     // The window is drawn before a server is waited for.
     if (!inicio_.primeiro.empty()) QTimer::singleShot(0, this, &TFMAtualiza::LeArgumentos);
+}
+
+void TFMAtualiza::ListaAliases() {
+    const THBNConnection& conexao = dm_->SQLConnection1;
+    alias_->Lista(conexao.Aliases().ListaAlias(true), Q(conexao.GetIniPath()));
+}
+
+/// With an empty name a new one is made.
+void TFMAtualiza::EditaAlias(const std::string& nome) {
+    if (executando_) return;
+    try {
+        TDialogoDeAlias dialogo(dm_->SQLConnection1.Aliases(), meios_.dialogos, nome, this);
+        if (dialogo.exec() != QDialog::Accepted) return;
+        ListaAliases();
+        alias_->Escolhe(dialogo.Nome());
+        PreencheDados();
+    } catch (const std::exception& erro) {
+        meios_.tela.Informacao(erro.what());
+    }
 }
 
 void TFMAtualiza::LeArgumentos() {
@@ -293,7 +316,10 @@ void TFMAtualiza::PreencheDados() {
 TDadosDoAlias TFMAtualiza::Preenche(const std::string& alias) {
     TDadosDoAlias dados;
     try {
-        Espera(Conectando(), [&] { dados = wkd::PreencheDados(*dm_, estado_, alias); });
+        Espera(Conectando(), [&] {
+            dados = wkd::PreencheDados(*dm_, estado_, alias);
+            if (!meios_.tela.Desassistida()) ListaConectados(dm_->SQLConnection1, dados);
+        });
     } catch (const TErroBanco& cancelada) {
         dados.numUsuarios = "-1 (Versão HBN3)";
         dados.usuariosOnline = false;
@@ -301,6 +327,33 @@ TDadosDoAlias TFMAtualiza::Preenche(const std::string& alias) {
     }
     if (!alias.empty()) alias_->Mostra(dados);
     return dados;
+}
+
+/// Users that a crash left with the mark of being connected.
+void TFMAtualiza::LiberaUsuarios() {
+    const auto usuarios = alias_->UsuariosEscolhidos();
+    if (executando_ || usuarios.empty()) return;
+    std::vector<std::string> nomes;
+    std::vector<TValor> codigos;
+    for (const auto& usuario : usuarios) {
+        nomes.push_back(usuario.nomeCompleto);
+        codigos.push_back(usuario.codigo);
+    }
+    const auto conexoes = alias_->Mostrado().conectados.size();
+    const std::string ainda =
+        conexoes == 0 ? ""
+                      : "\nAtenção: o servidor conhece outras conexões ao banco (" + std::to_string(conexoes) + ").";
+    if (!meios_.dialogos.Confirmacao(Q("Tirar a marca de conectado de " + Junta(nomes, ", ") +
+                                       "?\nFaça isso só com quem não está mais no sistema, por exemplo depois de uma "
+                                       "queda: a atualização não esperará por eles." +
+                                       ainda)))
+        return;
+    try {
+        Espera("Liberando os usuários...", [&] { wkd::LiberaUsuarios(dm_->SQLConnection1, codigos); });
+        PreencheDados();
+    } catch (const std::exception& erro) {
+        meios_.tela.Erro(TErroDaExecucao::NaCaixa(ErroDe(erro)));
+    }
 }
 
 void TFMAtualiza::AbreAliasPedido(const std::string& nome) {
@@ -339,6 +392,7 @@ bool TFMAtualiza::DeixaAlias() {
         return false;
     }
     btProximo_->setFocus();
+    alias_->ConcluiSaida();
     if (!IgualSemCaixa(aliasAtual_, S(alias_->Alias()))) PreencheDados();
     return true;
 }

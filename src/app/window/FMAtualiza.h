@@ -84,6 +84,9 @@ class TFMAtualiza : public QDialog {
     void PreencheDados();
     TDadosDoAlias Preenche(const std::string& alias);
     void AbreAliasPedido(const std::string& nome);
+    void LiberaUsuarios();
+    void ListaAliases();
+    void EditaAlias(const std::string& nome);
 
     // Pages
     void btProximoClick();
@@ -110,6 +113,7 @@ class TFMAtualiza : public QDialog {
     void NoBanco(const std::function<void()>& trabalho);
     static void AteOFim(const std::function<void()>& trabalho);
     void Interrompe();
+    void Continua();
     TFimMostrado Relata(const TEvidencia& evidencia);
     void Conclui();
     TOpcoes Opcoes() const;

@@ -3,6 +3,8 @@
 #include <QCheckBox>
 #include <QPushButton>
 
+#include <algorithm>
+
 #include "Backup.h"
 #include "Ensaio.h"
 #include "Explicacao.h"
@@ -57,7 +59,14 @@ void TFMAtualiza::btAtualizarClick() {
     status_->MostraFim(mostrado);
     codigo_ = Executa(mostrado);
     if (codigo_ == TCodigoDeSaida::Sucesso || codigo_ == TCodigoDeSaida::ComErros) Conclui();
+    if (codigo_ == TCodigoDeSaida::Encerrada && !mostrado.parada) Continua();
     status_->MostraFim(mostrado);
+}
+
+/// After an early end: another package, other options, or what a plan says.
+void TFMAtualiza::Continua() {
+    for (QPushButton* botao : {btVoltar_, btSair_}) botao->setEnabled(true);
+    status_->PermitePlano(true);
 }
 
 void TFMAtualiza::btPlanoClick() {
@@ -109,8 +118,22 @@ TCodigoDeSaida TFMAtualiza::Executa(TFimMostrado& mostrado) {
     return meios_.tela.HouveErro() ? TCodigoDeSaida::ComErros : TCodigoDeSaida::Sucesso;
 }
 
+namespace {
+
+/// An early end leaves what is to be done; after one of these the buttons stay as they are.
+void DizOQueFazer(const TEvidencia& evidencia, TFimMostrado& fim) {
+    constexpr TFalha kParam[] = {TFalha::NaoConfirmada, TFalha::PacoteAusente, TFalha::UsuariosConectados};
+    if (evidencia.termino != TFimDaAtualizacao::Encerrada || evidencia.erros.empty()) return;
+    const TFalha motivo = evidencia.erros.back().erro.falha;
+    fim.parada = std::ranges::find(kParam, motivo) != std::end(kParam);
+    fim.providencia = Q(Providencia(motivo));
+}
+
+}  // namespace
+
 TFimMostrado TFMAtualiza::Relata(const TEvidencia& evidencia) {
-    TFimMostrado fim{Q(Veredicto(evidencia)), TudoFeito(evidencia), {}};
+    TFimMostrado fim{.veredicto = Q(Veredicto(evidencia)), .certo = TudoFeito(evidencia)};
+    DizOQueFazer(evidencia, fim);
     try {
         GravaRelatorio(evidencia, meios_.ambiente.pastaPrograma);
         fim.relatorio = QCaminho(meios_.ambiente.pastaPrograma / "AtualizaWKD.relatorio.html");

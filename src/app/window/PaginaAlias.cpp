@@ -12,58 +12,113 @@ namespace wkd {
 
 namespace {
 
-struct TColuna {
+template <class TLinhaMostrada>
+struct TColunaDaGrade {
     const char* titulo;
     int larguraEmLetras;
-    std::string TUsuarioOnline::*campo;
+    std::string TLinhaMostrada::*campo;
 };
-const TColuna kColunas[] = {{"Nome", 22, &TUsuarioOnline::nomeCompleto},
-                            {"Departamento", 22, &TUsuarioOnline::departamento},
-                            {"Email", 30, &TUsuarioOnline::email}};
+const TColunaDaGrade<TUsuarioOnline> kDosUsuarios[] = {{"Nome", 22, &TUsuarioOnline::nomeCompleto},
+                                                       {"Departamento", 22, &TUsuarioOnline::departamento},
+                                                       {"Email", 30, &TUsuarioOnline::email}};
+const TColunaDaGrade<TConectado> kDosConectados[] = {{"Usuário", 14, &TConectado::usuario},
+                                                     {"Computador", 22, &TConectado::computador},
+                                                     {"Programa", 30, &TConectado::programa},
+                                                     {"Desde", 16, &TConectado::desde}};
 
-QTableWidget* Grade() {
-    auto* grade =
-        Nomeia(new QTableWidget(0, static_cast<int>(std::size(kColunas))), "gridUsuariosOnline", "Usuários online");
+template <class TColunas>
+QTableWidget* Grade(const char* nome, const QString& lida, const TColunas& colunas) {
+    auto* grade = Nomeia(new QTableWidget(0, static_cast<int>(std::size(colunas))), nome, lida);
     grade->setEditTriggers(QAbstractItemView::NoEditTriggers);
     grade->setSelectionBehavior(QAbstractItemView::SelectRows);
     grade->setAlternatingRowColors(true);
     grade->setTabKeyNavigation(false);
     grade->verticalHeader()->hide();
     grade->horizontalHeader()->setStretchLastSection(true);
+    grade->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored);
     for (int i = 0; i < grade->columnCount(); ++i) {
-        grade->setHorizontalHeaderItem(i, new QTableWidgetItem(kColunas[i].titulo));
-        grade->setColumnWidth(i, kColunas[i].larguraEmLetras * grade->fontMetrics().averageCharWidth() + 16);
+        grade->setHorizontalHeaderItem(i, new QTableWidgetItem(colunas[i].titulo));
+        grade->setColumnWidth(i, colunas[i].larguraEmLetras * grade->fontMetrics().averageCharWidth() + 16);
     }
     grade->hide();
     return grade;
+}
+
+template <class TLinhas, class TColunas>
+void PoeNaGrade(QTableWidget& grade, const TLinhas& linhas, const TColunas& colunas) {
+    grade.setRowCount(static_cast<int>(linhas.size()));
+    for (int linha = 0; linha < grade.rowCount(); ++linha)
+        for (int coluna = 0; coluna < grade.columnCount(); ++coluna)
+            grade.setItem(linha, coluna,
+                          new QTableWidgetItem(Q(linhas[static_cast<std::size_t>(linha)].*colunas[coluna].campo)));
 }
 
 }  // namespace
 
 TPaginaAlias::TPaginaAlias()
     : edAlias_(Nomeia(new TListaDeAlias, "edAlias", "Alias")),
+      btAlterar_(Botao("btAlterarAlias", "&Alterar...", "Alterar o alias escolhido, e testá-lo")),
       edCaminhoBanco_(Edicao("edCaminhoBanco", "Banco de Dados")),
       lblNumUsuarios_(Nomeia(new QLabel, "lblNumUsuarios")),
-      gridUsuariosOnline_(Grade()),
+      btReler_(Botao("btReler", "R&eler", "Ler de novo quem está conectado")),
+      btLiberar_(Botao("btLiberar", "Li&berar...",
+                       "Tirar a marca de conectado de quem a tem desde uma queda: das linhas escolhidas, ou de todos")),
+      gridUsuariosOnline_(Grade("gridUsuariosOnline", "Usuários online", kDosUsuarios)),
+      lblConectados_(Nomeia(new QLabel, "lblConectados")),
+      gridConectados_(Grade("gridConectados", "Conexões que o servidor conhece", kDosConectados)),
       mErro_(Nomeia(new TMemoDeLinhas, "mErroDoAlias", "Por que não há conexão")) {
     edCaminhoBanco_->setReadOnly(true);
     setFocusProxy(edAlias_);
 
+    auto* novo = Botao("btNovoAlias", "&Novo...", "Criar um alias");
+    for (QPushButton* botao : {novo, btAlterar_}) {
+        botao->setAutoDefault(false);
+        botao->setFocusPolicy(Qt::TabFocus);  // a click does not leave the list, which would open the alias once more
+    }
+    btAlterar_->setEnabled(false);
+
     auto* linhas = new QGridLayout(this);
+    linhas->setVerticalSpacing(6);
     linhas->addWidget(Cabecalho("Escolha o alias que deseja atualizar"), 0, 0, 1, 2);
-    linhas->addWidget(edAlias_, 1, 0, 1, 2);
+    auto* escolha = new QHBoxLayout;
+    escolha->addWidget(edAlias_, 1);
+    escolha->addWidget(novo);
+    escolha->addWidget(btAlterar_);
+    linhas->addLayout(escolha, 1, 0, 1, 2);
     linhas->addWidget(new QLabel("Banco de Dados:"), 2, 0);
     linhas->addWidget(edCaminhoBanco_, 2, 1);
     linhas->addWidget(new QLabel("Nº Usuários online: "), 3, 0);
-    linhas->addWidget(lblNumUsuarios_, 3, 1);
+    linhas->addLayout(Numero(), 3, 1);
     linhas->addWidget(gridUsuariosOnline_, 4, 0, 1, 2);
     linhas->addWidget(mErro_, 4, 0, 1, 2);  // never both
     mErro_->hide();
+    linhas->addWidget(lblConectados_, 5, 0, 1, 2);
+    linhas->addWidget(gridConectados_, 6, 0, 1, 2);
     linhas->setColumnStretch(1, 1);
     linhas->setRowStretch(4, 1);
 
     connect(edAlias_, &TListaDeAlias::CloseUp, this, &TPaginaAlias::Escolhido);
     connect(edAlias_, &TListaDeAlias::Exit, this, &TPaginaAlias::Escolhido);
+    connect(edAlias_, &QComboBox::currentIndexChanged, this, [this](int qual) { btAlterar_->setEnabled(qual >= 0); });
+    connect(novo, &QPushButton::clicked, this, &TPaginaAlias::Novo);
+    connect(btReler_, &QPushButton::clicked, this, &TPaginaAlias::Escolhido);
+    connect(btLiberar_, &QPushButton::clicked, this, &TPaginaAlias::Liberar);
+    connect(btAlterar_, &QPushButton::clicked, this, &TPaginaAlias::Alterar);
+}
+
+/// How many users, and what can be done about them.
+QLayout* TPaginaAlias::Numero() {
+    auto* linha = new QHBoxLayout;
+    linha->addWidget(lblNumUsuarios_, 1);
+    for (QPushButton* botao : {btReler_, btLiberar_}) {
+        botao->setAutoDefault(false);
+        botao->setFocusPolicy(Qt::TabFocus);
+        linha->addWidget(botao);
+    }
+    lblConectados_->setTextFormat(Qt::PlainText);
+    lblConectados_->setWordWrap(true);
+    lblConectados_->setToolTip("Um usuário sem esse direito no servidor vê só as conexões dele");
+    return linha;
 }
 
 void TPaginaAlias::Lista(const std::vector<std::string>& aliases, const QString& arquivoIni) {
@@ -71,18 +126,21 @@ void TPaginaAlias::Lista(const std::vector<std::string>& aliases, const QString&
     for (const std::string& alias : aliases) edAlias_->addItem(Q(alias));
     edAlias_->setCurrentIndex(-1);
     edAlias_->setToolTip(arquivoIni);
+    if (aliases.empty()) Explica("Não há alias em " + arquivoIni + ". Crie um com Novo.");
 }
 
 void TPaginaAlias::Escolhe(const QString& alias) {
     edAlias_->setCurrentIndex(edAlias_->findText(alias, Qt::MatchFixedString));
 }
 
+bool TPaginaAlias::Vazia() const { return edAlias_->count() == 0; }
+
+void TPaginaAlias::ConcluiSaida() { edAlias_->ConcluiSaida(); }
+
 QString TPaginaAlias::Alias() const { return edAlias_->currentText(); }
 
 void TPaginaAlias::EscondeUsuarios() {
-    gridUsuariosOnline_->hide();
-    lblNumUsuarios_->clear();
-    edCaminhoBanco_->clear();
+    Mostra({});
     Explica({});
 }
 
@@ -97,19 +155,36 @@ constexpr const char* kGeracaoAnterior =
     "Este banco é da geração anterior: não tem a tabela de usuários conectados. Confira de outro modo que ninguém está "
     "no sistema; a atualização pode seguir.";
 
+QString TextoDosConectados(const TDadosDoAlias& dados) {
+    if (!dados.semConectados.empty()) return Q("Não foi possível ler as conexões do servidor: " + dados.semConectados);
+    const auto quantas = dados.conectados.size();
+    return "Outras conexões ao banco que o servidor conhece: " +
+           (quantas == 0 ? QString("nenhuma") : QString::number(quantas));
+}
+
 }  // namespace
 
 void TPaginaAlias::Mostra(const TDadosDoAlias& dados) {
+    dados_ = dados;
     Explica(dados.erro ? Q(ExplicaConexao(*dados.erro)) : dados.usuariosOnline ? QString() : QString(kGeracaoAnterior));
     lblNumUsuarios_->setText(Q(dados.numUsuarios));
     edCaminhoBanco_->setText(Q(dados.caminhoBanco));
     gridUsuariosOnline_->setVisible(dados.usuariosOnline);
-    gridUsuariosOnline_->setRowCount(static_cast<int>(dados.usuarios.size()));
+    PoeNaGrade(*gridUsuariosOnline_, dados.usuarios, kDosUsuarios);
+    btReler_->setEnabled(!dados.numUsuarios.empty());
+    btLiberar_->setEnabled(!dados.usuarios.empty());
+    lblConectados_->setText(dados.conectado ? TextoDosConectados(dados) : QString());
+    gridConectados_->setVisible(!dados.conectados.empty());
+    static_cast<QGridLayout*>(layout())->setRowStretch(6, dados.conectados.empty() ? 0 : 1);
+    PoeNaGrade(*gridConectados_, dados.conectados, kDosConectados);
+}
+
+std::vector<TUsuarioOnline> TPaginaAlias::UsuariosEscolhidos() const {
+    std::vector<TUsuarioOnline> escolhidos;
     for (int linha = 0; linha < gridUsuariosOnline_->rowCount(); ++linha)
-        for (int coluna = 0; coluna < gridUsuariosOnline_->columnCount(); ++coluna)
-            gridUsuariosOnline_->setItem(
-                linha, coluna,
-                new QTableWidgetItem(Q(dados.usuarios[static_cast<std::size_t>(linha)].*kColunas[coluna].campo)));
+        if (gridUsuariosOnline_->selectionModel()->isRowSelected(linha, {}))
+            escolhidos.push_back(dados_.usuarios[static_cast<std::size_t>(linha)]);
+    return escolhidos.empty() ? dados_.usuarios : escolhidos;
 }
 
 }  // namespace wkd

@@ -9,6 +9,7 @@
 class QLabel;
 class QLineEdit;
 class QPlainTextEdit;
+class QPushButton;
 class QTableWidget;
 
 namespace wkd {
@@ -23,23 +24,40 @@ class TPaginaAlias : public QWidget {
 
     void Lista(const std::vector<std::string>& aliases, const QString& arquivoIni);
     void Escolhe(const QString& alias);
+    bool Vazia() const;
+    /// A list that was left by the mouse tells of it when the button is up, or now.
+    void ConcluiSaida();
     /// Empty as long as none is chosen.
     QString Alias() const;
     /// Until another alias is shown.
     void EscondeUsuarios();
     void Mostra(const TDadosDoAlias& dados);
+    const TDadosDoAlias& Mostrado() const { return dados_; }
+    /// Those whose lines are selected, else all.
+    std::vector<TUsuarioOnline> UsuariosEscolhidos() const;
     /// A text in the place of the users; empty for none.
     void Explica(const QString& texto);
 
   signals:
     /// The list of aliases was closed or left.
     void Escolhido();
+    void Novo();
+    void Alterar();
+    void Liberar();
 
   private:
+    QLayout* Numero();
+
+    TDadosDoAlias dados_;
     TListaDeAlias* edAlias_;
+    QPushButton* btAlterar_;
     QLineEdit* edCaminhoBanco_;
     QLabel* lblNumUsuarios_;
+    QPushButton* btReler_;
+    QPushButton* btLiberar_;
     QTableWidget* gridUsuariosOnline_;
+    QLabel* lblConectados_;
+    QTableWidget* gridConectados_;
     QPlainTextEdit* mErro_;
 };
 

@@ -3,8 +3,11 @@
 #include <QComboBox>
 #include <QDir>
 #include <QFocusEvent>
+#include <QGuiApplication>
 #include <QListWidget>
+#include <QTimer>
 #include <QWidget>
+#include <chrono>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -18,7 +21,8 @@ class QRadioButton;
 
 namespace wkd {
 
-/// Pick-only list that tells when it was closed or left.
+/// Pick-only list that tells when it was closed or left. Whoever leaves it by a click gets the click done first: what
+/// is told may open a connection, and clicks made meanwhile count for nothing.
 class TListaDeAlias : public QComboBox {
     Q_OBJECT
   public:
@@ -34,6 +38,11 @@ class TListaDeAlias : public QComboBox {
         QMetaObject::invokeMethod(this, &TListaDeAlias::CloseUp, Qt::QueuedConnection);
     }
 
+    /// Tells now what is still to be told.
+    void ConcluiSaida() {
+        if (std::exchange(saiu_, false)) emit Exit();
+    }
+
   signals:
     void CloseUp();
     void Exit();
@@ -42,11 +51,19 @@ class TListaDeAlias : public QComboBox {
     void focusOutEvent(QFocusEvent* evento) override {
         QComboBox::focusOutEvent(evento);
         const Qt::FocusReason motivo = evento->reason();
-        if (!aberta_ && motivo != Qt::PopupFocusReason && motivo != Qt::ActiveWindowFocusReason) emit Exit();
+        if (aberta_ || motivo == Qt::PopupFocusReason || motivo == Qt::ActiveWindowFocusReason) return;
+        saiu_ = true;
+        EsperaSoltar();
     }
 
   private:
+    void EsperaSoltar() {
+        if (QGuiApplication::mouseButtons() == Qt::NoButton) return ConcluiSaida();
+        QTimer::singleShot(std::chrono::milliseconds(20), this, [this] { EsperaSoltar(); });
+    }
+
     bool aberta_ = false;
+    bool saiu_ = false;  // and nobody knows yet
 };
 
 /// Names of the files of one folder that match a mask, letter case ignored.

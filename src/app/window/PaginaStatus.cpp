@@ -101,6 +101,7 @@ TPaginaStatus::TPaginaStatus(IDialogos& dialogos)
       lblGeral_(RotuloDeAndamento("lblGeral", "Geral.")),
       lblEstimativa_(RotuloDeAndamento("lblEstimativa", "")),
       lblVeredicto_(RotuloDeAndamento("lblVeredicto", "")),
+      lblProvidencia_(Nomeia(new QLabel, "lblProvidencia")),
       btRelatorio_(Botao("btRelatorio", "Relatório", "Abrir o relatório desta atualização")),
       pbAtual_(Barra("pbAtual", "Andamento da etapa atual")),
       pbGeral_(Barra("pbGeral", "Andamento geral")) {
@@ -141,9 +142,7 @@ QWidget* TPaginaStatus::Erros() {
     QFont negrito = memo2_->font();
     negrito.setBold(true);
     memo2_->setFont(negrito);
-    QPalette vermelha = memo2_->palette();
-    vermelha.setColor(QPalette::Text, kVermelho);
-    memo2_->setPalette(vermelha);
+    PintaAviso(*memo2_, true);
 
     auto* salva = Botao("SpeedButton2", "Salvar", "Salvar a lista de erros em um arquivo");
     connect(salva, &QPushButton::clicked, this, &TPaginaStatus::SpeedButton2Click);
@@ -184,12 +183,17 @@ QWidget* TPaginaStatus::Fim() {
     connect(btRelatorio_, &QPushButton::clicked, this, [this] { dialogos_.Abre(relatorio_); });
     connect(log, &QPushButton::clicked, this, &TPaginaStatus::Log);
 
+    lblProvidencia_->setTextFormat(Qt::PlainText);
+    lblProvidencia_->setWordWrap(true);
     fim_ = new QWidget;
-    auto* linha = new QHBoxLayout(fim_);
-    linha->setContentsMargins(0, 0, 0, 0);
-    linha->addWidget(lblVeredicto_, 1);
-    linha->addWidget(btRelatorio_);
-    linha->addWidget(log);
+    auto* linhas = new QGridLayout(fim_);
+    linhas->setContentsMargins(0, 0, 0, 0);
+    linhas->setVerticalSpacing(2);
+    linhas->addWidget(lblVeredicto_, 0, 0);
+    linhas->addWidget(btRelatorio_, 0, 1);
+    linhas->addWidget(log, 0, 2);
+    linhas->addWidget(lblProvidencia_, 1, 0, 1, 3);
+    linhas->setColumnStretch(0, 1);
     fim_->hide();
     return fim_;
 }
@@ -200,9 +204,10 @@ void TPaginaStatus::MostraFim(const TFimMostrado& fim) {
     lblVeredicto_->setText(letras.elidedText(fim.veredicto, Qt::ElideRight, width() - kDosBotoes));
     lblVeredicto_->setToolTip(fim.veredicto);
     lblVeredicto_->setAccessibleName(fim.veredicto);
-    QPalette cores = palette();
-    if (!fim.certo) cores.setColor(QPalette::WindowText, kVermelho);
-    lblVeredicto_->setPalette(cores);
+    PintaAviso(*lblVeredicto_, !fim.certo);
+    lblProvidencia_->setText(fim.parada ? fim.providencia + " Para isso feche a janela, e abra o assistente de novo."
+                                        : fim.providencia);
+    lblProvidencia_->setVisible(!fim.providencia.isEmpty());
     relatorio_ = fim.relatorio;
     btRelatorio_->setEnabled(!relatorio_.isEmpty());
     lblEstimativa_->setVisible(fim.veredicto.isEmpty());  // in its place

@@ -47,9 +47,11 @@ class TListaDePastas;
 
 /// How a run ended.
 struct TFimMostrado {
-    QString veredicto;  // empty: none has ended
+    QString veredicto = {};  // empty: none has ended
     bool certo = false;
-    QString relatorio;  // file; empty: not written
+    QString providencia = {};  // the next thing to do; empty: none
+    bool parada = false;       // the wizard stays as it is until it is closed
+    QString relatorio = {};    // file; empty: not written
 };
 
 /// Page "status": what the run does, its errors, its progress, and out of sight the run log.
@@ -107,6 +109,7 @@ class TPaginaStatus : public QWidget {
     QLabel* lblGeral_;
     QLabel* lblEstimativa_;
     QLabel* lblVeredicto_;
+    QLabel* lblProvidencia_;
     QPushButton* btRelatorio_;
     QWidget* fim_ = nullptr;
     QString relatorio_;

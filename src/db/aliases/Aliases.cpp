@@ -174,6 +174,50 @@ int TipoAutenticacaoToInt(TTipoBanco banco, TTipoAutenticacao tipo) {
     return tipo == TTipoAutenticacao::Windows ? 1 : 0;
 }
 
+TAlias Arrumado(TAlias alias) {
+    for (std::string* texto : {&alias.nome, &alias.hostname, &alias.path, &alias.database, &alias.usuario})
+        *texto = Apara(*texto);
+    std::string& pasta = alias.path;
+    if (alias.tipoBanco != "tbInterbase" || pasta.empty() || pasta.ends_with('/') || pasta.ends_with('\\'))
+        return alias;
+    const bool doWindows = pasta.find('\\') != std::string::npos || pasta.substr(1, 1) == ":";
+    pasta += doWindows ? '\\' : '/';
+    return alias;
+}
+
+namespace {
+
+std::string DefeitoDoNome(const std::string& nome) {
+    if (nome.empty()) return "Insira corretamento o nome do Alias!";
+    if (IgualSemCaixa(nome, kAliasPadrao)) return "MENU é o alias padrão do menu: dê ao alias outro nome.";
+    if (nome.find_first_of(";[]") != std::string::npos) return "O nome do alias não pode ter \";\", \"[\" nem \"]\".";
+    return {};
+}
+
+std::string DefeitoDoServidor(const TAlias& alias, TTipoBanco tipo) {
+    if (tipo == TTipoBanco::tbInterbase)
+        return alias.hostname.empty() || !alias.usuario.empty() ? "" : "Falta o usuário do banco de dados.";
+    if (alias.hostname.empty())
+        return tipo == TTipoBanco::tbODBC ? "Falta o nome da fonte de dados ODBC, que vai no lugar do servidor."
+                                          : "Falta o servidor.";
+    const auto virgula = alias.hostname.find(',');
+    const bool porta = virgula == std::string::npos ||
+                       alias.hostname.find_first_not_of(" 0123456789", virgula + 1) == std::string::npos;
+    return porta ? "" : "Depois da vírgula, no servidor, vem o número da porta.";
+}
+
+}  // namespace
+
+std::string DefeitoDoAlias(const TAlias& alias) {
+    if (auto defeito = DefeitoDoNome(alias.nome); !defeito.empty()) return defeito;
+    const auto tipo = StrToTipoBanco(alias.tipoBanco);
+    if (!tipo || *tipo == TTipoBanco::tbMySQL || *tipo == TTipoBanco::tbOracle)
+        return "O tipo de banco " + alias.tipoBanco + (tipo ? " não tem driver" : " não é conhecido") +
+               ". Use tbInterbase, tbSQLServer ou tbODBC.";
+    if (alias.database.empty()) return "Falta o banco de dados.";
+    return DefeitoDoServidor(alias, *tipo);
+}
+
 std::string TAliases::INILeString(std::string_view secao, std::string_view chave, std::string_view padrao) const {
     return TArquivoIni(ini_).Le(secao, chave).value_or(std::string(padrao));
 }
@@ -190,11 +234,27 @@ std::vector<std::string> TAliases::ListaAlias(bool escondePadrao) const {
     return nomes;
 }
 
+bool TAliases::ExisteAlias(std::string_view nome) const { return TArquivoIni(ini_).ExisteSecao(nome); }
+
 void TAliases::AdicionaAlias(const TAlias& alias, bool tambemPadrao) const {
     if (Apara(alias.nome).empty()) throw TErroConfiguracao("Insira corretamento o nome do Alias!");
     TArquivoIni ini(ini_);
     GravaAlias(ini, alias.nome, alias);
     if (tambemPadrao) GravaAlias(ini, kAliasPadrao, alias);
+    ini.Salva();
+}
+
+bool TAliases::EhPadrao(std::string_view nome) const {
+    return IgualSemCaixa(TArquivoIni(ini_).Le(kAliasPadrao, "Alias").value_or(""), nome);
+}
+
+void TAliases::MudaSenha(std::string_view nome, std::string_view senha) const {
+    TArquivoIni ini(ini_);
+    const auto muda = [&](std::string_view secao) {
+        ini.Grava(secao, "Password", MontaSenha(ini.Le(secao, "User_Name").value_or(""), senha));
+    };
+    muda(nome);
+    if (EhPadrao(nome)) muda(kAliasPadrao);
     ini.Salva();
 }
 

@@ -60,6 +60,12 @@ struct TAlias {
     std::string trustServerCertificate = {};  // likewise; empty: the certificate is checked
 };
 
+/// As a person means it: without blanks around its texts, and a path of Firebird with the separator at its end.
+TAlias Arrumado(TAlias alias);
+/// What keeps an alias from being of any use, and what to write instead; empty when nothing can be told without asking
+/// its server.
+std::string DefeitoDoAlias(const TAlias& alias);
+
 /// The aliases of one settings file.
 class TAliases {
   public:
@@ -71,9 +77,14 @@ class TAliases {
 
     /// Section names in file order; `escondePadrao` leaves the menu's default alias "MENU" out.
     std::vector<std::string> ListaAlias(bool escondePadrao) const;
+    bool ExisteAlias(std::string_view nome) const;
     /// Throws TErroConfiguracao "Insira corretamento o nome do Alias!" for an empty name. Keys beside the
     /// alias's own stay. `tambemPadrao` writes the same settings under "MENU" as well.
     void AdicionaAlias(const TAlias& alias, bool tambemPadrao) const;
+    /// Whether the settings under "MENU" are a copy of the alias's.
+    bool EhPadrao(std::string_view nome) const;
+    /// Of an alias that is there, and of its copy under "MENU".
+    void MudaSenha(std::string_view nome, std::string_view senha) const;
     /// False when there was none.
     bool RemoveAlias(std::string_view nome) const;
     /// Throws TErroConfiguracao when the file does not have the alias.

@@ -71,6 +71,29 @@ std::unique_ptr<TConnection> CriaConexao(std::string_view tipoBanco, const TPara
     }
 }
 
+void AbreOuDesiste(const std::shared_ptr<TConnection>& conexao, const std::function<bool()>& desiste) {
+    const auto abertura = std::make_shared<std::promise<void>>();
+    auto fim = abertura->get_future();
+    std::thread([abertura, conexao] {
+        try {
+            conexao->Open();
+            abertura->set_value();
+        } catch (...) {
+            abertura->set_exception(std::current_exception());
+        }
+    }).detach();
+    constexpr std::chrono::milliseconds kEntrePerguntas{50};
+    while (fim.wait_for(kEntrePerguntas) == std::future_status::timeout)
+        if (desiste()) throw TErroBanco({.mensagem = "A conexão foi cancelada.", .falha = TFalha::Interrompida});
+    fim.get();
+}
+
+std::string ProvaAlias(const TAlias& alias, const std::function<bool()>& desiste) {
+    const std::shared_ptr<TConnection> conexao = CriaConexao(alias.tipoBanco, ParametrosDoAlias(alias));
+    AbreOuDesiste(conexao, desiste);
+    return conexao->VersaoServidor();
+}
+
 namespace {
 
 /// Dialect of a kind text.
@@ -148,24 +171,13 @@ void THBNConnection::Open() {
 /// The observer is of this object, which a driver that is left alone may outlive: it comes afterwards.
 void THBNConnection::AbreDriver() {
     if (!desiste_) return driver_->Open();
-    const auto abertura = std::make_shared<std::promise<void>>();
-    auto fim = abertura->get_future();
-    std::thread([abertura, driver = driver_] {
-        try {
-            driver->Open();
-            abertura->set_value();
-        } catch (...) {
-            abertura->set_exception(std::current_exception());
-        }
-    }).detach();
-    constexpr std::chrono::milliseconds kEntrePerguntas{50};
-    while (fim.wait_for(kEntrePerguntas) == std::future_status::timeout) {
-        if (!desiste_()) continue;
+    try {
+        AbreOuDesiste(driver_, desiste_);
+    } catch (...) {
         TrocaDriver(nullptr);
         aliasTrocado_ = true;
-        throw TErroBanco({.mensagem = "A conexão foi cancelada.", .falha = TFalha::Interrompida});
+        throw;
     }
-    fim.get();
     LigaObservador();
 }
 

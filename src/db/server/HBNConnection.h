@@ -39,6 +39,13 @@ class TCacheSatrib {
 /// TErroConfiguracao for an unknown kind and for one without driver.
 std::unique_ptr<TConnection> CriaConexao(std::string_view tipoBanco, const TParametrosConexao& parametros);
 
+/// Opens a connection while it asks, now and then, whether that is given up; then it throws TErroBanco (Interrompida).
+/// No driver lets an opening be broken off: it is left alone on a thread of its own, and closed when it ends.
+void AbreOuDesiste(const std::shared_ptr<TConnection>& conexao, const std::function<bool()>& desiste);
+
+/// Opens the database of an alias, which need not be in a settings file, and closes it again: what its server is.
+std::string ProvaAlias(const TAlias& alias, const std::function<bool()>& desiste);
+
 using TFabricaDeConexao =
     std::function<std::unique_ptr<TConnection>(std::string_view tipoBanco, const TParametrosConexao& parametros)>;
 
@@ -120,9 +127,8 @@ class THBNConnection : public TConnection {
     std::vector<TIndice> Indices(std::string_view tabela) override;
     void Observa(TObservador observador) override;
 
-    /// As long as there is this function, Open() asks it while it waits, and throws TErroBanco (Interrompida) when it
-    /// says yes: no driver lets an opening be broken off, so that it is left alone on a thread of its own, and closed
-    /// when it ends. What was prepared on the connection before such an opening is gone.
+    /// As long as there is this function, Open() can be given up (AbreOuDesiste). What was prepared on the connection
+    /// before such an opening is gone.
     void PermiteDesistir(std::function<bool()> desiste) { desiste_ = std::move(desiste); }
 
     // Column dictionary

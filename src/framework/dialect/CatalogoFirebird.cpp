@@ -159,6 +159,13 @@ std::vector<std::string> TDialetoFirebird::Dependentes(TConnection& conexao, con
         tabela);
 }
 
+std::string_view TDialetoFirebird::ComandoConectados() const {
+    return "select mon$user as USUARIO, coalesce(mon$remote_host, mon$remote_address, '') as COMPUTADOR,"
+           " coalesce(mon$remote_process, '') as PROGRAMA, cast(mon$timestamp as varchar(24)) as DESDE"
+           " from mon$attachments where mon$system_flag = 0 and mon$attachment_id <> current_connection"
+           " order by mon$timestamp";
+}
+
 std::string TDialetoFirebird::ConjuntoDoBanco(TConnection& conexao) const {
     TWKDQuery q(conexao, "select rdb$character_set_name as CONJUNTO from rdb$database");
     q.Open();

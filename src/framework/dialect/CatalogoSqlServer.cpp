@@ -199,6 +199,13 @@ std::string NomeDaNota(std::size_t numero) {
 
 }  // namespace
 
+std::string_view TDialetoSqlServer::ComandoConectados() const {
+    return "select login_name as USUARIO, coalesce(host_name, '') as COMPUTADOR, coalesce(program_name, '') as "
+           "PROGRAMA,"
+           " convert(varchar(16), login_time, 120) as DESDE from sys.dm_exec_sessions"
+           " where is_user_process = 1 and database_id = db_id() and session_id <> @@spid order by login_time";
+}
+
 std::string TDialetoSqlServer::Marca(TConnection& conexao, const std::string& tabela) const {
     const auto marcas = ValoresDasPropriedades(conexao, tabela, kMarca);
     return marcas.empty() ? "" : marcas.front();

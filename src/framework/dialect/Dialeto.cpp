@@ -204,6 +204,19 @@ std::vector<TChave> ChavesDoCatalogo(TConnection& conexao, std::string_view sql,
 
 }  // namespace
 
+std::vector<TConectado> Conectados(TConnection& conexao) {
+    constexpr std::size_t kAteOMinuto = 16;
+    const auto sql = Dialeto(conexao).ComandoConectados();
+    std::vector<TConectado> conectados;
+    if (sql.empty()) return conectados;
+    TWKDQuery q(conexao, sql);
+    const auto lido = [&](std::string_view campo) { return std::string(Apara(q.Texto(campo))); };
+    for (q.Open(); !q.Eof(); q.Next())
+        conectados.push_back(
+            {lido("USUARIO"), lido("COMPUTADOR"), lido("PROGRAMA"), lido("DESDE").substr(0, kAteOMinuto)});
+    return conectados;
+}
+
 std::vector<std::string> RestricoesDoCatalogo(TConnection& conexao, const std::string& tabela,
                                               std::span<const std::string_view> chaves, std::string_view conferidas) {
     const TDialeto& dialeto = Dialeto(conexao);

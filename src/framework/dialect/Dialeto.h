@@ -45,6 +45,11 @@ struct TLargura {
     std::int64_t letras = 0;
 };
 
+/// A connection that a server has to a database, since "yyyy-mm-dd hh:mm".
+struct TConectado {
+    std::string usuario, computador, programa, desde;
+};
+
 /// What differs from one kind of server to the other: texts of statements, what the server can do, and the questions to
 /// its catalogue. One object a kind, without state; what is not known of a kind has the answer written here. Table
 /// names in capitals where the catalogue is asked. Throws TErroBanco.
@@ -144,6 +149,9 @@ class TDialeto {
     virtual TContorno Padrao(TConnection&, const std::string& tabela, std::string_view coluna) const;
 
     // Catalogue of the database
+    /// Question for USUARIO, COMPUTADOR, PROGRAMA and DESDE of the other connections to it; empty where they cannot be
+    /// known. A user without the right to see them is shown fewer, or none.
+    virtual std::string_view ComandoConectados() const { return ""; }
     /// Character set of new text columns; empty where that cannot be told.
     virtual std::string ConjuntoDoBanco(TConnection&) const { return ""; }
     /// How often each table was altered, by its name as ChaveDeNome makes it, where the server limits that.
@@ -170,6 +178,9 @@ class TDialeto {
 
 const TDialeto& Dialeto(TTipoBanco banco);
 const TDialeto& Dialeto(const TConnection& conexao);
+
+/// The other connections to the database, as far as this user may see them.
+std::vector<TConectado> Conectados(TConnection& conexao);
 
 // For the dialects
 /// NOME of every row of a query about the table.

@@ -39,12 +39,21 @@ std::optional<std::vector<TUsuarioOnline>> ListaUsuariosOnline(TConnection& cone
         q.Open();
         if (!TemAsColunas(q)) return std::nullopt;
         for (; !q.Eof(); q.Next())
-            usuarios.push_back({q.Texto(kColunas[0]), q.Texto(kColunas[1]), q.Texto(kColunas[2])});
+            usuarios.push_back({q.Texto(kColunas[0]), q.Texto(kColunas[1]), q.Texto(kColunas[2]), q.Campo("CODIGO")});
         return usuarios;
     } catch (const TErroBanco& erro) {
         if (!GeracaoAnterior(erro)) throw;
         return std::nullopt;
     }
+}
+
+std::int64_t LiberaUsuarios(TConnection& conexao, const std::vector<TValor>& codigos) {
+    std::int64_t liberados = 0;
+    TTransacao transacao(conexao);
+    TWKDQuery libera(conexao, "update csenha set flag1 = 0 where codigo = :pCODIGO and flag1 > 0");
+    for (const TValor& codigo : codigos) liberados += libera.Param("pCODIGO", codigo).ExecSQL();
+    transacao.Commit();
+    return liberados;
 }
 
 }  // namespace wkd
