@@ -95,6 +95,7 @@ struct TVarredura {
     bool comTini = true;
     bool segunda = false;   // it has a complete backup already, which the rebuild makes anew
     bool recriada = false;  // somebody creates the table that the drop has left missing
+    std::optional<std::size_t> linhasPorCommit = {};
 };
 
 void PrintTo(const TVarredura& varredura, std::ostream* saida) { *saida << varredura.nome; }
@@ -103,6 +104,7 @@ void PrintTo(const TVarredura& varredura, std::ostream* saida) { *saida << varre
 template <class TErro>
 void Varre(const TVarredura& varredura, const TErro& erro, bool sempre) {
     TBancoInterrompido banco(varredura.chave, varredura.comTini);
+    banco.ctx_.linhasPorCommit = varredura.linhasPorCommit;
     if (varredura.segunda) banco.RecusaUmaVez();
     banco.Congela();
     banco.Descongela();
@@ -134,7 +136,9 @@ INSTANTIATE_TEST_SUITE_P(Tabelas, NovaInterrompidaTest,
                                            TVarredura{"SecondBackup", 1, true, true},
                                            TVarredura{"SecondBackupNoKey", 0, true, true},
                                            TVarredura{"CreatedBySomebody", 1, true, false, true},
-                                           TVarredura{"CreatedBySomebodyNoMarks", 0, false, false, true}),
+                                           TVarredura{"CreatedBySomebodyNoMarks", 0, false, false, true},
+                                           TVarredura{"ManyRowsACommit", 0, true, false, true, 10'000},
+                                           TVarredura{"ThreeRowsACommit", 1, true, false, false, 3}),
                          [](const auto& caso) { return caso.param.nome; });
 
 class NovaRecusadaTest : public NovaInterrompidaTest {};

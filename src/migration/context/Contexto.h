@@ -53,6 +53,8 @@ struct TOpcoes {
     bool querysAnteriores = true;      // chkQuerysAnteriores
     bool querysPosteriores = true;     // chkQuerysPosteriores
 
+    std::string linhasPorCommit;  // as typed; empty: the alias's own, see LinhasPorCommit
+
     std::chrono::milliseconds pausaDeReconexao{10'000};  // before the second try of three, twice that before the third
 
     std::filesystem::path marcaNaoCria;         // its presence turns null validation, layouts and system files off
@@ -119,6 +121,9 @@ struct TContexto {
     TEstado& estado;
     std::string tabelaAtual;
     std::string acaoAtual;
+    /// Rows that each copy of a rebuild commits at once; nothing: 100 on the way into the backup table, 11 on the way
+    /// back.
+    std::optional<std::size_t> linhasPorCommit = {};
     bool repeteTabela = false;  // something of the table failed: the next run analyses it again
     TEvidencia evidencia = {};
     TDicionario novo = {};                      // of the package

@@ -1,6 +1,7 @@
 #include "copy/CopiaDeLinhas.h"
 
 #include <algorithm>
+#include <charconv>
 #include <limits>
 #include <stdexcept>
 #include <string>
@@ -25,6 +26,19 @@ void ExigeEspacoEmDisco(TContexto& ctx) {
     throw TErroConhecido(TFalha::DiscoCheio,
                          "o disco do banco de dados está quase cheio: " + std::to_string(*livre / kMega) +
                              " MB livres, são necessários pelo menos " + std::to_string(kMinimo / kMega) + " MB");
+}
+
+std::optional<std::size_t> LinhasPorCommit(const TContexto& ctx) {
+    constexpr std::size_t kMais = 100'000;  // the numbers of that many rows wait in memory, and a signal for their end
+    const std::string doAlias = ctx.dm.SQLConnection1.Aliases().INILeString(ctx.opcoes.alias, "LinhasPorCommit");
+    const std::string_view texto = Apara(ctx.opcoes.linhasPorCommit.empty() ? doAlias : ctx.opcoes.linhasPorCommit);
+    if (texto.empty()) return std::nullopt;
+    std::size_t linhas = 0;
+    const auto lido = std::from_chars(texto.data(), texto.data() + texto.size(), linhas);
+    if (lido.ec != std::errc() || lido.ptr != texto.data() + texto.size() || linhas < 1 || linhas > kMais)
+        throw TErroConfiguracao("LinhasPorCommit deve ser um número de 1 a " + std::to_string(kMais) + ", e não \"" +
+                                std::string(texto) + "\": corrija a linha de comando ou o alias em WKD.ini.");
+    return linhas;
 }
 
 namespace {
@@ -116,6 +130,7 @@ void TCopiaDeLinhas::Anuncia() {
 void TCopiaDeLinhas::PoeNoLote(TLinhaDoLote linha) {
     for (const TValor& valor : linha.valores) bytesNoLote_ += BytesAqui(valor);
     lote_.push_back(std::move(linha));
+    if (aoServidor_ == kLinhasPorComando) EnviaAoServidor();
 }
 
 void TCopiaDeLinhas::Avanca() {
@@ -127,6 +142,7 @@ void TCopiaDeLinhas::Avanca() {
 /// What the server refuses as a whole is done row by row, so that only an unfit row is missing.
 void TCopiaDeLinhas::EnviaAoServidor() {
     if (aoServidor_ == 0) return;
+    ExigeEspacoEmDisco(ctx_);
     const std::size_t primeira = lote_.size() - std::exchange(aoServidor_, 0);
     if (!transacao_) transacao_.emplace(ctx_.Conexao());
     std::string chaves;

@@ -19,6 +19,10 @@ namespace wkd {
 /// that it cannot make larger, so nothing is begun, and a copy ends, before that happens.
 void ExigeEspacoEmDisco(TContexto& ctx);
 
+/// What the option, else the key "LinhasPorCommit" of the alias, says about the rows of a commit, 1 to 100,000; nothing
+/// where neither says anything. Throws TErroConfiguracao for anything else.
+std::optional<std::size_t> LinhasPorCommit(const TContexto& ctx);
+
 struct TResultadoDaCopia {
     std::int64_t lidas = 0, gravadas = 0;
     std::int64_t recusadas = 0;       // rows not stored

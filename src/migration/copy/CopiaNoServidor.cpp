@@ -80,7 +80,8 @@ std::string Bloco(const TCopia& copia, const std::vector<TColunaDaCopia>& coluna
         if (!daOrigem) fixos += ", p" + numero + " " + doDestino.tipoSql + " = :P" + numero;
     }
     return "execute block (quantas integer = :QUANTAS, chaves varchar(" +
-           std::to_string(kBytesDaChave * copia.linhasPorLote) + ") character set octets = :CHAVES" + fixos +
+           std::to_string(kBytesDaChave * std::min(copia.linhasPorLote, kLinhasPorComando)) +
+           ") character set octets = :CHAVES" + fixos +
            ") as declare lugar integer = 0; begin while (lugar < quantas) do begin insert into " + copia.destino +
            " (" + Junta(nomes, ",") + ") select " + Junta(valores, ",") + " from " + copia.origem + kDaChave +
            "substring(:chaves from :lugar * " + bytes + " + 1 for " + bytes + "); lugar = lugar + 1; end end";

@@ -13,6 +13,9 @@
 
 namespace wkd {
 
+/// Rows that one statement of the server copies, at most: their record numbers are a parameter of it.
+inline constexpr std::size_t kLinhasPorComando = 1000;
+
 /// One copy of all rows of a table into another one.
 struct TCopia {
     std::string tabela;  // business table: the one that reports name

@@ -132,7 +132,7 @@ TRestante RestauracaoQueFalta(TContexto& ctx, const std::string& tabela) {
 
 namespace {
 
-constexpr std::size_t kLinhasPorLote = 11;
+constexpr std::size_t kLinhasPorLote = 11;  // where the alias names no other number
 
 /// Columns, in capitals, in which an earlier part of the restore may have changed values on purpose.
 std::set<std::string> TalvezAlteradas(TContexto& ctx, const std::string& tabela, const TRenumeracao& renumeracao) {
@@ -166,7 +166,7 @@ std::set<std::string> VoltaBackup(TContexto& ctx, const std::string& tabela, con
                  .chave = chave,
                  .etapa = ctx.acaoAtual,
                  .inicioDoErro = "Erro ao Voltar backup: ",
-                 .linhasPorLote = kLinhasPorLote,
+                 .linhasPorLote = ctx.linhasPorCommit.value_or(kLinhasPorLote),
                  .condicao = restante.condicao,
                  .fonte = restante.fonte,
                  .pula = restante.pula};

@@ -8,6 +8,7 @@
 #include "Relatorio.h"
 #include "context/CargaDoPacote.h"
 #include "context/MarcaDeAnalise.h"
+#include "copy/CopiaDeLinhas.h"
 #include "corrections/Correcoes.h"
 #include "decision/DecisaoDaTabela.h"
 #include "layout/AtualizaSistema.h"
@@ -63,6 +64,7 @@ TFimDaAtualizacao TAtualizacao::Executa() {
     try {
         TInterrupcao::Confere();
         Identifica();
+        ctx_.linhasPorCommit = LinhasPorCommit(ctx_);
         trava_.emplace(ctx_.dm.SQLConnection1);
         TPastaDeTrabalho pasta(ctx_.opcoes.temporaria);
         fim = Corre(pasta);
