@@ -2,7 +2,6 @@
 
 #include <set>
 
-#include "copy/ColunasDaCopia.h"
 #include "dialect/Dialeto.h"
 #include "values/SomaDeValores.h"
 #include "values/Texto.h"
@@ -22,37 +21,20 @@ std::string Descreve(const TColunaFisica& coluna) {
     return TextoDeBytes(texto);
 }
 
-/// The server names the index of a constraint by itself, anew at every restore.
-std::string Descreve(const TIndice& indice, bool inativo) {
+/// The server names the index of a constraint by itself, anew at every restore. One that finds a key twice leaves its
+/// index inactive.
+std::string Descreve(const TIndice& indice) {
     std::string texto = indice.restricao.empty() ? "índice " + indice.nome : "restrição " + indice.restricao;
     if (indice.unico) texto += " único";
     if (indice.descendente) texto += " descendente";
-    if (inativo) texto += " inativo";
+    if (indice.inativo) texto += " inativo";
     return texto + " (" + (indice.expressao.empty() ? Junta(indice.colunas, ",") : TextoDeBytes(indice.expressao)) +
            ")";
 }
 
-/// A restore that finds a key twice leaves its index inactive.
-std::set<std::string> IndicesInativos(TConnection& conexao) {
-    std::set<std::string> nomes;
-    if (conexao.TipoBanco() != TTipoBanco::tbInterbase) return nomes;
-    const auto comando = conexao.Prepara("select rdb$index_name from rdb$indices where rdb$index_inactive = 1");
-    for (comando->Abre(); comando->Proximo();) nomes.emplace(AparaFim(comando->Valor(0).ComoTexto()));
-    return nomes;
-}
-
-/// A text as its bytes, so that letters which its character set does not have are read, too.
-std::string Expressao(const TColunaFisica& coluna, TTipoBanco banco) {
-    if (banco != TTipoBanco::tbInterbase || coluna.tipo != TTipoDado::Texto) return Lida(coluna, Dialeto(banco));
-    const int porLetra = coluna.conjunto == "UTF8" ? 4 : coluna.conjunto == "UNICODE_FSS" ? 3 : 1;
-    return "cast(" + Dialeto(banco).Identificador(coluna.nome) + " as varchar(" +
-           std::to_string(std::min(coluna.tamanho * porLetra, 32765)) + ") character set octets)";
-}
-
 class TLeitura {
   public:
-    TLeitura(TConnection& conexao, const TAcompanha& acompanha)
-        : conexao_(conexao), acompanha_(acompanha), inativos_(IndicesInativos(conexao)) {}
+    TLeitura(TConnection& conexao, const TAcompanha& acompanha) : conexao_(conexao), acompanha_(acompanha) {}
 
     TInstantaneo Le();
 
@@ -65,7 +47,6 @@ class TLeitura {
 
     TConnection& conexao_;
     const TAcompanha& acompanha_;
-    const std::set<std::string> inativos_;
 };
 
 TInstantaneo TLeitura::Le() {
@@ -87,19 +68,18 @@ void TLeitura::Estrutura(const std::string& tabela, const std::vector<TColunaFis
     if (const auto chave = conexao_.ChavePrimaria(tabela).colunas; !chave.empty())
         lida.estrutura.push_back("chave primária (" + Junta(chave, ",") + ")");
     std::set<std::string> indices;
-    for (const auto& indice : conexao_.Indices(tabela))
-        indices.insert(Descreve(indice, inativos_.contains(indice.nome)));
+    for (const auto& indice : conexao_.Indices(tabela)) indices.insert(Descreve(indice));
     lida.estrutura.insert(lida.estrutura.end(), indices.begin(), indices.end());
 }
 
 void TLeitura::Registros(const std::string& tabela, const std::vector<TColunaFisica>& colunas,
                          TTabelaNoInstantaneo& lida) {
+    const TDialeto& dialeto = Dialeto(conexao_);
     std::vector<std::string> lidas;
     for (const auto& coluna : colunas)
-        if (coluna.expressao.empty()) lidas.push_back(Expressao(coluna, conexao_.TipoBanco()));
+        if (coluna.expressao.empty()) lidas.push_back(dialeto.ComoEsta(coluna));
     if (lidas.empty()) return;
-    const auto comando =
-        conexao_.Prepara("select " + Junta(lidas, ", ") + " from " + Dialeto(conexao_).Identificador(tabela));
+    const auto comando = conexao_.Prepara("select " + Junta(lidas, ", ") + " from " + dialeto.Identificador(tabela));
     std::uint64_t soma = 0;
     Avisa(tabela, 0);
     for (comando->Abre(); comando->Proximo();) {

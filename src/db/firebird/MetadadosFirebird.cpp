@@ -267,7 +267,7 @@ TChavesPorTabela TMetadadosFirebird::TodasAsChaves() {
 std::vector<TIndice> TMetadadosFirebird::Indices(std::string_view tabela) {
     auto& linha = Abre(indices_,
                        "select i.rdb$index_name, coalesce(i.rdb$unique_flag, 0), coalesce(i.rdb$index_type, 0),"
-                       " c.rdb$constraint_name, s.rdb$field_name, " +
+                       " c.rdb$constraint_name, s.rdb$field_name, coalesce(i.rdb$index_inactive, 0), " +
                            Fonte("i.rdb$expression_source") +
                            " from rdb$indices i left join rdb$index_segments s on s.rdb$index_name = i.rdb$index_name"
                            " left join rdb$relation_constraints c on c.rdb$index_name = i.rdb$index_name"
@@ -284,7 +284,8 @@ std::vector<TIndice> TMetadadosFirebird::Indices(std::string_view tabela) {
                                linha.Valor(2).ComoInteiro() == 1,
                                Nome(linha, 3),
                                {},
-                               LeFonte(linha, 5)});
+                               LeFonte(linha, 6),
+                               linha.Valor(5).ComoInteiro() == 1});
         }
         if (const auto coluna = Nome(linha, 4); !coluna.empty()) indices.back().colunas.push_back(coluna);
     }

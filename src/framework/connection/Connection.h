@@ -76,6 +76,7 @@ struct TIndice {
     std::string restricao;  // name of the unique or foreign-key constraint the index belongs to, else empty
     std::vector<std::string> colunas;
     std::string expressao;  // of a computed index
+    bool inativo = false;
 };
 
 using TColunasPorTabela = std::map<std::string, std::vector<TColunaFisica>>;

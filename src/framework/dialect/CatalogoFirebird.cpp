@@ -6,13 +6,6 @@
 
 namespace wkd {
 
-std::vector<std::string> TDialetoFirebird::IndicesInativos(TConnection& conexao, const std::string& tabela) const {
-    return NomesDoCatalogo(conexao,
-                           "select rdb$index_name as NOME from rdb$indices where rdb$relation_name = :tabela"
-                           " and rdb$index_inactive = 1",
-                           tabela);
-}
-
 namespace {
 
 std::string Favorecido(TWKDQuery& q, const TDialeto& dialeto) {

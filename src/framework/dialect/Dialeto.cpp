@@ -98,6 +98,12 @@ std::string TDialeto::ColunaCalculada(const TColunaFisica& coluna) const {
 
 std::string TDialeto::Batizada(const std::string& nome) const { return "constraint " + Identificador(nome) + " "; }
 
+std::string TDialeto::ApagaColuna(std::string_view tabela, std::string_view coluna) const {
+    return "alter table " + std::string(tabela) + " drop column " + std::string(coluna);
+}
+
+std::string TDialeto::EmBytes(const TColunaFisica& /*coluna*/, const std::string& valor) const { return valor; }
+
 std::string TDialeto::Agrupavel(const TColunaFisica& coluna) const { return Identificador(coluna.nome); }
 
 bool TDialeto::SoNoCliente(const TColunaFisica& b, const TColunaFisica& t) const {
@@ -122,10 +128,6 @@ std::string TDialeto::Diferem(const TComparacao& par) const {
 
 std::map<std::string, TIndiceComoEra> TDialeto::IndicesComoEram(TConnection& /*conexao*/,
                                                                 const std::string& /*tabela*/) const {
-    return {};
-}
-
-std::vector<std::string> TDialeto::IndicesInativos(TConnection& /*conexao*/, const std::string& /*tabela*/) const {
     return {};
 }
 

@@ -81,6 +81,7 @@ class TDialeto {
     /// Statements that make a column of a table NOT NULL, and nullable again.
     virtual std::string ExigeValor(std::string_view tabela, const TColunaFisica& coluna) const;
     virtual std::string DispensaValor(std::string_view tabela, const TColunaFisica& coluna) const;
+    virtual std::string ApagaColuna(std::string_view tabela, std::string_view coluna) const;
     /// Definition of a computed column.
     virtual std::string ColunaCalculada(const TColunaFisica& coluna) const;
     /// "constraint NOME " for ALTER TABLE; empty for a name that the server gave, and gives again.
@@ -91,6 +92,17 @@ class TDialeto {
     // Expressions
     virtual std::string Caracteres(const std::string& texto) const { return "char_length(" + texto + ")"; }
     virtual std::string Bytes(const std::string& valor) const { return "octet_length(" + valor + ")"; }
+    /// Letters of a text from the given one on, 1 being the first, and two texts as one; empty where that is not known.
+    virtual std::string Trecho(const std::string& /*texto*/, int /*de*/, int /*letras*/) const { return ""; }
+    virtual std::string Emenda(const std::string& /*um*/, const std::string& /*outro*/) const { return ""; }
+    /// A value of the column as its bytes where it is a text blob, which the server would turn into the connection's
+    /// character set.
+    virtual std::string EmBytes(const TColunaFisica& coluna, const std::string& valor) const;
+    /// All that the column holds, texts as their bytes, so that letters that their character set does not have are
+    /// read, too.
+    virtual std::string ComoEsta(const TColunaFisica& coluna) const { return Identificador(coluna.nome); }
+    /// A text on its way into a blob.
+    virtual std::string ParaBlob(const std::string& texto) const { return texto; }
     /// What makes values of the column fit for GROUP BY.
     virtual std::string Agrupavel(const TColunaFisica& coluna) const;
 
@@ -101,8 +113,8 @@ class TDialeto {
     virtual bool NulosRepetem() const { return true; }
     /// Whether columns are to be made NOT NULL before they are a key.
     virtual bool ChaveExigeValor() const { return false; }
-    /// Whether the server turns a text blob into the connection's character set, unless it is told not to.
-    virtual bool ConverteTextoLongo() const { return false; }
+    /// Whether a column that is altered takes NULL unless the statement says NOT NULL again.
+    virtual bool AlteracaoDispensaValor() const { return false; }
     /// Whether a record has a number by which the server reads it (RDB$DB_KEY).
     virtual bool NumeraRegistros() const { return false; }
     /// Bytes of a content that Soma() looks at; 0 for all.
@@ -135,7 +147,6 @@ class TDialeto {
     // Catalogue of a table: statements that give it again what goes with it
     /// By index name as ChaveDeNome makes it; none where TIndice tells all.
     virtual std::map<std::string, TIndiceComoEra> IndicesComoEram(TConnection&, const std::string& tabela) const;
-    virtual std::vector<std::string> IndicesInativos(TConnection&, const std::string& tabela) const;
     /// Unique keys, then the foreign keys that may mean them, then checks.
     virtual std::vector<std::string> Restricoes(TConnection&, const std::string& tabela) const;
     virtual std::vector<std::string> Permissoes(TConnection&, const std::string& tabela) const;

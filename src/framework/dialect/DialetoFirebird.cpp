@@ -54,6 +54,26 @@ std::string TDialetoFirebird::Batizada(const std::string& nome) const {
 
 /// The server groups no blobs. Its hash adds each byte to sixteen times what was before, so that "1A" is "21" to it;
 /// another content has to agree with it from the end as well.
+std::string TDialetoFirebird::ApagaColuna(std::string_view tabela, std::string_view coluna) const {
+    return "alter table " + std::string(tabela) + " drop " + std::string(coluna);
+}
+
+std::string TDialetoFirebird::Trecho(const std::string& texto, int de, int letras) const {
+    return "substring(" + texto + " from " + std::to_string(de) + " for " + std::to_string(letras) + ")";
+}
+
+std::string TDialetoFirebird::EmBytes(const TColunaFisica& coluna, const std::string& valor) const {
+    return coluna.tipo == TTipoDado::Memo ? "cast(" + valor + " as blob sub_type 0)" : valor;
+}
+
+std::string TDialetoFirebird::ComoEsta(const TColunaFisica& coluna) const {
+    const std::string nome = Identificador(coluna.nome);
+    if (coluna.tipo != TTipoDado::Texto) return EmBytes(coluna, nome);
+    const int porLetra = coluna.conjunto == "UTF8" ? 4 : coluna.conjunto == "UNICODE_FSS" ? 3 : 1;
+    return "cast(" + nome + " as varchar(" + std::to_string(std::min(coluna.tamanho * porLetra, 32765)) +
+           ") character set octets)";
+}
+
 std::string TDialetoFirebird::Agrupavel(const TColunaFisica& coluna) const {
     const std::string nome = Identificador(coluna.nome);
     if (!Longa(coluna)) return nome;

@@ -16,11 +16,15 @@ class TDialetoFirebird : public TDialeto {
     std::string AjustaQuery(std::string_view comando) const override;
     std::string ChaveAlteraColuna(std::string_view coluna) const override;
     std::string Batizada(const std::string& nome) const override;
+    std::string ApagaColuna(std::string_view tabela, std::string_view coluna) const override;
+    std::string Trecho(const std::string& texto, int de, int letras) const override;
+    std::string Emenda(const std::string& um, const std::string& outro) const override { return um + " || " + outro; }
+    std::string EmBytes(const TColunaFisica& coluna, const std::string& valor) const override;
+    std::string ComoEsta(const TColunaFisica& coluna) const override;
     std::string Agrupavel(const TColunaFisica& coluna) const override;
 
     bool ComparaConteudo() const override { return true; }
     bool ChaveExigeValor() const override { return true; }
-    bool ConverteTextoLongo() const override { return true; }
     bool NumeraRegistros() const override { return true; }
     std::int64_t BytesDoRegistro(TConnection& conexao, const std::vector<TLargura>& colunas) const override;
     /// It refuses a table whose rows need more, but only when the creation is committed.
@@ -33,7 +37,6 @@ class TDialetoFirebird : public TDialeto {
     std::string IgualANenhum(const TColunaFisica& coluna) const override;
     std::string SomaDasLinhas(const std::vector<TColunaFisica>& colunas) const override;
 
-    std::vector<std::string> IndicesInativos(TConnection& conexao, const std::string& tabela) const override;
     std::vector<std::string> Restricoes(TConnection& conexao, const std::string& tabela) const override;
     std::vector<std::string> Permissoes(TConnection& conexao, const std::string& tabela) const override;
     std::vector<std::string> Comentarios(TConnection& conexao, const std::string& tabela) const override;

@@ -41,6 +41,10 @@ std::string TDialetoSqlServer::Caracteres(const std::string& texto) const {
     return "len(cast(" + texto + " as nvarchar(max)) + 'x') - 1";
 }
 
+std::string TDialetoSqlServer::Trecho(const std::string& texto, int de, int letras) const {
+    return "substring(" + texto + "," + std::to_string(de) + "," + std::to_string(letras) + ")";
+}
+
 std::string TDialetoSqlServer::Agrupavel(const TColunaFisica& coluna) const {
     const std::string nome = Identificador(coluna.nome);
     const bool longa = coluna.tipo == TTipoDado::Blob || coluna.tipo == TTipoDado::Memo;

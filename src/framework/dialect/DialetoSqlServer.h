@@ -17,11 +17,16 @@ class TDialetoSqlServer : public TDialeto {
     std::string NomeDeEnsaio(std::string_view tabela) const override;
     std::string Caracteres(const std::string& texto) const override;
     std::string Bytes(const std::string& valor) const override { return "datalength(" + valor + ")"; }
+    std::string Trecho(const std::string& texto, int de, int letras) const override;
+    std::string Emenda(const std::string& um, const std::string& outro) const override { return um + " + " + outro; }
+    /// It turns no Unicode text into an image by itself.
+    std::string ParaBlob(const std::string& texto) const override { return "cast(" + texto + " as varbinary(max))"; }
     std::string Agrupavel(const TColunaFisica& coluna) const override;
 
     bool ComparaConteudo() const override { return true; }
     bool NulosRepetem() const override { return false; }
     bool ChaveExigeValor() const override { return true; }
+    bool AlteracaoDispensaValor() const override { return true; }
     /// Servers before 2016 make a hash of no more.
     std::size_t BytesDaSoma() const override { return 8000; }
     bool ColunaPresa(const TErroBanco& erro) const override;

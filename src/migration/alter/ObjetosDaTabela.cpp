@@ -21,10 +21,8 @@ void IndicesForaDoDicionario(TContexto& ctx, const std::string& nome, std::vecto
         });
     });
     for (const auto& indice : IndicesComoEram(ctx, tabela, indices)) comandos.push_back(indice.comando);
-    const auto inativos = ctx.Dialeto().IndicesInativos(ctx.Conexao(), tabela);
     for (const TIndice& indice : indices)
-        if (std::ranges::find(inativos, indice.nome) != inativos.end())
-            comandos.push_back("alter index " + ctx.Dialeto().Identificador(indice.nome) + " inactive");
+        if (indice.inativo) comandos.push_back("alter index " + ctx.Dialeto().Identificador(indice.nome) + " inactive");
 }
 
 void ColunasCalculadas(TContexto& ctx, const std::string& tabela, std::vector<std::string>& comandos) {

@@ -110,13 +110,6 @@ void ConfereTexto(const std::string& texto, const TColunaFisica& coluna) {
     BytesNaColuna(texto, coluna);
 }
 
-/// A text blob, which the server would turn into the connection's character set.
-bool Convertida(const TColunaFisica& coluna, const TDialeto& dialeto) {
-    return coluna.tipo == TTipoDado::Memo && dialeto.ConverteTextoLongo();
-}
-
-std::string EmBytes(const std::string& expressao) { return "cast(" + expressao + " as blob sub_type 0)"; }
-
 }  // namespace
 
 TValor ConverteParaColuna(const TValor& valor, const TColunaFisica& coluna) {
@@ -154,7 +147,8 @@ std::vector<TColunaDaCopia> ColunasDaCopia(TConnection& conexao, const std::stri
 
 std::string Lida(const TColunaFisica& coluna, const TDialeto& dialeto, const std::string& apelido) {
     const std::string nome = dialeto.Identificador(coluna.nome);
-    return Convertida(coluna, dialeto) ? EmBytes(apelido + nome) + " as " + nome : apelido + nome;
+    const std::string lida = dialeto.EmBytes(coluna, apelido + nome);
+    return lida == apelido + nome ? lida : lida + " as " + nome;
 }
 
 std::string ListaDaOrigem(const std::vector<TColunaDaCopia>& colunas, const TDialeto& dialeto) {
@@ -169,8 +163,7 @@ std::string ComandoInsere(const std::string& destino, const std::vector<TColunaD
     std::vector<std::string> nomes, parametros;
     for (std::size_t i = 0; i < colunas.size(); ++i) {
         nomes.push_back(dialeto.Identificador(colunas[i].destino.nome));
-        const std::string parametro = ":P" + std::to_string(i);
-        parametros.push_back(Convertida(colunas[i].destino, dialeto) ? EmBytes(parametro) : parametro);
+        parametros.push_back(dialeto.EmBytes(colunas[i].destino, ":P" + std::to_string(i)));
     }
     return ComandoInsere(destino, nomes, std::move(parametros));
 }

@@ -63,7 +63,7 @@ TComandoPendente MudaTipo(std::string_view tabela, const TColunaDicionario& nova
     const std::string inicio = "alter table " + std::string(tabela) + Dialeto(banco).ChaveAlteraColuna(nova.nome);
     TComandoPendente comando{inicio + DefinicaoCampo(nova, banco),
                              inicio + TipoDaColuna(nova.tipo, nova.tamanho, banco), nova.chave == 1, nova.nome};
-    if (banco == TTipoBanco::tbSQLServer && fisica.requerido) {  // which takes a column without it for nullable
+    if (Dialeto(banco).AlteracaoDispensaValor() && fisica.requerido) {
         comando.alternativa += " not null ";
         if (nova.chave != 1) comando.texto += " not null ";
     }
@@ -76,12 +76,13 @@ std::vector<TComandoPendente> TextoViraBlob(std::string_view tabela, const TColu
                                             TTipoBanco banco) {
     const std::string t(tabela);
     const std::string& c = nova.nome;
-    TComandoPendente apaga{"alter table " + t + " drop column " + c + "_TMP", "", false};
-    if (banco == TTipoBanco::tbInterbase) apaga.alternativa = "alter table " + t + " drop " + c + "_TMP";
-    TComandoPendente copia{"update  " + t + " set " + c + "_TMP = " + c, "", false};
-    if (banco == TTipoBanco::tbSQLServer)  // which turns no Unicode text into an image by itself
-        copia.alternativa = "update  " + t + " set " + c + "_TMP = cast(" + c + " as varbinary(max))";
-    std::vector<TComandoPendente> comandos = {copia, apaga};
+    const TDialeto& dialeto = Dialeto(banco);
+    const std::string copia = "update  " + t + " set " + c + "_TMP = ";
+    std::vector<TComandoPendente> comandos = {
+        {copia + c, copia + dialeto.ParaBlob(c), false},
+        {"alter table " + t + " drop column " + c + "_TMP", dialeto.ApagaColuna(t, c + "_TMP"), false}};
+    for (auto& comando : comandos)
+        if (comando.alternativa == comando.texto) comando.alternativa.clear();
     if (!temporaria)
         comandos.insert(comandos.begin(),
                         {"alter table " + t + " add " + c + "_TMP" + DefinicaoCampo(nova, banco), "", false});

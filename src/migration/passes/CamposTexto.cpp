@@ -106,10 +106,8 @@ int PrimeiroComando(TContexto& ctx, const TColunaLonga& coluna) {
 }
 
 /// Where clause of the rows whose text is cut.
-std::string Longos(const TColunaLonga& coluna, TTipoBanco banco) {
-    return banco == TTipoBanco::tbSQLServer
-               ? " where len(cast(" + coluna.nome + " as nvarchar(max)) + 'x') > 1999"
-               : " where char_length(" + coluna.nome + ") > " + std::to_string(kLarguraAjustada);
+std::string Longos(const TColunaLonga& coluna, const TDialeto& dialeto) {
+    return " where " + dialeto.Caracteres(coluna.nome) + " > " + std::to_string(kLarguraAjustada);
 }
 
 void RelataCortados(TContexto& ctx, const TColunaLonga& coluna, std::int64_t quantos) {
@@ -126,7 +124,8 @@ void GuardaCortados(TContexto& ctx, const TColunaLonga& coluna) {
     const std::vector<std::string> chave = ctx.Conexao().ChavePrimaria(coluna.tabela).colunas;
     std::vector<std::string> lidas = {coluna.nome};
     for (const auto& nome : chave) lidas.push_back(ctx.Dialeto().Identificador(nome));
-    TWKDQuery q(ctx.Conexao(), "select " + Junta(lidas, ",") + " from " + coluna.tabela + Longos(coluna, ctx.Banco()));
+    TWKDQuery q(ctx.Conexao(),
+                "select " + Junta(lidas, ",") + " from " + coluna.tabela + Longos(coluna, ctx.Dialeto()));
     TRejeitados rejeitados(ctx, coluna.tabela, kPasso);
     std::int64_t quantos = 0;
     for (q.Open(); !q.Eof(); q.Next(), ++quantos) {
@@ -214,7 +213,7 @@ std::vector<TTextoParaAjustar> TextosParaAjustar(TContexto& ctx) {
         const auto cortados = primeiro > 2
                                   ? 0
                                   : ContaRegistros(ctx.Conexao(), "select count(*) as total from " + coluna.tabela +
-                                                                      Longos(coluna, ctx.Banco()));
+                                                                      Longos(coluna, ctx.Dialeto()));
         textos.push_back({coluna.tabela, coluna.nome, {comandos.begin() + primeiro - 1, comandos.end()}, cortados});
     }
     return textos;

@@ -248,21 +248,14 @@ void PreencheTabelas(TContexto& ctx) {
 
 /// "ftString" as the report designer calls it, "dtString", at most 100 characters, in the server's own words. Empty
 /// where they are not known.
-std::string DataTypeNoServidor(TTipoBanco banco) {
-    switch (banco) {
-        case TTipoBanco::tbInterbase:
-            return "'d' || coalesce(substring(tipo from 2 for 99), '')";
-        case TTipoBanco::tbSQLServer:
-            return "'d' + coalesce(substring(tipo, 2, 99), '')";
-        default:
-            return "";
-    }
+std::string DataTypeNoServidor(const TDialeto& dialeto) {
+    return dialeto.Emenda("'d'", "coalesce(" + dialeto.Trecho("tipo", 2, 99) + ", '')");
 }
 
 /// The server copies the rows itself: fetching 20,000 of them takes as long as inserting them. False, and nothing is
 /// changed, where it cannot.
 bool CopiaNoServidor(TContexto& ctx) {
-    const std::string tipo = DataTypeNoServidor(ctx.Banco());
+    const std::string tipo = DataTypeNoServidor(ctx.Dialeto());
     if (tipo.empty()) return false;
     constexpr std::string_view kPonto = "TRBFIELD";
     ctx.Conexao().MarcaPonto(kPonto);
