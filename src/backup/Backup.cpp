@@ -44,9 +44,9 @@ std::vector<fs::path> ArquivosDoAlias(const fs::path& pasta, const std::string& 
 void ExigePasta(const fs::path& pasta) {
     std::error_code erro;
     if (fs::is_directory(pasta, erro)) return;
-    throw TErroDeBackup("A pasta de backup " + TextoDoCaminho(pasta) +
-                        (fs::exists(pasta, erro) ? " não é uma pasta" : " não existe") +
-                        ". Crie-a, ou escolha outra, e repita.");
+    throw TErroDeBackup(TFalha::Arquivo, "A pasta de backup " + TextoDoCaminho(pasta) +
+                                             (fs::exists(pasta, erro) ? " não é uma pasta" : " não existe") +
+                                             ". Crie-a, ou escolha outra, e repita.");
 }
 
 /// What the last backup took, with room to grow, tells more than the database, which may be half empty.
@@ -64,9 +64,10 @@ void ExigeEspaco(IServidorDeBackup& servidor, const TPedidoDeBackup& pedido) {
     const auto livres = servidor.EspacoPara(pedido.pasta);
     const auto necessarios = BytesNecessarios(servidor, pedido);
     if (!livres || *livres >= necessarios) return;
-    throw TErroDeBackup("O disco da pasta de backup " + TextoDoCaminho(pedido.pasta) + " tem " +
-                        TamanhoEmTexto(*livres) + " livres; o backup pode precisar de " + TamanhoEmTexto(necessarios) +
-                        ". Libere espaço, ou escolha outra pasta, e repita.");
+    throw TErroDeBackup(TFalha::DiscoCheio, "O disco da pasta de backup " + TextoDoCaminho(pedido.pasta) + " tem " +
+                                                TamanhoEmTexto(*livres) + " livres; o backup pode precisar de " +
+                                                TamanhoEmTexto(necessarios) +
+                                                ". Libere espaço, ou escolha outra pasta, e repita.");
 }
 
 std::map<std::string, std::int64_t> VersoesDoDicionario(TConnection& conexao) {
@@ -94,7 +95,7 @@ class TTestemunhas {
     void Le(TManifesto& manifesto, const TAcompanha& acompanha) {
         manifesto.dicionario = VersoesDoDicionario(*antes_);
         manifesto.antes = TiraInstantaneo(*antes_, acompanha);
-        if (!depois_ || NinguemEscreveu()) return;
+        if (!depois_ || servidor_.NinguemEscreveu(*antes_, *depois_)) return;
         manifesto.depois = TiraInstantaneo(*depois_, acompanha);
         for (const auto& [nome, tabela] : manifesto.antes)
             if (const auto la = manifesto.depois.find(nome); la != manifesto.depois.end() && la->second == tabela)
@@ -102,26 +103,9 @@ class TTestemunhas {
     }
 
   private:
-    /// Whether no transaction but the backup's own was under way between the two.
-    bool NinguemEscreveu();
-
     IServidorDeBackup& servidor_;
     std::unique_ptr<TConnection> antes_, depois_;
 };
-
-bool TTestemunhas::NinguemEscreveu() {
-    if (antes_->TipoBanco() != TTipoBanco::tbInterbase) return false;
-    constexpr std::int64_t kDoServico = 4;  // of the service, and of the second witness until it asks
-    const auto pergunta = [](TConnection& conexao, const char* campo) {
-        TWKDQuery q(conexao, std::string("select ") + campo +
-                                 " as NUMERO from mon$transactions where mon$transaction_id = current_transaction");
-        q.Open();
-        return q.Inteiro("NUMERO");
-    };
-    const auto primeira = pergunta(*antes_, "mon$transaction_id");
-    return pergunta(*antes_, "mon$oldest_active") >= primeira &&
-           pergunta(*depois_, "mon$transaction_id") - primeira <= kDoServico;
-}
 
 fs::path Parcial(const fs::path& arquivo) {
     fs::path parcial = arquivo;

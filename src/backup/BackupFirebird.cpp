@@ -74,18 +74,10 @@ std::string TabelaDaLinha(std::string_view linha) {
     return onde == std::string_view::npos ? "" : std::string(Apara(linha.substr(onde + kMarca.size())));
 }
 
-/// The service had the new file and could not write into it; a file that was there is another error.
-bool EncheuAoCriar(const TErroBanco& erro) {
-    const std::string_view texto = erro.what();
-    const auto tem = [&](const char* parte) { return texto.find(parte) != std::string_view::npos; };
-    return tem("failed to create database") && (tem("during \"write") || tem("during \"WriteFile"));
-}
-
-/// A server names the file that it could not open; one that it cannot read is another error.
+/// A server names the file that it could not open; one that it cannot read, or that others have, is another error.
 bool NaoSeAcha(const TErroBanco& erro) {
     constexpr std::int64_t kErroDeArquivo = 335544344;
-    return erro.CodigoNativo() == kErroDeArquivo &&
-           std::string_view(erro.what()).find("already opened") == std::string_view::npos;
+    return erro.CodigoNativo() == kErroDeArquivo && erro.Falha() != TFalha::EmUso;
 }
 
 }  // namespace
@@ -109,7 +101,7 @@ TArquivoFeito TBackupFirebird::FazBackup(const fs::path& arquivo, const std::fun
 }
 
 void TBackupFirebird::Restaura(const fs::path& arquivo, const std::string& banco, const TAcompanha& acompanha) {
-    if (Existe(banco)) throw TErroDeBackup("Já existe o banco " + banco + ". Apague-o, ou mude-lhe o nome, e repita.");
+    ExigeNovo(banco);
     const auto total = fs::file_size(arquivo);
     TLeituraDoBackup fonte(arquivo);
     std::string tabela;
@@ -121,9 +113,6 @@ void TBackupFirebird::Restaura(const fs::path& arquivo, const std::string& banco
                            TamanhoEmTexto(total),
                        Percentual(fonte.Lidos(), total)});
         });
-    } catch (const TErroBanco& erro) {
-        if (servicos.Criou() || EncheuAoCriar(erro)) DescartaPedaco(banco);
-        throw;
     } catch (...) {
         if (servicos.Criou()) DescartaPedaco(banco);
         throw;
@@ -201,9 +190,26 @@ std::vector<std::string> TBackupFirebird::CopiasPassageiras() {
     return nomes;
 }
 
-std::uintmax_t TBackupFirebird::TamanhoDoBanco() {
+bool TBackupFirebird::FechadoParaUm(TConnection& banco) {
+    constexpr int kUmSo = 2;  // and 3, nobody at all
+    return ContaRegistros(banco, "select mon$shutdown_mode as total from mon$database") >= kUmSo;
+}
+
+bool TBackupFirebird::NinguemEscreveu(TConnection& antes, TConnection& depois) {
+    constexpr std::int64_t kDoServico = 4;  // of the service, and of the second snapshot until it asks
+    const auto pergunta = [](TConnection& conexao, const std::string& campo) {
+        return ContaRegistros(conexao, "select " + campo +
+                                           " as total from mon$transactions"
+                                           " where mon$transaction_id = current_transaction");
+    };
+    const auto primeira = pergunta(antes, "mon$transaction_id");
+    return pergunta(antes, "mon$oldest_active") >= primeira &&
+           pergunta(depois, "mon$transaction_id") - primeira <= kDoServico;
+}
+
+std::uintmax_t TBackupFirebird::TamanhoNoDisco(TConnection& banco) {
     return static_cast<std::uintmax_t>(
-        ContaRegistros(conexao_, "select mon$pages * mon$page_size as total from mon$database"));
+        ContaRegistros(banco, "select mon$pages * mon$page_size as total from mon$database"));
 }
 
 std::optional<std::uintmax_t> TBackupFirebird::EspacoParaCopia() {

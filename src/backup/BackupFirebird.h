@@ -24,8 +24,11 @@ class TBackupFirebird : public IServidorDeBackup {
     void PoeNoLugar(const std::string& novo, const std::string& antigo) override;
     void Devolve(const std::string& antigo) override;
     bool MesmoBanco(const std::string& antigo) override;
+    bool FechadoParaUm(TConnection& banco) override;
+    bool NinguemEscreveu(TConnection& antes, TConnection& depois) override;
+    std::uintmax_t TamanhoNoDisco(TConnection& banco) override;
     std::vector<std::string> CopiasPassageiras() override;
-    std::uintmax_t TamanhoDoBanco() override;
+    std::uintmax_t TamanhoDoBanco() override { return TamanhoNoDisco(conexao_); }
     std::optional<std::uintmax_t> EspacoParaCopia() override;
     std::optional<std::uintmax_t> EspacoPara(const std::filesystem::path& pasta) override;
     std::vector<std::string> Conectados() override;

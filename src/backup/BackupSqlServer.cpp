@@ -13,6 +13,21 @@ constexpr std::string_view kMestre = "master";
 std::string Colchetes(std::string_view nome) { return "[" + Troca(nome, "]", "]]") + "]"; }
 std::string Literal(std::string_view texto) { return "N" + Aspas(texto); }
 
+/// Numbers of the server's own messages end before: another one is of a server that speaks T-SQL and has no backups.
+constexpr std::int64_t kSemBackups = 50'000;
+
+template <class TTrabalho>
+auto SeHaBackups(const TTrabalho& trabalho) {
+    try {
+        return trabalho();
+    } catch (const TErroBanco& erro) {
+        if (erro.CodigoNativo() < kSemBackups) throw;
+        TErro dados = erro.Dados();
+        dados.falha = TFalha::SemServico;
+        throw TErroBanco(std::move(dados));
+    }
+}
+
 /// With the separator that the path uses itself.
 std::string PastaDoServidor(const std::string& caminho) { return caminho.substr(0, caminho.find_last_of("/\\") + 1); }
 
@@ -61,7 +76,7 @@ TArquivoFeito TBackupSqlServer::FazBackup(const std::filesystem::path& arquivo, 
                                           const TAcompanha& acompanha) {
     acompanha({"Fazendo o backup no servidor", -1});
     const auto mestre = Abre(std::string(kMestre));
-    mestre->ExecuteDirect(BackupTSql(BancoEmUso(), TextoDoCaminho(arquivo)));
+    SeHaBackups([&] { mestre->ExecuteDirect(BackupTSql(BancoEmUso(), TextoDoCaminho(arquivo))); });
     comecou();
     acompanha({"Conferindo o backup no servidor", -1});
     mestre->ExecuteDirect(VerificaTSql(TextoDoCaminho(arquivo)));
@@ -85,7 +100,7 @@ std::vector<std::pair<std::string, std::string>> TBackupSqlServer::Lugares(TConn
 
 void TBackupSqlServer::Restaura(const std::filesystem::path& arquivo, const std::string& banco,
                                 const TAcompanha& acompanha) {
-    if (Existe(banco)) throw TErroDeBackup("Já existe o banco " + banco + ". Apague-o, ou mude-lhe o nome, e repita.");
+    ExigeNovo(banco);
     acompanha({"Restaurando " + banco + " no servidor", -1});
     const auto mestre = Abre(std::string(kMestre));
     const std::string nome = TextoDoCaminho(arquivo);
@@ -153,8 +168,14 @@ std::vector<std::string> TBackupSqlServer::CopiasPassageiras() {
     return nomes;
 }
 
+std::uintmax_t TBackupSqlServer::TamanhoNoDisco(TConnection& banco) {
+    return static_cast<std::uintmax_t>(
+        ContaRegistros(banco, "select sum(cast(size as bigint)) * 8192 as total from sys.database_files"));
+}
+
 std::uintmax_t TBackupSqlServer::TamanhoDoBanco() {
-    return static_cast<std::uintmax_t>(ContaRegistros(conexao_, std::string(kTamanhoTSql)));
+    return SeHaBackups(
+        [&] { return static_cast<std::uintmax_t>(ContaRegistros(conexao_, std::string(kTamanhoTSql))); });
 }
 
 /// Of a drive that the folder names; a server that does not tell, or a share, leaves it to the backup.

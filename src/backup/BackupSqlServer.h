@@ -49,6 +49,9 @@ class TBackupSqlServer : public IServidorDeBackup {
     void PoeNoLugar(const std::string& novo, const std::string& antigo) override;
     void Devolve(const std::string& antigo) override;
     bool MesmoBanco(const std::string&) override { return false; }
+    bool FechadoParaUm(TConnection&) override { return false; }
+    bool NinguemEscreveu(TConnection&, TConnection&) override { return false; }
+    std::uintmax_t TamanhoNoDisco(TConnection& banco) override;
     std::vector<std::string> CopiasPassageiras() override;
     std::uintmax_t TamanhoDoBanco() override;
     std::optional<std::uintmax_t> EspacoParaCopia() override { return std::nullopt; }

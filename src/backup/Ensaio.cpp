@@ -12,7 +12,6 @@
 #include "plan/Plano.h"
 #include "process/EscritaSegura.h"
 #include "process/Interrupcao.h"
-#include "rows/WKDQuery.h"
 #include "run/Atualizacao.h"
 #include "run/UsuariosOnline.h"
 #include "screen/Tela.h"
@@ -92,7 +91,6 @@ class TExecucaoDoEnsaio {
     void Corre(TDataModulo& dm);
     void Confere(TDataModulo& dm, const std::vector<TDesvio>& antes);
     TOpcoes Opcoes() const;
-    std::uintmax_t Tamanho(TConnection& copia);
 
     THBNConnection& conexao_;
     const TPedidoDeEnsaio& pedido_;
@@ -129,13 +127,6 @@ TOpcoes TExecucaoDoEnsaio::Opcoes() const {
     return opcoes;
 }
 
-std::uintmax_t TExecucaoDoEnsaio::Tamanho(TConnection& copia) {
-    return static_cast<std::uintmax_t>(
-        ContaRegistros(copia, copia.TipoBanco() == TTipoBanco::tbInterbase
-                                  ? "select mon$pages * mon$page_size as total from mon$database"
-                                  : "select sum(cast(size as bigint)) * 8192 as total from sys.database_files"));
-}
-
 /// In the copy nobody is connected: those who are, are so in the database in use.
 void TExecucaoDoEnsaio::Atualiza() {
     TTelaDoEnsaio tela(acompanha_);
@@ -147,9 +138,9 @@ void TExecucaoDoEnsaio::Atualiza() {
     estado_.usuariosOnline = ContaUsuariosOnline(dm.SQLConnection1).has_value();
     if (ensaio_.usuarios > 0) dm.SQLConnection1.ExecuteDirect("update csenha set flag1 = 0 where flag1 > 0");
     const auto antes = ConfereDicionario(dm, privada_.Caminho());
-    ensaio_.bytesAntes = Tamanho(dm.SQLConnection1);
+    ensaio_.bytesAntes = servidor_->TamanhoNoDisco(dm.SQLConnection1);
     ensaio_.segundosDaAtualizacao = Segundos([&] { Corre(dm); });
-    ensaio_.bytesDepois = Tamanho(dm.SQLConnection1);
+    ensaio_.bytesDepois = servidor_->TamanhoNoDisco(dm.SQLConnection1);
     if (ensaio_.terminou) Confere(dm, antes);
     dm.SQLConnection1.Close();
 }

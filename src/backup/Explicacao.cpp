@@ -1,81 +1,48 @@
 #include "Explicacao.h"
 
+#include <algorithm>
 #include <system_error>
-
-#include "ServidorDeBackup.h"
-#include "values/Erros.h"
 
 namespace wkd {
 
 namespace {
 
-/// The first row with a text that the server's words hold counts.
-struct TRegra {
-    std::string_view texto, explicacao;
+struct TExplicacao {
+    TFalha falha;
+    std::string_view texto;
 };
 
-constexpr std::string_view kNaoEBackup =
-    "O arquivo não é um backup deste tipo de servidor. Escolha o arquivo certo e repita.";
-constexpr std::string_view kCortado =
-    "O arquivo de backup está cortado ou danificado: não chega ao fim. Use outra cópia dele, ou outro backup.";
-constexpr std::string_view kSenha =
-    "O servidor recusou o usuário ou a senha do alias. Corrija-os (--novo-alias grava de novo) e repita.";
-constexpr std::string_view kSemDireito =
-    "O servidor recusou o serviço ao usuário do alias. Use um alias com SYSDBA, ou com o dono do banco, e repita.";
-constexpr std::string_view kSoLeitura =
-    "O arquivo do banco só pode ser lido. Dê permissão de gravação nele e na pasta, e repita.";
-constexpr std::string_view kBancoSoLeitura =
-    "O banco está marcado como só de leitura. Desmarque-o (gfix -mode read_write) e repita.";
-constexpr std::string_view kSoConhecidos =
-    "O servidor só deixa abrir os bancos que a sua configuração nomeia (RemoteAccess), e não o provisório. Peça ao "
-    "administrador do servidor que o permita.";
-constexpr std::string_view kBancoEstragado =
-    "No lugar do banco está um arquivo que não abre como banco de dados. Mude-lhe o nome no servidor e repita.";
-constexpr std::string_view kJaExiste =
-    "Já existe um banco, ou outro arquivo, com esse nome no servidor. Apague-o, ou mude-lhe o nome, e repita.";
-constexpr std::string_view kSemServico =
-    "O servidor não atende serviços de backup. Peça ao administrador do servidor que os ligue, ou faça o backup nele.";
-constexpr std::string_view kEmUso =
-    "O banco está em uso por outro programa. Feche o sistema em todas as estações e repita.";
-constexpr std::string_view kServidorCheio = "O disco do banco encheu. Libere espaço nele e repita.";
-constexpr std::string_view kSemPasta =
-    "O servidor não pôde criar o banco: a pasta não existe para ele, ou não lhe dá permissão. Corrija o caminho e "
-    "repita.";
-
-constexpr TRegra kRegras[] = {
-    {"expected backup description record", kNaoEBackup},
-    {"expected backup version", kNaoEBackup},
-    {"is not a valid database", kBancoEstragado},
-    {"is not a valid", kNaoEBackup},
-    {"reading from backup file", kCortado},
-    {"unexpected end of file", kCortado},
-    {"do not recognize", kCortado},
-    {"RESTORE: decompression length error", kCortado},
-    {"No space left", kServidorCheio},
-    {"File too large", kServidorCheio},
-    {"user name and password are not defined", kSenha},
-    {"Error occurred during login", kSenha},
-    {"Login failed", kSenha},
-    {"no permission for read-write access", kSoLeitura},
-    {"read-only database", kBancoSoLeitura},
-    {"remote access to database", kSoConhecidos},
-    {"no permission", kSemDireito},
-    {"nable to perform operation", kSemDireito},
-    {"permission denied in database", kSemDireito},
-    {"is terminating abnormally", kSemDireito},
-    {"services manager", kSemServico},
-    {"is not currently supported", kSemServico},
-    {"not supported", kSemServico},
-    {"service_mgr", kSemServico},
-    {"ervice is not defined", kSemServico},
-    {"is in use", kEmUso},
-    {"already opened with engine instance", kEmUso},
-    {"File exists", kJaExiste},
-    {"already exists", kJaExiste},
-    {"Error while trying to create file", kSemPasta},
-    {"Operating system error 3", kSemPasta},
-    {"Operating system error 5", kSemPasta},
-    {"Operating system error 112", kServidorCheio},
+constexpr TExplicacao kExplicacoes[] = {
+    {TFalha::NaoEBackup, "O arquivo não é um backup deste tipo de servidor. Escolha o arquivo certo e repita."},
+    {TFalha::BackupCortado,
+     "O arquivo de backup está cortado ou danificado: não chega ao fim. Use outra cópia dele, ou outro backup."},
+    {TFalha::SemBackup, "Corrija o que a mensagem diz e faça outro backup. Se repetir, chame o suporte."},
+    {TFalha::Autenticacao,
+     "O servidor recusou o usuário ou a senha do alias. Corrija-os (--novo-alias grava de novo) e repita."},
+    {TFalha::SemPermissao,
+     "O servidor recusou o serviço ao usuário do alias. Use um alias com SYSDBA, ou com o dono do banco, e repita."},
+    {TFalha::BancoNegado,
+     "O arquivo do banco não pode ser gravado. Dê permissão de gravação nele e na pasta, e repita."},
+    {TFalha::BancoInexistente,
+     "O banco não está nesse lugar, ou o servidor não pode abri-lo. Confira o caminho no alias, e a permissão, e "
+     "repita."},
+    {TFalha::BancoSoLeitura, "O banco está marcado como só de leitura. Desmarque-o (gfix -mode read_write) e repita."},
+    {TFalha::BancoFechado, "O banco está fechado (shutdown). Se alguém o fechou, abra-o (gfix -online) e repita."},
+    {TFalha::AcessoRemoto,
+     "O servidor só deixa abrir os bancos que a sua configuração nomeia (RemoteAccess), e não o provisório. Peça ao "
+     "administrador do servidor que o permita."},
+    {TFalha::NaoEBanco,
+     "No lugar do banco está um arquivo que não abre como banco de dados. Mude-lhe o nome no servidor e repita."},
+    {TFalha::BancoExistente,
+     "Já existe um banco, ou outro arquivo, com esse nome no servidor. Apague-o, ou mude-lhe o nome, e repita."},
+    {TFalha::SemServico,
+     "O servidor não atende serviços de backup. Peça ao administrador do servidor que os ligue, ou faça o backup "
+     "nele."},
+    {TFalha::EmUso, "O banco está em uso por outro programa. Feche o sistema em todas as estações e repita."},
+    {TFalha::DiscoCheio, "O disco do banco encheu. Libere espaço nele e repita."},
+    {TFalha::LugarSemAcesso,
+     "O servidor não pôde criar o arquivo: a pasta não existe para ele, ou não lhe dá permissão. Corrija o caminho e "
+     "repita."},
 };
 
 std::string DoSistema(const std::system_error& erro) {
@@ -91,13 +58,17 @@ std::string DoSistema(const std::system_error& erro) {
 
 }  // namespace
 
+std::string_view Explicacao(TFalha falha) {
+    const auto* achada = std::ranges::find(kExplicacoes, falha, &TExplicacao::falha);
+    return achada == std::end(kExplicacoes) ? "O servidor recusou o trabalho. Corrija a causa e repita."
+                                            : achada->texto;
+}
+
 std::string ExplicaFalha(const std::exception& erro) {
-    const std::string texto = erro.what();
     if (const auto* doSistema = dynamic_cast<const std::system_error*>(&erro)) return DoSistema(*doSistema);
-    if (!dynamic_cast<const TErroBanco*>(&erro)) return texto;
-    for (const auto& [trecho, explicacao] : kRegras)
-        if (texto.find(trecho) != std::string::npos) return std::string(explicacao) + "\n" + texto;
-    return "O servidor recusou o trabalho. Corrija a causa e repita.\n" + texto;
+    if (const auto* doBanco = dynamic_cast<const TErroBanco*>(&erro))
+        return std::string(Explicacao(doBanco->Falha())) + "\n" + erro.what();
+    return erro.what();
 }
 
 }  // namespace wkd

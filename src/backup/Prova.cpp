@@ -109,7 +109,7 @@ TVeredito ConfereCopia(IServidorDeBackup& servidor, const std::string& banco,
     const auto copia = servidor.Abre(banco);
     copia->StartInstantaneo();
     TVeredito veredito;
-    if (FechadoParaUm(*copia)) {
+    if (servidor.FechadoParaUm(*copia)) {
         veredito.frase = "O backup NÃO é bom: a restauração não chegou ao fim. Faça outro backup.";
     } else {
         veredito =
@@ -127,8 +127,9 @@ void ExigeArquivo(const fs::path& arquivo, const std::optional<TManifesto>& mani
         throw TErroDeBackup("O arquivo de backup " + nome + " não existe. Confira o nome e repita.");
     if (!manifesto) return;
     if (!alias.empty() && !IgualSemCaixa(alias, manifesto->alias))
-        throw TErroDeBackup("O arquivo " + nome + " é backup de outro banco (alias " + manifesto->alias + ", " +
-                            manifesto->banco + "), não de " + alias + ". Escolha o arquivo certo e repita.");
+        throw TErroDeBackup(TFalha::NaoEBackup, "O arquivo " + nome + " é backup de outro banco (alias " +
+                                                    manifesto->alias + ", " + manifesto->banco + "), não de " + alias +
+                                                    ". Escolha o arquivo certo e repita.");
     const auto total = fs::file_size(arquivo);
     const auto leitura = [&](std::uintmax_t lidos) {
         acompanha({"Conferindo o arquivo: " + TamanhoEmTexto(lidos) + " de " + TamanhoEmTexto(total),
@@ -136,9 +137,10 @@ void ExigeArquivo(const fs::path& arquivo, const std::optional<TManifesto>& mani
     };
     if (manifesto->sha256.empty()) return;
     if (total == manifesto->tamanho && Sha256DoArquivo(arquivo, leitura) == manifesto->sha256) return;
-    throw TErroDeBackup("O arquivo " + nome +
-                        " não é mais o que foi gravado: está cortado, ou foi alterado. Use outra "
-                        "cópia dele, ou outro backup, e repita.");
+    throw TErroDeBackup(TFalha::BackupCortado,
+                        "O arquivo " + nome +
+                            " não é mais o que foi gravado: está cortado, ou foi alterado. Use outra "
+                            "cópia dele, ou outro backup, e repita.");
 }
 
 /// A restored database takes what the database took, less what was empty in it.
@@ -150,8 +152,9 @@ void ExigeEspacoParaCopia(IServidorDeBackup& servidor, const fs::path& arquivo,
     if (!livres || erro) return;
     const auto necessarios = manifesto ? std::min(manifesto->tamanhoDoBanco, 3 * doArquivo) : doArquivo;
     if (*livres >= necessarios) return;
-    throw TErroDeBackup("O disco do banco tem " + TamanhoEmTexto(*livres) + " livres; a cópia restaurada precisa de " +
-                        TamanhoEmTexto(necessarios) + ". Libere espaço nele e repita.");
+    throw TErroDeBackup(TFalha::DiscoCheio, "O disco do banco tem " + TamanhoEmTexto(*livres) +
+                                                " livres; a cópia restaurada precisa de " +
+                                                TamanhoEmTexto(necessarios) + ". Libere espaço nele e repita.");
 }
 
 TVeredito ProvaBackup(THBNConnection& conexao, const TPedidoDeProva& pedido, const TAcompanha& ouvinte) {

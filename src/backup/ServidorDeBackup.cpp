@@ -2,7 +2,6 @@
 
 #include "BackupFirebird.h"
 #include "BackupSqlServer.h"
-#include "rows/WKDQuery.h"
 #include "values/Texto.h"
 #include "values/TextoDeData.h"
 
@@ -29,10 +28,10 @@ std::string NomeNoDisco(std::string_view alias) {
     return nome;
 }
 
-bool FechadoParaUm(TConnection& banco) {
-    constexpr int kUmSo = 2;  // and 3, nobody at all
-    return banco.TipoBanco() == TTipoBanco::tbInterbase &&
-           ContaRegistros(banco, "select mon$shutdown_mode as total from mon$database") >= kUmSo;
+void IServidorDeBackup::ExigeNovo(const std::string& banco) {
+    if (Existe(banco))
+        throw TErroDeBackup(TFalha::BancoExistente,
+                            "Já existe o banco " + banco + ". Apague-o, ou mude-lhe o nome, e repita.");
 }
 
 TCopiaPassageira::~TCopiaPassageira() {

@@ -27,8 +27,10 @@ using TAcompanha = std::function<void(const TProgresso&)>;
 struct TCancelada {};
 
 /// An operation that was not begun, or is given up, with the next step to take.
-class TErroDeBackup : public std::runtime_error {
-    using std::runtime_error::runtime_error;
+class TErroDeBackup : public TErroConhecido {
+  public:
+    using TErroConhecido::TErroConhecido;
+    explicit TErroDeBackup(const std::string& mensagem) : TErroConhecido(TFalha::SemBackup, mensagem) {}
 };
 
 /// Such as "1.234 KB" or "12 MB".
@@ -65,6 +67,8 @@ class IServidorDeBackup {
     virtual void Restaura(const std::filesystem::path& arquivo, const std::string& banco,
                           const TAcompanha& acompanha) = 0;
     virtual bool Existe(const std::string& banco) = 0;
+    /// Throws TErroDeBackup when it exists.
+    void ExigeNovo(const std::string& banco);
     virtual void Apaga(const std::string& banco) = 0;
     /// Connection for reading a database as it stands, open.
     virtual std::unique_ptr<TConnection> Abre(const std::string& banco) = 0;
@@ -79,6 +83,14 @@ class IServidorDeBackup {
     virtual void Devolve(const std::string& antigo) = 0;
     /// Whether that name leads to the database in use too, as PoeNoLugar leaves it when it is killed half way.
     virtual bool MesmoBanco(const std::string& antigo) = 0;
+
+    // What a connection of Abre sees
+    /// Whether the database lets nobody in but the one who is: a restore leaves it so until it has come to its end.
+    virtual bool FechadoParaUm(TConnection& banco) = 0;
+    /// Whether no transaction but the backup's own was under way between the snapshots of two connections.
+    virtual bool NinguemEscreveu(TConnection& antes, TConnection& depois) = 0;
+    /// Bytes that the files of the database take.
+    virtual std::uintmax_t TamanhoNoDisco(TConnection& banco) = 0;
 
     /// Copies that a proof or a rehearsal could not remove, as far as they can be seen.
     virtual std::vector<std::string> CopiasPassageiras() = 0;
@@ -113,9 +125,6 @@ class TCopiaPassageira {
 
 /// The alias as a part of a file name.
 std::string NomeNoDisco(std::string_view alias);
-
-/// Whether a database lets nobody in but the one who is: a restore leaves it so until it has come to its end.
-bool FechadoParaUm(TConnection& banco);
 
 /// The connection is the open one of the alias.
 std::unique_ptr<IServidorDeBackup> CriaServidorDeBackup(THBNConnection& conexao);

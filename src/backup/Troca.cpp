@@ -81,7 +81,7 @@ class TTroca {
 
 bool PedacoFechado(IServidorDeBackup& servidor, const std::string& banco) {
     try {
-        return FechadoParaUm(*servidor.Abre(banco));
+        return servidor.FechadoParaUm(*servidor.Abre(banco));
     } catch (const TErroBanco&) {  // somebody is in it
         return false;
     }
@@ -103,9 +103,10 @@ void TTroca::ExigeNomesLivres() {
     if (servidor_->Existe(novo_.Banco()) && PedacoFechado(*servidor_, novo_.Banco())) servidor_->Apaga(novo_.Banco());
     for (const auto& nome : {novo_.Banco(), antes_})
         if ((haviaBanco_ || nome != antes_) && servidor_->Existe(nome))
-            throw TErroDeBackup("Já existe " + nome +
-                                ", de uma restauração anterior. Confira se ainda é preciso; "
-                                "apague-o, ou mude-lhe o nome, e repita.");
+            throw TErroDeBackup(TFalha::BancoExistente,
+                                "Já existe " + nome +
+                                    ", de uma restauração anterior. Confira se ainda é preciso; "
+                                    "apague-o, ou mude-lhe o nome, e repita.");
 }
 
 /// A database that does not open any more has nobody in it, and is what the way back is for.
@@ -114,17 +115,19 @@ void TTroca::ExigeNinguem() {
         try {
             conexao_.Open();
         } catch (const TErroBanco& erro) {
-            const bool emUso = std::string_view(erro.what()).find("already opened") != std::string_view::npos;
-            if (erro.Falha() == TFalha::Autenticacao || emUso) throw;
+            for (const TFalha falha : {TFalha::Autenticacao, TFalha::AcessoRemoto, TFalha::EmUso})
+                if (erro.Falha() == falha) throw;
             return;
         }
     }
-    if (!servidor_->TrocaNomes() && FechadoParaUm(conexao_)) throw TErroDeBackup(LugarFechado(conexao_));
+    if (!servidor_->TrocaNomes() && servidor_->FechadoParaUm(conexao_))
+        throw TErroDeBackup(TFalha::BancoFechado, LugarFechado(conexao_));
     const auto conectados = servidor_->Conectados();
     if (conectados.empty()) return;
-    throw TErroDeBackup("Há " + std::to_string(conectados.size()) +
-                        " conexões ao banco. Feche o sistema em todas as estações e repita:\n" +
-                        Junta(conectados, "\n"));
+    throw TErroDeBackup(TFalha::UsuariosConectados,
+                        "Há " + std::to_string(conectados.size()) +
+                            " conexões ao banco. Feche o sistema em todas as estações e repita:\n" +
+                            Junta(conectados, "\n"));
 }
 
 TVeredito TTroca::FazNovo() {

@@ -110,10 +110,12 @@ TEST_P(NosDoisMotores, ACopyThatDiffersIsNotGood) {
         {"insert into TESTADO select first 1 * from TESTADO", ""},
         {"alter table TPRODUTO add SOBRA integer", "TPRODUTO: sobra SOBRA integer"},
         {"create index IX_SOBRA on TVENDA (DATA_VENDA)", "TVENDA: sobra índice IX_SOBRA"},
+        {"alter index IX_DORME inactive", "TVENDA: falta índice IX_DORME (DATA_VENDA); sobra índice IX_DORME inativo"},
         {"drop table CSENHA", "CSENHA: falta na cópia"},
         {"create table TINTRUSA (A integer)", "TINTRUSA: sobra na cópia"},
     };
     TLojaDeBackup loja(Servidor());
+    loja.Conexao().ExecuteDirect("create index IX_DORME on TVENDA (DATA_VENDA)");
     const auto feito = loja.Backup();
     const auto servidor = CriaServidorDeBackup(loja.Conexao());
     const std::string banco = loja.Banco("LOJA_res.fdb");
@@ -499,7 +501,7 @@ TEST(Restauracao, APieceInThePlaceIsNotTakenForTheDatabase) {
     std::this_thread::sleep_for(std::chrono::seconds(1));
     ASSERT_EQ(Corre(loja.Pasta(), 40, feito.arquivo.string(), "Trocando os bancos"), 9) << LeArquivo(loja / "erros");
     std::this_thread::sleep_for(std::chrono::milliseconds(500));  // the server notices
-    EXPECT_TRUE(FechadoParaUm(*loja.Outra()));
+    EXPECT_TRUE(CriaServidorDeBackup(loja.Conexao())->FechadoParaUm(*loja.Outra()));
     EXPECT_EQ(loja.Conteudo("LOJA_antes.fdb"), emUso);
     const std::string restos = Junta(RestosDeBackup(loja.Conexao()), "\n");
     EXPECT_TRUE(Contem(restos, "não o use; o de antes está, inteiro, em")) << restos;
@@ -510,6 +512,120 @@ TEST(Restauracao, APieceInThePlaceIsNotTakenForTheDatabase) {
         CriaServidorDeBackup(loja.Conexao())->Apaga(loja.Banco(nome));
     EXPECT_EQ(loja.Restaura(feito.arquivo).antigo, loja.Banco("LOJA_antes.fdb"));
     EXPECT_EQ(loja.Conteudo(), emUso);
+}
+
+void Gfix(const std::string& banco, const char* opcoes) {
+    const std::string comando = std::string("gfix -user SYSDBA -password masterkey ") + opcoes + " '" + banco + "'";
+    ASSERT_EQ(std::system(comando.c_str()), 0) << comando;
+}
+
+/// What is done, and the kind of failure that it ends with.
+struct TFracasso {
+    const char* nome;
+    std::function<void()> trabalho;
+    TFalha falha;
+};
+
+void ConfereFracassos(const std::vector<TFracasso>& casos) {
+    for (const auto& [nome, trabalho, falha] : casos) {
+        try {
+            trabalho();
+            ADD_FAILURE() << nome;
+        } catch (const std::exception& erro) {
+            EXPECT_EQ(wkd::ErroDe(erro).falha, falha) << nome << ": " << erro.what();
+            EXPECT_TRUE(ExplicaFalha(erro).starts_with(Explicacao(falha))) << nome << ": " << ExplicaFalha(erro);
+        }
+    }
+}
+
+/// The names of databases and folders are what servers say of other failures.
+TEST_P(NosDoisMotores, AFailureIsToldByItsKindWhateverNamesItMeets) {
+    TLojaDeBackup loja(Servidor());
+    const auto feito = loja.Backup();
+    const std::string bytes = LeArquivo(feito.arquivo);
+    const auto servidor = CriaServidorDeBackup(loja.Conexao());
+    const auto restaura = [&](const std::string& conteudo, const char* nome) {
+        EscreveArquivo(loja / "x.fbk", conteudo);
+        servidor->Restaura(loja / "x.fbk", loja.Banco(nome), kNinguem);
+    };
+    const auto outraVersao = bytes.substr(0, 3) + '\x7f' + bytes.substr(4);
+    for (const char* nome : {"already opened.fdb", "is not a valid.fdb", "read-only database.fdb"})
+        restaura(bytes, nome);
+    EXPECT_EQ(loja.Conteudo("already opened.fdb"), feito.manifesto.antes);
+    Gfix(loja.Banco("is not a valid.fdb"), "-mode read_only");
+    Gfix(loja.Banco("read-only database.fdb"), "-shut full -force 0");
+    EscreveArquivo(loja / "is in use.fdb", std::string(3000, 'x'));
+    ConfereFracassos({
+        {"no backup", [&] { restaura(std::string(100'000, 'a'), "n.fdb"); }, TFalha::NaoEBackup},
+        {"nothing", [&] { restaura("", "n.fdb"); }, TFalha::NaoEBackup},
+        {"another version", [&] { restaura(outraVersao, "n.fdb"); }, TFalha::NaoEBackup},
+        {"cut", [&] { restaura(bytes.substr(0, bytes.size() / 2), "n.fdb"); }, TFalha::BackupCortado},
+        {"no folder", [&] { restaura(bytes, "no permission, already exists/n.fdb"); }, TFalha::LugarSemAcesso},
+        {"no database", [&] { servidor->Abre(loja.Banco("is in use.fdb")); }, TFalha::NaoEBanco},
+        {"shut down", [&] { servidor->Abre(loja.Banco("read-only database.fdb")); }, TFalha::BancoFechado},
+        {"marked read-only",
+         [&] { servidor->Abre(loja.Banco("is not a valid.fdb"))->ExecuteDirect("delete from TVENDA_ITENS"); },
+         TFalha::BancoSoLeitura},
+        {"in use",
+         [&] {
+             const auto outra = loja.Outra("already opened.fdb");
+             servidor->Apaga(loja.Banco("already opened.fdb"));
+         },
+         TFalha::EmUso},
+    });
+}
+
+TEST(Backup, WhatOnlyAServerRefusesIsToldByItsKind) {
+    if (!TServidorFirebird::Instalado()) GTEST_SKIP() << "no server";
+    TLojaDeBackup loja(TServidorFirebird::DoProcesso().Endereco());
+    const auto feito = loja.Backup();
+    loja.Conexao().ExecuteDirect("create or alter user LEITOR password 'leitor'");
+    loja.Conexao().Close();
+    const TServidorFirebird soLocal("RemoteAccess = false"), soDali("DatabaseAccess = Restrict /nenhuma");
+    fs::create_directory(loja / "no permission.fdb");
+    const auto em = [&](const std::string& servidor, const char* usuario, const char* senha, const char* nome) {
+        const TAliases aliases(loja / "WKD.ini");
+        TAlias alias = aliases.CarregaAlias("LOJA");
+        alias.nome = "OUTRO";
+        alias.hostname = servidor;
+        alias.usuario = usuario;
+        alias.senha = senha;
+        aliases.AdicionaAlias(alias, false);
+        THBNConnection conexao(aliases);
+        conexao.SetAlias("OUTRO");
+        const std::string banco = (servidor.empty() ? "" : servidor + ":") + (loja / nome).string();
+        CriaServidorDeBackup(conexao)->Restaura(feito.arquivo, banco, kNinguem);
+    };
+    const std::string aqui = TServidorFirebird::DoProcesso().Endereco();
+    ConfereFracassos({
+        {"password", [&] { em(aqui, "SYSDBA", "errada", "n.fdb"); }, TFalha::Autenticacao},
+        {"user", [&] { em(aqui, "LEITOR", "leitor", "is not a valid.fdb"); }, TFalha::SemPermissao},
+        {"a folder of that name", [&] { em(aqui, "SYSDBA", "masterkey", "no permission.fdb"); },
+         TFalha::BancoExistente},
+        {"from here alone", [&] { em(soLocal.Endereco(), "SYSDBA", "masterkey", "n.fdb"); }, TFalha::AcessoRemoto},
+        {"from there alone", [&] { em(soDali.Endereco(), "SYSDBA", "masterkey", "n.fdb"); }, TFalha::AcessoRemoto},
+        {"a server has it",
+         [&] {
+             const auto outra = loja.Outra();
+             CriaConexaoFirebird(ParametrosFirebird(loja / "loja.fdb"))->Open();
+         },
+         TFalha::EmUso},
+    });
+}
+
+TEST(Restauracao, ANameIsNotTakenForAnError) {
+    TLojaDeBackup loja;
+    const auto feito = loja.Backup();
+    loja.Conexao().Close();
+    const TAliases aliases(loja / "WKD.ini");
+    TAlias alias = aliases.CarregaAlias("LOJA");
+    alias.database = "already opened.fdb";
+    aliases.AdicionaAlias(alias, true);
+    EscreveArquivo(loja / "already opened.fdb", "sobrou só isto");
+    THBNConnection conexao(aliases);
+    conexao.SetAlias("LOJA");
+    EXPECT_EQ(Falha([&] { RestauraNaOriginal(conexao, {"LOJA", feito.arquivo, loja.Backups()}, kNinguem); }), "");
+    EXPECT_EQ(loja.Conteudo("already opened.fdb"), feito.manifesto.antes);
 }
 
 TEST(Backup, AServerThatRefusesIsTold) {

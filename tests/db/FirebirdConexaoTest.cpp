@@ -13,6 +13,7 @@
 #include "ServidorFirebird.h"
 #include "firebird/ClienteFirebird.h"
 #include "firebird/ConexaoFirebird.h"
+#include "firebird/ErroFirebird.h"
 
 namespace wkd {
 namespace {
@@ -49,6 +50,45 @@ TEST(FirebirdConexao, AnOpeningThatFailsTellsWhy) {
     auto parametros = banco.Parametros();
     parametros.Adiciona("CharacterSet", "NADA");
     EXPECT_EQ(ErroAoAbrir(parametros).SqlState(), "2C000");
+}
+
+/// Names of files and objects hold what other errors say. Where a server can be brought to it, tests of the backup do.
+TEST(FirebirdConexao, AFailureIsToldByItsCodesAndNotByItsWords) {
+    const auto texto = [](const char* t) { return reinterpret_cast<ISC_STATUS>(t); };
+    const ISC_STATUS arquivo = texto("/no permission/already opened/No space left on device.fdb");
+    const struct {
+        std::vector<ISC_STATUS> elementos;
+        TFalha falha;
+    } casos[] = {
+        {{isc_login_error}, TFalha::Autenticacao},
+        {{isc_service_att_err}, TFalha::SemServico},
+        {{isc_service_not_supported}, TFalha::SemServico},
+        {{isc_svcnotdef, isc_arg_string, texto("is in use")}, TFalha::SemServico},
+        {{isc_insufficient_svc_privileges, isc_arg_string, texto("not supported")}, TFalha::SemPermissao},
+        {{isc_gbak_db_exists, isc_arg_string, arquivo}, TFalha::BancoExistente},
+        {{isc_gbak_unexp_eof}, TFalha::BackupCortado},
+        {{isc_gbak_decomp_len_error}, TFalha::BackupCortado},
+        {{isc_gbak_inv_bkup_ver2}, TFalha::NaoEBackup},
+        {{isc_no_priv, isc_arg_string, texto("read-write"), isc_arg_string, texto("database"), isc_arg_string, arquivo},
+         TFalha::BancoNegado},
+        {{isc_no_priv, isc_arg_string, texto("DELETE"), isc_arg_string, texto("TABLE"), isc_arg_string,
+          texto("remote")},
+         TFalha::SemPermissao},
+        {{isc_io_error, isc_arg_string, texto("open"), isc_arg_string, arquivo, isc_arg_gds, isc_io_open_err},
+         TFalha::BancoInexistente},
+        {{isc_io_error, isc_arg_string, texto("lock"), isc_arg_string, arquivo, isc_arg_gds, isc_already_opened},
+         TFalha::EmUso},
+        {{isc_io_error, isc_arg_string, texto("write"), isc_arg_string, arquivo, isc_arg_gds, isc_io_write_err,
+          isc_arg_interpreted, texto("No space left on device")},
+         TFalha::DiscoCheio},
+    };
+    for (const auto& caso : casos) {
+        std::vector<ISC_STATUS> estado = {isc_arg_gds};
+        estado.insert(estado.end(), caso.elementos.begin(), caso.elementos.end());
+        estado.push_back(isc_arg_end);
+        const auto erro = ErroFirebird(estado.data(), "");
+        EXPECT_EQ(erro.Falha(), caso.falha) << erro.what();
+    }
 }
 
 TEST(FirebirdConexao, AMissingOrForeignClientLibraryIsNamedWithWhatToInstall) {

@@ -161,6 +161,20 @@ TEST(OdbcTextos, AnErrorIsALostConnectionATableInUseOrTheStatementsOwn) {
         {{{"42S02", "referenced by a FOREIGN KEY", 3726}}, "x", false, TFalha::Dependencia, false},
         {{{"42000", "depends on column", 5074}, {"42000", "failed", 4922}}, "x", false, TFalha::Dependencia, false},
         {{{"42000", "transaction log is full", 9002}}, "x", false, TFalha::DiscoCheio, false},
+        {{{"42000", "Cannot open backup device 'D:\\no permission.bak'. Operating system error 3", 3201},
+          {"42000", "BACKUP DATABASE is terminating abnormally.", 3013}},
+         "x",
+         false,
+         TFalha::LugarSemAcesso,
+         false},
+        {{{"42000", "BACKUP DATABASE permission denied in database 'is in use'", 262}, {"42000", "abnormally", 3013}},
+         "x",
+         false,
+         TFalha::SemPermissao,
+         false},
+        {{{"42000", "not a valid Microsoft Tape Format backup set", 3242}}, "x", false, TFalha::NaoEBackup, false},
+        {{{"42000", "damage to the backup set was detected", 3189}}, "x", false, TFalha::BackupCortado, false},
+        {{{"42000", "Database 'not supported' already exists", 1801}}, "x", false, TFalha::BancoExistente, false},
     };
     for (const auto& caso : casos) {
         const auto erro = ErroDosRegistros(caso.registros, caso.comando, caso.morta);

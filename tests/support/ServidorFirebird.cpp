@@ -31,18 +31,18 @@ std::string Leia(const std::filesystem::path& arquivo) {
     return texto.str();
 }
 
-pid_t Inicia(const std::string& pasta, const std::string& porta) {
+pid_t Inicia(const std::string& pasta, const std::string& porta, const std::string& configuracao) {
     const pid_t processo = fork();
     if (processo != 0) return processo;
     prctl(PR_SET_PDEATHSIG, SIGKILL);  // the server does not outlive a test program that is ended
-    execl("/bin/sh", "sh", WKD_ROTEIRO_DO_SERVIDOR, pasta.c_str(), porta.c_str(), nullptr);
+    execl("/bin/sh", "sh", WKD_ROTEIRO_DO_SERVIDOR, pasta.c_str(), porta.c_str(), configuracao.c_str(), nullptr);
     _exit(127);
 }
 
 }  // namespace
 
-TServidorFirebird::TServidorFirebird()
-    : porta_(PortaLivre()), processo_(Inicia(pasta_.Caminho().string(), std::to_string(porta_))) {
+TServidorFirebird::TServidorFirebird(const std::string& configuracao)
+    : porta_(PortaLivre()), processo_(Inicia(pasta_.Caminho().string(), std::to_string(porta_), configuracao)) {
     Espera();
 }
 

@@ -12,8 +12,9 @@ namespace wkd {
 /// A Firebird server of its own on a free port of 127.0.0.1, in a temporary folder. SYSDBA's password is "masterkey".
 class TServidorFirebird {
   public:
-    /// Starts the server and waits until it answers. Throws std::runtime_error with the server's own log.
-    TServidorFirebird();
+    /// Starts the server, with that line in its configuration, and waits until it answers. Throws std::runtime_error
+    /// with the server's own log.
+    explicit TServidorFirebird(const std::string& configuracao = "");
     ~TServidorFirebird();
     TServidorFirebird(const TServidorFirebird&) = delete;
     TServidorFirebird& operator=(const TServidorFirebird&) = delete;

@@ -1,5 +1,6 @@
 #!/bin/sh
-# servidor-firebird.sh FOLDER PORT: a Firebird server of its own on 127.0.0.1, everything it needs in FOLDER.
+# servidor-firebird.sh FOLDER PORT [LINE]: a Firebird server of its own on 127.0.0.1, everything it needs in FOLDER, with
+# that line in its configuration.
 # SYSDBA's password is "masterkey". The script becomes the server, so its process id is the server's.
 set -e
 pasta=$1
@@ -12,6 +13,7 @@ cat >"$pasta/firebird.conf" <<FIM
 RemoteBindAddress = 127.0.0.1
 RemoteServicePort = $porta
 SecurityDatabase = $pasta/security3.fdb
+$3
 FIM
 
 export FIREBIRD="$pasta" FIREBIRD_LOCK="$pasta" FIREBIRD_TMP="$pasta"

@@ -23,7 +23,7 @@ void DizOndeEsta(THBNConnection& conexao, TErro& erro) {
 
 /// What a server's restore has not finished opens like a whole database, for one.
 void RecusaPedaco(THBNConnection& conexao) {
-    if (conexao.ArquivoLocal() || !FechadoParaUm(conexao)) return;
+    if (conexao.ArquivoLocal() || !CriaServidorDeBackup(conexao)->FechadoParaUm(conexao)) return;
     conexao.Close();
     throw TErroConhecido(TFalha::Impedimento, LugarFechado(conexao));
 }
@@ -73,6 +73,7 @@ constexpr TCausa kCausas[] = {
     {TFalha::ServidorDesconhecido, "A rede não conhece um servidor com esse nome."},
     {TFalha::BancoInexistente, "O banco de dados não foi encontrado nesse lugar, ou o servidor não pode abri-lo."},
     {TFalha::BancoNegado, "O arquivo do banco, ou o acesso do usuário a ele, está sem permissão."},
+    {TFalha::AcessoRemoto, "A configuração do servidor não deixa abrir esse banco daqui."},
     {TFalha::NaoEBanco, "O arquivo não é um banco de dados, ou não é da versão deste servidor."},
     {TFalha::BancoFechado, "O banco de dados está fechado."},
     {TFalha::SemDriver, "Falta neste computador o que fala com esse tipo de servidor."},

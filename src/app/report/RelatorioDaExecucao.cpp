@@ -5,6 +5,7 @@
 #include <iterator>
 #include <nlohmann/json.hpp>
 
+#include "Explicacao.h"
 #include "process/EscritaSegura.h"
 #include "process/Programa.h"
 #include "run/RegistroDaExecucao.h"
@@ -17,7 +18,7 @@ namespace {
 
 struct TProvidencia {
     TFalha falha;
-    std::string_view nome, texto;
+    std::string_view nome, texto;  // empty: the one of the backups
 };
 
 constexpr std::string_view kFeche =
@@ -44,6 +45,9 @@ constexpr TProvidencia kProvidencias[] = {
     {TFalha::BancoNegado, "banco-negado",
      "Dê permissão de leitura e gravação no arquivo e na pasta a quem abre o banco, ou acesso a ele ao usuário do "
      "alias, e tente de novo."},
+    {TFalha::AcessoRemoto, "acesso-remoto",
+     "Peça ao administrador do servidor que a configuração dele permita o banco (RemoteAccess, DatabaseAccess), e "
+     "tente de novo."},
     {TFalha::NaoEBanco, "nao-e-banco",
      "Confira o arquivo que o alias indica e a versão do servidor que o abre, e tente de novo."},
     {TFalha::BancoFechado, "banco-fechado",
@@ -68,6 +72,13 @@ constexpr TProvidencia kProvidencias[] = {
     {TFalha::VersoesDemais, "versoes-demais",
      "Faça backup e restauração do banco, o que zera as versões da tabela, e rode de novo."},
     {TFalha::DiscoCheio, "disco-cheio", kDisco},
+    {TFalha::BancoExistente, "banco-existente", {}},
+    {TFalha::BancoSoLeitura, "banco-so-leitura", {}},
+    {TFalha::LugarSemAcesso, "lugar-sem-acesso", {}},
+    {TFalha::SemServico, "sem-servico", {}},
+    {TFalha::NaoEBackup, "nao-e-backup", {}},
+    {TFalha::BackupCortado, "backup-cortado", {}},
+    {TFalha::SemBackup, "sem-backup", {}},
     {TFalha::Arquivo, "arquivo", kDisco},
     {TFalha::PacoteAusente, "pacote-ausente", "Confira o caminho do pacote e rode a atualização de novo."},
     {TFalha::Pacote, "pacote", "Peça um pacote completo a quem o forneceu e rode a atualização de novo."},
@@ -106,7 +117,10 @@ const TProvidencia& Da(TFalha falha) { return kProvidencias[static_cast<std::siz
 
 }  // namespace
 
-std::string_view Providencia(TFalha falha) { return Da(falha).texto; }
+std::string_view Providencia(TFalha falha) {
+    const auto texto = Da(falha).texto;
+    return texto.empty() ? Explicacao(falha) : texto;
+}
 
 std::string_view NomeDaFalha(TFalha falha) { return Da(falha).nome; }
 

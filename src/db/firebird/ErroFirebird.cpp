@@ -50,6 +50,10 @@ constexpr ISC_STATUS kColunaEmVisao = 336068660, kColunaEmIndice = 336068795;
 /// What the SQLSTATE alone does not tell: several kinds share 23000, 42000 and HY000.
 constexpr TFalhaDeCodigo kPorCodigo[] = {
     {isc_no_priv, TFalha::SemPermissao},
+    {isc_adm_task_denied, TFalha::SemPermissao},
+    {isc_insufficient_svc_privileges, TFalha::SemPermissao},
+    {isc_login_error, TFalha::Autenticacao},
+    {isc_read_only_database, TFalha::BancoSoLeitura},
     {isc_dependency, TFalha::Dependencia},
     {isc_dyn_dependency_exists, TFalha::Dependencia},
     {kColunaEmVisao, TFalha::Dependencia},
@@ -83,6 +87,34 @@ constexpr TFalhaDeCodigo kPorCodigo[] = {
     {isc_bad_db_format, TFalha::Conexao},
     {isc_io_error, TFalha::Conexao},
     {isc_db_corrupt, TFalha::Conexao},
+};
+
+/// While a database is being opened, and of a service.
+constexpr TFalhaDeCodigo kAoAbrir[] = {
+    {isc_net_lookup_err, TFalha::ServidorDesconhecido},
+    {isc_host_unknown, TFalha::ServidorDesconhecido},
+    {isc_shutdown, TFalha::BancoFechado},
+    {isc_instance_conflict, TFalha::EmUso},
+    {isc_already_opened, TFalha::EmUso},
+    {isc_bad_db_format, TFalha::NaoEBanco},
+    {isc_wrong_ods, TFalha::NaoEBanco},
+    {isc_conf_access_denied, TFalha::AcessoRemoto},
+    {isc_io_create_err, TFalha::LugarSemAcesso},
+    {isc_svcnotdef, TFalha::SemServico},
+    {isc_svcnoexe, TFalha::SemServico},
+    {isc_service_unknown, TFalha::SemServico},
+    {isc_service_att_err, TFalha::SemServico},
+    {isc_service_not_supported, TFalha::SemServico},
+    {isc_wish_list, TFalha::SemServico},
+    {isc_gbak_db_exists, TFalha::BancoExistente},
+    {isc_gbak_missing_bkup_desc, TFalha::NaoEBackup},
+    {isc_gbak_inv_bkup_ver, TFalha::NaoEBackup},
+    {isc_gbak_inv_bkup_ver2, TFalha::NaoEBackup},
+    {isc_gbak_read_error, TFalha::BackupCortado},
+    {isc_gbak_unexp_eof, TFalha::BackupCortado},
+    {isc_gbak_unk_rec_type, TFalha::BackupCortado},
+    {isc_gbak_decomp_len_error, TFalha::BackupCortado},
+    {isc_gbak_string_trunc, TFalha::BackupCortado},
 };
 
 struct TFalhaDeEstado {
@@ -119,36 +151,46 @@ TFalha FalhaDe(const std::vector<ISC_STATUS>& codigos, std::string_view sqlstate
     return TFalha::Outra;
 }
 
-/// Whether the operating system of the server, or this one, gave one of these reasons, as each numbers them itself.
+/// Whether the operating system gave one of these reasons: as each numbers them itself, or in the words that are all
+/// that a server over the network sends, as an element of their own.
 bool DoSistema(const ISC_STATUS* estado, std::initializer_list<ISC_STATUS> noUnix,
-               std::initializer_list<ISC_STATUS> noWindows) {
+               std::initializer_list<ISC_STATUS> noWindows, std::initializer_list<std::string_view> ditas = {}) {
+    const auto entre = [](const auto& lista, const auto& valor) {
+        return std::ranges::find(lista, valor) != lista.end();
+    };
     for (const ISC_STATUS* p = estado; *p != isc_arg_end; p += *p == isc_arg_cstring ? 3 : 2) {
-        if (*p == isc_arg_unix && std::ranges::find(noUnix, p[1]) != noUnix.end()) return true;
-        if (*p == isc_arg_win32 && std::ranges::find(noWindows, p[1]) != noWindows.end()) return true;
+        if (*p == isc_arg_unix && entre(noUnix, p[1])) return true;
+        if (*p == isc_arg_win32 && entre(noWindows, p[1])) return true;
+        if (*p == isc_arg_interpreted && entre(ditas, reinterpret_cast<const char*>(p[1]))) return true;
     }
     return false;
 }
 
 /// No room for the server's write: EFBIG, ENOSPC, EDQUOT.
-bool DiscoCheio(const ISC_STATUS* estado) { return DoSistema(estado, {27, 28, 122}, {39, 112}); }
+bool DiscoCheio(const ISC_STATUS* estado) {
+    return DoSistema(estado, {27, 28, 122}, {39, 112},
+                     {"File too large", "No space left on device", "Disk quota exceeded"});
+}
 
-/// Why a database does not open.
+/// Whether "no permission for @1 access to @2 @3" is said of that access, which only databases have.
+bool SemAcesso(const ISC_STATUS* estado, std::string_view acesso) {
+    for (const ISC_STATUS* p = estado; *p != isc_arg_end; p += *p == isc_arg_cstring ? 3 : 2)
+        if (*p == isc_arg_gds && p[1] == isc_no_priv && p[2] == isc_arg_string)
+            return reinterpret_cast<const char*>(p[3]) == acesso;
+    return false;
+}
+
+/// Why a database does not open, or a service fails.
 TFalha FalhaAoAbrir(const ISC_STATUS* estado, const std::vector<ISC_STATUS>& codigos, TFalha falha) {
-    constexpr TFalhaDeCodigo kAoAbrir[] = {{isc_net_lookup_err, TFalha::ServidorDesconhecido},
-                                           {isc_host_unknown, TFalha::ServidorDesconhecido},
-                                           {isc_shutdown, TFalha::BancoFechado},
-                                           {isc_instance_conflict, TFalha::EmUso},
-                                           {isc_already_opened, TFalha::EmUso},
-                                           {isc_bad_db_format, TFalha::NaoEBanco},
-                                           {isc_wrong_ods, TFalha::NaoEBanco},
-                                           {isc_no_priv, TFalha::BancoNegado},
-                                           {isc_conf_access_denied, TFalha::BancoNegado}};
+    if (SemAcesso(estado, "remote")) return TFalha::AcessoRemoto;
+    if (SemAcesso(estado, "read-write")) return TFalha::BancoNegado;
+    if (DoSistema(estado, {17}, {80}, {"File exists"})) return TFalha::BancoExistente;
     for (const auto& linha : kAoAbrir)
         if (Tem(codigos, linha.codigo)) return linha.falha;
     if (!Tem(codigos, isc_io_error)) return falha;
     if (DoSistema(estado, {1, 13, 30}, {5, 19})) return TFalha::BancoNegado;  // EPERM, EACCES, EROFS
     if (DoSistema(estado, {}, {32})) return TFalha::EmUso;                    // ERROR_SHARING_VIOLATION
-    // A server of another machine gives its reason in words alone.
+    // What a server over the network says is left alone here: it differs from system to system.
     if (Tem(codigos, isc_io_open_err) || DoSistema(estado, {2, 20}, {2, 3, 123})) return TFalha::BancoInexistente;
     if (Tem(codigos, isc_random)) return TFalha::NaoEBanco;  // shorter than any
     return falha;

@@ -47,6 +47,9 @@ std::size_t Inteiro(const char* bytes, int quantos) {
     return numero;
 }
 
+/// Begins the line that the service writes once it has made the database; it has no code. Names stand behind it.
+constexpr std::string_view kCriou = "gbak:created database ";
+
 /// Items of an answer, one by one.
 struct TResposta {
     std::string_view texto;   // lines or bytes of the service
@@ -99,10 +102,8 @@ void TServicosFirebird::Liga() {
     try {
         Confere(estado, "");
     } catch (const TErroBanco& erro) {
-        if (erro.Falha() == TFalha::Autenticacao) throw;
-        TErroBanco::TDados dados;
-        dados.mensagem = std::string("services manager: ") + erro.what();
-        dados.falha = erro.Falha();
+        TErro dados = erro.Dados();
+        if (dados.falha == TFalha::Conexao || dados.falha == TFalha::Outra) dados.falha = TFalha::SemServico;
         throw TErroBanco(std::move(dados));
     }
 }
@@ -132,6 +133,7 @@ void TServicosFirebird::Pergunta(const std::string& envia, const std::string& it
     Cliente().isc_service_query(estado, &ligacao_, nullptr, static_cast<unsigned short>(envia.size()), envia.data(),
                                 static_cast<unsigned short>(itens.size()), itens.data(),
                                 static_cast<unsigned short>(resposta_.size()), resposta_.data());
+    criou_ = criou_ || (TemCodigo(estado, isc_gbak_db_create_failed) && TemCodigo(estado, isc_io_write_err));
     Confere(estado, "");
 }
 
@@ -172,7 +174,7 @@ void TServicosFirebird::Alimenta(TLeitorBytes& fonte, const TLinha& linha) {
     for (;;) {
         Pergunta(ComPrazo(envia), itens);
         const TResposta resposta = Interpreta(resposta_);
-        criou_ = criou_ || resposta.texto.find("created database") != std::string_view::npos;
+        criou_ = criou_ || resposta.texto.starts_with(kCriou);
         linha(resposta.texto);
         if (!resposta.continua) return;
         envia.clear();

@@ -15,6 +15,7 @@ enum class TFalha {
     ServidorDesconhecido,  // no machine of that name
     BancoInexistente,      // no such database on the server, as far as it tells
     BancoNegado,           // the server may not open the file, or the user the database
+    AcessoRemoto,          // the server's configuration does not let it be opened
     NaoEBanco,             // the file is no database, or none that this server reads
     BancoFechado,          // shut down, offline, or being restored
     SemDriver,             // nothing here that speaks to that kind of server
@@ -32,6 +33,14 @@ enum class TFalha {
     Dependencia,    // other objects hold on to it
     VersoesDemais,  // Firebird: a table altered 255 times since the last restore
     DiscoCheio,
+    // A database as a whole, its file, and the server's service for it
+    BancoExistente,  // one of that name, or another file
+    BancoSoLeitura,  // marked so
+    LugarSemAcesso,  // a folder that is not there for the server, or forbidden to it
+    SemServico,      // the server takes no backups
+    NaoEBackup,
+    BackupCortado,  // or damaged
+    SemBackup,      // none was made, or restored, or it is not good
     // Files, and what was asked for
     Arquivo,        // cannot be read or written
     PacoteAusente,  // no file where it was said to be
