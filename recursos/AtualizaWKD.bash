@@ -6,6 +6,7 @@ _atualizawkd_aliases() {
 
 _atualizawkd() {
     local atual=${COMP_WORDS[COMP_CWORD]} anterior=${COMP_WORDS[COMP_CWORD - 1]} primeira=${COMP_WORDS[1]}
+    local escolhas='--todas --completo --tabelas --sem-anteriores --sem-posteriores' opcoes=
     COMPREPLY=()
     case $anterior in
         --plano | --confere | --ensaio | --backup | --restaura | --repoe | --testa-alias | --remove-alias | --muda-senha) _atualizawkd_aliases "$atual" && return ;;
@@ -19,18 +20,21 @@ _atualizawkd() {
         return
     fi
     case $primeira in
-        --novo-alias)
-            COMPREPLY=($(compgen -W '--tipo --hostname --path --database --usuario --autenticacao --menu --troca --sem-teste' -- "$atual")) ;;
-        --muda-senha) COMPREPLY=($(compgen -W '--sem-teste' -- "$atual")) ;;
-        --plano | --confere)
-            if [[ $atual == -* ]]; then
-                COMPREPLY=($(compgen -W '--json' -- "$atual"))
-            elif [[ $primeira == --plano && $COMP_CWORD == 3 ]]; then
-                COMPREPLY=($(compgen -f -X '!*.[zZ][iI][pP]' -- "$atual") $(compgen -d -- "$atual"))
-            fi ;;
+        --novo-alias) opcoes='--tipo --hostname --path --database --usuario --autenticacao --menu --troca --sem-teste' ;;
+        --muda-senha) opcoes=--sem-teste ;;
+        --plano) opcoes="--json --silencioso $escolhas" ;;
+        --ensaio) opcoes="--json --mantem $escolhas" ;;
+        --confere) opcoes=--json ;;
+        --backup) opcoes=--guarda ;;
+        --restaura) opcoes=--sim ;;
         -*) ;;
-        *) COMPREPLY=($(compgen -f -X '!*.[zZ][iI][pP]' -- "$atual") $(compgen -d -- "$atual")) ;;
+        *) opcoes="--com-backup --silencioso $escolhas" ;;
     esac
+    if [[ $atual == -* || $primeira == --novo-alias ]]; then
+        COMPREPLY=($(compgen -W "$opcoes" -- "$atual"))
+    elif [[ $primeira == --plano || $primeira == --ensaio || $primeira != -* ]]; then
+        COMPREPLY=($(compgen -f -X '!*.[zZ][iI][pP]' -- "$atual") $(compgen -d -- "$atual"))
+    fi
 }
 
 complete -o filenames -F _atualizawkd AtualizaWKD

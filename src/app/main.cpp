@@ -43,9 +43,10 @@ struct TPrograma {
     TCodigoDeSaida operator()(const TPedeRestaura& pedido) const { return ComandoRestaura(AmbientePadrao(), pedido); }
     TCodigoDeSaida operator()(const TPedeEnsaio& pedido) const { return ComandoEnsaio(AmbientePadrao(), pedido); }
     TCodigoDeSaida operator()(const TPedeRepoe& pedido) const { return ComandoRepoe(AmbientePadrao(), pedido); }
-    TCodigoDeSaida operator()(const TPedeJanela& pedido) { return Abre({pedido.argumento, {}, false}); }
+    TCodigoDeSaida operator()(const TPedeJanela& pedido) { return Abre({.primeiro = pedido.argumento}); }
     TCodigoDeSaida operator()(const TPedeAtualizacao& pedido) {
-        return Abre({pedido.alias + ";", pedido.pacote, pedido.comBackup});
+        if (!TemAsTabelas(AmbientePadrao(), pedido.pacote, pedido.escolhas)) return TCodigoDeSaida::Encerrada;
+        return Abre({pedido.alias + ";", pedido.pacote, pedido.comBackup, pedido.silencioso, pedido.escolhas});
     }
     TCodigoDeSaida operator()(const TUsoIncorreto& pedido) const {
         std::cerr << pedido.mensagem << "\nVeja AtualizaWKD --help." << std::endl;

@@ -50,6 +50,13 @@ TEST(LinhaDeComando, SaysWhatIsMissingOrTooMuch) {
         {{"--novo-alias", "A", "--tipo", "tbInterbase", "--database", "d", "--usuario", "u", "--senha", "s"},
          "--senha"},
         {{"--novo-alias", "A", "--tipo", "tbInterbase", "--database", "d", "--usuario"}, "--usuario"},
+        {{"LOJA;", "--todas"}, "PACOTE.zip"},
+        {{"LOJA;", "p.zip", "--toda"}, "Quis dizer --todas?"},
+        {{"LOJA;", "p.zip", "--tabelas"}, "valor de --tabelas"},
+        {{"LOJA;", "p.zip", "--tabelas", " , "}, "separados por vírgula"},
+        {{"--plano", "A", "p.zip", "--todas", "--tabelas=T"}, "--todas ou --tabelas"},
+        {{"--plano", "A", "p.zip", "--json", "--silencioso"}, "--silencioso"},
+        {{"--confere", "A", "--todas"}, "--todas"},
     };
     for (const auto& [argumentos, mencao] : casos) {
         const TPedido pedido = LeLinhaDeComando(argumentos);

@@ -54,6 +54,12 @@ using TComandoNoAlias = std::function<TCodigoDeSaida(TDataModulo& dm, const TEst
 /// Opens the alias and hands the data module over. What fails before is "no connection", behind it "ended early".
 TCodigoDeSaida NoAlias(const TAmbiente& ambiente, const std::string& alias, const TComandoNoAlias& comando);
 /// What an unattended run is asked for.
-TOpcoes OpcoesDoComando(const TAmbiente& ambiente, const std::string& alias, const std::filesystem::path& pacote);
+TOpcoes OpcoesDoComando(const TAmbiente& ambiente, const std::string& alias, const std::filesystem::path& pacote,
+                        const TEscolhas& escolhas);
+/// The choices as the wizard's page of options has them.
+void Escolhe(const TEscolhas& escolhas, TOpcoes& opcoes);
+/// False, and why, when a table was asked for that the package lacks. Of a package that cannot be read whoever uses it
+/// tells.
+bool TemAsTabelas(const TAmbiente& ambiente, const std::filesystem::path& pacote, const TEscolhas& escolhas);
 
 }  // namespace wkd

@@ -206,10 +206,11 @@ TCodigoDeSaida ComandoRestaura(const TAmbiente& ambiente, const TPedeRestaura& p
 }
 
 TCodigoDeSaida ComandoEnsaio(const TAmbiente& ambiente, const TPedeEnsaio& pedido) {
+    if (!TemAsTabelas(ambiente, pedido.pacote, pedido.escolhas)) return TCodigoDeSaida::Encerrada;
     return NoAlias(ambiente, pedido.alias, [&](TDataModulo& dm, const TEstado&) {
         return ComExplicacao([&] {
             TPreferencias preferencias;
-            TPedidoDeEnsaio ensaiado{OpcoesDoComando(ambiente, pedido.alias, pedido.pacote),
+            TPedidoDeEnsaio ensaiado{OpcoesDoComando(ambiente, pedido.alias, pedido.pacote, pedido.escolhas),
                                      PastaDeBackup(ambiente, preferencias, dm.SQLConnection1), pedido.mantem};
             DizRestos(dm.SQLConnection1);
             TEnsaio ensaio;

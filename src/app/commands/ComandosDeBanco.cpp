@@ -4,9 +4,12 @@
 
 #include "commands/LinhaDoTerminal.h"
 #include "commands/PreencheDados.h"
+#include "context/CargaDoPacote.h"
+#include "package/Pacote.h"
 #include "report/PlanoEmTexto.h"
 #include "run/TravaDoBanco.h"
 #include "server/Vigia.h"
+#include "values/Texto.h"
 
 namespace wkd {
 
@@ -42,8 +45,36 @@ TCodigoDeSaida NoAlias(const TAmbiente& ambiente, const std::string& alias, cons
     }
 }
 
-TOpcoes OpcoesDoComando(const TAmbiente& ambiente, const std::string& alias, const std::filesystem::path& pacote) {
+void Escolhe(const TEscolhas& escolhas, TOpcoes& opcoes) {
+    const bool algumas = !escolhas.tabelas.empty();
+    opcoes.todas = escolhas.todas;
+    opcoes.completo = escolhas.completo && !algumas;
+    opcoes.tabelasSelecionadas = algumas;
+    opcoes.tabelas = escolhas.tabelas;
+    opcoes.modoCompleto = escolhas.completo && algumas;
+    opcoes.querysAnteriores = escolhas.anteriores;
+    opcoes.querysPosteriores = escolhas.posteriores;
+}
+
+bool TemAsTabelas(const TAmbiente& ambiente, const std::filesystem::path& pacote, const TEscolhas& escolhas) {
+    if (escolhas.tabelas.empty()) return true;
+    std::vector<std::string> faltam;
+    try {
+        faltam = TabelasForaDoPacote(pacote, ambiente.temporaria, escolhas.tabelas);
+    } catch (const TErroPacote&) {
+        return true;
+    }
+    if (faltam.empty()) return true;
+    EscreveNosErros((faltam.size() == 1 ? "O pacote não tem a tabela " : "O pacote não tem as tabelas ") +
+                    Junta(faltam, ", ") +
+                    ": nada foi feito. Confira os nomes de --tabelas; PacoteWKD mostra diz os do pacote.");
+    return false;
+}
+
+TOpcoes OpcoesDoComando(const TAmbiente& ambiente, const std::string& alias, const std::filesystem::path& pacote,
+                        const TEscolhas& escolhas) {
     TOpcoes opcoes;
+    Escolhe(escolhas, opcoes);
     opcoes.alias = alias;
     opcoes.pacote = pacote;
     opcoes.temporaria = ambiente.temporaria;
@@ -53,10 +84,11 @@ TOpcoes OpcoesDoComando(const TAmbiente& ambiente, const std::string& alias, con
 }
 
 TCodigoDeSaida MostraPlano(const TAmbiente& ambiente, const TPedePlano& pedido) {
+    if (!TemAsTabelas(ambiente, pedido.pacote, pedido.escolhas)) return TCodigoDeSaida::Encerrada;
     return NoAlias(ambiente, pedido.alias, [&](TDataModulo& dm, const TEstado& estado) {
-        const auto plano = Planeja(dm, OpcoesDoComando(ambiente, pedido.alias, pedido.pacote), estado);
+        const auto plano = Planeja(dm, OpcoesDoComando(ambiente, pedido.alias, pedido.pacote, pedido.escolhas), estado);
         if (!plano) return TCodigoDeSaida::Encerrada;
-        std::cout << (pedido.json ? PlanoEmJson(*plano) : PlanoEmTexto(*plano)) << std::flush;
+        if (!pedido.silencioso) std::cout << (pedido.json ? PlanoEmJson(*plano) : PlanoEmTexto(*plano)) << std::flush;
         if (!plano->Muda() && plano->achados.empty()) return TCodigoDeSaida::Sucesso;
         return plano->TemAchados() ? TCodigoDeSaida::ComAchados : TCodigoDeSaida::ComMudancas;
     });

@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "process/Argumentos.h"
+#include "values/Texto.h"
 
 namespace wkd {
 
@@ -15,8 +16,16 @@ constexpr std::string_view kAjuda =
 Uso:
   AtualizaWKD                                abre o assistente
   AtualizaWKD "ALIAS;"                       abre o assistente com o alias escolhido
-  AtualizaWKD "ALIAS;" PACOTE.zip            atualiza sem ninguém à frente e termina
+  AtualizaWKD "ALIAS;" PACOTE.zip [opções]   atualiza sem ninguém à frente e termina
                                              ("ALIAS;nobkp" também serve)
+
+Opções da atualização, de --plano e de --ensaio, como as da página "Opções de Atualização":
+  --todas                                    todas as tabelas, também as que já estão na versão do pacote
+  --completo                                 reconstrói todas as tabelas; com --tabelas, só essas
+  --tabelas A,B                              só estas tabelas
+  --sem-anteriores, --sem-posteriores        sem as correções de antes, ou de depois, das tabelas
+Só da atualização e de --plano:
+  --silencioso                               nada na saída padrão: só erros, na saída de erros, e o código
 
 Sem mudar nada:
   --plano ALIAS PACOTE.zip [--json]          diz o que a atualização faria, tabela por tabela, com seus motivos e
@@ -96,6 +105,35 @@ TPedido NovoAlias(const TArgumentos& argumentos) {
 /// As on the line of an update, ";" and what follows are no part of the alias.
 std::string NomeDoAlias(const std::string& argumento) { return argumento.substr(0, argumento.find(';')); }
 
+TArgumentosAceitos ComEscolhas(TArgumentosAceitos aceitos) {
+    aceitos.opcoes.push_back("--tabelas");
+    for (const char* chave : {"--todas", "--completo", "--sem-anteriores", "--sem-posteriores"})
+        aceitos.chaves.push_back(chave);
+    return aceitos;
+}
+
+/// Throws std::invalid_argument for what the wizard's page would not let anybody choose.
+TEscolhas Escolhas(const TArgumentos& argumentos) {
+    TEscolhas escolhas;
+    escolhas.todas = argumentos.Tem("--todas");
+    escolhas.completo = argumentos.Tem("--completo");
+    escolhas.anteriores = !argumentos.Tem("--sem-anteriores");
+    escolhas.posteriores = !argumentos.Tem("--sem-posteriores");
+    if (!argumentos.Tem("--tabelas")) return escolhas;
+    for (const auto& tabela : Divide(argumentos.Opcao("--tabelas"), ','))
+        if (!Apara(tabela).empty()) escolhas.tabelas.push_back(Maiusculas(Apara(tabela)));
+    if (escolhas.tabelas.empty()) throw std::invalid_argument("Depois de --tabelas vêm nomes, separados por vírgula.");
+    if (escolhas.todas) throw std::invalid_argument("Use --todas ou --tabelas, não as duas.");
+    return escolhas;
+}
+
+TPedido Plano(const TArgumentos& argumentos) {
+    TPedePlano pedido{NomeDoAlias(argumentos.Opcao("--plano")), argumentos.Palavra(0), argumentos.Tem("--json"),
+                      argumentos.Tem("--silencioso"), Escolhas(argumentos)};
+    if (pedido.json && pedido.silencioso) throw std::invalid_argument("--silencioso não mostra o que --json pede.");
+    return pedido;
+}
+
 TPedido Backup(const TArgumentos& argumentos) {
     TPedeBackup pedido{NomeDoAlias(argumentos.Opcao("--backup")), argumentos.PalavraSeHouver(0)};
     if (!argumentos.Tem("--guarda")) return pedido;
@@ -134,11 +172,7 @@ const std::vector<TComando>& Comandos() {
          [](const TArgumentos& a) -> TPedido {
              return TPedeMudaSenha{NomeDoAlias(a.Opcao("--muda-senha")), !a.Tem("--sem-teste")};
          }},
-        {"--plano",
-         {{"--plano"}, {"--json"}, 1},
-         [](const TArgumentos& a) -> TPedido {
-             return TPedePlano{NomeDoAlias(a.Opcao("--plano")), a.Palavra(0), a.Tem("--json")};
-         }},
+        {"--plano", ComEscolhas({{"--plano"}, {"--json", "--silencioso"}, 1}), Plano},
         {"--confere",
          {{"--confere"}, {"--json"}},
          [](const TArgumentos& a) -> TPedido {
@@ -155,10 +189,10 @@ const std::vector<TComando>& Comandos() {
          [](const TArgumentos& a) -> TPedido {
              return TPedeRestaura{NomeDoAlias(a.Opcao("--restaura")), a.Palavra(0), a.Tem("--sim")};
          }},
-        {"--ensaio",
-         {{"--ensaio"}, {"--json", "--mantem"}, 1},
+        {"--ensaio", ComEscolhas({{"--ensaio"}, {"--json", "--mantem"}, 1}),
          [](const TArgumentos& a) -> TPedido {
-             return TPedeEnsaio{NomeDoAlias(a.Opcao("--ensaio")), a.Palavra(0), a.Tem("--json"), a.Tem("--mantem")};
+             return TPedeEnsaio{NomeDoAlias(a.Opcao("--ensaio")), a.Palavra(0), a.Tem("--json"), a.Tem("--mantem"),
+                                Escolhas(a)};
          }},
         {"--repoe",
          {{"--repoe"}, {}},
@@ -182,19 +216,27 @@ TPedido Opcao(const std::vector<std::string>& argumentos) {
     }
 }
 
+TPedido Atualizacao(const std::vector<std::string>& argumentos) {
+    const std::string& primeiro = argumentos.front();
+    const std::size_t fim = primeiro.find(';');
+    if (fim == std::string::npos)
+        return TUsoIncorreto{"O primeiro argumento deve ser o nome do alias seguido de \";\": \"" + primeiro + ";\"."};
+    try {
+        const std::size_t sobras = argumentos.size();
+        const TArgumentos lidos(argumentos, ComEscolhas({{}, {"--com-backup", "--silencioso"}, 2, sobras}));
+        return TPedeAtualizacao{primeiro.substr(0, fim), lidos.Palavra(1), lidos.Tem("--com-backup"),
+                                lidos.Tem("--silencioso"), Escolhas(lidos)};
+    } catch (const std::invalid_argument& erro) {
+        return TUsoIncorreto{erro.what() + std::string(" Use \"ALIAS;\" PACOTE.zip, e depois as opções.")};
+    }
+}
+
 }  // namespace
 
 TPedido LeLinhaDeComando(std::vector<std::string> argumentos) {
     if (!argumentos.empty() && argumentos.front().starts_with("--")) return Opcao(argumentos);
     if (argumentos.size() < 2) return TPedeJanela{argumentos.empty() ? std::string() : argumentos.front()};
-
-    const bool comBackup = std::erase(argumentos, "--com-backup") > 0;
-    if (argumentos.size() < 2) return TUsoIncorreto{"Use \"ALIAS;\" PACOTE.zip --com-backup."};
-    const std::string& primeiro = argumentos.front();
-    const std::size_t fim = primeiro.find(';');
-    if (fim == std::string::npos)
-        return TUsoIncorreto{"O primeiro argumento deve ser o nome do alias seguido de \";\": \"" + primeiro + ";\"."};
-    return TPedeAtualizacao{primeiro.substr(0, fim), argumentos[1], comBackup};
+    return Atualizacao(argumentos);
 }
 
 std::string_view TextoDeAjuda() { return kAjuda; }

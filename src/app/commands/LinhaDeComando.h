@@ -31,11 +31,19 @@ struct TPedeRemoveAlias {
 struct TPedeTestaAlias {
     std::string nome;
 };
+/// What the wizard's page of options would say: which tables, how thoroughly, and which corrections.
+struct TEscolhas {
+    bool todas = false;
+    bool completo = false;             // of the tables named, where there are any
+    std::vector<std::string> tabelas;  // in capitals; empty: those of another version
+    bool anteriores = true, posteriores = true;
+};
 /// What an update would do.
 struct TPedePlano {
     std::string alias;
     std::filesystem::path pacote;
-    bool json = false;
+    bool json = false, silencioso = false;
+    TEscolhas escolhas = {};
 };
 /// Whether the database is what its dictionary says.
 struct TPedeConfere {
@@ -64,6 +72,7 @@ struct TPedeEnsaio {
     std::string alias;
     std::filesystem::path pacote;
     bool json = false, mantem = false;
+    TEscolhas escolhas = {};
 };
 /// The rejected rows that fit now.
 struct TPedeRepoe {
@@ -77,7 +86,8 @@ struct TPedeJanela {
 struct TPedeAtualizacao {
     std::string alias;
     std::filesystem::path pacote;
-    bool comBackup = false;
+    bool comBackup = false, silencioso = false;
+    TEscolhas escolhas = {};
 };
 /// Arguments that ask for nothing: why, and what to write instead.
 struct TUsoIncorreto {
@@ -89,7 +99,8 @@ using TPedido = std::variant<TPedeAjuda, TPedeVersao, TPedeListaAlias, TPedeNovo
                              TPedeEnsaio, TPedeRepoe, TPedeJanela, TPedeAtualizacao, TUsoIncorreto>;
 
 /// Reads the arguments behind the program name. A first argument that begins with "--" is an option; else two or more
-/// arguments are an unattended run: alias followed by ";", package.
+/// arguments are an unattended run: alias followed by ";", package, and its options anywhere. More words count for
+/// nothing.
 TPedido LeLinhaDeComando(std::vector<std::string> argumentos);
 
 /// The text of --help.

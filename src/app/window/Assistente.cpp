@@ -89,7 +89,7 @@ TCodigoDeSaida AbreAssistente(int& argc, char** argv, const TAmbiente& ambiente,
 
     TLogDaExecucao log(ambiente.pastaPrograma / "AtualizaWKD.log");
     TDialogosQt dialogos;
-    TTelaDaJanela tela(log, dialogos, desassistida);
+    TTelaDaJanela tela(log, dialogos, desassistida, inicio.silencioso);
     TPreferencias preferencias;
     try {
         tela.CarregaLog();

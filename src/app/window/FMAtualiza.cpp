@@ -12,6 +12,7 @@
 #include <chrono>
 #include <future>
 
+#include "commands/Comandos.h"
 #include "process/Programa.h"
 #include "server/Vigia.h"
 #include "values/Texto.h"
@@ -192,6 +193,9 @@ void TFMAtualiza::LeArgumentos() {
     if (Minusculas(inicio_.primeiro).find("nobkp") != std::string::npos) navegacao_.MostraBackup();
     if (inicio_.pacote && codigo_ == TCodigoDeSaida::Sucesso) {
         atualizacao_->SetPacote(*inicio_.pacote);
+        TOpcoes escolhidas;
+        Escolhe(inicio_.escolhas, escolhidas);
+        opcoes_->Marca(escolhidas);
         btAtualizarClick();
         executada_ = true;
     }

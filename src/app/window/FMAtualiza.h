@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "ServidorDeBackup.h"
+#include "commands/LinhaDeComando.h"
 #include "commands/Preferencias.h"
 #include "context/Contexto.h"
 #include "process/Interrupcao.h"
@@ -34,6 +35,8 @@ struct TInicio {
     std::string primeiro;                         // first argument; empty: none
     std::optional<std::filesystem::path> pacote;  // second argument: run at once and close
     bool comBackup = false;                       // no update without a good backup
+    bool silencioso = false;                      // nothing but errors on the console
+    TEscolhas escolhas = {};                      // what the page of options is to say
 };
 
 /// What the window works with; all of it outlives the window.

@@ -103,6 +103,17 @@ void TPaginaOpcoes::Le(TOpcoes& opcoes) const {
     for (const QString& tabela : Listadas()) opcoes.tabelas.push_back(S(tabela));
 }
 
+void TPaginaOpcoes::Marca(const TOpcoes& opcoes) {
+    cbAtualizaTodas_->setChecked(opcoes.todas);
+    cbCompleto_->setChecked(opcoes.completo);
+    chkQuerysAnteriores_->setChecked(opcoes.querysAnteriores);
+    chkQuerysPosteriores_->setChecked(opcoes.querysPosteriores);
+    cbTabela_->setChecked(opcoes.tabelasSelecionadas);
+    (opcoes.modoCompleto ? modoCompleto_ : modoNormal_)->setChecked(true);
+    mListaTabelas_->clear();
+    for (const auto& tabela : opcoes.tabelas) mListaTabelas_->appendPlainText(Q(tabela));
+}
+
 QStringList TPaginaOpcoes::Listadas() const { return mListaTabelas_->toPlainText().split('\n', Qt::SkipEmptyParts); }
 
 void TPaginaOpcoes::cbTabelaClick() {

@@ -110,6 +110,8 @@ class TPaginaOpcoes : public QWidget {
     void Oferece(const std::vector<std::string>& tabelas);
     /// Writes the options as chosen into the run's.
     void Le(TOpcoes& opcoes) const;
+    /// Chooses those that Le then gives.
+    void Marca(const TOpcoes& opcoes);
 
   private:
     QWidget* Todas();

@@ -154,7 +154,7 @@ void TTelaDaJanela::MostraAndamento() {
     const TAndamento andamento{pbGeral_.Posicao(), pbGeral_.Maximo(), geral, atual, estimativa, semResposta};
     status_->Estimativa(Q(TextoDoAndamento(andamento)));
     const auto agora = std::chrono::steady_clock::now();
-    if (!desassistida_ || agora < proximaLinha_) return;
+    if (!desassistida_ || silenciosa_ || agora < proximaLinha_) return;
     proximaLinha_ = agora + kIntervaloNoTerminal;
     const std::lock_guard trava(console_);
     linha_.Mostra(LinhaDeAndamento(andamento));
@@ -196,7 +196,7 @@ void TTelaDaJanela::LimparLog() {
 void TTelaDaJanela::Memo1(std::string_view linha) {
     NoConsole([&] {
         erros_.Conclui();
-        EscreveNaSaida(linha);
+        if (!silenciosa_) EscreveNaSaida(linha);
     });
     Anota([&](TNovidades& novidades) { novidades.memo1 += Q(linha); });
 }

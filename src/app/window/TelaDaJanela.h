@@ -69,8 +69,8 @@ class TTelaDaJanela : public ITela {
     static constexpr std::chrono::milliseconds kIntervalo{40};
     static constexpr std::chrono::milliseconds kIntervaloNoTerminal{250};
 
-    TTelaDaJanela(TLogDaExecucao& log, IDialogos& dialogos, bool desassistida)
-        : log_(log), dialogos_(dialogos), desassistida_(desassistida) {}
+    TTelaDaJanela(TLogDaExecucao& log, IDialogos& dialogos, bool desassistida, bool silenciosa = false)
+        : log_(log), dialogos_(dialogos), desassistida_(desassistida), silenciosa_(silenciosa) {}
 
     // Of the window's thread
     /// From now on lines are shown here.
@@ -138,6 +138,7 @@ class TTelaDaJanela : public ITela {
     TLogDaExecucao& log_;
     IDialogos& dialogos_;
     bool desassistida_;
+    bool silenciosa_;  // the console gets errors alone
     QPointer<TPaginaStatus> status_;
     QPointer<TPainelOcupado> ocupado_;
     TBarraDaTela pbAtual_, pbGeral_;

@@ -6,6 +6,7 @@
 #include <set>
 #include <utility>
 
+#include "package/Trava.h"
 #include "process/Interrupcao.h"
 #include "rows/LinhasDoDataSet.h"
 #include "values/Texto.h"
@@ -174,6 +175,24 @@ void DesconsideraVersoesNegativas(TContexto& ctx) {
         linhas.SetValor("versao", vale ? TValor(*vale) : TValor());
         linhas.Post();
     }
+}
+
+std::vector<std::string> TabelasForaDoPacote(const std::filesystem::path& pacote,
+                                             const std::filesystem::path& temporaria,
+                                             const std::vector<std::string>& tabelas) {
+    const TPastaPassageira privada(temporaria);
+    TPastaDeTrabalho pasta(privada.Caminho());
+    ExtraiPacote(pacote, pasta.Caminho(), [](int) { TInterrupcao::Confere(); });
+    TDicionario dicionario;
+    dicionario.LeTabelas(LeSarquivo(pasta.Arquivo(kSarquivo)).Tabela());
+    const auto tem = [&](const std::string& nome) {
+        return std::ranges::any_of(dicionario.Tabelas(), [&](const auto& tabela) {
+            return ChaveDeNome(Apara(tabela.nome)) == ChaveDeNome(Apara(nome));
+        });
+    };
+    std::vector<std::string> faltam;
+    std::ranges::remove_copy_if(tabelas, std::back_inserter(faltam), tem);
+    return faltam;
 }
 
 /// The filter is in force before the first use of the package's tables, so that all steps see the selected ones.

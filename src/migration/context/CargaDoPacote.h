@@ -30,6 +30,11 @@ void LeDicionarioGravado(TContexto& ctx);
 /// A table's negative version in the package, which would say that its rebuild is open, counts as the stored one and is
 /// reported. Expects the stored dictionary read.
 void DesconsideraVersoesNegativas(TContexto& ctx);
+/// Those of the tables that the package lacks, whose dictionary is unpacked below the temporary folder and read. Throws
+/// TErroPacote when it cannot be.
+std::vector<std::string> TabelasForaDoPacote(const std::filesystem::path& pacote,
+                                             const std::filesystem::path& temporaria,
+                                             const std::vector<std::string>& tabelas);
 /// From now on SArquivoNovo and the package's dictionary show the tables that the options select.
 void Seleciona(TContexto& ctx);
 /// The current table of SArquivoNovo; null where it has no name.
