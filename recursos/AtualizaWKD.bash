@@ -9,12 +9,12 @@ _atualizawkd() {
     local escolhas='--todas --completo --tabelas --sem-anteriores --sem-posteriores' opcoes=
     COMPREPLY=()
     case $anterior in
-        --plano | --confere | --ensaio | --backup | --restaura | --repoe | --testa-alias | --remove-alias | --muda-senha) _atualizawkd_aliases "$atual" && return ;;
+        --plano | --confere | --ensaio | --historico | --backup | --restaura | --repoe | --testa-alias | --remove-alias | --muda-senha) _atualizawkd_aliases "$atual" && return ;;
         --tipo) COMPREPLY=($(compgen -W 'tbInterbase tbSQLServer tbODBC' -- "$atual")) && return ;;
         --path) COMPREPLY=($(compgen -d -- "$atual")) && return ;;
     esac
     if ((COMP_CWORD == 1)); then
-        COMPREPLY=($(compgen -W '--plano --confere --ensaio --backup --prova-backup --restaura --repoe --lista-alias --testa-alias --novo-alias --muda-senha --remove-alias --help
+        COMPREPLY=($(compgen -W '--plano --confere --ensaio --historico --backup --prova-backup --restaura --repoe --lista-alias --testa-alias --novo-alias --muda-senha --remove-alias --help
                                  --version' -- "$atual"))
         [[ $atual == -* ]] || _atualizawkd_aliases "$atual" ';'
         return
@@ -24,7 +24,7 @@ _atualizawkd() {
         --muda-senha) opcoes=--sem-teste ;;
         --plano) opcoes="--json --silencioso $escolhas" ;;
         --ensaio) opcoes="--json --mantem $escolhas" ;;
-        --confere) opcoes=--json ;;
+        --confere | --historico) opcoes=--json ;;
         --backup) opcoes=--guarda ;;
         --restaura) opcoes=--sim ;;
         -*) ;;

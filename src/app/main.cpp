@@ -38,12 +38,13 @@ struct TPrograma {
     TCodigoDeSaida operator()(const TPedeTestaAlias& pedido) const { return TestaAlias(AmbientePadrao(), pedido); }
     TCodigoDeSaida operator()(const TPedePlano& pedido) const { return MostraPlano(AmbientePadrao(), pedido); }
     TCodigoDeSaida operator()(const TPedeConfere& pedido) const { return MostraDesvios(AmbientePadrao(), pedido); }
+    TCodigoDeSaida operator()(const TPedeHistorico& pedido) const { return MostraHistorico(AmbientePadrao(), pedido); }
     TCodigoDeSaida operator()(const TPedeBackup& pedido) const { return ComandoBackup(AmbientePadrao(), pedido); }
     TCodigoDeSaida operator()(const TPedeProva& pedido) const { return ComandoProva(AmbientePadrao(), pedido); }
     TCodigoDeSaida operator()(const TPedeRestaura& pedido) const { return ComandoRestaura(AmbientePadrao(), pedido); }
     TCodigoDeSaida operator()(const TPedeEnsaio& pedido) const { return ComandoEnsaio(AmbientePadrao(), pedido); }
     TCodigoDeSaida operator()(const TPedeRepoe& pedido) const { return ComandoRepoe(AmbientePadrao(), pedido); }
-    TCodigoDeSaida operator()(const TPedeJanela& pedido) { return Abre({.primeiro = pedido.argumento}); }
+    TCodigoDeSaida operator()(const TPedeJanela& pedido) { return Abre({.primeiro = pedido.argumento, .pacote = {}}); }
     TCodigoDeSaida operator()(const TPedeAtualizacao& pedido) {
         if (!TemAsTabelas(AmbientePadrao(), pedido.pacote, pedido.escolhas)) return TCodigoDeSaida::Encerrada;
         return Abre({pedido.alias + ";", pedido.pacote, pedido.comBackup, pedido.silencioso, pedido.escolhas});

@@ -47,6 +47,8 @@ std::filesystem::path PastaDeBackup(const TAmbiente& ambiente, TPreferencias& pr
 TCodigoDeSaida MostraPlano(const TAmbiente& ambiente, const TPedePlano& pedido);
 /// 0 as its dictionary says, 11 otherwise.
 TCodigoDeSaida MostraDesvios(const TAmbiente& ambiente, const TPedeConfere& pedido);
+/// The runs whose reports are kept in the program's folder.
+TCodigoDeSaida MostraHistorico(const TAmbiente& ambiente, const TPedeHistorico& pedido);
 /// 0 no rejected row is left, 1 some are.
 TCodigoDeSaida ComandoRepoe(const TAmbiente& ambiente, const TPedeRepoe& pedido);
 

@@ -6,6 +6,7 @@
 #include "commands/PreencheDados.h"
 #include "context/CargaDoPacote.h"
 #include "package/Pacote.h"
+#include "report/Historico.h"
 #include "report/PlanoEmTexto.h"
 #include "run/TravaDoBanco.h"
 #include "server/Vigia.h"
@@ -101,6 +102,12 @@ TCodigoDeSaida MostraDesvios(const TAmbiente& ambiente, const TPedeConfere& pedi
                   << std::flush;
         return desvios.empty() ? TCodigoDeSaida::Sucesso : TCodigoDeSaida::ComAchados;
     });
+}
+
+TCodigoDeSaida MostraHistorico(const TAmbiente& ambiente, const TPedeHistorico& pedido) {
+    const auto execucoes = Historico(ambiente.pastaPrograma, pedido.alias);
+    std::cout << (pedido.json ? HistoricoEmJson(execucoes) : HistoricoEmTexto(execucoes)) << std::flush;
+    return TCodigoDeSaida::Sucesso;
 }
 
 TCodigoDeSaida ComandoRepoe(const TAmbiente& ambiente, const TPedeRepoe& pedido) {

@@ -46,6 +46,7 @@ Backup:
   "ALIAS;" PACOTE.zip --com-backup           atualiza só depois de um backup feito e provado
 
 Depois de uma atualização:
+  --historico [ALIAS] [--json]               lista as atualizações feitas, da mais nova à mais antiga
   --repoe ALIAS                              põe de volta os registros rejeitados que agora cabem
 
 Aliases (seções do arquivo WKD.ini):
@@ -178,6 +179,11 @@ const std::vector<TComando>& Comandos() {
          [](const TArgumentos& a) -> TPedido {
              return TPedeConfere{NomeDoAlias(a.Opcao("--confere")), a.Tem("--json")};
          }},
+        {"--historico",
+         {{}, {"--historico", "--json"}, 0, 1},
+         [](const TArgumentos& a) -> TPedido {
+             return TPedeHistorico{NomeDoAlias(a.PalavraSeHouver(0)), a.Tem("--json")};
+         }},
         {"--backup", {{"--backup", "--guarda"}, {}, 0, 1}, Backup},
         {"--prova-backup",
          {{"--prova-backup"}, {}, 0, 1},
@@ -201,8 +207,12 @@ const std::vector<TComando>& Comandos() {
     return comandos;
 }
 
-TPedido Opcao(const std::vector<std::string>& argumentos) {
+TPedido Opcao(std::vector<std::string> argumentos) {
     const std::string nome = argumentos.front().substr(0, argumentos.front().find('='));
+    if (nome == "--historico" && nome != argumentos.front()) {  // whose value may be missing, and is a word
+        argumentos.insert(argumentos.begin() + 1, argumentos.front().substr(nome.size() + 1));
+        argumentos.front() = nome;
+    }
     const auto comando = std::ranges::find(Comandos(), nome, &TComando::nome);
     if (comando == Comandos().end()) {
         std::vector<std::string_view> nomes;

@@ -50,6 +50,11 @@ struct TPedeConfere {
     std::string alias;
     bool json = false;
 };
+/// The runs that were made.
+struct TPedeHistorico {
+    std::string alias;  // empty: all
+    bool json = false;
+};
 /// A backup of the whole database.
 struct TPedeBackup {
     std::string alias;
@@ -95,8 +100,8 @@ struct TUsoIncorreto {
 };
 
 using TPedido = std::variant<TPedeAjuda, TPedeVersao, TPedeListaAlias, TPedeNovoAlias, TPedeMudaSenha, TPedeRemoveAlias,
-                             TPedeTestaAlias, TPedePlano, TPedeConfere, TPedeBackup, TPedeProva, TPedeRestaura,
-                             TPedeEnsaio, TPedeRepoe, TPedeJanela, TPedeAtualizacao, TUsoIncorreto>;
+                             TPedeTestaAlias, TPedePlano, TPedeConfere, TPedeHistorico, TPedeBackup, TPedeProva,
+                             TPedeRestaura, TPedeEnsaio, TPedeRepoe, TPedeJanela, TPedeAtualizacao, TUsoIncorreto>;
 
 /// Reads the arguments behind the program name. A first argument that begins with "--" is an option; else two or more
 /// arguments are an unattended run: alias followed by ";", package, and its options anywhere. More words count for

@@ -8,6 +8,7 @@
 #include "Explicacao.h"
 #include "process/EscritaSegura.h"
 #include "process/Programa.h"
+#include "report/Historico.h"
 #include "run/RegistroDaExecucao.h"
 #include "values/Texto.h"
 #include "values/TextoDeData.h"
@@ -221,7 +222,8 @@ TJson EmJson(const TErroDaExecucao& erro) {
 }  // namespace
 
 std::string RelatorioEmJson(const TEvidencia& evidencia) {
-    TJson json = {{"programa", "AtualizaWKD " + std::string(kVersao)},
+    TJson json = {{"formato", kFormatoJson},
+                  {"programa", "AtualizaWKD " + std::string(kVersao)},
                   {"alias", evidencia.alias},
                   {"banco", evidencia.banco},
                   {"servidor", evidencia.servidor},
@@ -244,8 +246,10 @@ std::string RelatorioEmJson(const TEvidencia& evidencia) {
 }
 
 void GravaRelatorio(const TEvidencia& evidencia, const std::filesystem::path& pasta) {
-    SubstituiArquivo(pasta / "AtualizaWKD.relatorio.json", RelatorioEmJson(evidencia));
-    SubstituiArquivo(pasta / "AtualizaWKD.relatorio.html", RelatorioEmHtml(evidencia));
+    const std::string json = RelatorioEmJson(evidencia), html = RelatorioEmHtml(evidencia);
+    SubstituiArquivo(pasta / "AtualizaWKD.relatorio.json", json, TLeitores::GrupoDaPasta);
+    SubstituiArquivo(pasta / "AtualizaWKD.relatorio.html", html, TLeitores::GrupoDaPasta);
+    GuardaNoHistorico(evidencia, json, html, pasta);
 }
 
 }  // namespace wkd

@@ -24,8 +24,8 @@ bool TudoFeito(const TEvidencia& evidencia);
 std::string RelatorioEmJson(const TEvidencia& evidencia);
 std::string RelatorioEmHtml(const TEvidencia& evidencia);
 
-/// Writes both as "AtualizaWKD.relatorio.json" and ".html" into the folder, each whole or not at all. Throws
-/// std::system_error.
+/// Writes both as "AtualizaWKD.relatorio.json" and ".html" into the folder, each whole or not at all, and keeps
+/// them in the history. Throws std::system_error.
 void GravaRelatorio(const TEvidencia& evidencia, const std::filesystem::path& pasta);
 
 }  // namespace wkd

@@ -67,7 +67,8 @@ TArquivo AbreEscrito(const fs::path& caminho) {
     return Abre(caminho, GENERIC_READ | GENERIC_WRITE, OPEN_EXISTING, "r+b");
 }
 bool CopiaPermissoes(const fs::path&, std::FILE*) { return true; }  // inherited from the folder
-bool LinkDeConfianca(const fs::path&) { return true; }              // making one takes an administrator
+void AbreAoGrupo(const fs::path&, std::FILE*) {}
+bool LinkDeConfianca(const fs::path&) { return true; }  // making one takes an administrator
 
 void PastaNoDisco(const fs::path&) {}
 #else
@@ -119,6 +120,16 @@ bool CopiaPermissoes(const fs::path& de, std::FILE* para) {
     return fchmod(fileno(para), estado.st_mode & (dono ? 07777 : 0777)) == 0;
 }
 
+/// Whoever is not of that group cannot give the file to it, and keeps it.
+void AbreAoGrupo(const fs::path& pasta, std::FILE* arquivo) {
+    struct stat daPasta {
+    }, doArquivo{};
+    const int descritor = fileno(arquivo);
+    if (stat(pasta.c_str(), &daPasta) != 0 || (daPasta.st_mode & (S_ISGID | S_IWGRP)) == 0) return;
+    if (fchown(descritor, static_cast<uid_t>(-1), daPasta.st_gid) != 0 || fstat(descritor, &doArquivo) != 0) return;
+    fchmod(descritor, (doArquivo.st_mode & 07777) | S_IRGRP);
+}
+
 /// Makes the rename itself survive a power cut.
 void PastaNoDisco(const fs::path& pasta) {
     const int descritor = open(pasta.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -128,8 +139,10 @@ void PastaNoDisco(const fs::path& pasta) {
 }
 #endif
 
-void Escreve(const fs::path& destino, const fs::path& temporario, TArquivo arquivo, std::string_view bytes) {
+void Escreve(const fs::path& destino, const fs::path& temporario, TArquivo arquivo, std::string_view bytes,
+             TLeitores leitores) {
     if (!CopiaPermissoes(destino, arquivo.get())) Falha(destino);
+    if (leitores == TLeitores::GrupoDaPasta) AbreAoGrupo(destino.parent_path(), arquivo.get());
     const bool escrito = std::fwrite(bytes.data(), 1, bytes.size(), arquivo.get()) == bytes.size() &&
                          std::fflush(arquivo.get()) == 0 && NoDisco(arquivo.get());
     if (!escrito) Falha(temporario);
@@ -252,12 +265,23 @@ fs::path SemLinks(const fs::path& caminho) {
     return fs::weakly_canonical(fs::absolute(caminho));
 }
 
-void SubstituiArquivo(const fs::path& caminho, std::string_view bytes) {
+void SubstituiArquivo(const fs::path& caminho, std::string_view bytes, TLeitores leitores) {
     const fs::path destino = fs::absolute(caminho);
     fs::path temporario = destino;
     TArquivo arquivo = CriaTemporario(temporario);
     if (!arquivo) Falha(temporario);
-    Substitui(temporario, destino, [&] { Escreve(destino, temporario, std::move(arquivo), bytes); });
+    Substitui(temporario, destino, [&] { Escreve(destino, temporario, std::move(arquivo), bytes, leitores); });
+}
+
+void CriaPastaComo(const fs::path& pasta, const fs::path& modelo) {
+    fs::create_directory(pasta, modelo);
+#ifndef _WIN32
+    struct stat estado {};
+    if (stat(modelo.c_str(), &estado) != 0) Falha(modelo);
+    // Only a member of the group may give it the folder; without that the folder is its owner's.
+    const bool doGrupo = chown(pasta.c_str(), static_cast<uid_t>(-1), estado.st_gid) == 0;
+    if (chmod(pasta.c_str(), estado.st_mode & (doGrupo ? 07777 : 0707)) != 0) Falha(pasta);
+#endif
 }
 
 void SubstituiPor(const fs::path& novo, const fs::path& caminho) {

@@ -55,10 +55,18 @@ class TSaidaEmArquivo : public std::ostream {
     TBuffer buffer_;
 };
 
+/// Who may read a file beside its owner: nobody, or the group of its folder, where that group may write there or hands
+/// itself on to what is made in it (setgid).
+enum class TLeitores { Nenhum, GrupoDaPasta };
+
 /// Writes a file beside `caminho`, down to the disk, and renames it over: a crash leaves the old content or the new
-/// one. A link is replaced, not followed. The old file's mode and owner stay; a new file is for its owner alone. Throws
-/// std::system_error, the old file untouched.
-void SubstituiArquivo(const std::filesystem::path& caminho, std::string_view bytes);
+/// one. A link is replaced, not followed. The old file's mode and owner stay; a new file is for its owner and
+/// `leitores` alone. Throws std::system_error, the old file untouched.
+void SubstituiArquivo(const std::filesystem::path& caminho, std::string_view bytes,
+                      TLeitores leitores = TLeitores::Nenhum);
+
+/// Makes a folder in which everybody may do what he may in `modelo`. Throws std::system_error.
+void CriaPastaComo(const std::filesystem::path& pasta, const std::filesystem::path& modelo);
 
 /// The same with a whole file that stands beside `caminho` already and is gone afterwards, also after a failure. A link
 /// is followed, and a file system without modes and owners is no failure here.

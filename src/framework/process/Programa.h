@@ -6,6 +6,10 @@ namespace wkd {
 
 inline constexpr std::string_view kVersao = "7.17";
 
+/// "formato" of every JSON object that a program writes for others. A field more leaves it; it grows when one goes away
+/// or means something else. docs/json.md says what they are.
+inline constexpr int kFormatoJson = 1;
+
 /// Exit codes of the programs.
 enum class TCodigoDeSaida {
     Sucesso = 0,
