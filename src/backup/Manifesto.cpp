@@ -4,6 +4,7 @@
 
 #include "package/Caminho.h"
 #include "process/EscritaSegura.h"
+#include "process/Programa.h"
 
 namespace wkd {
 
@@ -37,16 +38,26 @@ std::optional<TVeredito> LeProva(const TJson& json) {
 }
 
 TJson EmJson(const TManifesto& manifesto) {
-    return {{"arquivo", manifesto.arquivo},       {"alias", manifesto.alias},
-            {"banco", manifesto.banco},           {"servidor", manifesto.servidor},
-            {"quando", manifesto.quando},         {"programa", manifesto.programa},
-            {"tamanho", manifesto.tamanho},       {"tamanhoDoBanco", manifesto.tamanhoDoBanco},
-            {"sha256", manifesto.sha256},         {"prova", EmJson(manifesto.prova)},
-            {"dicionario", manifesto.dicionario}, {"hashMetodo", kMetodoDoInstantaneo},
-            {"tabelas", EmJson(manifesto.antes)}, {"tabelasMudadasDurante", EmJson(manifesto.depois)}};
+    return {{"formato", kFormatoJson},
+            {"arquivo", manifesto.arquivo},
+            {"alias", manifesto.alias},
+            {"banco", manifesto.banco},
+            {"servidor", manifesto.servidor},
+            {"quando", manifesto.quando},
+            {"programa", manifesto.programa},
+            {"tamanho", manifesto.tamanho},
+            {"tamanhoDoBanco", manifesto.tamanhoDoBanco},
+            {"sha256", manifesto.sha256},
+            {"prova", EmJson(manifesto.prova)},
+            {"dicionario", manifesto.dicionario},
+            {"hashMetodo", kMetodoDoInstantaneo},
+            {"tabelas", EmJson(manifesto.antes)},
+            {"tabelasMudadasDurante", EmJson(manifesto.depois)}};
 }
 
 TManifesto LeManifesto(const TJson& json) {
+    if (json.value("formato", kFormatoJson) > kFormatoJson)
+        throw TErroDeBackup("é de uma versão mais nova do programa, que o lê");
     TManifesto manifesto;
     const auto texto = [&](const char* chave) { return json.at(chave).get<std::string>(); };
     manifesto.arquivo = texto("arquivo");

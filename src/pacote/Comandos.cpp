@@ -15,7 +15,6 @@ namespace wkd {
 namespace {
 
 namespace fs = std::filesystem;
-using TJson = nlohmann::ordered_json;
 
 /// No settings file, unknown alias or no connection.
 class TSemConexao : public std::runtime_error {
@@ -81,12 +80,11 @@ struct TExecucao {
             GravaPacote(std::move(pacote), pedido.destino,
                         pedido.forma == TFormaDeArquivo::Xml ? TFormaPacote::Xml : TFormaPacote::Binario);
         if (json)
-            saida << TJson{{"destino", TextoDoCaminho(pedido.destino)},
-                           {"campos", campos},
-                           {"linhas", linhas},
-                           {"bytes", fs::file_size(pedido.destino)}}
-                         .dump()
-                  << '\n';
+            ImprimeJson({{"destino", TextoDoCaminho(pedido.destino)},
+                         {"campos", campos},
+                         {"linhas", linhas},
+                         {"bytes", fs::file_size(pedido.destino)}},
+                        saida);
         else
             saida << TextoDoCaminho(pedido.destino) << ": " << campos << " campos, " << linhas << " linhas\n";
         return TCodigoDeSaida::Sucesso;
@@ -107,11 +105,13 @@ struct TExecucao {
     void Resumo(const fs::path& pacote) const {
         const auto lido = LeInventario(pacote);
         if (json)
-            saida << TJson{{"pacote", TextoDoCaminho(pacote)}, {"bytes", lido.bytes},
-                           {"tabelas", lido.tabelas.size()},   {"pacotes", lido.sistema.size()},
-                           {"layouts", lido.layouts.size()},   {"arquivos", lido.arquivos.size()}}
-                         .dump()
-                  << '\n';
+            ImprimeJson({{"pacote", TextoDoCaminho(pacote)},
+                         {"bytes", lido.bytes},
+                         {"tabelas", lido.tabelas.size()},
+                         {"pacotes", lido.sistema.size()},
+                         {"layouts", lido.layouts.size()},
+                         {"arquivos", lido.arquivos.size()}},
+                        saida);
         else
             saida << TextoDoCaminho(pacote) << ": " << lido.bytes << " bytes, " << lido.tabelas.size() << " tabelas, "
                   << lido.sistema.size() << " pacotes de dados, " << lido.layouts.size() << " layouts, "

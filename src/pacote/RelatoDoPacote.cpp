@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "process/Programa.h"
 #include "values/Texto.h"
 
 namespace wkd {
@@ -11,10 +12,6 @@ namespace {
 using TJson = nlohmann::ordered_json;
 
 const char* NomeDaForma(TFormaPacote forma) { return forma == TFormaPacote::Xml ? "xml" : "binario"; }
-
-void Imprime(const TJson& json, std::ostream& saida) {
-    saida << json.dump(2, ' ', false, TJson::error_handler_t::replace) << '\n';
-}
 
 TJson ParaJson(const TColunaDicionario& coluna) {
     TJson json = {{"nome", coluna.nome}, {"tipo", coluna.tipo}, {"tamanho", coluna.tamanho}};
@@ -54,15 +51,15 @@ TJson Lista(const std::vector<T>& itens) {
 }
 
 void EmJson(const TInventario& pacote, std::ostream& saida) {
-    Imprime({{"bytes", pacote.bytes},
-             {"tabelas", Lista(pacote.tabelas)},
-             {"semTabela", Lista(pacote.semTabela)},
-             {"sistema", Lista(pacote.sistema)},
-             {"layouts", Lista(pacote.layouts)},
-             {"arquivos", Lista(pacote.arquivos)},
-             {"outros", Lista(pacote.outros)},
-             {"recusadas", pacote.relatos}},
-            saida);
+    ImprimeJson({{"bytes", pacote.bytes},
+                 {"tabelas", Lista(pacote.tabelas)},
+                 {"semTabela", Lista(pacote.semTabela)},
+                 {"sistema", Lista(pacote.sistema)},
+                 {"layouts", Lista(pacote.layouts)},
+                 {"arquivos", Lista(pacote.arquivos)},
+                 {"outros", Lista(pacote.outros)},
+                 {"recusadas", pacote.relatos}},
+                saida);
 }
 
 void EmTexto(const TTabelaDoPacote& tabela, std::ostream& saida) {
@@ -106,6 +103,12 @@ void EmTexto(const TInventario& pacote, std::ostream& saida) {
 
 }  // namespace
 
+void ImprimeJson(const TJson& campos, std::ostream& saida) {
+    TJson json = {{"formato", kFormatoJson}, {"programa", "PacoteWKD " + std::string(kVersao)}};
+    json.update(campos);
+    saida << json.dump(2, ' ', false, TJson::error_handler_t::replace) << '\n';
+}
+
 void Mostra(const TInventario& pacote, bool json, std::ostream& saida) {
     json ? EmJson(pacote, saida) : EmTexto(pacote, saida);
 }
@@ -120,7 +123,7 @@ void Mostra(const std::vector<TAchadoDaRevisao>& achados, bool json, std::ostrea
             {{"regra", achado.regra}, {"tabela", achado.tabela}, {"objeto", achado.objeto}, {"texto", achado.texto}});
     }
     if (json)
-        Imprime({{"achados", lista}}, saida);
+        ImprimeJson({{"achados", lista}}, saida);
     else
         saida << (achados.empty() ? "Nada apontado." : "Apontamentos: " + std::to_string(achados.size())) << '\n';
 }

@@ -126,7 +126,8 @@ std::string PlanoEmTexto(const TPlano& plano) {
 }
 
 std::string PlanoEmJson(const TPlano& plano) {
-    TJson json = {{"programa", "AtualizaWKD " + std::string(kVersao)},
+    TJson json = {{"formato", kFormatoJson},
+                  {"programa", "AtualizaWKD " + std::string(kVersao)},
                   {"alias", plano.alias},
                   {"banco", plano.banco},
                   {"servidor", plano.servidor},
@@ -183,7 +184,10 @@ std::string ReposicaoEmTexto(const TReposicao& reposicao) {
 }
 
 std::string DesviosEmJson(const std::string& alias, const std::vector<TDesvio>& desvios) {
-    TJson json = {{"programa", "AtualizaWKD " + std::string(kVersao)}, {"alias", alias}, {"desvios", TJson::array()}};
+    TJson json = {{"formato", kFormatoJson},
+                  {"programa", "AtualizaWKD " + std::string(kVersao)},
+                  {"alias", alias},
+                  {"desvios", TJson::array()}};
     for (const auto& desvio : desvios)
         json["desvios"].push_back(
             {{"tipo", desvio.tipo}, {"tabela", desvio.tabela}, {"objeto", desvio.objeto}, {"texto", desvio.texto}});
@@ -243,7 +247,9 @@ std::string EnsaioEmTexto(const TEnsaio& ensaio) {
 }
 
 std::string EnsaioEmJson(const TEnsaio& ensaio) {
-    TJson json = {{"pode", ensaio.Pode()},
+    TJson json = {{"formato", kFormatoJson},
+                  {"programa", "AtualizaWKD " + std::string(kVersao)},
+                  {"pode", ensaio.Pode()},
                   {"frase", ensaio.Frase()},
                   {"muda", ensaio.Muda()},
                   {"usuarios", ensaio.usuarios},
