@@ -6,7 +6,7 @@ _atualizawkd_aliases() {
 
 _atualizawkd() {
     local atual=${COMP_WORDS[COMP_CWORD]} anterior=${COMP_WORDS[COMP_CWORD - 1]} primeira=${COMP_WORDS[1]}
-    local escolhas='--todas --completo --tabelas --sem-anteriores --sem-posteriores' opcoes=
+    local escolhas='--todas --completo --tabelas --sem-anteriores --sem-posteriores --linhas-por-commit' opcoes=
     COMPREPLY=()
     case $anterior in
         --plano | --confere | --ensaio | --historico | --backup | --restaura | --repoe | --testa-alias | --remove-alias | --muda-senha) _atualizawkd_aliases "$atual" && return ;;

@@ -43,7 +43,7 @@ TEST(Options, PlanAndRunDoWhatTheOptionsSay) {
     const TCaso casos[] = {
         {{}, 14, 3, 2, 7, true, "TCIDADE1 TPRODUTO5 TVENDA3"},
         {{"--todas"}, 14, 10, 2, 0, true, "TCIDADE1 TPRODUTO5 TVENDA3"},
-        {{"--completo"}, 14, 0, 12, 0, true, "TCIDADE1 TPRODUTO5 TVENDA3"},
+        {{"--completo", "--linhas-por-commit=1"}, 14, 0, 12, 0, true, "TCIDADE1 TPRODUTO5 TVENDA3"},
         {{"--tabelas", "tcidade, TVENDA"}, 2, 1, 1, 0, true, "TCIDADE1 TPRODUTO4 TVENDA3"},
         {{"--tabelas=TCIDADE", "--completo"}, 1, 0, 1, 0, true, "TCIDADE1 TPRODUTO4 TVENDA2"},
         {{"--tabelas=TCIDADE", "--sem-anteriores", "--sem-posteriores"},
@@ -79,7 +79,7 @@ TEST(Options, PlanAndRunDoWhatTheOptionsSay) {
     }
 }
 
-TEST(Options, ATableThatThePackageLacksEndsItBeforeAnythingBegins) {
+TEST(Options, WhatCannotBeDoneEndsItBeforeAnythingBegins) {
     const TProgramaInstalado loja;
     const std::string antes = loja.Retrato();
     const TPalavras linhas[] = {{"LOJA;", "pacote.zip", "--tabelas", "TCIDADE,TNENHUMA"},
@@ -95,6 +95,11 @@ TEST(Options, ATableThatThePackageLacksEndsItBeforeAnythingBegins) {
     EXPECT_EQ(Diferencas(antes, loja.Retrato()), "");
     EXPECT_FALSE(std::filesystem::exists(loja / "AtualizaWKD.relatorio.json"));
     EXPECT_TRUE(loja.Roda({"LOJA;", "nenhum.zip", "--tabelas=TCIDADE"}).Diz("Arquivo de atualizção não existe"));
+
+    const auto saida = loja.Roda({"LOJA;", "pacote.zip", "--linhas-por-commit", "0"});
+    EXPECT_EQ(saida.codigo, 2);
+    EXPECT_TRUE(saida.Diz("um número de 1 a 100000, e não \"0\"")) << saida.erros;
+    EXPECT_EQ(Diferencas(antes, loja.Retrato()), "");
 }
 
 TEST(Options, SilenceLeavesErrorsAndTheExitCode) {

@@ -55,6 +55,7 @@ void Escolhe(const TEscolhas& escolhas, TOpcoes& opcoes) {
     opcoes.modoCompleto = escolhas.completo && algumas;
     opcoes.querysAnteriores = escolhas.anteriores;
     opcoes.querysPosteriores = escolhas.posteriores;
+    opcoes.linhasPorCommit = escolhas.linhasPorCommit;
 }
 
 bool TemAsTabelas(const TAmbiente& ambiente, const std::filesystem::path& pacote, const TEscolhas& escolhas) {

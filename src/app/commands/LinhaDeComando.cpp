@@ -24,6 +24,7 @@ Opções da atualização, de --plano e de --ensaio, como as da página "Opçõe
   --completo                                 reconstrói todas as tabelas; com --tabelas, só essas
   --tabelas A,B                              só estas tabelas
   --sem-anteriores, --sem-posteriores        sem as correções de antes, ou de depois, das tabelas
+  --linhas-por-commit N                      confirma as cópias de N em N linhas, como LinhasPorCommit no alias
 Só da atualização e de --plano:
   --silencioso                               nada na saída padrão: só erros, na saída de erros, e o código
 
@@ -107,7 +108,7 @@ TPedido NovoAlias(const TArgumentos& argumentos) {
 std::string NomeDoAlias(const std::string& argumento) { return argumento.substr(0, argumento.find(';')); }
 
 TArgumentosAceitos ComEscolhas(TArgumentosAceitos aceitos) {
-    aceitos.opcoes.push_back("--tabelas");
+    for (const char* opcao : {"--tabelas", "--linhas-por-commit"}) aceitos.opcoes.push_back(opcao);
     for (const char* chave : {"--todas", "--completo", "--sem-anteriores", "--sem-posteriores"})
         aceitos.chaves.push_back(chave);
     return aceitos;
@@ -120,6 +121,7 @@ TEscolhas Escolhas(const TArgumentos& argumentos) {
     escolhas.completo = argumentos.Tem("--completo");
     escolhas.anteriores = !argumentos.Tem("--sem-anteriores");
     escolhas.posteriores = !argumentos.Tem("--sem-posteriores");
+    if (argumentos.Tem("--linhas-por-commit")) escolhas.linhasPorCommit = argumentos.Opcao("--linhas-por-commit");
     if (!argumentos.Tem("--tabelas")) return escolhas;
     for (const auto& tabela : Divide(argumentos.Opcao("--tabelas"), ','))
         if (!Apara(tabela).empty()) escolhas.tabelas.push_back(Maiusculas(Apara(tabela)));

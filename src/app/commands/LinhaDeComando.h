@@ -37,6 +37,7 @@ struct TEscolhas {
     bool completo = false;             // of the tables named, where there are any
     std::vector<std::string> tabelas;  // in capitals; empty: those of another version
     bool anteriores = true, posteriores = true;
+    std::string linhasPorCommit = {};  // as typed; the page lacks it
 };
 /// What an update would do.
 struct TPedePlano {

@@ -195,6 +195,7 @@ TOpcoes TFMAtualiza::Opcoes() const {
     opcoes.alias = aliasAtual_;
     opcoes.pacote = atualizacao_->Pacote();
     opcoes_->Le(opcoes);
+    opcoes.linhasPorCommit = inicio_.escolhas.linhasPorCommit;
     opcoes.marcaNaoCria = meios_.ambiente.marcaNaoCria;
     opcoes.temporaria = meios_.ambiente.temporaria;
     opcoes.pastaPrograma = meios_.ambiente.pastaPrograma;
