@@ -94,12 +94,11 @@ TEST(Options, WhatCannotBeDoneEndsItBeforeAnythingBegins) {
     }
     EXPECT_EQ(Diferencas(antes, loja.Retrato()), "");
     EXPECT_FALSE(std::filesystem::exists(loja / "AtualizaWKD.relatorio.json"));
-    EXPECT_TRUE(loja.Roda({"LOJA;", "nenhum.zip", "--tabelas=TCIDADE"}).Diz("Arquivo de atualizção não existe"));
-
     const auto saida = loja.Roda({"LOJA;", "pacote.zip", "--linhas-por-commit", "0"});
     EXPECT_EQ(saida.codigo, 2);
     EXPECT_TRUE(saida.Diz("um número de 1 a 100000, e não \"0\"")) << saida.erros;
     EXPECT_EQ(Diferencas(antes, loja.Retrato()), "");
+    EXPECT_TRUE(loja.Roda({"LOJA;", "nenhum.zip", "--tabelas=TCIDADE"}).Diz("Arquivo de atualizção não existe"));
 }
 
 TEST(Options, SilenceLeavesErrorsAndTheExitCode) {
