@@ -58,6 +58,11 @@ TEST(DialogosTest, QuestionsAreAnsweredInPortugueseAndNoIsTheSafeAnswer) {
     EXPECT_FALSE(Com(pergunta, [](QWidget& caixa) { Digita(caixa, Qt::Key_Return); }));
     Com([&] { return dialogos.Informacao("Pronto"), 0; },
         [](QWidget& caixa) { EXPECT_TRUE(Textos(caixa).starts_with("OK|")) << Textos(caixa); });
+    Com([&] { return dialogos.Erro("Falhou"), 0; },
+        [](QWidget& caixa) {
+            EXPECT_TRUE(Textos(caixa).starts_with("OK|")) << Textos(caixa);
+            EXPECT_EQ(dynamic_cast<QMessageBox&>(caixa).icon(), QMessageBox::Critical);
+        });
     EXPECT_EQ(Com([&] { return dialogos.Reconcilia("Erro"); },
                   [](QWidget& caixa) { EXPECT_TRUE(Textos(caixa).starts_with("Pular|")) << Textos(caixa); }),
               TAcaoReconcilia::Pula);

@@ -5,6 +5,7 @@
 #include <QImage>
 #include <QPainter>
 #include <QPushButton>
+#include <QStyleOption>
 #include <algorithm>
 #include <cmath>
 
@@ -23,37 +24,75 @@ double Contraste(const QColor& a, const QColor& b) {
     return (std::max(la, lb) + 0.05) / (std::min(la, lb) + 0.05);
 }
 
-TEST(EstiloTest, TextsStandOutFromWhatIsBehindThem) {
+TEST(EstiloTest, TextsAndMarksStandOutFromWhatIsBehindThem) {
     Aplicacao();
-    const QPalette p = TEstiloAmetista().standardPalette();
-    const auto cor = [&](QPalette::ColorRole papel) { return p.color(QPalette::Active, papel); };
-    const std::pair<QColor, QColor> pares[] = {
-        {cor(QPalette::WindowText), cor(QPalette::Window)},
-        {cor(QPalette::WindowText), kFaixaDosBotoes},
-        {cor(QPalette::Text), cor(QPalette::Base)},
-        {cor(QPalette::Text), cor(QPalette::AlternateBase)},
-        {cor(QPalette::ButtonText), cor(QPalette::Button)},
-        {cor(QPalette::HighlightedText), cor(QPalette::Highlight)},
-        {cor(QPalette::ToolTipText), cor(QPalette::ToolTipBase)},
-        {kTextoSobreAmetista, kAmetista},
-        {kVermelho, cor(QPalette::Base)},
-        {kVermelho, cor(QPalette::Window)},
-        {p.color(QPalette::Disabled, QPalette::Text), p.color(QPalette::Disabled, QPalette::Base)},
-    };
-    for (const auto& [texto, fundo] : pares)
-        EXPECT_GE(Contraste(texto, fundo), 4.5) << S(texto.name()) << " on " << S(fundo.name());
+    for (const bool escuro : {false, true}) {
+        const QPalette p = TEstiloAmetista(escuro).standardPalette();
+        const auto cor = [&](QPalette::ColorRole papel) { return p.color(QPalette::Active, papel); };
+        EXPECT_EQ(cor(QPalette::Window).lightness() < 128, escuro);
+        const std::pair<QColor, QColor> textos[] = {
+            {cor(QPalette::WindowText), cor(QPalette::Window)},
+            {cor(QPalette::WindowText), Cores().faixaDosBotoes},
+            {cor(QPalette::Text), cor(QPalette::Base)},
+            {cor(QPalette::Text), cor(QPalette::AlternateBase)},
+            {cor(QPalette::PlaceholderText), cor(QPalette::Base)},
+            {cor(QPalette::ButtonText), cor(QPalette::Button)},
+            {cor(QPalette::ButtonText), Cores().sobre},
+            {cor(QPalette::ButtonText), Cores().pressionado},
+            {cor(QPalette::HighlightedText), cor(QPalette::Highlight)},
+            {cor(QPalette::ToolTipText), cor(QPalette::ToolTipBase)},
+            {cor(QPalette::Link), cor(QPalette::Window)},
+            {Cores().sobreAmetista, Cores().ametista},
+            {Cores().sobreAmetista, Cores().ametistaClara},
+            {Cores().sobreAmetista, Cores().ametistaEscura},
+            {Cores().vermelho, cor(QPalette::Base)},
+            {Cores().vermelho, cor(QPalette::Window)},
+            {p.color(QPalette::Disabled, QPalette::Text), p.color(QPalette::Disabled, QPalette::Base)},
+            {p.color(QPalette::Disabled, QPalette::WindowText), cor(QPalette::Window)},
+        };
+        for (const auto& [texto, fundo] : textos)
+            EXPECT_GE(Contraste(texto, fundo), 4.5) << S(texto.name()) << " on " << S(fundo.name());
+        for (const QColor& fundo : {cor(QPalette::Window), cor(QPalette::Base)})
+            for (const QColor& marca : {Cores().realce, Cores().borda})
+                EXPECT_GE(Contraste(marca, fundo), 3) << S(marca.name()) << " on " << S(fundo.name());
+    }
+}
+
+TEST(EstiloTest, ADarkDesktopIsKnownByItsPalette) {
+    Aplicacao();
+    EXPECT_TRUE(PedeEscuro(QPalette(Qt::white, Qt::black)));
+    EXPECT_FALSE(PedeEscuro(QPalette(Qt::black, Qt::white)));
 }
 
 TEST(EstiloTest, TheDefaultButtonAndTheFocusAreTold) {
     Aplicacao().setStyle(new TEstiloAmetista);
-    const auto pixel = [](bool padrao) {
+    const auto retrato = [](bool padrao, bool foco) {
         QPushButton botao("x");
         botao.setDefault(padrao);
         botao.resize(80, 30);
-        return botao.grab().toImage().pixelColor(10, 15);
+        QStyleOptionButton opcao;
+        opcao.initFrom(&botao);
+        opcao.text = "x";
+        opcao.state |= QStyle::State_Enabled | QStyle::State_Raised;
+        opcao.state.setFlag(QStyle::State_HasFocus, foco);
+        opcao.state.setFlag(QStyle::State_KeyboardFocusChange, foco);
+        opcao.features.setFlag(QStyleOptionButton::DefaultButton, padrao);
+        QImage imagem(80, 30, QImage::Format_RGB32);
+        imagem.fill(Cores().fundo);
+        QPainter pintor(&imagem);
+        QApplication::style()->drawControl(QStyle::CE_PushButton, &opcao, &pintor, &botao);
+        return imagem;
     };
-    EXPECT_EQ(pixel(true), kAmetista);
-    EXPECT_NE(pixel(false), kAmetista);
+    EXPECT_EQ(retrato(true, false).pixelColor(10, 15), Cores().ametista);
+    EXPECT_NE(retrato(false, false).pixelColor(10, 15), Cores().ametista);
+    for (const bool padrao : {false, true}) {
+        const QImage com = retrato(padrao, true), sem = retrato(padrao, false);
+        int diferentes = 0;
+        for (int x = 0; x < com.width(); ++x)
+            for (int y = 0; y < com.height(); ++y)
+                diferentes += Contraste(com.pixelColor(x, y), sem.pixelColor(x, y)) >= 3;
+        EXPECT_GT(diferentes, 150) << (padrao ? "default button" : "button");
+    }
 }
 
 }  // namespace

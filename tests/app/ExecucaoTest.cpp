@@ -260,6 +260,7 @@ TEST(ExecucaoTest, ErrorsCanBeSavedAndTheLogIsKeptNewestFirst) {
     TInstalacao instalacao;
     TJanelaDeTeste janela(instalacao);
     janela.Mostra();
+    EXPECT_FALSE(janela.C<QPushButton>("SpeedButton2").isEnabled()) << "there is nothing to save";
     janela.Tela().Erro(TErroDaExecucao::NaLista({.mensagem = "Erro na ação"}, ""));
     janela.Tela().Erro(TErroDaExecucao::NaLista({.mensagem = "Outro"}, ""));
     janela.Tela().Erro(TErroDaExecucao::NoLog({.mensagem = "primeira"}, "T1", ""));

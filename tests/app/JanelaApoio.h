@@ -36,6 +36,7 @@ inline QApplication& Aplicacao() {
 class TDialogosDeTeste : public IDialogos {
   public:
     std::vector<std::string> informacoes, perguntas;
+    std::vector<std::string> erros;  // those among the informations that carry the sign of one
     std::vector<QString> abertos;
     std::deque<bool> respostas;
     QString arquivo, proposto;
@@ -44,6 +45,10 @@ class TDialogosDeTeste : public IDialogos {
     void Informacao(const QString& texto) override {
         informacoes.push_back(S(texto));
         aoInformar();
+    }
+    void Erro(const QString& texto) override {
+        erros.push_back(S(texto));
+        Informacao(texto);
     }
     bool Confirmacao(const QString& texto) override {
         perguntas.push_back(S(texto));

@@ -2,6 +2,7 @@
 #include <QAccessible>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QCompleter>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -9,6 +10,8 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScreen>
+#include <QSet>
 #include <QStackedWidget>
 #include <QTableWidget>
 #include <algorithm>
@@ -128,6 +131,62 @@ TEST_F(JanelaTest, EveryControlIsReachedByKeyboardAndHasANameToRead) {
     EXPECT_GT(lidos, 25);
 }
 
+/// Gives the application another font until the end of the scope.
+class TFonteDeTeste {
+  public:
+    explicit TFonteDeTeste(int pontos) : antes_(QApplication::font()) {
+        QFont fonte = antes_;
+        fonte.setPointSize(pontos);
+        QApplication::setFont(fonte);
+    }
+    ~TFonteDeTeste() { QApplication::setFont(antes_); }
+
+  private:
+    QFont antes_;
+};
+
+TEST_F(JanelaTest, NoCaptionIsCutWhateverTheFont) {
+    for (const int pontos : {9, 11, 14, 18}) {
+        const TFonteDeTeste fonte(pontos);
+        Abre({"LOJA;nobkp", {}});
+        EscolhePacote();
+        for (int pagina = 0; pagina < 5; ++pagina) {
+            if (pagina > 0) Clica("btProximo");
+            int vistos = 0;
+            for (QWidget* controle : janela_->Janela().findChildren<QWidget*>()) {
+                const auto* rotulo = qobject_cast<QLabel*>(controle);
+                const bool botao = qobject_cast<QAbstractButton*>(controle) != nullptr;
+                const bool inteiro = rotulo && !rotulo->wordWrap() && !rotulo->text().isEmpty() &&
+                                     rotulo->sizePolicy().horizontalPolicy() != QSizePolicy::Ignored;
+                const bool proprio = !controle->objectName().startsWith("qt_");
+                if (!controle->isVisible() || !proprio || (!botao && !inteiro)) continue;
+                ++vistos;
+                const QSize cabe = botao && controle->maximumWidth() < 90 ? controle->size() : controle->sizeHint();
+                EXPECT_GE(controle->width(), cabe.width()) << pontos << " points: " << S(controle->objectName());
+                EXPECT_GE(controle->height(), controle->sizeHint().height()) << pontos << S(controle->objectName());
+                const QRect onde(controle->mapTo(&janela_->Janela(), QPoint()), controle->size());
+                EXPECT_TRUE(janela_->Janela().rect().contains(onde)) << pontos << S(controle->objectName());
+            }
+            EXPECT_GT(vistos, 6) << Onde();
+        }
+        EXPECT_EQ(janela_->Janela().width() > 683, pontos > 9) << pontos;
+    }
+}
+
+TEST_F(JanelaTest, TheWindowStandsInTheMiddleOfTheScreen) {
+    const QRect tela = janela_->Janela().screen()->availableGeometry();
+    const QPoint longe = janela_->Janela().frameGeometry().center() - tela.center();
+    EXPECT_LE(longe.manhattanLength(), 2);
+}
+
+TEST_F(JanelaTest, EveryEditHasALabelThatNamesIt) {
+    QSet<const QWidget*> nomeados;
+    for (const QLabel* rotulo : janela_->Janela().findChildren<QLabel*>()) nomeados.insert(rotulo->buddy());
+    for (const char* nome : {"edAlias", "edCaminhoBanco", "edCaminhoBackup", "edServerRest", "edBancoRest",
+                             "edAtualizacao", "mListaTabelas", "Memo1", "Memo2"})
+        EXPECT_TRUE(nomeados.contains(&C<QWidget>(nome))) << nome;
+}
+
 TEST_F(JanelaTest, TabFollowsThePageAndAcceleratorsAreUnambiguous) {
     Abre({"LOJA;nobkp", {}});
     EscolhePacote();
@@ -138,7 +197,7 @@ TEST_F(JanelaTest, TabFollowsThePageAndAcceleratorsAreUnambiguous) {
         "edAtualizacao SpeedButton3 btLog btVoltar btProximo btSair",
         "cbAtualizaTodas cbCompleto chkQuerysAnteriores chkQuerysPosteriores cbTabela edTabela BitBtn1 mListaTabelas "
         "rgModoAtualizacao0 btLog btVoltar btProximo btSair",
-        "cbComBackup btPlano btEnsaio Memo1 SpeedButton2 Memo2 btLog btVoltar btProximo btSair",
+        "cbComBackup btPlano btEnsaio Memo1 Memo2 btLog btVoltar btProximo btSair",
     };
     for (const char* esperado : esperados) {
         if (Onde().starts_with("opcoes")) C<QCheckBox>("cbTabela").click();
@@ -576,6 +635,20 @@ TEST_F(JanelaTest, TablesAreSelectedByName) {
     EXPECT_EQ(Informacoes(), (std::vector<std::string>{"A tabela TCLI_CON já foi adicionada a lista de atualização.",
                                                        "A tabela TNADA não existe.",
                                                        "A tabela TPRODUTO já foi adicionada a lista de atualização."}));
+
+    lista.setPlainText("TCLI_CON\ntproduto\nTVENDA");
+    QTextCursor cursor = lista.textCursor();
+    cursor.setPosition(12);  // inside the second line
+    lista.setTextCursor(cursor);
+    Clica("btTiraTabela");
+    EXPECT_EQ(lista.toPlainText(), "TCLI_CON\nTVENDA");
+    lista.selectAll();
+    Clica("btTiraTabela");
+    EXPECT_EQ(lista.toPlainText(), "");
+    EXPECT_FALSE(C<QPushButton>("btTiraTabela").isEnabled());
+    lista.setPlainText("TCLI_CON\ntproduto");
+    tabela.completer()->setCompletionPrefix("ONTAS_");
+    EXPECT_EQ(tabela.completer()->currentCompletion(), "TCONTAS_REC") << "found by what it contains";
 
     C<QRadioButton>("rgModoAtualizacao1").click();
     for (const char* todas : {"cbAtualizaTodas", "cbCompleto"}) {

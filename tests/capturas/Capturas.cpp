@@ -119,6 +119,8 @@ void Fotografa(const QString& pasta) {
         janela.C<QComboBox>("edTabela").setEditText(tabela);
         janela.C<QPushButton>("BitBtn1").click();
     }
+    janela.Janela().activateWindow();
+    janela.C<QPushButton>("btVoltar").setFocus(Qt::TabFocusReason);
     capturas.Guarda("opcoes");
     janela.C<QCheckBox>("cbTabela").click();
     capturas.Proximo();
@@ -140,6 +142,7 @@ void Fotografa(const QString& pasta) {
     QDir::setCurrent(QCaminho(instalacao.Pasta()));
     TDialogosQt dialogos;
     capturas.Guarda("pergunta", [&] { dialogos.Confirmacao("Deseja sair do programa de atualização?"); });
+    capturas.Guarda("erro", [&] { dialogos.Erro("Não foi possível gravar o arquivo: o disco está cheio."); });
     capturas.Guarda("informacao", [&] { dialogos.Informacao("Arquivo de atualização não foi encontrado"); });
     capturas.Guarda("abrir", [&] { dialogos.ArquivoParaAbrir(); });
     capturas.Guarda("salvar", [&] { dialogos.ArquivoParaGravar("AtualizaQueryErro.log"); });
@@ -149,11 +152,17 @@ void Fotografa(const QString& pasta) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::cerr << "capturas PASTA\n";
+    if (argc < 2) {
+        std::cerr << "capturas PASTA [escuro] [PONTOS]\n";
         return 64;
     }
-    Aplicacao().setStyle(new TEstiloAmetista);
+    const QStringList como(argv + 2, argv + argc);
+    Aplicacao().setStyle(new TEstiloAmetista(como.contains("escuro")));
     FalaPortugues(Aplicacao());
+    for (const QString& pontos : como) {
+        QFont fonte = QApplication::font();
+        if (pontos.toInt() > 0) fonte.setPointSize(pontos.toInt());
+        QApplication::setFont(fonte);
+    }
     Fotografa(QDir(argv[1]).absolutePath());
 }

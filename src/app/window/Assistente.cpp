@@ -49,7 +49,7 @@ void Prepara(QApplication& aplicacao) {
     // Qt takes the user's locale over; numbers and path names of the engine go by "C", in UTF-8.
     std::setlocale(LC_ALL, "C");
     std::setlocale(LC_CTYPE, "C.UTF-8");
-    QApplication::setStyle(new TEstiloAmetista);
+    QApplication::setStyle(new TEstiloAmetista(PedeEscuro(QApplication::palette())));
     QApplication::setApplicationName("AtualizaWKD");
     QApplication::setDesktopFileName("atualizawkd");
     // Reading a picture loads all image plugins: not before the window is there.
@@ -101,7 +101,7 @@ TCodigoDeSaida AbreAssistente(int& argc, char** argv, const TAmbiente& ambiente,
         QApplication::exec();
         return janela.Codigo();
     } catch (const std::exception& erro) {
-        tela.Informacao(erro.what());
+        tela.Erro(TErroDaExecucao::NaCaixa(ErroDe(erro)));
         if (desassistida) tela.SalvaLog();
         return TCodigoDeSaida::SemConexao;
     }

@@ -29,8 +29,16 @@ QPushButton* Botao(const char* nome, const QString& texto, const QString& dica) 
 QPushButton* Reticencias(const char* nome, const QString& dica) {
     QPushButton* botao = Botao(nome, "...", dica);
     botao->setAccessibleName(dica);
-    botao->setFixedWidth(36);
+    botao->setFixedWidth(LarguraDoSinal(*botao));
     return botao;
+}
+
+int LarguraDoSinal(const QPushButton& botao) { return botao.fontMetrics().horizontalAdvance("...") + 24; }
+
+QLabel* RotuloDe(const QString& texto, QWidget* campo) {
+    auto* rotulo = new QLabel(texto);
+    rotulo->setBuddy(campo);
+    return rotulo;
 }
 
 QLabel* Cabecalho(const QString& texto) {
@@ -45,7 +53,7 @@ QLabel* Cabecalho(const QString& texto) {
 void PintaAviso(QWidget& controle, bool vermelho) {
     QPalette paleta;
     if (vermelho)
-        for (const auto papel : {QPalette::Text, QPalette::WindowText}) paleta.setColor(papel, kVermelho);
+        for (const auto papel : {QPalette::Text, QPalette::WindowText}) paleta.setColor(papel, Cores().vermelho);
     controle.setPalette(paleta);
 }
 
@@ -121,6 +129,12 @@ void TDialogosQt::Informacao(const QString& texto) {
     caixa.Pergunta(ok, ok);
 }
 
+void TDialogosQt::Erro(const QString& texto) {
+    TCaixa caixa(QMessageBox::Critical, texto);
+    QPushButton* ok = caixa.Botao("OK", QMessageBox::AcceptRole);
+    caixa.Pergunta(ok, ok);
+}
+
 bool TDialogosQt::Confirmacao(const QString& texto) {
     TCaixa caixa(QMessageBox::Question, texto);
     QPushButton* sim = caixa.Botao("Sim", QMessageBox::YesRole);
@@ -188,7 +202,7 @@ static bool AbreMaximizado(const QString& arquivo) {  // how wide is the window 
 
 void TDialogosQt::Abre(const QString& arquivo) {
     if (!AbreMaximizado(arquivo))
-        Informacao("Não foi possível abrir " + arquivo + ": nenhum programa instalado abre este tipo de arquivo.");
+        Erro("Não foi possível abrir " + arquivo + ": nenhum programa instalado abre este tipo de arquivo.");
 }
 
 }  // namespace wkd

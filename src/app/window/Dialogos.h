@@ -59,6 +59,10 @@ T* Nomeia(T* controle, const char* nome, const QString& lido = {}) {
 QPushButton* Botao(const char* nome, const QString& texto, const QString& dica = {});
 /// Button "..." that fills the edit beside it.
 QPushButton* Reticencias(const char* nome, const QString& dica);
+/// Width of a button with no more than a sign.
+int LarguraDoSinal(const QPushButton& botao);
+/// Label that names a field, for those who hear the window as well.
+QLabel* RotuloDe(const QString& texto, QWidget* campo);
 /// Heading of a page.
 QLabel* Cabecalho(const QString& texto);
 QLabel* RotuloVermelho(const QString& texto);
@@ -72,6 +76,7 @@ class IDialogos {
     virtual ~IDialogos() = default;
 
     virtual void Informacao(const QString& texto) = 0;
+    virtual void Erro(const QString& texto) = 0;
     /// True for Yes.
     virtual bool Confirmacao(const QString& texto) = 0;
     virtual TAcaoReconcilia Reconcilia(const QString& erro) = 0;
@@ -92,6 +97,7 @@ class IDialogos {
 class TDialogosQt : public IDialogos {
   public:
     void Informacao(const QString& texto) override;
+    void Erro(const QString& texto) override;
     bool Confirmacao(const QString& texto) override;
     TAcaoReconcilia Reconcilia(const QString& erro) override;
     QString ArquivoParaAbrir() override;

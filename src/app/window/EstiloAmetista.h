@@ -10,16 +10,27 @@ namespace wkd {
 /// being connected. The locale must not change before the thread ends.
 std::jthread LeFontesDoSistema();
 
-inline constexpr QColor kVermelho{0xB0, 0x00, 0x20};
-inline constexpr QColor kAmetista{0x5E, 0x35, 0x8F};
-inline constexpr QColor kTextoSobreAmetista{0xFF, 0xFF, 0xFF};
-inline constexpr QColor kFaixaDosBotoes{0xE8, 0xDF, 0xF3};
+/// Tones of the look. Every text stands out from what is behind it by 4.5:1, every mark by 3:1.
+struct TCores {
+    QColor fundo, campo, texto, textoApagado, borda, bordaApagada;
+    QColor sobre, pressionado;                       // of a button
+    QColor ametista, ametistaClara, ametistaEscura;  // of what is filled, and the text on it
+    QColor sobreAmetista;
+    QColor realce;  // focus, and what is checked
+    QColor vermelho, faixaDosBotoes;
+};
+
+/// Those of the style that was made last.
+const TCores& Cores();
+
+/// Whether the desktop, whose palette this is, wants dark windows.
+bool PedeEscuro(const QPalette& doSistema);
 
 /// The program's look, "Amethyst Kamri": amethyst tones, flat buttons with round corners, a clear focus mark. Drawn
 /// with vectors, so it is as crisp as the screen is.
 class TEstiloAmetista : public QProxyStyle {
   public:
-    TEstiloAmetista();
+    explicit TEstiloAmetista(bool escuro = false);
 
     QPalette standardPalette() const override;
     void polish(QPalette& paleta) override { paleta = standardPalette(); }
@@ -31,6 +42,8 @@ class TEstiloAmetista : public QProxyStyle {
                        const QWidget* controle) const override;
     void drawControl(ControlElement elemento, const QStyleOption* opcao, QPainter* pintor,
                      const QWidget* controle) const override;
+    void drawComplexControl(ComplexControl qual, const QStyleOptionComplex* opcao, QPainter* pintor,
+                            const QWidget* controle) const override;
     QSize sizeFromContents(ContentsType tipo, const QStyleOption* opcao, const QSize& conteudo,
                            const QWidget* controle) const override;
     int pixelMetric(PixelMetric medida, const QStyleOption* opcao, const QWidget* controle) const override;

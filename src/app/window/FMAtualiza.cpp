@@ -4,11 +4,14 @@
 #include <QCloseEvent>
 #include <QLabel>
 #include <QPushButton>
+#include <QScreen>
 #include <QStackedWidget>
+#include <QStyle>
 #include <QTimer>
 #include <QToolTip>
 #include <QVBoxLayout>
 #include <QWindow>
+#include <algorithm>
 #include <chrono>
 #include <future>
 
@@ -55,7 +58,6 @@ TFMAtualiza::TFMAtualiza(TDataModulo& daEntrada, const TMeios& meios, TInicio in
     setWindowTitle("AtualizaWKD v" + Q(kVersao));
     setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
                    Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
-    setFixedSize(kAreaCliente);
     dm_ = std::make_unique<TDataModulo>(aliases, meios_.tela);
 
     auto* partes = new QVBoxLayout(this);
@@ -66,6 +68,7 @@ TFMAtualiza::TFMAtualiza(TDataModulo& daEntrada, const TMeios& meios, TInicio in
     partes->addWidget(Botoes());
     btProximo_->setDefault(true);
     Liga();
+    Dimensiona();
     ocupado_ = new TPainelOcupado(this);
     meios_.tela.Liga(*status_, *ocupado_);
 
@@ -75,11 +78,19 @@ TFMAtualiza::TFMAtualiza(TDataModulo& daEntrada, const TMeios& meios, TInicio in
         });
 }
 
+/// The told size is that of the font it was drawn with; a larger one, or a screen reader's, makes the window grow.
+void TFMAtualiza::Dimensiona() {
+    constexpr double kPontosDoDesenho = 9;
+    const double vezes = std::max(1.0, QFontInfo(font()).pointSizeF() / kPontosDoDesenho);
+    const QSize desenho = (QSizeF(kAreaCliente) * vezes).toSize().boundedTo(screen()->availableSize());
+    setFixedSize(desenho.expandedTo(minimumSizeHint()).expandedTo(kAreaCliente));
+}
+
 TFMAtualiza::~TFMAtualiza() { alias_->disconnect(this); }
 
 QWidget* TFMAtualiza::Faixa() {
-    QWidget* faixa = FaixaColorida(kAmetista, kTextoSobreAmetista);
-    faixa->setFixedHeight(44);
+    QWidget* faixa = FaixaColorida(Cores().ametista, Cores().sobreAmetista);
+    faixa->setMinimumHeight(44);
     lblTitulo_ = Nomeia(new QLabel(Q(kTituloInicial)), "lblTitulo");
     QFont fonte = lblTitulo_->font();
     fonte.setPointSizeF(fonte.pointSizeF() * 1.35);
@@ -87,7 +98,7 @@ QWidget* TFMAtualiza::Faixa() {
     lblTitulo_->setFont(fonte);
     lblNovaVersao_ = Nomeia(new QLabel, "lblNovaVersao");
     auto* linha = new QHBoxLayout(faixa);
-    linha->setContentsMargins(14, 0, 14, 0);
+    linha->setContentsMargins(14, 6, 14, 6);
     linha->addWidget(lblTitulo_, 1);
     linha->addWidget(lblNovaVersao_);
     return faixa;
@@ -110,15 +121,15 @@ QStackedWidget* TFMAtualiza::Paginas() {
 }
 
 QWidget* TFMAtualiza::Botoes() {
-    QWidget* faixa = FaixaColorida(kFaixaDosBotoes, palette().color(QPalette::WindowText));
-    faixa->setFixedHeight(48);
+    QWidget* faixa = FaixaColorida(Cores().faixaDosBotoes, palette().color(QPalette::WindowText));
+    faixa->setMinimumHeight(48);
     btLog_ = Botao("btLog", "&Log", "Abrir o log das atualizações");
     btVoltar_ = Botao("btVoltar", "&Voltar");
     btProximo_ = Botao("btProximo", "&Próximo");
     btSair_ = Botao("btSair", "&Sair");
     btVoltar_->setEnabled(false);
     auto* linha = new QHBoxLayout(faixa);
-    linha->setContentsMargins(14, 0, 14, 0);
+    linha->setContentsMargins(14, 8, 14, 8);
     linha->addStretch();
     for (QPushButton* botao : {btLog_, btVoltar_, btProximo_, btSair_}) {
         botao->setMinimumSize(92, 30);
@@ -149,6 +160,7 @@ void TFMAtualiza::showEvent(QShowEvent* evento) {
     QDialog::showEvent(evento);
     if (mostrada_) return;
     mostrada_ = true;
+    move(QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, frameSize(), screen()->availableGeometry()).topLeft());
     FormShow();
 }
 
@@ -163,6 +175,8 @@ void TFMAtualiza::FormShow() {
     // The window is drawn before a server is waited for.
     if (!inicio_.primeiro.empty()) QTimer::singleShot(0, this, &TFMAtualiza::LeArgumentos);
 }
+
+void TFMAtualiza::MostraErro(TErro erro) { meios_.tela.Erro(TErroDaExecucao::NaCaixa(std::move(erro))); }
 
 void TFMAtualiza::ListaAliases() {
     const THBNConnection& conexao = dm_->SQLConnection1;
@@ -179,7 +193,7 @@ void TFMAtualiza::EditaAlias(const std::string& nome) {
         alias_->Escolhe(dialogo.Nome());
         PreencheDados();
     } catch (const std::exception& erro) {
-        meios_.tela.Informacao(erro.what());
+        MostraErro(ErroDe(erro));
     }
 }
 
@@ -356,7 +370,7 @@ void TFMAtualiza::LiberaUsuarios() {
         Espera("Liberando os usuários...", [&] { wkd::LiberaUsuarios(dm_->SQLConnection1, codigos); });
         PreencheDados();
     } catch (const std::exception& erro) {
-        meios_.tela.Erro(TErroDaExecucao::NaCaixa(ErroDe(erro)));
+        MostraErro(ErroDe(erro));
     }
 }
 
@@ -435,7 +449,9 @@ void TFMAtualiza::ReabreConexao() {
         });
         opcoes_->Oferece(dm_->ListaDeTabelas());
     } catch (const std::exception& erro) {
-        meios_.tela.Informacao(ExplicaConexao(ErroDe(erro)));
+        TErro semConexao = ErroDe(erro);
+        semConexao.mensagem = ExplicaConexao(semConexao);
+        MostraErro(std::move(semConexao));
     }
 }
 

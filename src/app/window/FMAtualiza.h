@@ -72,6 +72,8 @@ class TFMAtualiza : public QDialog {
     QStackedWidget* Paginas();
     QWidget* Botoes();
     void Liga();
+    void Dimensiona();
+    void MostraErro(TErro erro);
 
     void FormShow();
     void FormClose();

@@ -91,9 +91,10 @@ void TFMAtualiza::btPlanoClick() {
 
 TCodigoDeSaida TFMAtualiza::Executa(TFimMostrado& mostrado) {
     if (!PastaGravavel(meios_.ambiente.pastaPrograma)) {
-        meios_.tela.Informacao("Sem permissão de gravação na pasta do programa, " +
-                               meios_.ambiente.pastaPrograma.string() +
-                               ", onde ficam o log e as linhas rejeitadas. Dê a permissão e rode de novo.");
+        MostraErro({.mensagem = "Sem permissão de gravação na pasta do programa, " +
+                                meios_.ambiente.pastaPrograma.string() +
+                                ", onde ficam o log e as linhas rejeitadas. Dê a permissão e rode de novo.",
+                    .falha = TFalha::Arquivo});
         return TCodigoDeSaida::Encerrada;
     }
     TFimDaAtualizacao fim = TFimDaAtualizacao::Interrompida;  // unless it comes to an end of its own
@@ -212,7 +213,7 @@ void TFMAtualiza::Button1Click() {
             verificaIndicesPrimarios(ctx);
         });
     } catch (const std::exception& erro) {
-        meios_.tela.Informacao(erro.what());
+        MostraErro(ErroDe(erro));
     }
 }
 
@@ -234,6 +235,7 @@ void TFMAtualiza::ComAndamento(const std::function<std::string(const TAcompanha&
     cancelado_ = false;
     ocupado_->OfereceCancelar([this] { cancelado_ = true; });
     std::string resultado;
+    bool falhou = false;
     NoBanco([&] {
         try {
             resultado = trabalho([this](const TProgresso& progresso) {
@@ -243,13 +245,17 @@ void TFMAtualiza::ComAndamento(const std::function<std::string(const TAcompanha&
         } catch (const TCancelada&) {
             resultado = "Cancelado: nada foi gravado.";
         } catch (const std::exception& erro) {
+            falhou = true;
             resultado = ExplicaFalha(erro);
         }
         meios_.tela.EscondeOcupado();
     });
     ocupado_->OfereceCancelar({});
     for (QPushButton* botao : livres) botao->setEnabled(true);
-    if (!resultado.empty()) meios_.dialogos.Informacao(Q(resultado));
+    if (falhou)
+        meios_.dialogos.Erro(Q(resultado));
+    else if (!resultado.empty())
+        meios_.dialogos.Informacao(Q(resultado));
 }
 
 void TFMAtualiza::btExecutaBackupClick() {

@@ -79,15 +79,17 @@ TPaginaAlias::TPaginaAlias()
 
     auto* linhas = new QGridLayout(this);
     linhas->setVerticalSpacing(6);
-    linhas->addWidget(Cabecalho("Escolha o alias que deseja atualizar"), 0, 0, 1, 2);
+    auto* cabecalho = Cabecalho("Escolha o alias que deseja atualizar");
+    cabecalho->setBuddy(edAlias_);
+    linhas->addWidget(cabecalho, 0, 0, 1, 2);
     auto* escolha = new QHBoxLayout;
     escolha->addWidget(edAlias_, 1);
     escolha->addWidget(novo);
     escolha->addWidget(btAlterar_);
     linhas->addLayout(escolha, 1, 0, 1, 2);
-    linhas->addWidget(new QLabel("Banco de Dados:"), 2, 0);
+    linhas->addWidget(RotuloDe("Banco de Dados:", edCaminhoBanco_), 2, 0);
     linhas->addWidget(edCaminhoBanco_, 2, 1);
-    linhas->addWidget(new QLabel("Nº Usuários online: "), 3, 0);
+    linhas->addWidget(RotuloDe("Nº Usuários online: ", gridUsuariosOnline_), 3, 0);
     linhas->addLayout(Numero(), 3, 1);
     linhas->addWidget(gridUsuariosOnline_, 4, 0, 1, 2);
     linhas->addWidget(mErro_, 4, 0, 1, 2);  // never both
@@ -146,6 +148,7 @@ void TPaginaAlias::EscondeUsuarios() {
 
 void TPaginaAlias::Explica(const QString& texto) {
     mErro_->setPlainText(texto);
+    mErro_->setAccessibleDescription(texto);
     mErro_->setVisible(!texto.isEmpty());
 }
 

@@ -16,7 +16,7 @@ TPaginaAtualizacao::TPaginaAtualizacao(IDialogos& dialogos)
 
     auto* linhas = new QGridLayout(this);
     linhas->addWidget(Cabecalho("Escolha o modo com qual deseja executar a atualização:"), 0, 0, 1, 3);
-    linhas->addWidget(new QLabel("Arquivo de Atualização"), 1, 0);
+    linhas->addWidget(RotuloDe("Arquivo de Atualização", edAtualizacao_), 1, 0);
     linhas->addWidget(edAtualizacao_, 1, 1);
     linhas->addWidget(escolhe, 1, 2);
     linhas->addWidget(url, 2, 1);

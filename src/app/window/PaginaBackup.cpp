@@ -95,7 +95,7 @@ QWidget* TPaginaBackup::GrupoDoDestino() {
     auto* linha = new QHBoxLayout(grupo);
     linha->setContentsMargins(10, 4, 10, 8);
     auto* escolhe = Reticencias("SpeedButton4", "Escolher a pasta de backup");
-    linha->addWidget(new QLabel("Pasta de backup"));
+    linha->addWidget(RotuloDe("Pasta de backup", edCaminhoBackup_));
     linha->addWidget(edCaminhoBackup_);
     linha->addWidget(escolhe);
     connect(escolhe, &QPushButton::clicked, this, &TPaginaBackup::SpeedButton4Click);
@@ -106,10 +106,10 @@ QWidget* TPaginaBackup::GrupoRestaurar() {
     auto* grupo = new QGroupBox("Restaurar em:");
     auto* linhas = new QGridLayout(grupo);
     linhas->setContentsMargins(10, 4, 10, 8);
-    linhas->addWidget(new QLabel("Servidor"), 0, 0);
+    linhas->addWidget(RotuloDe("Servidor", edServerRest_), 0, 0);
     linhas->addWidget(edServerRest_, 0, 1);
     linhas->addWidget(cbRestaurar_, 0, 2);
-    linhas->addWidget(new QLabel("Caminho do Banco de Dados"), 1, 0);
+    linhas->addWidget(RotuloDe("Caminho do Banco de Dados", edBancoRest_), 1, 0);
     linhas->addWidget(edBancoRest_, 1, 1, 1, 2);
     return grupo;
 }
@@ -131,7 +131,7 @@ void TPaginaBackup::MostraDestino(bool naBaseOriginal) {
         edBancoRest_->setText(Q(destino.banco));
         edServerRest_->setText(Q(destino.servidor));
     } catch (const std::exception& erro) {
-        dialogos_.Informacao(Q(erro.what()));
+        dialogos_.Erro(Q(erro.what()));
     }
 }
 
@@ -169,7 +169,7 @@ void TPaginaBackup::btRelatoriosBkpClick() {
             },
             TEntrada::Descarta);
     } catch (const std::exception& erro) {
-        dialogos_.Informacao(Q(erro.what()));
+        dialogos_.Erro(Q(erro.what()));
     }
 }
 

@@ -1,6 +1,7 @@
 #include "window/PaginaOpcoes.h"
 
 #include <QCheckBox>
+#include <QCompleter>
 #include <QGridLayout>
 #include <QPlainTextEdit>
 #include <QRadioButton>
@@ -59,7 +60,15 @@ QWidget* TPaginaOpcoes::Selecionadas() {
     mListaTabelas_->setTabChangesFocus(true);
     auto* adiciona = Botao("BitBtn1", "+", "Adicionar á lista de atualização");
     adiciona->setAccessibleName("Adicionar á lista de atualização");
-    adiciona->setFixedWidth(36);
+    auto* tira = Botao("btTiraTabela", "−", "Tirar da lista a tabela em que está o cursor");
+    tira->setAccessibleName("Tirar da lista de atualização");
+    for (QPushButton* botao : {adiciona, tira}) botao->setFixedWidth(LarguraDoSinal(*botao));
+    tira->setEnabled(false);
+    connect(mListaTabelas_, &QPlainTextEdit::textChanged, tira,
+            [this, tira] { tira->setEnabled(!Listadas().isEmpty()); });
+    connect(tira, &QPushButton::clicked, this, &TPaginaOpcoes::TiraTabela);
+    edTabela_->completer()->setFilterMode(Qt::MatchContains);
+    edTabela_->completer()->setCompletionMode(QCompleter::PopupCompletion);
     connect(adiciona, &QPushButton::clicked, this, &TPaginaOpcoes::BitBtn1Click);
 
     gbSelecionadas_ = new QGroupBox("Atualizar tabelas selecionadas");
@@ -67,7 +76,10 @@ QWidget* TPaginaOpcoes::Selecionadas() {
     linhas->addWidget(cbTabela_, 0, 0, 1, 2);
     linhas->addWidget(edTabela_, 1, 0);
     linhas->addWidget(adiciona, 1, 1);
-    linhas->addWidget(RotuloVermelho("Tabelas selecionas para atualização"), 2, 0, 1, 2);
+    auto* rotulo = RotuloVermelho("Tabelas selecionas para atualização");
+    rotulo->setBuddy(mListaTabelas_);
+    linhas->addWidget(rotulo, 2, 0);
+    linhas->addWidget(tira, 2, 1);
     linhas->addWidget(mListaTabelas_, 3, 0, 1, 2);
     linhas->addWidget(Modo(), 4, 0, 1, 2);
     linhas->setColumnStretch(0, 1);
@@ -112,6 +124,21 @@ void TPaginaOpcoes::Marca(const TOpcoes& opcoes) {
     (opcoes.modoCompleto ? modoCompleto_ : modoNormal_)->setChecked(true);
     mListaTabelas_->clear();
     for (const auto& tabela : opcoes.tabelas) mListaTabelas_->appendPlainText(Q(tabela));
+}
+
+/// Those of the lines that the cursor or the selection is in.
+void TPaginaOpcoes::TiraTabela() {
+    QTextCursor cursor = mListaTabelas_->textCursor();
+    const int fim = cursor.selectionEnd();
+    cursor.setPosition(cursor.selectionStart());
+    cursor.movePosition(QTextCursor::StartOfBlock);
+    cursor.setPosition(fim, QTextCursor::KeepAnchor);
+    cursor.movePosition(QTextCursor::EndOfBlock, QTextCursor::KeepAnchor);
+    cursor.removeSelectedText();
+    if (!cursor.atEnd())
+        cursor.deleteChar();
+    else
+        cursor.deletePreviousChar();
 }
 
 QStringList TPaginaOpcoes::Listadas() const { return mListaTabelas_->toPlainText().split('\n', Qt::SkipEmptyParts); }

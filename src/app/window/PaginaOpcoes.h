@@ -124,6 +124,7 @@ class TPaginaOpcoes : public QWidget {
     void cbAtualizaTodasClick();
     void cbCompletoClick();
     void BitBtn1Click();
+    void TiraTabela();
     QStringList Listadas() const;
 
     TExisteTabela existeTabela_;

@@ -7,6 +7,7 @@
 #include <QScrollBar>
 #include <QTextBlock>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "window/Dialogos.h"
 #include "window/EstiloAmetista.h"
@@ -50,7 +51,7 @@ TPainelOcupado::TPainelOcupado(QWidget* janela)
         cancelar_->setEnabled(false);
         if (cancela_) cancela_();
     });
-    setFixedWidth(320);
+    setFixedWidth(std::max(320, 46 * fontMetrics().averageCharWidth()));
     hide();
 }
 
@@ -113,7 +114,9 @@ TPaginaStatus::TPaginaStatus(IDialogos& dialogos)
     auto* linhas = new QVBoxLayout(this);
     linhas->setSpacing(4);
     auto* titulo = new QHBoxLayout;
-    titulo->addWidget(Cabecalho("Status da Atualização"), 1);
+    auto* cabecalho = Cabecalho("Status da Atualização");
+    cabecalho->setBuddy(memo1_);
+    titulo->addWidget(cabecalho, 1);
     for (QWidget* oferta : std::initializer_list<QWidget*>{cbComBackup_, btPlano_, btEnsaio_})
         titulo->addWidget(oferta);
     linhas->addLayout(titulo);
@@ -145,6 +148,9 @@ QWidget* TPaginaStatus::Erros() {
     PintaAviso(*memo2_, true);
 
     auto* salva = Botao("SpeedButton2", "Salvar", "Salvar a lista de erros em um arquivo");
+    salva->setEnabled(false);
+    connect(memo2_, &QPlainTextEdit::textChanged, salva,
+            [this, salva] { salva->setEnabled(!memo2_->document()->isEmpty()); });
     connect(salva, &QPushButton::clicked, this, &TPaginaStatus::SpeedButton2Click);
 
     auto* parte = new QWidget;
@@ -152,7 +158,9 @@ QWidget* TPaginaStatus::Erros() {
     auto* linhas = new QGridLayout(parte);
     linhas->setContentsMargins(0, 0, 0, 0);
     linhas->setVerticalSpacing(4);
-    linhas->addWidget(Cabecalho("Erros"), 0, 0);
+    auto* cabecalho = Cabecalho("Erros");
+    cabecalho->setBuddy(memo2_);
+    linhas->addWidget(cabecalho, 0, 0);
     linhas->addWidget(salva, 0, 1);
     linhas->addWidget(memo2_, 1, 0, 1, 2);
     linhas->setColumnStretch(0, 1);
@@ -199,9 +207,9 @@ QWidget* TPaginaStatus::Fim() {
 }
 
 void TPaginaStatus::MostraFim(const TFimMostrado& fim) {
-    constexpr int kDosBotoes = 210;  // with the page's margins
     const QFontMetrics letras(lblVeredicto_->font());
-    lblVeredicto_->setText(letras.elidedText(fim.veredicto, Qt::ElideRight, width() - kDosBotoes));
+    const int dosBotoes = 2 * btRelatorio_->sizeHint().width() + 40;  // with the page's margins
+    lblVeredicto_->setText(letras.elidedText(fim.veredicto, Qt::ElideRight, width() - dosBotoes));
     lblVeredicto_->setToolTip(fim.veredicto);
     lblVeredicto_->setAccessibleName(fim.veredicto);
     PintaAviso(*lblVeredicto_, !fim.certo);
@@ -248,7 +256,7 @@ void TPaginaStatus::SpeedButton2Click() {
     QSaveFile arquivo(nome);
     const QByteArray bytes = texto.toUtf8();
     if (!arquivo.open(QIODevice::WriteOnly) || arquivo.write(bytes) != bytes.size() || !arquivo.commit())
-        dialogos_.Informacao("Não foi possível gravar " + nome + ": " + arquivo.errorString());
+        dialogos_.Erro("Não foi possível gravar " + nome + ": " + arquivo.errorString());
 }
 
 }  // namespace wkd

@@ -202,7 +202,11 @@ void TTelaDaJanela::Memo1(std::string_view linha) {
 }
 
 void TTelaDaJanela::Relata(const TErroDaExecucao& erro) {
-    if (erro.caixa && !desassistida_) return Informacao(erro.erro.mensagem);
+    if (erro.caixa && !desassistida_)
+        return NaThreadDaJanela([&] {
+            Descarrega();
+            dialogos_.Erro(Q(erro.erro.mensagem));
+        });
     houveErro_ = true;
     NoConsole([&, onde = Onde()] { erros_.Erro(erro, onde); });
     if (!erro.caixa) return ITela::Relata(erro);
