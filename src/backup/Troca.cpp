@@ -4,8 +4,8 @@
 #include "Explicacao.h"
 #include "package/Caminho.h"
 #include "package/Trava.h"
+#include "package/TravaDoBanco.h"
 #include "process/Interrupcao.h"
-#include "run/TravaDoBanco.h"
 #include "values/Texto.h"
 
 namespace wkd {

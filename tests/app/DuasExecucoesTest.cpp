@@ -9,7 +9,7 @@
 #include "ProgramaApoio.h"
 #include "Retrato.h"
 #include "ServidorFirebird.h"
-#include "run/TravaDoBanco.h"
+#include "package/TravaDoBanco.h"
 
 namespace wkd {
 namespace {

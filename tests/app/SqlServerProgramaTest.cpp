@@ -9,7 +9,7 @@
 #include "Linhas.h"
 #include "LojaSqlServer.h"
 #include "ProgramaApoio.h"
-#include "run/TravaDoBanco.h"
+#include "package/TravaDoBanco.h"
 
 namespace wkd {
 namespace {

@@ -11,9 +11,9 @@
 #include "commands/Preferencias.h"
 #include "commands/TextoQt.h"
 #include "package/Caminho.h"
+#include "package/TravaDoBanco.h"
 #include "process/Terminal.h"
 #include "report/PlanoEmTexto.h"
-#include "run/TravaDoBanco.h"
 
 namespace wkd {
 

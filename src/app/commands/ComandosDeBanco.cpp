@@ -6,9 +6,9 @@
 #include "commands/PreencheDados.h"
 #include "context/CargaDoPacote.h"
 #include "package/Pacote.h"
+#include "package/TravaDoBanco.h"
 #include "report/Historico.h"
 #include "report/PlanoEmTexto.h"
-#include "run/TravaDoBanco.h"
 #include "server/Vigia.h"
 #include "values/Texto.h"
 

@@ -5,8 +5,8 @@
 
 #include "ServidorDeBackup.h"
 #include "Troca.h"
+#include "package/TravaDoBanco.h"
 #include "report/RelatorioDaExecucao.h"
-#include "run/TravaDoBanco.h"
 
 namespace wkd {
 

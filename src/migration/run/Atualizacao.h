@@ -7,7 +7,7 @@
 
 #include "context/Contexto.h"
 #include "package/Pacote.h"
-#include "run/TravaDoBanco.h"
+#include "package/TravaDoBanco.h"
 
 namespace wkd {
 

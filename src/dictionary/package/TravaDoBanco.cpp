@@ -1,4 +1,4 @@
-#include "run/TravaDoBanco.h"
+#include "package/TravaDoBanco.h"
 
 #include <future>
 
