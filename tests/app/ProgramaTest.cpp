@@ -149,6 +149,12 @@ TEST(Programa, SaysWhatIsWrongAndLeavesTheDatabaseAsItWas) {
         {"server down", [](auto& loja) { TrocaNoIni(loja, "Hostname=", "Hostname=127.0.0.1/1"); }, 3, {"127.0.0.1"}},
         {"database missing", [](auto& loja) { fs::rename(loja / "loja.fdb", loja / "x.fdb"); }, 3, {"loja.fdb"}},
         {"not a database", [](auto& loja) { loja.Escreve("loja.fdb", std::string(9000, 'x')); }, 3, {"loja.fdb"}},
+        {"database read-only",
+         [](auto& loja) {
+             ASSERT_EQ(std::system(("gfix -mode read_only '" + (loja / "loja.fdb").string() + "'").c_str()), 0);
+         },
+         2,
+         {"só de leitura", "gfix -mode read_write"}},
         {"rows of a commit",
          [](auto& loja) { TrocaNoIni(loja, "[LOJA]", "[LOJA]\nLinhasPorCommit=100001"); },
          2,

@@ -108,6 +108,8 @@ class TConexaoFirebird : public TConnection {
         }
     }
 
+    bool SoLeitura() override { return sessao_->Informacao(isc_info_db_read_only) == 1; }
+
     /// The embedded engine's file is on this machine.
     std::optional<std::uintmax_t> EspacoLivre() override {
         std::error_code semErro;

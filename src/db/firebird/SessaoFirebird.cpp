@@ -40,16 +40,6 @@ std::uint32_t LimiteDeConexao(const TParametrosConexao& parametros) {
     return limite.empty() ? 20 : static_cast<std::uint32_t>(std::stoul(limite));
 }
 
-std::int64_t NumeroDaLigacao(isc_db_handle* banco) {
-    TEstadoFirebird estado;
-    const char item = isc_info_attachment_id;
-    char resposta[32] = {};
-    Cliente().isc_database_info(estado, banco, 1, &item, sizeof resposta, resposta);
-    if (resposta[0] != isc_info_attachment_id) return 0;
-    return Cliente().isc_portable_integer(reinterpret_cast<const ISC_UCHAR*>(resposta + 3),
-                                          static_cast<short>(Cliente().isc_vax_integer(resposta + 1, 2)));
-}
-
 /// Whether the database's own pages could not be read or written.
 bool DoDisco(const ISC_STATUS* estado) {
     for (const ISC_STATUS codigo : {isc_io_error, isc_db_corrupt, isc_bad_db_format})
@@ -113,7 +103,7 @@ void TSessaoFirebird::Liga(std::string_view conjunto) {
     paraCancelar_ = banco_;
     condenada_.clear();
     perdida_ = cancelada_ = false;
-    numero_ = NumeroDaLigacao(&banco_);
+    numero_ = Informacao(isc_info_attachment_id);
     ++geracao_;
     nomeDoConjunto_ = conjunto;
     const auto conhecido = ConjuntoDoNome(conjunto);
@@ -122,6 +112,15 @@ void TSessaoFirebird::Liga(std::string_view conjunto) {
         throw TErroConversao("CharacterSet=" + nomeDoConjunto_ + ": use UTF8, WIN1252 ou ISO8859_1");
     }
     conjunto_ = *conhecido;
+}
+
+std::int64_t TSessaoFirebird::Informacao(char qual) {
+    TEstadoFirebird estado;
+    char resposta[32] = {};
+    Cliente().isc_database_info(estado, &banco_, 1, &qual, sizeof resposta, resposta);
+    if (resposta[0] != qual) return 0;
+    return Cliente().isc_portable_integer(reinterpret_cast<const ISC_UCHAR*>(resposta + 3),
+                                          static_cast<short>(Cliente().isc_vax_integer(resposta + 1, 2)));
 }
 
 void TSessaoFirebird::Desliga() noexcept {

@@ -63,6 +63,8 @@ class TSessaoFirebird {
     void Cancela() noexcept;
     /// Number of the attachment, 0 before the first.
     std::int64_t Numero() const { return numero_; }
+    /// What the engine says of the open database (isc_info_...), as a number; 0 when it does not say.
+    std::int64_t Informacao(char qual);
 
     void DefineObservador(TConnection::TObservador observador) { observador_ = std::move(observador); }
     void Observa(std::string_view comando) const {

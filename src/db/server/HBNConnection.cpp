@@ -221,6 +221,8 @@ bool THBNConnection::InTransaction() const { return driver_ && driver_->InTransa
 void THBNConnection::MarcaPonto(std::string_view nome) { Driver().MarcaPonto(nome); }
 void THBNConnection::VoltaAoPonto(std::string_view nome) { Driver().VoltaAoPonto(nome); }
 
+bool THBNConnection::SoLeitura() { return Driver().SoLeitura(); }
+
 std::optional<std::uintmax_t> THBNConnection::EspacoLivre() { return Driver().EspacoLivre(); }
 
 std::unique_ptr<TReserva> THBNConnection::Reserva(std::string_view tabela) { return Driver().Reserva(tabela); }

@@ -180,6 +180,8 @@ class TConnection {
     /// fails is left to the server.
     virtual void Derruba(std::string_view /*numero*/) noexcept {}
 
+    /// Whether the database as a whole is set to take no changes.
+    virtual bool SoLeitura() { return false; }
     /// Bytes that the disk of the database has left; nothing where that cannot be seen from here.
     virtual std::optional<std::uintmax_t> EspacoLivre() { return std::nullopt; }
 

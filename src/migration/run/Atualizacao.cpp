@@ -65,6 +65,7 @@ TFimDaAtualizacao TAtualizacao::Executa() {
         TInterrupcao::Confere();
         Identifica();
         ctx_.linhasPorCommit = LinhasPorCommit(ctx_);
+        ExigeEscrita();
         trava_.emplace(ctx_.dm.SQLConnection1);
         TPastaDeTrabalho pasta(ctx_.opcoes.temporaria);
         fim = Corre(pasta);
@@ -104,6 +105,13 @@ void TAtualizacao::Identifica() {
     evidencia.pacote = ctx_.opcoes.pacote.string();
     evidencia.banco = ctx_.dm.SQLConnection1.RetornaDadosConexao().Texto();
     evidencia.servidor = ServidorVivo(ctx_.Conexao());
+}
+
+void TAtualizacao::ExigeEscrita() {
+    if (ctx_.Conexao().SoLeitura())
+        throw TErroConhecido(TFalha::BancoSoLeitura,
+                             "O banco de dados está marcado como só de leitura; nada foi feito. Desmarque-o (Firebird: "
+                             "gfix -mode read_write; SQL Server: ALTER DATABASE ... SET READ_WRITE) e rode de novo.");
 }
 
 void TAtualizacao::GaranteConexao() {

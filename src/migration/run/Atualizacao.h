@@ -37,6 +37,8 @@ class TAtualizacao {
     void PassosFinais();
     void Encerra();
 
+    /// Throws TErroConhecido for a database that takes no changes.
+    void ExigeEscrita();
     /// Before a step: after a loss the connection is opened again, with the lock. Throws when that cannot be.
     void GaranteConexao();
     void Reabre();
