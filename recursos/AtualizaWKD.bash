@@ -22,7 +22,7 @@ _atualizawkd() {
     case $primeira in
         --novo-alias) opcoes='--tipo --hostname --path --database --usuario --autenticacao --menu --troca --sem-teste' ;;
         --muda-senha) opcoes=--sem-teste ;;
-        --plano) opcoes="--json --silencioso $escolhas" ;;
+        --plano) opcoes="--json --sql --html --silencioso $escolhas" ;;
         --ensaio) opcoes="--json --mantem $escolhas" ;;
         --confere | --historico) opcoes=--json ;;
         --backup) opcoes=--guarda ;;

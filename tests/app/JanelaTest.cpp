@@ -253,7 +253,7 @@ TEST_F(JanelaTest, OnceThereIsAPackageThePlanIsShownAndNothingChanges) {
     const std::string antes = Retrato(*instalacao_.Conexao());
     Clica("btPlano");
     const QString plano = C<QPlainTextEdit>("Memo1").toPlainText();
-    EXPECT_TRUE(plano.contains("TVENDA: reconstruir (tipo de DATA_VENDA muda de ftDate para ftDateTime)")) << S(plano);
+    EXPECT_TRUE(plano.contains("-/+ TVENDA (tipo de DATA_VENDA muda de ftDate para ftDateTime)")) << S(plano);
     EXPECT_FALSE(plano.contains("TCLI_CON")) << S(plano);
     EXPECT_TRUE(plano.contains("Resumo: ")) << S(plano);
     EXPECT_EQ(Diferencas(antes, Retrato(*instalacao_.Conexao())), "");

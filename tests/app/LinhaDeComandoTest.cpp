@@ -55,7 +55,8 @@ TEST(LinhaDeComando, SaysWhatIsMissingOrTooMuch) {
         {{"LOJA;", "p.zip", "--tabelas"}, "valor de --tabelas"},
         {{"LOJA;", "p.zip", "--tabelas", " , "}, "separados por vírgula"},
         {{"--plano", "A", "p.zip", "--todas", "--tabelas=T"}, "--todas ou --tabelas"},
-        {{"--plano", "A", "p.zip", "--json", "--silencioso"}, "--silencioso"},
+        {{"--plano", "A", "p.zip", "--json", "--silencioso"}, "Use só uma"},
+        {{"--plano", "A", "p.zip", "--sql", "--html"}, "Use só uma"},
         {{"--confere", "A", "--todas"}, "--todas"},
     };
     for (const auto& [argumentos, mencao] : casos) {
@@ -79,7 +80,7 @@ TEST(LinhaDeComando, TakesValuesJoinedOrApartAndSwitchesAnywhere) {
         const auto plano = std::get<TPedePlano>(LeLinhaDeComando(linha));
         EXPECT_EQ(plano.alias, "LOJA");
         EXPECT_EQ(plano.pacote, "a=b.zip");
-        EXPECT_TRUE(plano.json);
+        EXPECT_EQ(plano.forma, TFormaDoPlano::Json);
     }
     const auto novo =
         std::get<TPedeNovoAlias>(LeLinhaDeComando({"--novo-alias=A", "--tipo=tbInterbase", "--database=--x=y",

@@ -6,8 +6,10 @@
 
 #include "Arquivos.h"
 #include "Linhas.h"
+#include "Programa.h"
 #include "ProgramaApoio.h"
 #include "Retrato.h"
+#include "tables/MarcaDaBackup.h"
 
 namespace wkd {
 namespace {
@@ -54,6 +56,87 @@ struct TCenario {
     const char* nome;
     std::function<void(const TProgramaInstalado&)> prepara;
 };
+
+TEST(Plano, TheTextTellsTheSumFirstAndThenEachChange) {
+    const TProgramaInstalado loja;
+    const auto saida = loja.Roda({"--plano", "LOJA", "pacote.zip"});
+    EXPECT_EQ(saida.codigo, 10) << saida.erros;
+    std::size_t onde = 0;
+    for (const char* linha :
+         {"Resumo: 2 a criar, 3 a alterar, 2 a reconstruir (80 registros, 2.871 bytes), 7 sem mudança; achados: 0.\n",
+          "~ Tabelas do dicionário: ", "\n~ TPRODUTO (versão 4 para 5)\n    ~ DESCRICAO: varchar(60) -> varchar(120)\n",
+          "    + NCM: varchar(8)\n    + ORIGEM: integer\n",
+          "\n-/+ TVENDA (tipo de DATA_VENDA muda de ftDate para ftDateTime)\n    ~ DATA_VENDA: date -> timestamp\n",
+          "    os registros vão para BTVENDA e voltam: 40 registros, 1.000 bytes, cerca de 00:00:01\n",
+          "\n+ TNOTA_FISCAL (a tabela não existe)\n    + SERIE: varchar(3)\n", "\nSem mudança (7): TESTADO, TCIDADE, ",
+          "Relatórios do pacote (3): ", "Arquivos do pacote (", "Passos finais (8): "}) {
+        const auto achada = saida.saida.find(linha, onde);
+        EXPECT_NE(achada, std::string::npos) << linha << "\n" << saida.saida;
+        if (achada != std::string::npos) onde = achada;
+    }
+}
+
+TEST(Plano, ThePageOpensWithoutNetworkAndTellsTheSame) {
+    const TProgramaInstalado loja;
+    const std::string pagina = loja.Roda({"--plano", "LOJA", "pacote.zip", "--html"}).saida;
+    for (const char* texto : {"<h1>Plano da atualização</h1>", "2 a reconstruir", "<b class=\"\">TVENDA</b>",
+                              "~ DATA_VENDA: date -&gt; timestamp", "@media print", "Passos finais"})
+        EXPECT_NE(pagina.find(texto), std::string::npos) << texto;
+    for (const char* deFora : {"http:", "https:", "<script", " src=", "<link", "@import", "url(", "{{", "<!-- parte"})
+        EXPECT_EQ(pagina.find(deFora), std::string::npos) << deFora;
+}
+
+TEST(Plano, TheServersOwnToolReadsTheStatementsAndLosesNoRow) {
+    const TProgramaInstalado loja;
+    loja.Banco()->ExecuteDirect("alter table TPRODUTO add OBS varchar(2500)");
+    loja.Banco()->ExecuteDirect(
+        "insert into SATRIB (ARQUIVO, SEQUENCIA, NOME, TIPO, TAMANHO, CHAVE_DE_PESQUISA) values ('TPRODUTO', 9, 'OBS', "
+        "'ftString', 2500, 0)");
+    NoPacote(loja, "SAtrib.WKD", "NOME=\"DESCRICAO\" TIPO=\"ftString\" TAMANHO=\"120\"",
+             "NOME=\"DESCRICAO\" VALOR_PADRAO=\"d'água; x\" TIPO=\"ftString\" TAMANHO=\"120\"");
+    const std::string vendas = Linhas(*loja.Banco(), "select * from TVENDA order by NUMERO");
+    loja.Escreve("plano.sql", loja.Roda({"--plano", "LOJA", "pacote.zip", "--sql"}).saida);
+    const auto isql = RodaPrograma("isql-fb", {"-b", "-q", "-ch", "UTF8", "-i", "plano.sql", "loja.fdb"}, loja / ".");
+    EXPECT_EQ(isql.codigo, 0) << isql.saida << isql.erros << loja.Arquivo("plano.sql");
+    EXPECT_EQ(isql.saida + isql.erros, "");
+
+    const auto banco = loja.Banco();
+    const auto tipo = [&](const char* tabela, const char* coluna) {
+        const auto colunas = banco->Colunas(tabela);
+        const auto* achada = ColunaDeNome(colunas, coluna);
+        return achada ? achada->tipoSql : "";
+    };
+    EXPECT_EQ(tipo("TPRODUTO", "DESCRICAO"), "varchar(120)");
+    EXPECT_EQ(tipo("TPRODUTO", "NCM"), "varchar(8)");
+    EXPECT_EQ(tipo("TPRODUTO", "OBS"), "varchar(1998)");
+    EXPECT_EQ(tipo("TNOTA_FISCAL", "CHAVE_ACESSO"), "varchar(44)");
+    EXPECT_EQ(Linhas(*banco, "select * from TVENDA order by NUMERO"), vendas);
+}
+
+TEST(Plano, ARebuildThatWaitsCountsTheRowsThatAreLeft) {
+    const TProgramaInstalado loja;
+    std::string cidades;
+    {
+        const auto banco = loja.Banco();
+        banco->ExecuteDirect(
+            "create table BTCIDADE (CODIGO integer not null, NOME varchar(40), UF varchar(2), primary key (CODIGO))");
+        banco->ExecuteDirect("insert into BTCIDADE select * from TCIDADE");
+        cidades = Linhas(*banco, "select * from TCIDADE order by CODIGO");
+        banco->ExecuteDirect("delete from TCIDADE where CODIGO > (select min(CODIGO) + 1 from TCIDADE)");
+        banco->ExecuteDirect("update SARQUIVO set VERSAO = -1 where NOME_ARQUIVO = 'TCIDADE'");
+    }
+    const auto faltam = std::stoi(Linhas(
+        *loja.Banco(), "select (select count(*) from BTCIDADE) - (select count(*) from TCIDADE) from RDB$DATABASE"));
+    ASSERT_GT(faltam, 0);
+    const auto cidade = Tabela(Plano(loja, 10), "TCIDADE");
+    EXPECT_EQ(cidade.at("registros"), faltam) << cidade.dump(1);
+    EXPECT_TRUE(cidade.at("retoma").get<bool>());
+    EXPECT_TRUE(
+        loja.Roda({"--plano", "LOJA", "pacote.zip"}).Diz("de BTCIDADE faltam voltar " + std::to_string(faltam)));
+
+    loja.Atualiza();
+    EXPECT_EQ(Linhas(*loja.Banco(), "select * from TCIDADE order by CODIGO"), cidades);
+}
 
 TEST(Plano, TheUpdateDecidesAndRunsWhatThePlanSaid) {
     const TCenario cenarios[] = {
@@ -210,6 +293,19 @@ TEST(Plano, FindsInTheDataWhatTheChangeDoesNotTake) {
         {"TVENDA", "gatilhos", 1, "G_VENDA",
          [](auto& loja) {
              loja.Banco()->ExecuteDirect("create trigger G_VENDA for TVENDA before insert as begin end");
+         }},
+        {"TVENDA", "propriedades", 1, "SEQ: generated by default as identity",
+         [](auto& loja) {
+             loja.Banco()->ExecuteDirect("delete from TVENDA");  // rows have no number to be given
+             loja.Banco()->ExecuteDirect("alter table TVENDA add SEQ integer generated by default as identity");
+         }},
+        {"TVENDA", "coluna-desconhecida", 0, "",
+         [](auto& loja) { loja.Banco()->ExecuteDirect("alter table TVENDA add NOSSA varchar(10)"); }},
+        {"TVENDA", "tipo-fisico", 0, "",
+         [](auto& loja) {
+             const auto banco = loja.Banco();
+             banco->ExecuteDirect("alter table TVENDA drop TOTAL");
+             banco->ExecuteDirect("alter table TVENDA add TOTAL decimal(15,2)");
          }},
         {"TPRODUTO", "coluna-nao-muda", 0, "",
          [](auto& loja) {

@@ -112,7 +112,7 @@ void SqlServer::ConfereQueNadaFalta() {
         if (tabela.motivo.find("não chegou ao fim") != std::string::npos) continue;  // what was refused is tried again
         EXPECT_EQ(tabela.acao, TAcaoDaTabela::Nada) << tabela.nome << tabela.motivo;
     }
-    EXPECT_TRUE(plano->correcoes.empty() && plano->preparacao.empty());
+    EXPECT_TRUE(plano->correcoes.empty() && plano->ajustes.empty() && plano->dicionario.empty());
 }
 
 TEST_F(SqlServer, AWholeUpdateCreatesAltersRebuildsAndKeepsEveryRow) {

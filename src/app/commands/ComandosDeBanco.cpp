@@ -85,12 +85,32 @@ TOpcoes OpcoesDoComando(const TAmbiente& ambiente, const std::string& alias, con
     return opcoes;
 }
 
+namespace {
+
+std::string PlanoNaForma(const TPlano& plano, TFormaDoPlano forma) {
+    switch (forma) {
+        case TFormaDoPlano::Texto:
+            return PlanoEmTexto(plano);
+        case TFormaDoPlano::Json:
+            return PlanoEmJson(plano);
+        case TFormaDoPlano::Sql:
+            return PlanoEmSql(plano);
+        case TFormaDoPlano::Html:
+            return PlanoEmHtml(plano);
+        case TFormaDoPlano::Nenhuma:
+            break;
+    }
+    return {};
+}
+
+}  // namespace
+
 TCodigoDeSaida MostraPlano(const TAmbiente& ambiente, const TPedePlano& pedido) {
     if (!TemAsTabelas(ambiente, pedido.pacote, pedido.escolhas)) return TCodigoDeSaida::Encerrada;
     return NoAlias(ambiente, pedido.alias, [&](TDataModulo& dm, const TEstado& estado) {
         const auto plano = Planeja(dm, OpcoesDoComando(ambiente, pedido.alias, pedido.pacote, pedido.escolhas), estado);
         if (!plano) return TCodigoDeSaida::Encerrada;
-        if (!pedido.silencioso) std::cout << (pedido.json ? PlanoEmJson(*plano) : PlanoEmTexto(*plano)) << std::flush;
+        std::cout << PlanoNaForma(*plano, pedido.forma) << std::flush;
         if (!plano->Muda() && plano->achados.empty()) return TCodigoDeSaida::Sucesso;
         return plano->TemAchados() ? TCodigoDeSaida::ComAchados : TCodigoDeSaida::ComMudancas;
     });

@@ -29,8 +29,9 @@ Só da atualização e de --plano:
   --silencioso                               nada na saída padrão: só erros, na saída de erros, e o código
 
 Sem mudar nada:
-  --plano ALIAS PACOTE.zip [--json]          diz o que a atualização faria, tabela por tabela, com seus motivos e
-                                             comandos, e o que nos dados não aceitaria a mudança
+  --plano ALIAS PACOTE.zip [--json | --sql | --html]
+                                             diz o que a atualização faria, tabela por tabela, com seus motivos, e
+                                             o que nos dados não aceitaria a mudança; --sql dá os comandos
   --confere ALIAS [--json]                   diz em que o banco difere do dicionário guardado nele
   --ensaio ALIAS PACOTE.zip [--json] [--mantem]
                                              faz a atualização inteira numa cópia do banco e diz se ele pode ser
@@ -130,11 +131,18 @@ TEscolhas Escolhas(const TArgumentos& argumentos) {
     return escolhas;
 }
 
-TPedido Plano(const TArgumentos& argumentos) {
-    TPedePlano pedido{NomeDoAlias(argumentos.Opcao("--plano")), argumentos.Palavra(0), argumentos.Tem("--json"),
-                      argumentos.Tem("--silencioso"), Escolhas(argumentos)};
-    if (pedido.json && pedido.silencioso) throw std::invalid_argument("--silencioso não mostra o que --json pede.");
-    return pedido;
+/// Throws std::invalid_argument for more than one.
+TFormaDoPlano FormaDoPlano(const TArgumentos& argumentos) {
+    TFormaDoPlano forma = TFormaDoPlano::Texto;
+    for (const auto& [chave, dela] :
+         {std::pair{"--json", TFormaDoPlano::Json}, std::pair{"--sql", TFormaDoPlano::Sql},
+          std::pair{"--html", TFormaDoPlano::Html}, std::pair{"--silencioso", TFormaDoPlano::Nenhuma}}) {
+        if (!argumentos.Tem(chave)) continue;
+        if (forma != TFormaDoPlano::Texto)
+            throw std::invalid_argument("Use só uma destas: --json, --sql, --html, --silencioso.");
+        forma = dela;
+    }
+    return forma;
 }
 
 TPedido Backup(const TArgumentos& argumentos) {
@@ -175,7 +183,10 @@ const std::vector<TComando>& Comandos() {
          [](const TArgumentos& a) -> TPedido {
              return TPedeMudaSenha{NomeDoAlias(a.Opcao("--muda-senha")), !a.Tem("--sem-teste")};
          }},
-        {"--plano", ComEscolhas({{"--plano"}, {"--json", "--silencioso"}, 1}), Plano},
+        {"--plano", ComEscolhas({{"--plano"}, {"--json", "--sql", "--html", "--silencioso"}, 1}),
+         [](const TArgumentos& a) -> TPedido {
+             return TPedePlano{NomeDoAlias(a.Opcao("--plano")), a.Palavra(0), FormaDoPlano(a), Escolhas(a)};
+         }},
         {"--confere",
          {{"--confere"}, {"--json"}},
          [](const TArgumentos& a) -> TPedido {

@@ -39,11 +39,12 @@ struct TEscolhas {
     bool anteriores = true, posteriores = true;
     std::string linhasPorCommit = {};  // as typed; the page lacks it
 };
+enum class TFormaDoPlano { Texto, Json, Sql, Html, Nenhuma };
 /// What an update would do.
 struct TPedePlano {
     std::string alias;
     std::filesystem::path pacote;
-    bool json = false, silencioso = false;
+    TFormaDoPlano forma = TFormaDoPlano::Texto;
     TEscolhas escolhas = {};
 };
 /// Whether the database is what its dictionary says.

@@ -14,71 +14,6 @@ namespace {
 
 using TJson = nlohmann::ordered_json;
 
-std::string Linhas(const std::vector<std::string>& linhas, std::string_view recuo) {
-    std::string texto;
-    for (const auto& linha : linhas) texto += std::string(recuo) + Troca(linha, "\n", "\n" + std::string(recuo)) + "\n";
-    return texto;
-}
-
-std::string Registros(std::int64_t registros) {
-    return ComMilhares(registros) + (registros == 1 ? " registro" : " registros");
-}
-
-std::string Volume(std::int64_t registros, std::int64_t bytes) {
-    return Registros(registros) + ", " + ComMilhares(bytes) + " bytes";
-}
-
-std::string EmTexto(const TAchado& achado) {
-    std::string texto = "    ! " + achado.tipo;
-    if (!achado.coluna.empty()) texto += " " + achado.coluna;
-    texto += ": " + achado.texto;
-    if (achado.quantos > 0) texto += " (" + ComMilhares(achado.quantos) + ")";
-    return texto + "\n" + Linhas(achado.exemplos, "        ");
-}
-
-std::string EmTexto(const TPlanoDaTabela& tabela) {
-    std::string texto = tabela.nome + ": " + std::string(NomeDaAcao(tabela.acao)) + " (" + tabela.motivo + ")\n";
-    if (tabela.acao == TAcaoDaTabela::Reconstroi) texto += "    move " + Volume(tabela.registros, tabela.bytes) + "\n";
-    texto += Linhas(tabela.comandos, "    ");
-    if (!tabela.exclusivas.empty())
-        texto += "    Só sem usuários conectados:\n" + Linhas(tabela.exclusivas, "        ");
-    for (const auto& achado : tabela.achados) texto += EmTexto(achado);
-    return texto + "\n";
-}
-
-struct TContagem {
-    std::int64_t cria = 0, altera = 0, reconstroi = 0, nada = 0, achados = 0, registros = 0, bytes = 0;
-};
-
-TContagem Conta(const TPlano& plano) {
-    TContagem conta;
-    conta.achados = static_cast<std::int64_t>(plano.achados.size());
-    for (const auto& tabela : plano.tabelas) {
-        std::int64_t& acao = tabela.acao == TAcaoDaTabela::Cria         ? conta.cria
-                             : tabela.acao == TAcaoDaTabela::Altera     ? conta.altera
-                             : tabela.acao == TAcaoDaTabela::Reconstroi ? conta.reconstroi
-                                                                        : conta.nada;
-        ++acao;
-        conta.achados += static_cast<std::int64_t>(tabela.achados.size());
-        conta.registros += tabela.registros;
-        conta.bytes += tabela.bytes;
-    }
-    return conta;
-}
-
-std::string Resumo(const TPlano& plano) {
-    const TContagem conta = Conta(plano);
-    std::string texto = "Resumo: " + ComMilhares(conta.cria) + " a criar, " + ComMilhares(conta.altera) +
-                        " a alterar, " + ComMilhares(conta.reconstroi) + " a reconstruir (" +
-                        Volume(conta.registros, conta.bytes) + "), " + ComMilhares(conta.nada) +
-                        " sem mudança; achados: " + ComMilhares(conta.achados) + ".\n";
-    if (plano.usuarios > 0)
-        texto += "Usuários conectados: " + ComMilhares(plano.usuarios) +
-                 (plano.EsperaUsuarios() ? ". A atualização seria recusada até que saiam.\n" : ".\n");
-    if (!plano.Muda()) texto += "Nada a fazer.\n";
-    return texto;
-}
-
 TJson EmJson(const TAchado& achado) {
     return {{"tipo", achado.tipo},
             {"coluna", achado.coluna},
@@ -88,15 +23,19 @@ TJson EmJson(const TAchado& achado) {
 }
 
 TJson EmJson(const TPlanoDaTabela& tabela) {
-    TJson json = {{"tabela", tabela.nome},
-                  {"acao", NomeDaAcao(tabela.acao)},
-                  {"motivo", tabela.motivo},
-                  {"comandos", tabela.comandos},
-                  {"exclusivas", tabela.exclusivas}};
+    TJson json = {{"tabela", tabela.nome},       {"acao", NomeDaAcao(tabela.acao)}, {"motivo", tabela.motivo},
+                  {"comandos", tabela.comandos}, {"mudancas", TJson::array()},      {"exclusivas", tabela.exclusivas}};
     if (tabela.acao == TAcaoDaTabela::Reconstroi) {
         json["registros"] = tabela.registros;
         json["bytes"] = tabela.bytes;
+        json["segundos"] = tabela.Segundos();
+        json["retoma"] = tabela.retoma;
     }
+    for (const auto& mudanca : tabela.mudancas)
+        json["mudancas"].push_back({{"sinal", std::string(1, mudanca.sinal)},
+                                    {"coluna", mudanca.coluna},
+                                    {"de", mudanca.de},
+                                    {"para", mudanca.para}});
     json["achados"] = TJson::array();
     for (const auto& achado : tabela.achados) json["achados"].push_back(EmJson(achado));
     return json;
@@ -104,28 +43,9 @@ TJson EmJson(const TPlanoDaTabela& tabela) {
 
 }  // namespace
 
-std::string PlanoEmTexto(const TPlano& plano) {
-    std::string texto = "Plano da atualização de " + plano.alias + " com " + plano.pacote + "\nBanco: " + plano.banco +
-                        " (" + plano.servidor + ")\n\n";
-    if (!plano.preparacao.empty()) texto += "Antes das tabelas\n" + Linhas(plano.preparacao, "    ") + "\n";
-    if (!plano.correcoes.empty())
-        texto += "Correções que este banco ainda não viu: " + Junta(plano.correcoes, ", ") + "\n\n";
-    for (const auto& troca : plano.trocas)
-        texto += troca.tabela + ": saem " + Registros(troca.saem) + " e entram " + ComMilhares(troca.entram) + " de " +
-                 troca.arquivo + " do pacote\n\n";
-    for (const auto& achado : plano.achados) texto += EmTexto(achado) + "\n";
-    std::vector<std::string> iguais;
-    for (const auto& tabela : plano.tabelas) {
-        if (tabela.acao == TAcaoDaTabela::Nada)
-            iguais.push_back(tabela.nome);
-        else
-            texto += EmTexto(tabela);
-    }
-    if (!iguais.empty()) texto += "Sem mudança: " + Junta(iguais, ", ") + "\n\n";
-    return texto + Resumo(plano);
-}
-
 std::string PlanoEmJson(const TPlano& plano) {
+    auto preparacao = plano.ajustes;
+    preparacao.insert(preparacao.end(), plano.dicionario.begin(), plano.dicionario.end());
     TJson json = {{"formato", kFormatoJson},
                   {"programa", "AtualizaWKD " + std::string(kVersao)},
                   {"alias", plano.alias},
@@ -136,11 +56,14 @@ std::string PlanoEmJson(const TPlano& plano) {
                   {"achados", plano.TemAchados()},
                   {"usuariosConectados", plano.usuarios},
                   {"recusadaPorUsuarios", plano.EsperaUsuarios()},
-                  {"preparacao", plano.preparacao},
+                  {"preparacao", preparacao},
                   {"correcoes", plano.correcoes},
                   {"trocas", TJson::array()},
                   {"achadosAntes", TJson::array()},
-                  {"tabelas", TJson::array()}};
+                  {"tabelas", TJson::array()},
+                  {"layouts", plano.layouts},
+                  {"arquivos", plano.arquivos},
+                  {"passos", plano.passos}};
     for (const auto& troca : plano.trocas)
         json["trocas"].push_back(
             {{"tabela", troca.tabela}, {"arquivo", troca.arquivo}, {"saem", troca.saem}, {"entram", troca.entram}});

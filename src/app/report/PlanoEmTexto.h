@@ -10,9 +10,13 @@
 
 namespace wkd {
 
-/// The plan for people, and for programs (one JSON object).
+/// The plan for people, as text and as a page, and for programs (one JSON object).
 std::string PlanoEmTexto(const TPlano& plano);
+std::string PlanoEmHtml(const TPlano& plano);
 std::string PlanoEmJson(const TPlano& plano);
+/// Its statements, each ended by ";", as a file that the server's own tool reads. What only the program does without
+/// losing rows, a rebuild, stands there as a comment.
+std::string PlanoEmSql(const TPlano& plano);
 
 /// The differences for people, a line each by table, and for programs (one JSON object).
 std::string DesviosEmTexto(const std::string& alias, const std::vector<TDesvio>& desvios);

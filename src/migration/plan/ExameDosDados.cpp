@@ -67,6 +67,7 @@ class TExame {
     bool AlteradaPor(const TDecisaoDaTabela& decisao, const std::string& coluna) const;
     void Valores(const TColunaFisica& fisica, const TColunaFisica& prevista, bool guarda);
     void NaoMuda(const TColunaFisica& fisica, const TColunaFisica& prevista);
+    void OutroTipo(const TColunaFisica& fisica, const TColunaFisica& prevista);
     void Recusada(const TColunaFisica& fisica, const TColunaFisica& prevista);
     void SemValor(const std::string& coluna);
     void Repetidos(std::string tipo, const std::string& nome, const std::vector<std::string>& colunas,
@@ -148,6 +149,22 @@ void TExame::NaoMuda(const TColunaFisica& fisica, const TColunaFisica& prevista)
     if (menor) Valores(fisica, prevista, false);
 }
 
+/// The stored dictionary does not know the type that somebody gave the column, and a rebuild takes the package's.
+void TExame::OutroTipo(const TColunaFisica& fisica, const TColunaFisica& prevista) {
+    const auto* gravada = ctx_.gravado.Coluna(tabela_, fisica.nome);
+    const std::string tipo = TipoNormal(fisica.tipoSql);
+    const bool textos = fisica.tipo == TTipoDado::Texto && prevista.tipo == TTipoDado::Texto;
+    if (!gravada || textos || tipo == TipoNormal(prevista.tipoSql) ||
+        tipo == TipoNormal(TipoDaColuna(gravada->tipo, gravada->tamanho, ctx_.Banco())))
+        return;
+    achados.push_back({"tipo-fisico",
+                       fisica.nome,
+                       "é " + fisica.tipoSql + " no banco, e não o que diz o dicionário dele: a reconstrução a faz " +
+                           prevista.tipoSql,
+                       0,
+                       {}});
+}
+
 /// The server narrows no text and makes no text too small for all values of another type.
 void TExame::Recusada(const TColunaFisica& fisica, const TColunaFisica& prevista) {
     const bool paraTexto = prevista.tipo == TTipoDado::Texto && prevista.tamanho < TextoMinimo(fisica);
@@ -169,9 +186,10 @@ void TExame::Colunas(const TDecisaoDaTabela& decisao, const std::vector<TColunaD
         const TColunaFisica* fisica = ColunaDeNome(fisicas_, nova.nome);
         if (!fisica || !ColunaFisica(nova) || !TipoConhecido(nova.tipo)) continue;
         const TColunaFisica prevista = ColunaPrevista(nova, conjunto_, ctx_.Banco());
-        if (decisao.acao == TAcaoDaTabela::Reconstroi)
+        if (decisao.acao == TAcaoDaTabela::Reconstroi) {
+            OutroTipo(*fisica, prevista);
             Valores(*fisica, prevista, true);
-        else if (AlteradaPor(decisao, nova.nome))
+        } else if (AlteradaPor(decisao, nova.nome))
             Recusada(*fisica, prevista);
         else
             NaoMuda(*fisica, prevista);

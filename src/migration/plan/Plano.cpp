@@ -8,12 +8,15 @@
 #include "corrections/Correcoes.h"
 #include "decision/DecisaoDaTabela.h"
 #include "layout/Preambulo.h"
+#include "package/Caminho.h"
 #include "package/Trava.h"
 #include "packet/DataPacket.h"
 #include "passes/CamposTexto.h"
 #include "plan/ExameDosDados.h"
 #include "rebuild/Nova.h"
+#include "rebuild/VoltaBackup.h"
 #include "rows/WKDQuery.h"
+#include "run/Atualizacao.h"
 #include "run/UsuariosOnline.h"
 #include "tables/MarcaDaBackup.h"
 #include "values/Texto.h"
@@ -24,6 +27,7 @@ namespace {
 
 constexpr std::int64_t kFormatos = 255;  // versions of one table that a Firebird database keeps
 constexpr std::int64_t kFormatosPerto = 200;
+constexpr double kRegistrosPorSegundo = 40'000;  // of a rebuild, docs/desempenho.md
 
 /// Forgets at the end of a scope what was supposed about the database.
 class TSuposicoes {
@@ -55,9 +59,13 @@ class TPlanejador {
     void SupoeDicionario(const std::vector<TComandoDoDicionario>& comandos);
     void SupoeAjustes(const std::vector<TTextoParaAjustar>& textos);
     void LeIndices(const TPastaDeTrabalho& pasta);
+    void DepoisDasTabelas(const TPastaDeTrabalho& pasta);
     void Tabelas();
     TPlanoDaTabela Tabela(const std::string& nome, const TMarcasDeAnalise& marcas);
+    void Mudancas(TPlanoDaTabela& tabela, const TDecisaoDaTabela& decisao);
     void Achados(TPlanoDaTabela& tabela, const TDecisaoDaTabela& decisao);
+    void Volume(TPlanoDaTabela& tabela);
+    void ForaDosDicionarios(TPlanoDaTabela& tabela);
     void ExaminaFormatos(TPlanoDaTabela& tabela);
     void ExaminaDependencias(TPlanoDaTabela& tabela);
 
@@ -85,6 +93,7 @@ std::optional<TPlano> TPlanejador::Planeja() {
     LeIndices(pasta);
     formatos_ = ctx_.Dialeto().Formatos(ctx_.Conexao());
     Tabelas();
+    DepoisDasTabelas(pasta);
     for (const auto& mudanca : MudancasExclusivas(ctx_.novo, ctx_.gravado))
         for (auto& tabela : plano_.tabelas)
             if (tabela.nome == mudanca.tabela) tabela.exclusivas.push_back(mudanca.linha);
@@ -95,6 +104,7 @@ void TPlanejador::Identifica() {
     plano_.alias = ctx_.opcoes.alias;
     plano_.banco = ctx_.dm.SQLConnection1.RetornaDadosConexao().Texto();
     plano_.pacote = ctx_.opcoes.pacote.string();
+    plano_.tipo = ctx_.Banco();
     plano_.usuarios = ContaUsuariosOnline(ctx_.Conexao()).value_or(0);
 }
 
@@ -105,7 +115,7 @@ void TPlanejador::Recusadas(const std::vector<TLinhaRecusada>& linhas) {
 void TPlanejador::Prepara() {
     const auto textos = TextosParaAjustar(ctx_);
     for (const auto& texto : textos) {
-        plano_.preparacao.insert(plano_.preparacao.end(), texto.comandos.begin(), texto.comandos.end());
+        plano_.ajustes.insert(plano_.ajustes.end(), texto.comandos.begin(), texto.comandos.end());
         if (texto.cortados > 0)
             plano_.achados.push_back({"texto-cortado",
                                       texto.tabela + "." + texto.coluna,
@@ -115,7 +125,7 @@ void TPlanejador::Prepara() {
                                       {}});
     }
     const auto comandos = PendenciasDoDicionario(ctx_.dm);
-    for (const auto& comando : comandos) plano_.preparacao.push_back(comando.texto);
+    for (const auto& comando : comandos) plano_.dicionario.push_back(comando.texto);
     for (const auto nome : CorrecoesPendentes(ctx_)) plano_.correcoes.emplace_back(nome);
     SupoeAjustes(textos);
     SupoeDicionario(comandos);
@@ -182,6 +192,22 @@ void TPlanejador::Tabelas() {
         if (const auto* tabela = TabelaAtual(ctx_)) plano_.tabelas.push_back(Tabela(tabela->nome, marcas));
 }
 
+/// A packet that cannot be read is left to the run, which reports it.
+void TPlanejador::DepoisDasTabelas(const TPastaDeTrabalho& pasta) {
+    for (const auto nome : PassosFinais()) plano_.passos.emplace_back(nome);
+    if (std::filesystem::exists(ctx_.opcoes.marcaNaoCria)) return;
+    for (const auto& layout : pasta.Arquivos(".rtm")) plano_.layouts.push_back(NomeDoArquivo(layout));
+    const auto arquivos = pasta.Arquivo("ARQUIVOS");
+    try {
+        if (arquivos.empty()) return;
+        const auto tabela = LePacote(arquivos).Tabela();
+        const int nome = IndiceDoCampo(tabela.campos, "ARQUIVO");
+        for (const auto& linha : tabela.linhas)
+            if (nome >= 0) plano_.arquivos.push_back(linha[static_cast<std::size_t>(nome)].ComoTexto());
+    } catch (const TErroPacote&) {
+    }
+}
+
 TPlanoDaTabela TPlanejador::Tabela(const std::string& nome, const TMarcasDeAnalise& marcas) {
     ctx_.Tela().LblGeral("Analisando Tabela: " + nome);
     const TDecisaoDaTabela decisao = DecideTabela(ctx_, marcas);
@@ -189,7 +215,12 @@ TPlanoDaTabela TPlanejador::Tabela(const std::string& nome, const TMarcasDeAnali
     tabela.nome = nome;
     tabela.acao = decisao.acao;
     tabela.motivo = decisao.motivo;
-    for (const auto& comando : decisao.comandos) tabela.comandos.push_back(comando.texto);
+    for (const auto& comando : decisao.comandos) {
+        // SQL Server takes the first form of most, Firebird that of none which has another.
+        const bool outra = ctx_.Banco() == TTipoBanco::tbInterbase && !comando.alternativa.empty();
+        tabela.comandos.push_back(comando.texto);
+        tabela.aceitos.push_back(outra ? comando.alternativa : comando.texto);
+    }
     const bool recria = decisao.acao == TAcaoDaTabela::Cria || decisao.acao == TAcaoDaTabela::Reconstroi;
     const bool existe = ctx_.dm.ExisteTabela(nome);
     if (decisao.acao == TAcaoDaTabela::Reconstroi && existe)
@@ -197,9 +228,40 @@ TPlanoDaTabela TPlanejador::Tabela(const std::string& nome, const TMarcasDeAnali
     if (recria) {
         const std::string fisica = decisao.acao == TAcaoDaTabela::Cria ? nome : Maiusculas(nome);
         tabela.comandos.push_back(ctx_.dm.Atualiza.ComandoCriaTabela(fisica, ColunasNovas(ctx_, nome)));
+        tabela.aceitos = tabela.comandos;
     }
-    if (decisao.acao != TAcaoDaTabela::Nada) Achados(tabela, decisao);
+    if (decisao.acao == TAcaoDaTabela::Nada) return tabela;
+    Mudancas(tabela, decisao);
+    Achados(tabela, decisao);
     return tabela;
+}
+
+/// Against what the table physically has, or what holds its rows where it is gone.
+void TPlanejador::Mudancas(TPlanoDaTabela& tabela, const TDecisaoDaTabela& decisao) {
+    const bool refaz = tabela.acao == TAcaoDaTabela::Reconstroi;
+    const auto novas = ColunasNovas(ctx_, tabela.nome);
+    const auto fisicas = ctx_.dm.ExisteTabela(tabela.nome) ? ctx_.dm.ColunasFisicas(tabela.nome)
+                         : refaz                           ? ctx_.Conexao().Colunas(NomeDaBackup(tabela.nome))
+                                                           : std::vector<TColunaFisica>();
+    const auto muda = [&](const std::string& coluna) {
+        return refaz ||
+               std::ranges::find(decisao.comandos, coluna, &TComandoPendente::coluna) != decisao.comandos.end();
+    };
+    for (const auto& nova : novas) {
+        if (!ColunaFisica(nova)) continue;
+        const std::string tipo = TipoDaColuna(nova.tipo, nova.tamanho, ctx_.Banco());
+        const std::string para = Troca(Minusculas(Apara(tipo)), " (", "(");
+        const TColunaFisica* fisica = ColunaDeNome(fisicas, nova.nome);
+        if (!fisica)
+            tabela.mudancas.push_back({'+', nova.nome, "", para});
+        else if (muda(nova.nome) && TipoNormal(fisica->tipoSql) != TipoNormal(para))
+            tabela.mudancas.push_back({'~', nova.nome, fisica->tipoSql, para});
+    }
+    for (const auto& fisica : fisicas)
+        if (refaz && fisica.expressao.empty() && std::ranges::none_of(novas, [&](const auto& nova) {
+                return ColunaFisica(nova) && IgualSemCaixa(nova.nome, fisica.nome);
+            }))
+            tabela.mudancas.push_back({'-', fisica.nome, fisica.tipoSql, ""});
 }
 
 void TPlanejador::Achados(TPlanoDaTabela& tabela, const TDecisaoDaTabela& decisao) {
@@ -218,14 +280,37 @@ void TPlanejador::Achados(TPlanoDaTabela& tabela, const TDecisaoDaTabela& decisa
     }
     const bool existe = ctx_.dm.ExisteTabela(tabela.nome);
     if (decisao.acao == TAcaoDaTabela::Reconstroi) {
-        const auto volume = VolumeDaTabela(ctx_, existe ? tabela.nome : NomeDaBackup(tabela.nome));
-        tabela.registros = volume.registros;
-        tabela.bytes = volume.bytes;
+        Volume(tabela);
+        ForaDosDicionarios(tabela);
     }
     ExaminaFormatos(tabela);
     if (!existe) return;
     const auto exame = ExaminaDados(ctx_, tabela.nome, decisao, novas, ctx_.novo.Indices(tabela.nome));
     tabela.achados.insert(tabela.achados.end(), exame.begin(), exame.end());
+}
+
+/// Of a rebuild that an earlier run left open, the rows that are not back yet; but for one to another layout, by which
+/// all move once more.
+void TPlanejador::Volume(TPlanoDaTabela& tabela) {
+    const std::string nome = Maiusculas(tabela.nome), backup = NomeDaBackup(nome);
+    tabela.retoma = tabela.mudancas.empty() && RestauracaoInterrompida(ctx_, nome);
+    const auto volume =
+        VolumeDaTabela(ctx_, tabela.retoma || !ctx_.dm.ExisteTabela(tabela.nome) ? backup : tabela.nome);
+    tabela.registros = tabela.retoma ? RestauracaoQueFalta(ctx_, nome).linhas : volume.registros;
+    tabela.bytes = volume.registros == 0 ? 0 : volume.bytes * tabela.registros / volume.registros;
+}
+
+/// A column that no dictionary tells of goes with the table, but for its values.
+void TPlanejador::ForaDosDicionarios(TPlanoDaTabela& tabela) {
+    for (const auto& mudanca : tabela.mudancas)
+        if (mudanca.sinal == '-' && !ctx_.gravado.Coluna(tabela.nome, mudanca.coluna))
+            tabela.achados.push_back({"coluna-desconhecida",
+                                      mudanca.coluna,
+                                      "não está em nenhum dos dois dicionários: a tabela nova não a tem, e os valores "
+                                      "ficam em " +
+                                          NomeDaBackup(tabela.nome),
+                                      0,
+                                      {}});
 }
 
 void TPlanejador::ExaminaFormatos(TPlanoDaTabela& tabela) {
@@ -256,21 +341,21 @@ void TPlanejador::ExaminaDependencias(TPlanoDaTabela& tabela) {
     };
     relata("dependentes", "dependem da tabela e impedem a reconstrução",
            ctx_.Dialeto().Dependentes(ctx_.Conexao(), nome));
-    const auto relataFontes = [&](std::string tipo, std::string texto, const std::vector<TFonte>& fontes) {
-        std::vector<std::string> nomes;
-        for (const auto& fonte : fontes) nomes.push_back(fonte.nome);
-        relata(std::move(tipo), std::move(texto), std::move(nomes));
-    };
-    relataFontes("propriedades", "propriedades de colunas que não voltam; a fonte fica no arquivo de rejeitados",
-                 PropriedadesPerdidas(ctx_, nome));
-    relataFontes("gatilhos", "gatilhos que não voltam; a fonte fica no arquivo de rejeitados",
-                 ctx_.Dialeto().Gatilhos(ctx_.Conexao(), nome));
+    std::vector<std::string> propriedades, gatilhos;
+    for (const auto& fonte : PropriedadesPerdidas(ctx_, nome))
+        propriedades.push_back(fonte.nome + ": " + std::string(Apara(fonte.texto)));
+    for (const auto& fonte : ctx_.Dialeto().Gatilhos(ctx_.Conexao(), nome)) gatilhos.push_back(fonte.nome);
+    relata("propriedades", "propriedades de colunas que não voltam; a fonte fica no arquivo de rejeitados",
+           std::move(propriedades));
+    relata("gatilhos", "gatilhos que não voltam; a fonte fica no arquivo de rejeitados", std::move(gatilhos));
 }
 
 }  // namespace
 
+double TPlanoDaTabela::Segundos() const { return static_cast<double>(registros) / kRegistrosPorSegundo; }
+
 bool TPlano::Muda() const {
-    return !preparacao.empty() || !correcoes.empty() || !trocas.empty() ||
+    return !ajustes.empty() || !dicionario.empty() || !correcoes.empty() || !trocas.empty() ||
            std::ranges::any_of(tabelas, [](const auto& tabela) { return tabela.acao != TAcaoDaTabela::Nada; });
 }
 

@@ -11,25 +11,40 @@
 
 namespace wkd {
 
+/// What becomes of one column.
+struct TMudancaDaColuna {
+    char sinal;                    // '+' it is new, '~' it gets another type, '-' the new table lacks it
+    std::string coluna, de, para;  // and its types; empty where there is none
+};
+
 /// What the run would do with one table.
 struct TPlanoDaTabela {
     std::string nome;
     TAcaoDaTabela acao = TAcaoDaTabela::Nada;
     std::string motivo;
-    std::vector<std::string> comandos;      // that create, alter, or drop and create it, in order
+    std::vector<std::string> comandos;  // that create, alter, or drop and create it, in order
+    std::vector<std::string> aceitos;   // the same in the form that this server takes
+    std::vector<TMudancaDaColuna> mudancas;
     std::vector<std::string> exclusivas;    // changes that wait until no user is connected
+    bool retoma = false;                    // the rebuild goes on: its rows are those that are not back yet
     std::int64_t registros = 0, bytes = 0;  // that a rebuild moves
     TAchados achados;
+
+    /// How long the rebuild may take, at the pace of docs/desempenho.md.
+    double Segundos() const;
 };
 
 struct TPlano {
     std::string alias, banco, servidor, pacote;
-    std::vector<std::string> preparacao;    // statements before the tables: dictionary tables, texts of 2000 characters
+    TTipoBanco tipo = TTipoBanco::tbInterbase;
+    std::vector<std::string> ajustes;       // statements before the tables: texts of 2000 characters, made narrower
+    std::vector<std::string> dicionario;    // and then those that bring the dictionary's own tables up
     std::vector<std::string> correcoes;     // one-off corrections that the database has not seen
     std::vector<TTrocaDeRegistros> trocas;  // rows of the customer's that packets would take the place of
     TAchados achados;                       // before the tables
     std::vector<TPlanoDaTabela> tabelas;    // in the order of the package
     std::int64_t usuarios = 0;              // connected
+    std::vector<std::string> layouts, arquivos, passos;  // report layouts, system files and passes behind the tables
 
     bool Muda() const;
     bool TemAchados() const;

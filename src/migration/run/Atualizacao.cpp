@@ -373,6 +373,12 @@ void TAtualizacao::Reporta(std::string_view acao, const std::exception& erro) {
     ctx_.Tela().Erro(TErroDaExecucao::NosDois(ErroDe(erro), "", acao, std::string(acao) + ": " + erro.what()));
 }
 
+std::vector<std::string_view> PassosFinais() {
+    std::vector<std::string_view> nomes;
+    for (const TPasso& passo : kPassos) nomes.push_back(passo.nome);
+    return nomes;
+}
+
 bool TAtualizacao::MarcadaParaNaoCriar() const { return std::filesystem::exists(ctx_.opcoes.marcaNaoCria); }
 
 }  // namespace wkd

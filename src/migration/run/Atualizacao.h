@@ -59,4 +59,7 @@ class TAtualizacao {
     std::vector<std::size_t> reaberturas_;  // how many errors there were when a lost connection was open again
 };
 
+/// Names of the passes behind the tables, in their order.
+std::vector<std::string_view> PassosFinais();
+
 }  // namespace wkd
