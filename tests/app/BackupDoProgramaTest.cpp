@@ -69,6 +69,22 @@ TEST(BackupDoPrograma, MakesProvesAndGoesBack) {
     EXPECT_TRUE(saida.Diz("está, inteiro, em") && saida.Diz("LOJA_antes.fdb")) << saida.erros;
 }
 
+TEST(BackupDoPrograma, ReadsAManifestWithoutFormatAndRefusesALaterOne) {
+    const TProgramaComBackup loja;
+    ASSERT_EQ(loja.Roda({"--backup", "LOJA"}).codigo, 0);
+    const std::string arquivo = loja.Backups().front();
+    auto manifesto = TJson::parse(LeArquivo(arquivo + ".json"));
+    manifesto.erase("formato");
+    EscreveArquivo(arquivo + ".json", manifesto.dump());
+    EXPECT_EQ(loja.Roda({"--prova-backup", arquivo}).codigo, 0);
+
+    manifesto["formato"] = 2;
+    EscreveArquivo(arquivo + ".json", manifesto.dump());
+    const auto saida = loja.Roda({"--prova-backup", arquivo});
+    EXPECT_EQ(saida.codigo, 2);
+    EXPECT_TRUE(saida.Diz("versão mais nova do programa")) << saida.erros;
+}
+
 TEST(BackupDoPrograma, RehearsesWithoutTouchingTheDatabase) {
     const TProgramaComBackup loja;
     loja.Banco()->ExecuteDirect("insert into TCONTAS_REC (DOCUMENTO, PARCELA, HISTORICO) values ('X', 1, 'h')");
