@@ -224,18 +224,4 @@ std::optional<std::uintmax_t> TBackupFirebird::EspacoPara(const fs::path& pasta)
 
 fs::path TBackupFirebird::PastaDoBanco() const { return fs::absolute(CaminhoDoTexto(BancoEmUso())).parent_path(); }
 
-std::vector<std::string> TBackupFirebird::Conectados() {
-    std::vector<std::string> linhas;
-    TWKDQuery q(conexao_,
-                "select mon$user, mon$remote_address, mon$remote_process, mon$timestamp from mon$attachments"
-                " where mon$system_flag = 0 and mon$attachment_id <> current_connection");
-    for (q.Open(); !q.Eof(); q.Next()) {
-        std::string linha = std::string(AparaFim(q.Texto("MON$USER")));
-        if (const auto de = q.Texto("MON$REMOTE_ADDRESS"); !de.empty()) linha += ", de " + de;
-        if (const auto programa = q.Texto("MON$REMOTE_PROCESS"); !programa.empty()) linha += ", com " + programa;
-        linhas.push_back(linha + ", desde " + q.Texto("MON$TIMESTAMP").substr(0, 16));
-    }
-    return linhas;
-}
-
 }  // namespace wkd

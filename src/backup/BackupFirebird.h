@@ -31,7 +31,6 @@ class TBackupFirebird : public IServidorDeBackup {
     std::uintmax_t TamanhoDoBanco() override { return TamanhoNoDisco(conexao_); }
     std::optional<std::uintmax_t> EspacoParaCopia() override;
     std::optional<std::uintmax_t> EspacoPara(const std::filesystem::path& pasta) override;
-    std::vector<std::string> Conectados() override;
 
   private:
     /// Whether the embedded engine has the database, so that its file can be seen.

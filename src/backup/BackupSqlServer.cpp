@@ -192,12 +192,4 @@ std::optional<std::uintmax_t> TBackupSqlServer::EspacoPara(const std::filesystem
     }
 }
 
-std::vector<std::string> TBackupSqlServer::Conectados() {
-    std::vector<std::string> linhas;
-    TWKDQuery q(conexao_, std::string(kConectadosTSql));
-    for (q.Open(); !q.Eof(); q.Next())
-        linhas.push_back(q.Texto("USUARIO") + ", de " + q.Texto("MAQUINA") + ", com " + q.Texto("PROGRAMA"));
-    return linhas;
-}
-
 }  // namespace wkd

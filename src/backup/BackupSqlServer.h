@@ -24,9 +24,6 @@ std::string EspacoTSql(std::string_view unidade);
 inline constexpr std::string_view kTamanhoTSql =
     "select sum(cast(fileproperty(name, 'SpaceUsed') as bigint)) * 8192 as total from sys.database_files"
     " where type = 0";
-inline constexpr std::string_view kConectadosTSql =
-    "select login_name as USUARIO, coalesce(host_name, '') as MAQUINA, coalesce(program_name, '') as PROGRAMA"
-    " from sys.dm_exec_sessions where is_user_process = 1 and database_id = db_id() and session_id <> @@spid";
 
 /// Backup and restore by the server's own statements: a backup file lies on the server's machine, under the name that
 /// it is to keep, since the server neither renames nor removes one; it counts once the server has read it through. A
@@ -56,7 +53,6 @@ class TBackupSqlServer : public IServidorDeBackup {
     std::uintmax_t TamanhoDoBanco() override;
     std::optional<std::uintmax_t> EspacoParaCopia() override { return std::nullopt; }
     std::optional<std::uintmax_t> EspacoPara(const std::filesystem::path& pasta) override;
-    std::vector<std::string> Conectados() override;
 
   private:
     void Renomeia(const std::string& de, const std::string& para);

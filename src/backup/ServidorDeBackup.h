@@ -100,8 +100,6 @@ class IServidorDeBackup {
     virtual std::uintmax_t TamanhoDoBanco() = 0;
     virtual std::optional<std::uintmax_t> EspacoParaCopia() = 0;
     virtual std::optional<std::uintmax_t> EspacoPara(const std::filesystem::path& pasta) = 0;
-    /// Who is connected to the database in use, but for this program: one line each.
-    virtual std::vector<std::string> Conectados() = 0;
 };
 
 /// A database made by a backup's restore, removed at the end of a scope unless it stays.

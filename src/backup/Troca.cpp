@@ -2,6 +2,7 @@
 
 #include "Backup.h"
 #include "Explicacao.h"
+#include "dialect/Dialeto.h"
 #include "package/Caminho.h"
 #include "package/Trava.h"
 #include "package/TravaDoBanco.h"
@@ -21,6 +22,17 @@ bool Existe(IServidorDeBackup& servidor, const std::string& banco) {
     } catch (const std::exception&) {
         return false;
     }
+}
+
+std::vector<std::string> LinhasDosConectados(TConnection& conexao) {
+    std::vector<std::string> linhas;
+    for (const TConectado& conectado : Conectados(conexao)) {
+        std::string linha = conectado.usuario;
+        if (!conectado.computador.empty()) linha += ", de " + conectado.computador;
+        if (!conectado.programa.empty()) linha += ", com " + conectado.programa;
+        linhas.push_back(linha + ", desde " + conectado.desde);
+    }
+    return linhas;
 }
 
 class TTroca {
@@ -122,7 +134,7 @@ void TTroca::ExigeNinguem() {
     }
     if (!servidor_->TrocaNomes() && servidor_->FechadoParaUm(conexao_))
         throw TErroDeBackup(TFalha::BancoFechado, LugarFechado(conexao_));
-    const auto conectados = servidor_->Conectados();
+    const auto conectados = LinhasDosConectados(conexao_);
     if (conectados.empty()) return;
     throw TErroDeBackup(TFalha::UsuariosConectados,
                         "Há " + std::to_string(conectados.size()) +

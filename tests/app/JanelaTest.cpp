@@ -112,6 +112,8 @@ TEST_F(JanelaTest, StartsAsDesigned) {
     EXPECT_EQ(C<QComboBox>("edAlias").toolTip(), QCaminho(instalacao_.Pasta() / "WKD.ini"));
     EXPECT_TRUE(C<QTableWidget>("gridUsuariosOnline").isHidden());
     EXPECT_EQ(C<QLabel>("lblAtual").text(), "Parado.");
+    for (const char* sem : {"btAlterarAlias", "btReler", "btLiberar"})
+        EXPECT_FALSE(C<QPushButton>(sem).isEnabled()) << sem;
     for (const char* escondido : {"btAtualizar", "btPlano", "Button1", "btRelatoriosBkp"})
         EXPECT_TRUE(C<QPushButton>(escondido).isHidden()) << escondido;
     EXPECT_TRUE(C<QLineEdit>("url").isHidden());

@@ -9,6 +9,7 @@
 #include "Explicacao.h"
 #include "GramaticaTSql.h"
 #include "LojaDeBackup.h"
+#include "dialect/Dialeto.h"
 
 namespace wkd {
 namespace {
@@ -35,7 +36,8 @@ TEST(BackupSqlServer, AGrammarOfTSqlTakesTheStatements) {
     for (const auto& comando :
          {BackupTSql("LOJA", "D:\\d'agua.bak"), VerificaTSql("D:\\d'agua.bak"), ListaDoBackupTSql("D:\\d'agua.bak"),
           RestauraTSql("LOJA_res", "D:\\LOJA.bak", {{"loja", "E:\\a.mdf"}}), ApagaTSql("LOJA_prova"),
-          PedacosTSql("LOJA's"), EspacoTSql("D:"), std::string(kTamanhoTSql), std::string(kConectadosTSql)})
+          PedacosTSql("LOJA's"), EspacoTSql("D:"), std::string(kTamanhoTSql),
+          std::string(Dialeto(TTipoBanco::tbSQLServer).ComandoConectados())})
         comandos.push_back(comando);
     const auto recusados = RecusadosPelaGramatica(comandos);
     if (!recusados) GTEST_SKIP() << "sqlfluff is not installed";

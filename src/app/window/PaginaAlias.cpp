@@ -115,6 +115,7 @@ QLayout* TPaginaAlias::Numero() {
     for (QPushButton* botao : {btReler_, btLiberar_}) {
         botao->setAutoDefault(false);
         botao->setFocusPolicy(Qt::TabFocus);
+        botao->setEnabled(false);
         linha->addWidget(botao);
     }
     lblConectados_->setTextFormat(Qt::PlainText);
