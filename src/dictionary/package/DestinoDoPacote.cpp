@@ -9,6 +9,20 @@
 
 namespace wkd {
 
+namespace {
+
+/// Whether Windows would open a device of that name, another file, or none. A package is the same on every system.
+bool NomeSoDeFora(std::string_view parte) {
+    constexpr std::string_view kDispositivos[] = {"CON", "PRN", "AUX", "NUL"};
+    const std::string nome = Maiusculas(Apara(parte.substr(0, parte.find('.'))));
+    const bool porta =
+        nome.size() == 4 && (nome.starts_with("COM") || nome.starts_with("LPT")) && nome[3] >= '1' && nome[3] <= '9';
+    return porta || std::ranges::find(kDispositivos, nome) != std::end(kDispositivos) ||
+           parte.find_first_of("<>\"|?*") != std::string_view::npos || parte.ends_with('.') || parte.ends_with(' ');
+}
+
+}  // namespace
+
 TNomeDeEntrada AnalisaNomeDeEntrada(std::string_view nome) {
     TNomeDeEntrada entrada;
     const auto comBarras = Troca(nome, "\\", "/");
@@ -18,8 +32,10 @@ TNomeDeEntrada AnalisaNomeDeEntrada(std::string_view nome) {
     if (std::any_of(nome.begin(), nome.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20; }))
         entrada.recusa = "caracteres de controle no nome";
     for (auto& parte : Divide(comBarras, '/')) {
+        if (parte.empty() || parte == ".") continue;
+        if (NomeSoDeFora(parte)) entrada.recusa = "nome que o Windows não aceita";
         if (parte == "..") entrada.recusa = "sai da pasta de trabalho";
-        if (!parte.empty() && parte != ".") entrada.partes.push_back(std::move(parte));
+        entrada.partes.push_back(std::move(parte));
     }
     if (entrada.partes.empty() && entrada.recusa.empty()) entrada.recusa = "sem nome";
     return entrada;

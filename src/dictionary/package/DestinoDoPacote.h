@@ -17,7 +17,8 @@ struct TNomeDeEntrada {
     std::string recusa;
 };
 
-/// "/" and "\" both separate. Refused: absolute names, "..", drives and streams (":"), control characters.
+/// "/" and "\" both separate. Refused: absolute names, "..", drives and streams (":"), control characters,
+/// and what is no file's name on Windows.
 TNomeDeEntrada AnalisaNomeDeEntrada(std::string_view nome);
 
 /// Why an entry with these external attributes (Unix mode in the upper half) may not be extracted: links and
