@@ -1,7 +1,9 @@
 #include "aliases/ArquivoIni.h"
 
 #include <gtest/gtest.h>
+#ifndef _WIN32
 #include <sys/stat.h>
+#endif
 
 #include <chrono>
 #include <functional>
@@ -20,12 +22,6 @@ class ArquivoIniTest : public ::testing::Test {
         muda(ini);
         ini.Salva();
         return LeArquivo(pasta_ / "WKD.ini");
-    }
-
-    unsigned Modo() const {
-        struct stat estado {};
-        stat(caminho_.c_str(), &estado);
-        return estado.st_mode & 07777;
     }
 
     TPastaTemporaria pasta_;
@@ -80,11 +76,18 @@ TEST_F(ArquivoIniTest, RemovingASectionKeepsTheCommentOfTheNext) {
     EXPECT_FALSE(TArquivoIni(caminho_).ApagaSecao("B"));
 }
 
+#ifndef _WIN32
+unsigned Modo(const std::filesystem::path& arquivo) {
+    struct stat estado {};
+    stat(arquivo.c_str(), &estado);
+    return estado.st_mode & 07777;
+}
+
 TEST_F(ArquivoIniTest, ANewFileIsPrivateAndAnOldOneKeepsItsModeAndItsLink) {
     TArquivoIni novo(caminho_);
     novo.Grava("A", "x", "1");
     novo.Salva();
-    EXPECT_EQ(Modo(), 0600u);
+    EXPECT_EQ(Modo(caminho_), 0600u);
 
     chmod(caminho_.c_str(), 0664);
     const auto atalho = pasta_ / "atalho.ini";
@@ -92,10 +95,11 @@ TEST_F(ArquivoIniTest, ANewFileIsPrivateAndAnOldOneKeepsItsModeAndItsLink) {
     TArquivoIni ini(atalho);
     ini.Grava("A", "x", "2");
     ini.Salva();
-    EXPECT_EQ(Modo(), 0664u);
+    EXPECT_EQ(Modo(caminho_), 0664u);
     EXPECT_TRUE(std::filesystem::is_symlink(atalho));
     EXPECT_EQ(TArquivoIni(caminho_).Le("A", "x"), "2");
 }
+#endif
 
 TEST_F(ArquivoIniTest, AFileThatCannotBeWrittenStaysAndLeavesNoOtherBehind) {
     EscreveArquivo(pasta_ / "WKD.ini", "[A]\nx=\xE7\n");

@@ -1,4 +1,10 @@
+#ifdef _WIN32
+#include <windows.h>
+
+#include <psapi.h>
+#else
 #include <sys/resource.h>
+#endif
 
 #include <algorithm>
 #include <span>
@@ -45,9 +51,15 @@ bool MesmosBytes(TLeitorBytes& a, TLeitorBytes& b) {
 }
 
 long PicoDeMemoriaMb() {
+#ifdef _WIN32
+    PROCESS_MEMORY_COUNTERS uso{};
+    K32GetProcessMemoryInfo(GetCurrentProcess(), &uso, sizeof uso);
+    return static_cast<long>(uso.PeakWorkingSetSize >> 20);
+#else
     rusage uso{};
     getrusage(RUSAGE_SELF, &uso);
     return uso.ru_maxrss / 1024;
+#endif
 }
 
 TEST_P(ContratoDriver, ABlobOf100MegabytesPassesInBoundedMemory) {

@@ -4,9 +4,7 @@
 #include <fstream>
 #include <thread>
 
-#ifndef _WIN32
 #include <sys/resource.h>
-#endif
 
 #include "BancoTemporario.h"
 #include "ContratoDriver.h"
@@ -225,7 +223,6 @@ TEST(FirebirdConexao, WhatATableHoldsOnToIsToldFromATableAlteredTooOften) {
     EXPECT_EQ(gasta->Falha(), TFalha::VersoesDemais) << gasta->what();
 }
 
-#ifndef _WIN32
 TEST(FirebirdConexao, ADiskWithoutRoomIsToldFromALostServer) {
     TBancoTemporario banco;
     banco.Conexao().ExecuteDirect("create table T (A varchar(8000) character set octets)");
@@ -246,7 +243,6 @@ TEST(FirebirdConexao, ADiskWithoutRoomIsToldFromALostServer) {
     EXPECT_EQ(erro->Falha(), TFalha::DiscoCheio) << erro->what();
     EXPECT_TRUE(erro->ConexaoPerdida()) << "nothing more is to be written";
 }
-#endif
 
 TEST(FirebirdConexao, AFailedNotNullColumnLeavesTheConnectionAbleToWrite) {
     TBancoTemporario banco;

@@ -1,15 +1,47 @@
+#ifdef _WIN32
+#include <windows.h>
+
+#include <aclapi.h>
+#include <sddl.h>
+#else
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#endif
 
+#include <algorithm>
 #include <optional>
 
 #include "PacotesDeTeste.h"
+#include "package/Trava.h"
 
 namespace wkd {
 namespace {
 
 namespace fs = std::filesystem;
+
+#ifdef _WIN32
+/// Nobody is let in but the user, the system and the administrators, whatever holds for the folder above.
+bool SoDoUsuario(const fs::path& caminho) {
+    PSECURITY_DESCRIPTOR descritor = nullptr;
+    wchar_t* regra = nullptr;
+    if (GetNamedSecurityInfoW(caminho.c_str(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr, nullptr,
+                              nullptr, &descritor) != ERROR_SUCCESS)
+        return false;
+    ConvertSecurityDescriptorToStringSecurityDescriptorW(descritor, SDDL_REVISION_1, DACL_SECURITY_INFORMATION, &regra,
+                                                         nullptr);
+    const std::wstring texto = regra ? regra : L";;;WD)";
+    LocalFree(regra);
+    LocalFree(descritor);
+    const auto alheios = {L";;;WD)", L";;;BU)", L";;;AU)", L";;;IU)"};  // everyone, users, whoever signed in
+    return std::ranges::none_of(alheios, [&](const wchar_t* quem) { return texto.find(quem) != std::wstring::npos; });
+}
+#else
+bool SoDoUsuario(const fs::path& caminho) {
+    struct stat estado {};
+    return stat(caminho.c_str(), &estado) == 0 && (estado.st_mode & 07077u) == 0 && (estado.st_mode & 0600u) == 0600u;
+}
+#endif
 
 class PastaDeTrabalhoTest : public testing::Test {
   protected:
@@ -34,15 +66,15 @@ TEST_F(PastaDeTrabalhoTest, IsTheUsersAloneAndLeavesNothingBehind) {
     {
         TPastaDeTrabalho trabalho(temp.Caminho());
         EXPECT_TRUE(fs::is_empty(trabalho.Caminho()));
-        struct stat estado {};
-        ASSERT_EQ(stat(nome.c_str(), &estado), 0);
-        EXPECT_EQ(estado.st_mode & 07777u, 0700u);
-        ASSERT_EQ(stat(trava.c_str(), &estado), 0);
-        EXPECT_EQ(estado.st_mode & 07777u, 0600u);
+        EXPECT_TRUE(SoDoUsuario(nome));
+#ifndef _WIN32  // there the lock is in the user's own temporary folder
+        EXPECT_TRUE(SoDoUsuario(trava));
+#endif
     }
     EXPECT_TRUE(fs::is_empty(temp.Caminho()));
 }
 
+#ifndef _WIN32
 TEST_F(PastaDeTrabalhoTest, MakingItAnewFollowsNoLinks) {
     fs::create_directory(temp / "alheia");
     EscreveArquivo(temp / "alheia/arquivo", "intacto");
@@ -53,6 +85,8 @@ TEST_F(PastaDeTrabalhoTest, MakingItAnewFollowsNoLinks) {
     EXPECT_TRUE(fs::is_empty(nome));
     EXPECT_EQ(LeArquivo(temp / "alheia/arquivo"), "intacto");
 }
+
+#endif
 
 TEST_F(PastaDeTrabalhoTest, EachRunHasItsOwnAndTheFirstFreeServesAgain) {
     auto primeira = std::make_unique<TPastaDeTrabalho>(temp.Caminho());
@@ -66,6 +100,26 @@ TEST_F(PastaDeTrabalhoTest, EachRunHasItsOwnAndTheFirstFreeServesAgain) {
     EXPECT_EQ(LeArquivo(temp / "AtualWkd2/SISTEMA.WKD"), "da segunda");
 }
 
+TEST_F(PastaDeTrabalhoTest, ALockIsOneHoldersWhoSaysWhoHeIs) {
+    EXPECT_EQ(TTrava::QuemTem(trava), std::nullopt);
+    auto nossa = TTrava::Tenta(trava);
+    ASSERT_TRUE(nossa);
+    nossa->Escreve("antes, e mais longo");
+    nossa->Escreve("João");
+    EXPECT_EQ(TTrava::Tenta(trava), nullptr);
+    EXPECT_EQ(TTrava::QuemTem(trava), "João");
+    nossa.reset();
+    EXPECT_FALSE(fs::exists(trava));
+    EXPECT_TRUE(TTrava::Tenta(trava));
+}
+
+TEST_F(PastaDeTrabalhoTest, ANameThatIsAFilesIsRefused) {
+    EscreveArquivo(nome, "arquivo");
+    EXPECT_TRUE(Contem(Erro(), "não é uma pasta")) << Erro();
+    EXPECT_EQ(LeArquivo(nome), "arquivo");
+}
+
+#ifndef _WIN32
 TEST_F(PastaDeTrabalhoTest, TheLockOfADeadProcessDoesNotHinderTheNext) {
     const pid_t filho = fork();
     if (filho == 0) {
@@ -92,8 +146,6 @@ TEST_F(PastaDeTrabalhoTest, TakenNamesAreRefusedAndNotFollowed) {
     };
     fs::create_directory_symlink(alvo, nome);
     recusa("é um link");
-    EscreveArquivo(nome, "arquivo");
-    recusa("não é uma pasta");
     fs::create_symlink(alvo / "arquivo", trava);
     recusa("de um link");
     fs::create_directory(trava);
@@ -109,13 +161,15 @@ TEST_F(PastaDeTrabalhoTest, TakenNamesAreRefusedAndNotFollowed) {
     recusa("pertence");
 }
 
+#endif
+
 TEST_F(PastaDeTrabalhoTest, FindsFilesWhateverTheirLetterCase) {
     const TPastaDeTrabalho trabalho(temp.Caminho());
     for (const auto* arquivo : {"sistema.wkd", "SAtrib.WKD", "Abc.Wkd", "rel.rtm", "semextensao", "x.wkd.bak"})
         EscreveArquivo(nome / arquivo, "");
     fs::create_directory(nome / "pasta.wkd");
     std::vector<std::string> nomes;
-    for (const auto& arquivo : trabalho.Arquivos(".wkd")) nomes.push_back(arquivo.filename());
+    for (const auto& arquivo : trabalho.Arquivos(".wkd")) nomes.push_back(arquivo.filename().string());
     EXPECT_EQ(nomes, (std::vector<std::string>{"Abc.Wkd", "SAtrib.WKD", "sistema.wkd"}));
     EXPECT_EQ(trabalho.Arquivo("SATRIB.wkd").filename(), "SAtrib.WKD");
     EXPECT_TRUE(trabalho.Arquivo("SARQUIVO.WKD").empty());

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
 #include <iostream>
 #include <mutex>
@@ -27,7 +28,7 @@ using TFechaConsole = void(WINAPI*)(HANDLE);
 
 /// PROC_THREAD_ATTRIBUTE_PSEUDOCONSOLE, which they lack the same way.
 constexpr DWORD_PTR kAtributoDoConsole = 0x20016;
-constexpr DWORD kPaciencia = 20'000;
+constexpr DWORD kPaciencia = 60'000;
 
 class TConsole {
   public:
@@ -40,12 +41,12 @@ class TConsole {
             throw std::runtime_error("no pseudo console");
         for (const HANDLE dele : {teclas, imagem}) CloseHandle(dele);
         Inicia(parte, relato);
-        leitor_ = std::thread([this] { Le(); });
+        leitor_ = std::jthread([this](const std::stop_token& fim) { Le(fim); });
     }
     ~TConsole() {
         TerminateProcess(processo_, 1);
         Fecha();
-        leitor_.join();
+        leitor_ = {};
         for (const HANDLE nosso : {teclado_, tela_, processo_}) CloseHandle(nosso);
     }
     TConsole(const TConsole&) = delete;
@@ -100,9 +101,14 @@ class TConsole {
         processo_ = feito.hProcess;
     }
 
-    void Le() {
+    /// Somebody else may have the other end still open, so its end is not waited for.
+    void Le(const std::stop_token& fim) {
         char bytes[512];
-        for (DWORD lidos = 0; ReadFile(tela_, bytes, sizeof bytes, &lidos, nullptr) && lidos > 0;) {
+        DWORD ha = 0;
+        while (!fim.stop_requested() && PeekNamedPipe(tela_, nullptr, 0, nullptr, &ha, nullptr)) {
+            DWORD lidos = 0;
+            if (ha > 0) ReadFile(tela_, bytes, std::min<DWORD>(ha, sizeof bytes), &lidos, nullptr);
+            if (lidos == 0) Sleep(10);
             const std::lock_guard trava(guarda_);
             for (const char byte : std::string_view(bytes, lidos)) Mostra(byte);
         }
@@ -116,7 +122,7 @@ class TConsole {
     }
 
     HANDLE console_ = nullptr, teclado_ = nullptr, tela_ = nullptr, processo_ = nullptr;
-    std::thread leitor_;
+    std::jthread leitor_;
     mutable std::mutex guarda_;
     std::string mostrado_;  // behind guarda_
     bool comando_ = false;

@@ -1,4 +1,6 @@
+#ifndef _WIN32
 #include <unistd.h>
+#endif
 
 #include <fstream>
 #include <utility>
@@ -182,6 +184,7 @@ TEST(CopiaTest, ARestoreThatBreaksOffIsDoneAgainByTheNextRun) {
     EXPECT_EQ(banco.Le("select VERSAO from SARQUIVO"), "2");
 }
 
+#ifndef _WIN32
 long KiloBytesResidentes() {
     long total = 0, residentes = 0;
     std::ifstream("/proc/self/statm") >> total >> residentes;
@@ -209,6 +212,7 @@ TEST(CopiaTest, MemoryDoesNotGrowWithTheRows) {
     const long antes = depoisDe(4000);
     EXPECT_LT(depoisDe(20000) - antes, 12 * 1024) << "80 MB went through";
 }
+#endif
 
 }  // namespace
 }  // namespace wkd

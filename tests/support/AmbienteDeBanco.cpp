@@ -1,5 +1,7 @@
 #include "AmbienteDeBanco.h"
 
+#include <cstdlib>
+
 #include "BancoOdbc.h"
 #include "BancoTemporario.h"
 #ifndef _WIN32
@@ -21,8 +23,9 @@ class TBancoFirebird : public TBancoDeTeste {
 };
 
 #ifdef _WIN32
-bool HaServidor() { return false; }
-std::unique_ptr<TBancoDeTeste> NoServidor() { return nullptr; }
+/// Started by scripts/windows-prova.sh.
+bool HaServidor() { return std::getenv("WKD_FIREBIRD") != nullptr; }
+std::unique_ptr<TBancoDeTeste> NoServidor() { return std::make_unique<TBancoFirebird>(std::getenv("WKD_FIREBIRD")); }
 #else
 bool HaServidor() { return TServidorFirebird::Instalado(); }
 std::unique_ptr<TBancoDeTeste> NoServidor() {

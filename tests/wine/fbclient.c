@@ -7,18 +7,20 @@
 
 #define WINDOWS __attribute__((ms_abi, visibility("default")))
 
-/* "C:\pasta\loja.fdb" as this machine calls it, in `lugar`; other names ("host:path" too) as they are. */
-static const char* NomeDaqui(const char* nome, char lugar[4096]) {
+/* "C:\pasta\loja.fdb" as this machine calls it, in `lugar`, also behind "host:"; other names as they are. */
+static const char* NomeDaqui(const char* nome, char lugar[8192]) {
     const char* prefixo = getenv("WINEPREFIX");
+    const char* barra = nome ? strstr(nome, ":\\") : NULL;
     char unidade[2048], pasta[4096];
-    if (!nome || !nome[0] || nome[1] != ':' || !prefixo) return nome;
-    snprintf(unidade, sizeof unidade, "%s/dosdevices/%c:", prefixo, nome[0] | 0x20);
+    if (!barra || barra == nome || !prefixo) return nome;
+    snprintf(unidade, sizeof unidade, "%s/dosdevices/%c:", prefixo, barra[-1] | 0x20);
     if (!realpath(unidade, pasta)) return nome;
     const size_t inicio = strlen(pasta) > 1 ? strlen(pasta) : 0;
-    snprintf(pasta + inicio, sizeof pasta - inicio, "%s", nome + 2);
+    snprintf(pasta + inicio, sizeof pasta - inicio, "%s", barra + 1);
     for (char* p = pasta; *p; ++p)
         if (*p == '\\') *p = '/';
-    return strcpy(lugar, pasta);
+    snprintf(lugar, 8192, "%.*s%s", (int)(barra - 1 - nome), nome, pasta);
+    return lugar;
 }
 
 #define E ISC_STATUS* e
@@ -26,12 +28,12 @@ static const char* NomeDaqui(const char* nome, char lugar[4096]) {
     WINDOWS ISC_STATUS w_##nome recebe { return nome da; }
 
 WINDOWS ISC_STATUS w_isc_attach_database(E, short n, const char* banco, isc_db_handle* h, short t, const char* b) {
-    char lugar[4096];
+    char lugar[8192];
     return isc_attach_database(e, n, NomeDaqui(banco, lugar), h, t, b);
 }
 WINDOWS ISC_STATUS w_isc_create_database(E, short n, const char* banco, isc_db_handle* h, short t, const char* b,
                                          short tipo) {
-    char lugar[4096];
+    char lugar[8192];
     return isc_create_database(e, n, NomeDaqui(banco, lugar), h, t, b, tipo);
 }
 /* The only variadic one in use, always for one database. */
