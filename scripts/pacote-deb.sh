@@ -24,9 +24,13 @@ echo "== Instala"
 trap '"${como[@]}" dpkg --purge atualizawkd >/dev/null 2>&1 || true' EXIT
 [ "$(readlink -f "$(command -v AtualizaWKD)")" = /opt/AtualizaWKD/AtualizaWKD ] || falha 'o programa não está no caminho'
 AtualizaWKD --version
-man -w AtualizaWKD >/dev/null 2>&1 || [ -f /usr/share/man/man1/AtualizaWKD.1.gz ] || falha 'sem manual'
+for programa in AtualizaWKD PacoteWKD; do
+    man -w $programa >/dev/null 2>&1 || [ -f /usr/share/man/man1/$programa.1.gz ] || falha "sem manual de $programa"
+done
 bash -c 'source /usr/share/bash-completion/completions/AtualizaWKD; COMP_WORDS=(AtualizaWKD --pl); COMP_CWORD=1
          _atualizawkd; [ "${COMPREPLY[*]}" = --plano ]' || falha 'a linha de comando não se completa'
+bash -c 'source /usr/share/bash-completion/completions/PacoteWKD; COMP_WORDS=(PacoteWKD mo); COMP_CWORD=1
+         _pacotewkd; [ "${COMPREPLY[*]}" = "monta mostra" ]' || falha 'a do PacoteWKD não se completa'
 
 echo "== Roda"
 pasta=$(mktemp -d)
@@ -39,7 +43,7 @@ codigo=0
 "${como[@]}" AtualizaWKD --plano DEB "$pasta/pacote.zip" >"$pasta/plano.txt" || codigo=$?
 [ "$codigo" -eq 10 ] || falha "o plano terminou com $codigo"
 "${como[@]}" AtualizaWKD 'DEB;' "$pasta/pacote.zip" >"$pasta/saida.txt" || falha 'a atualização não terminou bem'
-"${como[@]}" AtualizaWKD --plano DEB "$pasta/pacote.zip" | tail -1
+"${como[@]}" AtualizaWKD --plano DEB "$pasta/pacote.zip" | grep ^Resumo
 for arquivo in WKD.ini AtualizaWKD.log AtualizaWKD.relatorio.html; do
     [ -f "/opt/AtualizaWKD/$arquivo" ] || falha "sem $arquivo na pasta do programa"
 done
