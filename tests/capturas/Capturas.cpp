@@ -119,8 +119,6 @@ void Fotografa(const QString& pasta) {
         janela.C<QComboBox>("edTabela").setEditText(tabela);
         janela.C<QPushButton>("BitBtn1").click();
     }
-    janela.Janela().activateWindow();
-    janela.C<QPushButton>("btVoltar").setFocus(Qt::TabFocusReason);
     capturas.Guarda("opcoes");
     janela.C<QCheckBox>("cbTabela").click();
     capturas.Proximo();

@@ -92,12 +92,12 @@ TPaginaAlias::TPaginaAlias()
     linhas->addWidget(RotuloDe("Nº Usuários online: ", gridUsuariosOnline_), 3, 0);
     linhas->addLayout(Numero(), 3, 1);
     linhas->addWidget(gridUsuariosOnline_, 4, 0, 1, 2);
-    linhas->addWidget(mErro_, 4, 0, 1, 2);  // never both
+    linhas->addWidget(mErro_, 5, 0, 1, 2);  // never both
     mErro_->hide();
-    linhas->addWidget(lblConectados_, 5, 0, 1, 2);
-    linhas->addWidget(gridConectados_, 6, 0, 1, 2);
+    linhas->addWidget(lblConectados_, 6, 0, 1, 2);
+    linhas->addWidget(gridConectados_, 7, 0, 1, 2);
     linhas->setColumnStretch(1, 1);
-    linhas->setRowStretch(4, 1);
+    ReparteAltura();
 
     connect(edAlias_, &TListaDeAlias::CloseUp, this, &TPaginaAlias::Escolhido);
     connect(edAlias_, &TListaDeAlias::Exit, this, &TPaginaAlias::Escolhido);
@@ -179,8 +179,17 @@ void TPaginaAlias::Mostra(const TDadosDoAlias& dados) {
     btLiberar_->setEnabled(!dados.usuarios.empty());
     lblConectados_->setText(dados.conectado ? TextoDosConectados(dados) : QString());
     gridConectados_->setVisible(!dados.conectados.empty());
-    static_cast<QGridLayout*>(layout())->setRowStretch(6, dados.conectados.empty() ? 0 : 1);
     PoeNaGrade(*gridConectados_, dados.conectados, kDosConectados);
+    ReparteAltura();
+}
+
+/// What the lines leave belongs to the lists that are shown, else to nobody.
+void TPaginaAlias::ReparteAltura() {
+    auto& linhas = static_cast<QGridLayout&>(*layout());
+    const bool lista = !gridUsuariosOnline_->isHidden();
+    linhas.setRowStretch(4, lista ? 1 : 0);
+    linhas.setRowStretch(5, lista ? 0 : 1);
+    linhas.setRowStretch(7, gridConectados_->isHidden() ? 0 : 1);
 }
 
 std::vector<TUsuarioOnline> TPaginaAlias::UsuariosEscolhidos() const {

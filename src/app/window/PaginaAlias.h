@@ -47,6 +47,7 @@ class TPaginaAlias : public QWidget {
 
   private:
     QLayout* Numero();
+    void ReparteAltura();
 
     TDadosDoAlias dados_;
     TListaDeAlias* edAlias_;
