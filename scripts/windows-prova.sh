@@ -186,7 +186,7 @@ sem_cliente() {
 confere 'sem o cliente do Firebird diz o que instalar' sem_cliente
 novo_alias() {
     printf 'segrédo\r\n' | codigo 0 '' wine AtualizaWKD.com --novo-alias MATRIZ --tipo tbInterbase --path 'C:\dados\' \
-        --database 'ação.fdb' --usuario SYSDBA && codigo 0 'MATRIZ' wine AtualizaWKD.com --lista-alias
+        --database 'ação.fdb' --usuario SYSDBA --sem-teste && codigo 0 'MATRIZ' wine AtualizaWKD.com --lista-alias
 }
 confere 'um alias novo, com a senha por um pipe' novo_alias
 if [ -n "${WKD_SQLSERVER:-}" ]; then
