@@ -3,6 +3,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QCompleter>
+#include <QElapsedTimer>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -476,15 +477,18 @@ TEST_F(JanelaTest, AnAliasIsMadeTriedAndChangedInTheWindow) {
     std::vector<std::string> ditos;
     const auto no = [&](const char* abre, const TPreenche& preenche) {
         ditos.clear();
-        QTimer::singleShot(100, [&] {
+        QTimer pessoa;
+        QObject::connect(&pessoa, &QTimer::timeout, [&] {
             QWidget* dialogo = QApplication::activeModalWidget();
-            ASSERT_NE(dialogo, nullptr);
+            if (!dialogo) return;
+            pessoa.stop();
             for (const auto& [nome, texto] : preenche.caixas) dialogo->findChild<QLineEdit*>(nome)->setText(texto);
             for (const char* botao : preenche.botoes) {
                 dialogo->findChild<QPushButton*>(botao)->click();
                 ditos.push_back(S(dialogo->findChild<QPlainTextEdit*>("mResultado")->toPlainText()));
             }
         });
+        pessoa.start(20);
         Clica(abre);
     };
     const QString pasta = QCaminho(instalacao_.Pasta());
@@ -526,6 +530,8 @@ TEST_F(JanelaTest, WithoutAnyAliasTheFirstOneIsMadeAtOnce) {
     });
     pessoa.start(10);
     Abre({});
+    QElapsedTimer espera;
+    for (espera.start(); titulo.isEmpty() && espera.elapsed() < 30'000;) janela_->Serve();
     EXPECT_EQ(titulo, "Novo alias");
     EXPECT_TRUE(C<QPlainTextEdit>("mErroDoAlias").toPlainText().startsWith("Não há alias em "));
 }
