@@ -8,7 +8,7 @@
 
 #include "JanelaApoio.h"
 #include "commands/Preferencias.h"
-#include "window/Dialogos.h"
+#include "widgets/Dialogos.h"
 
 namespace wkd {
 namespace {

@@ -12,7 +12,7 @@
 
 #include "PastaTemporaria.h"
 #include "package/Pacote.h"
-#include "window/Dialogos.h"
+#include "widgets/Dialogos.h"
 #include "window/FMAtualiza.h"
 
 namespace wkd {

@@ -11,8 +11,8 @@
 #include "../app/JanelaApoio.h"
 #include "Portas.h"
 #include "commands/Preferencias.h"
-#include "window/Dialogos.h"
-#include "window/EstiloAmetista.h"
+#include "widgets/Dialogos.h"
+#include "widgets/EstiloAmetista.h"
 
 using namespace wkd;
 

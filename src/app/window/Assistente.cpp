@@ -8,8 +8,8 @@
 #include "commands/Comandos.h"
 #include "commands/Eco.h"
 #include "commands/Preferencias.h"
-#include "window/Dialogos.h"
-#include "window/EstiloAmetista.h"
+#include "widgets/Dialogos.h"
+#include "widgets/EstiloAmetista.h"
 
 namespace wkd {
 

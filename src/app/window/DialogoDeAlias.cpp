@@ -5,7 +5,7 @@
 #include <atomic>
 
 #include "commands/PreencheDados.h"
-#include "window/Dialogos.h"
+#include "widgets/Dialogos.h"
 #include "window/TelaDaJanela.h"
 
 namespace wkd {

@@ -22,7 +22,7 @@
 #include "run/Atualizacao.h"
 #include "server/Vigia.h"
 #include "values/Texto.h"
-#include "window/Dialogos.h"
+#include "widgets/Dialogos.h"
 #include "window/FMAtualiza.h"
 #include "window/PaginaAlias.h"
 #include "window/PaginaAtualizacao.h"

@@ -6,7 +6,7 @@
 #include <QVersionNumber>
 
 #include "process/Programa.h"
-#include "window/Dialogos.h"
+#include "widgets/Dialogos.h"
 
 namespace wkd {
 

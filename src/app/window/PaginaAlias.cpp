@@ -4,7 +4,7 @@
 #include <QHeaderView>
 #include <QTableWidget>
 
-#include "window/Dialogos.h"
+#include "widgets/Dialogos.h"
 #include "window/PaginaOpcoes.h"
 #include "window/PaginaStatus.h"
 

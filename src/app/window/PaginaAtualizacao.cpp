@@ -2,7 +2,7 @@
 
 #include <QGridLayout>
 
-#include "window/Dialogos.h"
+#include "widgets/Dialogos.h"
 
 namespace wkd {
 

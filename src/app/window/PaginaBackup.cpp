@@ -6,7 +6,7 @@
 
 #include "Relatorio.h"
 #include "Restauracao.h"
-#include "window/Dialogos.h"
+#include "widgets/Dialogos.h"
 #include "window/TelaDaJanela.h"
 
 namespace wkd {

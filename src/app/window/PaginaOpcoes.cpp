@@ -7,7 +7,7 @@
 #include <QRadioButton>
 
 #include "context/Contexto.h"
-#include "window/Dialogos.h"
+#include "widgets/Dialogos.h"
 
 namespace wkd {
 

@@ -9,8 +9,8 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
-#include "window/Dialogos.h"
-#include "window/EstiloAmetista.h"
+#include "widgets/Dialogos.h"
+#include "widgets/EstiloAmetista.h"
 #include "window/PaginaOpcoes.h"
 
 namespace wkd {

@@ -15,7 +15,7 @@
 #include "commands/Eco.h"
 #include "commands/LinhaDoTerminal.h"
 #include "values/Texto.h"
-#include "window/Dialogos.h"
+#include "widgets/Dialogos.h"
 
 namespace wkd {
 

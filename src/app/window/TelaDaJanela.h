@@ -15,7 +15,7 @@
 #include "report/Estimativa.h"
 #include "report/LogDaExecucao.h"
 #include "screen/Tela.h"
-#include "window/Dialogos.h"
+#include "widgets/Dialogos.h"
 #include "window/PaginaStatus.h"
 
 class QAbstractButton;

@@ -1,4 +1,4 @@
-#include "window/EstiloAmetista.h"
+#include "widgets/EstiloAmetista.h"
 
 #include <QDir>
 #include <QIcon>

@@ -1,4 +1,4 @@
-#include "window/Dialogos.h"
+#include "widgets/Dialogos.h"
 
 #include <QApplication>
 #include <QDesktopServices>
@@ -9,7 +9,7 @@
 #include <QTreeView>
 #include <QUrl>
 
-#include "window/EstiloAmetista.h"
+#include "widgets/EstiloAmetista.h"
 
 #ifdef _WIN32
 #include <windows.h>
