@@ -59,6 +59,7 @@ TEST_F(TEstimativaTest, BeginsAnewWithOtherWork) {
     estimativa_.Feito(0);
     EXPECT_EQ(estimativa_.Texto(), "");
     estimativa_.Comeca(0);
+    feitas_ = 0;
     Trabalha(2s, 2'000);
     EXPECT_EQ(estimativa_.Texto(), "2.000, 1.000/s");
     EXPECT_FALSE(estimativa_.Falta());
