@@ -1,6 +1,8 @@
 // The progress line of an unattended run, seen through a pseudo-terminal.
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <pty.h>
+#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -36,7 +38,12 @@ std::string RodaNoTerminal(const TProgramaInstalado& loja, std::vector<std::stri
     std::string saida;
     char bytes[4096];
     std::size_t perguntas = 0;
-    for (ssize_t lidos; (lidos = read(terminal, bytes, sizeof bytes)) > 0;) {
+    const auto espera = [&] {  // who says nothing for so long waits for what nobody types
+        pollfd mudo{terminal, POLLIN, 0};
+        if (poll(&mudo, 1, 120'000) == 0) kill(filho, SIGKILL);
+        return true;
+    };
+    for (ssize_t lidos; espera() && (lidos = read(terminal, bytes, sizeof bytes)) > 0;) {
         saida.append(bytes, static_cast<std::size_t>(lidos));
         if (!saida.ends_with(": ") || digitado.empty()) continue;
         const std::string linha = Divide(digitado, '|').at(perguntas++) + "\n";

@@ -153,8 +153,7 @@ TEST(DISABLED_FilhoDoConsole, Responde) {
         const std::string antes = Modo();
         std::cout << "Usu\xC3\xA1rio: " << std::flush;
         const std::string nome = LeLinha();
-        std::cerr << "Senha: ";
-        const std::string senha = LeSemEco();
+        const std::string senha = LeSemEco("Senha: ");
         const bool terminal = EhTerminal(kEntrada) && EhTerminal(kSaida) && EhTerminal(kErros) && SaidaSeReescreve();
         return nome + "|" + senha + "|" + std::to_string(LarguraDoTerminal()) + (terminal ? "" : "|no terminal") +
                (Modo() == antes ? "" : "|another mode");

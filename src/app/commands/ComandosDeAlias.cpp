@@ -13,8 +13,7 @@ namespace wkd {
 namespace {
 
 std::string PedeSenha(const char* rotulo) {
-    std::cerr << rotulo << std::flush;
-    std::string senha = LeSemEco();
+    std::string senha = LeSemEco(rotulo);
     std::cerr << std::endl;
     return senha;
 }

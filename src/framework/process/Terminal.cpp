@@ -157,12 +157,13 @@ std::size_t GravaNoFluxo(int fluxo, std::string_view texto) {
 namespace {
 
 /// As the keys were, whatever the console's character set.
-std::string LeDoConsole(DWORD semModos) {
+std::string LeDoConsole(DWORD semModos, std::string_view pergunta = {}) {
     const HANDLE entrada = DoFluxo(kEntrada);
     DWORD modo = 0, lidos = 0;
     wchar_t linha[1024];
     GetConsoleMode(entrada, &modo);
     SetConsoleMode(entrada, modo & ~semModos);
+    std::cerr << pergunta << std::flush;
     const bool leu = ReadConsoleW(entrada, linha, static_cast<DWORD>(std::size(linha)), &lidos, nullptr) && lidos > 0;
     const DWORD erro = GetLastError();
     SetConsoleMode(entrada, modo);
@@ -175,7 +176,7 @@ std::string LeDoConsole(DWORD semModos) {
 }  // namespace
 
 std::string LeLinha() { return EhTerminal(kEntrada) ? LeDoConsole(0) : LeDaEntrada(); }
-std::string LeSemEco() { return LeDoConsole(ENABLE_ECHO_INPUT); }
+std::string LeSemEco(std::string_view pergunta) { return LeDoConsole(ENABLE_ECHO_INPUT, pergunta); }
 
 #else
 
@@ -246,8 +247,9 @@ std::string LeLinha() {
     return LeDaEntrada();
 }
 
-std::string LeSemEco() {
+std::string LeSemEco(std::string_view pergunta) {
     const TSemEco semEco;
+    std::cerr << pergunta << std::flush;
     return LeLinha();
 }
 

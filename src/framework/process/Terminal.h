@@ -30,7 +30,8 @@ std::size_t GravaNoFluxo(int fluxo, std::string_view texto);
 
 /// A line of the standard input, without its end. Throws TInterrompida for who gives up at the question.
 std::string LeLinha();
-/// The same from the terminal, which does not show it and is afterwards as it was.
-std::string LeSemEco();
+/// The same from the terminal, which does not show it and is afterwards as it was. The question goes to standard error
+/// once nothing is shown any more: what is typed at it is neither shown nor lost.
+std::string LeSemEco(std::string_view pergunta);
 
 }  // namespace wkd
