@@ -65,15 +65,6 @@ std::string Faltam(const TCampos& daqui, const TCampos& dali) {
     return faltam;
 }
 
-void NoPacote(const TProgramaInstalado& loja, const std::string& arquivo, const std::string& de,
-              const std::string& para) {
-    std::string texto = loja.Arquivo("fontes/" + arquivo);
-    const auto onde = texto.find(de);
-    ASSERT_NE(onde, std::string::npos) << de;
-    loja.Escreve("fontes/" + arquivo, texto.replace(onde, de.size(), para));
-    loja.Empacota();
-}
-
 constexpr const char* kUmVendedor =
     "<?xml version=\"1.0\" standalone=\"yes\"?><DATAPACKET Version=\"2.0\"><METADATA><FIELDS><FIELD "
     "attrname=\"CODIGO\" fieldtype=\"i4\"/></FIELDS><PARAMS/></METADATA><ROWDATA><ROW CODIGO=\"1\"/></ROWDATA>"

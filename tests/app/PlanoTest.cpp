@@ -43,15 +43,6 @@ std::string Decisoes(const TJson& json) {
     return texto;
 }
 
-void NoPacote(const TProgramaInstalado& loja, const std::string& arquivo, const std::string& de,
-              const std::string& para) {
-    std::string texto = loja.Arquivo("fontes/" + arquivo);
-    const auto onde = texto.find(de);
-    ASSERT_NE(onde, std::string::npos) << de;
-    loja.Escreve("fontes/" + arquivo, texto.replace(onde, de.size(), para));
-    loja.Empacota();
-}
-
 struct TCenario {
     const char* nome;
     std::function<void(const TProgramaInstalado&)> prepara;

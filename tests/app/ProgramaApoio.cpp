@@ -1,5 +1,7 @@
 #include "ProgramaApoio.h"
 
+#include <gtest/gtest.h>
+
 #include "Arquivos.h"
 #include "BancoDeExemplo.h"
 #include "BancoTemporario.h"
@@ -44,5 +46,14 @@ std::unique_ptr<TConnection> TProgramaInstalado::Banco() const {
 }
 
 std::string TProgramaInstalado::Retrato() const { return wkd::Retrato(*Banco()); }
+
+void NoPacote(const TProgramaInstalado& loja, const std::string& arquivo, const std::string& de,
+              const std::string& para) {
+    std::string texto = loja.Arquivo("fontes/" + arquivo);
+    const auto onde = texto.find(de);
+    ASSERT_NE(onde, std::string::npos) << de;
+    loja.Escreve("fontes/" + arquivo, texto.replace(onde, de.size(), para));
+    loja.Empacota();
+}
 
 }  // namespace wkd

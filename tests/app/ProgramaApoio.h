@@ -42,4 +42,8 @@ class TProgramaInstalado {
     TPastaTemporaria pasta_;
 };
 
+/// Changes the first place of a packet's text, and makes the package anew. A text that is not there fails the test.
+void NoPacote(const TProgramaInstalado& loja, const std::string& arquivo, const std::string& de,
+              const std::string& para);
+
 }  // namespace wkd
