@@ -110,6 +110,9 @@ const TTipoPacote* TipoPorCodigo(std::uint16_t codigo, std::uint16_t tamanho);
 /// Such as "12 (tabela aninhada)", for the message that refuses it.
 std::string NomeDoTipo(std::uint16_t codigo, std::uint16_t tamanho);
 
+/// Largest width and scale of a field: two bytes in the binary form, and no more counts in XML.
+inline constexpr int kMaiorNumeroDoCampo = 0xFFFF;
+
 /// Parameters of a packet that are kept; letter case ignored.
 bool ParametroConhecido(std::string_view nome);
 /// Whether a packet's parameter of that name is a list.

@@ -121,7 +121,8 @@ std::string BytesDoValor(const TValor& valor, const TColuna& coluna) {
 }
 
 std::string Propriedade(std::string_view nome, std::size_t numero) {
-    return ComPrefixo(nome, 1) + Numero(2, 2) + Numero(2, 2) + Numero(std::min<std::size_t>(numero, 0xFFFF), 2);
+    return ComPrefixo(nome, 1) + Numero(2, 2) + Numero(2, 2) +
+           Numero(std::min<std::size_t>(numero, kMaiorNumeroDoCampo), 2);
 }
 
 /// Property of the packet, in numbers of four bytes.

@@ -172,7 +172,7 @@ class TLeitorBinario {
         if (formato == TFormato::Bytes && !coluna.variavel) campo.tamanho = coluna.tamanho;
         for (int i = cursor_.U16(); i > 0; --i) {
             const auto propriedade = LePropriedade(cursor_);
-            const int numero = static_cast<int>(propriedade.Numero() & 0xFFFFFF);
+            const int numero = static_cast<int>(std::min<std::uint64_t>(propriedade.Numero(), kMaiorNumeroDoCampo));
             if (IgualSemCaixa(propriedade.nome, "WIDTH"))
                 campo.tamanho = formato == TFormato::TextoUnicode ? numero / 2 : numero;
             else if (IgualSemCaixa(propriedade.nome, "DECIMALS"))

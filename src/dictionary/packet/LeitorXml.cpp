@@ -27,7 +27,7 @@ TCodigo CodigoDoArquivo(const TFontePacote& fonte) {
 int NumeroDe(std::string_view texto) {
     int numero = 0;
     std::from_chars(texto.data(), texto.data() + texto.size(), numero);
-    return std::max(numero, 0);
+    return std::clamp(numero, 0, kMaiorNumeroDoCampo);
 }
 
 class TLeitorXml {
