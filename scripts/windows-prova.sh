@@ -254,6 +254,8 @@ tecla alt+p
 foto status
 tecla alt+n
 foto plano 8
+tecla Escape
+foto status-outra-vez
 tecla Return
 foto concluida 15
 tecla Return

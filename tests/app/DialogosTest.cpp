@@ -5,7 +5,11 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QPrintDialog>
+#include <QPrinter>
+#include <regex>
 
+#include "Arquivos.h"
 #include "JanelaApoio.h"
 #include "commands/Preferencias.h"
 #include "widgets/Dialogos.h"
@@ -81,7 +85,7 @@ TEST(DialogosTest, FilesAreChosenInPortuguese) {
     const TCaso casos[] = {
         {[&] { return dialogos.ArquivoParaAbrir(); }, "|Abrir|", "Arquivos zip (*.zip"},
         {[&] { return dialogos.BackupParaAbrir(); }, "|Abrir|", "Backup (*.gdk)"},
-        {[&] { return dialogos.ArquivoParaGravar("AtualizaQueryErro.log"); }, "|Salvar|", "(*)"},
+        {[&] { return dialogos.ArquivoParaGravar("AtualizaQueryErro.log", {}); }, "|Salvar|", "(*)"},
         {[&] { return dialogos.Pasta(QCaminho(pasta.Caminho())); }, "|Escolher|", ""},
     };
     for (const TCaso& caso : casos) {
@@ -97,6 +101,50 @@ TEST(DialogosTest, FilesAreChosenInPortuguese) {
         dynamic_cast<QDialog&>(dialogo).accept();
     });
     EXPECT_EQ(QDir(gravar).absolutePath(), QCaminho(pasta / "AtualizaQueryErro.log"));
+}
+
+TEST(DialogosTest, AFileGetsTheExtensionOfItsKind) {
+    FalaPortugues(Aplicacao());
+    TDialogosQt dialogos;
+    const TPastaTemporaria pasta;
+    const auto volta = qScopeGuard([antes = QDir::currentPath()] { QDir::setCurrent(antes); });
+    QDir::setCurrent(QCaminho(pasta.Caminho()));
+    const QStringList tipos = {"Texto (*.txt)", "Comandos SQL (*.sql)"};
+    const auto escolhe = [&](const QString& nome, const QString& tipo) {
+        return QFileInfo(Com([&] { return dialogos.ArquivoParaGravar("plano.txt", tipos); },
+                             [&](QWidget& dialogo) {
+                                 auto& arquivos = dynamic_cast<QFileDialog&>(dialogo);
+                                 if (!tipo.isEmpty()) emit arquivos.filterSelected(tipo);
+                                 dialogo.findChild<QLineEdit*>("fileNameEdit")->setText(nome);
+                                 dynamic_cast<QDialog&>(dialogo).accept();
+                             }))
+            .fileName();
+    };
+    EXPECT_EQ(escolhe("a", {}), "a.txt");
+    EXPECT_EQ(escolhe("a", tipos[1]), "a.sql");
+    EXPECT_EQ(escolhe("a.html", tipos[1]), "a.html");
+}
+
+TEST(DialogosTest, PagesArePrintedFromAPortugueseDialog) {
+    FalaPortugues(Aplicacao());
+    TDialogosQt dialogos;
+    const TPastaTemporaria pasta;
+    const std::filesystem::path arquivo = pasta / "plano.pdf";
+    QTextDocument documento;
+    QStringList linhas;
+    for (int i = 0; i < 200; ++i) linhas += "Linha " + QString::number(i);
+    documento.setPlainText(linhas.join('\n'));
+    Com([&] { return dialogos.Imprime("Plano", documento), 0; },
+        [&](QWidget& dialogo) {
+            auto& impressao = dynamic_cast<QPrintDialog&>(dialogo);
+            EXPECT_NE(Textos(dialogo).find("|Cancelar|"), std::string::npos) << Textos(dialogo);
+            EXPECT_EQ(impressao.printer()->docName(), "Plano");
+            impressao.printer()->setOutputFileName(QCaminho(arquivo));
+            impressao.done(QDialog::Accepted);
+        });
+    const std::string pdf = LeArquivo(arquivo);
+    EXPECT_TRUE(pdf.starts_with("%PDF-"));
+    EXPECT_TRUE(std::regex_search(pdf, std::regex("/Count [3-6]\\s"))) << "pages";
 }
 
 }  // namespace

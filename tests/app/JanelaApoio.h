@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QTextDocument>
 #include <QTimer>
 #include <cstdlib>
 #include <deque>
@@ -39,7 +40,7 @@ class TDialogosDeTeste : public IDialogos {
     std::vector<std::string> erros;  // those among the informations that carry the sign of one
     std::vector<QString> abertos;
     std::deque<bool> respostas;
-    QString arquivo, proposto;
+    QString arquivo, proposto, impresso;
     std::function<void()> aoInformar = [] {};
 
     void Informacao(const QString& texto) override {
@@ -61,12 +62,13 @@ class TDialogosDeTeste : public IDialogos {
     QString ArquivoParaAbrir() override { return arquivo; }
     QString BackupParaAbrir() override { return arquivo; }
     QString BancoParaAbrir() override { return arquivo; }
-    QString ArquivoParaGravar(const QString& nome) override {
+    QString ArquivoParaGravar(const QString& nome, const QStringList&) override {
         proposto = nome;
         return arquivo;
     }
     QString Pasta(const QString&) override { return arquivo; }
     void Abre(const QString& caminho) override { abertos.push_back(caminho); }
+    void Imprime(const QString&, const QTextDocument& documento) override { impresso = documento.toPlainText(); }
 };
 
 /// The example's database, of an older release, and the package of the newer one, in a folder with a settings file

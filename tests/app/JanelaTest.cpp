@@ -12,6 +12,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QScreen>
+#include <QScrollBar>
 #include <QSet>
 #include <QStackedWidget>
 #include <QTableWidget>
@@ -19,6 +20,7 @@
 #include <cstring>
 #include <fstream>
 
+#include "Arquivos.h"
 #include "JanelaApoio.h"
 #include "Linhas.h"
 #include "Portas.h"
@@ -148,6 +150,26 @@ class TFonteDeTeste {
     QFont antes_;
 };
 
+/// How many captions and buttons of the window were looked at; all are to be whole, and inside it.
+int LegendasInteiras(const QWidget& janela, int pontos) {
+    int vistos = 0;
+    for (QWidget* controle : janela.findChildren<QWidget*>()) {
+        const auto* rotulo = qobject_cast<QLabel*>(controle);
+        const bool botao = qobject_cast<QAbstractButton*>(controle) != nullptr;
+        const bool inteiro = rotulo && !rotulo->wordWrap() && !rotulo->text().isEmpty() &&
+                             rotulo->sizePolicy().horizontalPolicy() != QSizePolicy::Ignored;
+        const bool proprio = !controle->objectName().startsWith("qt_") && controle->window() == &janela;
+        if (!controle->isVisible() || !proprio || (!botao && !inteiro)) continue;
+        ++vistos;
+        const QSize cabe = botao && controle->maximumWidth() < 90 ? controle->size() : controle->sizeHint();
+        EXPECT_GE(controle->width(), cabe.width()) << pontos << " points: " << S(controle->objectName());
+        EXPECT_GE(controle->height(), controle->sizeHint().height()) << pontos << S(controle->objectName());
+        const QRect onde(controle->mapTo(&janela, QPoint()), controle->size());
+        EXPECT_TRUE(janela.rect().contains(onde)) << pontos << S(controle->objectName());
+    }
+    return vistos;
+}
+
 TEST_F(JanelaTest, NoCaptionIsCutWhateverTheFont) {
     for (const int pontos : {9, 11, 14, 18}) {
         const TFonteDeTeste fonte(pontos);
@@ -155,24 +177,13 @@ TEST_F(JanelaTest, NoCaptionIsCutWhateverTheFont) {
         EscolhePacote();
         for (int pagina = 0; pagina < 5; ++pagina) {
             if (pagina > 0) Clica("btProximo");
-            int vistos = 0;
-            for (QWidget* controle : janela_->Janela().findChildren<QWidget*>()) {
-                const auto* rotulo = qobject_cast<QLabel*>(controle);
-                const bool botao = qobject_cast<QAbstractButton*>(controle) != nullptr;
-                const bool inteiro = rotulo && !rotulo->wordWrap() && !rotulo->text().isEmpty() &&
-                                     rotulo->sizePolicy().horizontalPolicy() != QSizePolicy::Ignored;
-                const bool proprio = !controle->objectName().startsWith("qt_");
-                if (!controle->isVisible() || !proprio || (!botao && !inteiro)) continue;
-                ++vistos;
-                const QSize cabe = botao && controle->maximumWidth() < 90 ? controle->size() : controle->sizeHint();
-                EXPECT_GE(controle->width(), cabe.width()) << pontos << " points: " << S(controle->objectName());
-                EXPECT_GE(controle->height(), controle->sizeHint().height()) << pontos << S(controle->objectName());
-                const QRect onde(controle->mapTo(&janela_->Janela(), QPoint()), controle->size());
-                EXPECT_TRUE(janela_->Janela().rect().contains(onde)) << pontos << S(controle->objectName());
-            }
-            EXPECT_GT(vistos, 6) << Onde();
+            EXPECT_GT(LegendasInteiras(janela_->Janela(), pontos), 6) << Onde();
         }
         EXPECT_EQ(janela_->Janela().width() > 683, pontos > 9) << pontos;
+        Clica("btPlano");
+        QWidget& plano = *C<QPlainTextEdit>("mPlano").window();
+        EXPECT_GE(LegendasInteiras(plano, pontos), 4);
+        EXPECT_TRUE(janela_->Janela().screen()->availableGeometry().contains(plano.frameGeometry()));
     }
 }
 
@@ -255,12 +266,68 @@ TEST_F(JanelaTest, OnceThereIsAPackageThePlanIsShownAndNothingChanges) {
     ASSERT_TRUE(C<QPushButton>("btPlano").isVisible());
     const std::string antes = Retrato(*instalacao_.Conexao());
     Clica("btPlano");
-    const QString plano = C<QPlainTextEdit>("Memo1").toPlainText();
+    const QString plano = C<QPlainTextEdit>("mPlano").toPlainText();
     EXPECT_TRUE(plano.contains("-/+ TVENDA (tipo de DATA_VENDA muda de ftDate para ftDateTime)")) << S(plano);
     EXPECT_FALSE(plano.contains("TCLI_CON")) << S(plano);
     EXPECT_TRUE(plano.contains("Resumo: ")) << S(plano);
     EXPECT_EQ(Diferencas(antes, Retrato(*instalacao_.Conexao())), "");
     EXPECT_EQ(Botoes(), "&Voltar Atualizar &Sair ");
+}
+
+TEST_F(JanelaTest, ThePlanIsReadFromItsTopAndSearched) {
+    VaiAsOpcoes();
+    Clica("btProximo");
+    Clica("btPlano");
+    auto& plano = C<QPlainTextEdit>("mPlano");
+    const QString inteiro = plano.toPlainText();
+    EXPECT_TRUE(inteiro.startsWith("Plano da atualização de LOJA com ")) << S(inteiro);
+    plano.window()->resize(plano.window()->minimumSizeHint());
+    janela_->Serve();
+    EXPECT_GT(plano.verticalScrollBar()->maximum(), 0);
+    EXPECT_EQ(plano.verticalScrollBar()->value(), 0);
+    EXPECT_TRUE(plano.isReadOnly());
+
+    auto& filtro = C<QLineEdit>("edFiltroDoPlano");
+    const auto achado = [&](const char* texto) {
+        filtro.setText(texto);
+        return S(plano.toPlainText() + "|" + C<QLabel>("lblLinhasDoPlano").text());
+    };
+    EXPECT_EQ(achado(" ncm "), "~ TPRODUTO (versão 4 para 5)\n    + NCM: varchar(8)|2 linhas") << "under its table";
+    EXPECT_TRUE(achado("tvenda (")
+                    .starts_with("-/+ TVENDA (tipo de DATA_VENDA muda de ftDate para ftDateTime)\n    ~ "
+                                 "DATA_VENDA: date -> timestamp\n    os registros vão para BTVENDA"));
+    EXPECT_EQ(achado("nem isto nem aquilo"), "|nenhuma linha");
+    EXPECT_EQ(achado("  "), S(inteiro) + "|");
+
+    Clica("btPlano");  // planned anew: the window of the old plan is gone
+    EXPECT_EQ(janela_->Janela().findChildren<QPlainTextEdit*>("mPlano").size(), 1);
+}
+
+TEST_F(JanelaTest, ThePlanIsKeptInTheFormOfItsExtensionAndPrinted) {
+    VaiAsOpcoes();
+    Clica("btProximo");
+    Clica("btPlano");
+    const QString inteiro = C<QPlainTextEdit>("mPlano").toPlainText();
+    C<QLineEdit>("edFiltroDoPlano").setText("TVENDA");  // of what is shown, not of what is kept
+    const std::pair<const char*, std::string> formas[] = {{"plano.txt", S(inteiro)},
+                                                          {"plano", S(inteiro)},
+                                                          {"plano.HTML", "<!DOCTYPE html>"},
+                                                          {"plano.sql", "-- Plano da atualização de LOJA"},
+                                                          {"plano.json", "{\n  \"formato\": 1,"}};
+    for (const auto& [nome, inicio] : formas) {
+        janela_->dialogos.arquivo = QCaminho(instalacao_.Pasta() / nome);
+        Clica("btSalvarPlano");
+        EXPECT_TRUE(LeArquivo(instalacao_.Pasta() / nome).starts_with(inicio)) << nome;
+    }
+    EXPECT_EQ(janela_->dialogos.proposto, "plano.txt");
+    EXPECT_TRUE(janela_->dialogos.erros.empty());
+    janela_->dialogos.arquivo = "/nenhuma/plano.txt";
+    Clica("btSalvarPlano");
+    EXPECT_EQ(janela_->dialogos.erros.size(), 1u) << "said, not passed over";
+    Clica("btImprimirPlano");
+    EXPECT_EQ(janela_->dialogos.impresso, inteiro);
+    Clica("btFecharPlano");
+    EXPECT_EQ(janela_->Janela().findChild<QPlainTextEdit*>("mPlano"), nullptr);
 }
 
 TEST_F(JanelaTest, WalksForthAndBackWithoutTheBackupPage) {

@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <iostream>
 
@@ -123,6 +124,9 @@ void Fotografa(const QString& pasta) {
     janela.C<QCheckBox>("cbTabela").click();
     capturas.Proximo();
     instalacao.Conexao()->ExecuteDirect("update csenha set flag1 = 0");
+    janela.C<QPushButton>("btPlano").click();
+    capturas.Guarda("plano", *janela.C<QPlainTextEdit>("mPlano").window());
+    janela.C<QPushButton>("btFecharPlano").click();
     const auto& estimativa = janela.C<QLabel>("lblEstimativa");
     QTimer relogio;
     QObject::connect(&relogio, &QTimer::timeout, [&] {
@@ -143,7 +147,7 @@ void Fotografa(const QString& pasta) {
     capturas.Guarda("erro", [&] { dialogos.Erro("Não foi possível gravar o arquivo: o disco está cheio."); });
     capturas.Guarda("informacao", [&] { dialogos.Informacao("Arquivo de atualização não foi encontrado"); });
     capturas.Guarda("abrir", [&] { dialogos.ArquivoParaAbrir(); });
-    capturas.Guarda("salvar", [&] { dialogos.ArquivoParaGravar("AtualizaQueryErro.log"); });
+    capturas.Guarda("salvar", [&] { dialogos.ArquivoParaGravar("AtualizaQueryErro.log", {}); });
     capturas.Guarda("pasta", [&] { dialogos.Pasta({}); });
 }
 

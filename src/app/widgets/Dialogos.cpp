@@ -6,10 +6,21 @@
 #include <QHeaderView>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QRegularExpression>
+#include <QSaveFile>
+#include <QTextDocument>
 #include <QTreeView>
 #include <QUrl>
 
 #include "widgets/EstiloAmetista.h"
+
+#ifdef WKD_IMPRESSORA
+#include <QPrintDialog>
+#include <QPrinter>
+#else
+#include <QBuffer>
+#include <QPdfWriter>
+#endif
 
 #ifdef _WIN32
 #include <windows.h>
@@ -173,9 +184,14 @@ QString TDialogosQt::BancoParaAbrir() {
     return dialogo.Escolhido();
 }
 
-QString TDialogosQt::ArquivoParaGravar(const QString& proposto) {
-    TDialogoDeArquivo dialogo("Salvar", {}, "Todos os arquivos (*)");
+QString TDialogosQt::ArquivoParaGravar(const QString& proposto, const QStringList& tipos) {
+    TDialogoDeArquivo dialogo("Salvar", {}, tipos.isEmpty() ? "Todos os arquivos (*)" : tipos.join(";;"));
     dialogo.setAcceptMode(QFileDialog::AcceptSave);
+    const auto extensao = [&](const QString& tipo) {
+        dialogo.setDefaultSuffix(tipo.section("*.", 1, 1).section(QRegularExpression("[ )]"), 0, 0));
+    };
+    QObject::connect(&dialogo, &QFileDialog::filterSelected, &dialogo, extensao);
+    extensao(tipos.value(0));
     dialogo.selectFile(proposto);
     return dialogo.Escolhido();
 }
@@ -203,6 +219,39 @@ static bool AbreMaximizado(const QString& arquivo) {  // how wide is the window 
 void TDialogosQt::Abre(const QString& arquivo) {
     if (!AbreMaximizado(arquivo))
         Erro("Não foi possível abrir " + arquivo + ": nenhum programa instalado abre este tipo de arquivo.");
+}
+
+#ifdef WKD_IMPRESSORA
+void TDialogosQt::Imprime(const QString& titulo, const QTextDocument& documento) {
+    QPrinter impressora(QPrinter::HighResolution);
+    impressora.setDocName(titulo);
+    QPrintDialog dialogo(&impressora, JanelaNaFrente());
+    dialogo.setWindowTitle("Imprimir");
+    if (dialogo.exec() == QDialog::Accepted) documento.print(&impressora);
+}
+#else
+/// As pages that the desktop's own viewer prints.
+void TDialogosQt::Imprime(const QString& titulo, const QTextDocument& documento) {
+    const QString nome = ArquivoParaGravar("plano.pdf", {"PDF (*.pdf)"});
+    if (nome.isEmpty()) return;
+    QByteArray paginas;
+    {
+        QBuffer memoria(&paginas);
+        memoria.open(QIODevice::WriteOnly);
+        QPdfWriter pdf(&memoria);
+        pdf.setTitle(titulo);
+        documento.print(&pdf);
+    }
+    if (GravaArquivo(*this, nome, paginas)) Abre(nome);
+}
+#endif
+
+bool GravaArquivo(IDialogos& dialogos, const QString& nome, const QByteArray& conteudo) {
+    QSaveFile arquivo(nome);
+    if (arquivo.open(QIODevice::WriteOnly) && arquivo.write(conteudo) == conteudo.size() && arquivo.commit())
+        return true;
+    dialogos.Erro("Não foi possível gravar " + nome + ": " + arquivo.errorString());
+    return false;
 }
 
 }  // namespace wkd

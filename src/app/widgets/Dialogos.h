@@ -7,11 +7,14 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QString>
+#include <QStringList>
 #include <string>
 #include <string_view>
 
 #include "commands/TextoQt.h"
 #include "screen/Tela.h"
+
+class QTextDocument;
 
 namespace wkd {
 
@@ -86,11 +89,14 @@ class IDialogos {
     virtual QString BackupParaAbrir() = 0;
     /// A Firebird database of this machine.
     virtual QString BancoParaAbrir() = 0;
-    virtual QString ArquivoParaGravar(const QString& proposto) = 0;
+    /// Of one of these kinds, any without them; a name without extension gets that of the chosen kind.
+    virtual QString ArquivoParaGravar(const QString& proposto, const QStringList& tipos) = 0;
     /// A folder, which may be made in the dialog.
     virtual QString Pasta(const QString& atual) = 0;
     /// Opens the file with the desktop's own program.
     virtual void Abre(const QString& arquivo) = 0;
+    /// On paper, page by page, on the printer that the person chooses.
+    virtual void Imprime(const QString& titulo, const QTextDocument& documento) = 0;
 };
 
 /// The real dialogs, in Portuguese. Each comes to the foreground with the window that it belongs to.
@@ -103,9 +109,13 @@ class TDialogosQt : public IDialogos {
     QString ArquivoParaAbrir() override;
     QString BackupParaAbrir() override;
     QString BancoParaAbrir() override;
-    QString ArquivoParaGravar(const QString& proposto) override;
+    QString ArquivoParaGravar(const QString& proposto, const QStringList& tipos) override;
     QString Pasta(const QString& atual) override;
     void Abre(const QString& arquivo) override;
+    void Imprime(const QString& titulo, const QTextDocument& documento) override;
 };
+
+/// Writes the file whole or not at all; false, and why, when it could not.
+bool GravaArquivo(IDialogos& dialogos, const QString& nome, const QByteArray& conteudo);
 
 }  // namespace wkd

@@ -24,6 +24,7 @@
 #include "values/Texto.h"
 #include "widgets/Dialogos.h"
 #include "window/FMAtualiza.h"
+#include "window/JanelaDoPlano.h"
 #include "window/PaginaAlias.h"
 #include "window/PaginaAtualizacao.h"
 #include "window/PaginaBackup.h"
@@ -76,17 +77,18 @@ void TFMAtualiza::btPlanoClick() {
         if (botao->isEnabled()) livres.push_back(botao);
     for (QPushButton* botao : livres) botao->setEnabled(false);
     status_->PermitePlano(false);
+    std::optional<TPlano> plano;
     NoBanco([&, opcoes = Opcoes()] {
         try {
-            const auto plano = Planeja(*dm_, opcoes, estado_);
-            if (!plano) return;
-            for (const auto& linha : Divide(PlanoEmTexto(*plano), '\n')) meios_.tela.Memo1(linha);
+            plano = Planeja(*dm_, opcoes, estado_);
         } catch (const std::exception& erro) {
             meios_.tela.Erro(TErroDaExecucao::NaCaixa(ErroDe(erro)));
         }
     });
     for (QPushButton* botao : livres) botao->setEnabled(true);
     status_->PermitePlano(true);
+    delete findChild<TJanelaDoPlano*>();
+    if (plano) (new TJanelaDoPlano(std::move(*plano), meios_.dialogos, this))->show();
 }
 
 TCodigoDeSaida TFMAtualiza::Executa(TFimMostrado& mostrado) {

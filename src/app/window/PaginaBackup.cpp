@@ -154,7 +154,7 @@ void TPaginaBackup::SpeedButton4Click() {
 }
 
 void TPaginaBackup::SpeedButton5Click() {
-    const QString arquivo = dialogos_.ArquivoParaGravar(Q(NomePropostoDosRelatorios(Agora())));
+    const QString arquivo = dialogos_.ArquivoParaGravar(Q(NomePropostoDosRelatorios(Agora())), {});
     if (!arquivo.isEmpty()) edRelatoriosBkp_->setText(arquivo);
 }
 

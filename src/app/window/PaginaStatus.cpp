@@ -3,7 +3,6 @@
 #include <QCheckBox>
 #include <QGridLayout>
 #include <QProgressBar>
-#include <QSaveFile>
 #include <QScrollBar>
 #include <QTextBlock>
 #include <QVBoxLayout>
@@ -249,14 +248,11 @@ void TPaginaStatus::MostraPasta(const QString& pasta) {
 }
 
 void TPaginaStatus::SpeedButton2Click() {
-    const QString nome = dialogos_.ArquivoParaGravar("AtualizaQueryErro.log");
+    const QString nome = dialogos_.ArquivoParaGravar("AtualizaQueryErro.log", {});
     if (nome.isEmpty()) return;
     QString texto = memo2_->toPlainText().replace("\n", "\r\n");
     if (!texto.isEmpty()) texto += "\r\n";
-    QSaveFile arquivo(nome);
-    const QByteArray bytes = texto.toUtf8();
-    if (!arquivo.open(QIODevice::WriteOnly) || arquivo.write(bytes) != bytes.size() || !arquivo.commit())
-        dialogos_.Erro("Não foi possível gravar " + nome + ": " + arquivo.errorString());
+    GravaArquivo(dialogos_, nome, texto.toUtf8());
 }
 
 }  // namespace wkd
