@@ -1,10 +1,16 @@
 #pragma once
 
-#include <memory>
+#include <algorithm>
+#include <filesystem>
+#include <iterator>
+#include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "BancoGrande.h"
+#include "LinhaLenta.h"
+#include "Medida.h"
 #include "ServidorFirebird.h"
 
 namespace wkd {
@@ -15,23 +21,45 @@ struct TLugar {
     std::string servidor;  // "host/port"; empty is the embedded engine
 };
 
-/// What the cases are measured on, made at its first use. All databases have forced writes.
+/// What one turn of the cases is measured on.
+struct TTurno {
+    std::string disco;            // as a line of the table says it
+    std::filesystem::path pasta;  // all files of the turn are made there
+    bool naMemoria = true;        // a commit waits for nothing
+    std::optional<int> atraso =
+        {};  // ms that the line to the server takes, each way; only the network is measured then
+};
+
+/// What the cases of a turn are measured on, made at its first use. All databases have forced writes.
 class TBancada {
   public:
-    static TLugar Embutido() { return {"embutido", ""}; }
-    static TLugar Rede();
+    /// From now on temporary files are made in the folder of the turn.
+    explicit TBancada(TTurno turno);
 
-    /// The big database, one for each place.
-    const TBancoGrande& Grande(const TLugar& lugar);
+    const TTurno& Turno() const { return turno_; }
+    TLugar Rede();
+    /// Those of the turn.
+    std::vector<TLugar> Lugares();
 
-    /// Measures on the big database of either place.
+    /// How many of something are measured where a commit, or a turn to the server, takes time: the ratio is that of
+    /// all.
+    int Quantos(int naMemoria) const;
+
+    /// The big database of so many tables, one for each place.
+    const TBancoGrande& Grande(const TLugar& lugar, int tabelas = kTabelas);
+
+    /// Lines of a measure at every place of the turn.
     template <class F>
-    auto NosDoisLugares(F&& mede) {
-        return std::vector{mede(Grande(Embutido()), Embutido()), mede(Grande(Rede()), Rede())};
+    auto EmTodosOsLugares(F&& mede) {
+        std::vector<TMedida> medidas;
+        for (const TLugar& lugar : Lugares()) std::ranges::move(mede(lugar), std::back_inserter(medidas));
+        return medidas;
     }
 
   private:
-    std::unique_ptr<TBancoGrande> embutido_, naRede_;
+    TTurno turno_;
+    std::optional<TLinhaLenta> linha_;
+    std::map<std::pair<std::string, int>, TBancoGrande> grandes_;
 };
 
 }  // namespace wkd

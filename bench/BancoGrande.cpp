@@ -1,5 +1,7 @@
 #include "BancoGrande.h"
 
+#include <map>
+
 #include "BancoTemporario.h"
 #include "firebird/ConexaoFirebird.h"
 #include "package/Pacote.h"
@@ -10,6 +12,7 @@ namespace wkd {
 
 namespace {
 
+constexpr const char* kPacote = "pacote.zip";
 constexpr const char* kTipos[] = {"ftString", "ftInteger", "ftFloat", "ftDateTime", "ftString"};
 
 std::string NomeDaTabela(int tabela) { return "TAB" + std::to_string(1000 + tabela); }
@@ -23,11 +26,11 @@ TColunaDicionario Coluna(int coluna) {
     return c;
 }
 
-TDataPacket DicionarioDeTabelas() {
+TDataPacket DicionarioDeTabelas(int tabelas) {
     TDataPacket pacote;
     pacote.campos = {CampoDePacote("COD_MODULO", TTipoDado::Texto, 3),
                      CampoDePacote("NOME_ARQUIVO", TTipoDado::Texto, 50), CampoDePacote("VERSAO", TTipoDado::Inteiro)};
-    for (int t = 0; t < kTabelas; ++t) pacote.linhas.push_back({"001", NomeDaTabela(t), 1});
+    for (int t = 0; t < tabelas; ++t) pacote.linhas.push_back({"001", NomeDaTabela(t), 1});
     return pacote;
 }
 
@@ -71,6 +74,46 @@ constexpr const char* kDicionario[] = {
     "create table TARQ_VER (ARQUIVO varchar(100))",
     "create table CSENHA (CODIGO integer, FLAG1 integer)"};
 
+std::unique_ptr<TConnection> Aberta(const TParametrosConexao& parametros) {
+    auto conexao = CriaConexaoFirebird(parametros);
+    conexao->Open();
+    return conexao;
+}
+
+void CriaTabelas(TConnection& banco, int tabelas) {
+    for (const char* comando : kDicionario) banco.ExecuteDirect(comando);
+    for (int t = 0; t < tabelas; ++t) {
+        std::string comando = "create table " + NomeDaTabela(t) + " (";
+        for (int i = 0; i < kColunas; ++i) {
+            const TColunaDicionario c = Coluna(i);
+            comando += c.nome + " " + DefinicaoCampo(c, TTipoBanco::tbInterbase) + ", ";
+        }
+        banco.ExecuteDirect(comando + "constraint PK_" + NomeDaTabela(t) + " primary key (CODIGO))");
+    }
+    Enche(banco, "SARQUIVO", DicionarioDeTabelas(tabelas));
+    Enche(banco, "SATRIB", DicionarioDeColunas(tabelas));
+}
+
+/// A database that all others of as many tables are copies of: made once, where the first of them is wanted.
+class TModelo {
+  public:
+    explicit TModelo(int tabelas) {
+        auto parametros = ParametrosFirebird(Arquivo());
+        parametros.Adiciona("CharacterSet", "WIN1252");
+        CriaBancoFirebird(parametros, 8192);
+        CriaTabelas(*Aberta(parametros), tabelas);
+    }
+    std::filesystem::path Arquivo() const { return pasta_ / "modelo.fdb"; }
+
+    static const TModelo& De(int tabelas) {
+        static std::map<int, TModelo> modelos;
+        return modelos.try_emplace(tabelas, tabelas).first->second;
+    }
+
+  private:
+    TPastaTemporaria pasta_;
+};
+
 }  // namespace
 
 TDataPacket DicionarioDeColunas(int tabelas) {
@@ -91,11 +134,10 @@ TDataPacket DicionarioDeColunas(int tabelas) {
     return pacote;
 }
 
-TBancoGrande::TBancoGrande(const std::string& servidor)
-    : parametros_(ParametrosFirebird(pasta_ / "grande.fdb", servidor)) {
+TBancoGrande::TBancoGrande(const std::string& servidor, int tabelas)
+    : tabelas_(tabelas), parametros_(ParametrosFirebird(pasta_ / "grande.fdb", servidor)) {
     parametros_.Adiciona("CharacterSet", "WIN1252");
-    CriaBancoFirebird(parametros_, 8192);
-    CriaTabelas(*Conexao());
+    std::filesystem::copy_file(TModelo::De(tabelas).Arquivo(), pasta_ / "grande.fdb");
     EnchePacote();
     Aliases().AdicionaAlias({.nome = "GRANDE",
                              .tipoBanco = "tbInterbase",
@@ -109,43 +151,29 @@ TBancoGrande::TBancoGrande(const std::string& servidor)
                             false);
 }
 
-std::unique_ptr<TConnection> TBancoGrande::Conexao() const {
-    auto conexao = CriaConexaoFirebird(parametros_);
-    conexao->Open();
-    return conexao;
+std::unique_ptr<TConnection> TBancoGrande::Conexao() const { return Aberta(parametros_); }
+
+std::string TBancoGrande::Tamanho() const {
+    return std::to_string(tabelas_) + " tabelas e " + std::to_string(tabelas_ * kColunas) + " colunas";
 }
 
-TOpcoes TBancoGrande::Opcoes() const {
+TOpcoes TBancoGrande::OpcoesEm(const std::filesystem::path& pasta) {
     TOpcoes opcoes;
     opcoes.alias = "GRANDE";
-    opcoes.pacote = Pacote();
+    opcoes.pacote = pasta / kPacote;
     opcoes.querysAnteriores = opcoes.querysPosteriores = false;
-    opcoes.marcaNaoCria = Pasta() / "naocria.wkd";
-    opcoes.temporaria = opcoes.pastaPrograma = Pasta();
+    opcoes.marcaNaoCria = pasta / "naocria.wkd";
+    opcoes.temporaria = opcoes.pastaPrograma = pasta;
     return opcoes;
 }
 
-void TBancoGrande::CriaTabelas(TConnection& banco) {
-    for (const char* comando : kDicionario) banco.ExecuteDirect(comando);
-    for (int t = 0; t < kTabelas; ++t) {
-        std::string comando = "create table " + NomeDaTabela(t) + " (";
-        for (int i = 0; i < kColunas; ++i) {
-            const TColunaDicionario c = Coluna(i);
-            comando += c.nome + " " + DefinicaoCampo(c, TTipoBanco::tbInterbase) + ", ";
-        }
-        banco.ExecuteDirect(comando + "constraint PK_" + NomeDaTabela(t) + " primary key (CODIGO))");
-    }
-    Enche(banco, "SARQUIVO", DicionarioDeTabelas());
-    Enche(banco, "SATRIB", DicionarioDeColunas(kTabelas));
-}
-
 void TBancoGrande::EnchePacote() {
-    GravaPacote(DicionarioDeTabelas(), pasta_ / "SARQUIVO.WKD", TFormaPacote::Binario);
-    GravaPacote(DicionarioDeColunas(kTabelas), pasta_ / "SATRIB.WKD", TFormaPacote::Binario);
+    GravaPacote(DicionarioDeTabelas(tabelas_), pasta_ / "SARQUIVO.WKD", TFormaPacote::Binario);
+    GravaPacote(DicionarioDeColunas(tabelas_), pasta_ / "SATRIB.WKD", TFormaPacote::Binario);
     TDataPacket arquivos;
     arquivos.campos = {CampoDePacote("ARQUIVO", TTipoDado::Texto, 100)};
     GravaPacote(arquivos, pasta_ / "ARQUIVOS", TFormaPacote::Binario);
-    CompactaZip({pasta_ / "SARQUIVO.WKD", pasta_ / "SATRIB.WKD", pasta_ / "ARQUIVOS"}, Pacote());
+    CompactaZip({pasta_ / "SARQUIVO.WKD", pasta_ / "SATRIB.WKD", pasta_ / "ARQUIVOS"}, pasta_ / kPacote);
 }
 
 }  // namespace wkd

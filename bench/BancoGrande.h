@@ -14,24 +14,27 @@ namespace wkd {
 inline constexpr int kTabelas = 800;
 inline constexpr int kColunas = 25;  // of each table
 
-/// A folder with a Firebird database of 800 tables and 20,000 columns, its dictionary filled, its alias "GRANDE" in a
-/// settings file, and a package with the same dictionary. Gone at the end.
+/// A folder with a Firebird database of 800 tables, or fewer, and 25 times as many columns, its dictionary filled, its
+/// alias "GRANDE" in a settings file, and a package with the same dictionary. Gone at the end.
 class TBancoGrande {
   public:
     /// `servidor` is "host/port", the embedded engine when empty.
-    explicit TBancoGrande(const std::string& servidor);
+    TBancoGrande(const std::string& servidor, int tabelas);
 
     const std::filesystem::path& Pasta() const { return pasta_.Caminho(); }
-    std::filesystem::path Pacote() const { return pasta_ / "pacote.zip"; }
+    int Tabelas() const { return tabelas_; }
+    /// "800 tabelas e 20000 colunas".
+    std::string Tamanho() const;
     TAliases Aliases() const { return TAliases(pasta_ / "WKD.ini"); }
     /// An unattended run of the package on the alias.
-    TOpcoes Opcoes() const;
+    TOpcoes Opcoes() const { return OpcoesEm(Pasta()); }
+    static TOpcoes OpcoesEm(const std::filesystem::path& pasta);
     std::unique_ptr<TConnection> Conexao() const;
 
   private:
-    void CriaTabelas(TConnection& banco);
     void EnchePacote();
 
+    const int tabelas_;
     TPastaTemporaria pasta_;
     TParametrosConexao parametros_;
 };

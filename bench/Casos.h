@@ -25,21 +25,34 @@ std::vector<TMedida> MedePassos(TBancada& bancada);
 std::vector<TMedida> MedeTodas(TBancada& bancada);
 /// New tables with key and indexes.
 std::vector<TMedida> MedeCriacao(TBancada& bancada);
+/// What a run over the big dictionary holds in memory.
+std::vector<TMedida> MedeMemoria(TBancada& bancada);
 /// The run log.
 std::vector<TMedida> MedeLog(TBancada& bancada);
 /// The program's start.
 std::vector<TMedida> MedeAbertura(TBancada& bancada);
 
+/// Where a case is measured besides the disk in memory.
+enum class TTurnos { SoNaMemoria, Discos, DiscosERede };
+
 struct TCaso {
     std::string_view nome;  // by which the command line selects it
     std::vector<TMedida> (*mede)(TBancada& bancada);
+    TTurnos turnos;
 };
 
 inline constexpr TCaso kCasos[] = {
-    {"pacotes", MedePacotes},        {"nada-mudou", MedeNadaMudou},      {"copia-embutida", MedeCopiaEmbutida},
-    {"copia-rede", MedeCopiaNaRede}, {"reconstrucao", MedeReconstrucao}, {"todas", MedeTodas},
-    {"passos", MedePassos},          {"criacao", MedeCriacao},           {"log", MedeLog},
-    {"abertura", MedeAbertura},
+    {"pacotes", MedePacotes, TTurnos::SoNaMemoria},
+    {"nada-mudou", MedeNadaMudou, TTurnos::DiscosERede},
+    {"memoria", MedeMemoria, TTurnos::SoNaMemoria},
+    {"copia-embutida", MedeCopiaEmbutida, TTurnos::Discos},
+    {"copia-rede", MedeCopiaNaRede, TTurnos::DiscosERede},
+    {"reconstrucao", MedeReconstrucao, TTurnos::Discos},
+    {"todas", MedeTodas, TTurnos::DiscosERede},
+    {"passos", MedePassos, TTurnos::DiscosERede},
+    {"criacao", MedeCriacao, TTurnos::DiscosERede},
+    {"log", MedeLog, TTurnos::Discos},
+    {"abertura", MedeAbertura, TTurnos::SoNaMemoria},
 };
 
 }  // namespace wkd

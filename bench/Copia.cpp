@@ -9,7 +9,7 @@ namespace wkd {
 
 namespace {
 
-constexpr int kLinhas = 100000;
+constexpr int kLinhas = 100'000;
 constexpr std::size_t kColunasDaCopia = 12;
 const std::string kLista = "CODIGO,NOME,FANTASIA,CIDADE,UF,DATA,VALOR,LIMITE,ATIVO,VENDEDOR,OBS,FOTO";
 
@@ -72,10 +72,10 @@ void CopiaPorBlocos(TConnection& banco, const std::string& origem, const std::st
 
 /// Backup into a table without key, and restore into one with it: what `copia` needs for both.
 template <class F>
-double IdaEVolta(TBancoDaCopia& banco, F&& copia) {
+TTempo IdaEVolta(TBancoDaCopia& banco, F&& copia) {
     banco.CriaVazia("IDA", false);
     banco.CriaVazia("VOLTA", true);
-    double tempo = Cronometra([&] { copia(banco.Conexao(), "TCLI", "IDA", 100); });
+    TTempo tempo = Cronometra([&] { copia(banco.Conexao(), "TCLI", "IDA", 100); });
     banco.Executa("create index IDA_CHAVE on IDA (CODIGO)");  // a gift to the raw loops, which find rows by their key
     tempo += Cronometra([&] { copia(banco.Conexao(), "IDA", "VOLTA", 11); });
     if (banco.Conta("VOLTA") != banco.Conta("TCLI")) throw std::runtime_error("a cópia crua perdeu registros");
@@ -85,19 +85,19 @@ double IdaEVolta(TBancoDaCopia& banco, F&& copia) {
 }
 
 /// The same by the update: the backup with its proof, and the restore.
-double NossaIdaEVolta(TBancoDaCopia& banco, double& conferencia) {
+TTempo NossaIdaEVolta(TBancoDaCopia& banco, double& conferencia) {
     TContexto& ctx = banco.Contexto();
     const std::vector<std::string> chave = {"CODIGO"};
     TBackupFeito backup;
-    double tempo = Cronometra([&] { backup = CriaBackup(ctx, "TCLI", chave, true, false); });
+    TTempo tempo = Cronometra([&] { backup = CriaBackup(ctx, "TCLI", chave, true, false); });
     banco.Executa("drop table TCLI");
     banco.CriaVazia("TCLI", true);
     tempo +=
         Cronometra([&] { VoltaBackup(ctx, "TCLI", chave, RestauracaoInteira(ctx, "TCLI", backup.chaveDaTabela)); });
     conferencia = std::min(conferencia, Cronometra([&] {
-                               if (!ConfereComBackup(banco.Conexao(), "BTCLI", "TCLI", {}).Igual())
-                                   throw std::runtime_error("não confere");
-                           }));
+                                            if (!ConfereComBackup(banco.Conexao(), "BTCLI", "TCLI", {}).Igual())
+                                                throw std::runtime_error("não confere");
+                                        }).segundos);
     if (banco.Conta("TCLI") != banco.Conta("BTCLI")) throw std::runtime_error("a cópia perdeu registros");
     banco.Executa("drop table BTCLI");
     banco.Executa("update SARQUIVO set VERSAO = 1");
@@ -107,16 +107,18 @@ double NossaIdaEVolta(TBancoDaCopia& banco, double& conferencia) {
     return tempo;
 }
 
-std::vector<TMedida> MedeCopia(TMedida modelo, const TLugar& lugar, int vezes,
+std::vector<TMedida> MedeCopia(TMedida modelo, const TLugar& lugar, int linhas, bool comIngenuo,
                                void (*piso)(TConnection&, const std::string&, const std::string&, int)) {
-    TBancoDaCopia banco(lugar, kLinhas);
+    TBancoDaCopia banco(lugar, linhas);
     double conferencia = 1e9;
-    modelo.trabalho = "backup conferido e volta de 100.000 registros, " + lugar.nome;
+    modelo.trabalho = "backup conferido e volta de " + std::to_string(linhas) + " registros, " + lugar.nome;
     TMedida copia = Alterna(
-        modelo, vezes, [&] { return NossaIdaEVolta(banco, conferencia); }, [&] { return IdaEVolta(banco, piso); });
-    copia.ingenuo = IdaEVolta(banco, [](TConnection& c, const std::string& origem, const std::string& destino, int n) {
-        CopiaPelaChave(c, origem, destino, n, true);
-    });
+        modelo, 2, [&] { return NossaIdaEVolta(banco, conferencia); }, [&] { return IdaEVolta(banco, piso); });
+    if (comIngenuo)
+        copia.ingenuo =
+            IdaEVolta(banco, [](TConnection& c, const std::string& origem, const std::string& destino, int n) {
+                CopiaPelaChave(c, origem, destino, n, true);
+            }).segundos;
     TMedida prova{.trabalho = "as duas conferências dessa cópia, " + lugar.nome,
                   .piso = "a própria cópia",
                   .limite = 0.1,
@@ -127,17 +129,17 @@ std::vector<TMedida> MedeCopia(TMedida modelo, const TLugar& lugar, int vezes,
 
 }  // namespace
 
-std::vector<TMedida> MedeCopiaEmbutida(TBancada&) {
+std::vector<TMedida> MedeCopiaEmbutida(TBancada& bancada) {
     return MedeCopia({.trabalho = {}, .piso = "laço cru pela chave, número do blob passado adiante", .limite = 1.1},
-                     TBancada::Embutido(), 2,
+                     {"embutido", ""}, bancada.Quantos(kLinhas), true,
                      [](TConnection& c, const std::string& origem, const std::string& destino, int n) {
                          CopiaPelaChave(c, origem, destino, n, false);
                      });
 }
 
-std::vector<TMedida> MedeCopiaNaRede(TBancada&) {
-    return MedeCopia({.trabalho = {}, .piso = "um bloco de chaves por lote", .limite = 1.2}, TBancada::Rede(), 2,
-                     CopiaPorBlocos);
+std::vector<TMedida> MedeCopiaNaRede(TBancada& bancada) {
+    return MedeCopia({.trabalho = {}, .piso = "um bloco de chaves por lote", .limite = 1.2}, bancada.Rede(),
+                     bancada.Quantos(kLinhas), !bancada.Turno().atraso, CopiaPorBlocos);
 }
 
 }  // namespace wkd

@@ -1,6 +1,11 @@
 #include "Medida.h"
 
 #include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <stdexcept>
+
+#include "values/Json.h"
 
 namespace wkd {
 
@@ -18,16 +23,71 @@ std::string Grandeza(const TMedida& medida, double valor) {
     return valor < 1 ? Decimais(valor * 1e3, 1) + " ms" : Decimais(valor, 2) + " s";
 }
 
+/// A number that only some lines have.
+TValor SeHouver(bool ha, const TValor& valor) { return ha ? valor : TValor(); }
+
+std::vector<std::pair<const char*, TValor>> Membros(const TMedida& m) {
+    return {{"caso", m.caso},
+            {"trabalho", m.trabalho},
+            {"disco", m.disco},
+            {"atraso_ms", m.atraso},
+            {"unidade", m.emMegabytes ? "MB" : "s"},
+            {"nosso", m.nosso},
+            {"piso", m.doPiso},
+            {"o_piso", m.piso},
+            {"razao", m.Razao()},
+            {"limite", SeHouver(m.limite > 0, m.limite)},
+            {"ingenuo", SeHouver(m.ingenuo >= 0, m.ingenuo)},
+            {"comandos", SeHouver(m.comandos >= 0, m.comandos)},
+            {"voltas", SeHouver(m.voltas > 0, std::int64_t{m.voltas})},
+            {"carga", m.carga}};
+}
+
 }  // namespace
 
+void TMedida::Nosso(const TTempo& tempo) {
+    nosso = std::min(nosso, tempo.segundos);
+    voltas = tempo.voltas;
+}
+
 std::string CabecalhoDaTabela() {
-    return "| trabalho | nosso | piso | razão | limite | ingênuo | comandos |\n|---|---|---|---|---|---|---|";
+    return "| caso | trabalho | disco | atraso | nosso | piso | razão | limite | ingênuo | comandos | voltas |\n"
+           "|---|---|---|---|---|---|---|---|---|---|---|";
 }
 
 std::string LinhaDaTabela(const TMedida& m) {
-    return "| " + m.trabalho + " | " + Grandeza(m, m.nosso) + " | " + Grandeza(m, m.doPiso) + ", " + m.piso + " | " +
-           Decimais(m.Razao(), 2) + " | " + Decimais(m.limite, 2) + " | " + Grandeza(m, m.ingenuo) + " | " +
-           (m.comandos < 0 ? "" : std::to_string(m.comandos)) + " |";
+    return "| " + m.caso + " | " + m.trabalho + " | " + m.disco + " | " +
+           (m.atraso > 0 ? std::to_string(m.atraso) + " ms" : "") + " | " + Grandeza(m, m.nosso) + " | " +
+           Grandeza(m, m.doPiso) + ", " + m.piso + " | " + Decimais(m.Razao(), 2) + " | " +
+           (m.limite > 0 ? Decimais(m.limite, 2) : "") + " | " + Grandeza(m, m.ingenuo) + " | " +
+           (m.comandos < 0 ? "" : std::to_string(m.comandos)) + " | " + (m.voltas > 0 ? std::to_string(m.voltas) : "") +
+           " |";
+}
+
+void GravaJson(const std::filesystem::path& arquivo, const std::vector<TMedida>& medidas) {
+    std::ofstream saida(arquivo, std::ios::trunc);
+    const char* separador = "[\n";
+    for (const TMedida& medida : medidas) {
+        saida << separador << "  {";
+        const char* virgula = "";
+        for (const auto& [nome, valor] : Membros(medida)) {
+            saida << virgula;
+            EscreveJson(saida, std::string_view(nome));
+            saida << ": ";
+            EscreveJson(saida, valor);
+            virgula = ", ";
+        }
+        saida << "}";
+        separador = ",\n";
+    }
+    saida << (medidas.empty() ? "[]\n" : "\n]\n");
+    if (!saida.flush()) throw std::runtime_error(arquivo.string() + " não pôde ser gravado");
+}
+
+double CargaDaMaquina() {
+    double carga = 0;
+    getloadavg(&carga, 1);
+    return carga;
 }
 
 }  // namespace wkd

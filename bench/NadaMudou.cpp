@@ -20,21 +20,24 @@ void LeDicionarioEColunas(TConnection& banco) {
     banco.TodasAsColunas();
 }
 
-TMedida Mede(const TBancoGrande& banco, const TLugar& lugar) {
+std::vector<TMedida> Mede(const TBancoGrande& banco, const TLugar& lugar) {
     int comandos = 0;
-    CorreTabelas(banco, banco.Opcoes(), "", comandos);  // brings the dictionary tables to their layout
+    CorreTabelas(banco.Aliases(), banco.Opcoes(), "", comandos);  // brings the dictionary tables to their layout
     const auto conexao = banco.Conexao();
     TMedida medida = Alterna(
-        {.trabalho = "nada a mudar, 800 tabelas e 20.000 colunas, até o fim das tabelas, " + lugar.nome,
+        {.trabalho = "nada a mudar, " + banco.Tamanho() + ", até o fim das tabelas, " + lugar.nome,
          .piso = "dicionário e colunas lidos uma vez",
          .limite = 1.5},
-        5, [&] { return CorreTabelas(banco, banco.Opcoes(), "", comandos); }, [&] { LeDicionarioEColunas(*conexao); });
+        5, [&] { return CorreTabelas(banco.Aliases(), banco.Opcoes(), "", comandos); },
+        [&] { LeDicionarioEColunas(*conexao); });
     medida.comandos = comandos;
-    return medida;
+    return {medida};
 }
 
 }  // namespace
 
-std::vector<TMedida> MedeNadaMudou(TBancada& bancada) { return bancada.NosDoisLugares(Mede); }
+std::vector<TMedida> MedeNadaMudou(TBancada& bancada) {
+    return bancada.EmTodosOsLugares([&](const TLugar& lugar) { return Mede(bancada.Grande(lugar), lugar); });
+}
 
 }  // namespace wkd

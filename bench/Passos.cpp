@@ -58,16 +58,16 @@ void Enche(TConnection& banco, const std::string& apaga, const std::string& incl
     transacao.Commit();
 }
 
-void EncheDicionarioDeRelatorios(TConnection& banco) {
-    Enche(banco, "delete from trbtable", "insert into TRBTABLE (TableName, TableAlias) values (:a, :b)", kTabelas);
+void EncheDicionarioDeRelatorios(TConnection& banco, int tabelas) {
+    Enche(banco, "delete from trbtable", "insert into TRBTABLE (TableName, TableAlias) values (:a, :b)", tabelas);
     Enche(banco, "delete from trbfield",
           "insert into TRBFIELD (TableName, FieldName, FieldAlias, DataType, Searchable, Sortable, Selectable, "
           "AutoSearch, Mandatory) values (:a, :b, :c, 'dtString', 'T', 'T', 'T', 'F', 'F')",
-          kTabelas * kColunas);
+          tabelas * kColunas);
 }
 
 /// The statements that the passes are made of, each once.
-void ComandosDosPasses(TConnection& banco) {
+void ComandosDosPasses(TConnection& banco, int tabelas) {
     for (const std::string tabela : {"satrib", "slookup"})
         banco
             .Prepara("delete from " + tabela +
@@ -84,26 +84,27 @@ void ComandosDosPasses(TConnection& banco) {
     Le(banco, "select count(*) as total from sarquivo");
     Le(banco, "select * from sarquivo");
     Le(banco, "select count(*) as total from satrib where ((lookup_arquivo is null) or (lookup_arquivo = ''))");
-    EncheDicionarioDeRelatorios(banco);
+    EncheDicionarioDeRelatorios(banco, tabelas);
 }
 
 }  // namespace
 
 std::vector<TMedida> MedePassos(TBancada& bancada) {
     std::vector<TMedida> medidas;
-    for (const TLugar& lugar : {TBancada::Embutido(), TBancada::Rede()}) {
-        const TBancoGrande& banco = bancada.Grande(lugar);
+    for (const TLugar& lugar : bancada.Lugares()) {
+        const TBancoGrande& banco = bancada.Grande(lugar, bancada.Quantos(kTabelas));
         TPasses passes(banco);
         const auto conexao = banco.Conexao();
         passes.Executa({AtualizaLookupFisico});  // once per database
         medidas.push_back(Alterna(
-            {.trabalho = "dicionário de relatórios, 800 tabelas e 20.000 colunas, " + lugar.nome,
+            {.trabalho = "dicionário de relatórios, " + banco.Tamanho() + ", " + lugar.nome,
              .piso = "apagar e incluir as mesmas linhas, uma transação por tabela",
              .limite = 1.2},
-            3, [&] { passes.Executa({Dicionario_tabelas}); }, [&] { EncheDicionarioDeRelatorios(*conexao); }));
+            3, [&] { passes.Executa({Dicionario_tabelas}); },
+            [&] { EncheDicionarioDeRelatorios(*conexao, banco.Tabelas()); }));
         medidas.back().comandos = passes.Comandos();
         medidas.push_back(Alterna(
-            {.trabalho = "passos finais, 800 tabelas e 20.000 colunas, " + lugar.nome,
+            {.trabalho = "passos finais, " + banco.Tamanho() + ", " + lugar.nome,
              .piso = "os comandos de que são feitos",
              .limite = 1.3},
             3,
@@ -111,7 +112,7 @@ std::vector<TMedida> MedePassos(TBancada& bancada) {
                 passes.Executa({ApagaAtributosOrfaos, AtualizaValorPadrao, AtualizaLookup, AtualizaLookupFisico,
                                 AtualizaCamposPersonalizados, verificaIndicesPrimarios, Dicionario_tabelas});
             },
-            [&] { ComandosDosPasses(*conexao); }));
+            [&] { ComandosDosPasses(*conexao, banco.Tabelas()); }));
         medidas.back().comandos = passes.Comandos();
     }
     return medidas;

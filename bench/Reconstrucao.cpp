@@ -1,66 +1,40 @@
-#include "Reconstrucao.h"
-
-#include <array>
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
-#include <memory>
-#include <sstream>
 #include <stdexcept>
 
 #include "BancoDaCopia.h"
 #include "Casos.h"
+#include "Processo.h"
 #include "rebuild/Nova.h"
 
 namespace wkd {
 
 namespace {
 
-constexpr int kPoucas = 100000, kMuitas = 1000000;
-
-struct TGasto {
-    double segundos = 0, megabytes = 0;
-};
-
-double PicoDeMemoria() {
-    std::ifstream estado("/proc/self/status");
-    for (std::string linha; std::getline(estado, linha);)
-        if (linha.starts_with("VmHWM:")) return std::stod(linha.substr(6)) / 1024;
-    throw std::runtime_error("o pico de memória não é conhecido");
-}
-
-/// A rebuild in a process of its own, whose memory is then that of the rebuild.
-TGasto EmOutroProcesso(int linhas) {
-    const std::string comando = std::filesystem::read_symlink("/proc/self/exe").string() + " " +
-                                std::string(kReconstroi) + " " + std::to_string(linhas);
-    const std::unique_ptr<FILE, int (*)(FILE*)> saida(popen(comando.c_str(), "r"), &pclose);
-    TGasto gasto;
-    if (!saida || std::fscanf(saida.get(), "%lf %lf", &gasto.segundos, &gasto.megabytes) != 2)
-        throw std::runtime_error("a reconstrução de " + std::to_string(linhas) + " registros falhou");
-    return gasto;
-}
+constexpr int kPoucas = 100'000, kMuitas = 1'000'000;
 
 }  // namespace
 
-void ReconstroiEInforma(int linhas) {
-    TBancoDaCopia banco(TBancada::Embutido(), linhas);
-    const double tempo = Cronometra([&] { Nova(banco.Contexto(), "TCLI"); });
+double Reconstroi(const std::string& linhas) {
+    TBancoDaCopia banco({"embutido", ""}, std::stoi(linhas));
+    const TTempo tempo = Cronometra([&] { Nova(banco.Contexto(), "TCLI"); });
     banco.ConfereSemErros();
-    if (banco.Conta("TCLI") != linhas) throw std::runtime_error("a reconstrução perdeu registros");
-    std::printf("%f %f\n", tempo, PicoDeMemoria());
+    if (banco.Conta("TCLI") != std::stoi(linhas)) throw std::runtime_error("a reconstrução perdeu registros");
+    return tempo.segundos;
 }
 
-std::vector<TMedida> MedeReconstrucao(TBancada&) {
+std::vector<TMedida> MedeReconstrucao(TBancada& bancada) {
+    const std::string poucas = std::to_string(bancada.Quantos(kPoucas));
+    const std::string muitas = std::to_string(bancada.Quantos(kMuitas));
     TMedida tempo{
-        .trabalho = "reconstrução de 1.000.000 de registros, embutido", .piso = "a de 100.000", .limite = 10.5};
-    const TGasto antes = EmOutroProcesso(kPoucas), muitas = EmOutroProcesso(kMuitas), depois = EmOutroProcesso(kPoucas);
-    tempo.nosso = muitas.segundos;
+        .trabalho = "reconstrução de " + muitas + " registros, embutido", .piso = "a de " + poucas, .limite = 10.5};
+    const TGasto antes = EmOutroProcesso("reconstroi", poucas), longa = EmOutroProcesso("reconstroi", muitas),
+                 depois = EmOutroProcesso("reconstroi", poucas);
+    tempo.nosso = longa.segundos;
     tempo.doPiso = (antes.segundos + depois.segundos) / 2;
     return {tempo,
             {.trabalho = "memória dessa reconstrução",
-             .piso = "a de 100.000",
+             .piso = "a de " + poucas,
              .limite = 1.05,
-             .nosso = muitas.megabytes,
+             .nosso = longa.megabytes,
              .doPiso = depois.megabytes,
              .emMegabytes = true}};
 }

@@ -1,6 +1,3 @@
-#include <algorithm>
-#include <iterator>
-
 #include "Casos.h"
 #include "Corrida.h"
 #include "values/Texto.h"
@@ -10,10 +7,10 @@ namespace wkd {
 namespace {
 
 /// Time of the tables of one run that analyses them all, and its statements from then on.
-double Corre(const TBancoGrande& banco, int& comandos) {
+TTempo Corre(const TBancoGrande& banco, int& comandos) {
     TOpcoes opcoes = banco.Opcoes();
     opcoes.todas = true;
-    return CorreTabelas(banco, opcoes, "Tabelas do sistema", comandos);
+    return CorreTabelas(banco.Aliases(), opcoes, "Tabelas do sistema", comandos);
 }
 
 /// Deletes and copies of the customer's columns, as every table has them.
@@ -54,10 +51,10 @@ std::vector<TMedida> Mede(const TBancoGrande& banco, const TLugar& lugar) {
     int comandos = 0;
     Corre(banco, comandos);  // brings the dictionary tables to their layout
     const auto conexao = banco.Conexao();
-    const TDataPacket colunas = DicionarioDeColunas(kTabelas);
+    const TDataPacket colunas = DicionarioDeColunas(banco.Tabelas());
     const auto mede = [&](const std::string& diferencas, const std::string& antes) {
         TMedida medida = Alterna(
-            {.trabalho = "atualizar todas as tabelas, " + diferencas + ", 800 tabelas e 20.000 colunas, " + lugar.nome,
+            {.trabalho = "atualizar todas as tabelas, " + diferencas + ", " + banco.Tamanho() + ", " + lugar.nome,
              .piso = "os comandos de dicionário de cada tabela, uma transação por tabela",
              .limite = 1.3},
             2,
@@ -76,9 +73,8 @@ std::vector<TMedida> Mede(const TBancoGrande& banco, const TLugar& lugar) {
 }  // namespace
 
 std::vector<TMedida> MedeTodas(TBancada& bancada) {
-    std::vector<TMedida> medidas;
-    for (auto& doLugar : bancada.NosDoisLugares(Mede)) std::ranges::move(doLugar, std::back_inserter(medidas));
-    return medidas;
+    return bancada.EmTodosOsLugares(
+        [&](const TLugar& lugar) { return Mede(bancada.Grande(lugar, bancada.Quantos(kTabelas)), lugar); });
 }
 
 }  // namespace wkd

@@ -23,6 +23,7 @@ class TServidorFirebird {
     /// Server of this process, started at the first use.
     static TServidorFirebird& DoProcesso();
 
+    int Porta() const { return porta_; }
     /// "127.0.0.1/port", as it stands before ":" and the file.
     std::string Endereco() const { return "127.0.0.1/" + std::to_string(porta_); }
 
