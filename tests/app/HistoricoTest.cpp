@@ -73,8 +73,16 @@ TEST(History, KeepsTheNewestHundredAndFindsTheLastOfAnAlias) {
     GravaRelatorio(Execucao("FILIAL / 2", 103), pasta.Caminho());
     EXPECT_EQ(UltimaExecucao(pasta.Caminho(), "filial / 2").value().pacote, "/pacotes/p103.zip");
     EXPECT_FALSE(UltimaExecucao(pasta.Caminho(), "FILIAL"));
-    EscreveArquivo(pasta / "AtualizaWKD.historico/2999-01-01_000000_LOJA.json", "{ pela metade");
+    EXPECT_EQ(UltimaEmTexto(UltimaExecucao(pasta.Caminho(), "FILIAL")), "nenhuma registrada");
+    EXPECT_EQ(UltimaEmTexto(UltimaExecucao(pasta.Caminho(), "loja")),
+              "04/10/2024 00:01, p102.zip, Encerrada antes da hora");
+    for (const char* deOutros : {"2999-01-01_000000_LOJA_2", "2999-01-01_000000_A_LOJA", "_LOJA", "LOJA"})
+        EscreveArquivo(pasta / "AtualizaWKD.historico" / (std::string(deOutros) + ".json"), "{ pela metade");
     EXPECT_EQ(UltimaExecucao(pasta.Caminho(), "LOJA").value().pacote, "/pacotes/p102.zip");
+    EscreveArquivo(pasta / "AtualizaWKD.historico/2998-12-31_235900_LOJA~2.json", "{ pela metade");
+    EXPECT_EQ(UltimaEmTexto(UltimaExecucao(pasta.Caminho(), "LOJA")),
+              "31/12/2998 23:59, o relatório guardado não pode ser lido");
+    EXPECT_EQ(Historico(pasta.Caminho(), "LOJA").front().pacote, "/pacotes/p102.zip");
 }
 
 TEST(History, ALinkInThePlaceOfItsFolderIsNotFollowed) {

@@ -3,6 +3,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QCompleter>
+#include <QDate>
 #include <QElapsedTimer>
 #include <QGroupBox>
 #include <QLabel>
@@ -611,6 +612,39 @@ TEST_F(JanelaTest, AClickThatLeavesTheListGoesOnAtOnce) {
     TocaNa(C<QPushButton>("btProximo"));
     janela_->Serve();
     EXPECT_EQ(Onde(), "atualizacao: Definir Alias que será atualizado");
+}
+
+TEST_F(JanelaTest, TheLastUpdateOfTheAliasIsShown) {
+    const auto ultima = [this] { return S(C<QLabel>("lblUltimaAtualizacao").text()); };
+    EXPECT_EQ(ultima(), "");
+    EscolheAlias("LOJA");
+    EXPECT_EQ(ultima(), "nenhuma registrada");
+
+    const auto pacote = instalacao_.Pasta() / "meio.zip";
+    EscreveArquivo(pacote, "PK");
+    C<QLineEdit>("edAtualizacao").setText(QCaminho(pacote));
+    for (int i = 0; i < 4; ++i) Clica("btProximo");
+    for (int i = 0; i < 3; ++i) Clica("btVoltar");
+    ASSERT_TRUE(Onde().starts_with("alias")) << Onde();
+    EXPECT_TRUE(ultima().find(", meio.zip, Encerrada antes da hora, ") != std::string::npos)
+        << "behind the run: " << ultima();
+
+    EscolhePacote();
+    for (int i = 0; i < 4; ++i) Clica("btProximo");
+    Abre({});
+    EscolheAlias("QUEBRADO");
+    EXPECT_EQ(ultima(), "nenhuma registrada") << "that was another one";
+    EscolheAlias("LOJA");
+    const std::string hoje = S(QDate::currentDate().toString("dd/MM/yyyy "));
+    EXPECT_TRUE(ultima().starts_with(hoje) && ultima().ends_with(", pacote.zip, Concluída sem erros")) << ultima();
+
+    for (const auto& guardado : std::filesystem::directory_iterator(instalacao_.Pasta() / "AtualizaWKD.historico"))
+        EscreveArquivo(guardado.path(), "{");
+    EscolheAlias("LOJA");
+    EXPECT_TRUE(ultima().starts_with(hoje) && ultima().ends_with(", o relatório guardado não pode ser lido"));
+    std::filesystem::remove_all(instalacao_.Pasta() / "AtualizaWKD.historico");
+    EscolheAlias("LOJA");
+    EXPECT_EQ(ultima(), "nenhuma registrada");
 }
 
 TEST_F(JanelaTest, UsersLeftBehindByACrashAreFreedAfterAQuestion) {

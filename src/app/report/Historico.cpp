@@ -30,6 +30,8 @@ std::string NomeDeArquivo(std::string_view alias) {
     return nome;
 }
 
+constexpr std::size_t kAntesDoAlias = std::string_view("aaaa-mm-dd_hhmmss_").size();
+
 /// Path of a new report without its extension; its name sorts by its time.
 fs::path NovoNome(const fs::path& pasta, const TEvidencia& evidencia) {
     const std::string inicio = FormataDataHora(evidencia.inicio, "yyyy-mm-dd") + "_" +
@@ -38,6 +40,18 @@ fs::path NovoNome(const fs::path& pasta, const TEvidencia& evidencia) {
     fs::path nome = pasta / inicio;
     for (int vez = 2; fs::exists(nome.string() + ".json"); ++vez) nome = pasta / (inicio + "~" + std::to_string(vez));
     return nome;
+}
+
+/// What stands of the alias in such a name.
+std::string AliasDoNome(const fs::path& relatorio) {
+    const std::string nome = relatorio.stem().string();
+    return nome.size() < kAntesDoAlias ? "" : nome.substr(kAntesDoAlias, nome.find('~') - kAntesDoAlias);
+}
+
+/// When it began, as such a name tells it.
+std::string InicioDoNome(const fs::path& relatorio) {
+    const std::string nome = relatorio.stem().string();
+    return nome.substr(0, 10) + "T" + nome.substr(11, 2) + ":" + nome.substr(13, 2) + ":" + nome.substr(15, 2);
 }
 
 /// The JSON reports, oldest first.
@@ -70,20 +84,21 @@ std::optional<TExecucaoGuardada> Le(const fs::path& arquivo) {
     }
 }
 
-/// At most `quantas`.
-std::vector<TExecucaoGuardada> Ultimas(const fs::path& pasta, std::string_view alias, std::size_t quantas) {
+/// Newest first: all, or those that may be of the alias, by their names.
+std::vector<fs::path> RelatoriosDe(const fs::path& pasta, std::string_view alias) {
     auto relatorios = Relatorios(pasta);
     std::ranges::reverse(relatorios);
-    const std::string nome = "_" + NomeDeArquivo(alias);
-    std::vector<TExecucaoGuardada> execucoes;
-    for (const auto& relatorio : relatorios) {
-        if (execucoes.size() == quantas) break;
-        if (!alias.empty() && relatorio.filename().string().find(nome) == std::string::npos) continue;
-        const auto execucao = Le(relatorio);
-        if (execucao && (alias.empty() || IgualSemCaixa(Apara(execucao->alias), Apara(alias))))
-            execucoes.push_back(*execucao);
-    }
-    return execucoes;
+    const std::string nome = NomeDeArquivo(alias);
+    if (!alias.empty()) std::erase_if(relatorios, [&](const fs::path& um) { return AliasDoNome(um) != nome; });
+    return relatorios;
+}
+
+std::string NomeDoPacote(const TExecucaoGuardada& execucao) {
+    return TextoDoCaminho(CaminhoDoTexto(execucao.pacote).filename());
+}
+
+bool Do(const TExecucaoGuardada& execucao, std::string_view alias) {
+    return alias.empty() || IgualSemCaixa(Apara(execucao.alias), Apara(alias));
 }
 
 }  // namespace
@@ -106,12 +121,32 @@ void GuardaNoHistorico(const TEvidencia& evidencia, std::string_view json, std::
 }
 
 std::vector<TExecucaoGuardada> Historico(const fs::path& pastaPrograma, std::string_view alias) {
-    return Ultimas(Pasta(pastaPrograma), alias, kExecucoesGuardadas);
+    std::vector<TExecucaoGuardada> execucoes;
+    for (const auto& relatorio : RelatoriosDe(Pasta(pastaPrograma), alias))
+        if (const auto execucao = Le(relatorio); execucao && Do(*execucao, alias)) execucoes.push_back(*execucao);
+    return execucoes;
 }
 
 std::optional<TExecucaoGuardada> UltimaExecucao(const fs::path& pastaPrograma, std::string_view alias) {
-    const auto ultimas = Ultimas(Pasta(pastaPrograma), alias, 1);
-    return ultimas.empty() ? std::nullopt : std::optional(ultimas.front());
+    for (const auto& relatorio : RelatoriosDe(Pasta(pastaPrograma), alias)) {
+        const auto execucao = Le(relatorio);
+        if (!execucao)
+            return TExecucaoGuardada{.alias = std::string(alias),
+                                     .veredicto = "o relatório guardado não pode ser lido",
+                                     .inicio = InicioDoNome(relatorio),
+                                     .relatorio = relatorio};
+        if (Do(*execucao, alias)) return execucao;
+    }
+    return std::nullopt;
+}
+
+std::string UltimaEmTexto(const std::optional<TExecucaoGuardada>& ultima) {
+    if (!ultima) return "nenhuma registrada";
+    const auto inicio = LeDataHora(ultima->inicio);
+    std::vector<std::string> partes = {inicio ? FormataDataHora(*inicio, "dd/mm/yyyy hh:mm") : ultima->inicio};
+    if (!ultima->pacote.empty()) partes.push_back(NomeDoPacote(*ultima));
+    partes.push_back(ultima->veredicto);
+    return Junta(partes, ", ");
 }
 
 std::string HistoricoEmTexto(const std::vector<TExecucaoGuardada>& execucoes) {
@@ -121,7 +156,7 @@ std::string HistoricoEmTexto(const std::vector<TExecucaoGuardada>& execucoes) {
         const auto inicio = LeDataHora(execucao.inicio);
         texto += (inicio ? FormataDataHora(*inicio, "dd/mm/yyyy hh:mm:ss") : execucao.inicio) + "  " +
                  FormataDuracao(std::chrono::seconds(execucao.segundos)) + "  " + execucao.alias + "  " +
-                 TextoDoCaminho(CaminhoDoTexto(execucao.pacote).filename()) + "  " + execucao.veredicto + "\n";
+                 NomeDoPacote(execucao) + "  " + execucao.veredicto + "\n";
     }
     return texto;
 }

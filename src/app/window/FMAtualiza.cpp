@@ -14,6 +14,7 @@
 
 #include "commands/Comandos.h"
 #include "process/Programa.h"
+#include "report/Historico.h"
 #include "values/Texto.h"
 #include "widgets/Dialogos.h"
 #include "widgets/EstiloAmetista.h"
@@ -102,7 +103,8 @@ QWidget* TFMAtualiza::Faixa() {
 QStackedWidget* TFMAtualiza::Paginas() {
     const TAliases& aliases = dm_->SQLConnection1.Aliases();
     ntAtualiza_ = Nomeia(new QStackedWidget, "ntAtualiza");
-    alias_ = new TPaginaAlias;
+    alias_ = new TPaginaAlias(
+        [this](const auto& alias) { return UltimaEmTexto(UltimaExecucao(meios_.ambiente.pastaPrograma, alias)); });
     backup_ = new TPaginaBackup(aliases, meios_.ambiente.pastaPrograma, meios_.dialogos, meios_.tela);
     atualizacao_ = new TPaginaAtualizacao(meios_.dialogos);
     opcoes_ = new TPaginaOpcoes([this](std::string_view tabela) { return dm_->ExisteTabela(tabela); }, meios_.dialogos);

@@ -53,12 +53,16 @@ void PoeNaGrade(QTableWidget& grade, const TLinhas& linhas, const TColunas& colu
                           new QTableWidgetItem(Q(linhas[static_cast<std::size_t>(linha)].*colunas[coluna].campo)));
 }
 
+constexpr int kLinhaDosUsuarios = 5, kLinhaDoErro = 6, kLinhaDosConectados = 8;
+
 }  // namespace
 
-TPaginaAlias::TPaginaAlias()
-    : edAlias_(Nomeia(new TListaDeAlias, "edAlias", "Alias")),
+TPaginaAlias::TPaginaAlias(TUltima ultima)
+    : ultima_(std::move(ultima)),
+      edAlias_(Nomeia(new TListaDeAlias, "edAlias", "Alias")),
       btAlterar_(Botao("btAlterarAlias", "&Alterar...", "Alterar o alias escolhido, e testá-lo")),
       edCaminhoBanco_(Edicao("edCaminhoBanco", "Banco de Dados")),
+      lblUltima_(Nomeia(new QLabel, "lblUltimaAtualizacao")),
       lblNumUsuarios_(Nomeia(new QLabel, "lblNumUsuarios")),
       btReler_(Botao("btReler", "R&eler", "Ler de novo quem está conectado")),
       btLiberar_(Botao("btLiberar", "Li&berar...",
@@ -68,6 +72,8 @@ TPaginaAlias::TPaginaAlias()
       gridConectados_(Grade("gridConectados", "Conexões que o servidor conhece", kDosConectados)),
       mErro_(Nomeia(new TMemoDeLinhas, "mErroDoAlias", "Por que não há conexão")) {
     edCaminhoBanco_->setReadOnly(true);
+    lblUltima_->setTextFormat(Qt::PlainText);
+    lblUltima_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);  // a long verdict does not widen the window
     setFocusProxy(edAlias_);
 
     auto* novo = Botao("btNovoAlias", "&Novo...", "Criar um alias");
@@ -89,13 +95,15 @@ TPaginaAlias::TPaginaAlias()
     linhas->addLayout(escolha, 1, 0, 1, 2);
     linhas->addWidget(RotuloDe("Banco de Dados:", edCaminhoBanco_), 2, 0);
     linhas->addWidget(edCaminhoBanco_, 2, 1);
-    linhas->addWidget(RotuloDe("Nº Usuários online: ", gridUsuariosOnline_), 3, 0);
-    linhas->addLayout(Numero(), 3, 1);
-    linhas->addWidget(gridUsuariosOnline_, 4, 0, 1, 2);
-    linhas->addWidget(mErro_, 5, 0, 1, 2);  // never both
+    linhas->addWidget(new QLabel("Última atualização:"), 3, 0);
+    linhas->addWidget(lblUltima_, 3, 1);
+    linhas->addWidget(RotuloDe("Nº Usuários online: ", gridUsuariosOnline_), 4, 0);
+    linhas->addLayout(Numero(), 4, 1);
+    linhas->addWidget(gridUsuariosOnline_, kLinhaDosUsuarios, 0, 1, 2);
+    linhas->addWidget(mErro_, kLinhaDoErro, 0, 1, 2);  // never both
     mErro_->hide();
-    linhas->addWidget(lblConectados_, 6, 0, 1, 2);
-    linhas->addWidget(gridConectados_, 7, 0, 1, 2);
+    linhas->addWidget(lblConectados_, 7, 0, 1, 2);
+    linhas->addWidget(gridConectados_, kLinhaDosConectados, 0, 1, 2);
     linhas->setColumnStretch(1, 1);
     ReparteAltura();
 
@@ -175,6 +183,7 @@ void TPaginaAlias::Mostra(const TDadosDoAlias& dados) {
     edCaminhoBanco_->setText(Q(dados.caminhoBanco));
     gridUsuariosOnline_->setVisible(dados.usuariosOnline);
     PoeNaGrade(*gridUsuariosOnline_, dados.usuarios, kDosUsuarios);
+    MostraUltima();
     btReler_->setEnabled(!dados.numUsuarios.empty());
     btLiberar_->setEnabled(!dados.usuarios.empty());
     lblConectados_->setText(dados.conectado ? TextoDosConectados(dados) : QString());
@@ -183,13 +192,24 @@ void TPaginaAlias::Mostra(const TDadosDoAlias& dados) {
     ReparteAltura();
 }
 
+void TPaginaAlias::showEvent(QShowEvent* evento) {
+    QWidget::showEvent(evento);
+    MostraUltima();
+}
+
+void TPaginaAlias::MostraUltima() {
+    const QString texto = Alias().isEmpty() ? QString() : Q(ultima_(S(Alias())));
+    lblUltima_->setText(texto);
+    lblUltima_->setToolTip(texto);
+}
+
 /// What the lines leave belongs to the lists that are shown, else to nobody.
 void TPaginaAlias::ReparteAltura() {
     auto& linhas = static_cast<QGridLayout&>(*layout());
     const bool lista = !gridUsuariosOnline_->isHidden();
-    linhas.setRowStretch(4, lista ? 1 : 0);
-    linhas.setRowStretch(5, lista ? 0 : 1);
-    linhas.setRowStretch(7, gridConectados_->isHidden() ? 0 : 1);
+    linhas.setRowStretch(kLinhaDosUsuarios, lista ? 1 : 0);
+    linhas.setRowStretch(kLinhaDoErro, lista ? 0 : 1);
+    linhas.setRowStretch(kLinhaDosConectados, gridConectados_->isHidden() ? 0 : 1);
 }
 
 std::vector<TUsuarioOnline> TPaginaAlias::UsuariosEscolhidos() const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QWidget>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -20,7 +21,10 @@ class TListaDeAlias;
 class TPaginaAlias : public QWidget {
     Q_OBJECT
   public:
-    TPaginaAlias();
+    /// What is said of the last update of an alias.
+    using TUltima = std::function<std::string(const std::string& alias)>;
+
+    explicit TPaginaAlias(TUltima ultima);
 
     void Lista(const std::vector<std::string>& aliases, const QString& arquivoIni);
     void Escolhe(const QString& alias);
@@ -45,14 +49,21 @@ class TPaginaAlias : public QWidget {
     void Alterar();
     void Liberar();
 
+  protected:
+    /// There may have been an update meanwhile.
+    void showEvent(QShowEvent* evento) override;
+
   private:
     QLayout* Numero();
+    void MostraUltima();
     void ReparteAltura();
 
+    TUltima ultima_;
     TDadosDoAlias dados_;
     TListaDeAlias* edAlias_;
     QPushButton* btAlterar_;
     QLineEdit* edCaminhoBanco_;
+    QLabel* lblUltima_;
     QLabel* lblNumUsuarios_;
     QPushButton* btReler_;
     QPushButton* btLiberar_;
