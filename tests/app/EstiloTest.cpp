@@ -8,8 +8,10 @@
 #include <QStyleOption>
 #include <algorithm>
 #include <cmath>
+#include <regex>
 
 #include "JanelaApoio.h"
+#include "report/RelatorioDaExecucao.h"
 
 namespace wkd {
 namespace {
@@ -56,6 +58,27 @@ TEST(EstiloTest, TextsAndMarksStandOutFromWhatIsBehindThem) {
             for (const QColor& marca : {Cores().realce, Cores().borda})
                 EXPECT_GE(Contraste(marca, fundo), 3) << S(marca.name()) << " on " << S(fundo.name());
     }
+}
+
+TEST(EstiloTest, TheReportStandsOutOnLightAndOnDarkScreens) {
+    const std::string pagina = RelatorioEmHtml({});
+    int modos = 0;
+    for (auto onde = pagina.find(":root {"); onde != std::string::npos; onde = pagina.find(":root {", onde + 1)) {
+        const std::string cores = pagina.substr(onde, pagina.find('}', onde) - onde);
+        const auto cor = [&](const char* nome) {
+            std::smatch achada;
+            EXPECT_TRUE(std::regex_search(cores, achada, std::regex(std::string(" --") + nome + ": (#[0-9a-f]+);")))
+                << nome;
+            return QColor(Q(achada[1].str()));
+        };
+        EXPECT_EQ(cor("papel").lightness() < 128, modos++ == 1);
+        for (const char* texto : {"texto", "apagado", "ametista", "erro", "certo"})
+            for (const char* fundo : {"papel", "fundo"})
+                EXPECT_GE(Contraste(cor(texto), cor(fundo)), 4.5) << texto << " on " << fundo << cores;
+        for (const char* texto : {"texto", "apagado"})
+            EXPECT_GE(Contraste(cor(texto), cor("fundo-do-erro")), 4.5) << texto << " in an error" << cores;
+    }
+    EXPECT_EQ(modos, 2);
 }
 
 TEST(EstiloTest, ADarkDesktopIsKnownByItsPalette) {

@@ -70,7 +70,7 @@ TEST(Plano, TheTextTellsTheSumFirstAndThenEachChange) {
 TEST(Plano, ThePageOpensWithoutNetworkAndTellsTheSame) {
     const TProgramaInstalado loja;
     const std::string pagina = loja.Roda({"--plano", "LOJA", "pacote.zip", "--html"}).saida;
-    for (const char* texto : {"<h1>Plano da atualização</h1>", "2 a reconstruir", "<b class=\"\">TVENDA</b>",
+    for (const char* texto : {"<h1>Plano da atualização</h1>", "2 a reconstruir", "<span class=\"\">TVENDA</span>",
                               "~ DATA_VENDA: date -&gt; timestamp", "@media print", "Passos finais"})
         EXPECT_NE(pagina.find(texto), std::string::npos) << texto;
     for (const char* deFora : {"http:", "https:", "<script", " src=", "<link", "@import", "url(", "{{", "<!-- parte"})

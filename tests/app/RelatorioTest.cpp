@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
+#include <regex>
 
 #include "BancoTemporario.h"
 #include "Linhas.h"
@@ -64,6 +65,19 @@ TEST(Relatorio, TellsWhatTheUpdateDidToEachTable) {
         EXPECT_NE(pagina.find(texto), std::string::npos) << texto;
     for (const char* deFora : {"http:", "https:", "<script", " src=", "<link", "@import", "url(", "{{", "<!-- parte"})
         EXPECT_EQ(pagina.find(deFora), std::string::npos) << deFora;
+
+    int emPalavras = 0;
+    for (const auto& passo : relatorio.at("passos")) {
+        const std::string nome = passo.at("nome"), paraLer = PassoParaLer(nome);
+        EXPECT_NE(pagina.find("<th scope=\"row\">" + paraLer + "</th>"), std::string::npos) << nome;
+        if (nome == paraLer) continue;
+        EXPECT_EQ(pagina.find(nome), std::string::npos) << "a routine's name";
+        ++emPalavras;
+    }
+    EXPECT_GE(emPalavras, 14);
+    // A narrow window has no heads: each cell says what it is, but for those of statements.
+    const std::regex semNome("<td(?![^>]*(data-nome|colspan))[^>]*>");
+    EXPECT_FALSE(std::regex_search(pagina, semNome));
 
     ASSERT_EQ(loja.Atualiza("nenhum.zip").codigo, 2);
     const TJson encerrada = TJson::parse(loja.Arquivo("AtualizaWKD.relatorio.json"));
@@ -222,7 +236,10 @@ TEST(Relatorio, AnInterruptedRunSaysWhereItStoppedAndWhatDidNotRun) {
         EXPECT_EQ(std::ranges::count(naoRodaram, nome), 1) << nome;
     for (const char* nome : {"TVENDA", "TESTADO", "AtualizaSistema"})
         EXPECT_EQ(std::ranges::count(naoRodaram, nome), 0) << nome;
-    EXPECT_NE(RelatorioEmHtml(atualizacao.Evidencia()).find("Não rodaram ("), std::string::npos);
+    const std::string pagina = RelatorioEmHtml(atualizacao.Evidencia());
+    EXPECT_NE(pagina.find("Não rodaram ("), std::string::npos);
+    EXPECT_NE(pagina.find(", Relatórios do pacote, Arquivos do pacote, Correções depois das tabelas, "),
+              std::string::npos);
 }
 
 }  // namespace

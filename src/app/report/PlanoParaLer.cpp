@@ -5,6 +5,7 @@
 #include "process/Programa.h"
 #include "report/Pagina.h"
 #include "report/PlanoEmTexto.h"
+#include "run/Atualizacao.h"
 #include "tables/MarcaDaBackup.h"
 #include "values/Texto.h"
 #include "values/TextoDeData.h"
@@ -140,8 +141,10 @@ std::string AntesDasTabelas(const TPlano& plano) {
 }
 
 std::string DepoisDasTabelas(const TPlano& plano) {
+    std::vector<std::string> passos;
+    for (const auto& nome : plano.passos) passos.push_back(PassoParaLer(nome));
     return Lista("Relatórios do pacote", plano.layouts) + Lista("Arquivos do pacote", plano.arquivos) +
-           Lista("Passos finais", plano.passos);
+           Lista("Passos finais", passos);
 }
 
 std::vector<std::string> SemMudanca(const TPlano& plano) {

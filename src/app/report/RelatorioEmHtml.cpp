@@ -5,6 +5,7 @@
 #include "process/Programa.h"
 #include "report/Pagina.h"
 #include "report/RelatorioDaExecucao.h"
+#include "run/Atualizacao.h"
 #include "run/RegistroDaExecucao.h"
 #include "values/Texto.h"
 #include "values/TextoDeData.h"
@@ -42,7 +43,7 @@ std::string Falhas(const TEvidencia& evidencia) {
         while (fim < erros.size() && erros[fim].consequencia) ++fim;
         std::vector<std::string> lugar = {FormataDataHora(erros[i].quando, "hh:mm:ss")};
         if (!erros[i].tabela.empty()) lugar.push_back(erros[i].tabela);
-        if (!erros[i].acao.empty()) lugar.push_back(erros[i].acao);
+        if (!erros[i].acao.empty()) lugar.push_back(PassoParaLer(erros[i].acao));
         falhas += Preenche("falha", {{"lugar", Junta(lugar, " · ")},
                                      {"mensagem", erros[i].erro.mensagem},
                                      {"consequencias", Consequencias(fim - i - 1)},
@@ -50,8 +51,9 @@ std::string Falhas(const TEvidencia& evidencia) {
     }
     if (!falhas.empty()) falhas = Preenche("falhas", {{"falhas", falhas}});
     if (evidencia.naoRodaram.empty()) return falhas;
-    return falhas + Preenche("nao-rodaram", {{"quantos", Quantos(evidencia.naoRodaram.size())},
-                                             {"nomes", Junta(evidencia.naoRodaram, ", ")}});
+    std::vector<std::string> nomes;
+    for (const auto& nome : evidencia.naoRodaram) nomes.push_back(PassoParaLer(nome));
+    return falhas + Preenche("nao-rodaram", {{"quantos", Quantos(nomes.size())}, {"nomes", Junta(nomes, ", ")}});
 }
 
 std::string_view Classe(TDesfecho desfecho) {
@@ -108,7 +110,7 @@ std::string Tabelas(const TEvidencia& evidencia) {
 std::string Passos(std::string_view titulo, const std::vector<TPassoRegistrado>& passos) {
     std::string linhas;
     for (const auto& passo : passos)
-        linhas += Preenche("passo", {{"nome", passo.nome},
+        linhas += Preenche("passo", {{"nome", PassoParaLer(passo.nome)},
                                      {"classe", std::string(Classe(passo.desfecho))},
                                      {"resultado", std::string(NomeDoDesfecho(passo.desfecho)) +
                                                        (passo.erro.empty() ? "" : ": " + passo.erro)},

@@ -26,25 +26,39 @@ namespace wkd {
 
 namespace {
 
+struct TNomeDoPasso {
+    std::string_view nome, paraLer;
+};
 struct TPasso {
-    std::string_view titulo, nome;
+    std::string_view titulo;
+    TNomeDoPasso nome;
     void (*executa)(TContexto&);
 };
 
 // The steps by their names, in their order; the tables come behind the first ones.
-constexpr std::string_view kAntes[] = {"AjustaCamposStringMaior2000", "Tabelas do dicionário", "QuerysAnteriores",
-                                       "VerificaDuplicidadeSarquivo", "AtualizaSistema"};
-constexpr std::string_view kDosArquivos[] = {"AtualizaRelatorio", "AtualizaArquivosSistema"};
-constexpr std::string_view kCorrecoes = "QuerysPosteriores";
+constexpr TNomeDoPasso kAntes[] = {{"AjustaCamposStringMaior2000", "Textos de 2000 caracteres ou mais"},
+                                   {"Tabelas do dicionário", "Tabelas do dicionário"},
+                                   {"QuerysAnteriores", "Correções antes das tabelas"},
+                                   {"VerificaDuplicidadeSarquivo", "Tabelas registradas duas vezes"},
+                                   {"AtualizaSistema", "Tabelas do sistema"}};
+constexpr TNomeDoPasso kDosArquivos[] = {{"AtualizaRelatorio", "Relatórios do pacote"},
+                                         {"AtualizaArquivosSistema", "Arquivos do pacote"}};
+constexpr TNomeDoPasso kCorrecoes = {"QuerysPosteriores", "Correções depois das tabelas"};
 constexpr TPasso kPassos[] = {
-    {"Querys : Estrutura de Tabelas", "ApagaAtributosOrfaos", ApagaAtributosOrfaos},
-    {"Querys : Valor Padrão", "AtualizaValorPadrao", AtualizaValorPadrao},
-    {"Querys : Atualiza Lookup", "AtualizaLookup", AtualizaLookup},
-    {"Querys : Atualiza Lookup Fisico", "AtualizaLookupFisico", AtualizaLookupFisico},
-    {"Querys : Atualiza Campos Personalizados", "AtualizaCamposPersonalizados", AtualizaCamposPersonalizados},
-    {"Querys : Atualiza Campo Texto", "AtualizaCamposVarCharparaNvarChar", AtualizaCamposVarCharparaNvarChar},
-    {"Querys : Verifica Indice Primario", "verificaIndicesPrimarios", verificaIndicesPrimarios},
-    {"Querys : Dicionario de Tabelas", "Dicionario_tabelas", Dicionario_tabelas},
+    {"Querys : Estrutura de Tabelas", {"ApagaAtributosOrfaos", "Estrutura de tabelas"}, ApagaAtributosOrfaos},
+    {"Querys : Valor Padrão", {"AtualizaValorPadrao", "Valores padrão"}, AtualizaValorPadrao},
+    {"Querys : Atualiza Lookup", {"AtualizaLookup", "Consultas entre tabelas"}, AtualizaLookup},
+    {"Querys : Atualiza Lookup Fisico",
+     {"AtualizaLookupFisico", "Colunas preenchidas de outras tabelas"},
+     AtualizaLookupFisico},
+    {"Querys : Atualiza Campos Personalizados",
+     {"AtualizaCamposPersonalizados", "Campos personalizados"},
+     AtualizaCamposPersonalizados},
+    {"Querys : Atualiza Campo Texto",
+     {"AtualizaCamposVarCharparaNvarChar", "Campos de texto"},
+     AtualizaCamposVarCharparaNvarChar},
+    {"Querys : Verifica Indice Primario", {"verificaIndicesPrimarios", "Índices primários"}, verificaIndicesPrimarios},
+    {"Querys : Dicionario de Tabelas", {"Dicionario_tabelas", "Dicionário de tabelas"}, Dicionario_tabelas},
 };
 
 bool DosIndices(const std::filesystem::path& arquivo) {
@@ -304,19 +318,19 @@ void TAtualizacao::RelatoriosEArquivos(const TPastaDeTrabalho& pasta) {
     if (MarcadaParaNaoCriar()) {
         ctx_.Tela().Memo1("Atualizando Relatórios........Skiped!");
         ctx_.Tela().Memo1("Atualizando Arquivos..........Skiped!");
-        for (const std::string_view nome : kDosArquivos) NaoSeAplica(nome);
+        for (const auto& passo : kDosArquivos) NaoSeAplica(passo.nome);
         return;
     }
-    Passo(kDosArquivos[0], [&] { AtualizaRelatorio(ctx_.dm, pasta); });
-    Passo(kDosArquivos[1], [&] { AtualizaArquivosSistema(ctx_.dm, pasta); });
+    Passo(kDosArquivos[0].nome, [&] { AtualizaRelatorio(ctx_.dm, pasta); });
+    Passo(kDosArquivos[1].nome, [&] { AtualizaArquivosSistema(ctx_.dm, pasta); });
 }
 
 void TAtualizacao::PassosFinais() {
-    Passo(kCorrecoes, [this] { QuerysPosteriores(ctx_); });
+    Passo(kCorrecoes.nome, [this] { QuerysPosteriores(ctx_); });
     for (const TPasso& passo : kPassos) {
         ctx_.Tela().ProcessaMensagens();
         ctx_.Tela().Memo1(passo.titulo);
-        Passo(passo.nome, [&] { passo.executa(ctx_); });
+        Passo(passo.nome.nome, [&] { passo.executa(ctx_); });
     }
 }
 
@@ -361,11 +375,11 @@ std::vector<std::string> TAtualizacao::NaoRodaram() const {
         const auto igual = [&](const auto& registrado) { return IgualSemCaixa(registrado.nome, nome); };
         if (std::ranges::none_of(registrados, igual)) faltam.emplace_back(nome);
     };
-    for (const std::string_view nome : kAntes) confere(nome, ctx_.evidencia.passos);
+    for (const auto& passo : kAntes) confere(passo.nome, ctx_.evidencia.passos);
     for (const auto& tabela : ctx_.novo.Tabelas()) confere(tabela.nome, ctx_.evidencia.tabelas);
-    for (const std::string_view nome : kDosArquivos) confere(nome, ctx_.evidencia.passos);
-    confere(kCorrecoes, ctx_.evidencia.passos);
-    for (const TPasso& passo : kPassos) confere(passo.nome, ctx_.evidencia.passos);
+    for (const auto& passo : kDosArquivos) confere(passo.nome, ctx_.evidencia.passos);
+    confere(kCorrecoes.nome, ctx_.evidencia.passos);
+    for (const TPasso& passo : kPassos) confere(passo.nome.nome, ctx_.evidencia.passos);
     return faltam;
 }
 
@@ -375,8 +389,17 @@ void TAtualizacao::Reporta(std::string_view acao, const std::exception& erro) {
 
 std::vector<std::string_view> PassosFinais() {
     std::vector<std::string_view> nomes;
-    for (const TPasso& passo : kPassos) nomes.push_back(passo.nome);
+    for (const TPasso& passo : kPassos) nomes.push_back(passo.nome.nome);
     return nomes;
+}
+
+std::string PassoParaLer(std::string_view nome) {
+    std::vector<TNomeDoPasso> todos(std::begin(kAntes), std::end(kAntes));
+    todos.insert(todos.end(), std::begin(kDosArquivos), std::end(kDosArquivos));
+    todos.push_back(kCorrecoes);
+    for (const TPasso& passo : kPassos) todos.push_back(passo.nome);
+    const auto achado = std::ranges::find(todos, nome, &TNomeDoPasso::nome);
+    return std::string(achado == todos.end() ? nome : achado->paraLer);
 }
 
 bool TAtualizacao::MarcadaParaNaoCriar() const { return std::filesystem::exists(ctx_.opcoes.marcaNaoCria); }

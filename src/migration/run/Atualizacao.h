@@ -62,4 +62,7 @@ class TAtualizacao {
 /// Names of the passes behind the tables, in their order.
 std::vector<std::string_view> PassosFinais();
 
+/// The name of a step in people's words; any other name as it is.
+std::string PassoParaLer(std::string_view nome);
+
 }  // namespace wkd
