@@ -53,6 +53,67 @@ TEST(CopiaTest, BackupCommitsEvery100RowsAndRestoreEvery11) {
     }
 }
 
+/// What a rebuild, or a loop, costs the database.
+struct TCusto {
+    std::int64_t transacoes = 0, paginas = 0;  // begun, and written
+
+    template <class TTrabalho>
+    static TCusto De(TBancoDaCopia& banco, TTrabalho&& trabalho) {
+        const auto le = [&] {
+            const auto comando = banco.Conexao().Prepara(
+                "select mon$next_transaction, (select mon$page_writes from mon$io_stats where mon$stat_group = 0)"
+                " from mon$database");
+            comando->Abre();
+            comando->Proximo();
+            return TCusto{comando->Valor(0).ComoInteiro(), comando->Valor(1).ComoInteiro()};
+        };
+        const TCusto antes = le();
+        trabalho();
+        const TCusto depois = le();
+        return {depois.transacoes - antes.transacoes, depois.paginas - antes.paginas};
+    }
+};
+
+/// The rows of one table to another, `porLote` in a transaction, and nothing else.
+void CopiaCrua(TBancoDaCopia& banco, const std::string& origem, const std::string& destino, int linhas, int porLote) {
+    const auto lote = banco.Conexao().Prepara("insert into " + destino + " select * from " + origem +
+                                              " where CODIGO > :DE and CODIGO <= :ATE");
+    for (int de = 0; de < linhas; de += porLote) {
+        TTransacao transacao(banco.Conexao());
+        lote->Atribui("DE", de);
+        lote->Atribui("ATE", de + porLote);
+        lote->Executa();
+        transacao.Commit();
+    }
+}
+
+TEST(CopiaTest, ABatchTakesOneTransactionAndThePagesOfItsRows) {
+    constexpr int kPoucas = 1100, kMuitas = 5500;
+    constexpr int kLotes = (kMuitas - kPoucas) / 100 + (kMuitas - kPoucas) / 11;
+    for (const int chave : {1, 0}) {  // without a key, the restore keeps count in the transactions of its rows
+        const auto reconstrucao = [&](int linhas) {
+            TBancoDaCopia banco(linhas, chave);
+            return TCusto::De(banco, [&] { banco.Reconstroi(); });
+        };
+        const auto laco = [&](int linhas) {
+            TBancoDaCopia banco(linhas);
+            banco.Executa("create table IDA (CODIGO integer, NOME varchar(20))");
+            banco.Executa("create table VOLTA (CODIGO integer not null primary key, NOME varchar(20))");
+            return TCusto::De(banco, [&] {
+                CopiaCrua(banco, "TCLI", "IDA", linhas, 100);
+                banco.Executa("create index IDA_CODIGO on IDA (CODIGO)");
+                CopiaCrua(banco, "IDA", "VOLTA", linhas, 11);
+            });
+        };
+        const TCusto muitas = reconstrucao(kMuitas), poucas = reconstrucao(kPoucas);
+        EXPECT_EQ(muitas.transacoes - poucas.transacoes, kLotes);
+        if (chave == 0) continue;
+        const auto nossas = static_cast<double>(muitas.paginas - poucas.paginas);
+        EXPECT_LE(nossas, 1.1 * static_cast<double>(laco(kMuitas).paginas - laco(kPoucas).paginas));
+        EXPECT_GT(nossas, 3 * kLotes) << "header, rows and state of each transaction";
+    }
+}
+
 TEST(CopiaTest, ABatchWhoseCommitFailsIsStoredRowByRow) {
     TBancoDaCopia banco(150);
     int commits = 0;

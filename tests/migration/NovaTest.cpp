@@ -401,6 +401,37 @@ TEST(NovaTest, TheTablesThatARebuildLivesOnAreNotRebuilt) {
     }
 }
 
+TEST(NovaTest, OnlyWhatRefusesRowsStandsOnTheTableWhileTheyComeBack) {
+    TCliente banco;
+    banco.ExecutaTudo({"insert into SINDSEC values ('TCLI', 'ICLI_UNICO', 1)",
+                       "insert into SINDSECA values ('TCLI', 'ICLI_UNICO', 'VALOR', 1)"});
+    for (const char* comando :
+         {"create index ICLI_NOME on TCLI (NOME)", "create descending index MEU_INDICE on TCLI (VALOR)",
+          "alter table TCLI add constraint UNICO unique (NOME, CODIGO)",
+          "alter table TCLI add constraint CERTO check (VALOR > 0)", "create table TPAI (ID integer primary key)",
+          "insert into TPAI select CODIGO from TCLI",
+          "alter table TCLI add constraint DO_PAI foreign key (CODIGO) references TPAI",
+          "create trigger GCLI for TCLI before insert as begin new.NOME = 'x'; end"})
+        banco.Executa(comando);
+    std::set<std::string> durante;
+    banco.Conexao().Observa([&](std::string_view sql) {
+        if (!Insere(sql, "TCLI")) return;
+        durante.insert(
+            Linhas(banco.banco_.Conexao(),
+                   "select trim(rdb$index_name) from rdb$indices where rdb$relation_name = 'TCLI' union all"
+                   " select trim(rdb$trigger_name) from rdb$triggers where rdb$relation_name = 'TCLI' union all"
+                   " select trim(rdb$constraint_type) from rdb$relation_constraints where rdb$relation_name = 'TCLI'"
+                   " and rdb$constraint_type <> 'NOT NULL' order by 1"));
+    });
+    banco.Reconstroi();
+    EXPECT_EQ(durante, std::set<std::string>{"ICLI_UNICO;PK_TCLI;PRIMARY KEY"});
+    std::vector<std::string> depois;
+    for (const auto& indice : banco.Conexao().Indices("TCLI")) depois.push_back(indice.nome);
+    std::ranges::sort(depois);
+    EXPECT_EQ(Junta(depois, " "), "DO_PAI ICLI_NOME ICLI_UNICO MEU_INDICE UNICO");
+    EXPECT_EQ(banco.Le("select count(*) from TCLI where NOME starting 'José'"), "5");
+}
+
 TEST(NovaTest, WhatTheDropTakesAlongComesBackOrIsKept) {
     TCliente banco;
     banco.Executa("create descending index MEU_INDICE on TCLI (VALOR, NOME)");

@@ -63,8 +63,9 @@ class TTB {
     /// True at once when there is a key. Nullable key columns are made NOT NULL first where the server wants it;
     /// nothing is changed when rows lack a key value or repeat one.
     bool CriaIndicePrimario(std::string_view tabela, bool backup, TIdade idade = TIdade::Antiga);
-    /// Creates what the table lacks of its indexes; one that fails does not stop the others.
-    bool CriaIndiceSecundarios(std::string_view tabela, TIdade idade = TIdade::Antiga);
+    enum class TQuais { Todos, Unicos, Repetiveis };
+    /// Creates what the table lacks of these of its indexes; one that fails does not stop the others.
+    bool CriaIndiceSecundarios(std::string_view tabela, TIdade idade = TIdade::Antiga, TQuais quais = TQuais::Todos);
 
     /// Why the last operation returned false.
     const TErro& Erro() const { return erro_; }

@@ -294,10 +294,12 @@ bool TTB::CriaSecundario(std::string_view tabela, const std::string& nome, bool 
     return falha.mensagem.empty();
 }
 
-bool TTB::CriaIndiceSecundarios(std::string_view tabela, TIdade idade) {
+bool TTB::CriaIndiceSecundarios(std::string_view tabela, TIdade idade, TQuais quais) {
     return Tenta([&] {
         std::vector<TErro> falhas;
-        const auto doDicionario = dicionario_.Indices(tabela);
+        auto doDicionario = dicionario_.Indices(tabela);
+        if (quais != TQuais::Todos)
+            std::erase_if(doDicionario, [&](const auto& indice) { return indice.unico != (quais == TQuais::Unicos); });
         if (doDicionario.empty()) return true;
         const auto fisicos = idade == TIdade::Nova ? std::vector<TIndice>() : conexao_.Indices(tabela);
         for (const auto& [nome, unico, colunas] : doDicionario) {

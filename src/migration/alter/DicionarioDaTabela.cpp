@@ -234,7 +234,7 @@ std::optional<TErro> ColunaForaDoDicionario(TContexto& ctx) {
     return std::nullopt;
 }
 
-bool CriaTabelaComIndices(TContexto& ctx, std::string_view tabela) {
+bool CriaTabelaComChave(TContexto& ctx, std::string_view tabela) {
     TTB& tb = ctx.dm.Atualiza;
     const std::string nome(tabela);
     const bool criada = tb.CriaTabela(nome, false);
@@ -251,12 +251,23 @@ bool CriaTabelaComIndices(TContexto& ctx, std::string_view tabela) {
         ctx.repeteTabela = ctx.repeteTabela || !tb.ColunasDaChave(nome).empty();  // none was told
     }
     ctx.dm.Commit("Criando indice primário: " + nome);
-    if (!tb.CriaIndiceSecundarios(nome, TTB::TIdade::Nova)) {
+    return true;
+}
+
+void CriaIndicesDaNova(TContexto& ctx, std::string_view tabela, TTB::TQuais quais) {
+    TTB& tb = ctx.dm.Atualiza;
+    const std::string nome(tabela);
+    if (!tb.CriaIndiceSecundarios(nome, TTB::TIdade::Nova, quais)) {
         RelataCriacao(ctx, "Erro criando indices secundários do arquivo :" + nome + " " + tb.Erro().mensagem, nome,
                       "Criando indice secundário");
         ctx.repeteTabela = true;
     }
     ctx.dm.Commit("Criando indice secundário: " + nome);
+}
+
+bool CriaTabelaComIndices(TContexto& ctx, std::string_view tabela) {
+    if (!CriaTabelaComChave(ctx, tabela)) return false;
+    CriaIndicesDaNova(ctx, tabela, TTB::TQuais::Todos);
     return true;
 }
 

@@ -20,8 +20,12 @@ void RegravaDicionario(TContexto& ctx, std::string_view tabela, bool reconstruca
 /// calculation does not fit. Expects SatribNovo on the table.
 std::optional<TErro> ColunaForaDoDicionario(TContexto& ctx);
 
-/// Creates the table, its primary key and its secondary indexes from the stored dictionary; each failure is shown and
-/// logged and the next step follows. False when the table could not be created.
+/// Creates the table and its primary key from the stored dictionary; each failure is shown and logged. False when the
+/// table could not be created.
+bool CriaTabelaComChave(TContexto& ctx, std::string_view tabela);
+/// Creates secondary indexes of a table that has been created just now, in the same way.
+void CriaIndicesDaNova(TContexto& ctx, std::string_view tabela, TTB::TQuais quais);
+/// Both, with all its indexes.
 bool CriaTabelaComIndices(TContexto& ctx, std::string_view tabela);
 
 }  // namespace wkd

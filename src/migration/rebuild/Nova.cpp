@@ -228,12 +228,15 @@ void TReconstrucao::RelataPerdas() {
     relata("comentários não recriados, fonte no arquivo de rejeitados", comentarios_);
 }
 
+/// An index that refuses no row waits for the rows: every batch would write into it, and is the slower for it.
 void TReconstrucao::Ergue() {
     fase_ = TFase::Apagada;
     ctx_.dm.AtualizaListaDeTabelas();
     RegravaDicionarioNovo();
-    if (!CriaTabelaComIndices(ctx_, nome_)) throw TErroConhecido(ctx_.dm.Atualiza.Erro());
+    if (!CriaTabelaComChave(ctx_, nome_)) throw TErroConhecido(ctx_.dm.Atualiza.Erro());
+    CriaIndicesDaNova(ctx_, nome_, TTB::TQuais::Unicos);
     const bool restaurada = Restaura(RestauracaoInteira(ctx_, tabela_, chaveAntiga_));
+    CriaIndicesDaNova(ctx_, nome_, TTB::TQuais::Repetiveis);
     const TConferencia conferencia = Confere();
     if (restaurada) Termina(conferencia.Igual());
 }

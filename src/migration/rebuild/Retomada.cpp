@@ -25,6 +25,7 @@ void TReconstrucao::Retoma() {
     const bool restaurada = Restaura(restante);
     const TConferencia conferencia = Confere();
     if (restaurada && doPacote) Termina(conferencia.Igual());
+    if (!restaurada && doPacote) CompletaIndices();
     if (!restaurada || doPacote) {
         fase_ = TFase::Terminada;
         return;
