@@ -9,6 +9,8 @@
 #include "Programa.h"
 #include "ProgramaApoio.h"
 #include "Retrato.h"
+#include "copy/CopiaDeLinhas.h"
+#include "report/PlanoEmTexto.h"
 #include "tables/MarcaDaBackup.h"
 
 namespace wkd {
@@ -55,6 +57,8 @@ TEST(Plano, TheTextTellsTheSumFirstAndThenEachChange) {
     std::size_t onde = 0;
     for (const char* linha :
          {"Resumo: 2 a criar, 3 a alterar, 2 a reconstruir (80 registros, 2.871 bytes), 7 sem mudança; achados: 0.\n",
+          "Cópias: 80 registros, confirmados de 100 em 100 na ida e de 11 em 11 na volta: 10 confirmações, cerca de "
+          "00:00:0",
           "~ Tabelas do dicionário: ", "\n~ TPRODUTO (versão 4 para 5)\n    ~ DESCRICAO: varchar(60) -> varchar(120)\n",
           "    + NCM: varchar(8)\n    + ORIGEM: integer\n",
           "\n-/+ TVENDA (tipo de DATA_VENDA muda de ftDate para ftDateTime)\n    ~ DATA_VENDA: date -> timestamp\n",
@@ -65,6 +69,35 @@ TEST(Plano, TheTextTellsTheSumFirstAndThenEachChange) {
         EXPECT_NE(achada, std::string::npos) << linha << "\n" << saida.saida;
         if (achada != std::string::npos) onde = achada;
     }
+}
+
+/// On a disk in memory a commit costs nothing, so the costs are given here.
+TEST(Plano, TellsWhatManyRowsACommitWouldSave) {
+    struct TCaso {
+        std::optional<TCustoDoCommit> custo;
+        std::optional<std::size_t> linhasPorCommit;
+        const char* texto;   // as it is to be
+        const char* muitas;  // empty: not worth while
+    };
+    const TVolumeDaCopia volume{200'000, 100'000'000};
+    const TCustoDoCommit disco{0, 0.0013}, rede{0.04, 0.0013}, memoria{0, 0};
+    const TCaso casos[] = {
+        {disco, {}, "11 na volta: 20.182 confirmações, cerca de 00:03:15", "cerca de 00:00:38"},
+        {rede, {}, "11 na volta: 20.182 confirmações, cerca de 00:23:26", "cerca de 00:00:40"},
+        {disco, 10'000, "de 10.000 em 10.000: 40 confirmações, cerca de 00:00:38", ""},
+        {memoria, {}, "20.182 confirmações, cerca de 00:00:05", ""},
+    };
+    for (const auto& [custo, linhas, texto, muitas] : casos) {
+        TPlano plano;
+        plano.copias = {volume.registros, volume.Commits(linhas), linhas, volume.Segundos(custo, linhas),
+                        volume.Segundos(custo, kMuitasPorCommit)};
+        const std::string dito = PlanoEmTexto(plano);
+        EXPECT_TRUE(Contem(dito, texto)) << dito;
+        EXPECT_EQ(Contem(dito, "com LinhasPorCommit=10000"), *muitas != 0) << dito;
+        EXPECT_TRUE(Contem(dito, muitas)) << dito;
+    }
+    EXPECT_EQ((TVolumeDaCopia{200, 0, true}).Commits({}), 19) << "the way back alone";
+    EXPECT_DOUBLE_EQ(volume.Segundos({}, {}), 5);
 }
 
 TEST(Plano, ThePageOpensWithoutNetworkAndTellsTheSame) {

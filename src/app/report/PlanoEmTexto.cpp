@@ -3,6 +3,7 @@
 #include <cmath>
 #include <nlohmann/json.hpp>
 
+#include "copy/CopiaDeLinhas.h"
 #include "process/Programa.h"
 #include "report/RelatorioDaExecucao.h"
 #include "values/Texto.h"
@@ -28,7 +29,7 @@ TJson EmJson(const TPlanoDaTabela& tabela) {
     if (tabela.acao == TAcaoDaTabela::Reconstroi) {
         json["registros"] = tabela.registros;
         json["bytes"] = tabela.bytes;
-        json["segundos"] = tabela.Segundos();
+        json["segundos"] = tabela.segundos;
         json["retoma"] = tabela.retoma;
     }
     for (const auto& mudanca : tabela.mudancas)
@@ -39,6 +40,15 @@ TJson EmJson(const TPlanoDaTabela& tabela) {
     json["achados"] = TJson::array();
     for (const auto& achado : tabela.achados) json["achados"].push_back(EmJson(achado));
     return json;
+}
+
+TJson EmJson(const std::optional<TCopiasDoPlano>& copias) {
+    if (!copias) return {};
+    return {{"registros", copias->registros},
+            {"confirmacoes", copias->commits},
+            {"linhasPorCommit", copias->linhasPorCommit ? TJson(*copias->linhasPorCommit) : TJson()},
+            {"segundos", copias->segundos},
+            {"segundosCom10000", copias->segundosComMuitas}};
 }
 
 }  // namespace
@@ -56,6 +66,7 @@ std::string PlanoEmJson(const TPlano& plano) {
                   {"achados", plano.TemAchados()},
                   {"usuariosConectados", plano.usuarios},
                   {"recusadaPorUsuarios", plano.EsperaUsuarios()},
+                  {"copias", EmJson(plano.copias)},
                   {"preparacao", preparacao},
                   {"correcoes", plano.correcoes},
                   {"trocas", TJson::array()},
@@ -156,13 +167,29 @@ std::string Achados(const TEnsaio& ensaio) {
 
 }  // namespace
 
+namespace {
+
+std::string Copias(const TEnsaio& ensaio) {
+    const TCopiasConfirmadas& copias = ensaio.evidencia.copias;
+    if (copias.commits == 0) return "";
+    std::string texto = "Cópias das reconstruções: " + ComMilhares(copias.registros) + " registros em " +
+                        ComMilhares(copias.commits) + " confirmações, que esperaram " + Tempo(copias.segundos) + "\n";
+    if (copias.Economia() >= 1)
+        texto += "    com LinhasPorCommit=" + std::to_string(kMuitasPorCommit) + " no alias, ou --linhas-por-commit " +
+                 std::to_string(kMuitasPorCommit) + ", a atualização levaria cerca de " +
+                 Tempo(ensaio.segundosDaAtualizacao - copias.Economia()) + "\n";
+    return texto;
+}
+
+}  // namespace
+
 std::string EnsaioEmTexto(const TEnsaio& ensaio) {
     std::string texto = "Ensaio da atualização de " + ensaio.evidencia.alias + " numa cópia do banco\n" +
                         ensaio.copia.frase + "\n" + Tabelas(ensaio) + Achados(ensaio);
     texto += "Backup: " + Tempo(ensaio.segundosDoBackup) + ", " + TamanhoEmTexto(ensaio.bytesDoBackup) +
              "; restauração e prova: " + Tempo(ensaio.segundosDaRestauracao) + "\n" + "A atualização levaria " +
              Tempo(ensaio.segundosDaAtualizacao) + " e mais " + TamanhoEmTexto(ensaio.DiscoNecessario()) +
-             " no disco do banco\n";
+             " no disco do banco\n" + Copias(ensaio);
     if (!ensaio.backupNoServidor.empty())
         texto += "O backup do ensaio ficou no servidor, em " + ensaio.backupNoServidor + ": apague-o lá\n";
     if (!ensaio.banco.empty()) texto += "A cópia atualizada ficou em " + ensaio.banco + "\n";
@@ -180,6 +207,11 @@ std::string EnsaioEmJson(const TEnsaio& ensaio) {
                   {"segundosDoBackup", ensaio.segundosDoBackup},
                   {"segundosDaRestauracao", ensaio.segundosDaRestauracao},
                   {"segundosDaAtualizacao", ensaio.segundosDaAtualizacao},
+                  {"copias",
+                   {{"registros", ensaio.evidencia.copias.registros},
+                    {"confirmacoes", ensaio.evidencia.copias.commits},
+                    {"segundos", ensaio.evidencia.copias.segundos},
+                    {"economiaCom10000", ensaio.evidencia.copias.Economia()}}},
                   {"bytesDoBackup", ensaio.bytesDoBackup},
                   {"discoNecessario", ensaio.DiscoNecessario()},
                   {"banco", ensaio.banco.empty() ? TJson() : TJson(ensaio.banco)},

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "copy/CopiaDeLinhas.h"
 #include "process/Programa.h"
 #include "report/Pagina.h"
 #include "report/PlanoEmTexto.h"
@@ -68,9 +69,12 @@ std::string EmTexto(const TMudancaDaColuna& mudanca) {
     return texto + (mudanca.sinal == '+' ? mudanca.para : mudanca.de) + "\n";
 }
 
+std::string CercaDe(double segundos) {
+    return "cerca de " + FormataDuracao(std::chrono::seconds(std::llround(std::ceil(segundos))));
+}
+
 std::string Caminho(const TPlanoDaTabela& tabela) {
-    const auto segundos = std::chrono::seconds(std::llround(std::ceil(tabela.Segundos())));
-    const std::string volume = Volume(tabela.registros, tabela.bytes) + ", cerca de " + FormataDuracao(segundos);
+    const std::string volume = Volume(tabela.registros, tabela.bytes) + ", " + CercaDe(tabela.segundos);
     const std::string backup = NomeDaBackup(Maiusculas(tabela.nome));
     if (tabela.retoma)
         return "    uma reconstrução interrompida segue: de " + backup + " faltam voltar " + volume + "\n";
@@ -110,6 +114,19 @@ TContagem Conta(const TPlano& plano) {
     return conta;
 }
 
+std::string Copias(const TCopiasDoPlano& copias) {
+    const auto linhas = copias.linhasPorCommit;
+    std::string texto = "Cópias: " + Registros(copias.registros) + ", confirmados de " +
+                        (linhas ? ComMilhares(std::int64_t(*linhas)) + " em " + ComMilhares(std::int64_t(*linhas))
+                                : "100 em 100 na ida e de 11 em 11 na volta") +
+                        ": " + Quantos(copias.commits, "confirmação", "confirmações") + ", " +
+                        CercaDe(copias.segundos) + ".\n";
+    if (copias.Valeria())
+        texto += "    com LinhasPorCommit=" + std::to_string(kMuitasPorCommit) + " no alias, ou --linhas-por-commit " +
+                 std::to_string(kMuitasPorCommit) + ": " + CercaDe(copias.segundosComMuitas) + ".\n";
+    return texto;
+}
+
 std::string Resumo(const TPlano& plano) {
     const TContagem conta = Conta(plano);
     const std::string move = Volume(conta.registros, conta.bytes);
@@ -118,6 +135,7 @@ std::string Resumo(const TPlano& plano) {
                         ComMilhares(conta[TAcaoDaTabela::Reconstroi]) + " a reconstruir (" + move + "), " +
                         ComMilhares(conta[TAcaoDaTabela::Nada]) +
                         " sem mudança; achados: " + ComMilhares(conta.achados) + ".\n";
+    if (plano.copias) texto += Copias(*plano.copias);
     if (plano.usuarios > 0)
         texto += "Usuários conectados: " + ComMilhares(plano.usuarios) +
                  (plano.EsperaUsuarios() ? ". A atualização seria recusada até que saiam.\n" : ".\n");

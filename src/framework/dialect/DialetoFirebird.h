@@ -26,6 +26,7 @@ class TDialetoFirebird : public TDialeto {
     bool ComparaConteudo() const override { return true; }
     bool ChaveExigeValor() const override { return true; }
     bool NumeraRegistros() const override { return true; }
+    bool TransacaoVaziaGrava() const override { return true; }
     std::int64_t BytesDoRegistro(TConnection& conexao, const std::vector<TLargura>& colunas) const override;
     /// It refuses a table whose rows need more, but only when the creation is committed.
     std::int64_t LimiteDoRegistro() const override { return 65'535; }

@@ -89,6 +89,21 @@ struct TPassoRegistrado {
     TFalha falha = TFalha::Outra;                // of the error
 };
 
+/// What the copies of rebuilds committed.
+struct TCopiasConfirmadas {
+    std::int64_t registros = 0, commits = 0;
+    std::int64_t commitsComMuitas = 0;  // that they would have been with kMuitasPorCommit
+    double segundos = 0;                // waited for
+
+    /// Seconds that these would have saved: most pages of so small a commit are written again by the next one.
+    double Economia() const {
+        constexpr double kRepetidas = 0.8;
+        return commits > commitsComMuitas ? kRepetidas * segundos * static_cast<double>(commits - commitsComMuitas) /
+                                                static_cast<double>(commits)
+                                          : 0;
+    }
+};
+
 /// What one run did, collected while it does it.
 struct TEvidencia {
     std::string alias, banco, servidor, pacote;
@@ -98,6 +113,7 @@ struct TEvidencia {
     std::vector<TTabelaRegistrada> tabelas;
     std::vector<TPassoRegistrado> passos;
     std::vector<TPassoRegistrado> correcoes;  // those whose turn it was
+    TCopiasConfirmadas copias = {};
     std::vector<TErroDaExecucao> erros;
     std::vector<std::string> naoRodaram = {};  // steps and tables whose turn did not come
 

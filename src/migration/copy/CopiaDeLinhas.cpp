@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <chrono>
 #include <limits>
 #include <stdexcept>
 #include <string>
@@ -90,6 +91,8 @@ TResultadoDaCopia TCopiaDeLinhas::Executa(std::int64_t linhas) {
         PeloCliente();
     FechaLote();
     RelataDemais();
+    ctx_.evidencia.copias.registros += resultado_.gravadas;
+    ctx_.evidencia.copias.commitsComMuitas += (resultado_.gravadas + kMuitasPorCommit - 1) / kMuitasPorCommit;
     servidor_.reset();
     insere_.reset();
     return std::move(resultado_);
@@ -273,8 +276,7 @@ void TCopiaDeLinhas::FechaLote() {
     ExigeEspacoEmDisco(ctx_);
     try {
         Conta(Numero());
-        transacao_->Commit();
-        transacao_.reset();
+        Confirma();
     } catch (const TErroBanco& falha) {
         transacao_.reset();
         if (falha.ConexaoPerdida()) throw;
@@ -283,6 +285,15 @@ void TCopiaDeLinhas::FechaLote() {
     resultado_.gravadas += static_cast<std::int64_t>(lote_.size());
     lote_.clear();
     bytesNoLote_ = 0;
+}
+
+void TCopiaDeLinhas::Confirma() {
+    const auto inicio = std::chrono::steady_clock::now();
+    transacao_->Commit();
+    transacao_.reset();
+    TCopiasConfirmadas& copias = ctx_.evidencia.copias;
+    copias.segundos += std::chrono::duration<double>(std::chrono::steady_clock::now() - inicio).count();
+    ++copias.commits;
 }
 
 /// Row by row, so that only an unfit one is missing.

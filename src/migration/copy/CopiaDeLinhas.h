@@ -19,6 +19,11 @@ namespace wkd {
 /// that it cannot make larger, so nothing is begun, and a copy ends, before that happens.
 void ExigeEspacoEmDisco(TContexto& ctx);
 
+/// Rows of a commit on the way into the backup table and back, where LinhasPorCommit says nothing.
+inline constexpr std::size_t kLinhasNaIda = 100, kLinhasNaVolta = 11;
+/// What a disk that is waited for is better off with.
+inline constexpr std::size_t kMuitasPorCommit = 10'000;
+
 /// What the option, else the key "LinhasPorCommit" of the alias, says about the rows of a commit, 1 to 100,000; nothing
 /// where neither says anything. Throws TErroConfiguracao for anything else.
 std::optional<std::size_t> LinhasPorCommit(const TContexto& ctx);
@@ -75,6 +80,7 @@ class TCopiaDeLinhas {
     void Envia(const TLinha& linha);
     bool IsolaCampos(TLinha& linha);
     void FechaLote();
+    void Confirma();
     void RefazLote();
     bool GravaSozinha(TLinhaDoLote& linha);
     void Conta(std::int64_t ate);

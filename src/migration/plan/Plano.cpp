@@ -5,6 +5,7 @@
 
 #include "alter/ObjetosDaTabela.h"
 #include "context/CargaDoPacote.h"
+#include "copy/CopiaDeLinhas.h"
 #include "corrections/Correcoes.h"
 #include "decision/DecisaoDaTabela.h"
 #include "layout/Preambulo.h"
@@ -27,7 +28,6 @@ namespace {
 
 constexpr std::int64_t kFormatos = 255;  // versions of one table that a Firebird database keeps
 constexpr std::int64_t kFormatosPerto = 200;
-constexpr double kRegistrosPorSegundo = 40'000;  // of a rebuild, docs/desempenho.md
 
 /// Forgets at the end of a scope what was supposed about the database.
 class TSuposicoes {
@@ -65,6 +65,7 @@ class TPlanejador {
     void Mudancas(TPlanoDaTabela& tabela, const TDecisaoDaTabela& decisao);
     void Achados(TPlanoDaTabela& tabela, const TDecisaoDaTabela& decisao);
     void Volume(TPlanoDaTabela& tabela);
+    void Tempos();
     void ForaDosDicionarios(TPlanoDaTabela& tabela);
     void ExaminaFormatos(TPlanoDaTabela& tabela);
     void ExaminaDependencias(TPlanoDaTabela& tabela);
@@ -93,6 +94,7 @@ std::optional<TPlano> TPlanejador::Planeja() {
     LeIndices(pasta);
     formatos_ = ctx_.Dialeto().Formatos(ctx_.Conexao());
     Tabelas();
+    Tempos();
     DepoisDasTabelas(pasta);
     for (const auto& mudanca : MudancasExclusivas(ctx_.novo, ctx_.gravado))
         for (auto& tabela : plano_.tabelas)
@@ -300,6 +302,23 @@ void TPlanejador::Volume(TPlanoDaTabela& tabela) {
     tabela.bytes = volume.registros == 0 ? 0 : volume.bytes * tabela.registros / volume.registros;
 }
 
+/// How long the rebuilds take on this server; what is not to be rebuilt costs no question.
+void TPlanejador::Tempos() {
+    TCopiasDoPlano copias;
+    for (const auto& tabela : plano_.tabelas) copias.registros += tabela.registros;
+    if (copias.registros == 0) return;
+    copias.linhasPorCommit = LinhasPorCommit(ctx_);
+    const auto custo = TCustoDoCommit::Mede(ctx_.Conexao());
+    for (auto& tabela : plano_.tabelas) {
+        const TVolumeDaCopia volume{tabela.registros, tabela.bytes, tabela.retoma};
+        tabela.segundos = volume.Segundos(custo, copias.linhasPorCommit);
+        copias.commits += volume.Commits(copias.linhasPorCommit);
+        copias.segundos += tabela.segundos;
+        copias.segundosComMuitas += volume.Segundos(custo, kMuitasPorCommit);
+    }
+    if (custo) plano_.copias = copias;
+}
+
 /// A column that no dictionary tells of goes with the table, but for its values.
 void TPlanejador::ForaDosDicionarios(TPlanoDaTabela& tabela) {
     for (const auto& mudanca : tabela.mudancas)
@@ -351,8 +370,6 @@ void TPlanejador::ExaminaDependencias(TPlanoDaTabela& tabela) {
 }
 
 }  // namespace
-
-double TPlanoDaTabela::Segundos() const { return static_cast<double>(registros) / kRegistrosPorSegundo; }
 
 bool TPlano::Muda() const {
     return !ajustes.empty() || !dicionario.empty() || !correcoes.empty() || !trocas.empty() ||

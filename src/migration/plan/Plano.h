@@ -8,6 +8,7 @@
 #include "decision/DecisaoDaTabela.h"
 #include "layout/AtualizaSistema.h"
 #include "plan/ExameDosDados.h"
+#include "plan/TempoDaCopia.h"
 
 namespace wkd {
 
@@ -28,10 +29,17 @@ struct TPlanoDaTabela {
     std::vector<std::string> exclusivas;    // changes that wait until no user is connected
     bool retoma = false;                    // the rebuild goes on: its rows are those that are not back yet
     std::int64_t registros = 0, bytes = 0;  // that a rebuild moves
+    double segundos = 0;                    // that it may take
     TAchados achados;
+};
 
-    /// How long the rebuild may take, at the pace of docs/desempenho.md.
-    double Segundos() const;
+/// What the rebuilds of a plan copy, where this server shows what a commit costs.
+struct TCopiasDoPlano {
+    std::int64_t registros = 0, commits = 0;
+    std::optional<std::size_t> linhasPorCommit;  // as the run is to have it
+    double segundos = 0, segundosComMuitas = 0;  // as it is to have it, and with kMuitasPorCommit
+    /// Whether it is worth while to have them.
+    bool Valeria() const { return segundosComMuitas + 1 < 0.8 * segundos; }
 };
 
 struct TPlano {
@@ -44,6 +52,7 @@ struct TPlano {
     TAchados achados;                       // before the tables
     std::vector<TPlanoDaTabela> tabelas;    // in the order of the package
     std::int64_t usuarios = 0;              // connected
+    std::optional<TCopiasDoPlano> copias = {};
     std::vector<std::string> layouts, arquivos, passos;  // report layouts, system files and passes behind the tables
 
     bool Muda() const;

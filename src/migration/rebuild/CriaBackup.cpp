@@ -79,8 +79,6 @@ void GuardaDiferentes(TContexto& ctx, const std::string& tabela, const std::vect
 
 namespace {
 
-constexpr std::size_t kLinhasPorLote = 100;  // where the alias names no other number
-
 std::int64_t Conta(TContexto& ctx, const std::string& tabela) {
     return ContaRegistros(ctx.Conexao(), "select count(*) as total from " + tabela);
 }
@@ -134,7 +132,7 @@ void Copia(TContexto& ctx, const std::string& tabela, const std::vector<std::str
                           .etapa = ctx.acaoAtual,
                           .rotulo = "Transferindo dados para tabela de backup: " + tabela,
                           .exigente = true,
-                          .linhasPorLote = ctx.linhasPorCommit.value_or(kLinhasPorLote)},
+                          .linhasPorLote = ctx.linhasPorCommit.value_or(kLinhasNaIda)},
                          renumeracao);
     ExigeCopiaFiel(ctx, tabela, copia.Executa(Conta(ctx, tabela)));
     MarcaReconstrucao(ctx, tabela);

@@ -132,8 +132,6 @@ TRestante RestauracaoQueFalta(TContexto& ctx, const std::string& tabela) {
 
 namespace {
 
-constexpr std::size_t kLinhasPorLote = 11;  // where the alias names no other number
-
 /// Columns, in capitals, in which an earlier part of the restore may have changed values on purpose.
 std::set<std::string> TalvezAlteradas(TContexto& ctx, const std::string& tabela, const TRenumeracao& renumeracao) {
     std::set<std::string> colunas;
@@ -166,7 +164,7 @@ std::set<std::string> VoltaBackup(TContexto& ctx, const std::string& tabela, con
                  .chave = chave,
                  .etapa = ctx.acaoAtual,
                  .inicioDoErro = "Erro ao Voltar backup: ",
-                 .linhasPorLote = ctx.linhasPorCommit.value_or(kLinhasPorLote),
+                 .linhasPorLote = ctx.linhasPorCommit.value_or(kLinhasNaVolta),
                  .condicao = restante.condicao,
                  .fonte = restante.fonte,
                  .pula = restante.pula};
