@@ -121,7 +121,7 @@ TValor ValorDeBase64(const std::string& texto, TTipoDado dado, const char* onde)
         throw TErroTrecho{onde, erro.causa};  // its place was in the text taken from the line
     }
     if (dado != TTipoDado::Memo) return TBytes{std::move(bytes)};
-    return Utf8(bytes) ? TValor(std::move(bytes)) : TValor();
+    return Utf8Valido(bytes) ? TValor(std::move(bytes)) : TValor();
 }
 
 /// NULL when the item is none of that type.

@@ -57,6 +57,23 @@ TEST(PacoteXml, DecodesEachKindOfValue) {
     }
 }
 
+/// Most rows have their attributes one blank apart, in the order of the fields and between double quotes.
+TEST(PacoteXml, FindsTheValuesOfRowsHoweverTheirAttributesStand) {
+    const std::string campos =
+        R"(<FIELD attrname="A" fieldtype="string"/><FIELD attrname="B" fieldtype="i4"/>)"
+        R"(<FIELD attrname="C" fieldtype="string"/><FIELD attrname="x=&quot;y" fieldtype="i4"/>)";
+    const TLinha esperada = {"a>", 2, "ção", TValor()};
+    for (const char* linha :
+         {R"(<ROW A="a>" B="2" C="ção"/>)", R"(<ROW  A = "a>"	B="2"
+ C='ção' />)",
+          R"(<ROW C="ção" B="2" A="a>"/>)", R"(<ROW B="2" outro="x" A="a&gt;" C="ção"/>)",
+          R"(<ROW A="1" B="1" C="" A="a>" B=" 2 " C="ção"/>)", R"(<row a="a>" b="2" c="ção"/>)",
+          R"(<ROW A="a>" B="2" x="y=" C="ção"></ROW>)", R"(<ROW RowState="4" A="a>" B="2" C="ção"/>)"}) {
+        SCOPED_TRACE(linha);
+        EXPECT_EQ(LeBytes(Xml(campos, linha)).linhas, std::vector<TLinha>{esperada});
+    }
+}
+
 TEST(PacoteXml, ToleratesWhatFilesBring) {
     const auto pacote = LeBytes(R"(
       <?xml version="1.0"?><!-- comentário > -->

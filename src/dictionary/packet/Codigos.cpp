@@ -100,10 +100,24 @@ char32_t Unidade(std::string_view bytes, std::size_t posicao) {
            static_cast<char32_t>(static_cast<unsigned char>(bytes[posicao + 1])) << 8;
 }
 
+/// Units of ASCII from `posicao` on, four at a time; returns where others begin, or fewer are left before `fim`.
+std::size_t AsciiDeUtf16(std::string_view bytes, std::string& saida, std::size_t posicao, std::size_t fim) {
+    for (std::uint64_t bloco = 0; posicao + sizeof bloco <= fim; posicao += sizeof bloco) {
+        std::memcpy(&bloco, bytes.data() + posicao, sizeof bloco);
+        if (bloco & 0xFF80FF80FF80FF80ULL) break;
+        const char* unidades = bytes.data() + posicao;
+        const char letras[] = {unidades[0], unidades[2], unidades[4], unidades[6]};
+        saida.append(letras, sizeof letras);
+    }
+    return posicao;
+}
+
 std::size_t DeUtf16(std::string_view resto, std::string& saida, std::size_t limite) {
     if (resto.size() % 2 != 0) throw TErroTrecho{resto.data(), "texto UTF-16 com número ímpar de bytes"};
+    const std::size_t fim = std::min(resto.size(), limite);
+    saida.reserve(saida.size() + fim / 2);
     std::size_t posicao = 0;
-    for (; posicao < resto.size() && posicao < limite; posicao += 2) {
+    while ((posicao = AsciiDeUtf16(resto, saida, posicao, fim)) < fim) {
         char32_t c = Unidade(resto, posicao);
         if (SurrogadoAlto(c) && posicao + 4 <= resto.size() && SurrogadoBaixo(Unidade(resto, posicao + 2))) {
             c = Par(c, Unidade(resto, posicao + 2));
@@ -111,6 +125,7 @@ std::size_t DeUtf16(std::string_view resto, std::string& saida, std::size_t limi
         }
         if (c >= 0xD800 && c < 0xE000) throw TErroTrecho{resto.data() + posicao, "texto UTF-16 inválido"};
         AcrescentaUtf8(saida, c);
+        posicao += 2;
     }
     return posicao;
 }
@@ -125,7 +140,7 @@ std::size_t FimDaParte(std::string_view texto, std::size_t inicio, std::size_t m
 
 void AcrescentaTexto(std::string& saida, std::string_view texto, bool utf8) {
     if (utf8) {
-        if (!Utf8(texto)) throw TErroTrecho{texto.data(), "o texto não está em UTF-8, como o arquivo declara"};
+        if (!Utf8Valido(texto)) throw TErroTrecho{texto.data(), "o texto não está em UTF-8, como o arquivo declara"};
         saida += texto;
     } else {
         saida += De1252(texto);
@@ -185,13 +200,17 @@ void AcrescentaUtf8(std::string& destino, char32_t c) {
     for (int i = seguintes - 1; i >= 0; --i) destino += static_cast<char>(0x80 | ((c >> (6 * i)) & 0x3F));
 }
 
-bool Utf8(std::string_view bytes) {
-    std::size_t posicao = 0;
-    for (std::uint64_t bloco = 0; posicao + sizeof bloco <= bytes.size(); posicao += sizeof bloco) {
-        std::memcpy(&bloco, bytes.data() + posicao, sizeof bloco);
-        if (bloco & 0x8080808080808080ULL) break;
+bool Simples(TCodigo codigo, std::string_view bytes) {
+    if (codigo == TCodigo::XmlConferido) return bytes.find('&') == std::string_view::npos;
+    constexpr std::uint64_t kUm = 0x0101010101010101ULL, kAlto = 0x8080808080808080ULL;
+    while (bytes.size() >= sizeof kUm) {
+        std::uint64_t bloco = 0;
+        std::memcpy(&bloco, bytes.data(), sizeof bloco);
+        const std::uint64_t referencia = bloco ^ (kUm * '&');  // a byte of zeros where it stands
+        if ((bloco | ((referencia - kUm) & ~referencia)) & kAlto) return false;
+        bytes.remove_prefix(sizeof bloco);
     }
-    return Utf8Valido(bytes.substr(posicao));
+    return std::ranges::all_of(bytes, [](char c) { return c >= 0 && c != '&'; });
 }
 
 std::string ParaUtf16(std::string_view utf8) {
@@ -230,7 +249,7 @@ char32_t LeReferencia(std::string_view texto, std::size_t& tamanho) {
 
 TCodigo Define(TCodigo codigo, std::string_view bytes) {
     if (codigo != TCodigo::Ansi) return codigo;
-    return Utf8(bytes) ? TCodigo::Bruto : TCodigo::Cp1252;
+    return Utf8Valido(bytes) ? TCodigo::Bruto : TCodigo::Cp1252;
 }
 
 std::size_t DecodificaParte(TCodigo codigo, std::string_view resto, std::string& saida, std::size_t limite) {
@@ -241,8 +260,9 @@ std::size_t DecodificaParte(TCodigo codigo, std::string_view resto, std::string&
         case TCodigo::Utf16:
             return DeUtf16(resto, saida, limite);
         case TCodigo::XmlUtf8:
+        case TCodigo::XmlConferido:
         case TCodigo::Xml1252:
-            return DeXml(resto, saida, limite, codigo == TCodigo::XmlUtf8);
+            return DeXml(resto, saida, limite, codigo != TCodigo::Xml1252);
         case TCodigo::Base64:
             return DeBase64(resto, saida, limite);
         default:

@@ -16,13 +16,14 @@ std::size_t DeBase64(std::string_view resto, std::string& saida, std::size_t lim
 
 /// How the bytes of a text or blob stand in a packet.
 enum class TCodigo {
-    Bruto,    // as they are
-    Ansi,     // text of unknown character set: UTF-8 when valid, else Windows-1252
-    Cp1252,   // text in Windows-1252
-    Utf16,    // text in UTF-16, little-endian
-    XmlUtf8,  // attribute value of a UTF-8 file, with references
-    Xml1252,  // attribute value of a Windows-1252 file, with references
-    Base64    // attribute value in Base64; white space anywhere
+    Bruto,         // as they are
+    Ansi,          // text of unknown character set: UTF-8 when valid, else Windows-1252
+    Cp1252,        // text in Windows-1252
+    Utf16,         // text in UTF-16, little-endian
+    XmlUtf8,       // attribute value of a UTF-8 file, with references
+    XmlConferido,  // the same, of a file that was found to be UTF-8 from end to end
+    Xml1252,       // attribute value of a Windows-1252 file, with references
+    Base64         // attribute value in Base64; white space anywhere
 };
 
 /// Settles Ansi by looking at all bytes; every other code is its own answer.
@@ -35,8 +36,8 @@ std::string Decodifica(TCodigo codigo, std::string_view bytes);
 
 /// UTF-8 as UTF-16, little-endian. The text must be valid.
 std::string ParaUtf16(std::string_view utf8);
-/// Utf8Valido, quick over a long ASCII start.
-bool Utf8(std::string_view bytes);
+/// Whether an attribute value can be seen to stand for itself, at a glance.
+bool Simples(TCodigo codigo, std::string_view bytes);
 
 /// Character of the reference ("&amp;", "&#013;", "&#xA;") at the start of `texto`, a pair of surrogate references
 /// taken as one; `tamanho` becomes its length. Throws TErroTrecho when it is none.

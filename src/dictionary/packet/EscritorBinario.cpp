@@ -30,7 +30,7 @@ std::string ComPrefixo(std::string_view bytes, std::size_t prefixo) {
 std::string Ansi(const std::string& texto) {
     try {
         auto bytes = Para1252(texto);
-        return bytes == texto || !Utf8(bytes) ? bytes : texto;
+        return bytes == texto || !Utf8Valido(bytes) ? bytes : texto;
     } catch (const TErroConversao&) {
         return texto;
     }
@@ -82,7 +82,7 @@ struct TColuna {
 std::string BytesDeTexto(const TValor& valor, const TColuna& coluna) {
     const bool unicode = coluna.tipo->formato == TFormato::TextoUnicode || coluna.memoUnicode;
     const auto texto = valor.ComoTexto();
-    if (!Utf8(texto)) throw std::range_error("o texto não é UTF-8");
+    if (!Utf8Valido(texto)) throw std::range_error("o texto não é UTF-8");
     return ComPrefixo(unicode ? ParaUtf16(texto) : Ansi(texto), coluna.tamanho);
 }
 

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <bit>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -24,12 +26,9 @@ class TCursorBinario {
     }
     /// Unsigned number of 1 to 8 bytes.
     std::uint64_t Numero(std::size_t bytes) {
+        static_assert(std::endian::native == std::endian::little);
         std::uint64_t numero = 0;
-        int desloca = 0;
-        for (const char byte : Bytes(bytes)) {
-            numero |= static_cast<std::uint64_t>(static_cast<unsigned char>(byte)) << desloca;
-            desloca += 8;
-        }
+        std::memcpy(&numero, Bytes(bytes).data(), bytes);
         return numero;
     }
     std::uint8_t U8() { return static_cast<std::uint8_t>(Numero(1)); }

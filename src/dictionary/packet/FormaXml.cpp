@@ -16,6 +16,8 @@ namespace {
 
 bool Branco(char c) { return c == ' ' || c == '\n' || c == '\r' || c == '\t'; }
 
+bool FimDoNome(char c) { return Branco(c) || c == '=' || c == '>' || c == '/' || c == '<' || c == '"' || c == '\''; }
+
 }  // namespace
 
 void TFichasXml::PulaAte(std::string_view fim, const char* causa) {
@@ -30,11 +32,7 @@ void TFichasXml::PulaBrancos() {
 
 std::string_view TFichasXml::LeNome() {
     const auto inicio = posicao_;
-    while (posicao_ < texto_.size()) {
-        const char c = texto_[posicao_];
-        if (Branco(c) || c == '=' || c == '>' || c == '/' || c == '<' || c == '"' || c == '\'') break;
-        ++posicao_;
-    }
+    while (posicao_ < texto_.size() && !FimDoNome(texto_[posicao_])) ++posicao_;
     return texto_.substr(inicio, posicao_ - inicio);
 }
 
@@ -91,6 +89,19 @@ bool TFichasXml::Atributo(std::string_view& nome, std::string_view& valor) {
     return true;
 }
 
+std::string TFichasXml::Inicio(std::string_view nome) {
+    return std::ranges::any_of(nome, FimDoNome) ? std::string() : " " + std::string(nome) + "=\"";
+}
+
+bool TFichasXml::Segue(std::string_view inicio, std::string_view& valor) {
+    if (!dentro_ || inicio.empty() || !texto_.substr(posicao_).starts_with(inicio)) return false;
+    const auto abre = posicao_ + inicio.size(), fecha = texto_.find('"', abre);
+    if (fecha == std::string_view::npos) return false;
+    valor = texto_.substr(abre, fecha - abre);
+    posicao_ = fecha + 1;
+    return true;
+}
+
 void TFichasXml::Termina() {
     std::string_view nome, valor;
     while (Atributo(nome, valor)) continue;
@@ -118,11 +129,11 @@ std::optional<T> Numero(std::string_view texto) {
     return numero;
 }
 
-std::optional<TValor> Inteiro(std::string_view texto, int bytes) {
+std::optional<std::int64_t> Inteiro(std::string_view texto, int bytes) {
     const auto numero = Numero<std::int64_t>(texto);
     const std::int64_t maior = INT64_MAX >> (64 - 8 * bytes);
     if (!numero || *numero > maior || *numero < -maior - 1) return std::nullopt;
-    return TValor(*numero);
+    return numero;
 }
 
 /// A negative number stands for the unsigned one of the same bits.
@@ -174,7 +185,7 @@ bool Texto(TFormato formato) { return formato == TFormato::TextoAnsi || formato 
 std::optional<TValor> ValorDoTexto(const TTipoPacote& tipo, std::string_view texto) {
     switch (tipo.formato) {
         case TFormato::Inteiro:
-            return Inteiro(texto, tipo.tamanho);
+            return Opcional(Inteiro(texto, tipo.tamanho));
         case TFormato::SemSinal:
             return SemSinal(texto, tipo.tamanho);
         case TFormato::Logico:
@@ -194,13 +205,16 @@ std::optional<TValor> ValorDoTexto(const TTipoPacote& tipo, std::string_view tex
 
 TValor ValorDeXml(const std::shared_ptr<const TFontePacote>& fonte, const TColunaXml& coluna, std::string_view bruto,
                   std::size_t campo) {
-    if (Texto(coluna.tipo->formato)) return Decodifica(coluna.codigo, bruto);
+    const TFormato formato = coluna.tipo->formato;
+    if (Texto(formato)) return Simples(coluna.codigo, bruto) ? std::string(bruto) : Decodifica(coluna.codigo, bruto);
     if (bruto.empty()) return {};
-    if (coluna.tipo->formato == TFormato::Blob) return ValorDeBlob(fonte, bruto, coluna.codigo, campo, coluna.dado);
+    if (formato == TFormato::Inteiro)
+        if (const auto numero = Inteiro(bruto, coluna.tipo->tamanho)) return *numero;
+    if (formato == TFormato::Blob) return ValorDeBlob(fonte, bruto, coluna.codigo, campo, coluna.dado);
     constexpr std::size_t kMaiorNumero = 1000;
     const auto texto = Decodifica(coluna.codigo, bruto.substr(0, kMaiorNumero));
     if (auto valor = bruto.size() > kMaiorNumero ? std::nullopt : ValorDoTexto(*coluna.tipo, Apara(texto)))
-        return *valor;
+        return *std::move(valor);
     constexpr std::size_t kMostra = 40;
     throw TErroTrecho{bruto.data(), "o valor '" + TextoDeBytes(bruto.substr(0, kMostra)) + "' não é do tipo " +
                                         std::string(coluna.tipo->xml)};

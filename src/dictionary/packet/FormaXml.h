@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "packet/Codigos.h"
@@ -24,6 +25,10 @@ class TFichasXml {
     bool Fecha() const { return fecha_; }
     /// Next attribute of the current tag; false after the last one.
     bool Atributo(std::string_view& nome, std::string_view& valor);
+    /// How the attributes of that name mostly begin; empty for what can be no name.
+    static std::string Inicio(std::string_view nome);
+    /// As Atributo, when the next one begins like that; else false, and nothing is passed over.
+    bool Segue(std::string_view inicio, std::string_view& valor);
     /// Passes over what is left of the current tag.
     void Termina();
 

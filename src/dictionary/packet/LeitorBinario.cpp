@@ -217,6 +217,7 @@ class TLeitorBinario {
         if (numLinhas_ > cursor_.Resta() / menorLinha)
             throw TErroTrecho{cursor_.Onde(),
                               "o cabeçalho diz " + std::to_string(numLinhas_) + " linhas, o arquivo não as contém"};
+        pacote_.linhas.reserve(numLinhas_);
         for (std::uint32_t i = 0; i < numLinhas_; ++i) LeLinha(i);
         campoAtual_ = kNenhum;
         if (cursor_.Resta() != 0)
@@ -240,11 +241,15 @@ class TLeitorBinario {
         pacote_.estados.push_back(cursor_.U8());
         const auto estados = cursor_.Bytes((std::size_t{numCampos_} + 3) / 4);
         const bool temAnterior = historico_.TemAnterior(numero);
-        TLinha linha(numCampos_);
+        TLinha linha;
+        linha.reserve(numCampos_);
         for (std::uint16_t i = 0; i < numCampos_; ++i) {
             const int estado = (static_cast<unsigned char>(estados[i / 4]) >> (2 * (i % 4))) & 3;
             campoAtual_ = i;
-            if (estado == 0) linha[i] = LeValor(i);
+            if (estado == 0)
+                linha.emplace_back(TFeito{[&] { return LeValor(i); }});
+            else
+                linha.emplace_back();
             if (estado == 2 && temAnterior) historico_.Pendente(numero, i);
         }
         pacote_.linhas.push_back(std::move(linha));

@@ -5,6 +5,7 @@
 #include "packet/DataPacket.h"
 #include "packet/FormaXml.h"
 #include "packet/LeitoresPacote.h"
+#include "packet/ValoresDoPacote.h"
 #include "values/Texto.h"
 
 namespace wkd {
@@ -15,7 +16,7 @@ namespace {
 TCodigo CodigoDoArquivo(const TFontePacote& fonte) {
     if (fonte.MarcaUtf8()) return TCodigo::XmlUtf8;
     const auto declarada = CodificacaoDeclarada(fonte.Bytes());
-    if (declarada.empty()) return Utf8(fonte.Bytes()) ? TCodigo::XmlUtf8 : TCodigo::Xml1252;
+    if (declarada.empty()) return Utf8Valido(fonte.Bytes()) ? TCodigo::XmlConferido : TCodigo::Xml1252;
     for (const auto utf8 : {"UTF-8", "UTF8", "US-ASCII"})
         if (IgualSemCaixa(declarada, utf8)) return TCodigo::XmlUtf8;
     for (const auto cp1252 : {"WINDOWS-1252", "CP1252", "ISO-8859-1", "LATIN1", "ISO8859-1"})
@@ -103,6 +104,7 @@ class TLeitorXml {
         Define(campo, tipo, NumeroDe(largura), onde);
         posicoes_.try_emplace(Maiusculas(nomeNaLinha), pacote_.campos.size());
         nomesNaLinha_.push_back(nomeNaLinha);
+        iniciosNaLinha_.push_back(TFichasXml::Inicio(nomeNaLinha));
         nomes_.push_back(campo.nome);
         pacote_.campos.push_back(std::move(campo));
     }
@@ -144,9 +146,12 @@ class TLeitorXml {
     }
 
     /// Position of the field with that name in rows; the number of fields when there is none. Attributes mostly
-    /// come in field order, so the field after the last one is tried first.
+    /// come in field order, so the next few fields are tried first.
     std::size_t PosicaoDe(std::string_view nome, std::size_t esperada) const {
-        if (esperada < nomesNaLinha_.size() && nomesNaLinha_[esperada] == nome) return esperada;
+        constexpr std::size_t kProximos = 16;
+        const std::size_t fim = std::min(nomesNaLinha_.size(), esperada + kProximos);
+        for (std::size_t i = esperada; i < fim; ++i)
+            if (nomesNaLinha_[i] == nome) return i;
         const auto achada = posicoes_.find(Maiusculas(nome));
         return achada == posicoes_.end() ? pacote_.campos.size() : achada->second;
     }
@@ -156,7 +161,10 @@ class TLeitorXml {
         std::string_view nome, valor;
         unsigned status = 0;
         atribuidos_.clear();
-        for (std::size_t esperada = 0; fichas_.Atributo(nome, valor);) {
+        for (std::size_t esperada = 0;;) {
+            while (esperada < iniciosNaLinha_.size() && fichas_.Segue(iniciosNaLinha_[esperada], valor))
+                atribuidos_.emplace_back(esperada++, valor);
+            if (!fichas_.Atributo(nome, valor)) break;
             const auto posicao = PosicaoDe(nome, esperada);
             if (posicao < pacote_.campos.size()) {
                 atribuidos_.emplace_back(posicao, valor);
@@ -166,8 +174,16 @@ class TLeitorXml {
             }
         }
         if (!todas_ && !LinhaVisivel(status)) return;
+        if (pacote_.linhas.empty()) PreveLinhas(onde);
         MontaLinha(onde);
         if (todas_) pacote_.estados.push_back(static_cast<std::uint8_t>(status));
+    }
+
+    /// As many as follow if all are as long as the one that began there.
+    void PreveLinhas(const char* onde) {
+        constexpr std::string_view kAbre = "<ROW";
+        const auto resto = fonte_->Bytes().substr(static_cast<std::size_t>(onde - fonte_->Bytes().data()));
+        pacote_.linhas.reserve(resto.size() / (kAbre.size() + static_cast<std::size_t>(fichas_.Onde() - onde)) + 1);
     }
 
     unsigned StatusDe(std::string_view texto) const {
@@ -181,12 +197,26 @@ class TLeitorXml {
     void MontaLinha(const char* onde) {
         const auto campos = pacote_.campos.size();
         orcamento_.Gasta(sizeof(TLinha) + campos * sizeof(TValor), onde);
-        TLinha linha(campos);
-        for (const auto& [posicao, valor] : atribuidos_) {
-            campoAtual_ = nomes_[posicao];
-            linha[posicao] = ValorDeXml(fonte_, colunas_[posicao], valor, posicao);
+        TLinha linha;
+        linha.reserve(campos);
+        for (const auto& atribuido : atribuidos_) {
+            const std::size_t posicao = atribuido.first;
+            const auto feito = TFeito{[&] { return Valor(posicao, atribuido.second); }};
+            if (posicao >= linha.size()) linha.resize(posicao);
+            if (posicao == linha.size())
+                linha.emplace_back(feito);
+            else
+                linha[posicao] = feito;
         }
+        linha.resize(campos);
         pacote_.linhas.push_back(std::move(linha));
+    }
+
+    TValor Valor(std::size_t posicao, std::string_view bruto) try {
+        return ValorDeXml(fonte_, colunas_[posicao], bruto, posicao);
+    } catch (const TErroTrecho&) {
+        campoAtual_ = nomes_[posicao];
+        throw;
     }
 
     std::shared_ptr<const TFontePacote> fonte_;
@@ -197,6 +227,7 @@ class TLeitorXml {
     TCodigo codigo_ = TCodigo::XmlUtf8;
     std::vector<TColunaXml> colunas_;
     std::vector<std::string_view> nomesNaLinha_;
+    std::vector<std::string> iniciosNaLinha_;  // of their attributes
     std::unordered_map<std::string, std::size_t> posicoes_;
     std::vector<std::pair<std::size_t, std::string_view>> atribuidos_;
     TDataPacket pacote_;

@@ -10,6 +10,15 @@
 
 namespace wkd {
 
+/// A value that is made where it stays: TLinha::emplace_back(TFeito{[&] { return ...; }}).
+template <class F>
+struct TFeito {
+    F faz;
+    operator TValor() const { return faz(); }
+};
+template <class F>
+TFeito(F) -> TFeito<F>;
+
 /// Exact decimal of any length: `digitos` x 10^-`escala`, at least one digit.
 struct TDigitos {
     bool negativo = false;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <iterator>
 #include <optional>
 #include <stdexcept>
@@ -152,6 +153,17 @@ std::optional<char32_t> TiraCaractere(std::string_view& texto) {
     return c;
 }
 
+/// Bytes of ASCII at the start, many at a time.
+std::size_t TamanhoDoAscii(std::string_view bytes) {
+    std::size_t tamanho = 0;
+    for (std::array<std::uint64_t, 4> bloco; tamanho + sizeof bloco <= bytes.size(); tamanho += sizeof bloco) {
+        std::memcpy(bloco.data(), bytes.data() + tamanho, sizeof bloco);
+        if ((bloco[0] | bloco[1] | bloco[2] | bloco[3]) & 0x8080808080808080ULL) break;
+    }
+    while (tamanho < bytes.size() && static_cast<unsigned char>(bytes[tamanho]) < 0x80) ++tamanho;
+    return tamanho;
+}
+
 std::optional<char> Byte1252(char32_t c) {
     if (c < 0x80 || (c >= 0xA0 && c <= 0xFF)) return static_cast<char>(c);
     const auto achado = std::find(k1252.begin(), k1252.end(), c);
@@ -162,7 +174,7 @@ std::optional<char> Byte1252(char32_t c) {
 }  // namespace
 
 bool Utf8Valido(std::string_view bytes) {
-    while (!bytes.empty())
+    while (bytes.remove_prefix(TamanhoDoAscii(bytes)), !bytes.empty())
         if (!TiraCaractere(bytes)) return false;
     return true;
 }
