@@ -46,14 +46,16 @@ TEST_F(PassesDicionarioTest, TheReportDictionaryFollowsThePackage) {
 TEST_F(PassesDicionarioTest, TheRowsAreCountedAndCopiedInOneTransactionATable) {
     const auto comandos = [this](std::string_view tipoBanco) {
         Fala(tipoBanco);
+        dm_.VerificaExisteCampo("SARQUIVO", "OBS");  // known to a run by then
         comandos_.clear();
         Dicionario_tabelas(ctx_);
         return std::vector(std::ranges::find(comandos_, "delete from trbtable"), comandos_.end());
     };
     const std::vector<std::string> inicio = {"delete from trbtable",
                                              "select count(*) as total from sarquivo",
-                                             "select * from sarquivo",
-                                             "insert into TRBTABLE (TableName, TableAlias) values (:nome, :obs)",
+                                             "insert into TRBTABLE (TableName, TableAlias) select nome_arquivo, "
+                                             "nome_arquivo from sarquivo where obs is null",
+                                             "select nome_arquivo, obs from sarquivo where obs is not null",
                                              "insert into TRBTABLE (TableName, TableAlias) values (:nome, :obs)",
                                              "insert into TRBTABLE (TableName, TableAlias) values (:nome, :obs)",
                                              "commit",

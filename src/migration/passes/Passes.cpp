@@ -210,15 +210,13 @@ void AtualizaLookupFisico(TContexto& ctx) {
 
 namespace {
 
-/// Name and text of each table; the name where there is no text.
-std::vector<TLinha> Tabelas(TConnection& conexao) {
+/// Name and text of each table that has a text; an empty one is the name.
+std::vector<TLinha> TabelasComTexto(TConnection& conexao) {
     std::vector<TLinha> linhas;
-    TWKDQuery q(conexao, "select * from sarquivo");
-    q.Open();
-    const bool temObs = IndiceDoCampo(q.Campos(), "OBS") >= 0;
-    for (; !q.Eof(); q.Next()) {
-        const TValor nome = q.Campo("Nome_arquivo");
-        const std::string obs = temObs ? q.Texto("OBS") : "";
+    TWKDQuery q(conexao, "select nome_arquivo, obs from sarquivo where obs is not null");
+    for (q.Open(); !q.Eof(); q.Next()) {
+        const TValor nome = q.Campo("nome_arquivo");
+        const std::string obs = q.Texto("obs");
         linhas.push_back({nome, obs.empty() ? nome : TValor(obs)});
     }
     return linhas;
@@ -231,18 +229,27 @@ constexpr std::string_view kInsereCampo =
 
 // Each of the two tables is emptied and filled in one transaction, so that one that cannot be filled keeps its rows.
 
+void IncluiComTexto(TConnection& conexao, IBarra& barra) {
+    TWKDQuery insercao(conexao, "insert into TRBTABLE (TableName, TableAlias) values (:nome, :obs)");
+    for (const TLinha& linha : TabelasComTexto(conexao)) {
+        barra.Posicao(barra.Posicao() + 1);
+        insercao.Param("nome", linha[0]).Param("obs", linha[1]).ExecSQL();
+    }
+}
+
+/// The server copies the tables without a text itself.
 void PreencheTabelas(TContexto& ctx) {
     TConnection& conexao = ctx.Conexao();
+    const bool temTexto = ctx.dm.VerificaExisteCampo("SARQUIVO", "OBS");
     IBarra& barra = ctx.Tela().PbGeral();
     TTransacao transacao(conexao);
     TWKDQuery(conexao, "delete from trbtable").ExecSQL();
     barra.Define(0, static_cast<int>(ContaRegistros(conexao, "select count(*) as total from sarquivo")), 1, 0);
     ctx.Tela().LblAtual("Dicionário de dados: Tabela...");
-    TWKDQuery insercao(conexao, "insert into TRBTABLE (TableName, TableAlias) values (:nome, :obs)");
-    for (const TLinha& linha : Tabelas(conexao)) {
-        barra.Posicao(barra.Posicao() + 1);
-        insercao.Param("nome", linha[0]).Param("obs", linha[1]).ExecSQL();
-    }
+    TWKDQuery(conexao, "insert into TRBTABLE (TableName, TableAlias) select nome_arquivo, nome_arquivo from sarquivo" +
+                           std::string(temTexto ? " where obs is null" : ""))
+        .ExecSQL();
+    if (temTexto) IncluiComTexto(conexao, barra);
     transacao.Commit();
 }
 
