@@ -85,7 +85,8 @@ std::filesystem::path CaminhoDoManifesto(const std::filesystem::path& arquivo) {
 
 void GravaManifesto(const TManifesto& manifesto, const std::filesystem::path& arquivo) {
     SubstituiArquivo(CaminhoDoManifesto(arquivo),
-                     EmJson(manifesto).dump(1, ' ', false, TJson::error_handler_t::replace) + "\n");
+                     EmJson(manifesto).dump(1, ' ', false, TJson::error_handler_t::replace) + "\n",
+                     TLeitores::GrupoHerdado);
 }
 
 std::optional<TManifesto> LeManifesto(const std::filesystem::path& arquivo) {

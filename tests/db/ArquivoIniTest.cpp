@@ -83,6 +83,23 @@ unsigned Modo(const std::filesystem::path& arquivo) {
     return estado.st_mode & 07777;
 }
 
+TEST_F(ArquivoIniTest, InAFolderThatHandsItsGroupOnTheGroupReadsANewFile) {
+    const std::pair<mode_t, unsigned> pastas[] = {
+        {0700, 0600}, {0770, 0600}, {0775, 0600}, {02770, 0640}, {02775, 0640}};
+    for (const auto& [daPasta, doArquivo] : pastas) {
+        SCOPED_TRACE(daPasta);
+        const TPastaTemporaria pasta;
+        ASSERT_EQ(chmod(pasta.Caminho().c_str(), daPasta), 0);
+        TArquivoIni ini(pasta / "WKD.ini");
+        for (const unsigned modo : {doArquivo, 0600u}) {  // then one that somebody closed
+            ini.Grava("A", "x", "1");
+            ini.Salva();
+            EXPECT_EQ(Modo(pasta / "WKD.ini"), modo);
+            chmod((pasta / "WKD.ini").c_str(), 0600);
+        }
+    }
+}
+
 TEST_F(ArquivoIniTest, ANewFileIsPrivateAndAnOldOneKeepsItsModeAndItsLink) {
     TArquivoIni novo(caminho_);
     novo.Grava("A", "x", "1");

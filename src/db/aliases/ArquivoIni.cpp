@@ -235,7 +235,7 @@ bool TArquivoIni::ApagaSecao(std::string_view secao) {
 
 void TArquivoIni::Salva() const {
     try {
-        SubstituiArquivo(SemLinks(caminho_), Bytes());
+        SubstituiArquivo(SemLinks(caminho_), Bytes(), TLeitores::GrupoHerdado);
     } catch (const std::exception& erro) {
         throw TErroConfiguracao("Não foi possível gravar o arquivo \"" + caminho_.string() + "\": " + erro.what());
     }

@@ -67,7 +67,7 @@ TArquivo AbreEscrito(const fs::path& caminho) {
     return Abre(caminho, GENERIC_READ | GENERIC_WRITE, OPEN_EXISTING, "r+b");
 }
 bool CopiaPermissoes(const fs::path&, std::FILE*) { return true; }  // inherited from the folder
-void AbreAoGrupo(const fs::path&, std::FILE*) {}
+void AbreAoGrupo(const fs::path&, std::FILE*, TLeitores, unsigned) {}
 bool LinkDeConfianca(const fs::path&) { return true; }  // making one takes an administrator
 
 void PastaNoDisco(const fs::path&) {}
@@ -121,13 +121,14 @@ bool CopiaPermissoes(const fs::path& de, std::FILE* para) {
 }
 
 /// Whoever is not of that group cannot give the file to it, and keeps it.
-void AbreAoGrupo(const fs::path& pasta, std::FILE* arquivo) {
+void AbreAoGrupo(const fs::path& pasta, std::FILE* arquivo, TLeitores leitores, unsigned direitos) {
     struct stat daPasta {
     }, doArquivo{};
     const int descritor = fileno(arquivo);
-    if (stat(pasta.c_str(), &daPasta) != 0 || (daPasta.st_mode & (S_ISGID | S_IWGRP)) == 0) return;
+    const mode_t sinais = leitores == TLeitores::GrupoDaPasta ? S_ISGID | S_IWGRP : S_ISGID;
+    if (stat(pasta.c_str(), &daPasta) != 0 || (daPasta.st_mode & sinais) == 0) return;
     if (fchown(descritor, static_cast<uid_t>(-1), daPasta.st_gid) != 0 || fstat(descritor, &doArquivo) != 0) return;
-    fchmod(descritor, (doArquivo.st_mode & 07777) | S_IRGRP);
+    fchmod(descritor, (doArquivo.st_mode & 07777) | direitos);
 }
 
 /// Makes the rename itself survive a power cut.
@@ -139,10 +140,14 @@ void PastaNoDisco(const fs::path& pasta) {
 }
 #endif
 
+constexpr unsigned kGrupoLe = 040;
+
 void Escreve(const fs::path& destino, const fs::path& temporario, TArquivo arquivo, std::string_view bytes,
              TLeitores leitores) {
+    const bool novo = !fs::exists(fs::symlink_status(destino));
     if (!CopiaPermissoes(destino, arquivo.get())) Falha(destino);
-    if (leitores == TLeitores::GrupoDaPasta) AbreAoGrupo(destino.parent_path(), arquivo.get());
+    if (leitores == TLeitores::GrupoDaPasta || (leitores == TLeitores::GrupoHerdado && novo))
+        AbreAoGrupo(destino.parent_path(), arquivo.get(), leitores, kGrupoLe);
     const bool escrito = std::fwrite(bytes.data(), 1, bytes.size(), arquivo.get()) == bytes.size() &&
                          std::fflush(arquivo.get()) == 0 && NoDisco(arquivo.get());
     if (!escrito) Falha(temporario);
@@ -218,7 +223,8 @@ TArquivo AbreParaLer(const fs::path& caminho, bool porLink) {
 TArquivo AbreParaAcrescentar(const fs::path& caminho) {
     const int descritor = open(caminho.c_str(), O_RDWR | O_APPEND | O_CREAT | O_NOFOLLOW | kSempre, 0600);
     TArquivo arquivo = Comum(caminho, descritor, "a+b", 1);
-    fchmod(descritor, 0600);  // somebody else's stays as it is
+    if (fchmod(descritor, 0600) == 0)  // somebody else's stays as it is
+        AbreAoGrupo(fs::absolute(caminho).parent_path(), arquivo.get(), TLeitores::GrupoHerdado, S_IRGRP | S_IWGRP);
     return arquivo;
 }
 #endif

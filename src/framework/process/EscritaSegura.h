@@ -29,7 +29,8 @@ std::string LeArquivoInteiro(const std::filesystem::path& caminho, bool porLink 
 TArquivo CriaArquivo(const std::filesystem::path& caminho);
 /// The same without taking anything away: null where the name is taken, so that one of two who want it gets it.
 TArquivo CriaSeNaoHa(const std::filesystem::path& caminho);
-/// For adding at the end, and reading; for its owner alone when it is new or ours.
+/// For adding at the end, and reading. When it is new or ours it is for its owner and, in a folder that hands its group
+/// on (setgid), for that group, whose members may add to it, too.
 TArquivo AbreParaAcrescentar(const std::filesystem::path& caminho);
 
 /// A stream into an open file. A failed write loses what was not flushed, and nothing else.
@@ -56,8 +57,8 @@ class TSaidaEmArquivo : public std::ostream {
 };
 
 /// Who may read a file beside its owner: nobody, or the group of its folder, where that group may write there or hands
-/// itself on to what is made in it (setgid).
-enum class TLeitores { Nenhum, GrupoDaPasta };
+/// itself on to what is made in it (setgid); of what holds secrets only where it hands itself on, and when it is new.
+enum class TLeitores { Nenhum, GrupoDaPasta, GrupoHerdado };
 
 /// Writes a file beside `caminho`, down to the disk, and renames it over: a crash leaves the old content or the new
 /// one. A link is replaced, not followed. The old file's mode and owner stay; a new file is for its owner and
