@@ -75,7 +75,26 @@ class TDialogosDeTeste : public IDialogos {
 /// whose alias LOJA opens the one and whose alias QUEBRADO opens nothing.
 class TInstalacao {
   public:
-    TInstalacao() {
+    TInstalacao() { Instala(); }
+    /// In the temporary folder of this name.
+    explicit TInstalacao(const std::string& pasta) : pasta_(pasta) { Instala(); }
+
+    std::filesystem::path Pacote() const { return pasta_ / "pacote.zip"; }
+    std::filesystem::path Pasta() const { return pasta_.Caminho(); }
+    TAliases Aliases() const { return TAliases(pasta_ / "WKD.ini"); }
+    TAmbiente Ambiente() const {
+        return {Pasta(), Pasta(), pasta_ / "naocria.wkd", {Pasta(), pasta_ / "opt", pasta_ / "nenhum.ini"}, Pasta()};
+    }
+    /// A connection of its own to the alias's database.
+    std::unique_ptr<THBNConnection> Conexao() const {
+        auto conexao = std::make_unique<THBNConnection>(Aliases());
+        conexao->SetAlias("LOJA");
+        conexao->Open();
+        return conexao;
+    }
+
+  private:
+    void Instala() {
         const std::filesystem::path exemplos = WKD_EXEMPLOS;
         const std::string banco = "'" + (pasta_ / "loja.fdb").string() + "'";
         Roda("echo \"create database " + banco + " page_size 8192 default character set WIN1252;\" | isql-fb -q");
@@ -101,21 +120,6 @@ class TInstalacao {
         aliases.AdicionaAlias(alias, false);
     }
 
-    std::filesystem::path Pacote() const { return pasta_ / "pacote.zip"; }
-    std::filesystem::path Pasta() const { return pasta_.Caminho(); }
-    TAliases Aliases() const { return TAliases(pasta_ / "WKD.ini"); }
-    TAmbiente Ambiente() const {
-        return {Pasta(), Pasta(), pasta_ / "naocria.wkd", {Pasta(), pasta_ / "opt", pasta_ / "nenhum.ini"}, Pasta()};
-    }
-    /// A connection of its own to the alias's database.
-    std::unique_ptr<THBNConnection> Conexao() const {
-        auto conexao = std::make_unique<THBNConnection>(Aliases());
-        conexao->SetAlias("LOJA");
-        conexao->Open();
-        return conexao;
-    }
-
-  private:
     static void Roda(const std::string& comando) {
         if (std::system(comando.c_str()) != 0) throw std::runtime_error(comando);
     }

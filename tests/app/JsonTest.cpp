@@ -141,6 +141,17 @@ TFormas Historicos(const TLoja& loja) {
     return {loja.Diz({"--historico", "--json"})};
 }
 
+TFormas Rejeitadas(const TLoja& loja) {
+    NoPacote(loja, "SAtrib.WKD", kHistorico, "NOME=\"HISTORICO\" TIPO=\"ftInteger\" TAMANHO=\"0\"");
+    loja.Banco()->ExecuteDirect("update TFORNECE set OBS = 'x'");
+    EXPECT_EQ(loja.Roda({"LOJA;", "pacote.zip", "--completo"}).codigo, 1);
+    EXPECT_EQ(loja.Roda({"--repoe", "LOJA"}).codigo, 1);
+    TFormas linhas;
+    std::istringstream arquivo(loja.Arquivo("AtualizaWKD.rejeitados.jsonl"));
+    for (std::string linha; std::getline(arquivo, linha);) linhas.push_back(TJson::parse(linha));
+    return linhas;
+}
+
 TFormas Inventarios(const TLoja& loja) {
     NoPacote(loja, "SAtrib.WKD", "CHAVE_DE_PESQUISA=\"0\"",
              "CALCULO=\"A+B\" VALOR_PADRAO=\"1\" CHAVE_DE_PESQUISA=\"0\"");
@@ -152,6 +163,7 @@ TFormas Inventarios(const TLoja& loja) {
 struct TForma {
     const char* secao;
     std::function<TFormas(const TLoja&)> formas;
+    TJson formato = 1;
 };
 
 TEST(Json, EveryFieldIsDocumentedAndEveryDocumentedFieldComes) {
@@ -165,6 +177,7 @@ TEST(Json, EveryFieldIsDocumentedAndEveryDocumentedFieldComes) {
         {"Ensaio", Ensaios},
         {"Manifesto do backup", Manifestos},
         {"Histórico", Historicos},
+        {"Linhas rejeitadas", Rejeitadas, TJson()},
         {"PacoteWKD mostra", Inventarios},
         {"PacoteWKD confere",
          [](auto& loja) {
@@ -187,7 +200,7 @@ TEST(Json, EveryFieldIsDocumentedAndEveryDocumentedFieldComes) {
         const TSecao& secao = documento.at(forma.secao);
         TCampos vindos;
         for (const auto& json : forma.formas(TLoja())) {
-            EXPECT_EQ(json.at("formato"), 1);
+            EXPECT_EQ(json.value("formato", TJson()), forma.formato);
             Junta(secao, json, "", vindos);
         }
         EXPECT_EQ(Faltam(vindos, secao.campos), "") << "come and are not documented";

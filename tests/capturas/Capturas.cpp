@@ -12,6 +12,9 @@
 #include "../app/JanelaApoio.h"
 #include "Portas.h"
 #include "commands/Preferencias.h"
+#include "report/Historico.h"
+#include "report/RelatorioDaExecucao.h"
+#include "values/TextoDeData.h"
 #include "widgets/Dialogos.h"
 #include "widgets/EstiloAmetista.h"
 
@@ -28,6 +31,12 @@ class TCapturas {
         const QString arquivo = pasta_ + "/" + nome + ".png";
         if (!controle.grab().save(arquivo)) throw std::runtime_error("cannot write " + S(arquivo));
         std::cout << S(arquivo) << '\n';
+        guardadas_ += nome;
+    }
+    /// What a moment was waited for that did not come has no picture.
+    void Exige(const QStringList& nomes) const {
+        for (const QString& nome : nomes)
+            if (!guardadas_.contains(nome)) throw std::runtime_error("no picture " + S(nome));
     }
     /// The dialog that `abre` opens, which is closed again.
     void Guarda(const QString& nome, const std::function<void()>& abre) {
@@ -45,6 +54,7 @@ class TCapturas {
   private:
     TJanelaDeTeste& janela_;
     QString pasta_;
+    QStringList guardadas_;
 };
 
 /// Chooses an alias as from the list.
@@ -80,10 +90,16 @@ void FotografaEspera(const TInstalacao& instalacao, TJanelaDeTeste& janela, TCap
 }
 
 void Fotografa(const QString& pasta) {
-    TInstalacao instalacao;
+    TInstalacao instalacao("loja");
+    TEvidencia anterior;
+    anterior.alias = "LOJA";
+    anterior.pacote = "/pacotes/versao-7.16.zip";
+    anterior.inicio = anterior.fim = LeDataHora("2026-08-03T09:12:00").value();
+    anterior.termino = TFimDaAtualizacao::Concluida;
+    GuardaNoHistorico(anterior, RelatorioEmJson(anterior), RelatorioEmHtml(anterior), instalacao.Pasta());
     instalacao.Conexao()->ExecuteDirect("update csenha set flag1 = 1");
     instalacao.Conexao()->ExecuteDirect(
-        "execute block as declare i integer = 0; begin while (i < 120000) do begin insert into TCONTAS_REC (DOCUMENTO, "
+        "execute block as declare i integer = 0; begin while (i < 700000) do begin insert into TCONTAS_REC (DOCUMENTO, "
         "PARCELA, VALOR) values ('N' || :i, 1, :i); i = i + 1; end end");
     TJanelaDeTeste janela(instalacao, {"LOJA;nobkp", {}});
     TCapturas capturas(janela, pasta);
@@ -149,6 +165,7 @@ void Fotografa(const QString& pasta) {
     capturas.Guarda("abrir", [&] { dialogos.ArquivoParaAbrir(); });
     capturas.Guarda("salvar", [&] { dialogos.ArquivoParaGravar("AtualizaQueryErro.log", {}); });
     capturas.Guarda("pasta", [&] { dialogos.Pasta({}); });
+    capturas.Exige({"conectando", "backup-andamento", "andamento"});
 }
 
 }  // namespace

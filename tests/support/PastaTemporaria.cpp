@@ -15,6 +15,10 @@ TPastaTemporaria::TPastaTemporaria() {
     throw std::runtime_error("no temporary folder could be made");
 }
 
+TPastaTemporaria::TPastaTemporaria(const std::string& nome) : caminho_(std::filesystem::temp_directory_path() / nome) {
+    if (!std::filesystem::create_directory(caminho_)) throw std::runtime_error(caminho_.string() + " is there already");
+}
+
 TPastaTemporaria::~TPastaTemporaria() {
     std::error_code ignorado;
     std::filesystem::remove_all(caminho_, ignorado);

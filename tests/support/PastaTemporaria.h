@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <string>
 
 namespace wkd {
 
@@ -8,6 +9,8 @@ namespace wkd {
 class TPastaTemporaria {
   public:
     TPastaTemporaria();
+    /// Of this name, which must be free.
+    explicit TPastaTemporaria(const std::string& nome);
     ~TPastaTemporaria();
     TPastaTemporaria(const TPastaTemporaria&) = delete;
     TPastaTemporaria& operator=(const TPastaTemporaria&) = delete;
