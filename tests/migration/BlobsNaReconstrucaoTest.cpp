@@ -123,9 +123,12 @@ TEST_P(BlobsNaReconstrucao, ComeBackByteByByteWhenInterruptedToo) {
             SCOPED_TRACE(std::string(peloCliente ? "client, " : "server, ") + (chave == 1 ? "key" : "no key"));
             TBancoDeBlobs banco(GetParam(), chave, peloCliente);
             ASSERT_EQ(banco.Diferentes("TCLI", Colunas()), std::vector<std::string>());
-            int insercoes = 0;
+            bool guardou = false, confirmou = false;
             banco.Conexao().Observa([&](std::string_view sql) {
-                if (Insere(sql, "TCLI") && ++insercoes > (peloCliente ? 13 : 1)) throw 0;
+                confirmou = confirmou || (guardou && sql == "commit");
+                if (!Insere(sql, "TCLI")) return;
+                if (confirmou) throw 0;
+                guardou = true;
             });
             EXPECT_THROW(banco.Reconstroi(), int);
             banco.Conexao().Observa({});

@@ -53,6 +53,26 @@ TEST(CopiaTest, BackupCommitsEvery100RowsAndRestoreEvery11) {
     }
 }
 
+TEST(CopiaTest, RowsThatPassTheClientAreNoStatementEach) {
+    for (const bool cabem : {true, false}) {
+        TBancoDaCopia banco(250);
+        banco.Executa("update TCLI set NOME = CODIGO");
+        if (!cabem) banco.Executa("update TCLI set NOME = 'sete' where CODIGO = 7");
+        banco.Pacote("TCLI", {{"CODIGO", "ftInteger", 0, 1}, {"NOME", "ftInteger"}});
+        int comandos = 0, commits = 0;
+        banco.Conexao().Observa([&](std::string_view sql) {
+            comandos += Insere(sql, "TCLI");
+            commits += comandos > 0 && sql == "commit";
+        });
+        banco.Reconstroi();
+        EXPECT_EQ(comandos, cabem ? 23 : 22 + 11) << "one a batch; of one with an unfit row, its rows";
+        EXPECT_GE(commits, 23);
+        EXPECT_EQ(banco.Le("select count(*), sum(iif(NOME = CODIGO, 1, 0)) from TCLI"), cabem ? "250|250" : "250|249");
+        EXPECT_EQ(banco.Rejeitados().find("sete") != std::string::npos, !cabem);
+        EXPECT_EQ(banco.Le("select count(*) from (select 1 as N from TCLI group by rdb$record_version) lotes"), "23");
+    }
+}
+
 /// What a rebuild, or a loop, costs the database.
 struct TCusto {
     std::int64_t transacoes = 0, paginas = 0;  // begun, and written

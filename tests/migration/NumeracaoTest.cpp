@@ -58,10 +58,8 @@ TEST(NumeracaoTest, AResumedRestoreGoesOnWithTheNumbers) {
         SCOPED_TRACE(valor.tipo);
         TBancoNumerado banco({"", {Numero(1), kNome, valor}}, 40);
         int lotes = 0;
-        const int paraEm = valor.tipo == "ftFloat" ? 25 : 3;  // a statement a row, or one a batch
         banco.Conexao().Observa([&](std::string_view sql) {
-            if (Insere(sql, "TNUM") && ++lotes == paraEm)
-                throw TErroBanco({"caiu", 0, "08006", "", TFalha::Conexao, true});
+            if (Insere(sql, "TNUM") && ++lotes == 3) throw TErroBanco({"caiu", 0, "08006", "", TFalha::Conexao, true});
         });
         EXPECT_THROW(banco.Reconstroi(), TErroBanco);
         banco.Conexao().Observa({});

@@ -102,6 +102,18 @@ std::string TDialeto::ApagaColuna(std::string_view tabela, std::string_view colu
     return "alter table " + std::string(tabela) + " drop column " + std::string(coluna);
 }
 
+std::string TDialeto::InsereLinhas(std::string_view tabela, const std::vector<TColunaFisica>& colunas,
+                                   std::size_t linhas) const {
+    std::vector<std::string> nomes, valores;
+    for (const auto& coluna : colunas) nomes.push_back(Identificador(coluna.nome));
+    for (std::size_t linha = 0, parametro = 0; linha < linhas; ++linha) {
+        std::vector<std::string> daLinha;
+        for (const auto& coluna : colunas) daLinha.push_back(EmBytes(coluna, ":P" + std::to_string(parametro++)));
+        valores.push_back("(" + Junta(daLinha, ", ") + ")");
+    }
+    return "insert into " + std::string(tabela) + " (" + Junta(nomes, ", ") + ") values " + Junta(valores, ", ");
+}
+
 std::string TDialeto::EmBytes(const TColunaFisica& /*coluna*/, const std::string& valor) const { return valor; }
 
 std::string TDialeto::Agrupavel(const TColunaFisica& coluna) const { return Identificador(coluna.nome); }

@@ -89,6 +89,12 @@ class TDialeto {
     /// Name of the table that shows whether the server takes a CREATE TABLE; empty where preparing it shows it.
     virtual std::string NomeDeEnsaio(std::string_view /*tabela*/) const { return ""; }
 
+    /// Statement that stores so many rows in these columns, all of them or none, of parameters row by row.
+    virtual std::string InsereLinhas(std::string_view tabela, const std::vector<TColunaFisica>& colunas,
+                                     std::size_t linhas) const;
+    /// Rows of these columns that such a statement takes, more or less; 1 where it stores no more.
+    virtual std::size_t LinhasPorInsercao(const std::vector<TColunaFisica>& /*colunas*/) const { return 1; }
+
     // Expressions
     virtual std::string Caracteres(const std::string& texto) const { return "char_length(" + texto + ")"; }
     virtual std::string Bytes(const std::string& valor) const { return "octet_length(" + valor + ")"; }

@@ -62,6 +62,37 @@ std::string TDialetoFirebird::Trecho(const std::string& texto, int de, int letra
     return "substring(" + texto + " from " + std::to_string(de) + " for " + std::to_string(letras) + ")";
 }
 
+/// A block, since an insert stores one row. Its parameters have the columns' types, as those of an insert.
+std::string TDialetoFirebird::InsereLinhas(std::string_view tabela, const std::vector<TColunaFisica>& colunas,
+                                           std::size_t linhas) const {
+    std::vector<std::string> nomes, parametros;
+    for (const auto& coluna : colunas) nomes.push_back(Identificador(coluna.nome));
+    const std::string inicio = "insert into " + std::string(tabela) + " (" + Junta(nomes, ",") + ") values (";
+    std::string corpo;
+    for (std::size_t linha = 0; linha < linhas; ++linha) {
+        std::vector<std::string> valores;
+        for (const auto& coluna : colunas) {
+            const std::string p = "P" + std::to_string(parametros.size());
+            parametros.push_back(p + " " + (Longa(coluna) ? "blob sub_type 0" : coluna.tipoSql) + "=:" + p);
+            valores.push_back(":" + p);
+        }
+        corpo += inicio + Junta(valores, ",") + "); ";
+    }
+    return "execute block (" + Junta(parametros, ",") + ") as begin " + corpo + "end";
+}
+
+/// Of a block, the parameters have 64 KB, and so has what it is compiled to; a short blob goes among them.
+std::size_t TDialetoFirebird::LinhasPorInsercao(const std::vector<TColunaFisica>& colunas) const {
+    constexpr std::size_t kBytes = 60'000, kInsercoes = 200, kDoBlob = 1040, kDeOutro = 24, kCompilada = 48;
+    std::size_t valores = 1, compilada = 1;
+    for (const auto& coluna : colunas) {
+        const bool texto = coluna.tipo == TTipoDado::Texto || coluna.tipo == TTipoDado::Bytes;
+        valores += Longa(coluna) ? kDoBlob : kDeOutro + (texto ? 4 * static_cast<std::size_t>(coluna.tamanho) : 0);
+        compilada += kCompilada + coluna.nome.size();
+    }
+    return std::min({kInsercoes, kBytes / valores, kBytes / compilada});
+}
+
 std::string TDialetoFirebird::EmBytes(const TColunaFisica& coluna, const std::string& valor) const {
     return coluna.tipo == TTipoDado::Memo ? "cast(" + valor + " as blob sub_type 0)" : valor;
 }

@@ -19,6 +19,9 @@ class TDialetoFirebird : public TDialeto {
     std::string ApagaColuna(std::string_view tabela, std::string_view coluna) const override;
     std::string Trecho(const std::string& texto, int de, int letras) const override;
     std::string Emenda(const std::string& um, const std::string& outro) const override { return um + " || " + outro; }
+    std::string InsereLinhas(std::string_view tabela, const std::vector<TColunaFisica>& colunas,
+                             std::size_t linhas) const override;
+    std::size_t LinhasPorInsercao(const std::vector<TColunaFisica>& colunas) const override;
     std::string EmBytes(const TColunaFisica& coluna, const std::string& valor) const override;
     std::string ComoEsta(const TColunaFisica& coluna) const override;
     std::string Agrupavel(const TColunaFisica& coluna) const override;

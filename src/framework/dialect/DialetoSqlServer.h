@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+
 #include "dialect/Dialeto.h"
 
 namespace wkd {
@@ -15,6 +17,10 @@ class TDialetoSqlServer : public TDialeto {
     std::string DispensaValor(std::string_view tabela, const TColunaFisica& coluna) const override;
     std::string ColunaCalculada(const TColunaFisica& coluna) const override;
     std::string NomeDeEnsaio(std::string_view tabela) const override;
+    /// It takes 1,000 rows and 2,100 parameters.
+    std::size_t LinhasPorInsercao(const std::vector<TColunaFisica>& colunas) const override {
+        return colunas.empty() ? 1 : std::min<std::size_t>(1000, 2000 / colunas.size());
+    }
     std::string Caracteres(const std::string& texto) const override;
     std::string Bytes(const std::string& valor) const override { return "datalength(" + valor + ")"; }
     std::string Trecho(const std::string& texto, int de, int letras) const override;

@@ -94,20 +94,25 @@ TResultadoDaCopia TCopiaDeLinhas::Executa(std::int64_t linhas) {
     ctx_.evidencia.copias.registros += resultado_.gravadas;
     ctx_.evidencia.copias.commitsComMuitas += (resultado_.gravadas + kMuitasPorCommit - 1) / kMuitasPorCommit;
     servidor_.reset();
+    bloco_.reset();
     insere_.reset();
     return std::move(resultado_);
 }
 
 void TCopiaDeLinhas::PeloCliente() {
+    std::vector<TColunaFisica> destino;
+    for (const auto& coluna : colunas_) destino.push_back(coluna.destino);
+    bloco_ = std::make_unique<TInsercaoEmBloco>(ctx_.Conexao(), copia_.destino, destino, copia_.linhasPorLote);
     const auto cursor = ctx_.Conexao().Prepara("select " + ListaDaOrigem(colunas_, ctx_.Dialeto()) + " from " +
                                                (copia_.fonte.empty() ? copia_.origem + copia_.condicao : copia_.fonte));
     cursor->Abre();
     for (std::int64_t feita = 0; feita < copia_.pula && cursor->Proximo();) ++feita;
     for (; cursor->Proximo(); Avanca()) {
         Anuncia();
-        TLinha valores = Le(*cursor);
-        if (!transacao_) transacao_.emplace(ctx_.Conexao());
-        if (Guardada([&] { return Posta(valores); })) PoeNoLote({Numero(), {}, std::move(valores)});
+        TLinhaDoLote linha{Numero(), {}, Le(*cursor)};
+        if (!Guardada([&] { return Arruma(linha.valores) && (PeloBloco() || Posta(linha.valores)); })) continue;
+        aEnviar_ += PeloBloco();
+        PoeNoLote(std::move(linha));
     }
 }
 
@@ -118,8 +123,8 @@ void TCopiaDeLinhas::PeloServidor() {
         Anuncia();
         TLinhaDoLote linha{Numero(), servidor_->Chave(), {}};
         const bool peloServidor = servidor_->VaiComoEsta();
-        if (!peloServidor) EnviaAoServidor();
-        aoServidor_ += peloServidor;
+        if (!peloServidor) Envia();
+        aEnviar_ += peloServidor;
         if (peloServidor || Guardada([&] { return Refaz(linha); })) PoeNoLote(std::move(linha));
     }
 }
@@ -133,7 +138,7 @@ void TCopiaDeLinhas::Anuncia() {
 void TCopiaDeLinhas::PoeNoLote(TLinhaDoLote linha) {
     for (const TValor& valor : linha.valores) bytesNoLote_ += BytesAqui(valor);
     lote_.push_back(std::move(linha));
-    if (aoServidor_ == kLinhasPorComando) EnviaAoServidor();
+    if (aEnviar_ == (servidor_ ? kLinhasPorComando : bloco_->Lugares())) Envia();
 }
 
 void TCopiaDeLinhas::Avanca() {
@@ -143,21 +148,31 @@ void TCopiaDeLinhas::Avanca() {
 }
 
 /// What the server refuses as a whole is done row by row, so that only an unfit row is missing.
-void TCopiaDeLinhas::EnviaAoServidor() {
-    if (aoServidor_ == 0) return;
+void TCopiaDeLinhas::Envia() {
+    if (aEnviar_ == 0) return;
     ExigeEspacoEmDisco(ctx_);
-    const std::size_t primeira = lote_.size() - std::exchange(aoServidor_, 0);
+    const std::size_t primeira = lote_.size() - std::exchange(aEnviar_, 0);
     if (!transacao_) transacao_.emplace(ctx_.Conexao());
-    std::string chaves;
-    for (std::size_t i = primeira; i < lote_.size(); ++i) chaves += lote_[i].chave;
     try {
-        servidor_->Copia(chaves, renumeracao_);
-        return;
+        return EnviaJuntas(primeira);
     } catch (const TErroBanco& falha) {
         if (falha.ConexaoPerdida()) throw;
-    } catch (const TErroConversao&) {  // a value that every row gets
+    } catch (const TErroConversao&) {
     }
     FicamNoLote(primeira, [this](TLinhaDoLote& linha) { return Refaz(linha); });
+}
+
+void TCopiaDeLinhas::EnviaJuntas(std::size_t primeira) {
+    std::string chaves;
+    std::vector<const TLinha*> linhas;
+    for (std::size_t i = primeira; i < lote_.size(); ++i) {
+        chaves += lote_[i].chave;
+        linhas.push_back(&lote_[i].valores);
+    }
+    if (servidor_)
+        servidor_->Copia(chaves, renumeracao_);
+    else
+        bloco_->Grava(linhas);
 }
 
 /// Of the batch from `primeira` on, the rows that `guarda` stores; each is asked once, in its turn.
@@ -184,10 +199,10 @@ bool TCopiaDeLinhas::Guardada(TGuarda&& guarda) {
     }
 }
 
-/// Stores one row of the source by the client, in the open transaction.
+/// Stores one row by itself, in the open transaction; one that the server should have moved is read first.
 bool TCopiaDeLinhas::Refaz(TLinhaDoLote& linha) {
-    linha.valores = LePelaChave(linha.chave);
-    if (!transacao_) transacao_.emplace(ctx_.Conexao());
+    if (servidor_) linha.valores = LePelaChave(linha.chave);
+    if (servidor_ && !Arruma(linha.valores)) return false;
     return Posta(linha.valores);
 }
 
@@ -222,20 +237,26 @@ void TCopiaDeLinhas::AplicaRegras(TLinha& linha) {
     }
 }
 
-/// True when the row is stored in the open transaction. A failed statement is undone by the server alone, so it is
-/// tried a second time, without the values that the target cannot hold.
-bool TCopiaDeLinhas::Posta(TLinha& linha) {
-    TErro erro;
-    bool incompleta = false;
+/// False for a row whose numbered column holds what is no number.
+bool TCopiaDeLinhas::Arruma(TLinha& linha) {
     try {
         AplicaRegras(linha);
+        return true;
     } catch (const TErroConversao& falha) {
         RejeitaLinha(linha, falha.Dados());
         return false;
     }
+}
+
+/// True when the row is stored in the open transaction. A failed statement is undone by the server alone, so it is
+/// tried a second time, without the values that the target cannot hold.
+bool TCopiaDeLinhas::Posta(TLinha& linha) {
+    if (!transacao_) transacao_.emplace(ctx_.Conexao());
+    TErro erro;
+    bool incompleta = false;
     for (int tentativa = 1; tentativa <= kTentativas; ++tentativa) {
         try {
-            Envia(linha);
+            Insere(linha);
             resultado_.incompletas += incompleta;
             return true;
         } catch (const TErroBanco& falha) {
@@ -250,7 +271,7 @@ bool TCopiaDeLinhas::Posta(TLinha& linha) {
     return false;
 }
 
-void TCopiaDeLinhas::Envia(const TLinha& linha) {
+void TCopiaDeLinhas::Insere(const TLinha& linha) {
     for (std::size_t i = 0; i < linha.size(); ++i) insere_->Atribui(i, linha[i]);
     insere_->Executa();
 }
@@ -271,7 +292,7 @@ bool TCopiaDeLinhas::IsolaCampos(TLinha& linha) {
 }
 
 void TCopiaDeLinhas::FechaLote() {
-    EnviaAoServidor();
+    Envia();
     if (!transacao_) return;
     ExigeEspacoEmDisco(ctx_);
     try {
@@ -310,7 +331,7 @@ bool TCopiaDeLinhas::GravaSozinha(TLinhaDoLote& linha) {
     for (int tentativa = 1; tentativa <= kTentativas; ++tentativa) {
         try {
             TTransacao transacao(ctx_.Conexao());
-            Envia(linha.valores);
+            Insere(linha.valores);
             Conta(linha.numero);
             transacao.Commit();
             return true;

@@ -11,6 +11,7 @@
 #include "context/Contexto.h"
 #include "copy/ColunasDaCopia.h"
 #include "copy/CopiaNoServidor.h"
+#include "copy/InsercaoEmBloco.h"
 #include "copy/Rejeitados.h"
 
 namespace wkd {
@@ -38,7 +39,7 @@ struct TResultadoDaCopia {
 
 /// Rows on their way from a table to its backup or back. A commit every `linhasPorLote` rows keeps memory flat and
 /// whole batches behind an interruption. Rows that change nothing on their way are moved by the server alone where it
-/// can; the others pass through here, each in its turn. What the server refuses is done again row by row.
+/// can; the others pass through here, and go to the server in blocks. What the server refuses is done again row by row.
 ///
 /// A value that the target cannot hold is left out of its row, and a row that the server refuses twice out of the
 /// copy; both go to the rejects file, and are shown: the first ones each by itself, the rest as a number. A batch whose
@@ -66,7 +67,9 @@ class TCopiaDeLinhas {
     void Anuncia();
     void PoeNoLote(TLinhaDoLote linha);
     void Avanca();
-    void EnviaAoServidor();
+    bool PeloBloco() const { return bloco_ && bloco_->Lugares() > 1; }
+    void Envia();
+    void EnviaJuntas(std::size_t primeira);
     template <class TGuarda>
     void FicamNoLote(std::size_t primeira, TGuarda&& guarda);
     bool Refaz(TLinhaDoLote& linha);
@@ -76,8 +79,9 @@ class TCopiaDeLinhas {
     TLinha Le(TComando& linha);
     TValor LeCampo(TComando& linha, const TColunaDaCopia& coluna);
     void AplicaRegras(TLinha& linha);
+    bool Arruma(TLinha& linha);
     bool Posta(TLinha& linha);
-    void Envia(const TLinha& linha);
+    void Insere(const TLinha& linha);
     bool IsolaCampos(TLinha& linha);
     void FechaLote();
     void Confirma();
@@ -99,10 +103,11 @@ class TCopiaDeLinhas {
     TRejeitados rejeitados_;
     TResultadoDaCopia resultado_;
     std::unique_ptr<TCopiaNoServidor> servidor_;
+    std::unique_ptr<TInsercaoEmBloco> bloco_;
     std::unique_ptr<TComando> insere_;
     std::optional<TTransacao> transacao_;
     std::vector<TLinhaDoLote> lote_;  // not yet committed
-    std::size_t aoServidor_ = 0;      // of them, at the end: not yet sent
+    std::size_t aEnviar_ = 0;         // of them, at the end: not yet sent
     std::size_t bytesNoLote_ = 0;     // that their values take on this machine
     std::int64_t mostrados_ = 0, calados_ = 0;
 };
