@@ -73,6 +73,26 @@ TEST(CopiaTest, RowsThatPassTheClientAreNoStatementEach) {
     }
 }
 
+/// Every second name and the first ten numbers are missing.
+TEST(CopiaTest, WhatTheServerCompletesIsNoStatementEach) {
+    TBancoDaNova banco;
+    banco.Guardada("TCLI", {{"CODIGO", "ftInteger"}, {"NOME", "ftString", 20}});
+    banco.Executa("create table TCLI (CODIGO integer, NOME varchar(20))");
+    banco.Executa(
+        "execute block as declare i integer = 0; begin while (i < 250) do begin i = i + 1; insert into TCLI values"
+        " (iif(:i <= 10, iif(mod(:i, 2) = 0, 0, null), :i), iif(mod(:i, 2) = 0, 'nome', null)); end end");
+    banco.Pacote("TCLI", {{"CODIGO", "ftInteger", 0, 1, "", 0, 1}, {"NOME", "ftString", 20, 1}});
+    int comandos = 0;
+    banco.Conexao().Observa([&](std::string_view sql) { comandos += Insere(sql, "TCLI"); });
+    banco.Reconstroi();
+    EXPECT_EQ(comandos, 23) << "one a batch";
+    EXPECT_EQ(banco.Le("select count(distinct CODIGO), min(CODIGO), max(CODIGO) from TCLI"), "250|1|250");
+    EXPECT_EQ(banco.Le("select NOME, count(*) from TCLI group by NOME"), "0|125;nome|125");
+    EXPECT_EQ(banco.Le("select first 4 CODIGO, NOME from TCLI"), "1|0;2|nome;3|0;4|nome");
+    EXPECT_TRUE(banco.tela_.memo2.empty()) << Junta(banco.tela_.memo2, "\n");
+    EXPECT_EQ(banco.Le("select VERSAO from SARQUIVO"), "2");
+}
+
 /// What a rebuild, or a loop, costs the database.
 struct TCusto {
     std::int64_t transacoes = 0, paginas = 0;  // begun, and written

@@ -109,7 +109,7 @@ void TCopiaDeLinhas::PeloCliente() {
     for (std::int64_t feita = 0; feita < copia_.pula && cursor->Proximo();) ++feita;
     for (; cursor->Proximo(); Avanca()) {
         Anuncia();
-        TLinhaDoLote linha{Numero(), {}, Le(*cursor)};
+        TLinhaDoLote linha{Numero(), {}, {}, Le(*cursor)};
         if (!Guardada([&] { return Arruma(linha.valores) && (PeloBloco() || Posta(linha.valores)); })) continue;
         aEnviar_ += PeloBloco();
         PoeNoLote(std::move(linha));
@@ -121,7 +121,7 @@ void TCopiaDeLinhas::PeloServidor() {
     for (std::int64_t feita = 0; feita < copia_.pula && servidor_->Proxima();) ++feita;
     for (; servidor_->Proxima(); Avanca()) {
         Anuncia();
-        TLinhaDoLote linha{Numero(), servidor_->Chave(), {}};
+        TLinhaDoLote linha{Numero(), servidor_->Chave(), servidor_->Faltas(), {}};
         const bool peloServidor = servidor_->VaiComoEsta();
         if (!peloServidor) Envia();
         aEnviar_ += peloServidor;
@@ -163,14 +163,15 @@ void TCopiaDeLinhas::Envia() {
 }
 
 void TCopiaDeLinhas::EnviaJuntas(std::size_t primeira) {
-    std::string chaves;
+    std::string chaves, faltas;
     std::vector<const TLinha*> linhas;
     for (std::size_t i = primeira; i < lote_.size(); ++i) {
         chaves += lote_[i].chave;
+        faltas += lote_[i].faltas;
         linhas.push_back(&lote_[i].valores);
     }
     if (servidor_)
-        servidor_->Copia(chaves, renumeracao_);
+        resultado_.alteradas.merge(servidor_->Copia(chaves, faltas, renumeracao_));
     else
         bloco_->Grava(linhas);
 }

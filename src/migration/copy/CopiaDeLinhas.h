@@ -58,7 +58,7 @@ class TCopiaDeLinhas {
     /// A row stored in the open transaction; one that the server moves has its record number alone.
     struct TLinhaDoLote {
         std::int64_t numero;  // in the source, from 1
-        std::string chave;
+        std::string chave, faltas;
         TLinha valores;
     };
 

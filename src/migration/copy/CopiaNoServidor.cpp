@@ -38,26 +38,41 @@ bool MesmaForma(const TColunaFisica& origem, const TColunaFisica& destino) {
     return BytesDoInteiro(origem) > 0 && BytesDoInteiro(origem) <= BytesDoInteiro(destino);
 }
 
+/// Whether the server may have to give the column a number, or what a required one gets.
+bool Completada(const TColunaDaCopia& coluna) {
+    const auto tipo = coluna.destino.tipo;
+    const bool longa = tipo == TTipoDado::Blob || tipo == TTipoDado::Memo || tipo == TTipoDado::Bytes;
+    return coluna.origem && (coluna.numerada || (coluna.destino.requerido && !coluna.origem->requerido && !longa));
+}
+
+/// Condition of the rows to which it gives it.
+std::string Falta(const TColunaDaCopia& coluna, const TDialeto& dialeto) {
+    const std::string nome = dialeto.Identificador(coluna.origem->nome);
+    return coluna.numerada ? "coalesce(" + nome + ", 0) = 0" : nome + " is null";
+}
+
 /// What makes a row need the client because of this column; empty for nothing.
 std::string Excecao(const TColunaDaCopia& coluna, const TDialeto& dialeto) {
     const std::string nome = dialeto.Identificador(coluna.origem->nome);
-    if (coluna.numerada) return "coalesce(" + nome + ", 0) = 0";
     std::vector<std::string> excecoes;
-    if (coluna.destino.requerido) excecoes.push_back(nome + " is null");
+    if (coluna.destino.requerido && !Completada(coluna)) excecoes.push_back(nome + " is null");
     if (TextoVariavel(coluna.destino) && coluna.destino.tamanho < coluna.origem->tamanho)
         excecoes.push_back("char_length(" + nome + ") > " + std::to_string(coluna.destino.tamanho));
     return Junta(excecoes, " or ");
 }
 
+/// Record number, whether the row needs the client, and a digit for each column that is completed.
 std::string ConsultaDasChaves(const TCopia& copia, const std::vector<TColunaDaCopia>& colunas,
                               const TDialeto& dialeto) {
-    std::vector<std::string> excecoes;
+    std::vector<std::string> excecoes, faltas;
     for (const auto& coluna : colunas) {
         if (!coluna.origem) continue;
+        if (Completada(coluna)) faltas.push_back("case when " + Falta(coluna, dialeto) + " then '1' else '0' end");
         if (auto excecao = Excecao(coluna, dialeto); !excecao.empty()) excecoes.push_back(std::move(excecao));
     }
     const std::string precisa = excecoes.empty() ? "0" : "case when " + Junta(excecoes, " or ") + " then 1 else 0 end";
-    return "select rdb$db_key, " + precisa + " from " + copia.origem + copia.condicao;
+    const std::string digitos = faltas.empty() ? "''" : Junta(faltas, " || ");
+    return "select rdb$db_key, " + precisa + ", " + digitos + " from " + copia.origem + copia.condicao;
 }
 
 /// Whether the column counts the rows.
@@ -65,25 +80,39 @@ bool Contada(const TColunaDaCopia& coluna) {
     return coluna.numerada && !coluna.origem && coluna.fixo.ComoInteiro() == 0;
 }
 
-/// One insert for each record number. Columns that the source lacks come as parameters P0, P1, ..., the last number
-/// given of one that counts.
+/// The value of a column in the block. What the source lacks, or a row of it, comes as a parameter P0, P1, ...; of one
+/// that counts, the last number given, which for the rows of the source is a variable N0, N1, ...
+std::string ValorNoBloco(const TColunaDaCopia& coluna, const std::string& numero, const TDialeto& dialeto) {
+    if (!coluna.origem) return ":p" + numero + (Contada(coluna) ? " + :lugar + 1" : "");
+    const std::string nome = dialeto.Identificador(coluna.origem->nome);
+    if (!Completada(coluna)) return nome;
+    if (!coluna.numerada) return "coalesce(" + nome + ", :p" + numero + ")";
+    return "iif(" + Falta(coluna, dialeto) + ", :n" + numero + ", " + nome + ")";
+}
+
+/// One insert for each record number. The digits F0, F1, ... tell which rows take the next number.
 std::string Bloco(const TCopia& copia, const std::vector<TColunaDaCopia>& colunas, const TDialeto& dialeto) {
     const std::string bytes = std::to_string(kBytesDaChave);
-    std::string fixos;
+    const std::size_t linhas = std::min(copia.linhasPorLote, kLinhasPorComando);
+    std::string parametros, variaveis, inicio, conta;
     std::vector<std::string> nomes, valores;
     for (std::size_t i = 0; i < colunas.size(); ++i) {
-        const auto& [doDestino, daOrigem, lugar, fixo, numerada] = colunas[i];
         const std::string numero = std::to_string(i);
-        nomes.push_back(dialeto.Identificador(doDestino.nome));
-        valores.push_back(daOrigem ? dialeto.Identificador(daOrigem->nome) : ":p" + numero);
-        if (Contada(colunas[i])) valores.back() += " + :lugar + 1";
-        if (!daOrigem) fixos += ", p" + numero + " " + doDestino.tipoSql + " = :P" + numero;
+        nomes.push_back(dialeto.Identificador(colunas[i].destino.nome));
+        valores.push_back(ValorNoBloco(colunas[i], numero, dialeto));
+        if (!colunas[i].origem || Completada(colunas[i]))
+            parametros += ", p" + numero + " " + colunas[i].destino.tipoSql + " = :P" + numero;
+        if (!Completada(colunas[i]) || !colunas[i].numerada) continue;
+        parametros += ", f" + numero + " varchar(" + std::to_string(linhas) + ") character set ascii = :F" + numero;
+        variaveis += " declare n" + numero + " bigint;";
+        inicio += " n" + numero + " = p" + numero + ";";
+        conta +=
+            " if (substring(:f" + numero + " from :lugar + 1 for 1) = '1') then n" + numero + " = n" + numero + " + 1;";
     }
-    return "execute block (quantas integer = :QUANTAS, chaves varchar(" +
-           std::to_string(kBytesDaChave * std::min(copia.linhasPorLote, kLinhasPorComando)) +
-           ") character set octets = :CHAVES" + fixos +
-           ") as declare lugar integer = 0; begin while (lugar < quantas) do begin insert into " + copia.destino +
-           " (" + Junta(nomes, ",") + ") select " + Junta(valores, ",") + " from " + copia.origem + kDaChave +
+    return "execute block (quantas integer = :QUANTAS, chaves varchar(" + std::to_string(kBytesDaChave * linhas) +
+           ") character set octets = :CHAVES" + parametros + ") as declare lugar integer = 0;" + variaveis + " begin" +
+           inicio + " while (lugar < quantas) do begin" + conta + " insert into " + copia.destino + " (" +
+           Junta(nomes, ",") + ") select " + Junta(valores, ",") + " from " + copia.origem + kDaChave +
            "substring(:chaves from :lugar * " + bytes + " + 1 for " + bytes + "); lugar = lugar + 1; end end";
 }
 
@@ -113,21 +142,37 @@ std::unique_ptr<TCopiaNoServidor> TCopiaNoServidor::Para(TConnection& conexao, c
         return nullptr;
     }
     for (std::size_t i = 0; i < colunas.size(); ++i) {
+        const std::string numero = std::to_string(i);
+        if (Completada(colunas[i])) servidor->completadas_.push_back({numero, colunas[i].destino, colunas[i].numerada});
         if (colunas[i].origem) continue;
-        const std::string parametro = "P" + std::to_string(i);
-        servidor->copia_->Atribui(parametro, colunas[i].fixo);
-        if (Contada(colunas[i])) servidor->contadas_.emplace_back(parametro, colunas[i].destino.nome);
+        servidor->copia_->Atribui("P" + numero, colunas[i].fixo);
+        if (Contada(colunas[i])) servidor->contadas_.emplace_back("P" + numero, colunas[i].destino.nome);
     }
     return servidor;
 }
 
-void TCopiaNoServidor::Copia(std::string_view chaves, TRenumeracao& renumeracao) {
+std::set<std::string> TCopiaNoServidor::Copia(std::string_view chaves, std::string_view faltas,
+                                              TRenumeracao& renumeracao) {
     const auto quantas = static_cast<std::int64_t>(chaves.size() / kBytesDaChave);
     copia_->Atribui("QUANTAS", quantas);
     copia_->Atribui("CHAVES", TBytes{std::string(chaves)});
     for (const auto& [parametro, coluna] : contadas_) copia_->Atribui(parametro, renumeracao.Ultimo(coluna));
+    std::vector<std::string> digitos(completadas_.size());
+    for (std::size_t i = 0; i < faltas.size(); ++i) digitos[i % digitos.size()] += faltas[i];
+    for (std::size_t i = 0; i < completadas_.size(); ++i) {
+        const auto& [numero, destino, numerada] = completadas_[i];
+        copia_->Atribui("P" + numero, numerada ? TValor(renumeracao.Ultimo(destino.nome)) : ValorObrigatorio(destino));
+        if (numerada) copia_->Atribui("F" + numero, digitos[i]);
+    }
     copia_->Executa();
     for (const auto& [parametro, coluna] : contadas_) renumeracao.Avanca(coluna, quantas);
+    std::set<std::string> alteradas;
+    for (std::size_t i = 0; i < completadas_.size(); ++i) {
+        const auto completou = std::ranges::count(digitos[i], '1');
+        if (completou > 0) alteradas.insert(ChaveDeNome(completadas_[i].destino.nome));
+        if (completadas_[i].numerada) renumeracao.Avanca(completadas_[i].destino.nome, completou);
+    }
+    return alteradas;
 }
 
 TComando& TCopiaNoServidor::Linha(std::string_view chave) {

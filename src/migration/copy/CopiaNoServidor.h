@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -50,12 +51,15 @@ class TCopiaNoServidor {
     bool Proxima() { return chaves_->Proximo(); }
     /// Record number of the current row.
     std::string Chave() { return chaves_->Valor(0).ComoBytes(); }
-    /// Whether the current row goes over as it is: nothing missing, to be numbered or too long.
+    /// Whether the server moves the current row: no text too long, no blob missing.
     bool VaiComoEsta() { return chaves_->Valor(1).ComoInteiro() == 0; }
+    /// A digit for each column that the server completes: "1" where the current row lacks its value or number.
+    std::string Faltas() { return chaves_->Valor(2).ComoTexto(); }
 
-    /// Stores the rows of these record numbers, one behind the other in `chaves`: all of them, or none and TErroBanco.
-    /// Columns that the source lacks get the next numbers.
-    void Copia(std::string_view chaves, TRenumeracao& renumeracao);
+    /// Stores the rows of these record numbers, one behind the other in `chaves`, and so their Faltas(): all of them,
+    /// or none and TErroBanco. Columns that count get the next numbers, required ones ValorObrigatorio. Returns the
+    /// columns of the source, in capitals, of which it completed a value.
+    std::set<std::string> Copia(std::string_view chaves, std::string_view faltas, TRenumeracao& renumeracao);
     /// A cursor that stands on one row of the source, for a row that is done by the client after all; to be closed.
     TComando& Linha(std::string_view chave);
 
@@ -64,6 +68,12 @@ class TCopiaNoServidor {
 
     std::unique_ptr<TComando> chaves_, copia_, linha_;
     std::vector<std::pair<std::string, std::string>> contadas_;  // parameter and column that it counts
+    struct TCompletada {
+        std::string numero;  // of its parameters
+        TColunaFisica destino;
+        bool numerada;
+    };
+    std::vector<TCompletada> completadas_;
 };
 
 }  // namespace wkd
