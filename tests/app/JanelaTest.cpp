@@ -6,6 +6,7 @@
 #include <QDate>
 #include <QElapsedTimer>
 #include <QGroupBox>
+#include <QImage>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -27,6 +28,7 @@
 #include "Portas.h"
 #include "Retrato.h"
 #include "ServidorFirebird.h"
+#include "widgets/EstiloAmetista.h"
 
 namespace wkd {
 namespace {
@@ -186,6 +188,30 @@ TEST_F(JanelaTest, NoCaptionIsCutWhateverTheFont) {
         EXPECT_GE(LegendasInteiras(plano, pontos), 4);
         EXPECT_TRUE(janela_->Janela().screen()->availableGeometry().contains(plano.frameGeometry()));
     }
+}
+
+TEST_F(JanelaTest, TheOpenWindowFollowsTheDesktopsTheme) {
+    const auto volta = qScopeGuard([antes = qgetenv("GTK_THEME")] { qputenv("GTK_THEME", antes); });
+    qputenv("GTK_THEME", "Adwaita");
+    Aplicacao().setStyle(new TEstiloAmetista);
+    Abre({});
+    C<QPlainTextEdit>("Memo2").setPlainText("Erro");
+    const auto tons = [this] {
+        const QImage imagem = janela_->Janela().grab().toImage();
+        return std::vector{imagem.pixelColor(2, 2), imagem.pixelColor(2, imagem.height() - 2), imagem.pixelColor(2, 80),
+                           C<QPlainTextEdit>("Memo2").palette().color(QPalette::Text)};
+    };
+    std::vector<std::vector<QColor>> vistos;
+    for (const char* tema : {"Adwaita", "Adwaita-dark", "Adwaita"}) {
+        qputenv("GTK_THEME", tema);
+        QWindowSystemInterface::handleThemeChange();
+        janela_->Serve();
+        EXPECT_EQ(Cores().fundo.lightness() < 128, QString(tema).endsWith("dark"));
+        EXPECT_EQ(tons(), (std::vector{Cores().ametista, Cores().faixaDosBotoes, Cores().fundo, Cores().vermelho}))
+            << tema;
+        vistos.push_back(tons());
+    }
+    for (std::size_t i = 0; i < vistos[0].size(); ++i) EXPECT_NE(vistos[0][i], vistos[1][i]) << i;
 }
 
 TEST_F(JanelaTest, TheWindowStandsInTheMiddleOfTheScreen) {

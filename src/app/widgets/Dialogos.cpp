@@ -62,10 +62,8 @@ QLabel* Cabecalho(const QString& texto) {
 }
 
 void PintaAviso(QWidget& controle, bool vermelho) {
-    QPalette paleta;
-    if (vermelho)
-        for (const auto papel : {QPalette::Text, QPalette::WindowText}) paleta.setColor(papel, Cores().vermelho);
-    controle.setPalette(paleta);
+    Tinge(controle,
+          vermelho ? TTinta{{QPalette::Text, &TCores::vermelho}, {QPalette::WindowText, &TCores::vermelho}} : TTinta{});
 }
 
 QLabel* RotuloVermelho(const QString& texto) {

@@ -1,10 +1,12 @@
 #include "widgets/EstiloAmetista.h"
 
 #include <QDir>
+#include <QEvent>
 #include <QIcon>
 #include <QPainter>
 #include <QSettings>
 #include <QStyleOption>
+#include <QWidget>
 #include <algorithm>
 
 #ifdef WKD_FONTCONFIG
@@ -174,9 +176,55 @@ bool PedeEscuro(const QPalette& doSistema) {
 #endif
 }
 
+TEstiloAmetista::TEstiloAmetista() : TEstiloAmetista(false) { segue_ = true; }
+
 TEstiloAmetista::TEstiloAmetista(bool escuro) : QProxyStyle("Fusion") {
     setObjectName("Amethyst Kamri");
     doEstilo = escuro ? &kEscuras : &kClaras;
+}
+
+/// The palette comes as the desktop has it, when the style is taken and when the desktop's theme changes.
+void TEstiloAmetista::polish(QPalette& paleta) {
+    if (segue_) doEstilo = PedeEscuro(paleta) ? &kEscuras : &kClaras;
+    paleta = standardPalette();
+}
+
+namespace {
+
+class TTintura : public QObject {
+  public:
+    TTintura(QWidget& controle, TTinta tinta) : QObject(&controle), controle_(controle), tinta_(std::move(tinta)) {
+        setObjectName(kNome);
+        controle.installEventFilter(this);
+        Pinta();
+    }
+    static constexpr const char* kNome = "tintura";
+
+  protected:
+    bool eventFilter(QObject*, QEvent* evento) override {
+        if (evento->type() == QEvent::PaletteChange) Pinta();
+        return false;
+    }
+
+  private:
+    void Pinta() {
+        QPalette paleta;
+        for (const auto& [papel, cor] : tinta_) paleta.setColor(papel, Cores().*cor);
+        if (paleta != controle_.palette()) controle_.setPalette(paleta);
+    }
+
+    QWidget& controle_;
+    TTinta tinta_;
+};
+
+}  // namespace
+
+void Tinge(QWidget& controle, const TTinta& tinta) {
+    delete controle.findChild<QObject*>(TTintura::kNome, Qt::FindDirectChildrenOnly);
+    if (tinta.empty())
+        controle.setPalette({});
+    else
+        new TTintura(controle, tinta);
 }
 
 QPalette TEstiloAmetista::standardPalette() const {

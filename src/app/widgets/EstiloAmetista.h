@@ -1,8 +1,11 @@
 #pragma once
 
 #include <QColor>
+#include <QPalette>
 #include <QProxyStyle>
 #include <thread>
+#include <utility>
+#include <vector>
 
 namespace wkd {
 
@@ -20,7 +23,7 @@ struct TCores {
     QColor vermelho, faixaDosBotoes;
 };
 
-/// Those of the style that was made last.
+/// Those of the style that was made last, as light or dark as it is now.
 const TCores& Cores();
 
 /// Whether the desktop, whose palette this is, wants dark windows.
@@ -30,10 +33,12 @@ bool PedeEscuro(const QPalette& doSistema);
 /// with vectors, so it is as crisp as the screen is.
 class TEstiloAmetista : public QProxyStyle {
   public:
-    explicit TEstiloAmetista(bool escuro = false);
+    /// Light or dark as the desktop is, and again whenever that changes.
+    TEstiloAmetista();
+    explicit TEstiloAmetista(bool escuro);
 
     QPalette standardPalette() const override;
-    void polish(QPalette& paleta) override { paleta = standardPalette(); }
+    void polish(QPalette& paleta) override;
     using QProxyStyle::polish;
     QIcon standardIcon(StandardPixmap qual, const QStyleOption* opcao, const QWidget* controle) const override;
     QRect subControlRect(ComplexControl controle, const QStyleOptionComplex* opcao, SubControl parte,
@@ -47,6 +52,13 @@ class TEstiloAmetista : public QProxyStyle {
     QSize sizeFromContents(ContentsType tipo, const QStyleOption* opcao, const QSize& conteudo,
                            const QWidget* controle) const override;
     int pixelMetric(PixelMetric medida, const QStyleOption* opcao, const QWidget* controle) const override;
+
+  private:
+    bool segue_ = false;  // the desktop
 };
+
+/// Gives a control tones of its own in these roles, those of the look of the moment; none: as any other control.
+using TTinta = std::vector<std::pair<QPalette::ColorRole, QColor TCores::*>>;
+void Tinge(QWidget& controle, const TTinta& tinta);
 
 }  // namespace wkd

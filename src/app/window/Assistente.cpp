@@ -49,7 +49,7 @@ void Prepara(QApplication& aplicacao) {
     // Qt takes the user's locale over; numbers and path names of the engine go by "C", in UTF-8.
     std::setlocale(LC_ALL, "C");
     std::setlocale(LC_CTYPE, "C.UTF-8");
-    QApplication::setStyle(new TEstiloAmetista(PedeEscuro(QApplication::palette())));
+    QApplication::setStyle(new TEstiloAmetista);
     QApplication::setApplicationName("AtualizaWKD");
     QApplication::setDesktopFileName("atualizawkd");
     // Reading a picture loads all image plugins: not before the window is there.

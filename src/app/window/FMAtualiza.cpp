@@ -35,12 +35,9 @@ constexpr const char* kRemembrados[] = {"edCaminhoBackup", "edServerRest", "edBa
 
 constexpr const char* kComBackup = "cbComBackup";
 
-QWidget* FaixaColorida(const QColor& fundo, const QColor& texto) {
+QWidget* FaixaColorida(const TTinta& tinta) {
     auto* faixa = new QWidget;
-    QPalette paleta = faixa->palette();
-    paleta.setColor(QPalette::Window, fundo);
-    paleta.setColor(QPalette::WindowText, texto);
-    faixa->setPalette(paleta);
+    Tinge(*faixa, tinta);
     faixa->setAutoFillBackground(true);
     return faixa;
 }
@@ -85,7 +82,8 @@ void TFMAtualiza::Dimensiona() {
 TFMAtualiza::~TFMAtualiza() { alias_->disconnect(this); }
 
 QWidget* TFMAtualiza::Faixa() {
-    QWidget* faixa = FaixaColorida(Cores().ametista, Cores().sobreAmetista);
+    QWidget* faixa =
+        FaixaColorida({{QPalette::Window, &TCores::ametista}, {QPalette::WindowText, &TCores::sobreAmetista}});
     faixa->setMinimumHeight(44);
     lblTitulo_ = Nomeia(new QLabel(Q(kTituloInicial)), "lblTitulo");
     QFont fonte = lblTitulo_->font();
@@ -118,7 +116,7 @@ QStackedWidget* TFMAtualiza::Paginas() {
 }
 
 QWidget* TFMAtualiza::Botoes() {
-    QWidget* faixa = FaixaColorida(Cores().faixaDosBotoes, palette().color(QPalette::WindowText));
+    QWidget* faixa = FaixaColorida({{QPalette::Window, &TCores::faixaDosBotoes}});
     faixa->setMinimumHeight(48);
     btLog_ = Botao("btLog", "&Log", "Abrir o log das atualizações");
     btVoltar_ = Botao("btVoltar", "&Voltar");
