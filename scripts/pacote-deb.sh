@@ -25,7 +25,7 @@ echo "== Instala"
 desfaz() {
     for quem in wkdprova1 wkdprova2 wkdprova3; do "${como[@]}" userdel $quem; done
     "${como[@]}" dpkg --purge atualizawkd
-    "${como[@]}" rm -f /opt/AtualizaWKD/AtualizaWKD.rejeitados.jsonl
+    "${como[@]}" rm -rf /opt/AtualizaWKD/AtualizaWKD.rejeitados.jsonl /opt/AtualizaWKD/Backup
     "${como[@]}" rmdir /opt/AtualizaWKD
     "${como[@]}" delgroup atualizawkd
 } >/dev/null 2>&1
@@ -64,7 +64,7 @@ for quem in wkdprova1 wkdprova2; do  # each has a row that is rejected, in the f
         insert into TFORNECE (CODIGO, CNPJ) select '$quem', min(CNPJ) from TFORNECE; commit;" || true
     echo "update SARQUIVO set VERSAO = 1 where NOME_ARQUIVO = 'TFORNECE';" | isql-fb -q -b "$pasta/loja.fdb"
     codigo=0
-    como_quem $quem AtualizaWKD 'DEB;' pacote.zip --completo >/dev/null || codigo=$?
+    como_quem $quem AtualizaWKD 'DEB;' pacote.zip --completo --com-backup >/dev/null || codigo=$?
     [ "$codigo" -le 1 ] || falha "a atualização de $quem terminou com $codigo"
 done
 como_quem wkdprova1 AtualizaWKD --historico DEB
@@ -86,6 +86,7 @@ echo "== Remove"
 [ ! -e /usr/bin/AtualizaWKD ] && [ ! -L /usr/bin/AtualizaWKD ] && [ ! -e /opt/AtualizaWKD/AtualizaWKD ] || falha 'o programa ficou'
 [ -f /opt/AtualizaWKD/WKD.ini ] && [ -f /opt/AtualizaWKD/AtualizaWKD.log ] || falha 'as configurações ou o log sumiram'
 "${como[@]}" dpkg --purge atualizawkd >/dev/null 2>&1
-[ "$(ls /opt/AtualizaWKD)" = AtualizaWKD.rejeitados.jsonl ] || falha 'as linhas rejeitadas não ficaram, ou não só elas'
+[ "$(ls /opt/AtualizaWKD | tr '\n' ' ')" = 'AtualizaWKD.rejeitados.jsonl Backup ' ] ||
+    falha 'as linhas rejeitadas e os backups não ficaram, ou não só eles'
 rm -rf "$pasta"
 echo "Instalado, usado e removido: $deb"

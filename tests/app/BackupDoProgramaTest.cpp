@@ -1,5 +1,6 @@
 // Backup, proof, rehearsal, update with a net and way back, as commands.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cstdlib>
 #include <nlohmann/json.hpp>
@@ -67,6 +68,20 @@ TEST(BackupDoPrograma, MakesProvesAndGoesBack) {
     saida = loja.Roda({"--confere", "LOJA"});
     EXPECT_EQ(saida.codigo, 3);
     EXPECT_TRUE(saida.Diz("está, inteiro, em") && saida.Diz("LOJA_antes.fdb")) << saida.erros;
+}
+
+TEST(BackupDoPrograma, TheGroupThatMayRunUpdatesSharesTheFolderOfBackups) {
+    const TProgramaComBackup loja;
+    ASSERT_EQ(chmod((loja / ".").c_str(), 02775), 0);
+    ASSERT_EQ(loja.Roda({"--backup", "LOJA"}).codigo, 0);
+    const auto modo = [](const fs::path& caminho) {
+        struct stat estado {};
+        EXPECT_EQ(stat(caminho.c_str(), &estado), 0) << caminho;
+        return estado.st_mode & 07777;
+    };
+    EXPECT_EQ(modo(loja / "Backup"), 02775u);
+    EXPECT_EQ(modo(loja.Backups().at(0)), 0660u);
+    EXPECT_EQ(modo(loja.Backups().at(0) + ".json"), 0640u);
 }
 
 TEST(BackupDoPrograma, ReadsAManifestWithoutFormatAndRefusesALaterOne) {

@@ -12,6 +12,7 @@
 #include "commands/TextoQt.h"
 #include "package/Caminho.h"
 #include "package/TravaDoBanco.h"
+#include "process/EscritaSegura.h"
 #include "process/Terminal.h"
 #include "report/PlanoEmTexto.h"
 
@@ -145,8 +146,10 @@ std::filesystem::path PastaDeBackup(const TAmbiente& ambiente, TPreferencias& pr
     if (const QString lembrada = preferencias.Le("edCaminhoBackup").trimmed(); !lembrada.isEmpty())
         return Caminho(lembrada);
     const auto pasta = ambiente.pastaPrograma / "Backup";
-    std::error_code semErro;  // said by whoever writes there
-    std::filesystem::create_directory(pasta, semErro);
+    try {
+        if (!std::filesystem::exists(pasta)) CriaPastaComo(pasta, ambiente.pastaPrograma);
+    } catch (const std::system_error&) {  // said by whoever writes there
+    }
     return pasta;
 }
 
