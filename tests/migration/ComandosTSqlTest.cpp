@@ -201,6 +201,7 @@ TEST(ComandosTSql, NoneIsInTheWordsOfAnotherServer) {
 }
 
 TEST(ComandosTSql, EveryKindOfWorkIsAmongThem) {
+    if (!ServidorDosTestes().empty()) GTEST_SKIP() << "which statements fail and are followed by others is 3.0's";
     constexpr std::string_view kTrabalhos[] = {
         "set dateformat mdy",
         "CREATE TABLE SATRIB_USER( ARQUIVO VARCHAR(50) NOT NULL",

@@ -36,7 +36,8 @@ struct TBancoInterrompido : TBancoDaNova {
         return Retrato("TCLI") + Le("select * from BTCLI") +
                Le("select rdb$privilege from rdb$user_privileges where rdb$relation_name = 'TCLI' and rdb$user = "
                   "'MARIA'") +
-               Le("select rdb$description from rdb$relations where rdb$relation_name in ('TCLI', 'BTCLI') order by 1") +
+               Le("select rdb$description from rdb$relations where rdb$relation_name in ('TCLI', 'BTCLI')"
+                  " order by rdb$relation_name") +
                Le("select rdb$description from rdb$relation_fields where rdb$relation_name in ('TCLI', 'BTCLI')"
                   " and rdb$description is not null") +
                Le("select rdb$constraint_type from rdb$relation_constraints where rdb$relation_name = 'TCLI' order by"
@@ -121,7 +122,10 @@ void Varre(const TVarredura& varredura, const TErro& erro, bool sempre) {
         if (varredura.recriada) banco.dm_.Atualiza.CriaTabela("TCLI", false);
         banco.Reconstroi();
         const std::string tudo = banco.Tudo();
-        ASSERT_TRUE(tudo == esperado) << "statement " << n << "\n" << tudo << "\n" << Junta(banco.tela_.memo2, "\n");
+        ASSERT_TRUE(tudo == esperado) << "statement " << n << "\n"
+                                      << tudo << "\ninstead of\n"
+                                      << esperado << "\n"
+                                      << Junta(banco.tela_.memo2, "\n");
     }
     EXPECT_GT(n, 60);
 }

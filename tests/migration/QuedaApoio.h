@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "Arquivos.h"
+#include "BancoDeExemplo.h"
 #include "BancoTemporario.h"
 #include "PastaTemporaria.h"
 #include "Retrato.h"
@@ -139,8 +140,7 @@ class TMolde {
         std::filesystem::create_directories(destino);
         std::filesystem::copy_file(pasta_ / "loja.fdb", destino / "loja.fdb");
         std::filesystem::copy_file(pasta_ / "pacote.zip", destino / "pacote.zip");
-        EscreveArquivo(destino / "WKD.ini", "[LOJA]\nTipoBanco=tbInterbase\nHostname=\nPath=" + destino.string() +
-                                                "/\nDataBase=loja.fdb\nUser_Name=SYSDBA\nPassword=\n");
+        EscreveArquivo(destino / "WKD.ini", SecaoDoAlias("LOJA", destino, "loja.fdb"));
     }
 
   protected:

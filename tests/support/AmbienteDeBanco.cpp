@@ -27,7 +27,7 @@ class TBancoFirebird : public TBancoDeTeste {
 bool HaServidor() { return std::getenv("WKD_FIREBIRD") != nullptr; }
 std::unique_ptr<TBancoDeTeste> NoServidor() { return std::make_unique<TBancoFirebird>(std::getenv("WKD_FIREBIRD")); }
 #else
-bool HaServidor() { return TServidorFirebird::Instalado(); }
+bool HaServidor() { return TServidorFirebird::Instalado() && std::getenv("WKD_FIREBIRD4") == nullptr; }
 std::unique_ptr<TBancoDeTeste> NoServidor() {
     return std::make_unique<TBancoFirebird>(TServidorFirebird::DoProcesso().Endereco());
 }
@@ -36,8 +36,10 @@ std::unique_ptr<TBancoDeTeste> NoServidor() {
 }  // namespace
 
 std::vector<TAmbienteDeBanco> AmbientesDeBanco() {
-    return {{"FirebirdEmbutido", [] { return true; }, [] { return std::make_unique<TBancoFirebird>(""); }},
+    const auto dosTestes = [] { return std::make_unique<TBancoFirebird>(""); };
+    return {{"FirebirdEmbutido", [] { return std::getenv("WKD_FIREBIRD4") == nullptr; }, dosTestes},
             {"FirebirdServidor", &HaServidor, &NoServidor},
+            {"Firebird4Servidor", [] { return std::getenv("WKD_FIREBIRD4") != nullptr; }, dosTestes},
             {"OdbcSqlite", &TBancoSqlite::Instalado, [] { return std::make_unique<TBancoSqlite>(); }, false, 3},
             {"OdbcSqlServer", &TBancoSqlServer::Instalado, [] { return std::make_unique<TBancoSqlServer>(); }, true, 3,
              33557097}};

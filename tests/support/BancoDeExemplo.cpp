@@ -41,8 +41,10 @@ const fs::path& BancoDeExemplo() {
 }
 
 std::string SecaoDoAlias(const std::string& alias, const fs::path& pasta, const std::string& banco) {
-    return "[" + alias + "]\nAlias=" + alias + "\nTipoBanco=tbInterbase\nHostname=\nPath=" + pasta.string() +
-           "/\nDataBase=" + banco + "\nUser_Name=SYSDBA\nPassword=\nTipoAutenticacao=0\n";
+    const std::string servidor = ServidorDosTestes();
+    return "[" + alias + "]\nAlias=" + alias + "\nTipoBanco=tbInterbase\nHostname=" + servidor +
+           "\nPath=" + pasta.string() + "/\nDataBase=" + banco +
+           "\nUser_Name=SYSDBA\nPassword=" + (servidor.empty() ? "" : "masterkey") + "\nTipoAutenticacao=0\n";
 }
 
 }  // namespace wkd

@@ -1,15 +1,27 @@
 #include "BancoTemporario.h"
 
+#include <cstdlib>
+
 #include "firebird/ConexaoFirebird.h"
+#ifndef _WIN32
+#include "ServidorFirebird.h"
+#endif
 
 namespace wkd {
 
-TParametrosConexao ParametrosFirebird(const std::filesystem::path& arquivo, std::string_view servidor) {
+std::string ServidorDosTestes() {
+#ifndef _WIN32
+    if (std::getenv("WKD_FIREBIRD4") != nullptr) return TServidorFirebird::DoProcesso().Endereco();
+#endif
+    return "";
+}
+
+TParametrosConexao ParametrosFirebird(const std::filesystem::path& arquivo, std::string_view pedido) {
+    const std::string servidor = pedido.empty() ? ServidorDosTestes() : std::string(pedido);
     TParametrosConexao parametros;
     parametros.Adiciona("User_Name", "SYSDBA");
     parametros.Adiciona("Password", "masterkey");
-    parametros.Adiciona("Database",
-                        servidor.empty() ? arquivo.string() : std::string(servidor) + ":" + arquivo.string());
+    parametros.Adiciona("Database", servidor.empty() ? arquivo.string() : servidor + ":" + arquivo.string());
     return parametros;
 }
 

@@ -13,7 +13,7 @@ namespace wkd {
 /// An empty Firebird database in a temporary folder with an open connection, gone at the end.
 class TBancoTemporario {
   public:
-    /// Default character set of the database, NONE when empty; `servidor` is "host/port", the embedded engine when
+    /// Default character set of the database, NONE when empty; `servidor` is "host/port", that of the tests when
     /// empty.
     explicit TBancoTemporario(std::string_view conjunto = "UTF8", std::string_view servidor = "");
 
@@ -29,6 +29,10 @@ class TBancoTemporario {
     TParametrosConexao parametros_;
     std::unique_ptr<TConnection> conexao_;
 };
+
+/// Where the databases of the tests are: empty for the embedded engine; with WKD_FIREBIRD4, see scripts/firebird4.sh, a
+/// server of that version.
+std::string ServidorDosTestes();
 
 /// Driver parameters of a database; `servidor` as above.
 TParametrosConexao ParametrosFirebird(const std::filesystem::path& arquivo, std::string_view servidor = "");

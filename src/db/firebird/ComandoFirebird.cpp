@@ -98,8 +98,11 @@ void TComandoFirebird::Prepara() {
     auto instrucao = std::make_unique<TInstrucaoFirebird>(*sessao_, Transacao(TModo::Leitura), texto, sql_);
     std::swap(instrucao_, instrucao);
     campos_.clear();
-    for (std::size_t i = 0; i < instrucao_->Colunas().Quantos(); ++i)
-        campos_.push_back(CampoDe(instrucao_->Colunas().Var(i)));
+    for (std::size_t i = 0; i < instrucao_->Colunas().Quantos(); ++i) {
+        const auto& var = instrucao_->Colunas().Var(i);
+        campos_.push_back(CampoDe(var));
+        if (NomeCortado(var)) campos_.back().nome = NomeDaColuna(i);
+    }
     DescreveParametros();
     especie_ = PerguntaEspecie();
     if (especie_ != TEspecie::Consulta) propria_.reset();
@@ -119,6 +122,27 @@ void TComandoFirebird::DescreveParametros() {
         PreparaParametro(entrada_.Var(i), posicoes_[i].memoria, posicoes_[i].nulo);
         posicoes_[i].descrita = entrada_.Var(i);
     }
+}
+
+std::string TComandoFirebird::NomeDaColuna(std::size_t posicao) {
+    const TChamada chamada(sessao_->Relogio());
+    TEstadoFirebird estado;
+    const char itens[] = {isc_info_sql_sqlda_start,
+                          2,
+                          static_cast<char>(posicao + 1),
+                          static_cast<char>((posicao + 1) >> 8),
+                          isc_info_sql_select,
+                          isc_info_sql_describe_vars,
+                          isc_info_sql_alias,
+                          isc_info_sql_describe_end};
+    char resposta[512];  // the first name is what counts; those behind it may not fit
+    Cliente().isc_dsql_sql_info(estado, instrucao_->Handle(), sizeof itens, itens, sizeof resposta, resposta);
+    sessao_->Confere(estado, sql_);
+    constexpr std::size_t kAteONome = 1 + 1 + 2 + 4;  // the part, and the number of columns
+    const char* nome = resposta + kAteONome;
+    if (*nome != isc_info_sql_alias)
+        throw std::runtime_error("o cliente do Firebird não diz o nome de uma coluna: " + sql_);
+    return {nome + 3, static_cast<std::size_t>(Cliente().isc_vax_integer(nome + 1, 2))};
 }
 
 TComandoFirebird::TEspecie TComandoFirebird::PerguntaEspecie() {

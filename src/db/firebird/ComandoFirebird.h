@@ -71,6 +71,8 @@ class TComandoFirebird : public TComando {
 
     void Prepara();
     void DescreveParametros();
+    /// Whole name of a column of the result whose description holds its beginning alone.
+    std::string NomeDaColuna(std::size_t posicao);
     TEspecie PerguntaEspecie();
     TTransacaoFirebird& Transacao(TTransacaoFirebird::TModo modo);
     TTransacaoFirebird* TransacaoDoCursor();

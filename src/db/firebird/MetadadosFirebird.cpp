@@ -104,15 +104,31 @@ void DefineBlob(TColunaFisica& coluna, const TTipoFisico& f, const std::string& 
         coluna.tipoSql += " character set " + coluna.conjunto;
 }
 
+// Types of Firebird 4 in the catalogue, which an older client's header does not have.
+enum : std::int64_t {
+    kDecfloat16 = 24,
+    kDecfloat34 = 25,
+    kInt128 = 26,
+    kHoraComFuso = 28,
+    kDataHoraComFuso = 29,
+};
+
 void DefineSimples(TColunaFisica& coluna, std::int64_t tipo) {
     static constexpr struct {
         std::int64_t tipo;
         TTipoDado dado;
         const char* sql;
     } kTipos[] = {
-        {blr_float, TTipoDado::Flutuante, "float"},        {blr_double, TTipoDado::Flutuante, "double precision"},
-        {blr_sql_date, TTipoDado::Data, "date"},           {blr_sql_time, TTipoDado::Hora, "time"},
-        {blr_timestamp, TTipoDado::DataHora, "timestamp"}, {blr_bool, TTipoDado::Logico, "boolean"},
+        {kDecfloat16, TTipoDado::Flutuante, "decfloat(16)"},
+        {kDecfloat34, TTipoDado::Flutuante, "decfloat(34)"},
+        {kHoraComFuso, TTipoDado::Hora, "time with time zone"},
+        {kDataHoraComFuso, TTipoDado::DataHora, "timestamp with time zone"},
+        {blr_float, TTipoDado::Flutuante, "float"},
+        {blr_double, TTipoDado::Flutuante, "double precision"},
+        {blr_sql_date, TTipoDado::Data, "date"},
+        {blr_sql_time, TTipoDado::Hora, "time"},
+        {blr_timestamp, TTipoDado::DataHora, "timestamp"},
+        {blr_bool, TTipoDado::Logico, "boolean"},
     };
     for (const auto& linha : kTipos) {
         if (linha.tipo != tipo) continue;
@@ -133,6 +149,10 @@ void DefineTipo(TColunaFisica& coluna, const TTipoFisico& f, const std::string& 
             return DefineInteiro(coluna, "integer", 9, f);
         case blr_int64:
             return DefineInteiro(coluna, "bigint", 18, f);
+        case kInt128:
+            DefineInteiro(coluna, "int128", 38, f);
+            coluna.tipo = TTipoDado::Decimal;
+            return;
         case blr_blob:
             return DefineBlob(coluna, f, conjuntoDoBanco);
         default:

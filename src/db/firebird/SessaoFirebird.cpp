@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <thread>
 
+#include "dialect/DialetoFirebird.h"
 #include "firebird/ClienteFirebird.h"
 #include "firebird/ComandoFirebird.h"
 #include "firebird/ErroFirebird.h"
@@ -74,6 +75,19 @@ void AdicionaAoBloco(std::string& bloco, char item, std::uint32_t valor) {
     AdicionaAoBloco(bloco, item, std::string_view(bytes, sizeof bytes));
 }
 
+namespace {
+
+// Items that came with Firebird 4, which an older client's header does not have and an older server passes over:
+// isc_dpb_set_bind and isc_dpb_decfloat_traps.
+constexpr char kLigacao = 93;
+constexpr char kArmadilhas = 95;
+/// Its types go through the connection as texts, which hold all of them whatever the client library.
+constexpr std::string_view kComoTexto = "INT128 TO VARCHAR; DECFLOAT TO VARCHAR; TIME ZONE TO VARCHAR";
+/// Not those of an invalid operation: NaN is compared as among doubles, where it equals nothing and breaks nothing off.
+constexpr std::string_view kSemInvalida = "Division_by_zero,Overflow";
+
+}  // namespace
+
 std::string BlocoDeConexao(const TParametrosConexao& parametros, std::string_view conjunto) {
     std::string bloco(1, isc_dpb_version1);
     AdicionaAoBloco(bloco, isc_dpb_user_name, parametros.Valor("User_Name"));
@@ -82,6 +96,8 @@ std::string BlocoDeConexao(const TParametrosConexao& parametros, std::string_vie
     AdicionaAoBloco(bloco, isc_dpb_sql_dialect, std::string_view("\x03", 1));
     AdicionaAoBloco(bloco, isc_dpb_utf8_filename, "");
     AdicionaAoBloco(bloco, isc_dpb_connect_timeout, LimiteDeConexao(parametros));
+    AdicionaAoBloco(bloco, kLigacao, kComoTexto);
+    AdicionaAoBloco(bloco, kArmadilhas, kSemInvalida);
     if (IgualSemCaixa(parametros.Valor("GarbageCollect"), "False"))
         AdicionaAoBloco(bloco, isc_dpb_no_garbage_collect, std::string_view("\1", 1));
     return bloco;
@@ -104,6 +120,7 @@ void TSessaoFirebird::Liga(std::string_view conjunto) {
     condenada_.clear();
     perdida_ = cancelada_ = false;
     numero_ = Informacao(isc_info_attachment_id);
+    estrutura_ = Informacao(isc_info_ods_version);
     ++geracao_;
     nomeDoConjunto_ = conjunto;
     const auto conhecido = ConjuntoDoNome(conjunto);
@@ -112,6 +129,11 @@ void TSessaoFirebird::Liga(std::string_view conjunto) {
         throw TErroConversao("CharacterSet=" + nomeDoConjunto_ + ": use UTF8, WIN1252 ou ISO8859_1");
     }
     conjunto_ = *conhecido;
+}
+
+std::string TSessaoFirebird::TextoSql(std::string_view utf8) const {
+    constexpr int kDo4 = 13;
+    return DeUtf8(conjunto_, estrutura_ >= kDo4 ? ParaFirebird4(utf8) : std::string(utf8));
 }
 
 std::int64_t TSessaoFirebird::Informacao(char qual) {

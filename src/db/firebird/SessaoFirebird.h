@@ -43,8 +43,8 @@ class TSessaoFirebird {
     std::filesystem::path Arquivo() const { return parametros_.Valor("Database"); }
     /// Grows with every attachment; what was prepared in an older one is gone.
     unsigned Geracao() const { return geracao_; }
-    /// Statement text in the connection's character set.
-    std::string TextoSql(std::string_view utf8) const { return DeUtf8(conjunto_, utf8); }
+    /// Statement text in the connection's character set and the server's words.
+    std::string TextoSql(std::string_view utf8) const;
 
     /// Throws the error of a call unless it went well.
     void Confere(const ISC_STATUS* estado, std::string_view comando);
@@ -87,8 +87,9 @@ class TSessaoFirebird {
     std::string nomeDoConjunto_;
     TConjunto conjunto_ = TConjunto::Utf8;
     isc_db_handle banco_ = 0;
-    std::mutex ligando_;     // held while banco_ changes
-    std::string condenada_;  // by this error
+    std::int64_t estrutura_ = 0;  // on-disk structure's major version (ODS): 12 is 3.0's, 13 is 4.0's
+    std::mutex ligando_;          // held while banco_ changes
+    std::string condenada_;       // by this error
     bool perdida_ = false;
     std::int64_t numero_ = 0;
     TRelogioDeEspera relogio_;

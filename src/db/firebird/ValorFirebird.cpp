@@ -164,9 +164,13 @@ bool ContaComoNulo(const XSQLVAR& var, const TValor& valor) {
 
 }  // namespace
 
+bool NomeCortado(const XSQLVAR& var) {
+    return static_cast<std::size_t>(var.aliasname_length) >= sizeof var.aliasname - 1;
+}
+
 TCampo CampoDe(const XSQLVAR& var) {
     TCampo campo;
-    campo.nome.assign(var.aliasname, static_cast<std::size_t>(var.aliasname_length));
+    if (!NomeCortado(var)) campo.nome.assign(var.aliasname, static_cast<std::size_t>(var.aliasname_length));
     campo.requerido = (var.sqltype & 1) == 0;
     switch (Tipo(var)) {
         case SQL_TEXT:

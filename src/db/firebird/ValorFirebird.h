@@ -38,7 +38,10 @@ class TDescritorFirebird {
 /// Bytes that a value of the variable takes in a row.
 std::size_t BytesDoValor(const XSQLVAR& var);
 
-/// Column of a result set as the rest of the program knows it.
+/// Whether the description may hold only the beginning of the column's name: it has room for 31 letters.
+bool NomeCortado(const XSQLVAR& var);
+
+/// Column of a result set as the rest of the program knows it; without a name that is cut.
 TCampo CampoDe(const XSQLVAR& var);
 
 /// Value of a fetched column; blobs apart. CHAR comes without its padding blanks, VARCHAR as it is stored.

@@ -28,6 +28,28 @@ constexpr std::string_view kPalavras =
     " UPPER USER USING VALUE VALUES VARBINARY VARCHAR VARIABLE VARYING VAR_POP VAR_SAMP VIEW WHEN WHERE WHILE WINDOW"
     " WITH WITHOUT YEAR ";
 
+/// Reserved from 4.0 on. Names of types are left out: a statement that has them means the types.
+constexpr std::string_view kPalavrasDo4 =
+    " LATERAL LOCAL PUBLICATION RESETTING TIMEZONE_HOUR TIMEZONE_MINUTE UNBOUNDED WINDOW WITHOUT ";
+
+bool DeNome(char c) {
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_' || c == '$';
+}
+
+/// End of what stands from there on: a text or a name in quotes, a comment, a word, or one character.
+std::size_t FimDoPedaco(std::string_view sql, std::size_t de) {
+    const auto apos = [&](std::string_view fim, std::size_t onde) {
+        const auto achado = sql.find(fim, onde);
+        return achado == std::string_view::npos ? sql.size() : achado + fim.size();
+    };
+    if (sql[de] == '\'' || sql[de] == '"') return apos(sql.substr(de, 1), de + 1);
+    if (sql.substr(de, 2) == "--") return apos("\n", de);
+    if (sql.substr(de, 2) == "/*") return apos("*/", de + 2);
+    auto fim = de + 1;
+    while (DeNome(sql[de]) && fim < sql.size() && DeNome(sql[fim])) ++fim;
+    return fim;
+}
+
 bool Longa(const TColunaFisica& coluna) { return coluna.tipo == TTipoDado::Blob || coluna.tipo == TTipoDado::Memo; }
 bool EhTexto(const TColunaFisica& coluna) { return coluna.tipo == TTipoDado::Texto; }
 
@@ -42,6 +64,18 @@ bool PalavraReservada(std::string_view nome) {
     return kPalavras.find(' ' + std::string(nome) + ' ') != std::string_view::npos;
 }
 
+std::string ParaFirebird4(std::string_view sql) {
+    std::string texto;
+    for (std::size_t de = 0, ate = 0; de < sql.size(); de = ate) {
+        ate = FimDoPedaco(sql, de);
+        const auto pedaco = sql.substr(de, ate - de);
+        const auto capitais = Maiusculas(pedaco);
+        const bool nome = DeNome(pedaco[0]) && kPalavrasDo4.find(' ' + capitais + ' ') != std::string_view::npos;
+        texto += nome ? '"' + capitais + '"' : std::string(pedaco);
+    }
+    return texto;
+}
+
 std::string TDialetoFirebird::AjustaQuery(std::string_view comando) const { return Troca(comando, " TOP ", " FIRST "); }
 
 std::string TDialetoFirebird::ChaveAlteraColuna(std::string_view coluna) const {
@@ -52,8 +86,6 @@ std::string TDialetoFirebird::Batizada(const std::string& nome) const {
     return nome.starts_with("INTEG_") ? "" : TDialeto::Batizada(nome);
 }
 
-/// The server groups no blobs. Its hash adds each byte to sixteen times what was before, so that "1A" is "21" to it;
-/// another content has to agree with it from the end as well.
 std::string TDialetoFirebird::ApagaColuna(std::string_view tabela, std::string_view coluna) const {
     return "alter table " + std::string(tabela) + " drop " + std::string(coluna);
 }
@@ -105,6 +137,8 @@ std::string TDialetoFirebird::ComoEsta(const TColunaFisica& coluna) const {
            ") character set octets)";
 }
 
+/// The server groups no blobs. Its hash adds each byte to sixteen times what was before, so that "1A" is "21" to it;
+/// another content has to agree with it from the end as well.
 std::string TDialetoFirebird::Agrupavel(const TColunaFisica& coluna) const {
     const std::string nome = Identificador(coluna.nome);
     if (!Longa(coluna)) return nome;
@@ -220,10 +254,17 @@ std::string TDialetoFirebird::Diferem(const TComparacao& par) const {
     return difere + " or char_length(" + par.b + ") is distinct from char_length(" + par.t + ")";
 }
 
+namespace {
+
+/// Sums of whole numbers have the next wider type.
+std::string EmBigint(const std::string& soma) { return "cast(" + soma + " as bigint)"; }
+
+}  // namespace
+
 /// Sixteen digits of a double take part.
 std::string TDialetoFirebird::Soma(const TComparacao& par, const std::string& expressao) const {
     const std::string hash = "mod(hash(" + expressao + "), 2147483647)";
-    return "sum(" + hash + (par.longo ? " + octet_length(" + expressao + "))" : ")");
+    return EmBigint("sum(" + hash + (par.longo ? " + octet_length(" + expressao + "))" : ")"));
 }
 
 /// NaN, which equals no other value, nor itself.
@@ -236,7 +277,8 @@ std::string TDialetoFirebird::SomaDasLinhas(const std::vector<TColunaFisica>& co
     std::vector<std::string> partes;
     for (const TColunaFisica& coluna : colunas)
         partes.push_back("coalesce(hash(" + Identificador(coluna.nome) + "), 'n')");
-    return partes.empty() ? "" : "coalesce(sum(mod(hash(" + Junta(partes, " || '.' || ") + "), 2147483647)), 0)";
+    return partes.empty() ? ""
+                          : EmBigint("coalesce(sum(mod(hash(" + Junta(partes, " || '.' || ") + "), 2147483647)), 0)");
 }
 
 }  // namespace wkd

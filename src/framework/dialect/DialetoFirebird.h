@@ -8,6 +8,10 @@ namespace wkd {
 /// those of 3.0 and 4.0.
 bool PalavraReservada(std::string_view nome);
 
+/// The statement as a server from 4.0 on takes it: names that are words of its language since then are in quotes. In a
+/// dictionary they stand as ever, and in the statements that are made of it.
+std::string ParaFirebird4(std::string_view sql);
+
 /// Firebird. The catalogue's part stands in CatalogoFirebird.cpp.
 class TDialetoFirebird : public TDialeto {
   public:

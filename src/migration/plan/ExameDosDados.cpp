@@ -287,8 +287,8 @@ TVolume VolumeDaTabela(TContexto& ctx, const std::string& tabela) {
         else if (coluna.expressao.empty())
             fixos += coluna.tipo == TTipoDado::Inteiro || coluna.tipo == TTipoDado::Data ? 4 : 8;
     }
-    TWKDQuery q(ctx.Conexao(),
-                "select count(*) as TOTAL, sum(cast(" + Junta(partes, " + ") + " as bigint)) as BYTES from " + tabela);
+    TWKDQuery q(ctx.Conexao(), "select count(*) as TOTAL, cast(sum(cast(" + Junta(partes, " + ") +
+                                   " as bigint)) as bigint) as BYTES from " + tabela);
     q.Open();
     const auto registros = q.Inteiro("TOTAL");
     return {registros, q.Inteiro("BYTES") + registros * fixos};
