@@ -135,6 +135,9 @@ class TJanelaDeTeste {
           preferencias_(QCaminho(instalacao.Pasta() / "preferencias.ini")),
           tela_(log_, dialogos, inicio.pacote.has_value()),
           daEntrada_((Aplicacao(), instalacao.Aliases()), tela_) {
+        // A window that ended the application leaves it ended: no loop of a dialog would wait until it runs once more.
+        QTimer::singleShot(0, [] { QCoreApplication::quit(); });
+        QCoreApplication::exec();
         log_.Carrega();
         janela_ = std::make_unique<TFMAtualiza>(
             daEntrada_, TMeios{instalacao.Ambiente(), log_, tela_, dialogos, preferencias_}, std::move(inicio));
