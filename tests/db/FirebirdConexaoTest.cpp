@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <fstream>
 #include <thread>
 
@@ -135,8 +136,9 @@ TEST(FirebirdConexao, ADatabaseInUseClosedOrForbiddenIsToldFromAMissingOne) {
     };
     EXPECT_EQ(falha(onde + "x"), TFalha::BancoInexistente);
     const std::string arquivo = onde.substr(onde.find(':') + 1);
-    if (std::getenv("WKD_FIREBIRD4_CLIENTE") == nullptr)  // that client has no engine with it
+    if (std::getenv("WKD_FIREBIRD4_CLIENTE") == nullptr) {  // that client has no engine with it
         EXPECT_EQ(falha(arquivo), TFalha::EmUso) << "by the embedded engine, while the server has it";
+    }
     banco.Conexao().ExecuteDirect("create or alter user ANA password 'masterkey'");
     banco.Conexao().Close();
     const auto gfix = [&](const std::string& como) {

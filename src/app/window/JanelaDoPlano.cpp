@@ -133,7 +133,7 @@ void TJanelaDoPlano::Salva() {
 void TJanelaDoPlano::Imprime() {
     QTextDocument documento;
     QFont letra = mPlano_->font();
-    letra.setPointSizeF(9);
+    letra.setPointSizeF(8);  // a hundred letters a line of A4
     documento.setDefaultFont(letra);
     documento.setPlainText(linhas_.join('\n'));
     dialogos_.Imprime(windowTitle(), documento);

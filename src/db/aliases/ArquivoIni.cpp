@@ -113,8 +113,10 @@ std::string LeBytes(const std::filesystem::path& caminho) {
     try {
         bytes = LeArquivoInteiro(caminho, true);
     } catch (const std::system_error&) {
-        throw TErroConfiguracao("Não foi possível ler o arquivo \"" + caminho.string() +
-                                "\". Verifique se ele permite leitura.");
+        throw TErroConfiguracao(
+            "Não foi possível ler o arquivo \"" + caminho.string() +
+            "\". Peça a quem administra esta máquina que deixe o seu usuário lê-lo (onde foi "
+            "instalado por um pacote: que o ponha no grupo atualizawkd), e entre de novo na sessão.");
     }
     if (bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF"))
         throw TErroConfiguracao("O arquivo \"" + caminho.string() + "\" está em UTF-16. Grave-o em UTF-8 ou ANSI.");
