@@ -55,7 +55,7 @@ TEST_P(ContratoDriver, KeysAndIndexesAreTold) {
     const auto todas = Conexao().TodasAsChaves();
     EXPECT_EQ(todas.size(), 2u) << "of tables that have one";
     EXPECT_EQ(Maiusculas(todas.at("T").nome), "PK_T");
-    EXPECT_EQ(todas.at("T").colunas, chave.colunas);
+    EXPECT_EQ(Maiusculas(Junta(todas.at("T").colunas, ",")), "B,A");  // an emulation of the server tells them small
     EXPECT_TRUE(Conexao().ExisteTabela("t"));
     EXPECT_FALSE(Conexao().ExisteTabela("UN_T"));
     bool simples = false, descendente = false, unico = false;

@@ -167,6 +167,8 @@ std::vector<TColunaFisica> TConexaoTSql::Colunas(std::string_view tabela) {
 }
 
 TColunasPorTabela TConexaoTSql::TodasAsColunas() {
+    conversa_.Anota(TabelasTSql("1"));
+    conversa_.Anota(ChavesTSql("1"));
     conversa_.Anota(PadroesTSql(""));
     conversa_.Anota(ComputadasTSql(""));
     auto todas = firebird_->TodasAsColunas();

@@ -53,6 +53,18 @@ std::string ReservaTSql(std::string_view tabela) {
            " with (tablock, holdlock)";
 }
 
+std::string TabelasTSql(std::string_view esquema) {
+    return "select name from sys.tables where schema_id = " + std::string(esquema) + " order by name";
+}
+
+std::string ChavesTSql(std::string_view esquema) {
+    return "select o.name, i.name, col_name(k.object_id, k.column_id) from sys.indexes i"
+           " join sys.objects o on o.object_id = i.object_id"
+           " join sys.index_columns k on k.object_id = i.object_id and k.index_id = i.index_id"
+           " where i.is_primary_key = 1 and k.key_ordinal > 0 and o.schema_id = " +
+           std::string(esquema) + " order by o.name, k.key_ordinal";
+}
+
 std::string PadroesTSql(std::string_view tabela) {
     return "select object_name(d.parent_object_id), c.name, d.definition from sys.default_constraints d"
            " join sys.columns c on c.object_id = d.parent_object_id and c.column_id = d.parent_column_id" +

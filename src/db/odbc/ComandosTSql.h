@@ -17,8 +17,14 @@ inline constexpr std::string_view kNumeroTSql = "select @@spid";
 std::string TrabalhaTSql(std::string_view numero);
 /// Ends the connection of that number if it is of this program, computer and user still.
 std::string DerrubaTSql(std::string_view numero);
-/// Schema of the user's own tables.
-inline constexpr std::string_view kEsquemaTSql = "select schema_name()";
+/// Schema of the user's own tables: name and number.
+inline constexpr std::string_view kEsquemaTSql = "select schema_name(), schema_id(schema_name())";
+
+// Asked of the catalogue itself: the procedures behind the driver's functions take many times as long, or answer table
+// by table. `esquema` is the schema's number: a function in its place would be called for every row.
+std::string TabelasTSql(std::string_view esquema);
+/// Of every table that has one: table, name of the key, column.
+std::string ChavesTSql(std::string_view esquema);
 
 /// Takes the lock of one update a database, which goes with the connection; below 0 when another one has it.
 inline constexpr std::string_view kTravaTSql =

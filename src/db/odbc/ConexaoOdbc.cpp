@@ -233,6 +233,10 @@ class TConexaoOdbc : public TConnection {
     std::vector<std::string> NomesDeTabelas() override { return metadados_.NomesDeTabelas(); }
     std::vector<TColunaFisica> Colunas(std::string_view tabela) override { return metadados_.Colunas(tabela); }
     TColunasPorTabela TodasAsColunas() override { return metadados_.TodasAsColunas(); }
+    TChavesPorTabela TodasAsChaves() override {
+        auto chaves = metadados_.TodasAsChaves();
+        return chaves ? *std::move(chaves) : TConnection::TodasAsChaves();
+    }
     TChavePrimaria ChavePrimaria(std::string_view tabela) override { return metadados_.ChavePrimaria(tabela); }
     std::vector<TIndice> Indices(std::string_view tabela) override { return metadados_.Indices(tabela); }
     void Observa(TObservador observador) override { sessao_->DefineObservador(std::move(observador)); }

@@ -127,15 +127,18 @@ TMetadadosOdbc::TLinhas TMetadadosOdbc::Consulta(const std::string& sql) {
     return Pergunta([&](SQLHSTMT stmt) { return SQLExecDirectW(stmt, texto.Dados(), texto.Tamanho<SQLINTEGER>()); });
 }
 
-/// Schema of the user's own tables; empty where tables have none.
-std::string TMetadadosOdbc::Esquema() {
-    if (!esquema_)
-        esquema_ = sessao_->SqlServer() ? Consulta(std::string(kEsquemaTSql)).at(0).at(0).ComoTexto() : std::string();
+const TMetadadosOdbc::TEsquema& TMetadadosOdbc::Esquema() {
+    if (!esquema_ && !sessao_->SqlServer()) esquema_.emplace();
+    if (!esquema_) {
+        const TLinha linha = Consulta(std::string(kEsquemaTSql)).at(0);
+        esquema_ = {linha.at(0).ComoTexto(), linha.at(1).ComoTexto()};
+    }
     return *esquema_;
 }
 
 std::vector<std::string> TMetadadosOdbc::NomesDeTabelas() {
-    TTextoOdbc esquema(Esquema()), tipo("TABLE");
+    if (sessao_->SqlServer()) return Nomes(TabelasTSql(Esquema().numero));
+    TTextoOdbc esquema(Esquema().nome), tipo("TABLE");
     const auto linhas = Pergunta([&](SQLHSTMT stmt) {
         return SQLTablesW(stmt, nullptr, 0, esquema.Tamanho() > 0 ? esquema.Dados() : nullptr, esquema.Tamanho(),
                           nullptr, 0, tipo.Dados(), tipo.Tamanho());
@@ -148,7 +151,7 @@ std::vector<std::string> TMetadadosOdbc::NomesDeTabelas() {
 /// Of one table, or of all with an empty name.
 TMetadadosOdbc::TLinhas TMetadadosOdbc::LinhasDeColunas(std::string_view tabela) {
     const auto escape = sessao_->ParaLer()->Informacao(SQL_SEARCH_PATTERN_ESCAPE);
-    TTextoOdbc esquema(Esquema()), padrao(tabela.empty() ? "%" : SemCoringas(tabela, escape));
+    TTextoOdbc esquema(Esquema().nome), padrao(tabela.empty() ? "%" : SemCoringas(tabela, escape));
     auto linhas = Pergunta([&](SQLHSTMT stmt) {
         return SQLColumnsW(stmt, nullptr, 0, esquema.Tamanho() > 0 ? esquema.Dados() : nullptr, esquema.Tamanho(),
                            padrao.Dados(), padrao.Tamanho(), nullptr, 0);
@@ -191,8 +194,19 @@ TColunasPorTabela TMetadadosOdbc::ColunasDe(std::string_view tabela) {
     return tabelas;
 }
 
+std::optional<TChavesPorTabela> TMetadadosOdbc::TodasAsChaves() {
+    if (!sessao_->SqlServer()) return std::nullopt;
+    TChavesPorTabela chaves;
+    for (const auto& linha : Consulta(ChavesTSql(Esquema().numero))) {
+        TChavePrimaria& chave = chaves[Maiusculas(linha[0].ComoTexto())];
+        chave.nome = linha[1].ComoTexto();
+        chave.colunas.push_back(linha[2].ComoTexto());
+    }
+    return chaves;
+}
+
 TChavePrimaria TMetadadosOdbc::ChavePrimaria(std::string_view tabela) {
-    TTextoOdbc esquema(Esquema()), nome(tabela);
+    TTextoOdbc esquema(Esquema().nome), nome(tabela);
     auto linhas = Pergunta([&](SQLHSTMT stmt) {
         return SQLPrimaryKeysW(stmt, nullptr, 0, esquema.Tamanho() > 0 ? esquema.Dados() : nullptr, esquema.Tamanho(),
                                nome.Dados(), nome.Tamanho());
@@ -207,7 +221,7 @@ TChavePrimaria TMetadadosOdbc::ChavePrimaria(std::string_view tabela) {
 }
 
 std::vector<TIndice> TMetadadosOdbc::Indices(std::string_view tabela) {
-    TTextoOdbc esquema(Esquema()), nome(tabela);
+    TTextoOdbc esquema(Esquema().nome), nome(tabela);
     const auto linhas = Pergunta([&](SQLHSTMT stmt) {
         return SQLStatisticsW(stmt, nullptr, 0, esquema.Tamanho() > 0 ? esquema.Dados() : nullptr, esquema.Tamanho(),
                               nome.Dados(), nome.Tamanho(), SQL_INDEX_ALL, SQL_QUICK);
@@ -241,9 +255,13 @@ TMetadadosOdbc::TTextos TMetadadosOdbc::Textos(const std::string& sql) {
 
 /// Names of the unique constraints.
 std::vector<std::string> TMetadadosOdbc::Restricoes(std::string_view tabela) {
+    return sessao_->SqlServer() ? Nomes(RestricoesTSql(tabela)) : std::vector<std::string>();
+}
+
+/// The first column of what a SQL Server answers.
+std::vector<std::string> TMetadadosOdbc::Nomes(const std::string& sql) {
     std::vector<std::string> nomes;
-    if (!sessao_->SqlServer()) return nomes;
-    for (const auto& linha : Consulta(RestricoesTSql(tabela))) nomes.push_back(linha[0].ComoTexto());
+    for (const auto& linha : Consulta(sql)) nomes.push_back(linha[0].ComoTexto());
     return nomes;
 }
 

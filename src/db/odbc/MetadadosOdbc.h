@@ -20,6 +20,8 @@ class TMetadadosOdbc {
     std::vector<std::string> NomesDeTabelas();
     std::vector<TColunaFisica> Colunas(std::string_view tabela);
     TColunasPorTabela TodasAsColunas();
+    /// Nothing where the server answers table by table.
+    std::optional<TChavesPorTabela> TodasAsChaves();
     TChavePrimaria ChavePrimaria(std::string_view tabela);
     std::vector<TIndice> Indices(std::string_view tabela);
 
@@ -29,7 +31,12 @@ class TMetadadosOdbc {
     TLinhas Pergunta(TPergunta pergunta);
     TLinhas LinhasDeColunas(std::string_view tabela);
     TLinhas Consulta(const std::string& sql);
-    std::string Esquema();
+    /// Schema of the user's own tables; empty where tables have none.
+    struct TEsquema {
+        std::string nome, numero;
+    };
+    const TEsquema& Esquema();
+    std::vector<std::string> Nomes(const std::string& sql);
     using TTextos = std::map<std::pair<std::string, std::string>, std::string>;  // by table and column in capitals
     /// What a SQL Server answers to a query for table, column and text.
     TTextos Textos(const std::string& sql);
@@ -37,7 +44,7 @@ class TMetadadosOdbc {
     std::vector<std::string> Restricoes(std::string_view tabela);
 
     std::shared_ptr<TSessaoOdbc> sessao_;
-    std::optional<std::string> esquema_;
+    std::optional<TEsquema> esquema_;
 };
 
 }  // namespace wkd
