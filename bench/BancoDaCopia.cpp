@@ -5,6 +5,7 @@
 #include "BancoTemporario.h"
 #include "context/CargaDoPacote.h"
 #include "firebird/ConexaoFirebird.h"
+#include "odbc/ConexaoOdbc.h"
 #include "rows/WKDQuery.h"
 #include "tables/DefinicaoCampo.h"
 #include "values/Texto.h"
@@ -30,13 +31,19 @@ TColunaDicionario Coluna(std::size_t i) {
     return coluna;
 }
 
-constexpr const char* kDicionario[] = {
-    "create table SARQUIVO (COD_MODULO varchar(3), NOME_ARQUIVO varchar(50), VERSAO integer)",
-    "create table SATRIB (ARQUIVO varchar(50), SEQUENCIA integer, NOME varchar(25), TIPO varchar(25), TAMANHO integer,"
+// The columns of SATRIB, the customer's own as well.
+const std::string kColunasDoSatrib =
+    "(ARQUIVO varchar(50), SEQUENCIA integer, NOME varchar(25), TIPO varchar(25), TAMANHO integer,"
     " CHAVE_DE_PESQUISA integer, MASCARA varchar(40), DISCRIMINACAO varchar(40), VALOR_PADRAO varchar(20),"
     " SOMENTE_LEITURA integer, VISIVEL integer, PREENCHIMENTO_OBRIGATORIO integer, INCREMENTO integer,"
     " LOOKUP_ARQUIVO varchar(50), LOOKUP_CP_PESQUISA varchar(25), LOOKUP_INDICE varchar(100), LOOKUP_CP_CHAVE"
-    " varchar(25), LOOKUP_CP_RETORNO varchar(25), LOG integer, CALCULO varchar(250))",
+    " varchar(25), LOOKUP_CP_RETORNO varchar(25), LOG integer, CALCULO varchar(250))";
+
+const std::string kDicionario[] = {
+    "create table SARQUIVO (COD_MODULO varchar(3), NOME_ARQUIVO varchar(50), VERSAO integer)",
+    "create table SARQUIVO_USER (COD_MODULO varchar(3), NOME_ARQUIVO varchar(50), VERSAO integer)",
+    "create table SATRIB " + kColunasDoSatrib,
+    "create table SATRIB_USER " + kColunasDoSatrib,
     "create table SINDSEC (ARQUIVO varchar(50), NOME varchar(100), TIPO integer default 0)",
     "create table SINDSECA (ARQUIVO varchar(50), NOME varchar(100), CAMPO varchar(25), SEQUENCIA integer)",
     "create table TINI (SESSAO varchar(50), CHAVE varchar(50), VALOR varchar(50))",
@@ -45,18 +52,18 @@ constexpr const char* kDicionario[] = {
 }  // namespace
 
 TBancoDaCopia::TBancoDaCopia(const TLugar& lugar, int linhas)
-    : parametros_(ParametrosFirebird(pasta_ / "copia.fdb", lugar.servidor)),
+    : tipo_(lugar.servidor == kSqlServer ? TTipoBanco::tbSQLServer : TTipoBanco::tbInterbase),
       aliases_(pasta_ / "WKD.ini"),
-      dm_(aliases_, tela_, [this](auto...) { return CriaConexaoFirebird(parametros_); }),
+      dm_(aliases_, tela_, [this](auto...) { return NovaConexao(); }),
       ctx_{dm_, opcoes_, estado_, {}, {}} {
-    parametros_.Adiciona("CharacterSet", "WIN1252");
-    CriaBancoFirebird(parametros_, 8192);
+    CriaBanco(lugar);
     opcoes_.pastaPrograma = opcoes_.pastaCorrente = pasta_.Caminho();
-    aliases_.INIGravaString("COPIA", "TipoBanco", "tbInterbase");
+    aliases_.INIGravaString("COPIA", "TipoBanco", std::string(TipoBancoToStr(tipo_)));
     dm_.Atualiza.SetPastaComandos(pasta_.Caminho());
     dm_.SQLConnection1.SetAlias("COPIA");
     dm_.SQLConnection1.Open();
-    for (const char* comando : kDicionario) Executa(comando);
+    for (const std::string& comando : kDicionario)
+        Executa(tipo_ == TTipoBanco::tbInterbase ? comando : EmTSql(comando));
     for (std::size_t i = 0; i < std::size(kColunasDaTabela); ++i)
         Executa("insert into SATRIB (ARQUIVO, SEQUENCIA, NOME, TIPO, TAMANHO, CHAVE_DE_PESQUISA) values ('TCLI', " +
                 std::to_string(i) + ", '" + Coluna(i).nome + "', '" + Coluna(i).tipo + "', " + Coluna(i).tamanho +
@@ -70,15 +77,35 @@ TBancoDaCopia::TBancoDaCopia(const TLugar& lugar, int linhas)
     dm_.SArquivoNovo.First();
 }
 
+std::unique_ptr<TConnection> TBancoDaCopia::NovaConexao() const {
+    return sqlServer_ ? CriaConexaoOdbc(TBancoSqlServer::Parametros()) : CriaConexaoFirebird(parametros_);
+}
+
+void TBancoDaCopia::CriaBanco(const TLugar& lugar) {
+    if (tipo_ == TTipoBanco::tbSQLServer) {
+        sqlServer_ = std::make_unique<TBancoSqlServer>();
+        return;
+    }
+    parametros_ = ParametrosFirebird(pasta_ / "copia.fdb", lugar.servidor);
+    parametros_.Adiciona("CharacterSet", "WIN1252");
+    CriaBancoFirebird(parametros_, 8192);
+}
+
 void TBancoDaCopia::CriaVazia(const std::string& tabela, bool comChave) {
     std::vector<std::string> colunas;
     for (std::size_t i = 0; i < std::size(kColunasDaTabela); ++i)
-        colunas.push_back(Coluna(i).nome + " " + DefinicaoCampo(Coluna(i), TTipoBanco::tbInterbase));
+        colunas.push_back(Coluna(i).nome + " " + DefinicaoCampo(Coluna(i), tipo_));
     if (comChave) colunas.push_back("constraint PK_" + tabela + " primary key (CODIGO)");
     Executa("create table " + tabela + " (" + Junta(colunas, ", ") + ")");
 }
 
 void TBancoDaCopia::Enche(int linhas) {
+    if (tipo_ == TTipoBanco::tbSQLServer)
+        return Executa(
+            "with n as (select 1 as i union all select i + 1 from n where i < " + std::to_string(linhas) +
+            ") insert into TCLI select i, 'Nome do cliente ' + cast(i as varchar(9)), 'Fantasia', 'Cidade ' + cast(i % "
+            "500 as varchar(9)), 'SP', dateadd(minute, i, '2001-01-01'), i * 1.1, i / 3.0, i % 2, i % 90, "
+            "replicate('obs ', i % 15), cast(replicate('foto', 50) as varbinary(200)) from n option (maxrecursion 0)");
     Executa("execute block as declare i integer = 0; begin while (i < " + std::to_string(linhas) +
             ") do begin i = i + 1; insert into TCLI values (:i, 'Nome do cliente ' || :i, 'Fantasia ' || :i, 'Cidade ' "
             "|| mod(:i, 500), 'SP', timestamp '2001-01-01 10:20:30' + :i * 0.37, :i * 1.1e0, :i / 3e0, mod(:i, 2), "

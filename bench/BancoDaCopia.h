@@ -26,10 +26,14 @@ class TBancoDaCopia {
     void CriaVazia(const std::string& tabela, bool comChave);
 
   private:
+    std::unique_ptr<TConnection> NovaConexao() const;
+    void CriaBanco(const TLugar& lugar);
     void Enche(int linhas);
     void CarregaPacote();
 
+    const TTipoBanco tipo_;
     TPastaTemporaria pasta_;
+    std::unique_ptr<TBancoSqlServer> sqlServer_;  // or, on Firebird,
     TParametrosConexao parametros_;
     TAliases aliases_;
     TTelaMuda tela_;

@@ -3,6 +3,7 @@
 #include <map>
 
 #include "BancoTemporario.h"
+#include "LojaSqlServer.h"
 #include "firebird/ConexaoFirebird.h"
 #include "package/Pacote.h"
 #include "tables/DefinicaoCampo.h"
@@ -81,12 +82,14 @@ std::unique_ptr<TConnection> Aberta(const TParametrosConexao& parametros) {
 }
 
 void CriaTabelas(TConnection& banco, int tabelas) {
-    for (const char* comando : kDicionario) banco.ExecuteDirect(comando);
+    const TTipoBanco tipo = banco.TipoBanco();
+    const bool firebird = tipo == TTipoBanco::tbInterbase;
+    for (const char* comando : kDicionario) banco.ExecuteDirect(firebird ? comando : EmTSql(comando));
     for (int t = 0; t < tabelas; ++t) {
         std::string comando = "create table " + NomeDaTabela(t) + " (";
         for (int i = 0; i < kColunas; ++i) {
             const TColunaDicionario c = Coluna(i);
-            comando += c.nome + " " + DefinicaoCampo(c, TTipoBanco::tbInterbase) + ", ";
+            comando += c.nome + " " + DefinicaoCampo(c, tipo) + ", ";
         }
         banco.ExecuteDirect(comando + "constraint PK_" + NomeDaTabela(t) + " primary key (CODIGO))");
     }
@@ -134,11 +137,18 @@ TDataPacket DicionarioDeColunas(int tabelas) {
     return pacote;
 }
 
-TBancoGrande::TBancoGrande(const std::string& servidor, int tabelas)
-    : tabelas_(tabelas), parametros_(ParametrosFirebird(pasta_ / "grande.fdb", servidor)) {
-    parametros_.Adiciona("CharacterSet", "WIN1252");
-    std::filesystem::copy_file(TModelo::De(tabelas).Arquivo(), pasta_ / "grande.fdb");
+TBancoGrande::TBancoGrande(const std::string& servidor, int tabelas) : tabelas_(tabelas) {
+    if (servidor == kSqlServer)
+        CriaNoSqlServer();
+    else
+        CriaNoFirebird(servidor);
     EnchePacote();
+}
+
+void TBancoGrande::CriaNoFirebird(const std::string& servidor) {
+    parametros_ = ParametrosFirebird(pasta_ / "grande.fdb", servidor);
+    parametros_.Adiciona("CharacterSet", "WIN1252");
+    std::filesystem::copy_file(TModelo::De(tabelas_).Arquivo(), pasta_ / "grande.fdb");
     Aliases().AdicionaAlias({.nome = "GRANDE",
                              .tipoBanco = "tbInterbase",
                              .hostname = servidor,
@@ -151,7 +161,22 @@ TBancoGrande::TBancoGrande(const std::string& servidor, int tabelas)
                             false);
 }
 
-std::unique_ptr<TConnection> TBancoGrande::Conexao() const { return Aberta(parametros_); }
+void TBancoGrande::CriaNoSqlServer() {
+    sqlServer_ = std::make_unique<TBancoSqlServer>();
+    CriaTabelas(sqlServer_->Conexao(), tabelas_);
+    Aliases().AdicionaAlias(AliasDoSqlServer("GRANDE"), false);
+}
+
+std::string EmTSql(std::string comando) {
+    for (const auto& [firebird, sqlServer] :
+         {std::pair("blob sub_type 0", "image"), {"timestamp", "datetime"}, {"varchar", "nvarchar"}})
+        comando = Troca(comando, firebird, sqlServer);
+    return comando;
+}
+
+std::unique_ptr<TConnection> TBancoGrande::Conexao() const {
+    return sqlServer_ ? sqlServer_->Outra() : Aberta(parametros_);
+}
 
 std::string TBancoGrande::Tamanho() const {
     return std::to_string(tabelas_) + " tabelas e " + std::to_string(tabelas_ * kColunas) + " colunas";

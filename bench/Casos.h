@@ -29,6 +29,8 @@ std::vector<TMedida> MedeCriacao(TBancada& bancada);
 std::vector<TMedida> MedeMemoria(TBancada& bancada);
 /// The run log.
 std::vector<TMedida> MedeLog(TBancada& bancada);
+/// The same kinds of work on a SQL Server, beside ODBC as it is; nothing where there is none.
+std::vector<TMedida> MedeSqlServer(TBancada& bancada);
 /// The program's start.
 std::vector<TMedida> MedeAbertura(TBancada& bancada);
 
@@ -53,6 +55,7 @@ inline constexpr TCaso kCasos[] = {
     {"criacao", MedeCriacao, TTurnos::DiscosERede},
     {"log", MedeLog, TTurnos::Discos},
     {"abertura", MedeAbertura, TTurnos::SoNaMemoria},
+    {"sql-server", MedeSqlServer, TTurnos::SoNaMemoria},
 };
 
 }  // namespace wkd

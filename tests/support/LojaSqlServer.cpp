@@ -61,6 +61,19 @@ std::vector<std::string> ComandosDaLoja(const std::filesystem::path& script, boo
     return comandos;
 }
 
+TAlias AliasDoSqlServer(std::string nome) {
+    const auto parametros = TBancoSqlServer::Parametros();
+    TAlias alias;
+    alias.nome = std::move(nome);
+    alias.tipoBanco = "tbSQLServer";
+    alias.hostname = parametros.Valor("Server");
+    alias.database = parametros.Valor("Database");
+    alias.usuario = parametros.Valor("User_Name");
+    alias.senha = parametros.Valor("Password");
+    alias.driver = parametros.Valor("Driver");
+    return alias;
+}
+
 TLojaSqlServer::TLojaSqlServer(const std::filesystem::path& script) : modulo_(GravaAlias(pasta_ / "WKD.ini"), tela_) {
     for (const auto& comando : ComandosDaLoja(script, true)) {
         if (comando.starts_with("insert"))
@@ -74,17 +87,8 @@ TLojaSqlServer::TLojaSqlServer(const std::filesystem::path& script) : modulo_(Gr
 }
 
 TAliases TLojaSqlServer::GravaAlias(const std::filesystem::path& ini) {
-    const auto parametros = TBancoSqlServer::Parametros();
-    TAlias alias;
-    alias.nome = "LOJA";
-    alias.tipoBanco = "tbSQLServer";
-    alias.hostname = parametros.Valor("Server");
-    alias.database = parametros.Valor("Database");
-    alias.usuario = parametros.Valor("User_Name");
-    alias.senha = parametros.Valor("Password");
-    alias.driver = parametros.Valor("Driver");
     const TAliases aliases(ini);
-    aliases.AdicionaAlias(alias, false);
+    aliases.AdicionaAlias(AliasDoSqlServer("LOJA"), false);
     return aliases;
 }
 

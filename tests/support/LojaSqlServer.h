@@ -14,6 +14,9 @@ namespace wkd {
 /// Server.
 std::vector<std::string> ComandosDaLoja(const std::filesystem::path& script, bool sqlServer);
 
+/// The tests' database on the SQL Server of WKD_SQLSERVER, as an alias.
+TAlias AliasDoSqlServer(std::string nome);
+
 /// The example database on the SQL Server of WKD_SQLSERVER, and a data module on its alias "LOJA".
 class TLojaSqlServer {
   public:
