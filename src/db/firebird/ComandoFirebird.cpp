@@ -330,7 +330,7 @@ void TComandoFirebird::GravaIdDeBlob(std::size_t posicao, const ISC_QUAD& id) {
 
 std::int64_t TComandoFirebird::LinhasTocadas() {
     if (especie_ == TEspecie::Insercao) return 1;  // saves a question, over the network a round trip
-    if (especie_ != TEspecie::Outra) return 0;  // of a block, too: nobody asks
+    if (especie_ != TEspecie::Outra) return 0;     // of a block, too: nobody asks
     const TChamada chamada(sessao_->Relogio());
     TEstadoFirebird estado;
     char item = isc_info_sql_records;
