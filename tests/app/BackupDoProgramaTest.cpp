@@ -109,8 +109,8 @@ TEST(BackupDoPrograma, RehearsesWithoutTouchingTheDatabase) {
     const auto ensaio = TJson::parse(saida.saida);
     EXPECT_TRUE(ensaio.at("pode").get<bool>()) << saida.saida;
     EXPECT_GT(ensaio.at("segundosDaAtualizacao").get<double>(), 0);
-    EXPECT_GE(ensaio.at("copias").at("registros"), 160) << "80 there and back, and what the corrections rebuild";
-    EXPECT_GE(ensaio.at("copias").at("confirmacoes"), 10);
+    EXPECT_EQ(ensaio.at("copias").at("registros"), 2 * (40 + 41));
+    EXPECT_EQ(ensaio.at("copias").at("confirmacoes"), 2 * (1 + 4));
     EXPECT_GT(ensaio.at("copias").at("segundos").get<double>(), 0);
     EXPECT_EQ(loja.Retrato(), antes);
     EXPECT_TRUE(loja.Backups().empty());

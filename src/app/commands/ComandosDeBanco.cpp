@@ -21,6 +21,12 @@ TCodigoDeSaida Falha(std::string_view texto, TCodigoDeSaida codigo) {
     return codigo;
 }
 
+/// Nothing is cleaned up behind what is looked at: old row versions stay as they are.
+std::unique_ptr<TConnection> CriaConexaoSemLimpeza(std::string_view tipoBanco, TParametrosConexao parametros) {
+    parametros.Adiciona("GarbageCollect", "False");
+    return CriaConexao(tipoBanco, parametros);
+}
+
 }  // namespace
 
 TCodigoDeSaida NoAlias(const TAmbiente& ambiente, const std::string& alias, const TComandoNoAlias& comando) {
@@ -29,7 +35,7 @@ TCodigoDeSaida NoAlias(const TAmbiente& ambiente, const std::string& alias, cons
     std::optional<TDataModulo> dm;
     std::optional<TVigia> vigia;
     try {
-        dm.emplace(TAliases(LocalizaIni(ambiente.locais)), tela);
+        dm.emplace(TAliases(LocalizaIni(ambiente.locais)), tela, CriaConexaoSemLimpeza);
         vigia.emplace(dm->SQLConnection1, TPrazos::DoAlias(dm->SQLConnection1.Aliases(), alias),
                       [&](std::string_view texto) { tela.SemResposta(texto); });
         const TDadosDoAlias dados = PreencheDados(*dm, estado, alias);
