@@ -39,13 +39,20 @@ TEST_F(DataModuloTest, ColumnsComeFromTheCacheUntilTheTableIsForgotten) {
     EXPECT_TRUE(dm_.VerificaExisteCampo("TPED", "C")) << "a new connect reads anew";
 }
 
-TEST_F(DataModuloTest, ManyTablesAreReadInOneSweep) {
-    for (int i = 0; i < 12; ++i) Executa("create table T" + std::to_string(i) + " (A integer)");
-    for (int i = 0; i < 9; ++i) EXPECT_TRUE(dm_.VerificaExisteCampo("T" + std::to_string(i), "A"));
-    Executa("alter table T11 add B integer");
-    EXPECT_FALSE(dm_.VerificaExisteCampo("T11", "B")) << "read with all others, before it was altered";
-    dm_.EsqueceColunas("T11");
-    EXPECT_TRUE(dm_.VerificaExisteCampo("T11", "B"));
+TEST_F(DataModuloTest, AllTablesAreReadInOneSweepThatOutlivesAReconnect) {
+    for (const char* tabela : {"T0", "T1", "T2"}) Executa(std::string("create table ") + tabela + " (A integer)");
+    EXPECT_TRUE(dm_.VerificaExisteCampo("T0", "A"));
+    Executa("alter table T1 add B integer");
+    Executa("create table T3 (A integer)");
+    dm_.Reconecta();
+    EXPECT_TRUE(dm_.ExisteTabela("T3"));
+    comandos_.clear();
+    EXPECT_TRUE(dm_.VerificaExisteCampo("T2", "A"));
+    EXPECT_FALSE(dm_.VerificaExisteCampo("T1", "B")) << "read with all others, before it was altered";
+    EXPECT_TRUE(comandos_.empty());
+    EXPECT_TRUE(dm_.VerificaExisteCampo("T3", "A"));
+    dm_.EsqueceColunas("T1");
+    EXPECT_TRUE(dm_.VerificaExisteCampo("T1", "B"));
 }
 
 TEST_F(DataModuloTest, AStatementHasRunOnlyWhenItsCommitSucceeded) {

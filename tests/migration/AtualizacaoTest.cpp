@@ -83,6 +83,16 @@ TEST_F(AtualizacaoTest, UsersThatCannotBeCountedEndARunThatNeedsTheDatabaseAlone
     EXPECT_EQ(Versoes(), "TALT|2;TNOVA|2;TREC|2");
 }
 
+TEST_F(AtualizacaoTest, ARunReadsTheColumnsOfAllTablesOnce) {
+    int leituras = 0;
+    const auto conta = [&](std::string_view sql) {
+        leituras += sql.find("rdb$relation_fields rf") < sql.size() && sql.find("join rdb$relations r on") < sql.size();
+    };
+    Atualiza(OpcoesDeTeste(pasta_));
+    EXPECT_EQ(Atualiza(OpcoesDeTeste(pasta_), conta), TFimDaAtualizacao::Concluida);
+    EXPECT_EQ(leituras, 1);
+}
+
 TEST_F(AtualizacaoTest, ACompleteUpdateLeavesATableThatIsNotAnalysedAlone) {
     Atualiza(OpcoesDeTeste(pasta_));
     TOpcoes opcoes = OpcoesDeTeste(pasta_);

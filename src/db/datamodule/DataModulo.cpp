@@ -9,13 +9,6 @@
 
 namespace wkd {
 
-namespace {
-
-/// Tables whose columns are read one by one before those of all are read at once.
-constexpr int kUmaAUma = 8;
-
-}  // namespace
-
 TDataModulo::TDataModulo(TAliases aliases, ITela& tela, TFabricaDeConexao fabrica)
     : SQLConnection1(std::move(aliases), std::move(fabrica)), Atualiza(SQLConnection1), tela_(tela) {
     Atualiza.Dicionario().SetRecusa([this](std::string_view tabela, const std::string& texto) {
@@ -48,10 +41,22 @@ TDataModulo::TDataModulo(TAliases aliases, ITela& tela, TFabricaDeConexao fabric
 bool TDataModulo::ExisteTabela(std::string_view tabela) const { return nomes_.contains(ChaveDeNome(tabela)); }
 
 void TDataModulo::AtualizaListaDeTabelas() {
+    LeLista();
+    EsqueceTodasAsColunas();
+}
+
+void TDataModulo::LeLista() {
     tabelas_ = SQLConnection1.NomesDeTabelas();
     nomes_.clear();
     for (const auto& nome : tabelas_) nomes_.insert(ChaveDeNome(nome));
-    EsqueceTodasAsColunas();
+}
+
+void TDataModulo::Reconecta() {
+    ConfereAbertura();
+    SQLConnection1.Close();
+    SQLConnection1.Open();
+    aberturaDasColunas_ = SQLConnection1.Aberturas();
+    LeLista();
 }
 
 void TDataModulo::IncluiNaLista(std::string_view tabela) {
@@ -68,7 +73,8 @@ bool TDataModulo::VerificaExisteCampo(std::string_view tabela, std::string_view 
 const std::vector<TColunaFisica>& TDataModulo::ColunasFisicas(std::string_view tabela) {
     ConfereAbertura();
     const std::string nome = ChaveDeNome(tabela);
-    if (!colunas_.contains(nome) && ++lidasUmaAUma_ == kUmaAUma) colunas_.merge(SQLConnection1.TodasAsColunas());
+    if (!lidasTodas_) colunas_.merge(SQLConnection1.TodasAsColunas());
+    lidasTodas_ = true;
     const auto achada = colunas_.find(nome);
     if (achada != colunas_.end()) return achada->second;
     return colunas_.emplace(nome, SQLConnection1.Colunas(nome)).first->second;
@@ -89,7 +95,7 @@ void TDataModulo::ConfereAbertura() {
 void TDataModulo::EsqueceTodasAsColunas() {
     colunas_.clear();
     chaves_.clear();
-    lidasUmaAUma_ = 0;
+    lidasTodas_ = false;
     aberturaDasColunas_ = SQLConnection1.Aberturas();
 }
 

@@ -50,12 +50,14 @@ class TDataModulo {
     bool ExisteTabela(std::string_view tabela) const;
     /// Reads the table-name list and forgets all cached columns.
     void AtualizaListaDeTabelas();
+    /// Closes the connection and opens it again, and reads the list. The database is the same: cached columns stay.
+    void Reconecta();
     /// Puts a table that was just created into the list, without reading it again.
     void IncluiNaLista(std::string_view tabela);
     const std::vector<std::string>& ListaDeTabelas() const { return tabelas_; }
 
-    /// Whether the physical column exists, letter case ignored; false for a missing table. Columns are read once a
-    /// table: one by one for the first few tables asked for, then those of all tables in one sweep.
+    /// Whether the physical column exists, letter case ignored; false for a missing table. The first question reads the
+    /// columns of all tables in one sweep.
     bool VerificaExisteCampo(std::string_view tabela, std::string_view coluna);
     /// Physical columns of the table, from the same cache.
     const std::vector<TColunaFisica>& ColunasFisicas(std::string_view tabela);
@@ -83,6 +85,7 @@ class TDataModulo {
     void UnzipUnZipComplete();
 
   private:
+    void LeLista();
     void EsqueceTodasAsColunas();
     /// What was read under another connect may come from another database.
     void ConfereAbertura();
@@ -93,7 +96,7 @@ class TDataModulo {
     TColunasPorTabela colunas_;
     TChavesPorTabela chaves_;
     int aberturaDasColunas_ = 0;  // connect that colunas_ and chaves_ were read under
-    int lidasUmaAUma_ = 0;
+    bool lidasTodas_ = false;
 };
 
 }  // namespace wkd

@@ -99,7 +99,8 @@ void ExecutaEstrutura(TDataModulo& dm, const TPassoDoDicionario& passo, const st
                            .ComComando(comando));
         return;
     }
-    if (passo.passo == TPasso::Apaga) dm.Commit(comando);
+    if (passo.passo != TPasso::Apaga) return dm.IncluiNaLista(passo.tabela);
+    dm.Commit(comando);
     dm.AtualizaListaDeTabelas();
 }
 

@@ -201,9 +201,7 @@ TFimDaAtualizacao TAtualizacao::Corre(TPastaDeTrabalho& pasta) {
 
 void TAtualizacao::Inicia() {
     GaranteConexao();
-    ctx_.Conexao().Close();
-    ctx_.Conexao().Open();
-    ctx_.dm.AtualizaListaDeTabelas();
+    ctx_.dm.Reconecta();
     inicio_ = Agora();
     ctx_.Tela().Memo1("----------------------------------------------------------");
     ctx_.Tela().Memo1("");
