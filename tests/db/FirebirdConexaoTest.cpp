@@ -10,6 +10,7 @@
 #include "BancoTemporario.h"
 #include "ContratoDriver.h"
 #include "ServidorFirebird.h"
+#include "dialect/Dialeto.h"
 #include "firebird/ClienteFirebird.h"
 #include "firebird/ConexaoFirebird.h"
 #include "firebird/ErroFirebird.h"
@@ -355,6 +356,27 @@ TEST(FirebirdConexao, TheCatalogueKeepsWhatACopyOfATableNeeds) {
     conexao.ExecuteDirect("alter table T add I computed by " + longa);
     EXPECT_EQ(conexao.Colunas("T").back().expressao, longa);
     EXPECT_EQ(conexao.VersaoServidor().rfind("Firebird ", 0), 0u);
+}
+
+TEST(FirebirdConexao, ItsDialectKnowsTheServerWithoutAskingByStatement) {
+    TBancoTemporario banco;
+    auto conexao = CriaConexaoFirebird(banco.Parametros());
+    int comandos = 0;
+    conexao->Observa([&](std::string_view) { ++comandos; });
+    EXPECT_EQ(Dialeto(*conexao).Capacidades().versao, 0) << "not open yet";
+    conexao->Open();
+    comandos = 0;
+    const TCapacidades& sabe = Dialeto(*conexao).Capacidades();
+    EXPECT_EQ(comandos, 0);
+    EXPECT_EQ("Firebird " + sabe.servidor, conexao->VersaoServidor());
+    EXPECT_NE(sabe.cliente.find("Firebird " + TextoDaVersao(sabe.versaoDoCliente)), std::string::npos) << sabe.cliente;
+    EXPECT_EQ(sabe.estrutura / 100, sabe.versao >= 400 ? 13 : 12);
+    EXPECT_EQ(sabe.estruturaDoServidor / 100, sabe.estrutura / 100);
+    EXPECT_EQ(sabe.pagina, 8192);
+    EXPECT_EQ(sabe.dialeto, 3);
+    EXPECT_NE(sabe.arquivo, "");
+    EXPECT_EQ(sabe.Tem(TRecurso::TiposDo4), sabe.versao >= 400);
+    EXPECT_TRUE(sabe.Tem(TRecurso::MonitorCompleto));
 }
 
 }  // namespace

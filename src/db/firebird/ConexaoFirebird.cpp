@@ -58,6 +58,7 @@ class TConexaoFirebird : public TConnection {
     bool Connected() const override { return sessao_->Ligada(); }
     TTipoBanco TipoBanco() const override { return TTipoBanco::tbInterbase; }
     std::string VersaoServidor() override { return metadados_.VersaoServidor(); }
+    const TDialeto* DialetoDoServidor() const override { return &sessao_->Dialeto(); }
 
     void StartTransaction() override {
         if (InTransaction()) throw std::logic_error("já há uma transação aberta");

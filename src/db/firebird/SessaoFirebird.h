@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstdint>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -13,6 +14,7 @@
 
 #include "aliases/Aliases.h"
 #include "connection/Connection.h"
+#include "dialect/DialetoFirebird.h"
 #include "process/Interrupcao.h"
 #include "values/ConjuntoFirebird.h"
 
@@ -65,6 +67,9 @@ class TSessaoFirebird {
     std::int64_t Numero() const { return numero_; }
     /// What the engine says of the open database (isc_info_...), as a number; 0 when it does not say.
     std::int64_t Informacao(char qual);
+    /// The same of several items at once, by their bytes; what the engine does not know is not among them.
+    std::multimap<char, std::string> Informacoes(std::string_view itens);
+    const TDialeto& Dialeto() const { return dialeto_; }
 
     void DefineObservador(TConnection::TObservador observador) { observador_ = std::move(observador); }
     void Observa(std::string_view comando) const {
@@ -80,6 +85,7 @@ class TSessaoFirebird {
   private:
     friend class TTransacaoFirebird;
 
+    TCapacidades Capacidades();
     /// Breaks off what the server is doing for this connection; one that does not answer is closed. Of another thread.
     void Interrompe(TInterrupcao::TEtapa etapa) noexcept;
 
@@ -87,9 +93,9 @@ class TSessaoFirebird {
     std::string nomeDoConjunto_;
     TConjunto conjunto_ = TConjunto::Utf8;
     isc_db_handle banco_ = 0;
-    std::int64_t estrutura_ = 0;  // on-disk structure's major version (ODS): 12 is 3.0's, 13 is 4.0's
-    std::mutex ligando_;          // held while banco_ changes
-    std::string condenada_;       // by this error
+    TDialetoFirebird dialeto_;
+    std::mutex ligando_;     // held while banco_ changes
+    std::string condenada_;  // by this error
     bool perdida_ = false;
     std::int64_t numero_ = 0;
     TRelogioDeEspera relogio_;

@@ -159,6 +159,7 @@ class TConexaoOdbc : public TConnection {
     bool Connected() const override { return sessao_->Ligada(); }
     TTipoBanco TipoBanco() const override { return TTipoBanco::tbSQLServer; }
     std::string VersaoServidor() override { return metadados_.VersaoServidor(); }
+    const TDialeto* DialetoDoServidor() const override { return &sessao_->Dialeto(); }
     bool SoLeitura() override { return sessao_->ParaLer()->Informacao(SQL_DATA_SOURCE_READ_ONLY) == "Y"; }
 
     void StartTransaction() override { sessao_->StartTransaction(); }

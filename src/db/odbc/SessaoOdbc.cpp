@@ -178,6 +178,14 @@ unsigned Segundos(const std::string& texto) {
     return segundos;
 }
 
+TCapacidades Capacidades(TLigacaoOdbc& ligacao) {
+    TCapacidades capacidades;
+    capacidades.servidor = ligacao.Informacao(SQL_DBMS_VER);
+    capacidades.versao = NumeroDaVersao(capacidades.servidor);
+    capacidades.cliente = ligacao.Informacao(SQL_DRIVER_NAME) + " " + ligacao.Informacao(SQL_DRIVER_VER);
+    return capacidades;
+}
+
 }  // namespace
 
 void TSessaoOdbc::Liga() {
@@ -188,6 +196,7 @@ void TSessaoOdbc::Liga() {
     sqlServer_ = ligacao->Informacao(SQL_DBMS_NAME).find("SQL Server") != std::string::npos;
     if (sqlServer_) ajustes_.assign(kAjustesTSql.begin(), kAjustesTSql.end());
     Ajusta(ligacao);
+    dialeto_.Conhece(Capacidades(*ligacao));
     ligacao->CommitAutomatico(false);
     principal_ = ligacao;
 }

@@ -8,6 +8,7 @@
 
 #include "aliases/Aliases.h"
 #include "connection/Connection.h"
+#include "dialect/DialetoSqlServer.h"
 #include "odbc/EmCurso.h"
 #include "odbc/ErroOdbc.h"
 #include "odbc/Odbc.h"
@@ -103,6 +104,7 @@ class TSessaoOdbc {
     bool Ligada() const { return principal_ != nullptr; }
     /// Whether the server speaks T-SQL.
     bool SqlServer() const { return sqlServer_; }
+    const TDialeto& Dialeto() const { return dialeto_; }
 
     /// The main connection, its cursor's rows taken over by their command. Throws TErroBanco when closed.
     std::shared_ptr<TLigacaoOdbc> Principal();
@@ -150,6 +152,7 @@ class TSessaoOdbc {
     std::shared_ptr<TEmCurso> emCurso_ = std::make_shared<TEmCurso>();
     bool perdida_ = false;
     bool sqlServer_ = false;
+    TDialetoSqlServer dialeto_;
     std::shared_ptr<TLigacaoOdbc> principal_;
     std::shared_ptr<TLigacaoOdbc> emDescanso_;  // the main one, while another has the transaction
     std::vector<std::shared_ptr<TLigacaoOdbc>> leitoras_;

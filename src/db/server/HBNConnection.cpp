@@ -201,6 +201,8 @@ TTipoBanco THBNConnection::TipoBanco(const std::filesystem::path& ini) const {
 
 std::string THBNConnection::VersaoServidor() { return Driver().VersaoServidor(); }
 
+const TDialeto* THBNConnection::DialetoDoServidor() const { return driver_ ? driver_->DialetoDoServidor() : nullptr; }
+
 void THBNConnection::StartTransaction() {
     TInterrupcao::Confere();
     Driver().StartTransaction();

@@ -96,6 +96,7 @@ class THBNConnection : public TConnection {
     /// Kind of the alias, or that of section "HBN" of `ini` as long as no alias is loaded.
     TTipoBanco TipoBanco(const std::filesystem::path& ini) const;
     std::string VersaoServidor() override;
+    const TDialeto* DialetoDoServidor() const override;
     void StartTransaction() override;
     void StartInstantaneo() override;
     void Commit() override;

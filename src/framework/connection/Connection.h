@@ -16,6 +16,8 @@
 
 namespace wkd {
 
+class TDialeto;
+
 /// Kinds of database server; the order is part of the settings file's meaning.
 enum class TTipoBanco { tbInterbase, tbMySQL, tbOracle, tbSQLServer, tbODBC };
 
@@ -137,6 +139,8 @@ class TConnection {
     virtual TTipoBanco TipoBanco() const = 0;
     /// Such as "Firebird 3.0.11".
     virtual std::string VersaoServidor() = 0;
+    /// The dialect that knows what this connection's server can do; null where that of its kind is to do.
+    virtual const TDialeto* DialetoDoServidor() const { return nullptr; }
 
     virtual void StartTransaction() = 0;
     /// Begins a transaction that reads the database as it is now and writes nothing, to be rolled back. Here as far as

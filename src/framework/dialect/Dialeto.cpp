@@ -54,7 +54,10 @@ const TDialeto& Dialeto(TTipoBanco banco) {
     }
 }
 
-const TDialeto& Dialeto(const TConnection& conexao) { return Dialeto(conexao.TipoBanco()); }
+const TDialeto& Dialeto(const TConnection& conexao) {
+    const TDialeto* doServidor = conexao.DialetoDoServidor();
+    return doServidor ? *doServidor : Dialeto(conexao.TipoBanco());
+}
 
 std::string TDialeto::ChaveAlteraColuna(std::string_view /*coluna*/) const { return ""; }
 

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "connection/Capacidades.h"
 #include "connection/Connection.h"
 
 namespace wkd {
@@ -50,9 +51,10 @@ struct TConectado {
     std::string usuario, computador, programa, desde;
 };
 
-/// What differs from one kind of server to the other: texts of statements, what the server can do, and the questions to
-/// its catalogue. One object a kind, without state; what is not known of a kind has the answer written here. Table
-/// names in capitals where the catalogue is asked. Throws TErroBanco.
+/// What differs from one kind of server to the other, and from version to version: texts of statements, what the server
+/// can do, and the questions to its catalogue. One object a kind, and one a connection, which knows its server; what is
+/// not known of a kind has the answer written here. Table names in capitals where the catalogue is asked. Throws
+/// TErroBanco.
 class TDialeto {
   public:
     TDialeto() = default;
@@ -60,7 +62,13 @@ class TDialeto {
     TDialeto(const TDialeto&) = delete;
     TDialeto& operator=(const TDialeto&) = delete;
 
+    const TCapacidades& Capacidades() const { return capacidades_; }
+    /// Of the driver, whenever it has opened its connection.
+    void Conhece(TCapacidades capacidades) { capacidades_ = std::move(capacidades); }
+
     // Texts
+    /// The statement in the words of this server's version.
+    virtual std::string ParaServidor(std::string_view comando) const { return std::string(comando); }
     /// Statement that commits, or rolls back; empty where nothing is issued.
     virtual std::string_view ComandoCommit() const { return ""; }
     virtual std::string_view ComandoRollback() const { return ""; }
@@ -193,9 +201,14 @@ class TDialeto {
     virtual bool DobraNomes() const { return false; }
     /// Whether an index as a whole descends, not its columns one by one.
     virtual bool DesceInteiro() const { return false; }
+
+  private:
+    TCapacidades capacidades_;
 };
 
+/// Of a kind, as a server of which no more is known.
 const TDialeto& Dialeto(TTipoBanco banco);
+/// Of the connection's server; its capabilities are those of the last opening.
 const TDialeto& Dialeto(const TConnection& conexao);
 
 /// The other connections to the database, as far as this user may see them.

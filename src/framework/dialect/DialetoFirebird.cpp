@@ -17,7 +17,8 @@ constexpr std::string_view kPalavras =
     " DELETING DETERMINISTIC DISCONNECT DISTINCT DOUBLE DROP ELSE END ESCAPE EXECUTE EXISTS EXTERNAL EXTRACT FALSE"
     " FETCH FILTER FLOAT FOR FOREIGN FROM FULL FUNCTION GDSCODE GLOBAL GRANT GROUP HAVING HOUR IN INDEX INNER"
     " INSENSITIVE INSERT INSERTING INT INT128 INTEGER INTO IS JOIN LATERAL LEADING LEFT LIKE LOCAL LOCALTIME"
-    " LOCALTIMESTAMP LONG LOWER MAX MERGE MIN MINUTE MONTH NATIONAL NATURAL NCHAR NO NOT NULL NUMERIC OCTET_LENGTH"
+    " LOCALTIMESTAMP LONG LOWER MAX MAXIMUM_SEGMENT MERGE MIN MINUTE MONTH NATIONAL NATURAL NCHAR NO NOT NULL NUMERIC "
+    "OCTET_LENGTH"
     " OF OFFSET ON ONLY OPEN OR ORDER OUTER OVER PARAMETER PLAN POSITION POST_EVENT PRECISION PRIMARY PROCEDURE"
     " PUBLICATION RDB$DB_KEY RDB$ERROR RDB$GET_CONTEXT RDB$GET_TRANSACTION_CN RDB$RECORD_VERSION RDB$ROLE_IN_USE"
     " RDB$SET_CONTEXT RDB$SYSTEM_PRIVILEGE REAL RECORD_VERSION RECREATE RECURSIVE REFERENCES REGR_AVGX REGR_AVGY"
@@ -64,7 +65,30 @@ bool PalavraReservada(std::string_view nome) {
     return kPalavras.find(' ' + std::string(nome) + ' ') != std::string_view::npos;
 }
 
-std::string ParaFirebird4(std::string_view sql) {
+namespace {
+
+/// The flag of the catalogue in place of "alter table T alter C set not null" and "... drop not null"; empty for any
+/// other statement.
+std::string NotNullNoCatalogo(std::string_view sql) {
+    std::vector<std::string> palavras = Divide(sql, ' ');
+    std::erase(palavras, "");
+    constexpr std::size_t kTabela = 2, kColuna = 4;
+    std::string molde;
+    for (std::size_t i = 0; i < palavras.size(); ++i)
+        molde += i == kTabela || i == kColuna ? ". " : Maiusculas(palavras[i]) + " ";
+    const bool exige = molde == "ALTER TABLE . ALTER . SET NOT NULL ";
+    if (!exige && molde != "ALTER TABLE . ALTER . DROP NOT NULL ") return "";
+    return std::string("update rdb$relation_fields set rdb$null_flag = ") + (exige ? "1" : "null") +
+           " where rdb$relation_name = " + Aspas(Maiusculas(palavras[kTabela])) +
+           " and rdb$field_name = " + Aspas(Maiusculas(palavras[kColuna]));
+}
+
+}  // namespace
+
+std::string TDialetoFirebird::ParaServidor(std::string_view sql) const {
+    if (!Capacidades().Tem(TRecurso::NotNullPorComando))
+        if (auto noCatalogo = NotNullNoCatalogo(sql); !noCatalogo.empty()) return noCatalogo;
+    if (!Capacidades().Tem(TRecurso::PalavrasDo4)) return std::string(sql);
     std::string texto;
     for (std::size_t de = 0, ate = 0; de < sql.size(); de = ate) {
         ate = FimDoPedaco(sql, de);

@@ -5,16 +5,15 @@
 namespace wkd {
 
 /// Whether Firebird takes the name, in capitals, for a word of its language unless it stands in quotes. The words are
-/// those of 3.0 and 4.0.
+/// those of 2.5 to 5.0.
 bool PalavraReservada(std::string_view nome);
-
-/// The statement as a server from 4.0 on takes it: names that are words of its language since then are in quotes. In a
-/// dictionary they stand as ever, and in the statements that are made of it.
-std::string ParaFirebird4(std::string_view sql);
 
 /// Firebird. The catalogue's part stands in CatalogoFirebird.cpp.
 class TDialetoFirebird : public TDialeto {
   public:
+    /// Names that are words of the language from 4.0 on are in quotes there: in a dictionary they stand as ever, and in
+    /// the statements that are made of it. Before 3.0 only the catalogue makes a column NOT NULL.
+    std::string ParaServidor(std::string_view comando) const override;
     std::string_view ComandoCommit() const override { return "commit;"; }
     std::string_view ComandoRollback() const override { return "ROLLBACK;"; }
     std::string AjustaQuery(std::string_view comando) const override;

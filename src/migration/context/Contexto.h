@@ -154,7 +154,7 @@ struct TContexto {
     ITela& Tela() { return dm.Tela(); }
     TConnection& Conexao() { return dm.SQLConnection1; }
     TTipoBanco Banco() const { return dm.SQLConnection1.TipoBanco(); }
-    const TDialeto& Dialeto() const { return wkd::Dialeto(Banco()); }
+    const TDialeto& Dialeto() const { return wkd::Dialeto(dm.SQLConnection1); }
     /// Run-log entry of the current table and action.
     void Log(TErro erro) { Tela().Erro(TErroDaExecucao::NoLog(std::move(erro), tabelaAtual, acaoAtual)); }
 };
