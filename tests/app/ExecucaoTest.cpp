@@ -20,6 +20,7 @@
 #include "JanelaApoio.h"
 #include "Linhas.h"
 #include "process/Interrupcao.h"
+#include "widgets/SegundoPlano.h"
 #include "window/TelaDaJanela.h"
 
 namespace wkd {

@@ -5,8 +5,9 @@
 #include <atomic>
 
 #include "commands/PreencheDados.h"
+#include "pages/PaginaStatus.h"
 #include "widgets/Dialogos.h"
-#include "window/TelaDaJanela.h"
+#include "widgets/SegundoPlano.h"
 
 namespace wkd {
 

@@ -13,16 +13,16 @@
 #include <algorithm>
 
 #include "commands/Comandos.h"
+#include "pages/PaginaAlias.h"
+#include "pages/PaginaAtualizacao.h"
+#include "pages/PaginaBackup.h"
+#include "pages/PaginaOpcoes.h"
 #include "process/Programa.h"
 #include "report/Historico.h"
 #include "values/Texto.h"
 #include "widgets/Dialogos.h"
 #include "widgets/EstiloAmetista.h"
 #include "window/NovaVersao.h"
-#include "window/PaginaAlias.h"
-#include "window/PaginaAtualizacao.h"
-#include "window/PaginaBackup.h"
-#include "window/PaginaOpcoes.h"
 #include "window/TelaDaJanela.h"
 
 namespace wkd {

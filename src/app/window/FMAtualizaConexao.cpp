@@ -4,14 +4,15 @@
 #include <future>
 
 #include "commands/Comandos.h"
+#include "pages/PaginaAlias.h"
+#include "pages/PaginaOpcoes.h"
 #include "process/Programa.h"
 #include "server/Vigia.h"
 #include "values/Texto.h"
 #include "widgets/Dialogos.h"
+#include "widgets/SegundoPlano.h"
 #include "window/DialogoDeAlias.h"
 #include "window/FMAtualiza.h"
-#include "window/PaginaAlias.h"
-#include "window/PaginaOpcoes.h"
 #include "window/TelaDaJanela.h"
 
 namespace wkd {

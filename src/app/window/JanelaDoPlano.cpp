@@ -8,9 +8,9 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "pages/PaginaStatus.h"
 #include "report/PlanoEmTexto.h"
 #include "widgets/Dialogos.h"
-#include "window/PaginaStatus.h"
 
 namespace wkd {
 

@@ -1,4 +1,4 @@
-#include "window/PaginaStatus.h"
+#include "pages/PaginaStatus.h"
 
 #include <QCheckBox>
 #include <QGridLayout>
@@ -8,9 +8,9 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "pages/PaginaOpcoes.h"
 #include "widgets/Dialogos.h"
 #include "widgets/EstiloAmetista.h"
-#include "window/PaginaOpcoes.h"
 
 namespace wkd {
 

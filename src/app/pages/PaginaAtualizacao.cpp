@@ -1,4 +1,4 @@
-#include "window/PaginaAtualizacao.h"
+#include "pages/PaginaAtualizacao.h"
 
 #include <QGridLayout>
 

@@ -1,12 +1,12 @@
-#include "window/PaginaAlias.h"
+#include "pages/PaginaAlias.h"
 
 #include <QGridLayout>
 #include <QHeaderView>
 #include <QTableWidget>
 
+#include "pages/PaginaOpcoes.h"
+#include "pages/PaginaStatus.h"
 #include "widgets/Dialogos.h"
-#include "window/PaginaOpcoes.h"
-#include "window/PaginaStatus.h"
 
 namespace wkd {
 

@@ -1,4 +1,4 @@
-#include "window/PaginaBackup.h"
+#include "pages/PaginaBackup.h"
 
 #include <QCheckBox>
 #include <QGridLayout>
@@ -7,7 +7,7 @@
 #include "Relatorio.h"
 #include "Restauracao.h"
 #include "widgets/Dialogos.h"
-#include "window/TelaDaJanela.h"
+#include "widgets/SegundoPlano.h"
 
 namespace wkd {
 

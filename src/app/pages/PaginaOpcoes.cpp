@@ -1,4 +1,4 @@
-#include "window/PaginaOpcoes.h"
+#include "pages/PaginaOpcoes.h"
 
 #include <QCheckBox>
 #include <QCompleter>
