@@ -74,6 +74,21 @@ std::string TabelaDaLinha(std::string_view linha) {
     return onde == std::string_view::npos ? "" : std::string(Apara(linha.substr(onde + kMarca.size())));
 }
 
+/// Names of what has such a source. What a server of an older version does not keep there is not asked for.
+std::vector<std::string> FontesComSenha(TConnection& conexao) {
+    std::vector<std::string> nomes;
+    for (const std::string de : {"procedure", "trigger", "function"}) {
+        try {
+            TWKDQuery q(conexao, "select trim(rdb$" + de + "_name) as NOME from rdb$" + de + "s where rdb$" + de +
+                                     "_source containing 'PASSWORD'");
+            for (q.Open(); !q.Eof(); q.Next()) nomes.push_back(q.Texto("NOME"));
+        } catch (const TErroBanco& erro) {
+            if (erro.Falha() != TFalha::ColunaInexistente) throw;
+        }
+    }
+    return nomes;
+}
+
 /// A server names the file that it could not open; one that it cannot read, or that others have, is another error.
 bool NaoSeAcha(const TErroBanco& erro) {
     constexpr std::int64_t kErroDeArquivo = 335544344;
@@ -97,6 +112,21 @@ TArquivoFeito TBackupFirebird::FazBackup(const fs::path& arquivo, const std::fun
         gravacao.Soma(bytes);
         acompanha({"Fazendo o backup: " + TamanhoEmTexto(gravacao.Tamanho()), Percentual(gravacao.Tamanho(), total)});
     });
+    return gravacao.Conclui();
+}
+
+std::optional<TArquivoFeito> TBackupFirebird::FazBackupDoEsquema(const fs::path& arquivo, const TAcompanha& acompanha) {
+    if (const auto fontes = FontesComSenha(conexao_); !fontes.empty())
+        throw TErroDeBackup(
+            "A estrutura do banco ficou de fora: estas fontes falam de senha (PASSWORD): " + Junta(fontes, ", ") + ".");
+    TGravacao gravacao(arquivo);
+    TServicosFirebird(conexao_.Parametros())
+        .FazBackup(
+            [&](std::string_view bytes) {
+                gravacao.Soma(bytes);
+                acompanha({"Copiando a estrutura: " + TamanhoEmTexto(gravacao.Tamanho()), -1});
+            },
+            true);
     return gravacao.Conclui();
 }
 

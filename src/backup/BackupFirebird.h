@@ -16,6 +16,9 @@ class TBackupFirebird : public IServidorDeBackup {
     std::string NomeDaCopia(const std::string& fim) const override;
     TArquivoFeito FazBackup(const std::filesystem::path& arquivo, const std::function<void()>& comecou,
                             const TAcompanha& acompanha) override;
+    /// Refused where a source speaks of a password: sources go along as they are.
+    std::optional<TArquivoFeito> FazBackupDoEsquema(const std::filesystem::path& arquivo,
+                                                    const TAcompanha& acompanha) override;
     void Restaura(const std::filesystem::path& arquivo, const std::string& banco, const TAcompanha& acompanha) override;
     bool Existe(const std::string& banco) override;
     void Apaga(const std::string& banco) override;

@@ -63,6 +63,11 @@ class IServidorDeBackup {
     /// disk. `comecou` is called once the moment that the backup shows is past.
     virtual TArquivoFeito FazBackup(const std::filesystem::path& arquivo, const std::function<void()>& comecou,
                                     const TAcompanha& acompanha) = 0;
+    /// The same of everything but rows, for somebody who is to see none; nothing where the server makes no such backup.
+    virtual std::optional<TArquivoFeito> FazBackupDoEsquema(const std::filesystem::path& /*arquivo*/,
+                                                            const TAcompanha& /*acompanha*/) {
+        return std::nullopt;
+    }
     /// Makes a database, which must not exist, of a backup. A failure leaves nothing.
     virtual void Restaura(const std::filesystem::path& arquivo, const std::string& banco,
                           const TAcompanha& acompanha) = 0;

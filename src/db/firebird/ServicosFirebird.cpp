@@ -137,9 +137,10 @@ void TServicosFirebird::Pergunta(const std::string& envia, const std::string& it
     Confere(estado, "");
 }
 
-void TServicosFirebird::FazBackup(const TRecebe& recebe) {
+void TServicosFirebird::FazBackup(const TRecebe& recebe, bool soEsquema) {
     std::string pedido = Pedido(isc_action_svc_backup, "stdout");
-    AdicionaNumero(pedido, isc_spb_options, isc_spb_bkp_no_garbage_collect);
+    AdicionaNumero(pedido, isc_spb_options,
+                   isc_spb_bkp_no_garbage_collect | (soEsquema ? isc_spb_bkp_metadata_only : 0));
     Comeca(pedido);
     const std::string itens(1, isc_info_svc_to_eof), espera = ComPrazo({});
     for (;;) {

@@ -24,7 +24,8 @@ class TServicosFirebird {
 
     /// The database of the parameters as a stream; called with no bytes every now and then, too. Reads alone: nothing
     /// of the database is cleaned up by the way.
-    void FazBackup(const TRecebe& recebe);
+    /// `soEsquema`: everything but rows, of which none is in it.
+    void FazBackup(const TRecebe& recebe, bool soEsquema = false);
     /// Makes the database of the parameters, which must not exist, from such a stream. `linha` gets what the service
     /// does, and an empty line every now and then. Shadows, files of their own beside the original's, do not come back.
     /// What was made until a failure is left to the caller.
