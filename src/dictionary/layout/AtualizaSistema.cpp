@@ -169,6 +169,12 @@ TArquivos Recarrega(TDataModulo& dm, const TArquivos& arquivos, const TReconstru
 
 }  // namespace
 
+std::size_t IncluiLinhas(TConnection& conexao, const std::string& tabela, const std::filesystem::path& arquivo) {
+    const TTabelaEmMemoria dados = LePacote(arquivo).Tabela();
+    InsereLinhas(conexao, tabela, Destinos(conexao.Colunas(tabela), dados.campos, tabela), dados.linhas);
+    return dados.linhas.size();
+}
+
 bool TrocaRegistrosDoCliente(std::string_view tabela) {
     return !TabelaDoDicionario(tabela) && !IgualSemCaixa(tabela, "SISTEMA");
 }

@@ -21,6 +21,9 @@ std::vector<std::filesystem::path> AtualizaSistema(TDataModulo& dm, const TPasta
 /// (error list, run log).
 void RecarregaAdiados(TDataModulo& dm, const std::vector<std::filesystem::path>& arquivos);
 
+/// Inserts the rows of a packet file into a table, in the open transaction; how many. Throws TErroConhecido.
+std::size_t IncluiLinhas(TConnection& conexao, const std::string& tabela, const std::filesystem::path& arquivo);
+
 /// Whether a packet of that name takes the place of rows that are the customer's: neither the dictionary's, nor those
 /// of SISTEMA, where the release is recorded.
 bool TrocaRegistrosDoCliente(std::string_view tabela);

@@ -154,6 +154,19 @@ std::vector<std::string> TDialetoFirebird::Dependentes(TConnection& conexao, con
         tabela);
 }
 
+std::string_view TDialetoFirebird::ComandoObjetos() const {
+    return "select trim('visao') as TIPO, trim(rdb$relation_name) as NOME, '' as TABELA from rdb$relations"
+           " where rdb$view_blr is not null and coalesce(rdb$system_flag, 0) = 0"
+           " union all select trim('gatilho'), trim(rdb$trigger_name), coalesce(trim(rdb$relation_name), '')"
+           " from rdb$triggers where coalesce(rdb$system_flag, 0) = 0"
+           " union all select trim('procedimento'), trim(rdb$procedure_name), '' from rdb$procedures"
+           " where coalesce(rdb$system_flag, 0) = 0"
+           " union all select trim('funcao'), trim(rdb$function_name), '' from rdb$functions"
+           " where coalesce(rdb$system_flag, 0) = 0"
+           " union all select trim('gerador'), trim(rdb$generator_name), '' from rdb$generators"
+           " where coalesce(rdb$system_flag, 0) = 0 order by 1, 2";
+}
+
 std::string_view TDialetoFirebird::ComandoConectados() const {
     if (!Capacidades().Tem(TRecurso::MonitorCompleto))
         return "select mon$user as USUARIO, coalesce(mon$remote_address, '') as COMPUTADOR,"

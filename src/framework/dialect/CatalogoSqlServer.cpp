@@ -199,6 +199,13 @@ std::string NomeDaNota(std::size_t numero) {
 
 }  // namespace
 
+std::string_view TDialetoSqlServer::ComandoObjetos() const {
+    return "select case o.type when 'V' then 'visao' when 'TR' then 'gatilho' when 'P' then 'procedimento'"
+           " when 'SO' then 'gerador' else 'funcao' end as TIPO, o.name as NOME, coalesce(t.name, '') as TABELA"
+           " from sys.objects o left join sys.tables t on t.object_id = o.parent_object_id"
+           " where o.type in ('V', 'TR', 'P', 'SO', 'FN', 'IF', 'TF') and o.is_ms_shipped = 0 order by 1, 2";
+}
+
 std::string_view TDialetoSqlServer::ComandoConectados() const {
     return "select login_name as USUARIO, coalesce(host_name, '') as COMPUTADOR, coalesce(program_name, '') as "
            "PROGRAMA,"

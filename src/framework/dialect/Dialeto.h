@@ -176,6 +176,9 @@ class TDialeto {
     virtual TContorno Padrao(TConnection&, const std::string& tabela, std::string_view coluna) const;
 
     // Catalogue of the database
+    /// Question for TIPO, NOME and TABELA (empty but for a trigger) of what there is beside tables: views, triggers,
+    /// procedures, functions, generators. Empty where it is not known.
+    virtual std::string_view ComandoObjetos() const { return ""; }
     /// Question for USUARIO, COMPUTADOR, PROGRAMA and DESDE of the other connections to it; empty where they cannot be
     /// known. A user without the right to see them is shown fewer, or none.
     virtual std::string_view ComandoConectados() const { return ""; }

@@ -50,6 +50,7 @@ class TDialetoFirebird : public TDialeto {
     std::vector<TFonte> Gatilhos(TConnection& conexao, const std::string& tabela) const override;
     std::vector<TFonte> Propriedades(TConnection& conexao, const std::string& tabela) const override;
     std::vector<std::string> Dependentes(TConnection& conexao, const std::string& tabela) const override;
+    std::string_view ComandoObjetos() const override;
     std::string_view ComandoConectados() const override;
     std::string ConjuntoDoBanco(TConnection& conexao) const override;
     std::map<std::string, std::int64_t> Formatos(TConnection& conexao) const override;

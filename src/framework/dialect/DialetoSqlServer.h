@@ -56,6 +56,7 @@ class TDialetoSqlServer : public TDialeto {
     std::vector<std::string> Dependentes(TConnection& conexao, const std::string& tabela) const override;
     TContorno Padrao(TConnection& conexao, const std::string& tabela, std::string_view coluna) const override;
 
+    std::string_view ComandoObjetos() const override;
     std::string_view ComandoConectados() const override;
 
     std::string Marca(TConnection& conexao, const std::string& tabela) const override;

@@ -14,7 +14,6 @@ namespace wkd {
 
 namespace {
 
-constexpr std::string_view kSecao = "VoltaComoEra";
 constexpr char kEntreGuardados = '\x1f', kEntreCampos = '\x1e';
 constexpr std::size_t kPedaco = 40;  // bytes in a row of TINI, which is not wide everywhere
 
@@ -49,7 +48,7 @@ TIndicesGuardados::TIndicesGuardados(TContexto& ctx, std::string_view tabela, bo
 void TIndicesGuardados::Le() {
     const std::string inicio = tabela_ + "/";
     std::map<int, std::string> pedacos;
-    for (const auto& [secao, chave, valor] : Parametros(ctx_.Conexao(), {kSecao}))
+    for (const auto& [secao, chave, valor] : Parametros(ctx_.Conexao(), {kSecaoDosGuardados}))
         if (chave.starts_with(inicio)) pedacos[std::atoi(chave.c_str() + inicio.size())] = valor;
 
     pedacos_ = pedacos.size();
@@ -98,9 +97,10 @@ void TIndicesGuardados::Grava() {
     std::vector<std::string> antigas;
     std::vector<TParametro> novos;
     for (std::size_t i = 0; i < pedacos_; ++i) antigas.push_back(chave(i));
-    for (std::size_t i = 0; i < pedacos.size(); ++i) novos.push_back({std::string(kSecao), chave(i), pedacos[i]});
+    for (std::size_t i = 0; i < pedacos.size(); ++i)
+        novos.push_back({std::string(kSecaoDosGuardados), chave(i), pedacos[i]});
     TTransacao transacao(ctx_.Conexao());
-    ApagaParametros(ctx_.Conexao(), kSecao, antigas);
+    ApagaParametros(ctx_.Conexao(), kSecaoDosGuardados, antigas);
     IncluiParametros(ctx_.Conexao(), novos);
     transacao.Commit();
     pedacos_ = pedacos.size();

@@ -9,6 +9,9 @@
 
 namespace wkd {
 
+/// Section of TINI.
+inline constexpr std::string_view kSecaoDosGuardados = "VoltaComoEra";
+
 /// The primary key and the indexes of one table as they were before the run dropped them: what cannot be made as told
 /// comes back. They are kept in TINI as well, so that the run after an interrupted one brings them back.
 class TIndicesGuardados {

@@ -218,8 +218,6 @@ void AjustaCodReceber(TContexto& ctx, std::span<const TTextoPorTipo> passos, std
 
 namespace {
 
-constexpr std::string_view kSecao = "AtualizaQuery";
-
 /// `feitos`: how many statements of several ran.
 void Executa(TContexto& ctx, const TCorrecao& correcao, std::size_t& feitos) {
     if (!correcao.passos.empty()) return AjustaCodReceber(ctx, correcao.passos, feitos);
@@ -228,7 +226,7 @@ void Executa(TContexto& ctx, const TCorrecao& correcao, std::size_t& feitos) {
 }
 
 bool Pendente(TContexto& ctx, const TCorrecao& correcao) {
-    return LeParametro(kSecao, correcao.nome, "NAO", &ctx.Conexao()) != "SIM";
+    return LeParametro(kSecaoDasCorrecoes, correcao.nome, "NAO", &ctx.Conexao()) != "SIM";
 }
 
 void AcrescentaPendentes(TContexto& ctx, std::span<const TCorrecao> correcoes,
@@ -271,7 +269,7 @@ bool ExecutaQuery(TContexto& ctx, const TCorrecao& correcao) {
     }
     registrada.segundos = std::chrono::duration<double>(std::chrono::steady_clock::now() - inicio).count();
     ctx.evidencia.correcoes.push_back(registrada);
-    GravaParametro(kSecao, nome, "SIM", &ctx.Conexao());
+    GravaParametro(kSecaoDasCorrecoes, nome, "SIM", &ctx.Conexao());
     if (!registrada.erro.empty()) ctx.Tela().Memo1(registrada.erro);
     return true;
 }

@@ -9,6 +9,9 @@
 
 namespace wkd {
 
+/// Section of TINI with the names of those that the database has seen.
+inline constexpr std::string_view kSecaoDasCorrecoes = "AtualizaQuery";
+
 /// One statement in the form of SQL Server and in that of every other kind; empty where a kind has none.
 struct TTextoPorTipo {
     std::string_view sqlServer, outros;

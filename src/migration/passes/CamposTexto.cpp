@@ -10,6 +10,7 @@
 #include "alter/IndicesGuardados.h"
 #include "copy/Rejeitados.h"
 #include "layout/Tini.h"
+#include "passes/Passes.h"
 #include "rows/WKDQuery.h"
 #include "tables/MarcaDaBackup.h"
 #include "values/Texto.h"
@@ -58,9 +59,6 @@ std::array<std::string, 7> Comandos(const TColunaLonga& coluna, TTipoBanco banco
             "alter table  " + a + " drop CAMPO_MIGRA_WKD;",
             dicionario + ";"};
 }
-
-// Which column of a table is under conversion, kept in TINI; without TINI the columns themselves must tell.
-constexpr std::string_view kSecaoDaMarca = "CampoMigraWKD";
 
 std::string ColunaMarcada(TContexto& ctx, const std::string& tabela) {
     return ctx.dm.ExisteTabela("TINI") ? LeParametro(kSecaoDaMarca, tabela, "", &ctx.Conexao()) : "";
@@ -220,8 +218,8 @@ std::vector<TTextoParaAjustar> TextosParaAjustar(TContexto& ctx) {
 }
 
 void AtualizaCamposVarCharparaNvarChar(TContexto& ctx) {
-    constexpr std::string_view kSecao = "HBN4", kChave = "VARCHAR_NVARCAR";
-    if (ctx.Banco() != TTipoBanco::tbSQLServer || LeParametro(kSecao, kChave, "NAO", &ctx.Conexao()) == "SIM") return;
+    if (ctx.Banco() != TTipoBanco::tbSQLServer || LeParametro(kSecaoUmaVez, kNvarchar, "NAO", &ctx.Conexao()) == "SIM")
+        return;
 
     const std::array<std::string, 3> tabelas = {"TSAIDA_FATURADO", "TSAIDA_FATURADO_INDU", "TSAIDA_FATURADO_INDU_PA"};
     std::vector<TIndicesGuardados> guardados;
@@ -235,7 +233,7 @@ void AtualizaCamposVarCharparaNvarChar(TContexto& ctx) {
     }
     Devolve(ctx, guardados);
     for (auto& daTabela : guardados) daTabela.Esquece();
-    GravaParametro(kSecao, kChave, "SIM", &ctx.Conexao());
+    GravaParametro(kSecaoUmaVez, kNvarchar, "SIM", &ctx.Conexao());
 }
 
 }  // namespace wkd

@@ -129,9 +129,6 @@ void verificaIndicesPrimarios(TContexto& ctx) {
 
 namespace {
 
-constexpr std::string_view kSecao = "HBN4";
-constexpr std::string_view kFlag = "LOOKUPFISICO";
-
 struct TColunaLookup {
     std::string tabela, nome, lookup, retorno;
 };
@@ -196,7 +193,7 @@ void Ajusta(TContexto& ctx, TWKDQuery& slookup, const TColunaLookup& coluna) {
 }  // namespace
 
 void AtualizaLookupFisico(TContexto& ctx) {
-    if (LeParametro(kSecao, kFlag, "NAO", &ctx.Conexao()) == "SIM") return;
+    if (LeParametro(kSecaoUmaVez, kLookupFisico, "NAO", &ctx.Conexao()) == "SIM") return;
     const auto colunas = ColunasLookup(ctx.Conexao());
     TWKDQuery slookup(ctx.Conexao(), "select * from slookup where arquivo = :pArquivo and campo =:pCampo");
     IBarra& barra = ctx.Tela().PbAtual();
@@ -205,7 +202,7 @@ void AtualizaLookupFisico(TContexto& ctx) {
         Ajusta(ctx, slookup, coluna);
         barra.Posicao(barra.Posicao() + 1);
     }
-    GravaParametro(kSecao, kFlag, "SIM", &ctx.Conexao());
+    GravaParametro(kSecaoUmaVez, kLookupFisico, "SIM", &ctx.Conexao());
 }
 
 namespace {

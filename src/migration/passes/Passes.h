@@ -4,6 +4,9 @@
 
 namespace wkd {
 
+/// Section of TINI, and its keys, with the passes that ran and are not to run again.
+inline constexpr std::string_view kSecaoUmaVez = "HBN4", kLookupFisico = "LOOKUPFISICO", kNvarchar = "VARCHAR_NVARCAR";
+
 /// Removes the SARQUIVO rows whose module and table occur more than once, the first one included: they come back from
 /// the package.
 void VerificaDuplicidadeSarquivo(TContexto& ctx);
