@@ -9,12 +9,12 @@ _atualizawkd() {
     local escolhas='--todas --completo --tabelas --sem-anteriores --sem-posteriores --linhas-por-commit' opcoes=
     COMPREPLY=()
     case $anterior in
-        --plano | --confere | --ensaio | --historico | --backup | --restaura | --repoe | --testa-alias | --remove-alias | --muda-senha) _atualizawkd_aliases "$atual" && return ;;
+        --plano | --confere | --ensaio | --historico | --backup | --restaura | --repoe | --suporte | --testa-alias | --remove-alias | --muda-senha) _atualizawkd_aliases "$atual" && return ;;
         --tipo) COMPREPLY=($(compgen -W 'tbInterbase tbSQLServer tbODBC' -- "$atual")) && return ;;
         --path) COMPREPLY=($(compgen -d -- "$atual")) && return ;;
     esac
     if ((COMP_CWORD == 1)); then
-        COMPREPLY=($(compgen -W '--plano --confere --ensaio --historico --backup --prova-backup --restaura --repoe --lista-alias --testa-alias --novo-alias --muda-senha --remove-alias --help
+        COMPREPLY=($(compgen -W '--plano --confere --ensaio --historico --backup --prova-backup --restaura --repoe --suporte --reproduz --lista-alias --testa-alias --novo-alias --muda-senha --remove-alias --help
                                  --version' -- "$atual"))
         [[ $atual == -* ]] || _atualizawkd_aliases "$atual" ';'
         return
@@ -27,12 +27,13 @@ _atualizawkd() {
         --confere | --historico) opcoes=--json ;;
         --backup) opcoes=--guarda ;;
         --restaura) opcoes=--sim ;;
+        --suporte) opcoes=--pacote ;;
         -*) ;;
         *) opcoes="--com-backup --silencioso $escolhas" ;;
     esac
     if [[ $atual == -* || $primeira == --novo-alias ]]; then
         COMPREPLY=($(compgen -W "$opcoes" -- "$atual"))
-    elif [[ $primeira == --plano || $primeira == --ensaio || $primeira != -* ]]; then
+    elif [[ $primeira == --plano || $primeira == --ensaio || $primeira == --suporte || $anterior == --reproduz || $primeira != -* ]]; then
         COMPREPLY=($(compgen -f -X '!*.[zZ][iI][pP]' -- "$atual") $(compgen -d -- "$atual"))
     fi
 }

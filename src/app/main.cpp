@@ -44,6 +44,8 @@ struct TPrograma {
     TCodigoDeSaida operator()(const TPedeRestaura& pedido) const { return ComandoRestaura(AmbientePadrao(), pedido); }
     TCodigoDeSaida operator()(const TPedeEnsaio& pedido) const { return ComandoEnsaio(AmbientePadrao(), pedido); }
     TCodigoDeSaida operator()(const TPedeRepoe& pedido) const { return ComandoRepoe(AmbientePadrao(), pedido); }
+    TCodigoDeSaida operator()(const TPedeSuporte& pedido) const { return ComandoSuporte(AmbientePadrao(), pedido); }
+    TCodigoDeSaida operator()(const TPedeReproduz& pedido) const { return ComandoReproduz(AmbientePadrao(), pedido); }
     TCodigoDeSaida operator()(const TPedeJanela& pedido) { return Abre({.primeiro = pedido.argumento, .pacote = {}}); }
     TCodigoDeSaida operator()(const TPedeAtualizacao& pedido) {
         if (!TemAsTabelas(AmbientePadrao(), pedido.pacote, pedido.escolhas)) return TCodigoDeSaida::Encerrada;
@@ -66,8 +68,8 @@ bool EhUm(const TPedido& pedido) {
 /// Only what writes has something to finish, or to take away.
 TInterrupcao::TPrazos PrazosDo(const TPedido& pedido) {
     using namespace std::chrono_literals;
-    const bool escreve =
-        EhUm<TPedeAtualizacao, TPedeJanela, TPedeBackup, TPedeProva, TPedeRestaura, TPedeEnsaio, TPedeRepoe>(pedido);
+    const bool escreve = EhUm<TPedeAtualizacao, TPedeJanela, TPedeBackup, TPedeProva, TPedeRestaura, TPedeEnsaio,
+                              TPedeRepoe, TPedeSuporte, TPedeReproduz>(pedido);
     return escreve ? TInterrupcao::TPrazos() : TInterrupcao::TPrazos{0ms, 500ms, 1500ms};
 }
 

@@ -31,7 +31,7 @@ TEST(Erros, EachHasItsLineAndASecondWithWhatThatOneLacks) {
     };
     const std::string generica =
         "Providência: Corrija a causa e rode a atualização de novo: ela continua de onde parou. Se repetir, chame o "
-        "suporte com o relatório da execução.";
+        "suporte com o arquivo que AtualizaWKD --suporte faz.";
 
     auto naQuery = TErroDaExecucao::NosDois({.mensagem = "falhou"}, "T", "").ComComando("alter table T ADD C");
     naQuery.entrada->mensagem.insert(0, "Query de alteração de campo");

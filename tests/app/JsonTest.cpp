@@ -10,6 +10,7 @@
 
 #include "Arquivos.h"
 #include "ProgramaApoio.h"
+#include "package/Pacote.h"
 
 namespace wkd {
 namespace {
@@ -152,6 +153,15 @@ TFormas Rejeitadas(const TLoja& loja) {
     return linhas;
 }
 
+/// Of a bundle's members the one of that name.
+TFormas NoSuporte(const TLoja& loja, const char* membro) {
+    loja.Banco()->ExecuteDirect("create view V_VENDA as select NUMERO from TVENDA");
+    EXPECT_EQ(loja.Roda({"--suporte", "LOJA", "s.zip", "--pacote", "pacote.zip"}).codigo, 0);
+    const TPastaTemporaria pasta;
+    EXPECT_TRUE(ExtraiPacote(loja / "s.zip", pasta.Caminho(), nullptr).empty());
+    return {TJson::parse(LeArquivo(pasta / membro))};
+}
+
 TFormas Inventarios(const TLoja& loja) {
     NoPacote(loja, "SAtrib.WKD", "CHAVE_DE_PESQUISA=\"0\"",
              "CALCULO=\"A+B\" VALOR_PADRAO=\"1\" CHAVE_DE_PESQUISA=\"0\"");
@@ -178,6 +188,9 @@ TEST(Json, EveryFieldIsDocumentedAndEveryDocumentedFieldComes) {
         {"Manifesto do backup", Manifestos},
         {"Histórico", Historicos},
         {"Linhas rejeitadas", Rejeitadas, TJson()},
+        {"Suporte: versões", [](auto& loja) { return NoSuporte(loja, "versoes.json"); }},
+        {"Suporte: configuração", [](auto& loja) { return NoSuporte(loja, "configuracao.json"); }},
+        {"Suporte: esquema", [](auto& loja) { return NoSuporte(loja, "esquema.json"); }},
         {"PacoteWKD mostra", Inventarios},
         {"PacoteWKD confere",
          [](auto& loja) {

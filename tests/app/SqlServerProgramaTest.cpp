@@ -6,9 +6,11 @@
 #include <chrono>
 #include <thread>
 
+#include "Arquivos.h"
 #include "Linhas.h"
 #include "LojaSqlServer.h"
 #include "ProgramaApoio.h"
+#include "package/Pacote.h"
 #include "package/TravaDoBanco.h"
 
 namespace wkd {
@@ -46,6 +48,19 @@ class SqlServerPrograma : public testing::Test {
     TProgramaInstalado programa_;
     std::unique_ptr<TLojaSqlServer> loja_;
 };
+
+TEST_F(SqlServerPrograma, ASupportBundleHasTheSchemaAndNoRow) {
+    loja_->Conexao().ExecuteDirect("update TFORNECE set NOME = 'zqxv'");
+    const auto saida = programa_.Roda({"--suporte", "LOJA", "s.zip", "--pacote", "pacote.zip"});
+    ASSERT_EQ(saida.codigo, 0) << saida.erros;
+    EXPECT_TRUE(saida.Diz("só um Firebird copia o esquema")) << saida.erros;
+    const TPastaTemporaria pasta;
+    ASSERT_TRUE(ExtraiPacote(programa_ / "s.zip", pasta.Caminho(), nullptr).empty());
+    for (const char* nome : {"esquema.json", "plano.json", "confere.json", "dicionario-SATRIB.xml"})
+        EXPECT_TRUE(fs::exists(pasta / nome)) << nome;
+    for (const auto& entrada : fs::directory_iterator(pasta.Caminho()))
+        EXPECT_EQ(LeArquivo(entrada.path()).find("zqxv"), std::string::npos) << entrada.path();
+}
 
 /// Every update of SARQUIVO takes half a minute.
 constexpr std::string_view kDemora =

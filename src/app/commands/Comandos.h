@@ -52,6 +52,10 @@ TCodigoDeSaida MostraHistorico(const TAmbiente& ambiente, const TPedeHistorico& 
 /// 0 no rejected row is left, 1 some are.
 TCodigoDeSaida ComandoRepoe(const TAmbiente& ambiente, const TPedeRepoe& pedido);
 
+/// A support bundle: 0 with all that it can have, 1 without something, 2 none was written.
+TCodigoDeSaida ComandoSuporte(const TAmbiente& ambiente, const TPedeSuporte& pedido);
+TCodigoDeSaida ComandoReproduz(const TAmbiente& ambiente, const TPedeReproduz& pedido);
+
 using TComandoNoAlias = std::function<TCodigoDeSaida(TDataModulo& dm, const TEstado& estado)>;
 /// Opens the alias and hands the data module over. What fails before is "no connection", behind it "ended early".
 TCodigoDeSaida NoAlias(const TAmbiente& ambiente, const std::string& alias, const TComandoNoAlias& comando);

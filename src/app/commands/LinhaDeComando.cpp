@@ -51,6 +51,14 @@ Depois de uma atualização:
   --historico [ALIAS] [--json]               lista as atualizações feitas, da mais nova à mais antiga
   --repoe ALIAS                              põe de volta os registros rejeitados que agora cabem
 
+Para quem ajuda de longe:
+  --suporte ALIAS [ARQUIVO.zip] [--pacote PACOTE.zip]
+                                             junta log, relatórios, plano, conferência, versões, configuração sem
+                                             senha, esquema e dicionário do banco, sem registro de cliente nenhum,
+                                             e diz antes o que vai; sem --pacote, o plano é o do último pacote
+  --reproduz ARQUIVO.zip ALIAS               faz, com o que está num pacote de suporte, um banco vazio no lugar do
+                                             alias, onde ainda não pode haver nenhum
+
 Aliases (seções do arquivo WKD.ini):
   --lista-alias                              nomes dos aliases, um por linha
   --testa-alias NOME                         conecta e mostra tipo, local e versão do servidor
@@ -71,7 +79,8 @@ Aliases (seções do arquivo WKD.ini):
 
 Código de saída:
   0   terminou sem erro
-  1   terminou, e algum erro foi relatado; --prova-backup: o backup não é bom; --repoe: algum registro ficou
+  1   terminou, e algum erro foi relatado; --prova-backup: o backup não é bom; --repoe: algum registro ficou;
+      --suporte: o pacote foi gravado, e falta nele algo que a saída diz
   2   terminou antes da hora: pacote, confirmação, usuários conectados, outra atualização em andamento, ou um
       backup que não pôde ser feito
   3   sem WKD.ini, alias desconhecido ou sem conexão
@@ -216,6 +225,17 @@ const std::vector<TComando>& Comandos() {
         {"--repoe",
          {{"--repoe"}, {}},
          [](const TArgumentos& a) -> TPedido { return TPedeRepoe{NomeDoAlias(a.Opcao("--repoe"))}; }},
+        {"--suporte",
+         {{"--suporte", "--pacote"}, {}, 0, 1},
+         [](const TArgumentos& a) -> TPedido {
+             return TPedeSuporte{NomeDoAlias(a.Opcao("--suporte")), a.PalavraSeHouver(0),
+                                 a.Tem("--pacote") ? a.Opcao("--pacote") : ""};
+         }},
+        {"--reproduz",
+         {{"--reproduz"}, {}, 1},
+         [](const TArgumentos& a) -> TPedido {
+             return TPedeReproduz{a.Opcao("--reproduz"), NomeDoAlias(a.Palavra(0))};
+         }},
     };
     return comandos;
 }

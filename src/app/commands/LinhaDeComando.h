@@ -85,6 +85,17 @@ struct TPedeEnsaio {
 struct TPedeRepoe {
     std::string alias;
 };
+/// What whoever helps from afar needs to see, without any customer's row.
+struct TPedeSuporte {
+    std::string alias;
+    std::filesystem::path arquivo = {};  // empty: one beside the program
+    std::filesystem::path pacote = {};   // of the plan; empty: that of the last run
+};
+/// The empty database of such a bundle, as that of an alias.
+struct TPedeReproduz {
+    std::filesystem::path arquivo;
+    std::string alias;
+};
 /// The wizard; with an alias it is chosen at start.
 struct TPedeJanela {
     std::string argumento;  // first argument, as given
@@ -101,9 +112,10 @@ struct TUsoIncorreto {
     std::string mensagem;
 };
 
-using TPedido = std::variant<TPedeAjuda, TPedeVersao, TPedeListaAlias, TPedeNovoAlias, TPedeMudaSenha, TPedeRemoveAlias,
-                             TPedeTestaAlias, TPedePlano, TPedeConfere, TPedeHistorico, TPedeBackup, TPedeProva,
-                             TPedeRestaura, TPedeEnsaio, TPedeRepoe, TPedeJanela, TPedeAtualizacao, TUsoIncorreto>;
+using TPedido =
+    std::variant<TPedeAjuda, TPedeVersao, TPedeListaAlias, TPedeNovoAlias, TPedeMudaSenha, TPedeRemoveAlias,
+                 TPedeTestaAlias, TPedePlano, TPedeConfere, TPedeHistorico, TPedeBackup, TPedeProva, TPedeRestaura,
+                 TPedeEnsaio, TPedeRepoe, TPedeSuporte, TPedeReproduz, TPedeJanela, TPedeAtualizacao, TUsoIncorreto>;
 
 /// Reads the arguments behind the program name. A first argument that begins with "--" is an option; else two or more
 /// arguments are an unattended run: alias followed by ";", package, and its options anywhere. More words count for

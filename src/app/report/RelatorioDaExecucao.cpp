@@ -34,7 +34,7 @@ constexpr std::string_view kDisco =
     "confira antes o banco com gfix -v -full.";
 constexpr std::string_view kGeral =
     "Corrija a causa e rode a atualização de novo: ela continua de onde parou. Se repetir, chame o suporte com o "
-    "relatório da execução.";
+    "arquivo que AtualizaWKD --suporte faz.";
 
 constexpr TProvidencia kProvidencias[] = {
     {TFalha::Conexao, "conexao", kServidor},
