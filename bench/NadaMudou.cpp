@@ -16,7 +16,9 @@ void LeTudo(TConnection& banco, const char* sql) {
 /// What any run must read.
 void LeDicionarioEColunas(TConnection& banco) {
     LeTudo(banco, "select * from SARQUIVO");
-    LeTudo(banco, "select * from SATRIB");
+    LeTudo(banco,
+           "select ARQUIVO, NOME, TIPO, TAMANHO, VALOR_PADRAO, CALCULO, CHAVE_DE_PESQUISA, SEQUENCIA, LOOKUP_ARQUIVO"
+           " from SATRIB");
     banco.TodasAsColunas();
 }
 

@@ -118,6 +118,38 @@ TEST_F(DicionarioTest, StoredRowsFollowThePackageRow) {
     EXPECT_EQ(visto, "3:CODIGO=30 NOME=20 2:NOME=10 :X= ");
 }
 
+TEST_F(DicionarioTest, RowsOfSomeTablesAreReadWhateverColumnsSatribHasByThen) {
+    dm_.SatribVelho.OpenVazio();
+    Executa("alter table SATRIB add NOVO varchar(9) default 'x' not null");
+    Executa("alter table SATRIB alter NOVO position 1");
+    Executa("insert into SATRIB (ARQUIVO, NOME, TAMANHO) values ('tped', 'CODIGO2', 31)");
+    dm_.SatribVelho.Recarrega("ARQUIVO", {"TPED", "tped"});
+    dm_.SatribVelho.Recarrega("ARQUIVO", {"TPED", "tped"});
+    EXPECT_EQ(dm_.SatribVelho.Todas().linhas.size(), 3u) << "each once, and none of TCLI";
+    dm_.SArquivoNovo.First();
+    dm_.SatribNovo.First();
+    EXPECT_EQ(dm_.SatribVelho.Texto("TAMANHO"), "30");
+    dm_.SatribVelho.Append();
+    for (const auto& [campo, valor] : {std::pair("ARQUIVO", "TPED"), std::pair("NOME", "OUTRO")})
+        dm_.SatribVelho.SetValor(campo, valor);
+    dm_.SatribVelho.Post();
+    EXPECT_TRUE(AplicaEmTransacao(dm_.SatribVelho)) << "the server gives what the dataset does not know";
+    EXPECT_EQ(Linhas("select NOVO from SATRIB where NOME = 'OUTRO'"), "x");
+}
+
+TEST_F(DicionarioTest, TheKeysOfAllTablesAreReadAtOnce) {
+    Executa("create table TCLI (A integer not null primary key)");
+    Executa("create table TPED (A integer not null)");
+    dm_.AtualizaListaDeTabelas();
+    EXPECT_EQ(dm_.ChavePrimaria("tcli").colunas, std::vector<std::string>{"A"});
+    comandos_.clear();
+    EXPECT_TRUE(dm_.ChavePrimaria("TPED").colunas.empty());
+    EXPECT_TRUE(comandos_.empty());
+    Executa("alter table TPED add primary key (A)");
+    dm_.EsqueceColunas("TPED");
+    EXPECT_EQ(dm_.ChavePrimaria("TPED").colunas, std::vector<std::string>{"A"});
+}
+
 TEST_F(DicionarioTest, ChangesGoToTheRowOfTheKeyAndRefusalsAreShown) {
     dm_.SarquivoVelho.Edit();
     dm_.SarquivoVelho.SetValor("VERSAO", 9);

@@ -83,6 +83,10 @@ const std::vector<TColunaFisica>& TDataModulo::ColunasFisicas(std::string_view t
 const TChavePrimaria& TDataModulo::ChavePrimaria(std::string_view tabela) {
     ConfereAbertura();
     const std::string nome = ChaveDeNome(tabela);
+    if (chaves_.empty()) {
+        chaves_ = SQLConnection1.TodasAsChaves();
+        for (const auto& semChave : nomes_) chaves_.try_emplace(semChave);
+    }
     const auto achada = chaves_.find(nome);
     if (achada != chaves_.end()) return achada->second;
     return chaves_.emplace(nome, SQLConnection1.ChavePrimaria(tabela)).first->second;

@@ -63,7 +63,7 @@ class TDataModulo {
     const std::vector<TColunaFisica>& ColunasFisicas(std::string_view tabela);
     /// Takes these for the columns of the table until it forgets them: a plan sees them as an earlier step leaves them.
     void SupoeColunas(std::string_view tabela, std::vector<TColunaFisica> colunas);
-    /// Primary key of the table, read once.
+    /// Primary key of the table; the first question reads those of all.
     const TChavePrimaria& ChavePrimaria(std::string_view tabela);
     /// Drops what is cached of one table; call after every alteration of it.
     void EsqueceColunas(std::string_view tabela);

@@ -9,11 +9,12 @@
 namespace wkd {
 namespace {
 
-/// Two columns for a source text: its bytes, or a blob for a long one. Legacy databases keep sources in another
-/// character set than the catalogue says, so the server must not look into them.
+/// Two columns for a source text: its bytes, or a blob for a long one. Most are short, and the narrower the rows, the
+/// more of them come with each turn to the server. Legacy databases keep sources in another character set than the
+/// catalogue says, so the server must not look into them.
 std::string Fonte(const std::string& coluna) {
-    return "iif(octet_length(" + coluna + ") <= 1000, cast(" + coluna +
-           " as varchar(1000) character set octets), null), iif(octet_length(" + coluna + ") > 1000, cast(" + coluna +
+    return "iif(octet_length(" + coluna + ") <= 60, cast(" + coluna +
+           " as varchar(60) character set octets), null), iif(octet_length(" + coluna + ") > 60, cast(" + coluna +
            " as blob sub_type 0), null)";
 }
 
@@ -249,6 +250,7 @@ TColunasPorTabela TMetadadosFirebird::TodasAsColunas() {
                                                  kTabelaComum));
     TColunasPorTabela tabelas;
     for (linha.Abre(); linha.Proximo();) tabelas[Maiusculas(Nome(linha, cTabela))].push_back(Coluna(linha));
+    for (auto& [tabela, colunas] : tabelas) colunas.shrink_to_fit();
     return tabelas;
 }
 

@@ -16,15 +16,32 @@ void TClientDataSet::Open() {
     First();
 }
 
-void TClientDataSet::Recarrega(std::string_view campo, const TValor& valor) {
+void TClientDataSet::OpenVazio() { Carrega(LeTudo(*provedor_.conexao->Prepara(provedor_.sql + " where 1 = 0"))); }
+
+void TClientDataSet::Recarrega(std::string_view campo, const TLinha& valores) {
     if (!ativo_ || !provedor_.conexao) return;
     Cancel();
-    const auto consulta = provedor_.conexao->Prepara(provedor_.sql + " where " + std::string(campo) + " = :pVALOR");
-    consulta->Atribui("pVALOR", valor);
-    TTabelaEmMemoria tabela = LeTudo(*consulta);
-    for (const TIdLinha id : std::vector(Indice(campo).Procura(ChaveDeValores({valor})))) linhas_.Esquece(id);
-    for (TLinha& linha : tabela.linhas) linhas_.Acrescenta(std::move(linha));
+    std::vector<std::string> parametros;
+    for (std::size_t i = 0; i < valores.size(); ++i) parametros.push_back(":pVALOR" + std::to_string(i));
+    const auto consulta = provedor_.conexao->Prepara(provedor_.sql + " where " + std::string(campo) + " in (" +
+                                                     Junta(parametros, ", ") + ")");
+    for (std::size_t i = 0; i < valores.size(); ++i) consulta->Atribui(i, valores[i]);
+    Substitui(campo, valores, LeTudo(*consulta));
     Invalida();
+}
+
+/// The rows with these values by those, whose table may have other columns by now.
+void TClientDataSet::Substitui(std::string_view campo, const TLinha& valores, TTabelaEmMemoria lidas) {
+    for (const TValor& valor : valores)
+        for (const TIdLinha id : std::vector(Indice(campo).Procura(ChaveDeValores({valor})))) linhas_.Esquece(id);
+    std::vector<int> lugares;
+    for (const TCampo& meu : campos_) lugares.push_back(wkd::IndiceDoCampo(lidas.campos, meu.nome));
+    for (TLinha& lida : lidas.linhas) {
+        TLinha linha;
+        for (const int lugar : lugares)
+            linha.push_back(lugar < 0 ? TValor() : std::move(lida[static_cast<std::size_t>(lugar)]));
+        linhas_.Acrescenta(std::move(linha));
+    }
 }
 
 void TClientDataSet::Close() {

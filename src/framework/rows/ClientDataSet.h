@@ -46,12 +46,14 @@ class TClientDataSet {
     const TProvedor& Provedor() const { return provedor_; }
     /// Reads the rows through the provider (when there is one) and goes to the first. Throws TErroBanco.
     void Open();
+    /// Reads the fields alone; rows come by Recarrega.
+    void OpenVazio();
     /// Forgets rows and pending changes; definitions stay.
     void Close();
     bool Active() const { return ativo_; }
-    /// Reads again the rows whose field has this value, for what statements changed behind the dataset's back.
+    /// Reads again the rows whose field has one of these values, for what statements changed behind the dataset's back.
     /// Pending changes of these rows are given up. Throws TErroBanco.
-    void Recarrega(std::string_view campo, const TValor& valor);
+    void Recarrega(std::string_view campo, const TLinha& valores);
     /// Takes rows that came from a data packet; the dataset is then open.
     void Carrega(TTabelaEmMemoria tabela);
 
@@ -126,6 +128,7 @@ class TClientDataSet {
     std::vector<std::size_t> Posicoes(const std::vector<std::string>& campos) const;
     const TIndiceDeLinhas& Indice(std::string_view campos) const;
 
+    void Substitui(std::string_view campo, const TLinha& valores, TTabelaEmMemoria lidas);
     void Sincroniza() const;
     void SegueMestre() const;
     void MontaVisao() const;

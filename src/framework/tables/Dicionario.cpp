@@ -1,9 +1,11 @@
 #include "tables/Dicionario.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <set>
 
+#include "connection/Connection.h"
 #include "rows/LinhasDoDataSet.h"
 #include "values/Texto.h"
 
@@ -38,17 +40,33 @@ std::int64_t Inteiro(std::string_view texto) {
     return numero;
 }
 
-TColunaDicionario Coluna(const TLeitor& le, const TLinha& linha) {
-    return {.nome = le.Nome(linha, "NOME"),
-            .tipo = std::string(AparaFim(le.Texto(linha, "TIPO"))),
-            .tamanho = std::string(AparaFim(le.Texto(linha, "TAMANHO"))),
-            .valorPadrao = le.Texto(linha, "VALOR_PADRAO"),
-            .calculo = le.Texto(linha, "CALCULO"),
-            .chave = static_cast<int>(Inteiro(le.Texto(linha, "CHAVE_DE_PESQUISA"))),
-            .sequencia = Inteiro(le.Texto(linha, "SEQUENCIA")),
-            .lookup = le.Texto(linha, "LOOKUP_ARQUIVO"),
-            .tabela = le.Texto(linha, "ARQUIVO")};
-}
+/// Makes columns of rows of SATRIB.
+class TLeitorDeColunas {
+  public:
+    explicit TLeitorDeColunas(const std::vector<TCampo>& campos) {
+        std::ranges::transform(kCamposDaColuna, lugares_.begin(),
+                               [&](std::string_view campo) { return IndiceDoCampo(campos, campo); });
+    }
+    TColunaDicionario Coluna(const TLinha& linha) const {
+        enum : std::size_t { cTabela, cNome, cTipo, cTamanho, cPadrao, cCalculo, cChave, cSequencia, cLookup };
+        return {.nome = std::string(Apara(Texto(linha, cNome))),
+                .tipo = std::string(AparaFim(Texto(linha, cTipo))),
+                .tamanho = std::string(AparaFim(Texto(linha, cTamanho))),
+                .valorPadrao = Texto(linha, cPadrao),
+                .calculo = Texto(linha, cCalculo),
+                .chave = static_cast<int>(Inteiro(Texto(linha, cChave))),
+                .sequencia = Inteiro(Texto(linha, cSequencia)),
+                .lookup = Texto(linha, cLookup),
+                .tabela = Texto(linha, cTabela)};
+    }
+
+  private:
+    std::string Texto(const TLinha& linha, std::size_t campo) const {
+        return lugares_[campo] < 0 ? std::string() : linha[static_cast<std::size_t>(lugares_[campo])].ComoTexto();
+    }
+
+    std::array<int, std::size(kCamposDaColuna)> lugares_;
+};
 
 /// Rows of SINDSECA in the order of its SEQUENCIA, those of the same one as they came.
 std::vector<const TLinha*> EmSequencia(const TLinhasVistas& sindseca) {
@@ -91,19 +109,34 @@ void TDicionario::LeTabelas(const TLinhasVistas& sarquivo) {
 }
 
 void TDicionario::LeColunas(const TLinhasVistas& satrib) {
-    const TLeitor le(satrib);
+    const TLeitorDeColunas le(*satrib.campos);
     colunas_.clear();
-    for (const TLinha* linha : satrib.linhas)
-        colunas_[ChaveDeNome(le.Texto(*linha, "ARQUIVO"))].push_back(wkd::Coluna(le, *linha));
+    for (const TLinha* linha : satrib.linhas) Inclui(le.Coluna(*linha));
+    for (auto& [tabela, colunas] : colunas_) colunas.shrink_to_fit();
+}
+
+void TDicionario::LeColunas(TComando& satrib) {
+    colunas_.clear();
+    satrib.Abre();
+    const TLeitorDeColunas le(satrib.Campos());
+    for (TLinha linha(satrib.Campos().size()); satrib.Proximo();) {
+        for (std::size_t i = 0; i < linha.size(); ++i) linha[i] = satrib.Valor(i);
+        Inclui(le.Coluna(linha));
+    }
+    for (auto& [tabela, colunas] : colunas_) colunas.shrink_to_fit();
+}
+
+void TDicionario::Inclui(TColunaDicionario coluna) {
+    colunas_[ChaveDeNome(coluna.tabela)].push_back(std::move(coluna));
 }
 
 void TDicionario::TrocaColunas(std::string_view tabela, const TLinhasVistas& satrib) {
-    const TLeitor le(satrib);
+    const TLeitorDeColunas le(*satrib.campos);
     const std::string chave = ChaveDeNome(tabela);
     TColunas& colunas = colunas_[chave];
     colunas.clear();
     for (const TLinha* linha : satrib.linhas)
-        if (ChaveDeNome(le.Texto(*linha, "ARQUIVO")) == chave) colunas.push_back(wkd::Coluna(le, *linha));
+        if (auto coluna = le.Coluna(*linha); ChaveDeNome(coluna.tabela) == chave) colunas.push_back(std::move(coluna));
 }
 
 void TDicionario::LeIndices(const TLinhasVistas& sindsec, const TLinhasVistas& sindseca) {

@@ -12,6 +12,8 @@
 
 namespace wkd {
 
+class TComando;
+
 /// A column of the dictionary: its row in SATRIB as far as its definition goes.
 struct TColunaDicionario {
     std::string nome;
@@ -43,6 +45,11 @@ struct TTabelaDicionario {
     std::optional<std::int64_t> versao;
 };
 
+/// Fields of SATRIB that a TColunaDicionario is made of.
+inline constexpr std::string_view kCamposDaColuna[] = {"ARQUIVO",           "NOME",         "TIPO",
+                                                       "TAMANHO",           "VALOR_PADRAO", "CALCULO",
+                                                       "CHAVE_DE_PESQUISA", "SEQUENCIA",    "LOOKUP_ARQUIVO"};
+
 /// What a package or a database says of its tables, with their columns and indexes. Names are looked up without letter
 /// case and trailing blanks. Columns and indexes are known by the name of their table alone, whether or not SARQUIVO
 /// has it; a table may stand in several modules.
@@ -55,6 +62,8 @@ class TDicionario {
     // takes the place of what was there.
     void LeTabelas(const TLinhasVistas& sarquivo);
     void LeColunas(const TLinhasVistas& satrib);
+    /// The same, row by row from a query, so that no row stays in memory.
+    void LeColunas(TComando& satrib);
     /// SINDSECA's columns come in the order of its SEQUENCIA.
     void LeIndices(const TLinhasVistas& sindsec, const TLinhasVistas& sindseca);
     /// The rows of one table alone.
@@ -79,6 +88,7 @@ class TDicionario {
 
   private:
     void Numera();
+    void Inclui(TColunaDicionario coluna);
 
     std::vector<TTabelaDicionario> tabelas_;
     std::map<std::pair<std::string, std::string>, std::size_t> lugares_;  // by ChaveDeNome of module and name

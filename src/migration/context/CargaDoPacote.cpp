@@ -153,9 +153,12 @@ void LeDicionarioNovo(TContexto& ctx) {
 void LeDicionarioGravado(TContexto& ctx) {
     TDataModulo& dm = ctx.dm;
     dm.SarquivoVelho.Open();
-    dm.SatribVelho.Open();
+    dm.SatribVelho.OpenVazio();
     ctx.gravado.LeTabelas(dm.SarquivoVelho.Todas());
-    ctx.gravado.LeColunas(dm.SatribVelho.Todas());
+    std::vector<std::string> campos;
+    for (const std::string_view campo : kCamposDaColuna)
+        if (dm.VerificaExisteCampo("SATRIB", campo)) campos.emplace_back(campo);
+    ctx.gravado.LeColunas(*ctx.Conexao().Prepara("select " + Junta(campos, ", ") + " from SATRIB"));
 }
 
 /// The version that an open rebuild (VERSAO -1) began at is not known any more: any version ends it.

@@ -25,7 +25,8 @@ bool Desempacota(TContexto& ctx, TPastaDeTrabalho& pasta);
 std::vector<TLinhaRecusada> CarregaDicionarios(TContexto& ctx, const TPastaDeTrabalho& pasta);
 /// Makes the package's dictionary of the rows of SArquivoNovo and SatribNovo.
 void LeDicionarioNovo(TContexto& ctx);
-/// Reads the stored dictionary, into SarquivoVelho and SatribVelho as well. Throws TErroBanco.
+/// Reads the stored dictionary, of its columns what decides, and opens SarquivoVelho, and SatribVelho without rows.
+/// Throws TErroBanco.
 void LeDicionarioGravado(TContexto& ctx);
 /// A table's negative version in the package, which would say that its rebuild is open, counts as the stored one and is
 /// reported. Expects the stored dictionary read.

@@ -145,7 +145,7 @@ struct TContexto {
     TDicionario novo = {};                      // of the package
     TDicionario gravado = {};                   // of the database, as the run found it
     std::set<std::string> comRecusadas = {};    // tables of which a row of the package was passed over
-    std::set<std::string> desatualizadas = {};  // tables whose rows in SatribVelho statements have replaced
+    std::set<std::string> desatualizadas = {};  // tables whose rows in SATRIB this run has replaced
     TReconstrucoesAbertas abertas = {};         // as the run found them, and as its rebuilds change them
 
     bool indicesAdiados = false;                  // the package's SINDSEC or SINDSECA is loaded behind the tables alone

@@ -185,7 +185,7 @@ bool GravaFim(TContexto& ctx, const std::string& tabela, const std::function<voi
         ctx.Tela().Erro(TErroDaExecucao::NosDois(ErroDe(erro), ctx.tabelaAtual, ctx.acaoAtual,
                                                  "Tabela " + tabela + ": " + erro.what()));
         velho.CancelUpdates();
-        velho.Recarrega("NOME_ARQUIVO", tabela);
+        velho.Recarrega("NOME_ARQUIVO", {tabela});
         return false;
     }
 }

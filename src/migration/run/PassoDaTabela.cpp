@@ -1,5 +1,7 @@
 #include "run/PassoDaTabela.h"
 
+#include <set>
+
 #include "alter/Alteracao.h"
 #include "alter/DicionarioDaTabela.h"
 #include "copy/CopiaDeLinhas.h"
@@ -69,7 +71,7 @@ void TPassoDaTabela::Executa() {
     if (IgualSemCaixa(tabela_, "SATRIB")) ctx_.dm.Atualiza.Dicionario().Solta();
     ExigeEspacoEmDisco(ctx_);
     if (ctx_.desatualizadas.erase(ChaveDeNome(tabela_)) > 0) {
-        ctx_.dm.SatribVelho.Recarrega("ARQUIVO", tabela_);
+        LeColunasGravadas();
         ctx_.gravado.TrocaColunas(tabela_, ctx_.dm.SatribVelho.Todas());
     }
     decisao_ = DecideTabela(ctx_, marcas_);
@@ -119,7 +121,16 @@ void TPassoDaTabela::IncluiNoSArquivo() {
     AplicaEmTransacao(velho);
 }
 
+/// Into SatribVelho, however SATRIB spells the table.
+void TPassoDaTabela::LeColunasGravadas() {
+    std::set<std::string> grafias = {tabela_};
+    for (const auto& coluna : ctx_.gravado.Colunas(tabela_)) grafias.insert(coluna.tabela);
+    ctx_.dm.SatribVelho.Recarrega("ARQUIVO", TLinha(grafias.begin(), grafias.end()));
+}
+
 void TPassoDaTabela::CopiaColunasParaODicionario() {
+    if (decisao_.novas.empty()) return;
+    LeColunasGravadas();
     TClientDataSet& novo = ctx_.dm.SatribNovo;
     for (const std::string& coluna : decisao_.novas)
         if (novo.Locate("nome", {coluna})) CopiaColunaParaODicionario();

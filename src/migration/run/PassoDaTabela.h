@@ -21,6 +21,7 @@ class TPassoDaTabela {
     bool TemColunas() const { return !ctx_.novo.Colunas(tabela_).empty(); }
     void TabelaExistente(TIndicesGuardados& guardados);
     void IncluiNoSArquivo();
+    void LeColunasGravadas();
     void CopiaColunasParaODicionario();
     void CopiaColunaParaODicionario();
     void TabelaNova();
