@@ -5,10 +5,10 @@
 #include <QImage>
 #include <QPainter>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QStyleOption>
 #include <algorithm>
 #include <cmath>
-#include <regex>
 
 #include "JanelaApoio.h"
 #include "report/RelatorioDaExecucao.h"
@@ -66,10 +66,10 @@ TEST(EstiloTest, TheReportStandsOutOnLightAndOnDarkScreens) {
     for (auto onde = pagina.find(":root {"); onde != std::string::npos; onde = pagina.find(":root {", onde + 1)) {
         const std::string cores = pagina.substr(onde, pagina.find('}', onde) - onde);
         const auto cor = [&](const char* nome) {
-            std::smatch achada;
-            EXPECT_TRUE(std::regex_search(cores, achada, std::regex(std::string(" --") + nome + ": (#[0-9a-f]+);")))
-                << nome;
-            return QColor(Q(achada[1].str()));
+            const QRegularExpression linha(QString(" --") + nome + ": (#[0-9a-f]+);");
+            const auto achada = linha.match(Q(cores));
+            EXPECT_TRUE(achada.hasMatch()) << nome;
+            return QColor(achada.captured(1));
         };
         EXPECT_EQ(cor("papel").lightness() < 128, modos++ == 1);
         for (const char* texto : {"texto", "apagado", "ametista", "erro", "certo"})
