@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "firebird/ConexaoFirebird.h"
 #include "firebird/ServicosFirebird.h"
 #include "package/Caminho.h"
 #include "process/EscritaSegura.h"
@@ -147,6 +148,16 @@ void TBackupFirebird::Restaura(const fs::path& arquivo, const std::string& banco
         if (servicos.Criou()) DescartaPedaco(banco);
         throw;
     }
+}
+
+void TBackupFirebird::CriaVazio(const std::string& banco, const std::string& conjunto, int pagina) {
+    constexpr int kPagina = 8192;
+    ExigeNovo(banco);
+    const TParametrosConexao seus = conexao_.ParametrosDe(banco);
+    TParametrosConexao parametros;
+    parametros.Adiciona("CharacterSet", conjunto);  // the first of a name counts
+    for (const auto& [chave, valor] : seus.Pares()) parametros.Adiciona(chave, valor);
+    CriaBancoFirebird(parametros, pagina == 0 ? kPagina : pagina);
 }
 
 /// A database that a restore began is whole for whoever opens it, with the rows that it got so far, or not yet one.

@@ -20,6 +20,7 @@ class TBackupFirebird : public IServidorDeBackup {
     std::optional<TArquivoFeito> FazBackupDoEsquema(const std::filesystem::path& arquivo,
                                                     const TAcompanha& acompanha) override;
     void Restaura(const std::filesystem::path& arquivo, const std::string& banco, const TAcompanha& acompanha) override;
+    void CriaVazio(const std::string& banco, const std::string& conjunto, int pagina) override;
     bool Existe(const std::string& banco) override;
     void Apaga(const std::string& banco) override;
     std::unique_ptr<TConnection> Abre(const std::string& banco) override;

@@ -53,6 +53,8 @@ std::string RestauraTSql(std::string_view banco, std::string_view arquivo,
     return comando + "checksum";
 }
 
+std::string CriaTSql(std::string_view banco) { return "create database " + Colchetes(banco); }
+
 std::string ApagaTSql(std::string_view banco) { return "drop database " + Colchetes(banco); }
 
 std::string PedacosTSql(std::string_view banco) {
@@ -118,6 +120,11 @@ void TBackupSqlServer::DescartaPedaco(TConnection& mestre, const std::string& ba
         if (ContaRegistros(mestre, PedacosTSql(banco)) > 0) mestre.ExecuteDirect(ApagaTSql(banco));
     } catch (const std::exception&) {  // named by the next start
     }
+}
+
+void TBackupSqlServer::CriaVazio(const std::string& banco, const std::string&, int) {
+    ExigeNovo(banco);
+    Abre(std::string(kMestre))->ExecuteDirect(CriaTSql(banco));
 }
 
 bool TBackupSqlServer::Existe(const std::string& banco) {

@@ -16,6 +16,7 @@ std::string RestauraTSql(std::string_view banco, std::string_view arquivo,
 /// The three statements that give a database, which nobody uses, another name.
 std::vector<std::string> RenomeiaTSql(std::string_view de, std::string_view para);
 
+std::string CriaTSql(std::string_view banco);
 std::string ApagaTSql(std::string_view banco);
 /// How many databases of that name a restore has begun and not finished.
 std::string PedacosTSql(std::string_view banco);
@@ -39,6 +40,7 @@ class TBackupSqlServer : public IServidorDeBackup {
     TArquivoFeito FazBackup(const std::filesystem::path& arquivo, const std::function<void()>& comecou,
                             const TAcompanha& acompanha) override;
     void Restaura(const std::filesystem::path& arquivo, const std::string& banco, const TAcompanha& acompanha) override;
+    void CriaVazio(const std::string& banco, const std::string& conjunto, int pagina) override;
     bool Existe(const std::string& banco) override;
     void Apaga(const std::string& banco) override;
     std::unique_ptr<TConnection> Abre(const std::string& banco) override;

@@ -71,6 +71,8 @@ class IServidorDeBackup {
     /// Makes a database, which must not exist, of a backup. A failure leaves nothing.
     virtual void Restaura(const std::filesystem::path& arquivo, const std::string& banco,
                           const TAcompanha& acompanha) = 0;
+    /// Makes an empty database, which must not exist; an empty character set or page size 0 is the server's own.
+    virtual void CriaVazio(const std::string& banco, const std::string& conjunto, int pagina) = 0;
     virtual bool Existe(const std::string& banco) = 0;
     /// Throws TErroDeBackup when it exists.
     void ExigeNovo(const std::string& banco);

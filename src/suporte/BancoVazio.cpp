@@ -3,12 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
-#include <nlohmann/json.hpp>
 
+#include "Esquema.h"
 #include "alter/IndicesGuardados.h"
 #include "context/MarcaDeAnalise.h"
 #include "corrections/Correcoes.h"
-#include "dialect/Dialeto.h"
 #include "layout/AtualizaSistema.h"
 #include "layout/IndicesRetirados.h"
 #include "layout/ReconstrucoesAbertas.h"
@@ -16,80 +15,11 @@
 #include "packet/DataPacket.h"
 #include "passes/CamposTexto.h"
 #include "passes/Passes.h"
-#include "process/Programa.h"
-#include "rows/WKDQuery.h"
 #include "values/Texto.h"
 
 namespace wkd {
 
 namespace fs = std::filesystem;
-
-namespace {
-
-using TJson = nlohmann::ordered_json;
-
-TJson EmJson(const TColunaFisica& coluna) {
-    return {{"nome", coluna.nome},
-            {"tipo", coluna.tipoSql},
-            {"obrigatoria", coluna.requerido},
-            {"padrao", TextoDeBytes(coluna.padrao)},
-            {"calculo", TextoDeBytes(coluna.expressao)},
-            {"conjunto", coluna.conjunto}};
-}
-
-TJson EmJson(const TIndice& indice) {
-    return {{"nome", indice.nome},           {"unico", indice.unico},     {"descendente", indice.descendente},
-            {"restricao", indice.restricao}, {"colunas", indice.colunas}, {"expressao", TextoDeBytes(indice.expressao)},
-            {"inativo", indice.inativo}};
-}
-
-TJson Objetos(TConnection& conexao, TMascara& mascara) {
-    TJson objetos = TJson::array();
-    const auto pergunta = Dialeto(conexao).ComandoObjetos();
-    if (pergunta.empty()) return objetos;
-    TWKDQuery q(conexao, pergunta);
-    for (q.Open(); !q.Eof(); q.Next()) {
-        objetos.push_back({{"tipo", q.Texto("TIPO")}, {"nome", q.Texto("NOME")}, {"tabela", q.Texto("TABELA")}});
-        mascara.Conhece(q.Texto("NOME"));
-    }
-    return objetos;
-}
-
-void Conhece(const std::string& tabela, const std::vector<TColunaFisica>& colunas, const TChavePrimaria& chave,
-             const std::vector<TIndice>& indices, TMascara& mascara) {
-    mascara.Conhece(tabela);
-    mascara.Conhece(chave.nome);
-    for (const auto& coluna : colunas) mascara.Conhece(coluna.nome);
-    for (const auto& indice : indices) {
-        mascara.Conhece(indice.nome);
-        mascara.Conhece(indice.restricao);
-    }
-}
-
-}  // namespace
-
-std::string EsquemaEmJson(TConnection& conexao, TMascara& mascara) {
-    TJson json = {{"formato", kFormatoJson}, {"tabelas", TJson::array()}};
-    const auto todas = conexao.TodasAsColunas();
-    const auto chaves = conexao.TodasAsChaves();
-    for (const auto& tabela : conexao.NomesDeTabelas()) {
-        const auto colunas = todas.find(Maiusculas(tabela));
-        if (colunas == todas.end()) continue;
-        const auto chave = chaves.find(Maiusculas(tabela));
-        const TChavePrimaria sua = chave == chaves.end() ? TChavePrimaria() : chave->second;
-        const auto indices = conexao.Indices(tabela);
-        Conhece(std::string(AparaFim(tabela)), colunas->second, sua, indices, mascara);
-        TJson uma = {{"tabela", AparaFim(tabela)},
-                     {"colunas", TJson::array()},
-                     {"chave", {{"nome", sua.nome}, {"colunas", sua.colunas}}},
-                     {"indices", TJson::array()}};
-        for (const auto& coluna : colunas->second) uma["colunas"].push_back(EmJson(coluna));
-        for (const auto& indice : indices) uma["indices"].push_back(EmJson(indice));
-        json["tabelas"].push_back(std::move(uma));
-    }
-    json["objetos"] = Objetos(conexao, mascara);
-    return json.dump(1, ' ', false, TJson::error_handler_t::replace) + "\n";
-}
 
 namespace {
 
@@ -160,22 +90,41 @@ TReproduzido PoeDicionario(THBNConnection& conexao, const fs::path& pasta) {
     return feito;
 }
 
+/// Statements that the server does not take, such as a check by a function that is not there, keep no other out.
+void RodaComandos(THBNConnection& conexao, const std::vector<std::string>& comandos,
+                  std::vector<std::string>& recusados) {
+    conexao.Open();
+    for (const auto& comando : comandos) {
+        try {
+            conexao.ExecuteDirect(comando);
+        } catch (const TErroBanco& erro) {
+            if (erro.ConexaoPerdida()) throw;
+            recusados.push_back(comando + ": " + erro.what());
+        }
+    }
+}
+
 }  // namespace
 
 TReproduzido ReproduzBanco(THBNConnection& conexao, const fs::path& pasta, const TAcompanha& acompanha) {
-    if (!fs::exists(pasta / kBancoVazio))
-        throw TErroDeBackup("O pacote não traz " + std::string(kBancoVazio) +
-                            ", de que se faz o banco vazio; o LEIAME.txt dele diz por quê. A estrutura está em "
-                            "esquema.json.");
-    if (conexao.TipoBanco() != TTipoBanco::tbInterbase)
-        throw TErroDeBackup("O pacote é de um banco Firebird, e o alias " + conexao.Alias() +
-                            " é de outro servidor. Dê um alias tbInterbase e repita.");
+    const TEsquema esquema = LeEsquema(pasta / kEsquema);
+    if (esquema.tipoBanco != TipoBancoToStr(conexao.TipoBanco()))
+        throw TErroDeBackup("O pacote é de um banco " + esquema.tipoBanco + ", e o alias " + conexao.Alias() + " é " +
+                            std::string(TipoBancoToStr(conexao.TipoBanco())) + ". Dê um alias do mesmo tipo e repita.");
     const auto servidor = CriaServidorDeBackup(conexao);
     TCopiaPassageira banco(*servidor, servidor->BancoEmUso());
-    servidor->Restaura(pasta / kBancoVazio, banco.Banco(), acompanha);
+    const bool copiado = fs::exists(pasta / kBancoVazio);
+    if (copiado)
+        servidor->Restaura(pasta / kBancoVazio, banco.Banco(), acompanha);
+    else
+        servidor->CriaVazio(banco.Banco(), esquema.conjunto, esquema.pagina);
     banco.Existe();
     try {
-        const auto feito = PoeDicionario(conexao, pasta);
+        std::vector<std::string> recusados;
+        if (!copiado) RodaComandos(conexao, esquema.comandos, recusados);
+        TReproduzido feito = PoeDicionario(conexao, pasta);
+        feito.soTabelas = !copiado;
+        feito.recusados = std::move(recusados);
         banco.Fica();
         return feito;
     } catch (...) {

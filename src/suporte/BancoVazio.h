@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "Mascara.h"
 #include "ServidorDeBackup.h"
 #include "server/HBNConnection.h"
 
@@ -13,12 +12,9 @@ namespace wkd {
 
 // A database without any customer's row: its schema, and the rows of its dictionary.
 
-/// Tables, columns, keys and indexes, and the names of whatever else there is, as one JSON object. The mask learns
-/// their names. Throws TErroBanco.
-std::string EsquemaEmJson(TConnection& conexao, TMascara& mascara);
-
-/// File of the schema that the server itself makes.
-inline constexpr std::string_view kBancoVazio = "banco.fbk";
+/// Files of the schema: the one that the server itself makes, where it can, and the readable one, of which tables,
+/// keys, indexes and constraints can be made, too.
+inline constexpr std::string_view kBancoVazio = "banco.fbk", kEsquema = "esquema.json";
 
 /// A table whose rows go along: those of the dictionary, and of TINI what the program itself keeps there.
 struct TTabelaGuardada {
@@ -31,7 +27,9 @@ std::vector<TTabelaGuardada> GuardaDicionario(TConnection& conexao, const std::f
 /// What came of a bundle.
 struct TReproduzido {
     std::string banco;
-    std::size_t tabelas = 0, registros = 0;  // those of the dictionary
+    std::size_t tabelas = 0, registros = 0;   // those of the dictionary
+    bool soTabelas = false;                   // without views, triggers and procedures
+    std::vector<std::string> recusados = {};  // statements that the server did not take, and why
 };
 /// Makes the database of the connection's alias, which must not exist, from the files of a bundle; a failure leaves
 /// none. Throws TErroDeBackup, TErroPacote, TErroBanco, std::system_error.

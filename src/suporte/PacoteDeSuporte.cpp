@@ -26,8 +26,9 @@ O que não vai, por regra:
     do esquema; qualquer outra palavra, e todo número, vira "…". Os achados do plano contam registros, sem exemplos;
   - senhas: do alias vão só as chaves que o programa conhece, sem a senha.
 
-Em banco.fbk vai o esquema como o servidor o conhece: também o código de visões, gatilhos e procedimentos, comentários,
-permissões e os contadores dos geradores. Se uma dessas fontes fala de senha (PASSWORD), banco.fbk não é feito.
+Em esquema.json vão os comandos que fazem as tabelas, com padrões, restrições e comentários; em banco.fbk o esquema como o
+servidor o conhece: também o código de visões, gatilhos e procedimentos, permissões e os contadores dos geradores. Se uma
+dessas fontes fala de senha (PASSWORD), banco.fbk não é feito.
 
 Para quem ajuda: crie um alias para um banco que ainda não existe e rode
   AtualizaWKD --reproduz ARQUIVO.zip ALIAS

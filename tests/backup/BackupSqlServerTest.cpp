@@ -36,8 +36,9 @@ TEST(BackupSqlServer, AGrammarOfTSqlTakesTheStatements) {
     for (const auto& comando :
          {BackupTSql("LOJA", "D:\\d'agua.bak"), VerificaTSql("D:\\d'agua.bak"), ListaDoBackupTSql("D:\\d'agua.bak"),
           RestauraTSql("LOJA_res", "D:\\LOJA.bak", {{"loja", "E:\\a.mdf"}}), ApagaTSql("LOJA_prova"),
-          PedacosTSql("LOJA's"), EspacoTSql("D:"), std::string(kTamanhoTSql),
-          std::string(Dialeto(TTipoBanco::tbSQLServer).ComandoConectados())})
+          CriaTSql("LOJA_vazio"), PedacosTSql("LOJA's"), EspacoTSql("D:"), std::string(kTamanhoTSql),
+          std::string(Dialeto(TTipoBanco::tbSQLServer).ComandoConectados()),
+          std::string(Dialeto(TTipoBanco::tbSQLServer).ComandoObjetos())})
         comandos.push_back(comando);
     const auto recusados = RecusadosPelaGramatica(comandos);
     if (!recusados) GTEST_SKIP() << "sqlfluff is not installed";

@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "BancoVazio.h"
+#include "Esquema.h"
 #include "Explicacao.h"
 #include "PacoteDeSuporte.h"
 #include "RelatosSemValores.h"
@@ -150,7 +151,8 @@ void TSuporte::DoBanco() {
     versoes_["tipoBanco"] = TipoBancoToStr(conexao.TipoBanco());
     versoes_["capacidades"] = EmJson(Dialeto(conexao).Capacidades(), conexao.TipoBanco());
     Parte("esquema", [&] {
-        pacote_.Grava("esquema.json", "tabelas, colunas, chaves, índices; nomes de visões, gatilhos, geradores",
+        pacote_.Grava(std::string(kEsquema),
+                      "tabelas, colunas, chaves, índices e seus comandos; nomes de visões, gatilhos, geradores",
                       EsquemaEmJson(conexao, mascara_));
     });
     Parte("dicionario", [&] {
@@ -278,10 +280,15 @@ TCodigoDeSaida ComandoReproduz(const TAmbiente& ambiente, const TPedeReproduz& p
         conexao.SetAlias(pedido.alias);
         const TReproduzido feito =
             ReproduzBanco(conexao, pasta.Caminho(), [](const TProgresso&) { TInterrupcao::Confere(); });
+        for (const auto& recusado : feito.recusados) EscreveNosErros("Aviso: não foi feito: " + recusado);
+        if (feito.soTabelas)
+            EscreveNosErros(
+                "Aviso: o banco tem só tabelas, chaves, índices e restrições; visões, gatilhos e procedimentos, cujos "
+                "nomes estão em esquema.json, não vieram no pacote.");
         std::cout << "Banco vazio feito: " << feito.banco << ", com " << feito.tabelas << " tabelas e "
                   << ComMilhares(static_cast<std::int64_t>(feito.registros)) << " registros de dicionário.\n"
                   << "Agora: AtualizaWKD --plano \"" << pedido.alias << "\" PACOTE.zip" << std::endl;
-        return TCodigoDeSaida::Sucesso;
+        return feito.recusados.empty() ? TCodigoDeSaida::Sucesso : TCodigoDeSaida::ComErros;
     });
 }
 
