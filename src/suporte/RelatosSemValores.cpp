@@ -29,6 +29,9 @@ constexpr std::array<std::string_view, 13> kOutras = {
     "formato",  "concluida", "hashAteRegistros", "passos",         "correcoes",       "erros", "comandos",
     "segundos", "codigo",    "consequencia",     "registrosAntes", "registrosDepois", "copias"};
 
+/// What is told of the database as a whole; none of it comes from a row.
+constexpr std::string_view kAvisos = "avisos";
+
 TJson SemValores(const TJson& valor, std::string_view chave, const TMascara& mascara) {
     if (valor.is_array()) {
         TJson lista = TJson::array();
@@ -37,9 +40,12 @@ TJson SemValores(const TJson& valor, std::string_view chave, const TMascara& mas
     }
     if (valor.is_object()) {
         TJson objeto = TJson::object();
-        for (const auto& [nome, seu] : valor.items())
-            if (Uma(kComoEstao, nome) || Uma(kMascaradas, nome) || Uma(kComandos, nome) || Uma(kOutras, nome))
+        for (const auto& [nome, seu] : valor.items()) {
+            if (nome == kAvisos)
+                objeto[nome] = seu;
+            else if (Uma(kComoEstao, nome) || Uma(kMascaradas, nome) || Uma(kComandos, nome) || Uma(kOutras, nome))
                 objeto[nome] = SemValores(seu, nome, mascara);
+        }
         return objeto;
     }
     if (!valor.is_string() || Uma(kComoEstao, chave)) return valor;

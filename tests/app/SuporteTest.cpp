@@ -7,6 +7,7 @@
 #include "Arquivos.h"
 #include "Mascara.h"
 #include "ProgramaApoio.h"
+#include "RelatosSemValores.h"
 #include "package/Pacote.h"
 #include "values/Texto.h"
 
@@ -43,6 +44,18 @@ TEST(Mascara, LetsThroughWhatNoCustomerHasWritten) {
               "update TCLI set CNPJ = '…' where CNPJ = …");
     EXPECT_EQ(mascara.Comando("alter table TCLI add UF varchar(2) default 'SP'"),
               "alter table TCLI add UF varchar(2) default 'SP'");
+}
+
+TEST(Mascara, AReportKeepsTheFieldsThatTheProgramKnows) {
+    const char* relatorio = R"({"alias": "LOJA", "estranho": "Zeferina", "segundos": 2.5,
+        "avisos": [{"tipo": "versoes", "texto": "254 versões de TCLI"}], "naoRodaram": ["Valores padrão"],
+        "erros": [{"mensagem": "Zeferina não existe", "codigo": 335544347, "comando": "drop table TCLI", "resto": "Z"}],
+        "tabelas": [{"tabela": "TCLI", "comandos": [{"texto": "update TCLI set UF = 'Z1'", "erro": null}]}]})";
+    EXPECT_EQ(TJson::parse(RelatorioSemValores(relatorio, TMascara())), TJson::parse(R"({"alias": "LOJA",
+        "segundos": 2.5, "avisos": [{"tipo": "versoes", "texto": "254 versões de TCLI"}],
+        "naoRodaram": ["Valores padrão"],
+        "erros": [{"mensagem": "… não existe", "codigo": 335544347, "comando": "drop table TCLI"}],
+        "tabelas": [{"tabela": "…", "comandos": [{"texto": "update … set …'", "erro": null}]}]})"));
 }
 
 class TLojaComSuporte : public TProgramaInstalado {
@@ -164,10 +177,13 @@ TEST(Suporte, AReportKeepsWhatTellsOfTheErrors) {
             EXPECT_EQ(guardado.at("tabelas")[i].at(campo), inteiro.at("tabelas")[i].at(campo));
 }
 
-/// A plan without what depends on rows and on the place.
+/// A plan without what depends on rows, on the place, and on the file as a whole.
 TJson Decisoes(const TLojaComSuporte& loja, const std::string& alias) {
     auto plano = TJson::parse(loja.Roda({"--plano", alias, "pacote.zip", "--json"}).saida);
-    for (const char* campo : {"alias", "banco", "copias"}) plano.erase(campo);
+    for (const char* campo : {"alias", "banco", "copias", "avisos", "achados"}) plano.erase(campo);
+    auto& achados = plano.at("achadosAntes");
+    for (auto achado = achados.begin(); achado != achados.end();)
+        achado = achado->at("coluna") == "" ? achados.erase(achado) : achado + 1;
     for (auto& tabela : plano.at("tabelas"))
         for (const char* campo : {"registros", "bytes", "segundos"}) tabela.erase(campo);
     return plano;
