@@ -8,7 +8,8 @@ namespace wkd {
 
 /// Takes what may be a customer's out of texts that are to leave his house. Nobody knows all the forms in which servers
 /// put values into messages, so it is the other way round: a word stays only when the program or Firebird says it
-/// (recursos/palavras.txt), or when it is a name of the schema. Everything else, and every number, becomes "…".
+/// (recursos/palavras.txt), or when it is a name of the schema; between quotes, and where a message tells a key, names
+/// alone. Everything else, and every number, becomes "…".
 class TMascara {
   public:
     TMascara();
@@ -20,9 +21,9 @@ class TMascara {
     std::string Comando(std::string_view sql) const;
 
   private:
-    bool Conhecida(std::string_view palavra) const;
+    bool Conhecida(std::string_view palavra, bool soNomes) const;
 
-    std::unordered_set<std::string> palavras_;  // in small letters
+    std::unordered_set<std::string> palavras_, nomes_;  // in small letters
 };
 
 }  // namespace wkd

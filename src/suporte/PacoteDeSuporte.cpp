@@ -23,7 +23,8 @@ O que não vai, por regra:
   - registros: das tabelas vão só os do dicionário (SARQUIVO, SATRIB, SINDSEC, SINDSECA) e, de TINI, as marcas que o
     próprio atualizador guarda; o arquivo de rejeitados e o relatório em HTML ficam de fora;
   - valores: nos textos do log, dos relatórios e dos erros só ficam palavras que o programa ou o servidor dizem e nomes
-    do esquema; qualquer outra palavra, e todo número, vira "…". Os achados do plano contam registros, sem exemplos;
+    do esquema, e entre aspas só estes; qualquer outra palavra, e todo número, vira "…". Os achados do plano contam
+    registros, sem exemplos;
   - senhas: do alias vão só as chaves que o programa conhece, sem a senha.
 
 Em esquema.json vão os comandos que fazem as tabelas, com padrões, restrições e comentários; em banco.fbk o esquema como o

@@ -30,6 +30,10 @@ TEST(Mascara, LetsThroughWhatNoCustomerHasWritten) {
         {"conversion error from string \"d'Ávila \"Zé\" 3\"", "conversion error from string \"…\""},
         {"conversion error from string \"Zulmira\r\nZeferina\r\nLtda\"", "conversion error from string \"…\""},
         {"The duplicate key value is (Zeferina, 42).", "The duplicate key value is (…)."},
+        {"conversion error from string \"banco do cliente\"", "conversion error from string \"…\""},
+        {"The duplicate key value is (banco, nome).", "The duplicate key value is (…)."},
+        {"Cannot insert duplicate key in object 'dbo.TCLI'; it can't.",
+         "Cannot insert duplicate key in object '….TCLI'; it can't."},
         {"o valor 7788 não cabe em smallint", "o valor … não cabe em smallint"},
         {"\"Zeferina\" não é um número válido", "\"…\" não é um número válido"},
         {"CONEXÃO PERDIDA", "CONEXÃO PERDIDA"},
@@ -42,6 +46,8 @@ TEST(Mascara, LetsThroughWhatNoCustomerHasWritten) {
     for (const auto& caso : casos) EXPECT_EQ(mascara.Texto(caso.texto), caso.mascarado);
     EXPECT_EQ(mascara.Comando("update TCLI set CNPJ = 'Zeferina' where CNPJ = 42"),
               "update TCLI set CNPJ = '…' where CNPJ = …");
+    EXPECT_EQ(mascara.Comando("update TCLI set CNPJ = N'banco' where nome = 'TCLI'"),
+              "update TCLI set CNPJ = N'…' where nome = 'TCLI'");
     EXPECT_EQ(mascara.Comando("alter table TCLI add UF varchar(2) default 'SP'"),
               "alter table TCLI add UF varchar(2) default 'SP'");
 }
