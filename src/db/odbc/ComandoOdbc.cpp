@@ -117,7 +117,13 @@ void TComandoOdbc::PreparaEm(const std::shared_ptr<TLigacaoOdbc>& ligacao) {
 void TComandoOdbc::DescreveAlvos() {
     if (std::exchange(alvosLidos_, true)) return;
     const bool algum = std::ranges::any_of(alvos_.alvos, &TAlvo::Conhecido);
-    if (algum) colunasDaTabela_ = TMetadadosOdbc(sessao_).Colunas(alvos_.tabela);
+    if (!algum) return;
+    auto achado = sessao_->Alvos().find(alvos_.tabela);
+    if (achado == sessao_->Alvos().end()) {
+        auto colunas = TMetadadosOdbc(sessao_).Colunas(alvos_.tabela);
+        achado = sessao_->Alvos().emplace(alvos_.tabela, std::move(colunas)).first;
+    }
+    colunasDaTabela_ = achado->second;
 }
 
 void TComandoOdbc::LigaParametros() {

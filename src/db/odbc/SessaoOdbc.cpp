@@ -8,6 +8,7 @@
 #include "odbc/ComandosTSql.h"
 #include "odbc/ConexaoOdbc.h"
 #include "odbc/ErroOdbc.h"
+#include "values/Texto.h"
 
 namespace wkd {
 
@@ -186,7 +187,22 @@ TCapacidades Capacidades(TLigacaoOdbc& ligacao) {
     return capacidades;
 }
 
+/// By its first word.
+bool SoDeLinhas(std::string_view comando) {
+    const std::string_view inicio = Apara(comando);
+    const auto comeca = [&](std::string_view palavra) {
+        return IgualSemCaixa(inicio.substr(0, palavra.size()), palavra);
+    };
+    return std::ranges::any_of(
+        std::initializer_list<std::string_view>{"select ", "insert ", "update ", "delete ", "save ", "commit"}, comeca);
+}
+
 }  // namespace
+
+void TSessaoOdbc::Observa(std::string_view comando) {
+    if (!SoDeLinhas(comando)) alvos_.clear();
+    if (observador_) observador_(comando);
+}
 
 void TSessaoOdbc::Liga() {
     ajustes_.clear();
@@ -203,6 +219,7 @@ void TSessaoOdbc::Liga() {
 
 void TSessaoOdbc::Desliga() noexcept {
     emTransacao_ = desfeita_ = false;
+    alvos_.clear();
     for (const auto& leitora : leitoras_) leitora->Desliga(perdida_);
     for (const auto& ligacao : {principal_, emDescanso_})
         if (ligacao) ligacao->Desliga(perdida_);
@@ -289,6 +306,7 @@ void TSessaoOdbc::Commit() {
 
 void TSessaoOdbc::Rollback() noexcept {
     if (!std::exchange(emTransacao_, false)) return;
+    alvos_.clear();
     desfeita_ = false;
     if (!Ligada()) return;
     if (principal_->cursor) principal_->cursor->Fecha();
@@ -309,6 +327,7 @@ void TSessaoOdbc::Encerra() noexcept {
 }
 
 void TSessaoOdbc::DepoisDoErro(const TErroBanco& erro) noexcept {
+    alvos_.clear();
     if (!Ligada() || perdida_) return;
     perdida_ = erro.ConexaoPerdida() || emCurso_->Cancelado();
     if (perdida_ || !desfeita_) motivo_ = Motivo(erro);

@@ -135,9 +135,12 @@ class TSessaoOdbc {
     std::string Numeros() const { return emCurso_->Numeros().Todos(); }
 
     void DefineObservador(TConnection::TObservador observador) { observador_ = std::move(observador); }
-    void Observa(std::string_view comando) const {
-        if (observador_) observador_(comando);
-    }
+    /// Before every statement and commit.
+    void Observa(std::string_view comando);
+
+    /// Columns of tables whose rows statements store, by the names that they give them: whoever asked keeps the answer
+    /// here. Gone with any statement that may change a table, and when one is undone.
+    TColunasPorTabela& Alvos() { return alvos_; }
 
   private:
     std::shared_ptr<TLigacaoOdbc> Conecta();
@@ -161,6 +164,7 @@ class TSessaoOdbc {
     bool desfeita_ = false;  // by the server, after an error
     std::string motivo_;     // text of that error
     TConnection::TObservador observador_;
+    TColunasPorTabela alvos_;
 };
 
 }  // namespace wkd
