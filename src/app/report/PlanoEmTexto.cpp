@@ -42,6 +42,12 @@ TJson EmJson(const TPlanoDaTabela& tabela) {
     return json;
 }
 
+TJson AvisosEmJson(const TAvisos& avisos) {
+    TJson json = TJson::array();
+    for (const auto& aviso : avisos) json.push_back({{"tipo", aviso.tipo}, {"texto", aviso.texto}});
+    return json;
+}
+
 TJson EmJson(const std::optional<TCopiasDoPlano>& copias) {
     if (!copias) return {};
     return {{"registros", copias->registros},
@@ -71,6 +77,7 @@ std::string PlanoEmJson(const TPlano& plano) {
                   {"correcoes", plano.correcoes},
                   {"trocas", TJson::array()},
                   {"achadosAntes", TJson::array()},
+                  {"avisos", AvisosEmJson(plano.avisos)},
                   {"tabelas", TJson::array()},
                   {"layouts", plano.layouts},
                   {"arquivos", plano.arquivos},

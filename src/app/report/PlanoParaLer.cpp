@@ -165,6 +165,12 @@ std::string DepoisDasTabelas(const TPlano& plano) {
            Lista("Passos finais", passos);
 }
 
+std::string SobreOBanco(const TPlano& plano) {
+    std::string texto;
+    for (const auto& aviso : plano.avisos) texto += "? " + aviso.tipo + ": " + aviso.texto + "\n";
+    return texto;
+}
+
 std::vector<std::string> SemMudanca(const TPlano& plano) {
     std::vector<std::string> nomes;
     for (const auto& tabela : plano.tabelas)
@@ -184,7 +190,9 @@ std::string PlanoEmTexto(const TPlano& plano) {
             texto += std::string(Sinal(tabela.acao)) + " " + tabela.nome + " (" + tabela.motivo + ")\n" +
                      Detalhe(tabela) + "\n";
     if (const auto iguais = Lista("Sem mudança", SemMudanca(plano)); !iguais.empty()) texto += iguais + "\n";
-    return texto + DepoisDasTabelas(plano);
+    texto += DepoisDasTabelas(plano);
+    const auto sobreOBanco = SobreOBanco(plano);
+    return texto + (sobreOBanco.empty() ? "" : "\nSobre o banco:\n" + sobreOBanco);
 }
 
 namespace {
@@ -255,7 +263,8 @@ std::string PlanoEmHtml(const TPlano& plano) {
                               {"antes", bloco("Antes das tabelas", AntesDasTabelas(plano))},
                               {"tabelas", tabelas},
                               {"semMudanca", bloco("Sem mudança", Lista("Tabelas", SemMudanca(plano)))},
-                              {"depois", bloco("Depois das tabelas", DepoisDasTabelas(plano))}});
+                              {"depois", bloco("Depois das tabelas", DepoisDasTabelas(plano)) +
+                                             bloco("Sobre o banco", SobreOBanco(plano))}});
 }
 
 }  // namespace wkd

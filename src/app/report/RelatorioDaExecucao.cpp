@@ -238,7 +238,9 @@ std::string RelatorioEmJson(const TEvidencia& evidencia) {
                   {"tabelas", TJson::array()},
                   {"passos", EmJson(evidencia.passos)},
                   {"correcoes", EmJson(evidencia.correcoes)},
+                  {"avisos", TJson::array()},
                   {"erros", TJson::array()}};
+    for (const auto& aviso : evidencia.avisos) json["avisos"].push_back({{"tipo", aviso.tipo}, {"texto", aviso.texto}});
     if (!evidencia.backup.empty()) json["backup"] = {{"arquivo", evidencia.backup}, {"volta", evidencia.volta}};
     for (const auto& tabela : evidencia.tabelas) json["tabelas"].push_back(EmJson(tabela));
     for (const auto& erro : evidencia.erros) json["erros"].push_back(EmJson(erro));

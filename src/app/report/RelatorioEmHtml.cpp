@@ -56,6 +56,12 @@ std::string Falhas(const TEvidencia& evidencia) {
     return falhas + Preenche("nao-rodaram", {{"quantos", Quantos(nomes.size())}, {"nomes", Junta(nomes, ", ")}});
 }
 
+std::string Avisos(const TAvisos& avisos) {
+    std::string html;
+    for (const auto& aviso : avisos) html += Preenche("aviso", {{"texto", aviso.texto}});
+    return html.empty() ? "" : Preenche("avisos", {{"avisos", html}});
+}
+
 std::string_view Classe(TDesfecho desfecho) {
     if (desfecho == TDesfecho::NaoSeAplica) return "pequeno";
     return desfecho == TDesfecho::Feito ? "" : "erro";
@@ -151,7 +157,7 @@ std::string RelatorioEmHtml(const TEvidencia& evidencia) {
          {"pelaMetade", com(evidencia.tabelas, TDesfecho::PelaMetade)},
          {"correcoes", com(evidencia.correcoes, TDesfecho::Feito)},
          {"erros", Quantos(std::ranges::count(evidencia.erros, false, &TErroDaExecucao::consequencia))},
-         {"falhas", Falhas(evidencia)},
+         {"falhas", Falhas(evidencia) + Avisos(evidencia.avisos)},
          {"tabelas", Tabelas(evidencia)},
          {"passos", Passos("Passos", evidencia.passos) + Passos("Correções", evidencia.correcoes) +
                         (evidencia.correcoes.empty() ? "" : Preenche("correcoes", {}))}});

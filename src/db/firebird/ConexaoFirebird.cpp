@@ -111,11 +111,17 @@ class TConexaoFirebird : public TConnection {
 
     bool SoLeitura() override { return sessao_->Informacao(isc_info_db_read_only) == 1; }
 
-    /// The embedded engine's file is on this machine.
+    TSaude Saude() override { return sessao_->Saude(); }
+
+    /// Of a file of this machine: the embedded engine's, or that of a server here which names it.
     std::optional<std::uintmax_t> EspacoLivre() override {
-        std::error_code semErro;
-        const auto disco = std::filesystem::space(sessao_->Arquivo().parent_path(), semErro);
-        return semErro ? std::nullopt : std::optional(disco.available);
+        const auto servidor = sessao_->Servidor();
+        if (!servidor.empty() && !IgualSemCaixa(servidor, "localhost") && servidor != "127.0.0.1") return std::nullopt;
+        std::error_code erro;
+        const std::filesystem::path arquivo(Dialeto(*this).Capacidades().arquivo);
+        if (!std::filesystem::is_regular_file(arquivo, erro)) return std::nullopt;
+        const auto disco = std::filesystem::space(arquivo.parent_path(), erro);
+        return erro ? std::nullopt : std::optional(disco.available);
     }
 
     void ExecuteDirect(std::string_view sql) override {

@@ -190,6 +190,12 @@ std::int64_t TSessaoFirebird::Informacao(char qual) {
     return lidas.empty() ? 0 : NumeroDosBytes(lidas.begin()->second);
 }
 
+std::string TSessaoFirebird::Servidor() const {
+    const std::string banco = parametros_.Valor("Database"), servidor = banco.substr(0, banco.find(':'));
+    const bool embarcado = servidor.size() == banco.size() || servidor.size() == 1;
+    return embarcado ? "" : servidor.substr(0, servidor.find('/'));
+}
+
 /// What does not change while the connection lasts, in one question.
 TCapacidades TSessaoFirebird::Capacidades() {
     constexpr char kItens[] = {isc_info_attachment_id, isc_info_ods_version,    isc_info_ods_minor_version,
@@ -211,8 +217,31 @@ TCapacidades TSessaoFirebird::Capacidades() {
     capacidades.estruturaDoServidor = EstruturaDoFirebird(capacidades.versao);
     capacidades.pagina = numero(isc_info_page_size);
     capacidades.dialeto = numero(isc_info_db_sql_dialect);
+    capacidades.embarcado = Servidor().empty();
     capacidades.arquivo = PrimeiroTexto(bytes(isc_info_db_id));
     return capacidades;
+}
+
+/// The second question reads the state of every transaction from the oldest on.
+TSaude TSessaoFirebird::Saude() {
+    constexpr char kItens[] = {isc_info_forced_writes,  isc_info_oldest_transaction,
+                               isc_info_oldest_active,  isc_info_next_transaction,
+                               isc_info_sweep_interval, static_cast<char>(fb_info_pages_free)};
+    const auto lidas = Informacoes({kItens, sizeof kItens});
+    const auto numero = [&](int item) -> std::optional<std::int64_t> {
+        const auto achado = lidas.find(static_cast<char>(item));
+        return achado == lidas.end() ? std::nullopt : std::optional(NumeroDosBytes(achado->second));
+    };
+    TSaude saude;
+    if (const auto forcadas = numero(isc_info_forced_writes)) saude.escritasForcadas = *forcadas != 0;
+    saude.maisAntiga = numero(isc_info_oldest_transaction);
+    saude.ativaMaisAntiga = numero(isc_info_oldest_active);
+    saude.proxima = numero(isc_info_next_transaction);
+    saude.intervaloDeSweep = numero(isc_info_sweep_interval);
+    if (const auto livres = numero(fb_info_pages_free)) saude.livresNoArquivo = *livres * dialeto_.Capacidades().pagina;
+    if (!lidas.empty())
+        saude.emLimbo = static_cast<std::int64_t>(Informacoes(std::string(1, isc_info_limbo)).count(isc_info_limbo));
+    return saude;
 }
 
 void TSessaoFirebird::Desliga() noexcept {

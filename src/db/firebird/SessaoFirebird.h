@@ -3,7 +3,6 @@
 #include <ibase.h>
 #include <atomic>
 #include <cstdint>
-#include <filesystem>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -41,8 +40,8 @@ class TSessaoFirebird {
     bool Ligada() const { return banco_ != 0; }
 
     isc_db_handle* Banco() { return &banco_; }
-    /// What was attached; no path of this machine when a server has it.
-    std::filesystem::path Arquivo() const { return parametros_.Valor("Database"); }
+    /// Host of the engine, "host/port:file"; empty for the embedded one. One letter is a drive.
+    std::string Servidor() const;
     /// Grows with every attachment; what was prepared in an older one is gone.
     unsigned Geracao() const { return geracao_; }
     /// Statement text in the connection's character set and the server's words.
@@ -70,6 +69,7 @@ class TSessaoFirebird {
     /// The same of several items at once, by their bytes; what the engine does not know is not among them.
     std::multimap<char, std::string> Informacoes(std::string_view itens);
     const TDialeto& Dialeto() const { return dialeto_; }
+    TSaude Saude();
 
     void DefineObservador(TConnection::TObservador observador) { observador_ = std::move(observador); }
     void Observa(std::string_view comando) const {

@@ -201,7 +201,10 @@ TTipoBanco THBNConnection::TipoBanco(const std::filesystem::path& ini) const {
 
 std::string THBNConnection::VersaoServidor() { return Driver().VersaoServidor(); }
 
-const TDialeto* THBNConnection::DialetoDoServidor() const { return driver_ ? driver_->DialetoDoServidor() : nullptr; }
+/// An alias that was changed to another kind since the opening is not spoken to in the old one's words.
+const TDialeto* THBNConnection::DialetoDoServidor() const {
+    return driver_ && driver_->TipoBanco() == TipoBanco() ? driver_->DialetoDoServidor() : nullptr;
+}
 
 void THBNConnection::StartTransaction() {
     TInterrupcao::Confere();
@@ -224,6 +227,8 @@ void THBNConnection::MarcaPonto(std::string_view nome) { Driver().MarcaPonto(nom
 void THBNConnection::VoltaAoPonto(std::string_view nome) { Driver().VoltaAoPonto(nome); }
 
 bool THBNConnection::SoLeitura() { return Driver().SoLeitura(); }
+
+TSaude THBNConnection::Saude() { return Driver().Saude(); }
 
 std::optional<std::uintmax_t> THBNConnection::EspacoLivre() { return Driver().EspacoLivre(); }
 

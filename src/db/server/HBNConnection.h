@@ -115,6 +115,7 @@ class THBNConnection : public TConnection {
     bool Trabalha(std::string_view numero) override;
     void Derruba(std::string_view numero) noexcept override;
     bool SoLeitura() override;
+    TSaude Saude() override;
     std::optional<std::uintmax_t> EspacoLivre() override;
     /// On Firebird a text that contains "commit" runs nothing: transactions are managed here.
     void ExecuteDirect(std::string_view sql) override;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,9 +32,29 @@ struct TCapacidades {
     int pagina = 0;               // bytes
     int dialeto = 0;              // SQL dialect of the database
     std::string arquivo = {};     // of the database, as its server knows it
+    bool embarcado = false;       // the engine works in this process
 
     /// Of a server that is not known it is supposed what 3.0 can.
     bool Tem(TRecurso recurso) const;
+};
+
+/// How a database fares. Nothing is what was not asked, or what the server does not tell this user.
+struct TSaude {
+    // Told by the driver without a statement
+    std::optional<bool> escritasForcadas = {};
+    std::optional<std::int64_t> maisAntiga = {}, ativaMaisAntiga = {}, proxima = {};  // transactions, by number
+    std::optional<std::int64_t> intervaloDeSweep = {};                                // 0: none by itself
+    std::optional<std::int64_t> emLimbo = {};                                         // transactions
+    std::optional<std::int64_t> livresNoArquivo = {};                                 // bytes of its free pages
+
+    // Asked of the catalogue
+    std::optional<bool> umSoUsuario = {};
+    std::optional<int> compatibilidade = {};  // of SQL Server: 130 is 2016's
+    std::string recuperacao = {};             // its model: "FULL"
+    std::optional<double> logUsado = {};      // percent
+    std::optional<bool> instantaneo = {};     // whether transactions may read the database as it was at their beginning
+    std::vector<std::string> semAcentos = {};  // columns of unique indexes that take "é" for "e"
+    std::vector<std::string> naoSabidos = {};  // what the server does not tell
 };
 
 /// A capability in people's words, and whether it is there.

@@ -11,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include "connection/Capacidades.h"
 #include "values/Campo.h"
 #include "values/Erros.h"
 
@@ -186,6 +187,8 @@ class TConnection {
 
     /// Whether the database as a whole is set to take no changes.
     virtual bool SoLeitura() { return false; }
+    /// What the driver knows of the database without a statement.
+    virtual TSaude Saude() { return {}; }
     /// Bytes that the disk of the database has left; nothing where that cannot be seen from here.
     virtual std::optional<std::uintmax_t> EspacoLivre() { return std::nullopt; }
 

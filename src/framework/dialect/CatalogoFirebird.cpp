@@ -184,6 +184,20 @@ std::string TDialetoFirebird::ConjuntoDoBanco(TConnection& conexao) const {
     return std::string(Apara(q.Texto("CONJUNTO")));
 }
 
+TSaude TDialetoFirebird::Saude(TConnection& conexao) const {
+    constexpr std::int64_t kUmSo = 2;  // 1 lets the owner in as often as he likes
+    TSaude saude;
+    try {
+        TWKDQuery q(conexao, "select mon$shutdown_mode as MODO from mon$database");
+        q.Open();
+        if (!q.Eof()) saude.umSoUsuario = q.Inteiro("MODO") >= kUmSo;
+    } catch (const TErroBanco& erro) {
+        if (erro.ConexaoPerdida()) throw;
+        saude.naoSabidos.emplace_back("quantas conexões o banco aceita");
+    }
+    return saude;
+}
+
 std::map<std::string, std::int64_t> TDialetoFirebird::Formatos(TConnection& conexao) const {
     std::map<std::string, std::int64_t> formatos;
     TWKDQuery q(conexao,

@@ -232,6 +232,55 @@ std::vector<std::string> TDialetoSqlServer::TabelasMarcadas(TConnection& conexao
     return nomes;
 }
 
+namespace {
+
+void LeBanco(TConnection& conexao, TSaude& saude) {
+    TWKDQuery q(conexao,
+                "select compatibility_level as NIVEL, recovery_model_desc as RECUPERACAO, snapshot_isolation_state as"
+                " INSTANTANEO, user_access as ACESSO from sys.databases where name = db_name()");
+    q.Open();
+    if (q.Eof()) return;
+    saude.compatibilidade = static_cast<int>(q.Inteiro("NIVEL"));
+    saude.recuperacao = q.Texto("RECUPERACAO");
+    saude.instantaneo = q.Inteiro("INSTANTANEO") == 1;
+    saude.umSoUsuario = q.Inteiro("ACESSO") == 1;
+}
+
+/// From 2012 on, and for those who may see the server's state.
+void LeLog(TConnection& conexao, TSaude& saude) {
+    TWKDQuery q(conexao, "select cast(used_log_space_in_percent as float) as USADO from sys.dm_db_log_space_usage");
+    q.Open();
+    if (!q.Eof()) saude.logUsado = q.Campo("USADO").ComoDouble();
+}
+
+/// Where "José" and "Jose" are one key.
+void LeSemAcentos(TConnection& conexao, TSaude& saude) {
+    TWKDQuery q(conexao,
+                "select distinct object_name(i.object_id) + '.' + c.name as NOME from sys.indexes i"
+                " join sys.index_columns k on k.object_id = i.object_id and k.index_id = i.index_id"
+                " join sys.columns c on c.object_id = k.object_id and c.column_id = k.column_id"
+                " join sys.tables t on t.object_id = i.object_id"
+                " where i.is_unique = 1 and k.key_ordinal > 0 and c.collation_name like '%[_]AI%' order by 1");
+    for (q.Open(); !q.Eof(); q.Next()) saude.semAcentos.push_back(q.Texto("NOME"));
+}
+
+}  // namespace
+
+TSaude TDialetoSqlServer::Saude(TConnection& conexao) const {
+    static constexpr std::pair<std::string_view, void (*)(TConnection&, TSaude&)> kPerguntas[] = {
+        {"o estado do banco", LeBanco}, {"o uso do log de transações", LeLog}, {"as chaves sem acentos", LeSemAcentos}};
+    TSaude saude;
+    for (const auto& [nome, le] : kPerguntas) {
+        try {
+            le(conexao, saude);
+        } catch (const TErroBanco& erro) {  // the user may not, or the version has it not
+            if (erro.ConexaoPerdida()) throw;
+            saude.naoSabidos.emplace_back(nome);
+        }
+    }
+    return saude;
+}
+
 std::vector<std::string> TDialetoSqlServer::Notas(TConnection& conexao, const std::string& tabela) const {
     std::vector<std::string> notas;
     for (const auto& pedaco : ValoresDasPropriedades(conexao, tabela, kNota)) {

@@ -7,7 +7,6 @@
 #include <string_view>
 #include <vector>
 
-#include "connection/Capacidades.h"
 #include "connection/Connection.h"
 
 namespace wkd {
@@ -44,6 +43,7 @@ struct TComparacao {
 struct TLargura {
     std::string tipo;
     std::int64_t letras = 0;
+    std::string conjunto = {};  // of a text that is there already; empty: the database's
 };
 
 /// A connection that a server has to a database, since "yyyy-mm-dd hh:mm".
@@ -142,6 +142,11 @@ class TDialeto {
         return 0;
     }
     virtual std::int64_t LimiteDoRegistro() const { return 0; }
+    /// The same of the key of an index.
+    virtual std::int64_t BytesDaChave(TConnection& /*conexao*/, const std::vector<TLargura>& /*colunas*/) const {
+        return 0;
+    }
+    virtual std::int64_t LimiteDaChave(int /*pagina*/) const { return 0; }
 
     // Comparison of a table with its backup
     /// Whether the server compares no such pair.
@@ -184,6 +189,8 @@ class TDialeto {
     virtual std::string_view ComandoConectados() const { return ""; }
     /// Character set of new text columns; empty where that cannot be told.
     virtual std::string ConjuntoDoBanco(TConnection&) const { return ""; }
+    /// What the catalogue tells of how the database fares. What the user may not ask is said.
+    virtual TSaude Saude(TConnection&) const { return {}; }
     /// How often each table was altered, by its name as ChaveDeNome makes it, where the server limits that.
     virtual std::map<std::string, std::int64_t> Formatos(TConnection&) const;
 

@@ -36,6 +36,8 @@ class TDialetoFirebird : public TDialeto {
     std::int64_t BytesDoRegistro(TConnection& conexao, const std::vector<TLargura>& colunas) const override;
     /// It refuses a table whose rows need more, but only when the creation is committed.
     std::int64_t LimiteDoRegistro() const override { return 65'535; }
+    std::int64_t BytesDaChave(TConnection& conexao, const std::vector<TLargura>& colunas) const override;
+    std::int64_t LimiteDaChave(int pagina) const override { return pagina / 4 - 8; }
 
     TComparacao Comparacao(const TColunaFisica& b, const std::string& nomeB, const TColunaFisica& t,
                            const std::string& nomeT) const override;
@@ -53,6 +55,7 @@ class TDialetoFirebird : public TDialeto {
     std::string_view ComandoObjetos() const override;
     std::string_view ComandoConectados() const override;
     std::string ConjuntoDoBanco(TConnection& conexao) const override;
+    TSaude Saude(TConnection& conexao) const override;
     std::map<std::string, std::int64_t> Formatos(TConnection& conexao) const override;
 
     std::string Marca(TConnection& conexao, const std::string& tabela) const override;

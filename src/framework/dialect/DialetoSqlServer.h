@@ -58,6 +58,7 @@ class TDialetoSqlServer : public TDialeto {
 
     std::string_view ComandoObjetos() const override;
     std::string_view ComandoConectados() const override;
+    TSaude Saude(TConnection& conexao) const override;
 
     std::string Marca(TConnection& conexao, const std::string& tabela) const override;
     void GravaMarca(TConnection& conexao, const std::string& tabela, std::string_view marca) const override;

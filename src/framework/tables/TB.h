@@ -86,6 +86,8 @@ class TTB {
     /// types without text, a row too large, or a statement that the server does not take. Not inside an open
     /// transaction.
     std::optional<TErro> ImpedimentoParaCriar(std::string_view tabela, const std::vector<TColunaDicionario>& colunas);
+    /// Bytes of an index over these physical columns; those that are there, in `fisicas`, keep their character set.
+    std::int64_t BytesDaChave(const std::vector<TColunaDicionario>& colunas, const std::vector<TColunaFisica>& fisicas);
     std::optional<TErro> ImpedimentoParaCriar(std::string_view tabela) {
         return ImpedimentoParaCriar(tabela, ColunasDoDicionario(tabela));
     }

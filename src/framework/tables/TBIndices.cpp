@@ -81,7 +81,7 @@ std::vector<TLargura> Larguras(const std::vector<TColunaDicionario>& colunas, TT
     for (const auto& coluna : colunas)
         if (ColunaFisica(coluna))
             larguras.push_back(
-                {TipoNormal(TipoDaColuna(coluna.tipo, coluna.tamanho, banco)), TamanhoDoTexto(coluna.tamanho)});
+                {TipoNormal(TipoDaColuna(coluna.tipo, coluna.tamanho, banco)), TamanhoDoTexto(coluna.tamanho), {}});
     return larguras;
 }
 
@@ -138,6 +138,14 @@ std::optional<TErro> TTB::ImpedimentoParaCriar(std::string_view tabela, const st
     if (bytes <= limite) return std::nullopt;
     return doDicionario("O registro da tabela " + std::string(tabela) + " teria " + std::to_string(bytes) +
                         " bytes; o servidor aceita até " + std::to_string(limite));
+}
+
+std::int64_t TTB::BytesDaChave(const std::vector<TColunaDicionario>& colunas,
+                               const std::vector<TColunaFisica>& fisicas) {
+    auto larguras = Larguras(colunas, conexao_.TipoBanco());
+    for (std::size_t i = 0; i < larguras.size(); ++i)
+        if (const auto* fisica = ColunaDeNome(fisicas, colunas[i].nome)) larguras[i].conjunto = fisica->conjunto;
+    return larguras.empty() ? 0 : Dialeto(conexao_).BytesDaChave(conexao_, larguras);
 }
 
 namespace {

@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "context/Saude.h"
 #include "datamodule/DataModulo.h"
 #include "dialect/Dialeto.h"
 #include "layout/ReconstrucoesAbertas.h"
@@ -114,6 +115,7 @@ struct TEvidencia {
     std::vector<TPassoRegistrado> passos;
     std::vector<TPassoRegistrado> correcoes;  // those whose turn it was
     TCopiasConfirmadas copias = {};
+    TAvisos avisos = {};  // about the database as a whole
     std::vector<TErroDaExecucao> erros;
     std::vector<std::string> naoRodaram = {};  // steps and tables whose turn did not come
 
@@ -142,6 +144,7 @@ struct TContexto {
     std::optional<std::size_t> linhasPorCommit = {};
     bool repeteTabela = false;  // something of the table failed: the next run analyses it again
     TEvidencia evidencia = {};
+    bool catalogoConferido = false;             // AvisosDoCatalogo
     TDicionario novo = {};                      // of the package
     TDicionario gravado = {};                   // of the database, as the run found it
     std::set<std::string> comRecusadas = {};    // tables of which a row of the package was passed over

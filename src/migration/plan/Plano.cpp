@@ -21,13 +21,11 @@
 #include "run/UsuariosOnline.h"
 #include "tables/MarcaDaBackup.h"
 #include "values/Texto.h"
+#include "values/TextoDeData.h"
 
 namespace wkd {
 
 namespace {
-
-constexpr std::int64_t kFormatos = 255;  // versions of one table that a Firebird database keeps
-constexpr std::int64_t kFormatosPerto = 200;
 
 /// Forgets at the end of a scope what was supposed about the database.
 class TSuposicoes {
@@ -53,6 +51,7 @@ class TPlanejador {
 
   private:
     void Identifica();
+    void Saude();
     void Recusadas(const std::vector<TLinhaRecusada>& linhas);
     void Prepara();
     void TiraRepetidas();
@@ -66,6 +65,9 @@ class TPlanejador {
     void Achados(TPlanoDaTabela& tabela, const TDecisaoDaTabela& decisao);
     void Volume(TPlanoDaTabela& tabela);
     void Tempos();
+    void Disco();
+    void ExaminaChaves(TPlanoDaTabela& tabela, const std::vector<TColunaDicionario>& novas);
+    void ExaminaChave(TPlanoDaTabela& tabela, const std::string& nome, std::vector<TColunaDicionario> colunas);
     void ForaDosDicionarios(TPlanoDaTabela& tabela);
     void ExaminaFormatos(TPlanoDaTabela& tabela);
     void ExaminaDependencias(TPlanoDaTabela& tabela);
@@ -82,6 +84,7 @@ std::optional<TPlano> TPlanejador::Planeja() {
     if (!TemDicionario(ctx_)) return std::nullopt;
     const TSuposicoes suposicoes(ctx_.dm);
     Identifica();
+    Saude();
     if (!Desempacota(ctx_, pasta)) return std::nullopt;
     Recusadas(CarregaDicionarios(ctx_, pasta));
     plano_.trocas = TrocasDeRegistros(ctx_.dm, pasta);
@@ -95,6 +98,7 @@ std::optional<TPlano> TPlanejador::Planeja() {
     formatos_ = ctx_.Dialeto().Formatos(ctx_.Conexao());
     Tabelas();
     Tempos();
+    Disco();
     DepoisDasTabelas(pasta);
     for (const auto& mudanca : MudancasExclusivas(ctx_.novo, ctx_.gravado))
         for (auto& tabela : plano_.tabelas)
@@ -108,6 +112,20 @@ void TPlanejador::Identifica() {
     plano_.pacote = ctx_.opcoes.pacote.string();
     plano_.tipo = ctx_.Banco();
     plano_.usuarios = ContaUsuariosOnline(ctx_.Conexao()).value_or(0);
+}
+
+void TPlanejador::Saude() {
+    if (ctx_.Conexao().SoLeitura())
+        plano_.achados.push_back(
+            {"so-leitura", "", "o banco está marcado como só de leitura: a atualização não começaria", 0, {}});
+    auto avisos = AvisosDoDriver(ctx_.Conexao());
+    for (auto& aviso : AvisosDoCatalogo(ctx_.Conexao())) avisos.push_back(std::move(aviso));
+    for (auto& aviso : avisos) {
+        if (aviso.peso == TPeso::Impede)
+            plano_.achados.push_back({aviso.tipo, "", aviso.texto, 0, {}});
+        else
+            plano_.avisos.push_back(std::move(aviso));
+    }
 }
 
 void TPlanejador::Recusadas(const std::vector<TLinhaRecusada>& linhas) {
@@ -274,6 +292,7 @@ void TPlanejador::Achados(TPlanoDaTabela& tabela, const TDecisaoDaTabela& decisa
                                   "uma correção que roda antes das tabelas mexe nela: a decisão pode ser outra",
                                   0,
                                   {}});
+    ExaminaChaves(tabela, novas);
     if (decisao.acao == TAcaoDaTabela::Reconstroi) ExaminaDependencias(tabela);
     if (decisao.acao == TAcaoDaTabela::Cria) {
         if (const auto impede = ctx_.dm.Atualiza.ImpedimentoParaCriar(tabela.nome, novas))
@@ -317,6 +336,54 @@ void TPlanejador::Tempos() {
         copias.segundosComMuitas += volume.Segundos(custo, kMuitasPorCommit);
     }
     if (custo) plano_.copias = copias;
+}
+
+/// A backup table stays, and the log of the way back comes with it: twice the rows is enough, less than them is not.
+void TPlanejador::Disco() {
+    std::int64_t bytes = 0;
+    for (const auto& tabela : plano_.tabelas) bytes += tabela.bytes;
+    const auto livre = bytes == 0 ? std::nullopt : ctx_.Conexao().EspacoLivre();
+    if (!livre) return;
+    const auto cabem = static_cast<std::int64_t>(*livre) + ctx_.Conexao().Saude().livresNoArquivo.value_or(0);
+    const std::string texto = "as reconstruções copiam " + ComMilhares(bytes) + " bytes, e o disco do banco tem " +
+                              ComMilhares(cabem) + ", com as páginas livres do arquivo: libere espaço antes";
+    if (cabem < bytes)
+        plano_.achados.push_back({"disco-pequeno", "", texto, 0, {}});
+    else if (cabem < 2 * bytes)
+        plano_.avisos.push_back({"disco-pequeno", texto, TPeso::Alerta});
+}
+
+/// Indexes that pages of this size do not hold. A column that is there keeps its character set, but in a new table.
+void TPlanejador::ExaminaChaves(TPlanoDaTabela& tabela, const std::vector<TColunaDicionario>& novas) {
+    if (ctx_.Dialeto().LimiteDaChave(ctx_.Dialeto().Capacidades().pagina) <= 0) return;
+    std::vector<TColunaDicionario> chave;
+    std::ranges::copy_if(novas, std::back_inserter(chave), [](const auto& nova) { return nova.chave == 1; });
+    ExaminaChave(tabela, "chave primária", chave);
+    for (const auto& indice : ctx_.novo.Indices(tabela.nome)) {
+        std::vector<TColunaDicionario> colunas;
+        std::ranges::copy_if(novas, std::back_inserter(colunas), [&](const auto& nova) {
+            return std::ranges::any_of(indice.colunas, [&](const auto& c) { return IgualSemCaixa(c, nova.nome); });
+        });
+        ExaminaChave(tabela, indice.nome, colunas);
+    }
+}
+
+void TPlanejador::ExaminaChave(TPlanoDaTabela& tabela, const std::string& nome,
+                               std::vector<TColunaDicionario> colunas) {
+    std::erase_if(colunas, [](const auto& coluna) { return !ColunaFisica(coluna); });
+    const bool fica = tabela.acao == TAcaoDaTabela::Altera && ctx_.dm.ExisteTabela(tabela.nome);
+    const auto fisicas = fica ? ctx_.dm.ColunasFisicas(tabela.nome) : std::vector<TColunaFisica>();
+    const std::int64_t pagina = ctx_.Dialeto().Capacidades().pagina;
+    const auto limite = ctx_.Dialeto().LimiteDaChave(static_cast<int>(pagina));
+    const auto bytes = ctx_.dm.Atualiza.BytesDaChave(colunas, fisicas);
+    if (bytes <= limite) return;
+    tabela.achados.push_back({"chave-longa",
+                              nome,
+                              "o índice teria chaves de " + ComMilhares(bytes) + " bytes, e páginas de " +
+                                  ComMilhares(pagina) + " só as levam até " + ComMilhares(limite) +
+                                  ": restaure um backup do banco com páginas maiores (gbak -page_size)",
+                              0,
+                              {}});
 }
 
 /// A column that no dictionary tells of goes with the table, but for its values.

@@ -50,6 +50,7 @@ struct TPlano {
     std::vector<std::string> correcoes;     // one-off corrections that the database has not seen
     std::vector<TTrocaDeRegistros> trocas;  // rows of the customer's that packets would take the place of
     TAchados achados;                       // before the tables
+    TAvisos avisos;                         // about the database; what would stop the run is among `achados`
     std::vector<TPlanoDaTabela> tabelas;    // in the order of the package
     std::int64_t usuarios = 0;              // connected
     std::optional<TCopiasDoPlano> copias = {};

@@ -81,6 +81,7 @@ TFimDaAtualizacao TAtualizacao::Executa() {
         ctx_.linhasPorCommit = LinhasPorCommit(ctx_);
         ExigeEscrita();
         trava_.emplace(ctx_.dm.SQLConnection1);
+        Avisa(ctx_, AvisosDoDriver(ctx_.Conexao()));
         TPastaDeTrabalho pasta(ctx_.opcoes.temporaria);
         fim = Corre(pasta);
     } catch (const std::exception& erro) {

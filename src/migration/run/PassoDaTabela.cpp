@@ -1,6 +1,7 @@
 #include "run/PassoDaTabela.h"
 
 #include <set>
+#include <utility>
 
 #include "alter/Alteracao.h"
 #include "alter/DicionarioDaTabela.h"
@@ -39,7 +40,21 @@ void ApagaIndices(TContexto& ctx, const std::string& tabela, const TMarcasDeAnal
     ctx.dm.Commit("Apagando indices: " + tabela);
 }
 
+/// Before the first table that changes: a run with nothing to change asks nothing.
+void ConfereCatalogo(TContexto& ctx) {
+    if (std::exchange(ctx.catalogoConferido, true)) return;
+    Tolera([&] { Avisa(ctx, AvisosDosFormatos(ctx.Dialeto().Formatos(ctx.Conexao()))); });
+    Tolera([&] { Avisa(ctx, AvisosDoCatalogo(ctx.Conexao())); });
+}
+
 }  // namespace
+
+void Avisa(TContexto& ctx, TAvisos avisos) {
+    for (auto& aviso : avisos) {
+        if (aviso.peso != TPeso::Nota) ctx.Tela().Memo1("Aviso: " + aviso.texto + ".");
+        ctx.evidencia.avisos.push_back(std::move(aviso));
+    }
+}
 
 void RefazIndices(TContexto& ctx, TMarcasDeAnalise& marcas, const std::string& tabela, bool falhou) {
     TIndicesGuardados guardados(ctx, tabela, true);
@@ -75,6 +90,7 @@ void TPassoDaTabela::Executa() {
         ctx_.gravado.TrocaColunas(tabela_, ctx_.dm.SatribVelho.Todas());
     }
     decisao_ = DecideTabela(ctx_, marcas_);
+    if (decisao_.acao != TAcaoDaTabela::Nada) ConfereCatalogo(ctx_);
     const TRegistroDaTabela registro(ctx_, tabela_, decisao_);
     TIndicesGuardados guardados(ctx_, tabela_, marcas_.Marcada(tabela_));
     if (ctx_.dm.ExisteTabela(tabela_)) TabelaExistente(guardados);

@@ -37,6 +37,9 @@ class TPassoDaTabela {
     TDecisaoDaTabela decisao_;
 };
 
+/// Keeps warnings for the report, and tells those that a run tells.
+void Avisa(TContexto& ctx, TAvisos avisos);
+
 /// Makes the table's secondary indexes anew as SINDSEC has them by now, and takes its mark away unless something of it
 /// failed, here or before.
 void RefazIndices(TContexto& ctx, TMarcasDeAnalise& marcas, const std::string& tabela, bool falhou);
