@@ -6,8 +6,8 @@
 namespace wkd {
 namespace {
 
-std::string DaTabela(std::string_view tabela) {
-    return tabela.empty() ? std::string() : " where c.object_id = object_id(" + Aspas(tabela) + ")";
+std::string DaTabela(const std::string& numero, std::string_view tabela) {
+    return tabela.empty() ? std::string() : " where " + numero + " = object_id(" + Aspas(tabela) + ")";
 }
 
 constexpr std::size_t kBytesDoAnuncio = 128;
@@ -59,20 +59,21 @@ std::string TabelasTSql(std::string_view esquema) {
 
 std::string ChavesTSql(std::string_view esquema) {
     return "select o.name, i.name, col_name(k.object_id, k.column_id) from sys.indexes i"
-           " join sys.objects o on o.object_id = i.object_id"
+           " join sys.tables o on o.object_id = i.object_id"
            " join sys.index_columns k on k.object_id = i.object_id and k.index_id = i.index_id"
            " where i.is_primary_key = 1 and k.key_ordinal > 0 and o.schema_id = " +
            std::string(esquema) + " order by o.name, k.key_ordinal";
 }
 
 std::string PadroesTSql(std::string_view tabela) {
-    return "select object_name(d.parent_object_id), c.name, d.definition from sys.default_constraints d"
-           " join sys.columns c on c.object_id = d.parent_object_id and c.column_id = d.parent_column_id" +
-           DaTabela(tabela);
+    return "select object_name(d.parent_object_id), col_name(d.parent_object_id, d.parent_column_id), d.definition"
+           " from sys.default_constraints d" +
+           DaTabela("d.parent_object_id", tabela);
 }
 
 std::string ComputadasTSql(std::string_view tabela) {
-    return "select object_name(c.object_id), c.name, c.definition from sys.computed_columns c" + DaTabela(tabela);
+    return "select object_name(c.object_id), c.name, c.definition from sys.computed_columns c" +
+           DaTabela("c.object_id", tabela);
 }
 
 std::string RestricoesTSql(std::string_view tabela) {
