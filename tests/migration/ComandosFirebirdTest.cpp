@@ -96,6 +96,18 @@ class TLoja {
         return comandos;
     }
 
+    /// Of another update, by which nothing changes any more.
+    std::vector<std::string> ComandosDaSegunda() {
+        std::vector<std::string> comandos;
+        const auto opcoes = OpcoesDeTeste(pasta_.Caminho());
+        TEstado estado;
+        TAtualizacao(dm_, opcoes, estado).Executa();
+        dm_.SQLConnection1.Observa([&](std::string_view sql) { comandos.emplace_back(sql); });
+        TAtualizacao(dm_, opcoes, estado).Executa();
+        dm_.SQLConnection1.Observa({});
+        return comandos;
+    }
+
     /// Of tables, columns and indexes, in capitals.
     std::set<std::string> Nomes() {
         std::set<std::string> nomes;
@@ -284,6 +296,14 @@ TEST(ComandosFirebird, EachVersionHasEveryWordOfThem) {
     usadas.insert("rollback to savepoint P");  // behind an error alone
     for (const auto& forma : formas)
         EXPECT_TRUE(usadas.contains(Junta(forma.palavras, " "))) << Junta(forma.palavras, " ") << " never comes";
+}
+
+TEST(ComandosFirebird, AnUpdateThatChangesNoTableAsksNothingAboutTheDatabase) {
+    const auto comandos = TLoja(300).ComandosDaSegunda();
+    EXPECT_GT(comandos.size(), 40u);
+    for (const auto& comando : comandos)
+        for (const char* pergunta : {"mon$shutdown_mode", "rdb$format"})
+            EXPECT_EQ(comando.find(pergunta), std::string::npos) << comando;
 }
 
 TEST(ComandosFirebird, TheTestSeesWhatAVersionLacks) {
