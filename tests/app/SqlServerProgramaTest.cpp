@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <nlohmann/json.hpp>
 #include <thread>
 
 #include "Arquivos.h"
@@ -12,6 +13,7 @@
 #include "ProgramaApoio.h"
 #include "package/Pacote.h"
 #include "package/TravaDoBanco.h"
+#include "values/Texto.h"
 
 namespace wkd {
 namespace {
@@ -45,6 +47,15 @@ class SqlServerPrograma : public testing::Test {
 
     std::string Le(std::string_view sql) { return Linhas(loja_->Conexao(), sql); }
 
+    /// What is to be done to each table of the alias, and why.
+    std::string Decisoes(const std::string& alias) {
+        const auto plano = nlohmann::json::parse(programa_.Roda({"--plano", alias, "pacote.zip", "--json"}).saida);
+        std::string texto;
+        for (const auto& tabela : plano.at("tabelas"))
+            for (const char* campo : {"tabela", "acao", "motivo", "mudancas"}) texto += tabela.at(campo).dump() + "\n";
+        return texto;
+    }
+
     TProgramaInstalado programa_;
     std::unique_ptr<TLojaSqlServer> loja_;
 };
@@ -60,6 +71,13 @@ TEST_F(SqlServerPrograma, ASupportBundleHasTheSchemaAndNoRow) {
         EXPECT_TRUE(fs::exists(pasta / nome)) << nome;
     for (const auto& entrada : fs::directory_iterator(pasta.Caminho()))
         EXPECT_EQ(LeArquivo(entrada.path()).find("zqxv"), std::string::npos) << entrada.path();
+
+    const std::string ini = programa_.Arquivo("WKD.ini"), banco = AliasDoSqlServer("").database, vazio = banco + "v";
+    programa_.Escreve("WKD.ini", ini + Troca(Troca(ini, "[LOJA]", "[VAZIO]"), banco, vazio));
+    const auto feito = programa_.Roda({"--reproduz", "s.zip", "VAZIO"});
+    EXPECT_EQ(feito.codigo, 0) << feito.erros;
+    EXPECT_EQ(Decisoes("LOJA"), Decisoes("VAZIO"));
+    loja_->Conexao().ExecuteDirect("drop database " + vazio);
 }
 
 /// Every update of SARQUIVO takes half a minute.
