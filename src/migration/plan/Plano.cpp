@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <map>
 
-#include "alter/ObjetosDaTabela.h"
 #include "context/CargaDoPacote.h"
 #include "copy/CopiaDeLinhas.h"
 #include "corrections/Correcoes.h"
@@ -13,6 +12,7 @@
 #include "package/Trava.h"
 #include "packet/DataPacket.h"
 #include "passes/CamposTexto.h"
+#include "plan/ExameDaTabela.h"
 #include "plan/ExameDosDados.h"
 #include "rebuild/Nova.h"
 #include "rebuild/VoltaBackup.h"
@@ -66,11 +66,6 @@ class TPlanejador {
     void Volume(TPlanoDaTabela& tabela);
     void Tempos();
     void Disco();
-    void ExaminaChaves(TPlanoDaTabela& tabela, const std::vector<TColunaDicionario>& novas);
-    void ExaminaChave(TPlanoDaTabela& tabela, const std::string& nome, std::vector<TColunaDicionario> colunas);
-    void ForaDosDicionarios(TPlanoDaTabela& tabela);
-    void ExaminaFormatos(TPlanoDaTabela& tabela);
-    void ExaminaDependencias(TPlanoDaTabela& tabela);
 
     TContexto ctx_;
     TPlano plano_;
@@ -292,8 +287,8 @@ void TPlanejador::Achados(TPlanoDaTabela& tabela, const TDecisaoDaTabela& decisa
                                   "uma correção que roda antes das tabelas mexe nela: a decisão pode ser outra",
                                   0,
                                   {}});
-    ExaminaChaves(tabela, novas);
-    if (decisao.acao == TAcaoDaTabela::Reconstroi) ExaminaDependencias(tabela);
+    ExaminaChaves(ctx_, tabela, novas);
+    if (decisao.acao == TAcaoDaTabela::Reconstroi) ExaminaDependencias(ctx_, tabela);
     if (decisao.acao == TAcaoDaTabela::Cria) {
         if (const auto impede = ctx_.dm.Atualiza.ImpedimentoParaCriar(tabela.nome, novas))
             tabela.achados.push_back({"impedimento", "", impede->mensagem, 0, {}});
@@ -302,9 +297,9 @@ void TPlanejador::Achados(TPlanoDaTabela& tabela, const TDecisaoDaTabela& decisa
     const bool existe = ctx_.dm.ExisteTabela(tabela.nome);
     if (decisao.acao == TAcaoDaTabela::Reconstroi) {
         Volume(tabela);
-        ForaDosDicionarios(tabela);
+        ForaDosDicionarios(ctx_, tabela);
     }
-    ExaminaFormatos(tabela);
+    ExaminaFormatos(tabela, formatos_[ChaveDeNome(tabela.nome)]);
     if (!existe) return;
     const auto exame = ExaminaDados(ctx_, tabela.nome, decisao, novas, ctx_.novo.Indices(tabela.nome));
     tabela.achados.insert(tabela.achados.end(), exame.begin(), exame.end());
@@ -351,89 +346,6 @@ void TPlanejador::Disco() {
         plano_.achados.push_back({"disco-pequeno", "", texto, 0, {}});
     else if (cabem < 2 * bytes)
         plano_.avisos.push_back({"disco-pequeno", texto, TPeso::Alerta});
-}
-
-/// Indexes that pages of this size do not hold. A column that is there keeps its character set, but in a new table.
-void TPlanejador::ExaminaChaves(TPlanoDaTabela& tabela, const std::vector<TColunaDicionario>& novas) {
-    if (ctx_.Dialeto().LimiteDaChave(ctx_.Dialeto().Capacidades().pagina) <= 0) return;
-    std::vector<TColunaDicionario> chave;
-    std::ranges::copy_if(novas, std::back_inserter(chave), [](const auto& nova) { return nova.chave == 1; });
-    ExaminaChave(tabela, "chave primária", chave);
-    for (const auto& indice : ctx_.novo.Indices(tabela.nome)) {
-        std::vector<TColunaDicionario> colunas;
-        std::ranges::copy_if(novas, std::back_inserter(colunas), [&](const auto& nova) {
-            return std::ranges::any_of(indice.colunas, [&](const auto& c) { return IgualSemCaixa(c, nova.nome); });
-        });
-        ExaminaChave(tabela, indice.nome, colunas);
-    }
-}
-
-void TPlanejador::ExaminaChave(TPlanoDaTabela& tabela, const std::string& nome,
-                               std::vector<TColunaDicionario> colunas) {
-    std::erase_if(colunas, [](const auto& coluna) { return !ColunaFisica(coluna); });
-    const bool fica = tabela.acao == TAcaoDaTabela::Altera && ctx_.dm.ExisteTabela(tabela.nome);
-    const auto fisicas = fica ? ctx_.dm.ColunasFisicas(tabela.nome) : std::vector<TColunaFisica>();
-    const std::int64_t pagina = ctx_.Dialeto().Capacidades().pagina;
-    const auto limite = ctx_.Dialeto().LimiteDaChave(static_cast<int>(pagina));
-    const auto bytes = ctx_.dm.Atualiza.BytesDaChave(colunas, fisicas);
-    if (bytes <= limite) return;
-    tabela.achados.push_back({"chave-longa",
-                              nome,
-                              "o índice teria chaves de " + ComMilhares(bytes) + " bytes, e páginas de " +
-                                  ComMilhares(pagina) + " só as levam até " + ComMilhares(limite) +
-                                  ": restaure um backup do banco com páginas maiores (gbak -page_size)",
-                              0,
-                              {}});
-}
-
-/// A column that no dictionary tells of goes with the table, but for its values.
-void TPlanejador::ForaDosDicionarios(TPlanoDaTabela& tabela) {
-    for (const auto& mudanca : tabela.mudancas)
-        if (mudanca.sinal == '-' && !ctx_.gravado.Coluna(tabela.nome, mudanca.coluna))
-            tabela.achados.push_back({"coluna-desconhecida",
-                                      mudanca.coluna,
-                                      "não está em nenhum dos dois dicionários: a tabela nova não a tem, e os valores "
-                                      "ficam em " +
-                                          NomeDaBackup(tabela.nome),
-                                      0,
-                                      {}});
-}
-
-void TPlanejador::ExaminaFormatos(TPlanoDaTabela& tabela) {
-    if (tabela.acao != TAcaoDaTabela::Altera) return;
-    const auto formatos = formatos_[ChaveDeNome(tabela.nome)];
-    const auto alteracoes =
-        std::ranges::count_if(tabela.comandos, [](const auto& comando) { return comando.starts_with("alter table"); });
-    const std::string texto = "a tabela já tem " + std::to_string(formatos) + " versões das " +
-                              std::to_string(kFormatos) + " que o banco guarda, e esta atualização pede mais " +
-                              std::to_string(alteracoes);
-    if (formatos + alteracoes > kFormatos)
-        tabela.achados.push_back(
-            {"versoes-esgotadas", "", texto + ": faça backup e restauração do banco antes", formatos, {}});
-    else if (formatos + alteracoes >= kFormatosPerto)
-        tabela.achados.push_back(
-            {"versoes-perto-do-fim", "", texto + ": um backup com restauração as zera", formatos, {}});
-}
-
-void TPlanejador::ExaminaDependencias(TPlanoDaTabela& tabela) {
-    const std::string nome = Maiusculas(tabela.nome);
-    if (const auto impede = ImpedimentoDaReconstrucao(ctx_, tabela.nome))
-        tabela.achados.push_back({"impedimento", "", "não seria reconstruída: " + impede->mensagem, 0, {}});
-    if (!ctx_.dm.ExisteTabela(nome)) return;
-    const auto relata = [&](std::string tipo, std::string texto, std::vector<std::string> nomes) {
-        if (nomes.empty()) return;
-        const auto quantos = static_cast<std::int64_t>(nomes.size());
-        tabela.achados.push_back({std::move(tipo), "", std::move(texto), quantos, std::move(nomes)});
-    };
-    relata("dependentes", "dependem da tabela e impedem a reconstrução",
-           ctx_.Dialeto().Dependentes(ctx_.Conexao(), nome));
-    std::vector<std::string> propriedades, gatilhos;
-    for (const auto& fonte : PropriedadesPerdidas(ctx_, nome))
-        propriedades.push_back(fonte.nome + ": " + std::string(Apara(fonte.texto)));
-    for (const auto& fonte : ctx_.Dialeto().Gatilhos(ctx_.Conexao(), nome)) gatilhos.push_back(fonte.nome);
-    relata("propriedades", "propriedades de colunas que não voltam; a fonte fica no arquivo de rejeitados",
-           std::move(propriedades));
-    relata("gatilhos", "gatilhos que não voltam; a fonte fica no arquivo de rejeitados", std::move(gatilhos));
 }
 
 }  // namespace
