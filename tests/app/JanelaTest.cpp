@@ -903,6 +903,24 @@ TEST_F(JanelaTest, EditBoxesAreRememberedButThePackageIsNot) {
     EXPECT_EQ(gravadas.Le("edServerRest"), "  ");
 }
 
+TEST_F(JanelaTest, WhoeverIsFasterThanTheDrawingMissesNothing) {
+    C<QLineEdit>("url").setText("http://x");
+    janela_->Janela().close();
+    const auto naoDesenhada = [this] {
+        janela_ = std::make_unique<TJanelaDeTeste>(instalacao_);
+        janela_->Janela().show();
+        EXPECT_EQ(janela_->Janela().findChild<QLineEdit*>("url"), nullptr) << "before the first page is drawn";
+    };
+    naoDesenhada();
+    janela_->Janela().close();
+    naoDesenhada();
+    auto& edAlias = C<QComboBox>("edAlias");
+    edAlias.setCurrentIndex(edAlias.findText("LOJA"));
+    C<QPushButton>("btProximo").click();
+    EXPECT_EQ(Onde(), "atualizacao: Definir Alias que será atualizado");
+    EXPECT_EQ(C<QLineEdit>("url").text(), "http://x") << "a window that nobody saw changes no preference";
+}
+
 TEST_F(JanelaTest, LeavingIsAskedFirst) {
     const auto escape = [&] {
         QKeyEvent tecla(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);

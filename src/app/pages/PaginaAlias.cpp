@@ -67,10 +67,7 @@ TPaginaAlias::TPaginaAlias(TUltima ultima)
       btReler_(Botao("btReler", "R&eler", "Ler de novo quem está conectado")),
       btLiberar_(Botao("btLiberar", "Li&berar...",
                        "Tirar a marca de conectado de quem a tem desde uma queda: das linhas escolhidas, ou de todos")),
-      gridUsuariosOnline_(Grade("gridUsuariosOnline", "Usuários online", kDosUsuarios)),
-      lblConectados_(Nomeia(new QLabel, "lblConectados")),
-      gridConectados_(Grade("gridConectados", "Conexões que o servidor conhece", kDosConectados)),
-      mErro_(Nomeia(new TMemoDeLinhas, "mErroDoAlias", "Por que não há conexão")) {
+      lblUsuarios_(new QLabel("Nº Usuários online: ")) {
     edCaminhoBanco_->setReadOnly(true);
     lblUltima_->setTextFormat(Qt::PlainText);
     lblUltima_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);  // a long verdict does not widen the window
@@ -97,15 +94,10 @@ TPaginaAlias::TPaginaAlias(TUltima ultima)
     linhas->addWidget(edCaminhoBanco_, 2, 1);
     linhas->addWidget(new QLabel("Última atualização:"), 3, 0);
     linhas->addWidget(lblUltima_, 3, 1);
-    linhas->addWidget(RotuloDe("Nº Usuários online: ", gridUsuariosOnline_), 4, 0);
+    linhas->addWidget(lblUsuarios_, 4, 0);
     linhas->addLayout(Numero(), 4, 1);
-    linhas->addWidget(gridUsuariosOnline_, kLinhaDosUsuarios, 0, 1, 2);
-    linhas->addWidget(mErro_, kLinhaDoErro, 0, 1, 2);  // never both
-    mErro_->hide();
-    linhas->addWidget(lblConectados_, 7, 0, 1, 2);
-    linhas->addWidget(gridConectados_, kLinhaDosConectados, 0, 1, 2);
     linhas->setColumnStretch(1, 1);
-    ReparteAltura();
+    linhas->setRowStretch(kLinhaDoErro, 1);
 
     connect(edAlias_, &TListaDeAlias::CloseUp, this, &TPaginaAlias::Escolhido);
     connect(edAlias_, &TListaDeAlias::Exit, this, &TPaginaAlias::Escolhido);
@@ -126,10 +118,33 @@ QLayout* TPaginaAlias::Numero() {
         botao->setEnabled(false);
         linha->addWidget(botao);
     }
-    lblConectados_->setTextFormat(Qt::PlainText);
-    lblConectados_->setWordWrap(true);
-    lblConectados_->setToolTip("Um usuário sem esse direito no servidor vê só as conexões dele");
     return linha;
+}
+
+TPaginaAlias::TDetalhes& TPaginaAlias::Detalhes() {
+    if (!detalhes_) FazDetalhes();
+    return *detalhes_;
+}
+
+void TPaginaAlias::FazDetalhes() {
+    auto* usuarios = Grade("gridUsuariosOnline", "Usuários online", kDosUsuarios);
+    auto* erro = Nomeia(new TMemoDeLinhas, "mErroDoAlias", "Por que não há conexão");
+    auto* quantos = Nomeia(new QLabel, "lblConectados");
+    auto* conectados = Grade("gridConectados", "Conexões que o servidor conhece", kDosConectados);
+    lblUsuarios_->setBuddy(usuarios);
+    erro->hide();
+    quantos->setTextFormat(Qt::PlainText);
+    quantos->setWordWrap(true);
+    quantos->setToolTip("Um usuário sem esse direito no servidor vê só as conexões dele");
+    auto& linhas = static_cast<QGridLayout&>(*layout());
+    linhas.addWidget(usuarios, kLinhaDosUsuarios, 0, 1, 2);
+    linhas.addWidget(erro, kLinhaDoErro, 0, 1, 2);  // never both
+    linhas.addWidget(quantos, 7, 0, 1, 2);
+    linhas.addWidget(conectados, kLinhaDosConectados, 0, 1, 2);
+    setTabOrder(btLiberar_, usuarios);
+    setTabOrder(usuarios, erro);
+    setTabOrder(erro, conectados);
+    detalhes_ = {usuarios, erro, quantos, conectados};
 }
 
 void TPaginaAlias::Lista(const std::vector<std::string>& aliases, const QString& arquivoIni) {
@@ -156,9 +171,9 @@ void TPaginaAlias::EscondeUsuarios() {
 }
 
 void TPaginaAlias::Explica(const QString& texto) {
-    mErro_->setPlainText(texto);
-    mErro_->setAccessibleDescription(texto);
-    mErro_->setVisible(!texto.isEmpty());
+    Detalhes().erro->setPlainText(texto);
+    Detalhes().erro->setAccessibleDescription(texto);
+    Detalhes().erro->setVisible(!texto.isEmpty());
 }
 
 namespace {
@@ -181,14 +196,14 @@ void TPaginaAlias::Mostra(const TDadosDoAlias& dados) {
     Explica(dados.erro ? Q(ExplicaConexao(*dados.erro)) : dados.usuariosOnline ? QString() : QString(kGeracaoAnterior));
     lblNumUsuarios_->setText(Q(dados.numUsuarios));
     edCaminhoBanco_->setText(Q(dados.caminhoBanco));
-    gridUsuariosOnline_->setVisible(dados.usuariosOnline);
-    PoeNaGrade(*gridUsuariosOnline_, dados.usuarios, kDosUsuarios);
+    Detalhes().usuarios->setVisible(dados.usuariosOnline);
+    PoeNaGrade(*Detalhes().usuarios, dados.usuarios, kDosUsuarios);
     MostraUltima();
     btReler_->setEnabled(!dados.numUsuarios.empty());
     btLiberar_->setEnabled(!dados.usuarios.empty());
-    lblConectados_->setText(dados.conectado ? TextoDosConectados(dados) : QString());
-    gridConectados_->setVisible(!dados.conectados.empty());
-    PoeNaGrade(*gridConectados_, dados.conectados, kDosConectados);
+    Detalhes().quantos->setText(dados.conectado ? TextoDosConectados(dados) : QString());
+    Detalhes().conectados->setVisible(!dados.conectados.empty());
+    PoeNaGrade(*Detalhes().conectados, dados.conectados, kDosConectados);
     ReparteAltura();
 }
 
@@ -206,16 +221,16 @@ void TPaginaAlias::MostraUltima() {
 /// What the lines leave belongs to the lists that are shown, else to nobody.
 void TPaginaAlias::ReparteAltura() {
     auto& linhas = static_cast<QGridLayout&>(*layout());
-    const bool lista = !gridUsuariosOnline_->isHidden();
+    const bool lista = !Detalhes().usuarios->isHidden();
     linhas.setRowStretch(kLinhaDosUsuarios, lista ? 1 : 0);
     linhas.setRowStretch(kLinhaDoErro, lista ? 0 : 1);
-    linhas.setRowStretch(kLinhaDosConectados, gridConectados_->isHidden() ? 0 : 1);
+    linhas.setRowStretch(kLinhaDosConectados, Detalhes().conectados->isHidden() ? 0 : 1);
 }
 
-std::vector<TUsuarioOnline> TPaginaAlias::UsuariosEscolhidos() const {
+std::vector<TUsuarioOnline> TPaginaAlias::UsuariosEscolhidos() {
     std::vector<TUsuarioOnline> escolhidos;
-    for (int linha = 0; linha < gridUsuariosOnline_->rowCount(); ++linha)
-        if (gridUsuariosOnline_->selectionModel()->isRowSelected(linha, {}))
+    for (int linha = 0; linha < Detalhes().usuarios->rowCount(); ++linha)
+        if (Detalhes().usuarios->selectionModel()->isRowSelected(linha, {}))
             escolhidos.push_back(dados_.usuarios[static_cast<std::size_t>(linha)]);
     return escolhidos.empty() ? dados_.usuarios : escolhidos;
 }

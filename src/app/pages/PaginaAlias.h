@@ -2,6 +2,7 @@
 
 #include <QWidget>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,8 @@ class TPaginaAlias : public QWidget {
     using TUltima = std::function<std::string(const std::string& alias)>;
 
     explicit TPaginaAlias(TUltima ultima);
+    /// Makes what is out of sight at first. What shows it does so, too.
+    void Completa() { Detalhes(); }
 
     void Lista(const std::vector<std::string>& aliases, const QString& arquivoIni);
     void Escolhe(const QString& alias);
@@ -38,7 +41,7 @@ class TPaginaAlias : public QWidget {
     void Mostra(const TDadosDoAlias& dados);
     const TDadosDoAlias& Mostrado() const { return dados_; }
     /// Those whose lines are selected, else all.
-    std::vector<TUsuarioOnline> UsuariosEscolhidos() const;
+    std::vector<TUsuarioOnline> UsuariosEscolhidos();
     /// A text in the place of the users; empty for none.
     void Explica(const QString& texto);
 
@@ -54,6 +57,16 @@ class TPaginaAlias : public QWidget {
     void showEvent(QShowEvent* evento) override;
 
   private:
+    /// Who is connected, or why nobody can be.
+    struct TDetalhes {
+        QTableWidget* usuarios;
+        QPlainTextEdit* erro;
+        QLabel* quantos;
+        QTableWidget* conectados;
+    };
+
+    TDetalhes& Detalhes();
+    void FazDetalhes();
     QLayout* Numero();
     void MostraUltima();
     void ReparteAltura();
@@ -67,10 +80,8 @@ class TPaginaAlias : public QWidget {
     QLabel* lblNumUsuarios_;
     QPushButton* btReler_;
     QPushButton* btLiberar_;
-    QTableWidget* gridUsuariosOnline_;
-    QLabel* lblConectados_;
-    QTableWidget* gridConectados_;
-    QPlainTextEdit* mErro_;
+    QLabel* lblUsuarios_;
+    std::optional<TDetalhes> detalhes_;
 };
 
 }  // namespace wkd

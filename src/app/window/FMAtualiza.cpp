@@ -46,12 +46,11 @@ QWidget* FaixaColorida(const TTinta& tinta) {
 
 TFMAtualiza::TFMAtualiza(TDataModulo& daEntrada, const TMeios& meios, TInicio inicio)
     : meios_(meios), inicio_(std::move(inicio)), http_(new TClienteHttp(this)) {
-    const TAliases& aliases = daEntrada.SQLConnection1.Aliases();
     setObjectName("FMAtualiza");
     setWindowTitle("AtualizaWKD v" + Q(kVersao));
     setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
                    Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
-    dm_ = std::make_unique<TDataModulo>(aliases, meios_.tela);
+    dm_ = std::make_unique<TDataModulo>(daEntrada.SQLConnection1.Aliases(), meios_.tela);
 
     auto* partes = new QVBoxLayout(this);
     partes->setContentsMargins(0, 0, 0, 0);
@@ -62,21 +61,19 @@ TFMAtualiza::TFMAtualiza(TDataModulo& daEntrada, const TMeios& meios, TInicio in
     btProximo_->setDefault(true);
     Liga();
     Dimensiona();
-    ocupado_ = new TPainelOcupado(this);
-    meios_.tela.Liga(*status_, *ocupado_);
-
-    if (!meios_.tela.Desassistida())
-        VerificaNovaVersao(aliases, *http_, [this](const QString& versao) {
-            lblNovaVersao_->setText("Versão " + versao + " disponível");
-        });
 }
 
 /// The told size is that of the font it was drawn with; a larger one, or a screen reader's, makes the window grow.
+/// Grown alike it holds every page; where the screen does not let it, the pages say how large it must be.
 void TFMAtualiza::Dimensiona() {
     constexpr double kPontosDoDesenho = 9;
     const double vezes = std::max(1.0, QFontInfo(font()).pointSizeF() / kPontosDoDesenho);
-    const QSize desenho = (QSizeF(kAreaCliente) * vezes).toSize().boundedTo(screen()->availableSize());
-    setFixedSize(desenho.expandedTo(minimumSizeHint()).expandedTo(kAreaCliente));
+    const QSize desenho = (QSizeF(kAreaCliente) * vezes).toSize();
+    const QSize cabe = desenho.boundedTo(screen()->availableSize());
+    if (cabe != desenho) Seguintes();
+    const QSize antes = size();
+    setFixedSize(cabe.expandedTo(minimumSizeHint()).expandedTo(kAreaCliente));
+    if (mostrada_ && size() != antes) Centraliza();
 }
 
 TFMAtualiza::~TFMAtualiza() { alias_->disconnect(this); }
@@ -99,20 +96,49 @@ QWidget* TFMAtualiza::Faixa() {
 }
 
 QStackedWidget* TFMAtualiza::Paginas() {
-    const TAliases& aliases = dm_->SQLConnection1.Aliases();
     ntAtualiza_ = Nomeia(new QStackedWidget, "ntAtualiza");
     alias_ = new TPaginaAlias(
         [this](const auto& alias) { return UltimaEmTexto(UltimaExecucao(meios_.ambiente.pastaPrograma, alias)); });
-    backup_ = new TPaginaBackup(aliases, meios_.ambiente.pastaPrograma, meios_.dialogos, meios_.tela);
-    atualizacao_ = new TPaginaAtualizacao(meios_.dialogos);
-    opcoes_ = new TPaginaOpcoes([this](std::string_view tabela) { return dm_->ExisteTabela(tabela); }, meios_.dialogos);
-    status_ = new TPaginaStatus(meios_.dialogos);
-    for (QWidget* pagina : std::initializer_list<QWidget*>{alias_, backup_, atualizacao_, opcoes_, status_}) {
-        pagina->setObjectName(Q(NomeDaPagina(static_cast<TPagina>(ntAtualiza_->count()))));
-        pagina->layout()->setContentsMargins(14, 10, 14, 10);
-        ntAtualiza_->addWidget(pagina);
-    }
+    AcrescentaPagina(alias_);
     return ntAtualiza_;
+}
+
+void TFMAtualiza::AcrescentaPagina(QWidget* pagina) {
+    pagina->setObjectName(Q(NomeDaPagina(static_cast<TPagina>(ntAtualiza_->count()))));
+    pagina->layout()->setContentsMargins(14, 10, 14, 10);
+    ntAtualiza_->addWidget(pagina);
+}
+
+TSeguintes& TFMAtualiza::Seguintes() {
+    if (!seguintes_) FazSeguintes();
+    return *seguintes_;
+}
+
+void TFMAtualiza::FazSeguintes() {
+    const TAliases& aliases = dm_->SQLConnection1.Aliases();
+    alias_->Completa();
+    seguintes_ = {
+        .backup = new TPaginaBackup(aliases, meios_.ambiente.pastaPrograma, meios_.dialogos, meios_.tela),
+        .atualizacao = new TPaginaAtualizacao(meios_.dialogos),
+        .opcoes =
+            new TPaginaOpcoes([this](std::string_view tabela) { return dm_->ExisteTabela(tabela); }, meios_.dialogos),
+        .status = new TPaginaStatus(meios_.dialogos),
+        .ocupado = new TPainelOcupado(this),
+    };
+    for (QWidget* pagina : std::initializer_list<QWidget*>{seguintes_->backup, seguintes_->atualizacao,
+                                                           seguintes_->opcoes, seguintes_->status})
+        AcrescentaPagina(pagina);
+    ntAtualiza_->updateGeometry();
+    LigaSeguintes();
+    RestauraPreferencias();
+    Dimensiona();
+    meios_.tela.Liga(*seguintes_->status, *seguintes_->ocupado);
+    meios_.tela.LblAtual("Parado.");
+    meios_.tela.Descarrega();
+    if (!meios_.tela.Desassistida())
+        VerificaNovaVersao(aliases, *http_, [this](const QString& versao) {
+            lblNovaVersao_->setText("Versão " + versao + " disponível");
+        });
 }
 
 QWidget* TFMAtualiza::Botoes() {
@@ -142,29 +168,38 @@ void TFMAtualiza::Liga() {
     connect(alias_, &TPaginaAlias::Liberar, this, &TFMAtualiza::LiberaUsuarios);
     connect(alias_, &TPaginaAlias::Novo, this, [this] { EditaAlias({}); });
     connect(alias_, &TPaginaAlias::Alterar, this, [this] { EditaAlias(S(alias_->Alias())); });
-    connect(status_, &TPaginaStatus::Atualizar, this, &TFMAtualiza::btAtualizarClick);
-    connect(status_, &TPaginaStatus::Planejar, this, &TFMAtualiza::btPlanoClick);
-    connect(status_, &TPaginaStatus::Ensaiar, this, &TFMAtualiza::btEnsaioClick);
-    connect(backup_, &TPaginaBackup::FazerBackup, this, &TFMAtualiza::btExecutaBackupClick);
-    connect(backup_, &TPaginaBackup::Restaurar, this, &TFMAtualiza::btRestauraBackupClick);
-    connect(status_, &TPaginaStatus::VerificarIndices, this, &TFMAtualiza::Button1Click);
-    connect(status_, &TPaginaStatus::Log, this, &TFMAtualiza::btLogClick);
+}
+
+void TFMAtualiza::LigaSeguintes() {
+    connect(seguintes_->status, &TPaginaStatus::Atualizar, this, &TFMAtualiza::btAtualizarClick);
+    connect(seguintes_->status, &TPaginaStatus::Planejar, this, &TFMAtualiza::btPlanoClick);
+    connect(seguintes_->status, &TPaginaStatus::Ensaiar, this, &TFMAtualiza::btEnsaioClick);
+    connect(seguintes_->backup, &TPaginaBackup::FazerBackup, this, &TFMAtualiza::btExecutaBackupClick);
+    connect(seguintes_->backup, &TPaginaBackup::Restaurar, this, &TFMAtualiza::btRestauraBackupClick);
+    connect(seguintes_->status, &TPaginaStatus::VerificarIndices, this, &TFMAtualiza::Button1Click);
+    connect(seguintes_->status, &TPaginaStatus::Log, this, &TFMAtualiza::btLogClick);
 }
 
 void TFMAtualiza::showEvent(QShowEvent* evento) {
     QDialog::showEvent(evento);
     if (mostrada_) return;
     mostrada_ = true;
-    move(QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, frameSize(), screen()->availableGeometry()).topLeft());
+    Centraliza();
     FormShow();
+}
+
+void TFMAtualiza::Centraliza() {
+    move(QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, frameSize(), screen()->availableGeometry()).topLeft());
+}
+
+void TFMAtualiza::paintEvent(QPaintEvent* evento) {
+    QDialog::paintEvent(evento);
+    if (std::exchange(desenhada_, true)) return;
+    QTimer::singleShot(0, this, &TFMAtualiza::Seguintes);
 }
 
 void TFMAtualiza::FormShow() {
     ListaAliases();
-    meios_.tela.LblAtual("Parado.");
-    RestauraPreferencias();
-    meios_.tela.Descarrega();
-    ntAtualiza_->setCurrentIndex(0);
     alias_->setFocus();
     if (alias_->Vazia() && !meios_.tela.Desassistida()) QTimer::singleShot(0, this, [this] { EditaAlias({}); });
     // The window is drawn before a server is waited for.
@@ -182,10 +217,10 @@ void TFMAtualiza::LeArgumentos() {
         AbreAliasPedido(inicio_.primeiro.substr(0, fim));
     if (Minusculas(inicio_.primeiro).find("nobkp") != std::string::npos) navegacao_.MostraBackup();
     if (inicio_.pacote && codigo_ == TCodigoDeSaida::Sucesso) {
-        atualizacao_->SetPacote(*inicio_.pacote);
+        Seguintes().atualizacao->SetPacote(*inicio_.pacote);
         TOpcoes escolhidas;
         Escolhe(inicio_.escolhas, escolhidas);
-        opcoes_->Marca(escolhidas);
+        Seguintes().opcoes->Marca(escolhidas);
         btAtualizarClick();
         executada_ = true;
     }
@@ -214,12 +249,13 @@ void TFMAtualiza::RestauraPreferencias() {
         if (!valor.trimmed().isEmpty() && QString(nome).toLower() != "edatualizacao")
             findChild<QLineEdit*>(nome)->setText(valor);
     }
-    status_->SetComBackup(meios_.preferencias.Le(kComBackup) == "1" && !inicio_.pacote);
+    Seguintes().status->SetComBackup(meios_.preferencias.Le(kComBackup) == "1" && !inicio_.pacote);
 }
 
 void TFMAtualiza::GravaPreferencias() {
+    if (!seguintes_) return;  // they are as they were read
     for (const char* nome : kRemembrados) meios_.preferencias.Grava(nome, findChild<QLineEdit*>(nome)->text());
-    if (!inicio_.pacote) meios_.preferencias.Grava(kComBackup, status_->ComBackup() ? "1" : "0");
+    if (!inicio_.pacote) meios_.preferencias.Grava(kComBackup, Seguintes().status->ComBackup() ? "1" : "0");
 }
 
 void TFMAtualiza::closeEvent(QCloseEvent* evento) {
@@ -263,11 +299,11 @@ void TFMAtualiza::btProximoClick() {
     btVoltar_->setEnabled(true);
     if (navegacao_.Pagina() == TPagina::Backup) {
         dm_->nomeAlias = S(alias_->Alias());
-        backup_->SetAlias(alias_->Alias());
+        Seguintes().backup->SetAlias(alias_->Alias());
     } else if (navegacao_.Pagina() == TPagina::Opcoes) {
         ReabreConexao();
     } else if (navegacao_.Pagina() == TPagina::Status) {
-        status_->OferecePlano();
+        Seguintes().status->OferecePlano();
         btProximo_->setText("Atualizar");
     }
 }
@@ -294,6 +330,7 @@ void TFMAtualiza::btVoltarClick() {
 }
 
 void TFMAtualiza::MostraPagina(const TPasso& passo) {
+    Seguintes();  // they may be asked for before the window is drawn
     ntAtualiza_->setCurrentIndex(static_cast<int>(passo.pagina));
     if (passo.titulo) lblTitulo_->setText(Q(*passo.titulo));
     QWidget* primeiro = ntAtualiza_->currentWidget()->focusProxy();
@@ -302,9 +339,9 @@ void TFMAtualiza::MostraPagina(const TPasso& passo) {
 
 bool TFMAtualiza::PacoteExiste() {
     std::error_code semErro;
-    if (std::filesystem::is_regular_file(atualizacao_->Pacote(), semErro)) return true;
+    if (std::filesystem::is_regular_file(Seguintes().atualizacao->Pacote(), semErro)) return true;
     meios_.tela.Informacao("Arquivo de atualização não foi encontrado");
-    atualizacao_->Corrige();
+    Seguintes().atualizacao->Corrige();
     return false;
 }
 

@@ -48,6 +48,15 @@ struct TMeios {
     TPreferencias& preferencias;
 };
 
+/// What is out of sight when the window opens: the pages behind the first, and what tells of work under way.
+struct TSeguintes {
+    TPaginaBackup* backup;
+    TPaginaAtualizacao* atualizacao;
+    TPaginaOpcoes* opcoes;
+    TPaginaStatus* status;
+    TPainelOcupado* ocupado;
+};
+
 /// The wizard window: its pages, the way through them, and the start of the update run.
 class TFMAtualiza : public QDialog {
     Q_OBJECT
@@ -62,6 +71,7 @@ class TFMAtualiza : public QDialog {
 
   protected:
     void showEvent(QShowEvent* evento) override;
+    void paintEvent(QPaintEvent* evento) override;
     void closeEvent(QCloseEvent* evento) override;
     /// Escape.
     void reject() override;
@@ -73,6 +83,12 @@ class TFMAtualiza : public QDialog {
     QWidget* Botoes();
     void Liga();
     void Dimensiona();
+    void Centraliza();
+    /// Made as soon as the window is drawn, or sooner for whoever needs them.
+    TSeguintes& Seguintes();
+    void FazSeguintes();
+    void AcrescentaPagina(QWidget* pagina);
+    void LigaSeguintes();
     void MostraErro(TErro erro);
 
     void FormShow();
@@ -121,7 +137,7 @@ class TFMAtualiza : public QDialog {
     void Continua();
     TFimMostrado Relata(const TEvidencia& evidencia);
     void Conclui();
-    TOpcoes Opcoes() const;
+    TOpcoes Opcoes();
     void Button1Click();
 
     void btSairClick();
@@ -136,6 +152,7 @@ class TFMAtualiza : public QDialog {
     TNavegacao navegacao_;
     std::string aliasAtual_;
     bool mostrada_ = false;
+    bool desenhada_ = false;
     std::atomic<bool> cancelado_ = false;
     std::atomic<bool> desistiu_ = false;  // of a connection that is being opened
     bool executando_ = false;             // the connection is in another thread's hands: nothing else may use it
@@ -146,11 +163,7 @@ class TFMAtualiza : public QDialog {
     QLabel* lblNovaVersao_;
     QStackedWidget* ntAtualiza_;
     TPaginaAlias* alias_;
-    TPaginaBackup* backup_;
-    TPaginaAtualizacao* atualizacao_;
-    TPaginaOpcoes* opcoes_;
-    TPaginaStatus* status_;
-    TPainelOcupado* ocupado_;
+    std::optional<TSeguintes> seguintes_;
     QPushButton* btSair_;
     QPushButton* btProximo_;
     QPushButton* btVoltar_;

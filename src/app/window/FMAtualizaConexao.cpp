@@ -56,8 +56,8 @@ void TFMAtualiza::Espera(const QString& texto, const std::function<void()>& pedi
     std::future<void> corte;
     QTimer mostra;
     mostra.setSingleShot(true);
-    connect(&mostra, &QTimer::timeout, this, [&] { ocupado_->Mostra(texto, -1); });
-    ocupado_->OfereceCancelar([&] {
+    connect(&mostra, &QTimer::timeout, this, [&] { Seguintes().ocupado->Mostra(texto, -1); });
+    Seguintes().ocupado->OfereceCancelar([&] {
         desistiu_ = true;
         corte = std::async(std::launch::async, [&] { conexao.Cancela(); });  // what follows the opening
     });
@@ -69,12 +69,12 @@ void TFMAtualiza::Espera(const QString& texto, const std::function<void()>& pedi
         QApplication::restoreOverrideCursor();
         conexao.PermiteDesistir({});
         executando_ = false;
-        ocupado_->hide();
-        ocupado_->OfereceCancelar({});
+        Seguintes().ocupado->hide();
+        Seguintes().ocupado->OfereceCancelar({});
     });
     mostra.start(kAntesDaCaixa);
     const TVigia vigia = Vigia(aliasAtual_);
-    AteOFim([&] { EmSegundoPlano(pedido, TEntrada::Descarta, &ocupado_->Cancelar()); });
+    AteOFim([&] { EmSegundoPlano(pedido, TEntrada::Descarta, &Seguintes().ocupado->Cancelar()); });
     if (!desistiu_) return;
     if (corte.valid()) corte.wait();
     conexao.Close();
@@ -144,14 +144,14 @@ void TFMAtualiza::AbreAliasPedido(const std::string& nome) {
 
 /// The options page offers the tables as they are now.
 void TFMAtualiza::ReabreConexao() {
-    opcoes_->Oferece({});
+    Seguintes().opcoes->Oferece({});
     try {
         Espera(Conectando(), [this] {
             dm_->SQLConnection1.Close();
             dm_->SQLConnection1.Open();
             dm_->AtualizaListaDeTabelas();
         });
-        opcoes_->Oferece(dm_->ListaDeTabelas());
+        Seguintes().opcoes->Oferece(dm_->ListaDeTabelas());
     } catch (const std::exception& erro) {
         TErro semConexao = ErroDe(erro);
         semConexao.mensagem = ExplicaConexao(semConexao);

@@ -56,19 +56,19 @@ bool PastaGravavel(const std::filesystem::path& pasta) {
 void TFMAtualiza::btAtualizarClick() {
     if (executando_) return;
     for (QPushButton* botao : {btVoltar_, btProximo_, btSair_}) botao->setEnabled(false);
-    status_->PermitePlano(false);
+    Seguintes().status->PermitePlano(false);
     TFimMostrado mostrado;
-    status_->MostraFim(mostrado);
+    Seguintes().status->MostraFim(mostrado);
     codigo_ = Executa(mostrado);
     if (codigo_ == TCodigoDeSaida::Sucesso || codigo_ == TCodigoDeSaida::ComErros) Conclui();
     if (codigo_ == TCodigoDeSaida::Encerrada && !mostrado.parada) Continua();
-    status_->MostraFim(mostrado);
+    Seguintes().status->MostraFim(mostrado);
 }
 
 /// After an early end: another package, other options, or what a plan says.
 void TFMAtualiza::Continua() {
     for (QPushButton* botao : {btVoltar_, btSair_}) botao->setEnabled(true);
-    status_->PermitePlano(true);
+    Seguintes().status->PermitePlano(true);
 }
 
 void TFMAtualiza::btPlanoClick() {
@@ -77,7 +77,7 @@ void TFMAtualiza::btPlanoClick() {
     for (QPushButton* botao : {btVoltar_, btProximo_, btSair_})
         if (botao->isEnabled()) livres.push_back(botao);
     for (QPushButton* botao : livres) botao->setEnabled(false);
-    status_->PermitePlano(false);
+    Seguintes().status->PermitePlano(false);
     std::optional<TPlano> plano;
     NoBanco([&, opcoes = Opcoes()] {
         try {
@@ -87,7 +87,7 @@ void TFMAtualiza::btPlanoClick() {
         }
     });
     for (QPushButton* botao : livres) botao->setEnabled(true);
-    status_->PermitePlano(true);
+    Seguintes().status->PermitePlano(true);
     delete findChild<TJanelaDoPlano*>();
     if (plano) (new TJanelaDoPlano(std::move(*plano), meios_.dialogos, this))->show();
 }
@@ -101,8 +101,8 @@ TCodigoDeSaida TFMAtualiza::Executa(TFimMostrado& mostrado) {
         return TCodigoDeSaida::Encerrada;
     }
     TFimDaAtualizacao fim = TFimDaAtualizacao::Interrompida;  // unless it comes to an end of its own
-    const bool comBackup = inicio_.comBackup || status_->ComBackup();
-    auto pasta = backup_->Pasta();
+    const bool comBackup = inicio_.comBackup || Seguintes().status->ComBackup();
+    auto pasta = Seguintes().backup->Pasta();
     if (comBackup && pasta.empty()) pasta = PastaDeBackup(meios_.ambiente, meios_.preferencias, dm_->SQLConnection1);
     NoBanco([&, opcoes = Opcoes()] {
         TEvidencia doBackup;
@@ -154,7 +154,8 @@ void TFMAtualiza::NoBanco(const std::function<void()>& trabalho) {
     const auto ocupa = [this](bool ocupada) {
         executando_ = ocupada;
         meios_.tela.EmAndamento(ocupada);
-        for (QWidget* pagina : std::initializer_list<QWidget*>{alias_, backup_, atualizacao_, opcoes_})
+        for (QWidget* pagina :
+             std::initializer_list<QWidget*>{alias_, Seguintes().backup, Seguintes().atualizacao, Seguintes().opcoes})
             pagina->setEnabled(!ocupada);
     };
     ocupa(true);
@@ -194,11 +195,11 @@ void TFMAtualiza::Conclui() {
     dm_->SQLConnection1.Close();
 }
 
-TOpcoes TFMAtualiza::Opcoes() const {
+TOpcoes TFMAtualiza::Opcoes() {
     TOpcoes opcoes;
     opcoes.alias = aliasAtual_;
-    opcoes.pacote = atualizacao_->Pacote();
-    opcoes_->Le(opcoes);
+    opcoes.pacote = Seguintes().atualizacao->Pacote();
+    Seguintes().opcoes->Le(opcoes);
     opcoes.linhasPorCommit = inicio_.escolhas.linhasPorCommit;
     opcoes.marcaNaoCria = meios_.ambiente.marcaNaoCria;
     opcoes.temporaria = meios_.ambiente.temporaria;
@@ -236,7 +237,7 @@ void TFMAtualiza::ComAndamento(const std::function<std::string(const TAcompanha&
         if (botao->isEnabled()) livres.push_back(botao);
     for (QPushButton* botao : livres) botao->setEnabled(false);
     cancelado_ = false;
-    ocupado_->OfereceCancelar([this] { cancelado_ = true; });
+    Seguintes().ocupado->OfereceCancelar([this] { cancelado_ = true; });
     std::string resultado;
     bool falhou = false;
     NoBanco([&] {
@@ -253,7 +254,7 @@ void TFMAtualiza::ComAndamento(const std::function<std::string(const TAcompanha&
         }
         meios_.tela.EscondeOcupado();
     });
-    ocupado_->OfereceCancelar({});
+    Seguintes().ocupado->OfereceCancelar({});
     for (QPushButton* botao : livres) botao->setEnabled(true);
     if (falhou)
         meios_.dialogos.Erro(Q(resultado));
@@ -262,7 +263,7 @@ void TFMAtualiza::ComAndamento(const std::function<std::string(const TAcompanha&
 }
 
 void TFMAtualiza::btExecutaBackupClick() {
-    const TPedidoDeBackup pedido{aliasAtual_, backup_->Pasta(), 0};
+    const TPedidoDeBackup pedido{aliasAtual_, Seguintes().backup->Pasta(), 0};
     if (pedido.pasta.empty()) return meios_.dialogos.Informacao("Escolha a pasta de backup.");
     std::filesystem::path feito;
     ComAndamento([&](const TAcompanha& acompanha) {
@@ -271,13 +272,13 @@ void TFMAtualiza::btExecutaBackupClick() {
         return "Backup feito: " + TextoDoCaminho(feito) + " (" + TamanhoEmTexto(backup.manifesto.tamanho) +
                ").\nAgora restaure-o na cópia de teste, para certificar-se de que está bom.";
     });
-    if (!feito.empty()) backup_->BackupFeito(feito);
+    if (!feito.empty()) Seguintes().backup->BackupFeito(feito);
 }
 
 void TFMAtualiza::btRestauraBackupClick() {
-    const std::filesystem::path arquivo = backup_->Arquivo();
+    const std::filesystem::path arquivo = Seguintes().backup->Arquivo();
     if (arquivo.empty()) return;
-    if (!backup_->NaBaseOriginal()) return RestauraNaCopia(arquivo);
+    if (!Seguintes().backup->NaBaseOriginal()) return RestauraNaCopia(arquivo);
     if (!meios_.dialogos.Confirmacao(Q("Pôr o backup " + TextoDoCaminho(arquivo) +
                                        " no lugar do banco em uso? O que está nele desde o backup fica só na cópia "
                                        "guardada.")))
@@ -293,13 +294,13 @@ void TFMAtualiza::btRestauraBackupClick() {
 }
 
 void TFMAtualiza::RestauraNaCopia(const std::filesystem::path& arquivo) {
-    const std::string banco = backup_->Destino();
+    const std::string banco = Seguintes().backup->Destino();
     bool existe = false;
     ComAndamento([&](const TAcompanha&) {
         existe = CriaServidorDeBackup(dm_->SQLConnection1)->Existe(banco);
         return std::string();
     });
-    const bool deTeste = backup_->NaCopiaDeTeste();
+    const bool deTeste = Seguintes().backup->NaCopiaDeTeste();
     if (existe && (!deTeste || !meios_.dialogos.Confirmacao(
                                    Q("A cópia de teste " + banco + " já existe. Apagá-la e restaurar de novo?")))) {
         if (!deTeste) meios_.dialogos.Informacao(Q("Já existe o banco " + banco + ". Escolha outro nome e repita."));
@@ -314,14 +315,14 @@ void TFMAtualiza::RestauraNaCopia(const std::filesystem::path& arquivo) {
 void TFMAtualiza::btEnsaioClick() {
     const TPedidoDeEnsaio pedido{Opcoes(), PastaDeBackup(meios_.ambiente, meios_.preferencias, dm_->SQLConnection1),
                                  false};
-    status_->PermitePlano(false);
+    Seguintes().status->PermitePlano(false);
     std::string frase;
     ComAndamento([&](const TAcompanha& acompanha) {
         const TEnsaio ensaio = Ensaia(dm_->SQLConnection1, pedido, acompanha);
         for (const auto& linha : Divide(EnsaioEmTexto(ensaio), '\n')) meios_.tela.Memo1(linha);
         return "Ensaio: " + ensaio.Frase() + ".";
     });
-    status_->PermitePlano(true);
+    Seguintes().status->PermitePlano(true);
 }
 
 /// False, and why, when there is no good backup: then there is no update.
