@@ -1,7 +1,10 @@
 # What the libraries stand on, the same names on every system: Firebird::headers (the client itself is loaded at run
-# time), wkd::zip, wkd::odbc, nlohmann_json::nlohmann_json.
+# time), wkd::zip, wkd::zip_carregada (loaded at run time where WKD_LIBZIP names a file), wkd::odbc,
+# nlohmann_json::nlohmann_json.
 add_library(wkd_zip INTERFACE)
 add_library(wkd::zip ALIAS wkd_zip)
+add_library(wkd_zip_carregada INTERFACE)
+add_library(wkd::zip_carregada ALIAS wkd_zip_carregada)
 add_library(wkd_odbc INTERFACE)
 add_library(wkd::odbc ALIAS wkd_odbc)
 
@@ -28,6 +31,7 @@ if(WIN32)
     add_library(nlohmann_json::nlohmann_json INTERFACE IMPORTED)
     target_include_directories(nlohmann_json::nlohmann_json SYSTEM INTERFACE ${cabecalhos})
     target_include_directories(wkd_zip SYSTEM INTERFACE ${cabecalhos})
+    target_link_libraries(wkd_zip_carregada INTERFACE wkd_zip)
     target_link_libraries(wkd_odbc INTERFACE odbc32)
 
     add_compile_definitions(NOMINMAX WIN32_LEAN_AND_MEAN UNICODE _UNICODE)
@@ -39,5 +43,10 @@ else()
     pkg_check_modules(libzip REQUIRED IMPORTED_TARGET libzip)
     pkg_check_modules(odbc REQUIRED IMPORTED_TARGET odbc)
     target_link_libraries(wkd_zip INTERFACE PkgConfig::libzip)
+    find_library(libzip_ARQUIVO zip REQUIRED)
+    file(READ_SYMLINK ${libzip_ARQUIVO} libzip_NOME)  # with its version
+    target_include_directories(wkd_zip_carregada SYSTEM INTERFACE ${libzip_INCLUDE_DIRS})
+    target_compile_definitions(wkd_zip_carregada INTERFACE WKD_LIBZIP="${libzip_NOME}")
+    target_link_libraries(wkd_zip_carregada INTERFACE ${CMAKE_DL_LIBS})
     target_link_libraries(wkd_odbc INTERFACE PkgConfig::odbc)
 endif()

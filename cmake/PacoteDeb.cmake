@@ -19,8 +19,8 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION database)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# The client library is loaded, so nobody sees that it is needed.
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "libfbclient2, adduser")
+# The client library and libzip are loaded, so nobody sees that they are needed.
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "libfbclient2, libzip4, adduser")
 # The engine for databases without server, SQL Server's driver, and the texts of Qt's dialogs are loaded at run time;
 # gfix and isql-fb are what the manual uses.
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "firebird3.0-server-core, firebird3.0-utils, qt6-translations-l10n")

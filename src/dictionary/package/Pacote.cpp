@@ -1,12 +1,12 @@
 #include "package/Pacote.h"
 
-#include <zip.h>
 #include <algorithm>
 #include <array>
 #include <memory>
 #include <string>
 
 #include "package/ArquivoNovo.h"
+#include "package/BibliotecaZip.h"
 #include "package/Caminho.h"
 #include "package/DestinoDoPacote.h"
 #include "package/Trava.h"
@@ -23,8 +23,8 @@ namespace {
 constexpr std::string_view kBaixeDeNovo = " Baixe o pacote de novo.";
 
 struct TDescartaZip {
-    void operator()(zip_t* zip) const { zip_discard(zip); }
-    void operator()(zip_file_t* arquivo) const { zip_fclose(arquivo); }
+    void operator()(zip_t* zip) const { Zip().zip_discard(zip); }
+    void operator()(zip_file_t* arquivo) const { Zip().zip_fclose(arquivo); }
 };
 using TZip = std::unique_ptr<zip_t, TDescartaZip>;
 using TArquivoZip = std::unique_ptr<zip_file_t, TDescartaZip>;
@@ -49,7 +49,7 @@ TZip AbreZip(const fs::path& pacote) {
     std::error_code erro;
     if (fs::is_directory(pacote, erro)) throw TErroPacote(nome + "é uma pasta. Informe o arquivo zip da atualização.");
     int codigo = 0;
-    TZip zip(zip_open(TextoDoCaminho(pacote).c_str(), ZIP_RDONLY, &codigo));
+    TZip zip(Zip().zip_open(TextoDoCaminho(pacote).c_str(), ZIP_RDONLY, &codigo));
     if (!zip) throw TErroPacote(nome + CausaDaAbertura(codigo));
     return zip;
 }
@@ -68,7 +68,7 @@ class TExtracao {
 
     std::vector<std::string> Executa() {
         Avisa(0);
-        const auto entradas = static_cast<zip_uint64_t>(zip_get_num_entries(zip_.get(), 0));
+        const auto entradas = static_cast<zip_uint64_t>(Zip().zip_get_num_entries(zip_.get(), 0));
         if (entradas > limites_.entradas)
             Excede("tem " + std::to_string(entradas) + " arquivos; o limite é " + std::to_string(limites_.entradas));
         for (zip_uint64_t i = 0; i < entradas; ++i) total_ = Soma(total_, Estado(i).size);
@@ -93,9 +93,9 @@ class TExtracao {
 
     zip_stat_t Estado(zip_uint64_t indice) const {
         zip_stat_t estado;
-        zip_stat_init(&estado);
-        if (zip_stat_index(zip_.get(), indice, 0, &estado) != 0)
-            Danificada("nº " + std::to_string(indice + 1), zip_strerror(zip_.get()));
+        Zip().zip_stat_init(&estado);
+        if (Zip().zip_stat_index(zip_.get(), indice, 0, &estado) != 0)
+            Danificada("nº " + std::to_string(indice + 1), Zip().zip_strerror(zip_.get()));
         return estado;
     }
 
@@ -111,7 +111,7 @@ class TExtracao {
         auto entrada = AnalisaNomeDeEntrada(estado.name);
         zip_uint8_t sistema = 0;
         zip_uint32_t atributos = 0;
-        if (zip_file_get_external_attributes(zip_.get(), indice, 0, &sistema, &atributos) == 0 &&
+        if (Zip().zip_file_get_external_attributes(zip_.get(), indice, 0, &sistema, &atributos) == 0 &&
             entrada.recusa.empty())
             entrada.recusa = RecusaDoTipo(atributos);
         if (!entrada.recusa.empty()) {
@@ -124,12 +124,12 @@ class TExtracao {
     }
 
     void Copia(zip_uint64_t indice, const std::string& nome, const fs::path& lugar) {
-        TArquivoZip origem(zip_fopen_index(zip_.get(), indice, 0));
-        if (!origem) Danificada(nome, zip_strerror(zip_.get()));
+        TArquivoZip origem(Zip().zip_fopen_index(zip_.get(), indice, 0));
+        if (!origem) Danificada(nome, Zip().zip_strerror(zip_.get()));
         TArquivoNovo arquivo(lugar);
         for (;;) {
-            const auto lidos = zip_fread(origem.get(), bloco_.data(), bloco_.size());
-            if (lidos < 0) Danificada(nome, zip_file_strerror(origem.get()));
+            const auto lidos = Zip().zip_fread(origem.get(), bloco_.data(), bloco_.size());
+            if (lidos < 0) Danificada(nome, Zip().zip_file_strerror(origem.get()));
             if (lidos == 0) break;
             extraido_ += static_cast<std::uint64_t>(lidos);
             Confere(extraido_);
@@ -237,30 +237,30 @@ TZip Cria(const fs::path& arquivoZip) {
     if (arquivoZip.has_parent_path()) fs::create_directories(arquivoZip.parent_path(), erro);
     if (erro) Falha(arquivoZip, erro.message());
     int codigo = 0;
-    TZip zip(zip_open(TextoDoCaminho(arquivoZip).c_str(), ZIP_CREATE | ZIP_TRUNCATE, &codigo));
+    TZip zip(Zip().zip_open(TextoDoCaminho(arquivoZip).c_str(), ZIP_CREATE | ZIP_TRUNCATE, &codigo));
     if (zip) return zip;
     zip_error_t causa;
-    zip_error_init_with_code(&causa, codigo);
-    const std::string texto = zip_error_strerror(&causa);
-    zip_error_fini(&causa);
+    Zip().zip_error_init_with_code(&causa, codigo);
+    const std::string texto = Zip().zip_error_strerror(&causa);
+    Zip().zip_error_fini(&causa);
     Falha(arquivoZip, texto);
 }
 
 void Acrescenta(const TZip& zip, const fs::path& arquivo, const fs::path& arquivoZip) {
-    zip_source_t* fonte = zip_source_file(zip.get(), TextoDoCaminho(arquivo).c_str(), 0, 0);
-    if (fonte && zip_file_add(zip.get(), NomeDoArquivo(arquivo).c_str(), fonte, ZIP_FL_ENC_UTF_8) >= 0) return;
-    const std::string causa = zip_strerror(zip.get());
-    if (fonte) zip_source_free(fonte);
+    zip_source_t* fonte = Zip().zip_source_file(zip.get(), TextoDoCaminho(arquivo).c_str(), 0, 0);
+    if (fonte && Zip().zip_file_add(zip.get(), NomeDoArquivo(arquivo).c_str(), fonte, ZIP_FL_ENC_UTF_8) >= 0) return;
+    const std::string causa = Zip().zip_strerror(zip.get());
+    if (fonte) Zip().zip_source_free(fonte);
     Falha(arquivoZip, causa);
 }
 
 /// A process that is asked to end takes along what was written so far.
 void Grava(const TZip& zip, const fs::path& arquivoZip) {
     const auto desiste = [](zip_t*, void*) -> int { return TInterrupcao::Sinal() != 0; };
-    zip_register_cancel_callback_with_state(zip.get(), desiste, nullptr, nullptr);
-    if (zip_close(zip.get()) == 0) return;
+    Zip().zip_register_cancel_callback_with_state(zip.get(), desiste, nullptr, nullptr);
+    if (Zip().zip_close(zip.get()) == 0) return;
     TInterrupcao::Confere();
-    Falha(arquivoZip, zip_strerror(zip.get()));
+    Falha(arquivoZip, Zip().zip_strerror(zip.get()));
 }
 
 }  // namespace
