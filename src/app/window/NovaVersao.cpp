@@ -1,10 +1,11 @@
 #include "window/NovaVersao.h"
 
-#include <QNetworkAccessManager>
-#include <QNetworkReply>
+#include <QCoreApplication>
+#include <QLibrary>
 #include <QUrl>
 #include <QVersionNumber>
 
+#include "Rede.h"
 #include "process/Programa.h"
 #include "widgets/Dialogos.h"
 
@@ -12,28 +13,21 @@ namespace wkd {
 
 namespace {
 
-constexpr int kEsperaMaximaMs = 15'000;
-
-QNetworkRequest Pedido(const QUrl& url) {
-    QNetworkRequest pedido(url);
-    pedido.setHeader(QNetworkRequest::ContentTypeHeader, "application/x-zip");
-    pedido.setRawHeader("Accept", "*/zip");
-    pedido.setTransferTimeout(kEsperaMaximaMs);
-    return pedido;
+#ifdef WKD_REDE
+/// Null where the program was copied without the file of its network.
+decltype(&BuscaNaRede) Rede() {
+    const QString arquivo = QCoreApplication::applicationDirPath() + "/" WKD_REDE;
+    return reinterpret_cast<decltype(&BuscaNaRede)>(QLibrary::resolve(arquivo, "BuscaNaRede"));
 }
+#else
+decltype(&BuscaNaRede) Rede() { return &BuscaNaRede; }
+#endif
 
 }  // namespace
 
 void TClienteHttp::Busca(const QUrl& url, TRecebido recebido) {
-    if (!rede_) rede_ = new QNetworkAccessManager(this);
-    QNetworkReply* resposta = rede_->get(Pedido(url));
-    connect(resposta, &QNetworkReply::metaDataChanged, this,
-            [this, resposta] { tamanhoEsperado_ = resposta->header(QNetworkRequest::ContentLengthHeader).toDouble(); });
-    connect(resposta, &QNetworkReply::finished, this, [this, resposta, recebido = std::move(recebido)] {
-        tamanhoEsperado_ = 0;
-        if (resposta->error() == QNetworkReply::NoError) recebido(resposta->readAll());
-        resposta->deleteLater();
-    });
+    const auto busca = Rede();
+    if (busca) busca(this, url, {[this](double bytes) { tamanhoEsperado_ = bytes; }, std::move(recebido)});
 }
 
 std::optional<QString> VersaoMaisNova(const QByteArray& texto) {

@@ -7,7 +7,6 @@
 
 #include "aliases/Aliases.h"
 
-class QNetworkAccessManager;
 class QUrl;
 
 namespace wkd {
@@ -25,7 +24,6 @@ class TClienteHttp : public QObject {
     double TamanhoEsperado() const { return tamanhoEsperado_; }
 
   private:
-    QNetworkAccessManager* rede_ = nullptr;  // made at the first use
     double tamanhoEsperado_ = 0;
 };
 
