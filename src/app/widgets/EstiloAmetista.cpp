@@ -11,13 +11,17 @@
 
 #ifdef WKD_FONTCONFIG
 #include <fontconfig/fontconfig.h>
+#include <locale.h>
 #endif
 
 namespace wkd {
 
 std::jthread LeFontesDoSistema() {
 #ifdef WKD_FONTCONFIG
-    return std::jthread([] { FcInit(); });  // the toolkit finds it done, or waits for the rest
+    return std::jthread([] {
+        uselocale(newlocale(LC_ALL_MASK, "C", nullptr));
+        FcInit();
+    });
 #else
     return {};
 #endif

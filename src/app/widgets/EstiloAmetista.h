@@ -10,7 +10,8 @@
 namespace wkd {
 
 /// Reads the system's list of fonts, which costs a good part of the time up to the first window, while the screen is
-/// being connected. The locale must not change before the thread ends.
+/// being connected. Its thread has a locale of its own: the program's may change meanwhile. Whoever draws text waits
+/// for its end, or reads the list once more.
 std::jthread LeFontesDoSistema();
 
 /// Tones of the look. Every text stands out from what is behind it by 4.5:1, every mark by 3:1.

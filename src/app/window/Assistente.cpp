@@ -77,14 +77,12 @@ TCodigoDeSaida AbreAssistente(int& argc, char** argv, const TAmbiente& ambiente,
         EscreveNosErros("Não há tela para o assistente. " + std::string(kSemTela));
         return TCodigoDeSaida::UsoIncorreto;
     }
-    const auto avisos = qInstallMessageHandler(TelaQueNaoAbre);
-    std::setlocale(LC_ALL, "");  // QApplication does it, too, but not while the fonts are read
     std::jthread fontes = LeFontesDoSistema();
+    const auto avisos = qInstallMessageHandler(TelaQueNaoAbre);
     argc = 1;  // the arguments are ours: Qt would take some of them for its own
     QApplication aplicacao(argc, argv);
     qInstallMessageHandler(avisos);
     if (desassistida) CalaAvisosDoQt();
-    if (fontes.joinable()) fontes.join();
     Prepara(aplicacao);
 
     TLogDaExecucao log(ambiente.pastaPrograma / "AtualizaWKD.log");
@@ -93,6 +91,7 @@ TCodigoDeSaida AbreAssistente(int& argc, char** argv, const TAmbiente& ambiente,
     TPreferencias preferencias;
     try {
         tela.CarregaLog();
+        if (fontes.joinable()) fontes.join();  // from here on there is text to draw
         const auto ini = EscolheIni(ambiente, dialogos, desassistida);
         if (!ini) return TCodigoDeSaida::SemConexao;
         TDataModulo dm(TAliases(*ini), tela);
