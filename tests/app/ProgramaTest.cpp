@@ -48,28 +48,38 @@ TEST(Programa, HelpVersionAndWrongArguments) {
     EXPECT_EQ(loja.Roda({"--nada"}).codigo, 64);
 }
 
-/// On a machine without Firebird: its client library cannot be loaded.
-TSaidaDePrograma RodaSemFirebird(const TProgramaInstalado& loja, std::vector<std::string> argumentos) {
-    argumentos.insert(argumentos.begin(), {"ASAN_OPTIONS=verify_asan_link_order=0:detect_leaks=0",
-                                           "LD_PRELOAD=" WKD_SEM_FIREBIRD, "./AtualizaWKD"});
+/// On a machine where a library of this name cannot be loaded.
+TSaidaDePrograma RodaSem(const char* biblioteca, const TProgramaInstalado& loja, std::vector<std::string> argumentos) {
+    argumentos.insert(argumentos.begin(),
+                      {"ASAN_OPTIONS=verify_asan_link_order=0:detect_leaks=0", "LD_PRELOAD=" WKD_SEM_BIBLIOTECA,
+                       std::string("WKD_FALTA=") + biblioteca, "./AtualizaWKD"});
     return RodaPrograma("/usr/bin/env", argumentos, loja / "");
 }
 
 TEST(Programa, WithoutFirebirdsClientSaysWhatToInstallAndServesOtherServers) {
     const TProgramaInstalado loja;
     EXPECT_TRUE(loja.Roda({"--version"}).Diz("Cliente do Firebird: LI-V"));
-    const auto versao = RodaSemFirebird(loja, {"--version"});
+    const auto versao = RodaSem("fbclient", loja, {"--version"});
     EXPECT_EQ(versao.codigo, 0) << versao.erros;
     EXPECT_TRUE(versao.Diz("7.17") && versao.Diz("não encontrado")) << versao.saida;
     for (const auto& pedido : {std::vector<std::string>{"--testa-alias", "LOJA"}, {"LOJA;", "pacote.zip"}}) {
-        const auto teste = RodaSemFirebird(loja, pedido);
+        const auto teste = RodaSem("fbclient", loja, pedido);
         EXPECT_EQ(teste.codigo, 3) << teste.erros;
         EXPECT_TRUE(teste.Diz("Instale o pacote libfbclient2")) << teste.erros;
     }
     loja.Escreve("WKD.ini", "[CAIXA]\nTipoBanco=tbSQLServer\nHostname=127.0.0.1,1\nDataBase=caixa\n");
-    const auto outro = RodaSemFirebird(loja, {"--testa-alias", "CAIXA"});
+    const auto outro = RodaSem("fbclient", loja, {"--testa-alias", "CAIXA"});
     EXPECT_EQ(outro.erros, loja.Roda({"--testa-alias", "CAIXA"}).erros);  // nobody answers at that port
     EXPECT_NE(outro.erros, "");
+}
+
+TEST(Programa, WithoutTheLibraryOfPackagesSaysWhatToInstallAndServesWhatNeedsNone) {
+    const TProgramaInstalado loja;
+    const auto atualizacao = RodaSem("libzip", loja, {"LOJA;", "pacote.zip"});
+    EXPECT_EQ(atualizacao.codigo, 2) << atualizacao.erros;
+    EXPECT_TRUE(atualizacao.Diz("Instale o pacote libzip4")) << atualizacao.erros;
+    EXPECT_EQ(Linhas(*loja.Banco(), "select VERSAO from SARQUIVO where NOME_ARQUIVO = 'TVENDA'"), "2");
+    EXPECT_EQ(RodaSem("libzip", loja, {"--testa-alias", "LOJA"}).codigo, 0);
 }
 
 TEST(Programa, KeepsTheAliases) {
