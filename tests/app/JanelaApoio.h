@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QTextDocument>
 #include <QTimer>
 #include <cstdlib>
@@ -143,11 +144,14 @@ class TJanelaDeTeste {
             daEntrada_, TMeios{instalacao.Ambiente(), log_, tela_, dialogos, preferencias_}, std::move(inicio));
     }
 
-    /// Shows the window and serves what that starts.
+    /// Shows the window and serves what that starts, until it is drawn and has all its pages.
     void Mostra() {
         janela_->show();
         janela_->activateWindow();
-        Serve();
+        QElapsedTimer espera;
+        espera.start();
+        do Serve();
+        while (!janela_->findChild<QWidget*>("status") && espera.elapsed() < 30'000);
     }
     void Serve() {
         for (int i = 0; i < 5; ++i) QApplication::processEvents();
