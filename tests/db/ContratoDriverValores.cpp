@@ -161,6 +161,37 @@ TEST_P(ContratoDriver, ParametersStandOutsideQuotesAndCommentsOnly) {
     EXPECT_THROW(comando->Atribui("nada", 1), std::invalid_argument);
 }
 
+TEST_P(ContratoDriver, AStatementStoresWhatItWasGivenLastWhateverItHadBefore) {
+    Executa("create table T (N integer, R " + Tipo("double precision") + ", D " + Tipo("date") + ", S " +
+            Tipo("varchar(200)") + ", M " + Tipo("blob sub_type 1") + ", B " + Tipo("blob sub_type 0") + ")");
+    const std::string longo(100'000, 'x'), cedilha = "ção";
+    const std::vector<TLinha> linhas = {
+        {TValor(), TValor(), TValor(), TValor(), TValor(), TValor()},
+        {1, 0.5, DataDe(1999, 1, 2), cedilha, cedilha, TBytes{"b"}},
+        {2, TValor(), TValor(), std::string(200, 'y'), longo, TBytes{longo}},
+        {3, -1e9, DataDe(1500, 3, 4), "", TValor(), TBytes{}},
+        {TValor(), 2.0, DataDe(2001, 5, 6), "z", "curto", TBytes{std::string(9000, '\0')}},
+        {5, TValor(), TValor(), TValor(), longo + cedilha, TValor()},
+        {6, 3.0, DataDe(2002, 7, 8), cedilha, "fim", TBytes{"fim"}},
+    };
+    const auto insere = Conexao().Prepara("insert into T (N, R, D, S, M, B) values (:n, :r, :d, :s, :m, :b)");
+    const auto le = Conexao().Prepara("select N, R, D, S, M, B from T");
+    for (std::size_t i = 0; i < linhas.size(); ++i) {
+        SCOPED_TRACE(i);
+        Executa("delete from T");
+        for (std::size_t campo = 0; campo < linhas[i].size(); ++campo) insere->Atribui(campo, linhas[i][campo]);
+        ASSERT_EQ(insere->Executa(), 1);
+        le->Abre();
+        ASSERT_TRUE(le->Proximo());
+        for (std::size_t campo = 0; campo < linhas[i].size(); ++campo) {
+            const TValor lido = le->Valor(campo);
+            EXPECT_EQ(lido.Nulo(), linhas[i][campo].Nulo()) << campo;
+            EXPECT_EQ(lido.ComoTexto(), linhas[i][campo].ComoTexto()) << campo;
+        }
+        le->Fecha();
+    }
+}
+
 TEST_P(ContratoDriver, ExecutedStatementsTellHowManyRowsTheyTouched) {
     Executa("create table T (A integer)");
     for (int i = 1; i <= 3; ++i) Executa("insert into T values (" + std::to_string(i) + ")");

@@ -53,11 +53,12 @@ std::int64_t TComandoOdbc::Executa() {
     Fecha();
     std::int64_t linhas = 0;
     Tenta([&] {
-        PreparaEm(sessao_->Principal());
-        Roda();
+        const auto [ligacao, sozinho] = sessao_->ParaExecutar(sql_);
+        PreparaEm(ligacao);
+        Roda(sozinho);
         linhas = instrucao_->Esgota(sql_);
         instrucao_->FechaCursor();
-        if (sessao_->Comecada()) return;
+        if (sozinho || sessao_->Comecada()) return;
         sessao_->Observa("commit");
         ligacao_->Termina(SQL_COMMIT, sql_);
     });
@@ -68,7 +69,7 @@ void TComandoOdbc::Abre() {
     Fecha();
     Tenta([&] {
         PreparaEm(sessao_->ParaLer());
-        Roda();
+        Roda(false);
         DescreveColunas();
         Adianta();
     });
@@ -108,6 +109,7 @@ void TComandoOdbc::PreparaEm(const std::shared_ptr<TLigacaoOdbc>& ligacao) {
     if (instrucao_ && ligacao_ == ligacao && !posicoes_.empty()) return;
     instrucao_ = std::make_unique<TInstrucaoOdbc>(ligacao);
     ligacao_ = ligacao;
+    EsqueceLigacoes();
     if (posicoes_.empty()) return;
     TTextoOdbc texto(texto_);
     const auto chamada = instrucao_->Chamada();
@@ -126,7 +128,9 @@ void TComandoOdbc::DescreveAlvos() {
     colunasDaTabela_ = achado->second;
 }
 
+/// A driver other than SQL Server's may forget, behind an empty value, where the next one is (SQLite's 0.9998 does).
 void TComandoOdbc::LigaParametros() {
+    if (!sessao_->SqlServer()) EsqueceLigacoes();
     for (std::size_t i = 0; i < posicoes_.size(); ++i) {
         auto& [valor, fluxo, fluxoLido] = valores_[analise_.posicoes[i]];
         const auto& alvo = alvos_.alvos[i];
@@ -149,9 +153,9 @@ void TComandoOdbc::LigaParametros() {
     }
 }
 
-void TComandoOdbc::Roda() {
+void TComandoOdbc::Roda(bool sozinho) {
     LigaParametros();
-    sessao_->Observa(sql_);
+    sessao_->Observa(sql_, sozinho);
     const auto chamada = instrucao_->Chamada();
     SQLRETURN retorno;
     if (posicoes_.empty()) {

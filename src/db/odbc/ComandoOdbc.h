@@ -44,8 +44,11 @@ class TComandoOdbc : public TComando {
     void Tenta(TOperacao operacao);
     void PreparaEm(const std::shared_ptr<TLigacaoOdbc>& ligacao);
     void DescreveAlvos();
+    void EsqueceLigacoes() {
+        for (auto& posicao : posicoes_) posicao.Desliga();
+    }
     void LigaParametros();
-    void Roda();
+    void Roda(bool sozinho);
     void DescreveColunas();
     void Adianta();
     bool Busca();

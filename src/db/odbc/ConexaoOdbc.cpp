@@ -261,11 +261,11 @@ class TConexaoOdbc : public TConnection {
 
     /// A ":" in the text is no parameter here.
     void Executa(std::string_view sql) {
-        const auto ligacao = sessao_->Principal();
+        const auto [ligacao, sozinho] = sessao_->ParaExecutar(sql);
         try {
-            sessao_->Observa(sql);
+            sessao_->Observa(sql, sozinho);
             TInstrucaoOdbc(ligacao).Executa(SemSequenciasOdbc(sql), sql);
-            if (sessao_->Comecada()) return;
+            if (sozinho || sessao_->Comecada()) return;
             sessao_->Observa("commit");
             ligacao->Termina(SQL_COMMIT, sql);
         } catch (const TErroBanco& erro) {

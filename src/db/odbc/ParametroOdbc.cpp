@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <limits>
 
@@ -58,6 +59,14 @@ TDataHora Arredonda(TDataHora momento, int escala) {
 /// Length that a driver may tell the server in advance; the content's own is not known.
 constexpr SQLULEN kTamanhoDoConteudo = 0x7FFFFFFF;
 
+/// The same for contents of about the same length, so that the statement stays prepared.
+SQLULEN TamanhoLongo(std::size_t tamanho) { return std::max<SQLULEN>(std::bit_ceil(tamanho + 1), kPedaco); }
+
+template <class TCadeia>
+SQLLEN Lugar(const TCadeia& cadeia) {
+    return static_cast<SQLLEN>(cadeia.capacity() * sizeof(cadeia[0]));
+}
+
 }  // namespace
 
 void TParametroOdbc::Define(const TValor& valor, const TColunaFisica* coluna) {
@@ -77,8 +86,14 @@ void TParametroOdbc::DefineFluxo(TLeitorBytes& fonte, const TColunaFisica* colun
     Fluxo(fonte, coluna && (coluna->tipo == TTipoDado::Memo || coluna->tipo == TTipoDado::Texto));
 }
 
-/// Some servers turn no NULL of one type into another, such as one of a text into an image.
+/// Some servers turn no NULL of one type into another, such as one of a text into an image; what the column has taken
+/// before is right.
 void TParametroOdbc::Nulo(const TColunaFisica* coluna) {
+    if (ligado_ && coluna) {
+        forma_ = *ligado_;
+        indicador_ = SQL_NULL_DATA;
+        return;
+    }
     const auto tipo = coluna ? coluna->tipo : TTipoDado::Texto;
     Texto("", tipo == TTipoDado::Memo);
     if (tipo == TTipoDado::Blob || tipo == TTipoDado::Bytes) Bytes("", tipo == TTipoDado::Blob);
@@ -133,62 +148,41 @@ void TParametroOdbc::DefineDoValor(const TValor& valor) {
 
 void TParametroOdbc::Inteiro(std::int64_t v) {
     inteiro_ = v;
-    onde_ = &inteiro_;
-    tipoC_ = SQL_C_SBIGINT;
-    tipoSql_ = SQL_BIGINT;
-    tamanho_ = 19;
-    escala_ = 0;
+    Forma(SQL_C_SBIGINT, SQL_BIGINT, 19, 0, &inteiro_);
     indicador_ = sizeof inteiro_;
 }
 
 void TParametroOdbc::NumeroEmTexto(std::string numero, int escala) {
-    bytes_ = std::move(numero);
-    onde_ = bytes_.data();
-    tipoC_ = SQL_C_CHAR;
-    tipoSql_ = SQL_DECIMAL;
-    tamanho_ = 38;
-    escala_ = static_cast<SQLSMALLINT>(escala);
+    bytes_.assign(numero);
+    Forma(SQL_C_CHAR, SQL_DECIMAL, 38, static_cast<SQLSMALLINT>(escala), bytes_.data(), Lugar(bytes_));
     indicador_ = static_cast<SQLLEN>(bytes_.size());
 }
 
 void TParametroOdbc::Real(double v, bool simples) {
     if (simples && std::isfinite(v) && std::abs(v) > std::numeric_limits<float>::max()) NaoCabe(v, "real");
     real_ = v;
-    onde_ = &real_;
-    tipoC_ = SQL_C_DOUBLE;
-    tipoSql_ = SQL_DOUBLE;
-    tamanho_ = 53;
-    escala_ = 0;
+    Forma(SQL_C_DOUBLE, SQL_DOUBLE, 53, 0, &real_);
     indicador_ = sizeof real_;
 }
 
 void TParametroOdbc::Logico(bool v) {
     logico_ = v ? 1 : 0;
-    onde_ = &logico_;
-    tipoC_ = SQL_C_BIT;
-    tipoSql_ = SQL_BIT;
-    tamanho_ = 1;
-    escala_ = 0;
+    Forma(SQL_C_BIT, SQL_BIT, 1, 0, &logico_);
     indicador_ = 1;
 }
 
 void TParametroOdbc::Texto(std::string_view utf8, bool longo) {
-    texto_ = TextoLargo(utf8);
-    onde_ = texto_.data();
-    tipoC_ = SQL_C_WCHAR;
-    tipoSql_ = longo || texto_.size() > kMaiorTexto ? SQL_WLONGVARCHAR : SQL_WVARCHAR;
-    tamanho_ = tipoSql_ == SQL_WVARCHAR ? kMaiorTexto : texto_.size() + 1;  // one size: the statement stays prepared
-    escala_ = 0;
+    texto_.assign(TextoLargo(utf8));
+    const bool semLimite = longo || texto_.size() > kMaiorTexto;
+    Forma(SQL_C_WCHAR, semLimite ? SQL_WLONGVARCHAR : SQL_WVARCHAR,
+          semLimite ? TamanhoLongo(texto_.size()) : kMaiorTexto, 0, texto_.data(), Lugar(texto_));
     indicador_ = static_cast<SQLLEN>(texto_.size() * sizeof(char16_t));
 }
 
 void TParametroOdbc::Bytes(std::string bytes, bool longo) {
-    bytes_ = std::move(bytes);
-    onde_ = bytes_.data();
-    tipoC_ = SQL_C_BINARY;
-    tipoSql_ = longo ? SQL_LONGVARBINARY : SQL_VARBINARY;
-    tamanho_ = longo ? bytes_.size() + 1 : kMaiorBinario;
-    escala_ = 0;
+    bytes_.assign(bytes);
+    Forma(SQL_C_BINARY, longo ? SQL_LONGVARBINARY : SQL_VARBINARY, longo ? TamanhoLongo(bytes_.size()) : kMaiorBinario,
+          0, bytes_.data(), Lugar(bytes_));
     indicador_ = static_cast<SQLLEN>(bytes_.size());
 }
 
@@ -197,11 +191,7 @@ void TParametroOdbc::Data(TData data) {
     if (c.ano < 1 || c.ano > 9999) NaoCabe(data, "uma data (anos 1 a 9999)");
     if (c.ano < kPrimeiroAno) return Texto(TValor(data).ComoTexto(), false);
     data_ = {static_cast<SQLSMALLINT>(c.ano), static_cast<SQLUSMALLINT>(c.mes), static_cast<SQLUSMALLINT>(c.dia)};
-    onde_ = &data_;
-    tipoC_ = SQL_C_TYPE_DATE;
-    tipoSql_ = SQL_TYPE_DATE;
-    tamanho_ = 10;
-    escala_ = 0;
+    Forma(SQL_C_TYPE_DATE, SQL_TYPE_DATE, 10, 0, &data_);
     indicador_ = sizeof data_;
 }
 
@@ -218,11 +208,8 @@ void TParametroOdbc::Momento(const TDataHora& exato, int escala) {
                 static_cast<SQLUSMALLINT>(segundos / 60 % 60),
                 static_cast<SQLUSMALLINT>(segundos % 60),
                 static_cast<SQLUINTEGER>(momento.hora.tiques % kTiquesPorSegundo * 100)};
-    onde_ = &momento_;
-    tipoC_ = SQL_C_TYPE_TIMESTAMP;
-    tipoSql_ = SQL_TYPE_TIMESTAMP;
-    escala_ = static_cast<SQLSMALLINT>(escala);
-    tamanho_ = static_cast<SQLULEN>(escala == 0 ? 19 : 20 + escala);
+    Forma(SQL_C_TYPE_TIMESTAMP, SQL_TYPE_TIMESTAMP, static_cast<SQLULEN>(escala == 0 ? 19 : 20 + escala),
+          static_cast<SQLSMALLINT>(escala), &momento_);
     indicador_ = sizeof momento_;
 }
 
@@ -235,11 +222,9 @@ void TParametroOdbc::Conteudo(std::shared_ptr<const TConteudo> conteudo, bool te
 void TParametroOdbc::Fluxo(TLeitorBytes& fonte, bool texto) {
     fluxo_ = &fonte;
     conteudoTexto_ = texto;
-    onde_ = this;  // the token that SQLParamData hands back
-    tipoC_ = texto ? SQL_C_WCHAR : SQL_C_BINARY;
-    tipoSql_ = texto ? SQL_WLONGVARCHAR : SQL_LONGVARBINARY;
-    tamanho_ = kTamanhoDoConteudo;
-    escala_ = 0;
+    // The value's place is the token that SQLParamData hands back.
+    Forma(texto ? SQL_C_WCHAR : SQL_C_BINARY, texto ? SQL_WLONGVARCHAR : SQL_LONGVARBINARY, kTamanhoDoConteudo, 0,
+          this);
     indicador_ = SQL_DATA_AT_EXEC;
 }
 
@@ -253,9 +238,12 @@ void TParametroOdbc::MedeFluxo() {
 
 void TParametroOdbc::Liga(TInstrucaoOdbc& instrucao, SQLUSMALLINT numero, std::string_view comando) {
     if (indicador_ == SQL_DATA_AT_EXEC && instrucao.Ligacao().QuerTamanhoAntes()) MedeFluxo();
-    const auto retorno = SQLBindParameter(instrucao.Handle(), numero, SQL_PARAM_INPUT, tipoC_, tipoSql_, tamanho_,
-                                          escala_, onde_, indicador_ > 0 ? indicador_ : 0, &indicador_);
-    instrucao.Confere(retorno, comando);
+    if (ligado_ == forma_) return;
+    ligado_.reset();
+    instrucao.Confere(SQLBindParameter(instrucao.Handle(), numero, SQL_PARAM_INPUT, forma_.tipoC, forma_.tipoSql,
+                                       forma_.tamanho, forma_.escala, forma_.onde, forma_.bytes, &indicador_),
+                      comando);
+    ligado_ = forma_;
 }
 
 void TParametroOdbc::EnviaConteudo(TInstrucaoOdbc& instrucao, std::string_view comando) {

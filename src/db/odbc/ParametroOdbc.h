@@ -19,7 +19,11 @@ class TParametroOdbc {
     void Define(const TValor& valor, const TColunaFisica* coluna);
     /// A content read from `fonte` while the statement runs.
     void DefineFluxo(TLeitorBytes& fonte, const TColunaFisica* coluna);
+    /// Tells the driver where the value is, if that or its form has changed since: a statement whose parameters are
+    /// bound anew is prepared anew, which costs two turns to the server.
     void Liga(TInstrucaoOdbc& instrucao, SQLUSMALLINT numero, std::string_view comando);
+    /// For another statement handle.
+    void Desliga() { ligado_.reset(); }
     /// Sends the content that the driver asks for.
     void EnviaConteudo(TInstrucaoOdbc& instrucao, std::string_view comando);
 
@@ -39,10 +43,22 @@ class TParametroOdbc {
     void Fluxo(TLeitorBytes& fonte, bool texto);
     void MedeFluxo();
 
-    SQLSMALLINT tipoC_ = SQL_C_WCHAR;
-    SQLSMALLINT tipoSql_ = SQL_WVARCHAR;
-    SQLULEN tamanho_ = 1;
-    SQLSMALLINT escala_ = 0;
+    struct TForma {
+        SQLSMALLINT tipoC = SQL_C_WCHAR, tipoSql = SQL_WVARCHAR;
+        SQLULEN tamanho = 1;
+        SQLSMALLINT escala = 0;
+        void* onde = nullptr;  // of the members below, the value's
+        SQLLEN bytes = 0;      // that there is room for, where the length varies
+
+        bool operator==(const TForma&) const = default;
+    };
+    void Forma(SQLSMALLINT tipoC, SQLSMALLINT tipoSql, SQLULEN tamanho, SQLSMALLINT escala, void* onde,
+               SQLLEN bytes = 0) {
+        forma_ = {tipoC, tipoSql, tamanho, escala, onde, bytes};
+    }
+
+    TForma forma_;
+    std::optional<TForma> ligado_;  // as the driver knows it
     SQLLEN indicador_ = SQL_NULL_DATA;
 
     std::string bytes_;
@@ -53,7 +69,6 @@ class TParametroOdbc {
     SQL_DATE_STRUCT data_{};
     SQL_TIMESTAMP_STRUCT momento_{};
 
-    void* onde_ = nullptr;  // of the members above, the value's
     std::shared_ptr<const TConteudo> conteudo_;
     std::unique_ptr<TLeitorBytes> leitor_;  // of conteudo_
     TLeitorBytes* fluxo_ = nullptr;

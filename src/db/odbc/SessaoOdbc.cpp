@@ -90,9 +90,11 @@ void TLigacaoOdbc::DefineNumero(const std::string& numero) {
 }
 
 void TLigacaoOdbc::CommitAutomatico(bool liga) {
+    if (commitAutomatico_ == liga) return;
     const auto modo = liga ? SQL_AUTOCOMMIT_ON : SQL_AUTOCOMMIT_OFF;
     const auto chamada = Chamada();
     ConfereOdbc(SQLSetConnectAttr(dbc_, SQL_ATTR_AUTOCOMMIT, Numero(modo), SQL_IS_UINTEGER), dbc_, "autocommit");
+    commitAutomatico_ = liga;
 }
 
 void TLigacaoOdbc::Termina(SQLSMALLINT como, std::string_view comando) {
@@ -187,21 +189,22 @@ TCapacidades Capacidades(TLigacaoOdbc& ligacao) {
     return capacidades;
 }
 
-/// By its first word.
-bool SoDeLinhas(std::string_view comando) {
+bool Comeca(std::string_view comando, std::initializer_list<std::string_view> palavras) {
     const std::string_view inicio = Apara(comando);
-    const auto comeca = [&](std::string_view palavra) {
-        return IgualSemCaixa(inicio.substr(0, palavra.size()), palavra);
-    };
     return std::ranges::any_of(
-        std::initializer_list<std::string_view>{"select ", "insert ", "update ", "delete ", "save ", "commit"}, comeca);
+        palavras, [&](std::string_view palavra) { return IgualSemCaixa(inicio.substr(0, palavra.size()), palavra); });
+}
+
+bool SoDeLinhas(std::string_view comando) {
+    return Comeca(comando, {"select ", "insert ", "update ", "delete ", "save ", "commit"});
 }
 
 }  // namespace
 
-void TSessaoOdbc::Observa(std::string_view comando) {
+void TSessaoOdbc::Observa(std::string_view comando, bool sozinho) {
     if (!SoDeLinhas(comando)) alvos_.clear();
     if (observador_) observador_(comando);
+    if (sozinho) Observa("commit");
 }
 
 void TSessaoOdbc::Liga() {
@@ -213,7 +216,6 @@ void TSessaoOdbc::Liga() {
     if (sqlServer_) ajustes_.assign(kAjustesTSql.begin(), kAjustesTSql.end());
     Ajusta(ligacao);
     dialeto_.Conhece(Capacidades(*ligacao));
-    ligacao->CommitAutomatico(false);
     principal_ = ligacao;
 }
 
@@ -264,6 +266,13 @@ std::shared_ptr<TLigacaoOdbc> TSessaoOdbc::Principal() {
     return principal_;
 }
 
+std::pair<std::shared_ptr<TLigacaoOdbc>, bool> TSessaoOdbc::ParaExecutar(std::string_view sql) {
+    auto ligacao = Principal();
+    const bool sozinho = !emTransacao_ && Comeca(sql, {"insert ", "update ", "delete ", "create ", "alter ", "drop "});
+    if (!emTransacao_) ligacao->CommitAutomatico(sozinho);
+    return {std::move(ligacao), sozinho};
+}
+
 std::shared_ptr<TLigacaoOdbc> TSessaoOdbc::ParaLer() {
     if (emTransacao_) return Principal();
     ExigeLigacao();
@@ -275,7 +284,7 @@ std::shared_ptr<TLigacaoOdbc> TSessaoOdbc::ParaLer() {
 
 void TSessaoOdbc::StartTransaction() {
     if (emTransacao_) throw std::logic_error("já há uma transação aberta");
-    Principal();
+    Principal()->CommitAutomatico(false);
     emTransacao_ = true;
     desfeita_ = false;
 }

@@ -32,7 +32,7 @@ class TLigacaoOdbc {
     /// Disconnects; every statement of it is gone. A lost one is not asked to end its transaction first.
     void Desliga(bool perdida = false) noexcept;
     bool Ligada() const { return ligada_; }
-    /// Without it, statements wait for Termina().
+    /// Without it, statements wait for Termina(). On from the start.
     void CommitAutomatico(bool liga);
     /// Ends the open transaction: SQL_COMMIT or SQL_ROLLBACK.
     void Termina(SQLSMALLINT como, std::string_view comando);
@@ -57,6 +57,7 @@ class TLigacaoOdbc {
     SQLHENV env_ = SQL_NULL_HENV;
     SQLHDBC dbc_ = SQL_NULL_HDBC;
     bool ligada_ = false;
+    bool commitAutomatico_ = true;
     std::optional<bool> querTamanhoAntes_;
 };
 
@@ -108,6 +109,9 @@ class TSessaoOdbc {
 
     /// The main connection, its cursor's rows taken over by their command. Throws TErroBanco when closed.
     std::shared_ptr<TLigacaoOdbc> Principal();
+    /// The main connection for a statement, and whether it commits by itself: one that stands alone in its text does
+    /// outside a transaction, which spares a turn to the server.
+    std::pair<std::shared_ptr<TLigacaoOdbc>, bool> ParaExecutar(std::string_view sql);
     /// The connection to read on: the main one inside a transaction, else one that no cursor uses.
     std::shared_ptr<TLigacaoOdbc> ParaLer();
     bool EhPrincipal(const std::shared_ptr<TLigacaoOdbc>& ligacao) const { return ligacao && ligacao == principal_; }
@@ -135,8 +139,8 @@ class TSessaoOdbc {
     std::string Numeros() const { return emCurso_->Numeros().Todos(); }
 
     void DefineObservador(TConnection::TObservador observador) { observador_ = std::move(observador); }
-    /// Before every statement and commit.
-    void Observa(std::string_view comando);
+    /// Before every statement and commit; both at once for one that commits by itself.
+    void Observa(std::string_view comando, bool sozinho = false);
 
     /// Columns of tables whose rows statements store, by the names that they give them: whoever asked keeps the answer
     /// here. Gone with any statement that may change a table, and when one is undone.
