@@ -13,6 +13,7 @@
 #include "odbc/ConexaoOdbc.h"
 #include "package/Pacote.h"
 #include "packet/DataPacket.h"
+#include "process/Interrupcao.h"
 #include "run/Atualizacao.h"
 #include "server/Vigia.h"
 #include "tables/MarcaDaBackup.h"
@@ -105,13 +106,48 @@ class SqlServerAdverso : public testing::Test {
         CarregaPacote(Modulo(), "TCHAVE", {{"CODIGO", "ftString", 12, 1}, {"QUANTO", "ftString", 20}});
     }
 
-    void Reconstroi() {
+    void Reconstroi(std::string_view tabela = "TCHAVE") {
         Modulo().AtualizaListaDeTabelas();
         TContexto ctx{Modulo(), opcoes_, estado_, {}, {}};
         LeDicionarioNovo(ctx);
         LeDicionarioGravado(ctx);
         Modulo().SArquivoNovo.First();
-        Nova(ctx, "TCHAVE");
+        Nova(ctx, tabela);
+    }
+
+    /// A table of forty rows with a number for its key, from -57 on, some of whose names are too long for the package.
+    void MontaNumeros(const std::string& chave) {
+        Monta();
+        for (const std::string& comando :
+             {"create table TNUMERO (CODIGO integer not null" + chave + ", NOME nvarchar(20), QUANTO float)",
+              std::string("with n as (select 1 as i union all select i + 1 from n where i < 40) insert into TNUMERO "
+                          "select (i - 20) * 3, replicate('x', i % 15), i / 3e0 from n"),
+              std::string("update TNUMERO set NOME = null where CODIGO = 9"),
+              std::string("insert into SARQUIVO values ('1', 'TNUMERO', 1)"),
+              std::string("insert into SATRIB (ARQUIVO, SEQUENCIA, NOME, TIPO, TAMANHO, CHAVE_DE_PESQUISA) values"
+                          " ('TNUMERO', 1, 'CODIGO', 'ftInteger', 0, 1)")})
+            Conexao().ExecuteDirect(comando);
+        CarregaPacote(
+            Modulo(), "TNUMERO",
+            {{"CODIGO", "ftInteger", 0, 1}, {"NOME", "ftString", 10}, {"QUANTO", "ftFloat"}, {"NOVA", "ftInteger"}});
+    }
+
+    /// Rebuilds it until the n-th statement that changes something of it, from which on nothing is executed; false when
+    /// there are fewer.
+    bool ReconstroiNumerosAte(int n) {
+        Conexao().Observa([&, mudancas = 0, parou = false](std::string_view comando) mutable {
+            const bool muda = comando.find("TNUMERO") != std::string_view::npos && !comando.starts_with("select");
+            parou = parou || (muda && ++mudancas == n);
+            if (parou) throw TInterrompida();
+        });
+        bool interrompida = false;
+        try {
+            Reconstroi("TNUMERO");
+        } catch (const TInterrompida&) {
+            interrompida = true;
+        }
+        Conexao().Observa(nullptr);
+        return interrompida;
     }
 
     /// The whole run with the package of both tables.
@@ -225,6 +261,47 @@ TEST_F(SqlServerAdverso, ARowThatTheBackupRefusesEndsTheRebuildBeforeTheDrop) {
     Reconstroi();
     EXPECT_FALSE(estado_.falhouApagar) << "the next run succeeds";
     EXPECT_EQ(Le("select CODIGO, QUANTO from TCHAVE order by CODIGO"), "A|42;B|7");
+}
+
+TEST_F(SqlServerAdverso, RowsOfANumberedKeyGoInRangesAndAllComeBackWhateverTheMomentOfACut) {
+    const auto linhas = [&] { return Le("select CODIGO, NOME, QUANTO, NOVA from TNUMERO order by CODIGO"); };
+    MontaNumeros(" primary key");
+    const std::string esperadas = Le(
+        "select CODIGO, case when len(NOME) > 10 then null else NOME end, QUANTO, null from TNUMERO order by CODIGO");
+    int idas = 0, voltas = 0;
+    Conexao().Observa([&](std::string_view comando) {
+        idas += Insere(comando, "BTNUMERO");
+        voltas += Insere(comando, "TNUMERO");
+    });
+    Reconstroi("TNUMERO");
+    Conexao().Observa(nullptr);
+    EXPECT_EQ(idas, 1);
+    EXPECT_EQ(voltas, 5 + 2 * 8) << "ranges of four batches, and eight rows of the client's in two tries each";
+    EXPECT_EQ(linhas(), esperadas);
+    const std::string indices = "select count(*) from sys.indexes where object_id = object_id('BTNUMERO')";
+    const std::string deles = Le(indices);
+    bool interrompida = true;
+    for (int n = 1; interrompida; n += 4) {
+        MontaNumeros(" primary key");
+        interrompida = ReconstroiNumerosAte(n);
+        Reconstroi("TNUMERO");
+        ASSERT_EQ(linhas(), esperadas) << "cut at change " << n << ": " << Junta(loja_->Tela().memo2, "\n");
+        ASSERT_EQ(Le("select count(*) from BTNUMERO"), "40") << n;
+        ASSERT_EQ(Le(indices), deles) << n;
+    }
+}
+
+/// Of those that share a number the table takes one, and the rejects file the others.
+TEST_F(SqlServerAdverso, RowsThatShareANumberAreNoRange) {
+    MontaNumeros("");
+    Conexao().ExecuteDirect("insert into TNUMERO select CODIGO, 'gêmeo', 1 from TNUMERO where CODIGO in (-57, -27, 0)");
+    Reconstroi("TNUMERO");
+    EXPECT_EQ(Le("select count(*) from TNUMERO"), "40");
+    EXPECT_EQ(Le("select count(*) from BTNUMERO"), "43");
+    const std::string rejeitados = LeArquivo(loja_->Pasta() / "AtualizaWKD.rejeitados.jsonl");
+    for (const char* codigo : {"-57", "-27", "0"})
+        EXPECT_NE(rejeitados.find("{\"CODIGO\": " + std::string(codigo) + ", \"NOME\": \"gêmeo\""), std::string::npos)
+            << codigo << " in " << rejeitados;
 }
 
 TEST_F(SqlServerAdverso, ALostConnectionCostsItsTableAloneAndTheNextRunDoesIt) {

@@ -131,6 +131,8 @@ class TDialeto {
     virtual bool AlteracaoDispensaValor() const { return false; }
     /// Whether a record has a number by which the server reads it (RDB$DB_KEY).
     virtual bool NumeraRegistros() const { return false; }
+    /// Whether rows between two values of a key go to another table in one statement, beside a cursor over them.
+    virtual bool CopiaFaixas() const { return false; }
     /// Whether a transaction for writing writes a page even if nothing was changed in it.
     virtual bool TransacaoVaziaGrava() const { return false; }
     /// Bytes of a content that Soma() looks at; 0 for all.

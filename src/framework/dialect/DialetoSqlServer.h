@@ -33,6 +33,7 @@ class TDialetoSqlServer : public TDialeto {
     bool NulosRepetem() const override { return false; }
     bool ChaveExigeValor() const override { return true; }
     bool AlteracaoDispensaValor() const override { return true; }
+    bool CopiaFaixas() const override { return true; }
     /// Servers before 2016 make a hash of no more.
     std::size_t BytesDaSoma() const override { return 8000; }
     bool ColunaPresa(const TErroBanco& erro) const override;

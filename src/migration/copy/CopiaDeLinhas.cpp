@@ -147,11 +147,11 @@ void TCopiaDeLinhas::Avanca() {
 }
 
 /// What the server refuses as a whole is done row by row, so that only an unfit row is missing.
-void TCopiaDeLinhas::Envia() {
+void TCopiaDeLinhas::Envia(bool sozinho) {
     if (aEnviar_ == 0) return;
     ExigeEspacoEmDisco(ctx_);
     const std::size_t primeira = lote_.size() - std::exchange(aEnviar_, 0);
-    if (!transacao_) transacao_.emplace(ctx_.Conexao());
+    if (!transacao_ && !sozinho) transacao_.emplace(ctx_.Conexao());
     try {
         return EnviaJuntas(primeira);
     } catch (const TErroBanco& falha) {
@@ -162,10 +162,11 @@ void TCopiaDeLinhas::Envia() {
 }
 
 void TCopiaDeLinhas::EnviaJuntas(std::size_t primeira) {
-    std::string chaves, faltas;
+    std::string faltas;
+    std::vector<std::string_view> chaves;
     std::vector<const TLinha*> linhas;
     for (std::size_t i = primeira; i < lote_.size(); ++i) {
-        chaves += lote_[i].chave;
+        chaves.push_back(lote_[i].chave);
         faltas += lote_[i].faltas;
         linhas.push_back(&lote_[i].valores);
     }
@@ -292,23 +293,26 @@ bool TCopiaDeLinhas::IsolaCampos(TLinha& linha) {
 }
 
 void TCopiaDeLinhas::FechaLote() {
-    Envia();
-    if (!transacao_) return;
-    ExigeEspacoEmDisco(ctx_);
-    try {
-        Conta(Numero());
-        Confirma();
-    } catch (const TErroBanco& falha) {
-        transacao_.reset();
-        if (falha.ConexaoPerdida()) throw;
-        RefazLote();
-    }
+    Envia(!transacao_ && aEnviar_ == lote_.size() && servidor_ && servidor_->Sozinho());
+    if (transacao_) Confirma();
     resultado_.gravadas += static_cast<std::int64_t>(lote_.size());
     lote_.clear();
     bytesNoLote_ = 0;
 }
 
 void TCopiaDeLinhas::Confirma() {
+    ExigeEspacoEmDisco(ctx_);
+    try {
+        Conta(Numero());
+        Commit();
+    } catch (const TErroBanco& falha) {
+        transacao_.reset();
+        if (falha.ConexaoPerdida()) throw;
+        RefazLote();
+    }
+}
+
+void TCopiaDeLinhas::Commit() {
     const auto inicio = std::chrono::steady_clock::now();
     transacao_->Commit();
     transacao_.reset();

@@ -55,7 +55,7 @@ class TCopiaDeLinhas {
     TResultadoDaCopia Executa(std::int64_t linhas);
 
   private:
-    /// A row stored in the open transaction; one that the server moves has its record number alone.
+    /// A row stored in the open transaction; one that the server moves has its name alone.
     struct TLinhaDoLote {
         std::int64_t numero;  // in the source, from 1
         std::string chave, faltas;
@@ -68,7 +68,7 @@ class TCopiaDeLinhas {
     void PoeNoLote(TLinhaDoLote linha);
     void Avanca();
     bool PeloBloco() const { return bloco_ && bloco_->Lugares() > 1; }
-    void Envia();
+    void Envia(bool sozinho = false);
     void EnviaJuntas(std::size_t primeira);
     template <class TGuarda>
     void FicamNoLote(std::size_t primeira, TGuarda&& guarda);
@@ -85,6 +85,7 @@ class TCopiaDeLinhas {
     bool IsolaCampos(TLinha& linha);
     void FechaLote();
     void Confirma();
+    void Commit();
     void RefazLote();
     bool GravaSozinha(TLinhaDoLote& linha);
     void Conta(std::int64_t ate);

@@ -3,180 +3,38 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "dialect/Dialeto.h"
-#include "values/Texto.h"
+#include "copy/CopiaPeloNumero.h"
+#include "copy/CopiaPorFaixas.h"
+#include "copy/FormaDaCopia.h"
 
 namespace wkd {
 
 namespace {
 
-constexpr std::size_t kBytesDaChave = 8;
-const std::string kDaChave = " where rdb$db_key = ";
-
-bool TextoVariavel(const TColunaFisica& coluna) {
-    return coluna.tipo == TTipoDado::Texto && Minusculas(coluna.tipoSql).starts_with("varchar(");
-}
-
-/// Bytes of a whole number without scale; 0 for another type.
-int BytesDoInteiro(const TColunaFisica& coluna) {
-    const std::string tipo = Minusculas(coluna.tipoSql);
-    return tipo == "smallint" ? 2 : tipo == "integer" ? 4 : tipo == "bigint" ? 8 : 0;
-}
-
-/// Between bytes and whatever else a blob holds, the server turns nothing into another character set.
-bool BlobsComoEstao(const TColunaFisica& origem, const TColunaFisica& destino) {
-    const auto longa = [](const TColunaFisica& c) { return c.tipo == TTipoDado::Blob || c.tipo == TTipoDado::Memo; };
-    const auto deBytes = [](const TColunaFisica& c) { return IgualSemCaixa(c.tipoSql, "blob sub_type 0"); };
-    return longa(origem) && longa(destino) && (deBytes(origem) || deBytes(destino));
-}
-
-/// Whether the server gives every value the same form in the target that the client would.
-bool MesmaForma(const TColunaFisica& origem, const TColunaFisica& destino) {
-    if (!origem.tipoSql.empty() && IgualSemCaixa(origem.tipoSql, destino.tipoSql)) return true;
-    if (BlobsComoEstao(origem, destino)) return true;
-    if (TextoVariavel(origem) && TextoVariavel(destino)) return origem.conjunto == destino.conjunto;
-    return BytesDoInteiro(origem) > 0 && BytesDoInteiro(origem) <= BytesDoInteiro(destino);
-}
-
-/// Whether the server may have to give the column a number, or what a required one gets.
-bool Completada(const TColunaDaCopia& coluna) {
-    const auto tipo = coluna.destino.tipo;
-    const bool longa = tipo == TTipoDado::Blob || tipo == TTipoDado::Memo || tipo == TTipoDado::Bytes;
-    return coluna.origem && (coluna.numerada || (coluna.destino.requerido && !coluna.origem->requerido && !longa));
-}
-
-/// Condition of the rows to which it gives it.
-std::string Falta(const TColunaDaCopia& coluna, const TDialeto& dialeto) {
-    const std::string nome = dialeto.Identificador(coluna.origem->nome);
-    return coluna.numerada ? "coalesce(" + nome + ", 0) = 0" : nome + " is null";
-}
-
-/// What makes a row need the client because of this column; empty for nothing.
-std::string Excecao(const TColunaDaCopia& coluna, const TDialeto& dialeto) {
-    const std::string nome = dialeto.Identificador(coluna.origem->nome);
-    std::vector<std::string> excecoes;
-    if (coluna.destino.requerido && !Completada(coluna)) excecoes.push_back(nome + " is null");
-    if (TextoVariavel(coluna.destino) && coluna.destino.tamanho < coluna.origem->tamanho)
-        excecoes.push_back("char_length(" + nome + ") > " + std::to_string(coluna.destino.tamanho));
-    return Junta(excecoes, " or ");
-}
-
-/// Record number, whether the row needs the client, and a digit for each column that is completed.
-std::string ConsultaDasChaves(const TCopia& copia, const std::vector<TColunaDaCopia>& colunas,
-                              const TDialeto& dialeto) {
-    std::vector<std::string> excecoes, faltas;
-    for (const auto& coluna : colunas) {
-        if (!coluna.origem) continue;
-        if (Completada(coluna)) faltas.push_back("case when " + Falta(coluna, dialeto) + " then '1' else '0' end");
-        if (auto excecao = Excecao(coluna, dialeto); !excecao.empty()) excecoes.push_back(std::move(excecao));
-    }
-    const std::string precisa = excecoes.empty() ? "0" : "case when " + Junta(excecoes, " or ") + " then 1 else 0 end";
-    const std::string digitos = faltas.empty() ? "''" : Junta(faltas, " || ");
-    return "select rdb$db_key, " + precisa + ", " + digitos + " from " + copia.origem + copia.condicao;
-}
-
-/// Whether the column counts the rows.
-bool Contada(const TColunaDaCopia& coluna) {
-    return coluna.numerada && !coluna.origem && coluna.fixo.ComoInteiro() == 0;
-}
-
-/// The value of a column in the block. What the source lacks, or a row of it, comes as a parameter P0, P1, ...; of one
-/// that counts, the last number given, which for the rows of the source is a variable N0, N1, ...
-std::string ValorNoBloco(const TColunaDaCopia& coluna, const std::string& numero, const TDialeto& dialeto) {
-    if (!coluna.origem) return ":p" + numero + (Contada(coluna) ? " + :lugar + 1" : "");
-    const std::string nome = dialeto.Identificador(coluna.origem->nome);
-    if (!Completada(coluna)) return nome;
-    if (!coluna.numerada) return "coalesce(" + nome + ", :p" + numero + ")";
-    return "iif(" + Falta(coluna, dialeto) + ", :n" + numero + ", " + nome + ")";
-}
-
-/// One insert for each record number. The digits F0, F1, ... tell which rows take the next number.
-std::string Bloco(const TCopia& copia, const std::vector<TColunaDaCopia>& colunas, const TDialeto& dialeto) {
-    const std::string bytes = std::to_string(kBytesDaChave);
-    const std::size_t linhas = std::min(copia.linhasPorLote, kLinhasPorComando);
-    std::string parametros, variaveis, inicio, conta;
-    std::vector<std::string> nomes, valores;
-    for (std::size_t i = 0; i < colunas.size(); ++i) {
-        const std::string numero = std::to_string(i);
-        nomes.push_back(dialeto.Identificador(colunas[i].destino.nome));
-        valores.push_back(ValorNoBloco(colunas[i], numero, dialeto));
-        if (!colunas[i].origem || Completada(colunas[i]))
-            parametros += ", p" + numero + " " + colunas[i].destino.tipoSql + " = :P" + numero;
-        if (!Completada(colunas[i]) || !colunas[i].numerada) continue;
-        parametros += ", f" + numero + " varchar(" + std::to_string(linhas) + ") character set ascii = :F" + numero;
-        variaveis += " declare n" + numero + " bigint;";
-        inicio += " n" + numero + " = p" + numero + ";";
-        conta +=
-            " if (substring(:f" + numero + " from :lugar + 1 for 1) = '1') then n" + numero + " = n" + numero + " + 1;";
-    }
-    return "execute block (quantas integer = :QUANTAS, chaves varchar(" + std::to_string(kBytesDaChave * linhas) +
-           ") character set octets = :CHAVES" + parametros + ") as declare lugar integer = 0;" + variaveis + " begin" +
-           inicio + " while (lugar < quantas) do begin" + conta + " insert into " + copia.destino + " (" +
-           Junta(nomes, ",") + ") select " + Junta(valores, ",") + " from " + copia.origem + kDaChave +
-           "substring(:chaves from :lugar * " + bytes + " + 1 for " + bytes + "); lugar = lugar + 1; end end";
-}
-
-bool ServeAoServidor(const std::vector<TColunaDaCopia>& colunas) {
-    for (const auto& coluna : colunas) {
-        if (!coluna.origem) continue;
-        if (!MesmaForma(*coluna.origem, coluna.destino)) return false;
-        if (coluna.numerada && BytesDoInteiro(*coluna.origem) == 0) return false;
-    }
-    return true;
+bool MantemAForma(const TColunaDaCopia& coluna) {
+    return !coluna.origem ||
+           (MesmaForma(*coluna.origem, coluna.destino) && (!coluna.numerada || BytesDoInteiro(*coluna.origem) > 0));
 }
 
 }  // namespace
 
 std::unique_ptr<TCopiaNoServidor> TCopiaNoServidor::Para(TConnection& conexao, const TCopia& copia,
                                                          const std::vector<TColunaDaCopia>& colunas) {
+    if (!std::ranges::all_of(colunas, MantemAForma)) return nullptr;
     const TDialeto& dialeto = Dialeto(conexao);
-    if (!dialeto.NumeraRegistros() || !ServeAoServidor(colunas)) return nullptr;
-    std::unique_ptr<TCopiaNoServidor> servidor(new TCopiaNoServidor);
     try {
-        servidor->chaves_ = conexao.Prepara(ConsultaDasChaves(copia, colunas, dialeto));
-        servidor->linha_ = conexao.Prepara("select " + ListaDaOrigem(colunas, dialeto) + " from " + copia.origem +
-                                           kDaChave + ":CHAVE");
-        servidor->copia_ = conexao.Prepara(Bloco(copia, colunas, dialeto));
+        if (dialeto.NumeraRegistros()) return std::make_unique<TCopiaPeloNumero>(conexao, copia, colunas);
+        if (!dialeto.CopiaFaixas()) return nullptr;
+        const auto chave = TCopiaPorFaixas::ColunaDaFaixa(conexao, copia, colunas);
+        return chave ? std::make_unique<TCopiaPorFaixas>(conexao, copia, colunas, *chave) : nullptr;
     } catch (const TErroBanco& erro) {
         if (erro.ConexaoPerdida()) throw;
         return nullptr;
     }
-    for (std::size_t i = 0; i < colunas.size(); ++i) {
-        const std::string numero = std::to_string(i);
-        if (Completada(colunas[i])) servidor->completadas_.push_back({numero, colunas[i].destino, colunas[i].numerada});
-        if (colunas[i].origem) continue;
-        servidor->copia_->Atribui("P" + numero, colunas[i].fixo);
-        if (Contada(colunas[i])) servidor->contadas_.emplace_back("P" + numero, colunas[i].destino.nome);
-    }
-    return servidor;
-}
-
-std::set<std::string> TCopiaNoServidor::Copia(std::string_view chaves, std::string_view faltas,
-                                              TRenumeracao& renumeracao) {
-    const auto quantas = static_cast<std::int64_t>(chaves.size() / kBytesDaChave);
-    copia_->Atribui("QUANTAS", quantas);
-    copia_->Atribui("CHAVES", TBytes{std::string(chaves)});
-    for (const auto& [parametro, coluna] : contadas_) copia_->Atribui(parametro, renumeracao.Ultimo(coluna));
-    std::vector<std::string> digitos(completadas_.size());
-    for (std::size_t i = 0; i < faltas.size(); ++i) digitos[i % digitos.size()] += faltas[i];
-    for (std::size_t i = 0; i < completadas_.size(); ++i) {
-        const auto& [numero, destino, numerada] = completadas_[i];
-        copia_->Atribui("P" + numero, numerada ? TValor(renumeracao.Ultimo(destino.nome)) : ValorObrigatorio(destino));
-        if (numerada) copia_->Atribui("F" + numero, digitos[i]);
-    }
-    copia_->Executa();
-    for (const auto& [parametro, coluna] : contadas_) renumeracao.Avanca(coluna, quantas);
-    std::set<std::string> alteradas;
-    for (std::size_t i = 0; i < completadas_.size(); ++i) {
-        const auto completou = std::ranges::count(digitos[i], '1');
-        if (completou > 0) alteradas.insert(ChaveDeNome(completadas_[i].destino.nome));
-        if (completadas_[i].numerada) renumeracao.Avanca(completadas_[i].destino.nome, completou);
-    }
-    return alteradas;
 }
 
 TComando& TCopiaNoServidor::Linha(std::string_view chave) {
-    linha_->Atribui("CHAVE", TBytes{std::string(chave)});
+    linha_->Atribui(0, ValorDaChave(chave));
     linha_->Abre();
     if (!linha_->Proximo()) throw std::runtime_error("um registro sumiu durante a cópia");
     return *linha_;

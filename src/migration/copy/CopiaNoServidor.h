@@ -4,9 +4,9 @@
 #include <functional>
 #include <memory>
 #include <set>
+#include <span>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "connection/Connection.h"
@@ -14,7 +14,7 @@
 
 namespace wkd {
 
-/// Rows that one statement of the server copies, at most: their record numbers are a parameter of it.
+/// Rows that one statement of the server copies, at most.
 inline constexpr std::size_t kLinhasPorComando = 1000;
 
 /// One copy of all rows of a table into another one.
@@ -36,44 +36,44 @@ struct TCopia {
     std::function<void(std::int64_t)> aoGravar = nullptr;  // in each transaction: rows of the source done by then
 };
 
-/// Rows that the server copies from table to table without the client seeing their values. They are named by record
-/// number (RDB$DB_KEY of Firebird), which needs no key and costs no index; it holds while nobody writes into the
-/// source.
+/// Rows that the server copies from table to table without the client seeing their values. It holds while nobody writes
+/// into the source.
 class TCopiaNoServidor {
   public:
-    /// Null where every row needs the client: another kind of server, columns that change their type, or a statement
-    /// that the server does not take.
+    /// Null where every row needs the client: columns that change their type, rows that the server cannot name, or a
+    /// statement that it does not take.
     static std::unique_ptr<TCopiaNoServidor> Para(TConnection& conexao, const TCopia& copia,
                                                   const std::vector<TColunaDaCopia>& colunas);
+    virtual ~TCopiaNoServidor() = default;
 
     /// Opens the cursor over the source, before its first row.
     void Abre() { chaves_->Abre(); }
     bool Proxima() { return chaves_->Proximo(); }
-    /// Record number of the current row.
-    std::string Chave() { return chaves_->Valor(0).ComoBytes(); }
-    /// Whether the server moves the current row: no text too long, no blob missing.
+    /// What names the current row.
+    virtual std::string Chave() = 0;
+    /// Whether the server moves the current row: no text too long, nothing missing that it does not complete.
     bool VaiComoEsta() { return chaves_->Valor(1).ComoInteiro() == 0; }
     /// A digit for each column that the server completes: "1" where the current row lacks its value or number.
-    std::string Faltas() { return chaves_->Valor(2).ComoTexto(); }
+    virtual std::string Faltas() { return {}; }
 
-    /// Stores the rows of these record numbers, one behind the other in `chaves`, and so their Faltas(): all of them,
-    /// or none and TErroBanco. Columns that count get the next numbers, required ones ValorObrigatorio. Returns the
-    /// columns of the source, in capitals, of which it completed a value.
-    std::set<std::string> Copia(std::string_view chaves, std::string_view faltas, TRenumeracao& renumeracao);
+    /// Stores the rows of these names, and so their Faltas() one behind the other: all of them, or none and TErroBanco.
+    /// They have followed one another in the cursor. Columns that count get the next numbers, required ones
+    /// ValorObrigatorio. Returns the columns of the source, in capitals, of which it completed a value.
+    virtual std::set<std::string> Copia(std::span<const std::string_view> chaves, std::string_view faltas,
+                                        TRenumeracao& renumeracao) = 0;
+    /// Whether Copia() outside a transaction commits for less than one that is begun and ended around it.
+    virtual bool Sozinho() const { return false; }
     /// A cursor that stands on one row of the source, for a row that is done by the client after all; to be closed.
     TComando& Linha(std::string_view chave);
 
-  private:
+  protected:
     TCopiaNoServidor() = default;
+    /// The name as a statement takes it.
+    virtual TValor ValorDaChave(std::string_view chave) const = 0;
 
-    std::unique_ptr<TComando> chaves_, copia_, linha_;
-    std::vector<std::pair<std::string, std::string>> contadas_;  // parameter and column that it counts
-    struct TCompletada {
-        std::string numero;  // of its parameters
-        TColunaFisica destino;
-        bool numerada;
-    };
-    std::vector<TCompletada> completadas_;
+    std::unique_ptr<TComando> chaves_;  // of every row: its name, and whether it needs the client
+    std::unique_ptr<TComando> copia_;
+    std::unique_ptr<TComando> linha_;  // the values of the row of a name, its parameter
 };
 
 }  // namespace wkd
