@@ -18,7 +18,7 @@ namespace wkd {
 
 namespace {
 
-constexpr int kTabelasDoServidor = 60, kNovas = 20, kLinhas = 20'000;
+constexpr int kTabelasDoServidor = 60, kNovas = 20, kLinhas = 100'000;
 const std::string kAqui(kSqlServer);
 
 /// ODBC as it is, with nothing of ours around it. A statement commits by itself but between Comeca and Confirma.
@@ -60,6 +60,20 @@ class TOdbcCru {
         while (SQL_SUCCEEDED(SQLFetch(instrucao_))) continue;
         SQLFreeStmt(instrucao_, SQL_UNBIND);
         SQLFreeStmt(instrucao_, SQL_CLOSE);
+    }
+    /// The statement once for every range of whole numbers of that many up to the last one.
+    void ExecutaPorFaixas(std::string sql, SQLINTEGER ultimo, SQLINTEGER porFaixa) {
+        SQLINTEGER de = 1, ate = 0;
+        Confere(SQLPrepare(instrucao_, Texto(sql), SQL_NTS), SQL_HANDLE_STMT, instrucao_, sql);
+        for (SQLUSMALLINT i = 1; i <= 2; ++i)
+            SQLBindParameter(instrucao_, i, SQL_PARAM_INPUT, SQL_C_SLONG, SQL_INTEGER, 0, 0, i == 1 ? &de : &ate, 0,
+                             nullptr);
+        for (; de <= ultimo; de += porFaixa) {
+            ate = de + porFaixa - 1;
+            Confere(SQLExecute(instrucao_), SQL_HANDLE_STMT, instrucao_, sql);
+            SQLFreeStmt(instrucao_, SQL_CLOSE);
+        }
+        SQLFreeStmt(instrucao_, SQL_RESET_PARAMS);
     }
     void Comeca() { Autocommit(SQL_AUTOCOMMIT_OFF); }
     void Confirma() {
@@ -230,9 +244,10 @@ TMedida MedeNovas(TPassosNoServidor& passos, TOdbcCru& cru) {
 
 /// Rows of one table into another by their keys, so many in a commit.
 void CopiaCrua(TOdbcCru& cru, const std::string& origem, const std::string& destino, int porLote) {
-    for (int de = 1; de <= kLinhas; de += porLote)
-        cru.Executa("insert into " + destino + " select * from " + origem + " where CODIGO between " +
-                    std::to_string(de) + " and " + std::to_string(de + porLote - 1));
+    const std::string colunas = "CODIGO,NOME,FANTASIA,CIDADE,UF,DATA,VALOR,LIMITE,ATIVO,VENDEDOR,OBS,FOTO";
+    cru.ExecutaPorFaixas("insert into " + destino + " (" + colunas + ") select " + colunas + " from " + origem +
+                             " where CODIGO between ? and ?",
+                         kLinhas, porLote);
 }
 
 TMedida MedeNova() {
