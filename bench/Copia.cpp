@@ -1,6 +1,9 @@
+#include <limits>
+
 #include "BancoDaCopia.h"
 #include "Casos.h"
 #include "copy/Conferencia.h"
+#include "copy/CopiaDeLinhas.h"
 #include "rebuild/CriaBackup.h"
 #include "rebuild/VoltaBackup.h"
 #include "values/Texto.h"
@@ -70,6 +73,11 @@ void CopiaPorBlocos(TConnection& banco, const std::string& origem, const std::st
     envia();
 }
 
+/// All rows in one statement, and one commit.
+void CopiaDeUmaVez(TConnection& banco, const std::string& origem, const std::string& destino, int /*porLote*/) {
+    banco.ExecuteDirect("insert into " + destino + " (" + kLista + ") select " + kLista + " from " + origem);
+}
+
 /// Backup into a table without key, and restore into one with it: what `copia` needs for both.
 template <class F>
 TTempo IdaEVolta(TBancoDaCopia& banco, F&& copia) {
@@ -107,13 +115,54 @@ TTempo NossaIdaEVolta(TBancoDaCopia& banco, double& conferencia) {
     return tempo;
 }
 
+/// Pages of the database that were written while it was open.
+double PaginasGravadas(TConnection& banco) {
+    const auto paginas = banco.Prepara("select mon$page_writes from mon$io_stats where mon$stat_group = 0");
+    paginas->Abre();
+    paginas->Proximo();
+    return static_cast<double>(paginas->Valor(0).ComoInteiro());
+}
+
+/// Runs the work and sets the pages that it wrote.
+template <class F>
+TTempo Contando(TBancoDaCopia& banco, double& paginas, F&& trabalho) {
+    const double antes = PaginasGravadas(banco.Conexao());
+    const TTempo tempo = trabalho();
+    paginas = PaginasGravadas(banco.Conexao()) - antes;
+    return tempo;
+}
+
+/// As many rows a commit as an alias may ask for where a disk is waited for, both proofs included.
+TMedida MedeMuitasPorCommit(const TLugar& lugar, bool noDisco) {
+    TBancoDaCopia banco(lugar, kLinhas);
+    banco.Contexto().linhasPorCommit = kMuitasPorCommit;
+    double conferencia = std::numeric_limits<double>::max();
+    return Alterna(
+        {.trabalho = "backup e volta conferidos de " + std::to_string(kLinhas) + " registros, " +
+                     std::to_string(kMuitasPorCommit) + " por commit, " + lugar.nome,
+         .piso = "insert ... select duas vezes",
+         .limite = noDisco ? 2.5 : 0},
+        2,
+        [&] {
+            TTempo tempo = NossaIdaEVolta(banco, conferencia);
+            tempo.segundos += conferencia;
+            return tempo;
+        },
+        [&] { return IdaEVolta(banco, CopiaDeUmaVez); });
+}
+
 std::vector<TMedida> MedeCopia(TMedida modelo, const TLugar& lugar, int linhas, bool comIngenuo,
                                void (*piso)(TConnection&, const std::string&, const std::string&, int)) {
     TBancoDaCopia banco(lugar, linhas);
-    double conferencia = 1e9;
+    double conferencia = std::numeric_limits<double>::max();
+    TMedida paginas{.trabalho = "páginas que essa cópia grava, " + lugar.nome,
+                    .piso = "as desse laço",
+                    .limite = 1.1,
+                    .unidade = TUnidade::Paginas};
     modelo.trabalho = "backup conferido e volta de " + std::to_string(linhas) + " registros, " + lugar.nome;
     TMedida copia = Alterna(
-        modelo, 2, [&] { return NossaIdaEVolta(banco, conferencia); }, [&] { return IdaEVolta(banco, piso); });
+        modelo, 2, [&] { return Contando(banco, paginas.nosso, [&] { return NossaIdaEVolta(banco, conferencia); }); },
+        [&] { return Contando(banco, paginas.doPiso, [&] { return IdaEVolta(banco, piso); }); });
     if (comIngenuo)
         copia.ingenuo =
             IdaEVolta(banco, [](TConnection& c, const std::string& origem, const std::string& destino, int n) {
@@ -124,22 +173,28 @@ std::vector<TMedida> MedeCopia(TMedida modelo, const TLugar& lugar, int linhas, 
                   .limite = 0.1,
                   .nosso = 2 * conferencia,
                   .doPiso = copia.nosso - conferencia};
-    return {copia, prova};
+    return {copia, paginas, prova};
 }
 
 }  // namespace
 
 std::vector<TMedida> MedeCopiaEmbutida(TBancada& bancada) {
-    return MedeCopia({.trabalho = {}, .piso = "laço cru pela chave, número do blob passado adiante", .limite = 1.1},
-                     {"embutido", ""}, bancada.Quantos(kLinhas), true,
-                     [](TConnection& c, const std::string& origem, const std::string& destino, int n) {
-                         CopiaPelaChave(c, origem, destino, n, false);
-                     });
+    const TLugar lugar = {"embutido", ""};
+    auto medidas =
+        MedeCopia({.trabalho = {}, .piso = "laço cru pela chave, número do blob passado adiante", .limite = 1.1}, lugar,
+                  bancada.Quantos(kLinhas), true,
+                  [](TConnection& c, const std::string& origem, const std::string& destino, int n) {
+                      CopiaPelaChave(c, origem, destino, n, false);
+                  });
+    medidas.push_back(MedeMuitasPorCommit(lugar, !bancada.Turno().naMemoria));
+    return medidas;
 }
 
 std::vector<TMedida> MedeCopiaNaRede(TBancada& bancada) {
-    return MedeCopia({.trabalho = {}, .piso = "um bloco de chaves por lote", .limite = 1.2}, bancada.Rede(),
-                     bancada.Quantos(kLinhas), !bancada.Turno().atraso, CopiaPorBlocos);
+    auto medidas = MedeCopia({.trabalho = {}, .piso = "um bloco de chaves por lote", .limite = 1.2}, bancada.Rede(),
+                             bancada.Quantos(kLinhas), !bancada.Turno().atraso, CopiaPorBlocos);
+    if (!bancada.Turno().atraso) medidas.push_back(MedeMuitasPorCommit(bancada.Rede(), !bancada.Turno().naMemoria));
+    return medidas;
 }
 
 }  // namespace wkd

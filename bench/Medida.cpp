@@ -19,8 +19,20 @@ std::string Decimais(double valor, int casas) {
 
 std::string Grandeza(const TMedida& medida, double valor) {
     if (valor < 0) return "";
-    if (medida.emMegabytes) return Decimais(valor, 1) + " MB";
+    if (medida.unidade == TUnidade::Megabytes) return Decimais(valor, 1) + " MB";
+    if (medida.unidade == TUnidade::Paginas) return Decimais(valor, 0) + " páginas";
     return valor < 1 ? Decimais(valor * 1e3, 1) + " ms" : Decimais(valor, 2) + " s";
+}
+
+const char* Nome(TUnidade unidade) {
+    switch (unidade) {
+        case TUnidade::Megabytes:
+            return "MB";
+        case TUnidade::Paginas:
+            return "páginas";
+        default:
+            return "s";
+    }
 }
 
 /// A number that only some lines have.
@@ -31,7 +43,7 @@ std::vector<std::pair<const char*, TValor>> Membros(const TMedida& m) {
             {"trabalho", m.trabalho},
             {"disco", m.disco},
             {"atraso_ms", m.atraso},
-            {"unidade", m.emMegabytes ? "MB" : "s"},
+            {"unidade", Nome(m.unidade)},
             {"nosso", m.nosso},
             {"piso", m.doPiso},
             {"o_piso", m.piso},

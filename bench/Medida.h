@@ -24,17 +24,19 @@ struct TTempo {
     }
 };
 
+enum class TUnidade { Segundos, Megabytes, Paginas };
+
 /// One line of the benchmark's table: ours beside the least that must be done, measured in turns in the same run.
 struct TMedida {
     std::string trabalho;
     std::string piso;                                    // what the floor does
     double limite = 0;                                   // ratio of ours to the floor that is to be kept
-    double nosso = std::numeric_limits<double>::max();   // seconds, or MB
+    double nosso = std::numeric_limits<double>::max();   // of its unit
     double doPiso = std::numeric_limits<double>::max();  // the same
     double ingenuo = -1;                                 // a plain port of the work; -1 where there is none
     int comandos = -1;                                   // statements sent; -1 where there are none to count
     long voltas = 0;                                     // turns to the server over a line with delay
-    bool emMegabytes = false;
+    TUnidade unidade = TUnidade::Segundos;
 
     // Where and when it was measured
     std::string caso = {}, disco = {};

@@ -24,7 +24,7 @@ TMedida Mede(const TBancoGrande& banco, const TLugar& lugar) {
             .piso = "os pacotes de dados como estão no arquivo",
             .nosso = EmOutroProcesso("corre", pasta).megabytes - ocioso,
             .doPiso = static_cast<double>(bytes) / (1 << 20),
-            .emMegabytes = true};
+            .unidade = TUnidade::Megabytes};
 }
 
 }  // namespace

@@ -36,7 +36,7 @@ std::vector<TMedida> MedeReconstrucao(TBancada& bancada) {
              .limite = 1.05,
              .nosso = longa.megabytes,
              .doPiso = depois.megabytes,
-             .emMegabytes = true}};
+             .unidade = TUnidade::Megabytes}};
 }
 
 }  // namespace wkd
