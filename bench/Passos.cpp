@@ -1,5 +1,6 @@
+#include "Passos.h"
+
 #include "Casos.h"
-#include "TelaMuda.h"
 #include "layout/Preambulo.h"
 #include "packet/DataPacket.h"
 #include "passes/CamposPersonalizados.h"
@@ -7,36 +8,22 @@
 
 namespace wkd {
 
+TPassos::TPassos(const TBancoGrande& banco) : dm_(banco.Aliases(), tela_), opcoes_(banco.Opcoes()) {
+    dm_.SQLConnection1.SetAlias("GRANDE");
+    dm_.SQLConnection1.Open();
+    dm_.AtualizaListaDeTabelas();
+    AtualizaTabelasDoDicionario(dm_);
+    dm_.AtualizaListaDeTabelas();
+    dm_.SArquivoNovo.Carrega(LePacote(banco.Pasta() / "SARQUIVO.WKD").Tabela());
+}
+
+void TodosOsPasses(TContexto& ctx) {
+    for (const auto passe : {ApagaAtributosOrfaos, AtualizaValorPadrao, AtualizaLookup, AtualizaLookupFisico,
+                             AtualizaCamposPersonalizados, verificaIndicesPrimarios, Dicionario_tabelas})
+        passe(ctx);
+}
+
 namespace {
-
-/// What the passes of a run work on: the connected big database and the tables of its package.
-class TPasses {
-  public:
-    explicit TPasses(const TBancoGrande& banco) : dm_(banco.Aliases(), tela_), opcoes_(banco.Opcoes()) {
-        dm_.SQLConnection1.SetAlias("GRANDE");
-        dm_.SQLConnection1.Open();
-        dm_.AtualizaListaDeTabelas();
-        AtualizaTabelasDoDicionario(dm_);
-        dm_.AtualizaListaDeTabelas();
-        dm_.SArquivoNovo.Carrega(LePacote(banco.Pasta() / "SARQUIVO.WKD").Tabela());
-    }
-
-    void Executa(std::initializer_list<void (*)(TContexto&)> passes) {
-        comandos_ = 0;
-        dm_.SQLConnection1.Observa([this](std::string_view) { ++comandos_; });
-        for (const auto passe : passes) passe(ctx_);
-        if (!tela_.erros.empty()) throw std::runtime_error(tela_.erros.front());
-    }
-    int Comandos() const { return comandos_; }
-
-  private:
-    TTelaMuda tela_;
-    TDataModulo dm_;
-    TOpcoes opcoes_;
-    TEstado estado_;
-    TContexto ctx_{dm_, opcoes_, estado_, {}, {}};
-    int comandos_ = 0;
-};
 
 void Le(TConnection& banco, std::string_view sql) {
     const auto consulta = banco.Prepara(sql);
@@ -93,27 +80,23 @@ std::vector<TMedida> MedePassos(TBancada& bancada) {
     std::vector<TMedida> medidas;
     for (const TLugar& lugar : bancada.Lugares()) {
         const TBancoGrande& banco = bancada.Grande(lugar, bancada.Quantos(kTabelas));
-        TPasses passes(banco);
+        TPassos passos(banco);
+        std::size_t comandos = 0;
+        const auto executa = [&](void (*passo)(TContexto&)) { comandos = passos.Observa(passo).size(); };
         const auto conexao = banco.Conexao();
-        passes.Executa({AtualizaLookupFisico});  // once per database
+        executa(AtualizaLookupFisico);  // once per database
         medidas.push_back(Alterna(
             {.trabalho = "dicionário de relatórios, " + banco.Tamanho() + ", " + lugar.nome,
              .piso = "apagar e incluir as mesmas linhas, uma transação por tabela",
              .limite = 1.2},
-            3, [&] { passes.Executa({Dicionario_tabelas}); },
-            [&] { EncheDicionarioDeRelatorios(*conexao, banco.Tabelas()); }));
-        medidas.back().comandos = passes.Comandos();
+            3, [&] { executa(Dicionario_tabelas); }, [&] { EncheDicionarioDeRelatorios(*conexao, banco.Tabelas()); }));
+        medidas.back().comandos = static_cast<int>(comandos);
         medidas.push_back(Alterna(
             {.trabalho = "passos finais, " + banco.Tamanho() + ", " + lugar.nome,
              .piso = "os comandos de que são feitos",
              .limite = 1.3},
-            3,
-            [&] {
-                passes.Executa({ApagaAtributosOrfaos, AtualizaValorPadrao, AtualizaLookup, AtualizaLookupFisico,
-                                AtualizaCamposPersonalizados, verificaIndicesPrimarios, Dicionario_tabelas});
-            },
-            [&] { ComandosDosPasses(*conexao, banco.Tabelas()); }));
-        medidas.back().comandos = passes.Comandos();
+            3, [&] { executa(TodosOsPasses); }, [&] { ComandosDosPasses(*conexao, banco.Tabelas()); }));
+        medidas.back().comandos = static_cast<int>(comandos);
     }
     return medidas;
 }

@@ -6,11 +6,8 @@
 #include "BancoDaCopia.h"
 #include "Casos.h"
 #include "Corrida.h"
+#include "Passos.h"
 #include "alter/DicionarioDaTabela.h"
-#include "layout/Preambulo.h"
-#include "packet/DataPacket.h"
-#include "passes/CamposPersonalizados.h"
-#include "passes/Passes.h"
 #include "rebuild/Nova.h"
 #include "values/Texto.h"
 
@@ -120,58 +117,22 @@ constexpr const char* kTodasAsColunas =
     "sys.objects o on o.object_id = c.object_id join sys.types t on t.user_type_id = c.user_type_id where o.type = 'U' "
     "order by o.name, c.column_id";
 
-TMedida MedeNada(const TBancoGrande& banco, TOdbcCru& cru) {
+/// The floor connects as the run has to, which the first questions to a server's catalogue are a part of.
+TMedida MedeNada(const TBancoGrande& banco) {
     int comandos = 0;
     const auto corre = [&] { return CorreTabelas(banco.Aliases(), banco.Opcoes(), "", comandos); };
     corre();  // brings the dictionary tables to their layout
     TMedida medida = Alterna({.trabalho = "nada a mudar, " + banco.Tamanho() + ", até o fim das tabelas, " + kAqui,
-                              .piso = "dicionário e colunas lidos uma vez, ODBC cru",
+                              .piso = "uma conexão, dicionário e colunas lidos uma vez, ODBC cru",
                               .limite = 1.3},
-                             3, corre, [&] {
+                             3, corre, [] {
+                                 TOdbcCru cru;
                                  cru.Le("select * from SARQUIVO");
                                  cru.Le("select * from SATRIB");
                                  cru.Le(kTodasAsColunas);
                              });
     medida.comandos = comandos;
     return medida;
-}
-
-/// What the steps of a run share, on the big database.
-class TPassosNoServidor {
-  public:
-    explicit TPassosNoServidor(const TBancoGrande& banco) : dm_(banco.Aliases(), tela_), opcoes_(banco.Opcoes()) {
-        dm_.SQLConnection1.SetAlias("GRANDE");
-        dm_.SQLConnection1.Open();
-        dm_.AtualizaListaDeTabelas();
-        AtualizaTabelasDoDicionario(dm_);
-        dm_.AtualizaListaDeTabelas();
-        dm_.SArquivoNovo.Carrega(LePacote(banco.Pasta() / "SARQUIVO.WKD").Tabela());
-    }
-
-    /// Runs it and gives the statements that were sent.
-    template <class F>
-    std::vector<std::string> Observa(F&& passo) {
-        std::vector<std::string> comandos;
-        dm_.SQLConnection1.Observa([&](std::string_view comando) { comandos.emplace_back(comando); });
-        passo(ctx_);
-        dm_.SQLConnection1.Observa({});
-        if (!tela_.erros.empty()) throw std::runtime_error(tela_.erros.front());
-        return comandos;
-    }
-    TDataModulo& Modulo() { return dm_; }
-
-  private:
-    TTelaMuda tela_;
-    TDataModulo dm_;
-    TOpcoes opcoes_;
-    TEstado estado_;
-    TContexto ctx_{dm_, opcoes_, estado_, {}, {}};
-};
-
-void Passes(TContexto& ctx) {
-    for (const auto passe : {ApagaAtributosOrfaos, AtualizaValorPadrao, AtualizaLookup, AtualizaLookupFisico,
-                             AtualizaCamposPersonalizados, verificaIndicesPrimarios, Dicionario_tabelas})
-        passe(ctx);
 }
 
 /// The statements that the passes are made of, each once.
@@ -204,20 +165,20 @@ void PassesCrus(TOdbcCru& cru) {
     }
 }
 
-TMedida MedePasses(const TBancoGrande& banco, TPassosNoServidor& passos, TOdbcCru& cru) {
-    passos.Observa(Passes);  // what is done once a database
+TMedida MedePasses(const TBancoGrande& banco, TPassos& passos, TOdbcCru& cru) {
+    passos.Observa(TodosOsPasses);  // what is done once a database
     std::size_t comandos = 0;
     TMedida medida = Alterna(
         {.trabalho = "passos finais, " + banco.Tamanho() + ", " + kAqui,
          .piso = "os comandos de que são feitos, ODBC cru",
          .limite = 1.3},
-        2, [&] { comandos = passos.Observa(Passes).size(); }, [&] { PassesCrus(cru); });
+        2, [&] { comandos = passos.Observa(TodosOsPasses).size(); }, [&] { PassesCrus(cru); });
     medida.comandos = static_cast<int>(comandos);
     return medida;
 }
 
 /// The tables are dropped and made again; the floor makes others by the very statements that were sent.
-TMedida MedeNovas(TPassosNoServidor& passos, TOdbcCru& cru) {
+TMedida MedeNovas(TPassos& passos, TOdbcCru& cru) {
     TMedida medida{.trabalho = "criar " + std::to_string(kNovas) + " tabelas com chave, " + kAqui,
                    .piso = "os mesmos comandos, ODBC cru, um commit cada",
                    .limite = 1.3};
@@ -280,9 +241,9 @@ std::vector<TMedida> MedeSqlServer(TBancada&) {
     std::vector<TMedida> medidas;
     {
         const TBancoGrande banco(kAqui, kTabelasDoServidor);
+        medidas.push_back(MedeNada(banco));
         TOdbcCru cru;
-        medidas.push_back(MedeNada(banco, cru));
-        TPassosNoServidor passos(banco);
+        TPassos passos(banco);
         medidas.push_back(MedePasses(banco, passos, cru));
         medidas.push_back(MedeNovas(passos, cru));
     }
