@@ -17,6 +17,8 @@ std::vector<TMedida> MedeNadaMudou(TBancada& bancada);
 /// Rows of a table into its backup and back, beside raw loops.
 std::vector<TMedida> MedeCopiaEmbutida(TBancada& bancada);
 std::vector<TMedida> MedeCopiaNaRede(TBancada& bancada);
+/// Rows on their way back whose values pass the client.
+std::vector<TMedida> MedeConversao(TBancada& bancada);
 /// Ten times the rows: time and memory of a rebuild.
 std::vector<TMedida> MedeReconstrucao(TBancada& bancada);
 /// The report dictionary alone, and all passes behind the tables.
@@ -49,6 +51,7 @@ inline constexpr TCaso kCasos[] = {
     {"memoria", MedeMemoria, TTurnos::SoNaMemoria},
     {"copia-embutida", MedeCopiaEmbutida, TTurnos::Discos},
     {"copia-rede", MedeCopiaNaRede, TTurnos::DiscosERede},
+    {"conversao", MedeConversao, TTurnos::DiscosERede},
     {"reconstrucao", MedeReconstrucao, TTurnos::Discos},
     {"todas", MedeTodas, TTurnos::DiscosERede},
     {"passos", MedePassos, TTurnos::DiscosERede},

@@ -15,7 +15,7 @@ namespace wkd {
 
 namespace {
 
-constexpr int kTabelasDoServidor = 60, kNovas = 20, kLinhas = 100'000;
+constexpr int kTabelasDoServidor = 60, kNovas = kTabelasDoServidor, kLinhas = 100'000;
 const std::string kAqui(kSqlServer);
 
 /// ODBC as it is, with nothing of ours around it. A statement commits by itself but between Comeca and Confirma.
