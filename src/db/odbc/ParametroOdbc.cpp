@@ -152,7 +152,7 @@ void TParametroOdbc::Inteiro(std::int64_t v) {
     indicador_ = sizeof inteiro_;
 }
 
-void TParametroOdbc::NumeroEmTexto(std::string numero, int escala) {
+void TParametroOdbc::NumeroEmTexto(std::string_view numero, int escala) {
     bytes_.assign(numero);
     Forma(SQL_C_CHAR, SQL_DECIMAL, 38, static_cast<SQLSMALLINT>(escala), bytes_.data(), Lugar(bytes_));
     indicador_ = static_cast<SQLLEN>(bytes_.size());
@@ -179,7 +179,7 @@ void TParametroOdbc::Texto(std::string_view utf8, bool longo) {
     indicador_ = static_cast<SQLLEN>(texto_.size() * sizeof(char16_t));
 }
 
-void TParametroOdbc::Bytes(std::string bytes, bool longo) {
+void TParametroOdbc::Bytes(std::string_view bytes, bool longo) {
     bytes_.assign(bytes);
     Forma(SQL_C_BINARY, longo ? SQL_LONGVARBINARY : SQL_VARBINARY, longo ? TamanhoLongo(bytes_.size()) : kMaiorBinario,
           0, bytes_.data(), Lugar(bytes_));

@@ -32,11 +32,11 @@ class TParametroOdbc {
     void DefineDaColuna(const TValor& valor, const TColunaFisica& coluna);
     void DefineDoValor(const TValor& valor);
     void Inteiro(std::int64_t v);
-    void NumeroEmTexto(std::string numero, int escala);
+    void NumeroEmTexto(std::string_view numero, int escala);
     void Real(double v, bool simples);
     void Logico(bool v);
     void Texto(std::string_view utf8, bool longo);
-    void Bytes(std::string bytes, bool longo);
+    void Bytes(std::string_view bytes, bool longo);
     void Data(TData data);
     void Momento(const TDataHora& momento, int escala);
     void Conteudo(std::shared_ptr<const TConteudo> conteudo, bool texto);
