@@ -1,6 +1,7 @@
 #include "dialect/DialetoFirebird.h"
 
 #include <algorithm>
+#include <unordered_set>
 
 #include "rows/WKDQuery.h"
 #include "values/Texto.h"
@@ -66,7 +67,11 @@ bool Numerica(const TColunaFisica& coluna) {
 }  // namespace
 
 bool PalavraReservada(std::string_view nome) {
-    return kPalavras.find(' ' + std::string(nome) + ' ') != std::string_view::npos;
+    static const auto kTodas = [] {
+        const auto palavras = Divide(kPalavras, ' ');
+        return std::unordered_set<std::string>(palavras.begin(), palavras.end());
+    }();
+    return kTodas.contains(std::string(nome));
 }
 
 namespace {

@@ -91,7 +91,16 @@ class TLeituraDoDicionario::TMemoria {
         ultima_.clear();
     }
 
-    void Solta() { consulta_.reset(); }
+    void Solta() {
+        consulta_.reset();
+        preparados_.clear();
+    }
+
+    std::shared_ptr<TComando> Prepara(const std::string& sql) {
+        std::shared_ptr<TComando>& preparado = preparados_[sql];
+        if (!preparado) preparado = conexao_.Prepara(sql);
+        return preparado;
+    }
 
     /// Null for a table that only a search of the whole SATRIB can tell: one of several spellings, or of none. What
     /// cannot be read here may be there, or be reported from there.
@@ -196,7 +205,8 @@ class TLeituraDoDicionario::TMemoria {
     TConnection& conexao_;
     std::optional<TGrafias> grafias_;
     std::unique_ptr<TWKDQuery> consulta_;
-    std::string ultima_;  // table of lida_, in capitals
+    std::map<std::string, std::shared_ptr<TComando>> preparados_;  // by text
+    std::string ultima_;                                           // table of lida_, in capitals
     TTabelaLida lida_;
     std::optional<std::set<std::string>> doCliente_;  // names as of ChaveDeNome
     std::optional<TPorNome<TIndices>> indices_;
@@ -211,6 +221,11 @@ std::shared_ptr<const void> TLeituraDoDicionario::Lembra() {
 
 void TLeituraDoDicionario::Anota(std::string_view tabela) {
     if (const auto memoria = memoria_.lock()) memoria->Anota(tabela);
+}
+
+std::shared_ptr<TComando> TLeituraDoDicionario::Prepara(std::string_view tabela, const std::string& sql) {
+    const auto memoria = IgualSemCaixa(tabela, "SATRIB") ? nullptr : memoria_.lock();
+    return memoria ? memoria->Prepara(sql) : conexao_.Prepara(sql);
 }
 
 void TLeituraDoDicionario::Solta() {

@@ -12,6 +12,7 @@
 
 namespace wkd {
 
+class TComando;
 class TConnection;
 
 /// Reads the stored dictionary table by table, or, where many tables are taken in turn, from one reading of the whole.
@@ -24,12 +25,15 @@ class TLeituraDoDicionario {
     explicit TLeituraDoDicionario(TConnection& conexao) : conexao_(conexao) {}
 
     /// While the answer lives, what was read once is not read again: how SATRIB spells the names of its tables, the
-    /// columns of the last table, the indexes of all, the names of those that the customer has rows of; the query of
-    /// columns stays prepared. Nothing is read before it is asked for.
+    /// columns of the last table, the indexes of all, the names of those that the customer has rows of; statements on
+    /// SATRIB stay prepared. Nothing is read before it is asked for.
     std::shared_ptr<const void> Lembra();
+    /// A statement on rows that SATRIB has of the table; one that stays prepared comes again as it was left. That of
+    /// SATRIB itself, which may change next, does not stay.
+    std::shared_ptr<TComando> Prepara(std::string_view tabela, const std::string& sql);
     /// Whoever writes rows of a table in SATRIB meanwhile must tell, by the name as it is written there.
     void Anota(std::string_view tabela);
-    /// Gives up the prepared query: the server drops no index of SATRIB that it uses.
+    /// Gives up what is prepared: the server drops no index of SATRIB that it uses.
     void Solta();
 
     /// Is told, once each, of what is passed over: table and text.

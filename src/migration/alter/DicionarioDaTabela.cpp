@@ -109,8 +109,29 @@ std::vector<TLinha> LinhasNovas(TContexto& ctx, const std::string& nome, const T
     return linhas;
 }
 
-void IncluiLinhas(TContexto& ctx, const TCamposComuns& campos, const std::vector<TLinha>& linhas) {
-    const auto inclui = ctx.Conexao().Prepara(ComandoInclui(campos));
+/// A statement on the rows of one table, ready to run; the same one for all tables in turn. A name that ARQUIVO cannot
+/// hold, which no parameter would take, stands in the text.
+std::shared_ptr<TComando> DasLinhas(TContexto& ctx, std::string_view tabela, const std::string& comando) {
+    const TColunaFisica* arquivo = ColunaDeNome(ctx.dm.ColunasFisicas("SATRIB"), "ARQUIVO");
+    const bool cabe = arquivo && tabela.size() <= static_cast<std::size_t>(std::max(arquivo->tamanho, 0));
+    auto daTabela = ctx.dm.Atualiza.Dicionario().Prepara(
+        tabela, comando + " where arquivo = " + (cabe ? ":arquivo" : Aspas(tabela)));
+    if (cabe) daTabela->Atribui(0, tabela);
+    return daTabela;
+}
+
+void ApagaLinhas(TContexto& ctx, const std::string& nome, const std::string& antes, bool reconstrucao) {
+    constexpr const char* kApaga = "delete from satrib";
+    if (reconstrucao)
+        ctx.Conexao().Prepara(kApaga + (" where upper(arquivo) = " + Aspas(Maiusculas(nome))))->Executa();
+    else
+        DasLinhas(ctx, nome, kApaga)->Executa();
+    if (antes != nome) DasLinhas(ctx, antes, kApaga)->Executa();
+}
+
+void IncluiLinhas(TContexto& ctx, std::string_view tabela, const TCamposComuns& campos,
+                  const std::vector<TLinha>& linhas) {
+    const auto inclui = ctx.dm.Atualiza.Dicionario().Prepara(tabela, ComandoInclui(campos));
     const auto nome = LugarDoCampo(campos, "NOME");
     for (const TLinha& linha : linhas) {
         const std::string coluna = nome ? linha[*nome].ComoTexto() : std::string();
@@ -138,6 +159,18 @@ bool Igual(TComando& gravada, const TLinha& nova) {
     return true;
 }
 
+/// Open as long as it lives: the statement stays prepared, but reads no longer.
+class TCursor {
+  public:
+    explicit TCursor(TComando& comando) : comando_(comando) { comando_.Abre(); }
+    ~TCursor() { comando_.Fecha(); }
+    TCursor(const TCursor&) = delete;
+    TCursor& operator=(const TCursor&) = delete;
+
+  private:
+    TComando& comando_;
+};
+
 /// Whether SATRIB has these rows of the table and no others.
 bool TemAsLinhas(TContexto& ctx, std::string_view tabela, const TCamposComuns& campos,
                  const std::vector<TLinha>& linhas, std::size_t nome) {
@@ -151,10 +184,11 @@ bool TemAsLinhas(TContexto& ctx, std::string_view tabela, const TCamposComuns& c
         if (!outra.padrao.empty()) return false;  // an inserted row would have it
         nomes.push_back(ctx.Dialeto().Identificador(outra.nome));
     }
-    TWKDQuery q(ctx.Conexao(), "select " + Junta(nomes, ", ") + " from SATRIB where ARQUIVO = " + Aspas(tabela));
-    for (q.Open(); !q.Eof(); q.Next()) {
-        const auto esperada = esperadas.extract(q.Comando().Valor(nome).ComoTexto());
-        if (!esperada || !Igual(q.Comando(), *esperada.mapped())) return false;
+    const auto gravada = DasLinhas(ctx, tabela, "select " + Junta(nomes, ", ") + " from SATRIB");
+    const TCursor cursor(*gravada);
+    while (gravada->Proximo()) {
+        const auto esperada = esperadas.extract(gravada->Valor(nome).ComoTexto());
+        if (!esperada || !Igual(*gravada, *esperada.mapped())) return false;
     }
     return esperadas.empty();
 }
@@ -208,11 +242,8 @@ void RegravaDicionario(TContexto& ctx, std::string_view tabela, bool reconstruca
     if (!mescla && antes == nome && Gravadas(ctx, nome, campos, linhas)) return;
 
     TTransacao transacao(ctx.Conexao());
-    const std::string daTabela =
-        reconstrucao ? "upper(arquivo) = " + Aspas(Maiusculas(nome)) : "arquivo = " + Aspas(nome);
-    ctx.Conexao().Prepara("delete from satrib where " + daTabela)->Executa();
-    if (antes != nome) ctx.Conexao().Prepara("delete from satrib where arquivo = " + Aspas(antes))->Executa();
-    IncluiLinhas(ctx, campos, linhas);
+    ApagaLinhas(ctx, nome, antes, reconstrucao);
+    IncluiLinhas(ctx, nome, campos, linhas);
     if (mescla) ctx.dm.MesclaCamposPersonalizados(nome);
     transacao.Commit();
     dicionario.Anota(nome);
