@@ -6,6 +6,7 @@
 #include "Linhas.h"
 #include "OpcoesDeTeste.h"
 #include "QuedaApoio.h"
+#include "ServidorFirebird.h"
 #include "TelaDeTeste.h"
 #include "plan/Plano.h"
 #include "values/Texto.h"
@@ -156,6 +157,40 @@ TEST_F(AtualizacaoTest, AColumnThatTheConnectionCannotHoldOrThatIsTheCustomersCo
     dm_->SQLConnection1.Open();
     EXPECT_EQ(Linhas(dm_->SQLConnection1, "select NOME from SATRIB where ARQUIVO = 'TALT' order by SEQUENCIA"),
               "CODIGO;NOME;VALOR;EXTRA");
+}
+
+TEST_F(AtualizacaoTest, ARowThatTheServerRefusesCostsItselfAloneAmongThoseThatGoTogether) {
+    if (!TServidorFirebird::Instalado()) GTEST_SKIP() << "no Firebird server installed";
+    dm_->SQLConnection1.Aliases().AdicionaAlias({.nome = "LOJA",
+                                                 .tipoBanco = "tbInterbase",
+                                                 .hostname = TServidorFirebird::DoProcesso().Endereco(),
+                                                 .path = (pasta_ / "").string(),
+                                                 .database = "loja.fdb",
+                                                 .usuario = "SYSDBA",
+                                                 .senha = "masterkey",
+                                                 .characterSet = "",
+                                                 .driver = ""},
+                                                false);
+    dm_->SQLConnection1.SetAlias("LOJA");
+    Atualiza(OpcoesDeTeste(pasta_));
+    Executa("alter table SATRIB add constraint RECUSA check (NOME <> 'VALOR')");
+    Executa("update SATRIB set SEQUENCIA = SEQUENCIA + 50 where NOME <> 'VALOR'");
+    TOpcoes opcoes = OpcoesDeTeste(pasta_);
+    opcoes.todas = true;
+    int juntas = 0, sozinhas = 0;
+    tela_.log.clear();
+    Atualiza(opcoes, [&](std::string_view sql) {
+        juntas += sql.starts_with("execute block") && sql.find("insert into SATRIB") < sql.size();
+        sozinhas += sql.starts_with("insert into SATRIB");
+    });
+    const auto recusada = [](const auto& entrada) { return entrada.mensagem.starts_with("Coluna "); };
+    EXPECT_EQ(std::ranges::count_if(tela_.log, recusada), 1) << "VALOR of TALT";
+    EXPECT_EQ(juntas, 3) << "one of each table";
+    EXPECT_EQ(sozinhas, 4) << "those of TALT again";
+    dm_->SQLConnection1.Open();
+    EXPECT_EQ(Linhas(dm_->SQLConnection1,
+                     "select SEQUENCIA, ARQUIVO, NOME from SATRIB where ARQUIVO <> 'TREC' order by 2, 1"),
+              "0|TALT|CODIGO;1|TALT|NOME;3|TALT|EXTRA;8|TNOVA|CODIGO;9|TNOVA|NOME");
 }
 
 /// The statement without its texts.

@@ -1,7 +1,9 @@
 #include "alter/DicionarioDaTabela.h"
 
 #include <algorithm>
+#include <bit>
 #include <map>
+#include <span>
 #include <vector>
 
 #include "copy/ColunasDaCopia.h"
@@ -129,8 +131,9 @@ void ApagaLinhas(TContexto& ctx, const std::string& nome, const std::string& ant
     if (antes != nome) DasLinhas(ctx, antes, kApaga)->Executa();
 }
 
-void IncluiLinhas(TContexto& ctx, std::string_view tabela, const TCamposComuns& campos,
-                  const std::vector<TLinha>& linhas) {
+using TLinhas = std::span<const TLinha>;
+
+void IncluiUmaAUma(TContexto& ctx, std::string_view tabela, const TCamposComuns& campos, TLinhas linhas) {
     const auto inclui = ctx.dm.Atualiza.Dicionario().Prepara(tabela, ComandoInclui(campos));
     const auto nome = LugarDoCampo(campos, "NOME");
     for (const TLinha& linha : linhas) {
@@ -141,6 +144,46 @@ void IncluiLinhas(TContexto& ctx, std::string_view tabela, const TCamposComuns& 
         } catch (const TErroConversao& erro) {  // a text that the connection cannot hold
             LogDaColuna(ctx, coluna, erro);
         }
+    }
+}
+
+/// All of them with one statement, which over a network is one turn to the server; false, and none is stored, where one
+/// is refused.
+bool IncluiJuntas(TContexto& ctx, std::string_view tabela, const std::vector<TColunaFisica>& colunas, TLinhas linhas) {
+    try {
+        const auto inclui =
+            ctx.dm.Atualiza.Dicionario().Prepara(tabela, ctx.Dialeto().InsereLinhas("SATRIB", colunas, linhas.size()));
+        std::size_t parametro = 0;
+        for (const TLinha& linha : linhas)
+            for (const TValor& valor : linha) inclui->Atribui(parametro++, valor);
+        inclui->Executa();
+        return true;
+    } catch (const TErroBanco& erro) {
+        if (erro.ConexaoPerdida()) throw;
+    } catch (const TErroConversao&) {
+    }
+    return false;
+}
+
+/// Rows that a statement is to store. An engine in this process has no turns to spare, and takes twice as long for
+/// them; a text blob is turned into its character set by an insert of its own alone.
+std::size_t LinhasPorComando(const TDialeto& dialeto, const std::vector<TColunaFisica>& colunas) {
+    const bool textoLongo = std::ranges::any_of(colunas, [](const auto& c) { return c.tipo == TTipoDado::Memo; });
+    if (textoLongo || dialeto.Capacidades().embarcado) return 1;
+    return std::max<std::size_t>(dialeto.LinhasPorInsercao(colunas), 1);
+}
+
+/// Batches have few sizes, so that the tables share their statements.
+void IncluiLinhas(TContexto& ctx, std::string_view tabela, const TCamposComuns& campos, TLinhas linhas) {
+    std::vector<TColunaFisica> colunas;
+    for (const TCampoComum& campo : campos) colunas.push_back(*campo.destino);
+    std::size_t cabem = LinhasPorComando(ctx.Dialeto(), colunas);
+    while (!linhas.empty()) {
+        const TLinhas juntas = linhas.first(std::bit_floor(std::min(linhas.size(), cabem)));
+        linhas = linhas.subspan(juntas.size());
+        if (juntas.size() > 1 && IncluiJuntas(ctx, tabela, colunas, juntas)) continue;
+        cabem = 1;
+        IncluiUmaAUma(ctx, tabela, campos, juntas);
     }
 }
 
