@@ -36,6 +36,10 @@ TEST_P(ContratoDriver, ATableMadeFromTheReadTypesIsTheSameTable) {
     const auto todas = Conexao().TodasAsColunas();
     ASSERT_EQ(todas.size(), 2u);
     EXPECT_EQ(Descricao(todas.at("T2")), Descricao(colunas));
+    if (const auto algumas = Conexao().ColunasDe({"T2", "NADA"})) {
+        ASSERT_EQ(algumas->size(), 1u);
+        EXPECT_EQ(Descricao(algumas->at("T2")), Descricao(colunas));
+    }
     EXPECT_EQ(Conexao().NomesDeTabelas().size(), 2u);
     EXPECT_TRUE(Conexao().Colunas("NADA").empty());
 }

@@ -39,16 +39,28 @@ TEST_F(DataModuloTest, ColumnsComeFromTheCacheUntilTheTableIsForgotten) {
     EXPECT_TRUE(dm_.VerificaExisteCampo("TPED", "C")) << "a new connect reads anew";
 }
 
-TEST_F(DataModuloTest, AllTablesAreReadInOneSweepThatOutlivesAReconnect) {
+TEST_F(DataModuloTest, TablesAreReadTogetherOrOneByOneUntilASweepBringsTheOthers) {
+    for (int i = 0; i < 20; ++i) Executa("create table T" + std::to_string(i) + " (A integer)");
+    dm_.LeColunas({"T0", "T1", "TNADA"});
+    dm_.SupoeColunas("T19", {});
+    comandos_.clear();
+    EXPECT_TRUE(dm_.VerificaExisteCampo("T1", "A"));
+    EXPECT_TRUE(comandos_.empty());
+    for (int i = 0; i < 19; ++i) EXPECT_TRUE(dm_.VerificaExisteCampo("T" + std::to_string(i), "A"));
+    EXPECT_LT(comandos_.size(), 25u);
+    EXPECT_FALSE(dm_.VerificaExisteCampo("T19", "A")) << "supposed to be without, a sweep notwithstanding";
+}
+
+TEST_F(DataModuloTest, ColumnsThatAreKnownOutliveAReconnect) {
     for (const char* tabela : {"T0", "T1", "T2"}) Executa(std::string("create table ") + tabela + " (A integer)");
-    EXPECT_TRUE(dm_.VerificaExisteCampo("T0", "A"));
+    dm_.LeColunas({"T0", "T1", "T2"});
     Executa("alter table T1 add B integer");
     Executa("create table T3 (A integer)");
     dm_.Reconecta();
     EXPECT_TRUE(dm_.ExisteTabela("T3"));
     comandos_.clear();
     EXPECT_TRUE(dm_.VerificaExisteCampo("T2", "A"));
-    EXPECT_FALSE(dm_.VerificaExisteCampo("T1", "B")) << "read with all others, before it was altered";
+    EXPECT_FALSE(dm_.VerificaExisteCampo("T1", "B")) << "read with the others, before it was altered";
     EXPECT_TRUE(comandos_.empty());
     EXPECT_TRUE(dm_.VerificaExisteCampo("T3", "A"));
     dm_.EsqueceColunas("T1");

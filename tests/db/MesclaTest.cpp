@@ -130,6 +130,14 @@ TEST_F(MesclaTest, SearchesAndLookupsAreCopiedOnceWhateverKeyTheirTablesHave) {
         for (const auto& caso : casos)
             EXPECT_EQ(Linhas("select * from " + caso.tabela + " order by 1, 2, 3"), caso.depois) << caso.tabela;
     }
+    for (const auto& caso : casos) Executa("delete from " + caso.tabela + "_USER");
+    comandos_.clear();
+    dm_.MesclaPesquisasELookups();
+    EXPECT_EQ(comandos_.size(), 1u) << "one question for all three, and nothing is written";
+    Executa("drop table SPESQAUX_USER");
+    Executa("insert into SLOOKUP_USER values ('T', 'B', 'P', 'F')");
+    dm_.MesclaPesquisasELookups();
+    EXPECT_EQ(Linhas("select CAMPO from SLOOKUP order by 1"), "A;A;B") << "a table that is missing hides no other";
 }
 
 }  // namespace

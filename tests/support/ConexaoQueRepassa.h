@@ -39,6 +39,9 @@ class TConexaoQueRepassa : public TConnection {
     bool ExisteTabela(std::string_view tabela) override { return outra_->ExisteTabela(tabela); }
     std::vector<TColunaFisica> Colunas(std::string_view tabela) override { return outra_->Colunas(tabela); }
     TColunasPorTabela TodasAsColunas() override { return outra_->TodasAsColunas(); }
+    std::optional<TColunasPorTabela> ColunasDe(const std::vector<std::string>& tabelas) override {
+        return outra_->ColunasDe(tabelas);
+    }
     TChavePrimaria ChavePrimaria(std::string_view tabela) override { return outra_->ChavePrimaria(tabela); }
     TChavesPorTabela TodasAsChaves() override { return outra_->TodasAsChaves(); }
     std::vector<TIndice> Indices(std::string_view tabela) override { return outra_->Indices(tabela); }

@@ -70,13 +70,28 @@ bool TDataModulo::VerificaExisteCampo(std::string_view tabela, std::string_view 
                                [&](const TColunaFisica& fisica) { return ChaveDeNome(fisica.nome) == nome; });
 }
 
+void TDataModulo::LeColunas(std::set<std::string> tabelas) {
+    ConfereAbertura();
+    std::erase_if(tabelas, [this](const std::string& tabela) { return colunas_.contains(tabela); });
+    if (lidasTodas_ || tabelas.empty()) return;
+    if (auto lidas = SQLConnection1.ColunasDe({tabelas.begin(), tabelas.end()}))
+        colunas_.merge(*lidas);
+    else
+        LeTodasAsColunas();
+}
+
+void TDataModulo::LeTodasAsColunas() {
+    colunas_.merge(SQLConnection1.TodasAsColunas());
+    lidasTodas_ = true;
+}
+
 const std::vector<TColunaFisica>& TDataModulo::ColunasFisicas(std::string_view tabela) {
+    constexpr int kSos = 8;  // which take as many turns to the server as half a sweep of 800 tables
     ConfereAbertura();
     const std::string nome = ChaveDeNome(tabela);
-    if (!lidasTodas_) colunas_.merge(SQLConnection1.TodasAsColunas());
-    lidasTodas_ = true;
-    const auto achada = colunas_.find(nome);
-    if (achada != colunas_.end()) return achada->second;
+    if (const auto achada = colunas_.find(nome); achada != colunas_.end()) return achada->second;
+    if (!lidasTodas_ && ++lidasSos_ > kSos) LeTodasAsColunas();
+    if (const auto achada = colunas_.find(nome); achada != colunas_.end()) return achada->second;
     return colunas_.emplace(nome, SQLConnection1.Colunas(nome)).first->second;
 }
 
@@ -100,6 +115,7 @@ void TDataModulo::EsqueceTodasAsColunas() {
     colunas_.clear();
     chaves_.clear();
     lidasTodas_ = false;
+    lidasSos_ = 0;
     aberturaDasColunas_ = SQLConnection1.Aberturas();
 }
 

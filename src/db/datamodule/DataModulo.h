@@ -56,9 +56,11 @@ class TDataModulo {
     void IncluiNaLista(std::string_view tabela);
     const std::vector<std::string>& ListaDeTabelas() const { return tabelas_; }
 
-    /// Whether the physical column exists, letter case ignored; false for a missing table. The first question reads the
-    /// columns of all tables in one sweep.
+    /// Whether the physical column exists, letter case ignored; false for a missing table. After some tables that were
+    /// read one by one come all others, in one sweep.
     bool VerificaExisteCampo(std::string_view tabela, std::string_view coluna);
+    /// Reads those of the tables that are asked for next together, but for those that are known.
+    void LeColunas(std::set<std::string> tabelas);
     /// Physical columns of the table, from the same cache.
     const std::vector<TColunaFisica>& ColunasFisicas(std::string_view tabela);
     /// Takes these for the columns of the table until it forgets them: a plan sees them as an earlier step leaves them.
@@ -86,6 +88,7 @@ class TDataModulo {
 
   private:
     void LeLista();
+    void LeTodasAsColunas();
     void EsqueceTodasAsColunas();
     /// What was read under another connect may come from another database.
     void ConfereAbertura();
@@ -97,6 +100,7 @@ class TDataModulo {
     TChavesPorTabela chaves_;
     int aberturaDasColunas_ = 0;  // connect that colunas_ and chaves_ were read under
     bool lidasTodas_ = false;
+    int lidasSos_ = 0;  // tables that were read alone
 };
 
 }  // namespace wkd

@@ -158,6 +158,21 @@ void Mescla(TDataModulo& dm, const std::string& apaga, const TMescla& mescla) {
     }
 }
 
+/// Whether the customer has searches or lookups, asked in one question; also where that cannot be told.
+bool TemPesquisasOuLookups(TDataModulo& dm) {
+    if (dm.SQLConnection1.InTransaction()) return true;
+    try {
+        TWKDQuery q(dm.SQLConnection1,
+                    "select count(*) as total from SPESQ_user union all select count(*) from SPESQAUX_user"
+                    " union all select count(*) from SLOOKUP_USER");
+        for (q.Open(); !q.Eof(); q.Next())
+            if (q.Comando().Valor(0).ComoInteiro() > 0) return true;
+        return false;
+    } catch (const TErroBanco&) {  // one of the tables is missing
+        return true;
+    }
+}
+
 }  // namespace
 
 void TDataModulo::MesclaCamposPersonalizados(std::string_view tabela) {
@@ -170,6 +185,7 @@ void TDataModulo::MesclaCamposPersonalizados(std::string_view tabela) {
 }
 
 void TDataModulo::MesclaPesquisasELookups() {
+    if (!TemPesquisasOuLookups(*this)) return;
     Mescla(*this, "", {"SPESQ", "from SPESQ_user"});
     Mescla(*this, "", {"SPESQAUX", "from SPESQAUX_user"});
     Mescla(*this, "", {"SLOOKUP", "FROM SLOOKUP_USER"});

@@ -139,6 +139,9 @@ class TConexaoFirebird : public TConnection {
     bool ExisteTabela(std::string_view tabela) override { return metadados_.ExisteTabela(tabela); }
     std::vector<TColunaFisica> Colunas(std::string_view tabela) override { return metadados_.Colunas(tabela); }
     TColunasPorTabela TodasAsColunas() override { return metadados_.TodasAsColunas(); }
+    std::optional<TColunasPorTabela> ColunasDe(const std::vector<std::string>& tabelas) override {
+        return metadados_.ColunasDe(tabelas);
+    }
     TChavePrimaria ChavePrimaria(std::string_view tabela) override { return metadados_.ChavePrimaria(tabela); }
     TChavesPorTabela TodasAsChaves() override { return metadados_.TodasAsChaves(); }
     std::vector<TIndice> Indices(std::string_view tabela) override { return metadados_.Indices(tabela); }

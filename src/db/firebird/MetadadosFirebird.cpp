@@ -175,16 +175,16 @@ std::string TMetadadosFirebird::ConjuntoDoBanco() {
 }
 
 TValor TMetadadosFirebird::Unico(std::string_view sql) {
-    TComandoFirebird comando(sessao_, sql);
-    comando.Abre();
-    return comando.Proximo() ? comando.Valor(0) : TValor();
+    const auto comando = Pergunta(sql);
+    comando->Abre();
+    return comando->Proximo() ? comando->Valor(0) : TValor();
 }
 
 std::vector<std::string> TMetadadosFirebird::NomesDeTabelas() {
-    TComandoFirebird comando(sessao_,
-                             "select r.rdb$relation_name from rdb$relations r where " + kTabelaComum + " order by 1");
+    const auto comando =
+        Pergunta("select r.rdb$relation_name from rdb$relations r where " + kTabelaComum + " order by 1");
     std::vector<std::string> nomes;
-    for (comando.Abre(); comando.Proximo();) nomes.push_back(Nome(comando, 0));
+    for (comando->Abre(); comando->Proximo();) nomes.push_back(Nome(*comando, 0));
     return nomes;
 }
 
@@ -244,12 +244,21 @@ std::vector<TColunaFisica> TMetadadosFirebird::Colunas(std::string_view tabela) 
     return colunas;
 }
 
-TColunasPorTabela TMetadadosFirebird::TodasAsColunas() {
-    TComandoFirebird linha(sessao_, SqlDeColunas("join rdb$relations r on r.rdb$relation_name = rf.rdb$relation_name"
-                                                 " where " +
-                                                 kTabelaComum));
+TColunasPorTabela TMetadadosFirebird::TodasAsColunas() { return ColunasOnde(""); }
+
+std::optional<TColunasPorTabela> TMetadadosFirebird::ColunasDe(const std::vector<std::string>& tabelas) {
+    constexpr std::size_t kMuitas = 100;  // a list has room for 1500
+    if (tabelas.size() > kMuitas) return std::nullopt;
+    std::vector<std::string> nomes;
+    for (const auto& tabela : tabelas) nomes.push_back(Aspas(tabela));
+    return ColunasOnde(" and rf.rdb$relation_name in (" + Junta(nomes, ", ") + ")");
+}
+
+TColunasPorTabela TMetadadosFirebird::ColunasOnde(const std::string& condicao) {
+    const auto comando = Pergunta(SqlDeColunas(
+        "join rdb$relations r on r.rdb$relation_name = rf.rdb$relation_name where " + kTabelaComum + condicao));
     TColunasPorTabela tabelas;
-    for (linha.Abre(); linha.Proximo();) tabelas[Maiusculas(Nome(linha, cTabela))].push_back(Coluna(linha));
+    for (comando->Abre(); comando->Proximo();) tabelas[Maiusculas(Nome(*comando, cTabela))].push_back(Coluna(*comando));
     for (auto& [tabela, colunas] : tabelas) colunas.shrink_to_fit();
     return tabelas;
 }
@@ -271,17 +280,17 @@ TChavePrimaria TMetadadosFirebird::ChavePrimaria(std::string_view tabela) {
 }
 
 TChavesPorTabela TMetadadosFirebird::TodasAsChaves() {
-    TComandoFirebird linha(sessao_,
-                           "select c.rdb$relation_name, c.rdb$constraint_name, s.rdb$field_name"
-                           " from rdb$relation_constraints c"
-                           " left join rdb$index_segments s on s.rdb$index_name = c.rdb$index_name"
-                           " where c.rdb$constraint_type = 'PRIMARY KEY'"
-                           " order by c.rdb$relation_name, s.rdb$field_position");
+    const auto linha = Pergunta(
+        "select c.rdb$relation_name, c.rdb$constraint_name, s.rdb$field_name"
+        " from rdb$relation_constraints c"
+        " left join rdb$index_segments s on s.rdb$index_name = c.rdb$index_name"
+        " where c.rdb$constraint_type = 'PRIMARY KEY'"
+        " order by c.rdb$relation_name, s.rdb$field_position");
     TChavesPorTabela chaves;
-    for (linha.Abre(); linha.Proximo();) {
-        TChavePrimaria& chave = chaves[Maiusculas(Nome(linha, 0))];
-        chave.nome = Nome(linha, 1);
-        chave.colunas.push_back(Nome(linha, 2));
+    for (linha->Abre(); linha->Proximo();) {
+        TChavePrimaria& chave = chaves[Maiusculas(Nome(*linha, 0))];
+        chave.nome = Nome(*linha, 1);
+        chave.colunas.push_back(Nome(*linha, 2));
     }
     return chaves;
 }

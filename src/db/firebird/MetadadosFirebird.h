@@ -22,6 +22,7 @@ class TMetadadosFirebird {
     std::string NomeExato(std::string_view tabela);
     std::vector<TColunaFisica> Colunas(std::string_view tabela);
     TColunasPorTabela TodasAsColunas();
+    std::optional<TColunasPorTabela> ColunasDe(const std::vector<std::string>& tabelas);
     TChavePrimaria ChavePrimaria(std::string_view tabela);
     TChavesPorTabela TodasAsChaves();
     std::vector<TIndice> Indices(std::string_view tabela);
@@ -36,6 +37,8 @@ class TMetadadosFirebird {
     /// The name that the question finds for the text; empty when it finds none.
     std::string NomePor(TGuardado& comando, std::string_view onde, std::string_view nome);
     TColunaFisica Coluna(TComando& linha);
+    /// Of the ordinary tables for which the condition holds; empty, all of them.
+    TColunasPorTabela ColunasOnde(const std::string& condicao);
 
     std::shared_ptr<TSessaoFirebird> sessao_;
     TGuardado nome_, nomeComum_, nomeEmCapitais_, colunas_, chave_, indices_;

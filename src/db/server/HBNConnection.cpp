@@ -278,6 +278,9 @@ bool THBNConnection::ExisteTabela(std::string_view tabela) {
 
 std::vector<TColunaFisica> THBNConnection::Colunas(std::string_view tabela) { return Driver().Colunas(tabela); }
 TColunasPorTabela THBNConnection::TodasAsColunas() { return Driver().TodasAsColunas(); }
+std::optional<TColunasPorTabela> THBNConnection::ColunasDe(const std::vector<std::string>& tabelas) {
+    return Driver().ColunasDe(tabelas);
+}
 TChavePrimaria THBNConnection::ChavePrimaria(std::string_view tabela) { return Driver().ChavePrimaria(tabela); }
 TChavesPorTabela THBNConnection::TodasAsChaves() { return Driver().TodasAsChaves(); }
 std::vector<TIndice> THBNConnection::Indices(std::string_view tabela) { return Driver().Indices(tabela); }

@@ -125,6 +125,7 @@ class THBNConnection : public TConnection {
     bool ExisteTabela(std::string_view tabela) override;
     std::vector<TColunaFisica> Colunas(std::string_view tabela) override;
     TColunasPorTabela TodasAsColunas() override;
+    std::optional<TColunasPorTabela> ColunasDe(const std::vector<std::string>& tabelas) override;
     TChavePrimaria ChavePrimaria(std::string_view tabela) override;
     TChavesPorTabela TodasAsChaves() override;
     std::vector<TIndice> Indices(std::string_view tabela) override;

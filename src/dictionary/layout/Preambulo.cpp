@@ -1,9 +1,12 @@
 #include "layout/Preambulo.h"
 
+#include <iterator>
 #include <map>
+#include <set>
 
 #include "dialect/Dialeto.h"
 #include "layout/ReconstrucoesAbertas.h"
+#include "packet/DicionarioDoPacote.h"
 #include "values/Texto.h"
 
 namespace wkd {
@@ -144,9 +147,18 @@ void Soma(TDataModulo& dm, const TPassoDoDicionario& passo) {
     dm.EsqueceColunas(passo.tabela);
 }
 
+/// The tables of the dictionary are few of all.
+void LeColunasDoDicionario(TDataModulo& dm) {
+    std::set<std::string> tabelas(std::begin(kTabelasDoDicionario), std::end(kTabelasDoDicionario));
+    for (const auto& passo : kPassos) tabelas.emplace(passo.tabela);
+    std::erase_if(tabelas, [&](const std::string& tabela) { return !dm.ExisteTabela(tabela); });
+    dm.LeColunas(std::move(tabelas));
+}
+
 }  // namespace
 
 void AtualizaTabelasDoDicionario(TDataModulo& dm) {
+    LeColunasDoDicionario(dm);
     for (const auto& passo : kPassos) {
         if (passo.passo == TPasso::Apaga)
             Apaga(dm, passo);
@@ -158,6 +170,7 @@ void AtualizaTabelasDoDicionario(TDataModulo& dm) {
 }
 
 std::vector<TComandoDoDicionario> PendenciasDoDicionario(TDataModulo& dm) {
+    LeColunasDoDicionario(dm);
     const TTipoBanco banco = dm.SQLConnection1.TipoBanco();
     std::vector<TComandoDoDicionario> comandos;
     std::map<std::string_view, std::string> criadas;

@@ -105,10 +105,7 @@ class TRecusaDeNomes {
 }  // namespace
 
 bool TabelaDoDicionario(std::string_view nome) {
-    constexpr std::string_view kTabelas[] = {"SARQUIVO",       "SATRIB",   "SINDSEC", "SINDSECA", "SLOOKUP",
-                                             "SPESQ",          "SPESQAUX", "SADMMOD", "SRELATOR", "SARQ_RELACIONA_PAI",
-                                             "SLISTA_CONTROLE"};
-    return std::ranges::any_of(kTabelas, [&](auto tabela) { return IgualSemCaixa(tabela, nome); });
+    return std::ranges::any_of(kTabelasDoDicionario, [&](auto tabela) { return IgualSemCaixa(tabela, nome); });
 }
 
 std::vector<TLinhaRecusada> RecusaNomes(TTabelaEmMemoria& linhas, std::string_view tabela,

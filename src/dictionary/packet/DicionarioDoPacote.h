@@ -17,7 +17,10 @@ inline constexpr std::string_view kSarquivo = "SARQUIVO.WKD", kSatrib = "SAtrib.
 TDataPacket LeSarquivo(const std::filesystem::path& arquivo);
 TDataPacket LeSatrib(const std::filesystem::path& arquivo);
 
-/// Whether the table is one of the dictionary, which every package fills anew; the rows of others are the customer's.
+/// The tables of the dictionary, which every package fills anew; the rows of others are the customer's.
+inline constexpr std::string_view kTabelasDoDicionario[] = {
+    "SARQUIVO", "SATRIB",  "SINDSEC",  "SINDSECA",           "SLOOKUP",        "SPESQ",
+    "SPESQAUX", "SADMMOD", "SRELATOR", "SARQ_RELACIONA_PAI", "SLISTA_CONTROLE"};
 bool TabelaDoDicionario(std::string_view nome);
 
 /// Row of a packet that names a table, physical column or index by more than a name.

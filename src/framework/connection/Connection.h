@@ -205,6 +205,11 @@ class TConnection {
     virtual std::vector<TColunaFisica> Colunas(std::string_view tabela) = 0;
     /// Columns of every table in one sweep, by table name in capitals.
     virtual TColunasPorTabela TodasAsColunas() = 0;
+    /// Those of the tables of these names, in capitals, in one question; one that is not among the answer may be there.
+    /// Nothing where all tables are read as soon as these.
+    virtual std::optional<TColunasPorTabela> ColunasDe(const std::vector<std::string>& /*tabelas*/) {
+        return std::nullopt;
+    }
     virtual TChavePrimaria ChavePrimaria(std::string_view tabela) = 0;
     /// Keys of every table that has one, by table name in capitals. Here table by table; a driver does it in one sweep.
     virtual TChavesPorTabela TodasAsChaves();

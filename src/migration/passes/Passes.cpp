@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <set>
 #include <unordered_set>
 #include <utility>
 #include <vector>
@@ -69,21 +70,37 @@ void AtualizaLookup(TContexto& ctx) { ApagaSemTabela(ctx.Conexao(), "slookup"); 
 
 namespace {
 
-/// The statements of all columns with a default, each text once. A column that the database does not have would only
-/// fail, so it gets none.
-std::vector<std::string> Comandos(TContexto& ctx) {
-    std::vector<std::string> comandos;
-    std::unordered_set<std::string> vistos;
-    TWKDQuery q(ctx.Conexao(),
+struct TColunaComPadrao {
+    std::string arquivo, nome, valor;
+};
+
+std::vector<TColunaComPadrao> ColunasComPadrao(TConnection& conexao) {
+    std::vector<TColunaComPadrao> colunas;
+    TWKDQuery q(conexao,
                 "select arquivo,nome,valor_padrao,tipo from satrib where (valor_padrao is not null) and "
                 "(valor_padrao <> '')");
     for (q.Open(); !q.Eof(); q.Next()) {
-        const std::string arquivo = q.Texto("arquivo");
-        const std::string nome = q.Texto("nome");
-        if (!NomeDeSql(Apara(arquivo)) || !NomeDeSql(Apara(nome))) continue;
+        TColunaComPadrao coluna{q.Texto("arquivo"), q.Texto("nome"), q.Texto("valor_padrao")};
+        if (!NomeDeSql(Apara(coluna.arquivo)) || !NomeDeSql(Apara(coluna.nome))) continue;
+        if (q.Texto("tipo") == "ftFloat") coluna.valor = Troca(coluna.valor, ",", ".");
+        colunas.push_back(std::move(coluna));
+    }
+    return colunas;
+}
+
+/// The statements of all columns with a default, each text once. A column that the database does not have would only
+/// fail, so it gets none.
+std::vector<std::string> Comandos(TContexto& ctx) {
+    const auto colunas = ColunasComPadrao(ctx.Conexao());
+    std::set<std::string> tabelas;
+    for (const auto& coluna : colunas)
+        if (ctx.dm.ExisteTabela(Apara(coluna.arquivo))) tabelas.insert(ChaveDeNome(Apara(coluna.arquivo)));
+    ctx.dm.LeColunas(std::move(tabelas));
+
+    std::vector<std::string> comandos;
+    std::unordered_set<std::string> vistos;
+    for (const auto& [arquivo, nome, valor] : colunas) {
         if (!ctx.dm.VerificaExisteCampo(Apara(arquivo), Apara(nome))) continue;
-        std::string valor = q.Texto("valor_padrao");
-        if (q.Texto("tipo") == "ftFloat") valor = Troca(valor, ",", ".");
         std::string comando =
             "Update " + arquivo + " set " + nome + " = " + Aspas(valor) + " where " + nome + " is null ";
         if (vistos.insert(comando).second) comandos.push_back(std::move(comando));
