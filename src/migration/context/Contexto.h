@@ -90,7 +90,8 @@ struct TPassoRegistrado {
     TFalha falha = TFalha::Outra;                // of the error
 };
 
-/// What the copies of rebuilds committed.
+/// What the copies of rebuilds committed, but for batches of one statement that commits itself: what of its time is the
+/// commit's cannot be told.
 struct TCopiasConfirmadas {
     std::int64_t registros = 0, commits = 0;
     std::int64_t commitsComMuitas = 0;  // that they would have been with kMuitasPorCommit
