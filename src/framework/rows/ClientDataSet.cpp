@@ -16,7 +16,11 @@ void TClientDataSet::Open() {
     First();
 }
 
-void TClientDataSet::OpenVazio() { Carrega(LeTudo(*provedor_.conexao->Prepara(provedor_.sql + " where 1 = 0"))); }
+/// Firebird tells the columns of a statement that is prepared; run, it reads the whole table to find no row.
+void TClientDataSet::OpenVazio() {
+    const auto consulta = provedor_.conexao->Prepara(provedor_.sql + " where 1 = 0");
+    Carrega(consulta->Campos().empty() ? LeTudo(*consulta) : TTabelaEmMemoria{consulta->Campos(), {}});
+}
 
 void TClientDataSet::Recarrega(std::string_view campo, const TLinha& valores) {
     if (!ativo_ || !provedor_.conexao) return;
