@@ -13,7 +13,7 @@ void LeTudo(TConnection& banco, const char* sql) {
     if (valores == 0) throw std::runtime_error(std::string(sql) + " não deu valores");
 }
 
-/// What any run must read.
+/// What a run would read that looked at every table.
 void LeDicionarioEColunas(TConnection& banco) {
     LeTudo(banco, "select * from SARQUIVO");
     LeTudo(banco,

@@ -26,8 +26,9 @@ void MesclaCru(TConnection& banco, const std::string& tabela) {
         banco.Prepara(comando)->Executa();
 }
 
-/// The dictionary statements of every table, a transaction each.
+/// What must be read of the tables, and the dictionary statements of every table, a transaction each.
 void Regrava(TConnection& banco, const TDataPacket& colunas) {
+    banco.TodasAsColunas();
     std::vector<std::string> nomes;
     for (const auto& campo : colunas.campos) nomes.push_back(campo.nome);
     const auto inclui =
@@ -55,7 +56,7 @@ std::vector<TMedida> Mede(const TBancoGrande& banco, const TLugar& lugar) {
     const auto mede = [&](const std::string& diferencas, const std::string& antes) {
         TMedida medida = Alterna(
             {.trabalho = "atualizar todas as tabelas, " + diferencas + ", " + banco.Tamanho() + ", " + lugar.nome,
-             .piso = "os comandos de dicionário de cada tabela, uma transação por tabela",
+             .piso = "as colunas lidas uma vez e os comandos de dicionário de cada tabela, uma transação por tabela",
              .limite = 1.3},
             2,
             [&] {
