@@ -123,6 +123,7 @@ void TExecucaoDoEnsaio::Copia() {
 
 TOpcoes TExecucaoDoEnsaio::Opcoes() const {
     TOpcoes opcoes = pedido_.opcoes;
+    opcoes.medeCommits = true;
     opcoes.pastaPrograma = opcoes.pastaCorrente = opcoes.temporaria = privada_.Caminho();
     return opcoes;
 }

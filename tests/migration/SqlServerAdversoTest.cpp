@@ -106,13 +106,14 @@ class SqlServerAdverso : public testing::Test {
         CarregaPacote(Modulo(), "TCHAVE", {{"CODIGO", "ftString", 12, 1}, {"QUANTO", "ftString", 20}});
     }
 
-    void Reconstroi(std::string_view tabela = "TCHAVE") {
+    TCopiasConfirmadas Reconstroi(std::string_view tabela = "TCHAVE") {
         Modulo().AtualizaListaDeTabelas();
         TContexto ctx{Modulo(), opcoes_, estado_, {}, {}};
         LeDicionarioNovo(ctx);
         LeDicionarioGravado(ctx);
         Modulo().SArquivoNovo.First();
         Nova(ctx, tabela);
+        return ctx.evidencia.copias;
     }
 
     /// A table of forty rows with a number for its key, from -57 on, some of whose names are too long for the package.
@@ -289,6 +290,17 @@ TEST_F(SqlServerAdverso, RowsOfANumberedKeyGoInRangesAndAllComeBackWhateverTheMo
         ASSERT_EQ(Le("select count(*) from BTNUMERO"), "40") << n;
         ASSERT_EQ(Le(indices), deles) << n;
     }
+}
+
+/// A rehearsal tells what they took.
+TEST_F(SqlServerAdverso, CommitsThatAreMeasuredAreWaitedForByThemselves) {
+    opcoes_.medeCommits = true;
+    MontaNumeros(" primary key");
+    const TCopiasConfirmadas copias = Reconstroi("TNUMERO");
+    EXPECT_EQ(Le("select count(*) from TNUMERO"), "40");
+    EXPECT_EQ(copias.registros, 80);
+    EXPECT_EQ(copias.commits, 1 + 4);
+    EXPECT_GT(copias.segundos, 0);
 }
 
 /// Of those that share a number the table takes one, and the rejects file the others.

@@ -55,6 +55,7 @@ struct TOpcoes {
     bool querysPosteriores = true;     // chkQuerysPosteriores
 
     std::string linhasPorCommit;  // as typed; empty: the alias's own, see LinhasPorCommit
+    bool medeCommits = false;     // no batch of a copy commits in its statement, where its wait would not be seen
 
     std::chrono::milliseconds pausaDeReconexao{10'000};  // before the second try of three, twice that before the third
 
@@ -90,8 +91,7 @@ struct TPassoRegistrado {
     TFalha falha = TFalha::Outra;                // of the error
 };
 
-/// What the copies of rebuilds committed, but for batches of one statement that commits itself: what of its time is the
-/// commit's cannot be told.
+/// What the copies of rebuilds committed.
 struct TCopiasConfirmadas {
     std::int64_t registros = 0, commits = 0;
     std::int64_t commitsComMuitas = 0;  // that they would have been with kMuitasPorCommit

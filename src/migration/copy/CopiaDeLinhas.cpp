@@ -90,8 +90,8 @@ TResultadoDaCopia TCopiaDeLinhas::Executa(std::int64_t linhas) {
         PeloCliente();
     FechaLote();
     RelataDemais();
-    ctx_.evidencia.copias.registros += confirmadas_;
-    ctx_.evidencia.copias.commitsComMuitas += (confirmadas_ + kMuitasPorCommit - 1) / kMuitasPorCommit;
+    ctx_.evidencia.copias.registros += resultado_.gravadas;
+    ctx_.evidencia.copias.commitsComMuitas += (resultado_.gravadas + kMuitasPorCommit - 1) / kMuitasPorCommit;
     servidor_.reset();
     bloco_.reset();
     insere_.reset();
@@ -294,7 +294,8 @@ bool TCopiaDeLinhas::IsolaCampos(TLinha& linha) {
 
 /// A batch of one statement may commit itself.
 void TCopiaDeLinhas::FechaLote() {
-    Envia(!transacao_ && aEnviar_ == lote_.size() && servidor_ && servidor_->Sozinho());
+    const bool deUmComando = !transacao_ && aEnviar_ == lote_.size();
+    Envia(deUmComando && servidor_ && servidor_->Sozinho() && !ctx_.opcoes.medeCommits);
     if (transacao_) Confirma();
     resultado_.gravadas += static_cast<std::int64_t>(lote_.size());
     lote_.clear();
@@ -320,7 +321,6 @@ void TCopiaDeLinhas::Commit() {
     TCopiasConfirmadas& copias = ctx_.evidencia.copias;
     copias.segundos += std::chrono::duration<double>(std::chrono::steady_clock::now() - inicio).count();
     ++copias.commits;
-    confirmadas_ += std::ssize(lote_);
 }
 
 /// Row by row, so that only an unfit one is missing.

@@ -111,7 +111,6 @@ class TCopiaDeLinhas {
     std::size_t aEnviar_ = 0;         // of them, at the end: not yet sent
     std::size_t bytesNoLote_ = 0;     // that their values take on this machine
     std::int64_t mostrados_ = 0, calados_ = 0;
-    std::int64_t confirmadas_ = 0;  // rows whose commit was waited for by itself
 };
 
 }  // namespace wkd
