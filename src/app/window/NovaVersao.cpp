@@ -1,7 +1,11 @@
 #include "window/NovaVersao.h"
 
+#ifdef WKD_REDE
+#include <dlfcn.h>
+#endif
+
 #include <QCoreApplication>
-#include <QLibrary>
+#include <QFile>
 #include <QUrl>
 #include <QVersionNumber>
 
@@ -14,10 +18,14 @@ namespace wkd {
 namespace {
 
 #ifdef WKD_REDE
-/// Null where the program was copied without the file of its network.
+/// Of the file beside the program, else, for one that was copied alone, of the folder where it was built; null where
+/// there is neither.
 decltype(&BuscaNaRede) Rede() {
-    const QString arquivo = QCoreApplication::applicationDirPath() + "/" WKD_REDE;
-    return reinterpret_cast<decltype(&BuscaNaRede)>(QLibrary::resolve(arquivo, "BuscaNaRede"));
+    const QByteArray aoLado = QFile::encodeName(QCoreApplication::applicationDirPath() + "/" WKD_REDE);
+    void* biblioteca = dlopen(aoLado.constData(), RTLD_NOW | RTLD_LOCAL);
+    if (biblioteca == nullptr) biblioteca = dlopen(WKD_REDE, RTLD_NOW | RTLD_LOCAL);
+    if (biblioteca == nullptr) return nullptr;
+    return reinterpret_cast<decltype(&BuscaNaRede)>(dlsym(biblioteca, "BuscaNaRede"));
 }
 #else
 decltype(&BuscaNaRede) Rede() { return &BuscaNaRede; }
