@@ -58,7 +58,7 @@ std::vector<TMedida> Mede(const TBancoGrande& banco, const TLugar& lugar) {
             {.trabalho = "atualizar todas as tabelas, " + diferencas + ", " + banco.Tamanho() + ", " + lugar.nome,
              .piso = "as colunas lidas uma vez e os comandos de dicionário de cada tabela, uma transação por tabela",
              .limite = 1.3},
-            2,
+            4,
             [&] {
                 if (!antes.empty()) conexao->ExecuteDirect(antes);
                 return Corre(banco, comandos);
